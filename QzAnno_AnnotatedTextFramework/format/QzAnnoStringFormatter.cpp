@@ -1,0 +1,150 @@
+#include "QzAnno_AnnotatedTextFramework/format/QzAnnoStringFormatter.h"
+
+#include <array>
+
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSNumber.h"
+#include "platform/graphics/NSColor.h"
+#include "platform/text/NSFont.h"
+#include "platform/text/NSParagraphStyle.h"
+
+namespace qz {
+namespace {
+
+// Lines of a list leave this much air above the font size, in points.
+constexpr float kListLineAir = 2.0f;
+
+constexpr char16_t kLineFeed = u'\n';
+
+const Ref<NSString>& paragraphMarker() {
+    static const Ref<NSString> marker = NSString::stringWithCharacters(u"\u204B");
+    return marker;
+}
+
+// The attributes that style a title as a whole: only the global annotation and the frame annotations may give them.
+const std::array<Ref<NSString>, 4>& frameAttributes() {
+    static const std::array<Ref<NSString>, 4> names = {QzBoundingBoxAttribute, QzBoundingMarginsAttribute,
+                                                       QzVerticalAlignmentAttribute,
+                                                       QzTextBoundingBoxAppearanceAttribute};
+    return names;
+}
+
+Range wholeOf(const NSAttributedString& text) {
+    return {0, text.length()};
+}
+
+void applyFrame(NSMutableAttributedString& text, const Ref<NSSet>& frame, const QzAnnoPalette& palette) {
+    const Ref<NSDictionary> attributes = palette.assembleCompleteAttributes(palette.attributesForSet(frame));
+    text.changeAttributes(wholeOf(text), [&](const Ref<NSDictionary>& run) {
+        ObjectMap map = run->map();
+        map.set(QzFrameAnnoAttributeName, frame);
+        for (const Ref<NSString>& name : frameAttributes()) {
+            if (const Ref<NSObject> value = attributes->objectForKey(*name))
+                map.set(name, value);
+            else
+                map.remove(*name);
+        }
+        return NSDictionary::dictionaryWithMap(std::move(map));
+    });
+}
+
+void applyListParagraphs(NSMutableAttributedString& text) {
+    NSParagraphStyle::Values values;
+    values.minimumLineHeight = values.maximumLineHeight = NSFont::systemFontSize() + kListLineAir;
+    values.alignment = NSTextAlignment::center;
+    text.addAttribute(NSParagraphStyleAttributeName, NSParagraphStyle::paragraphStyleWithValues(values), wholeOf(text));
+}
+
+Ref<NSAttributedString> inListLooks(const NSAttributedString& text) {
+    const auto list = NSMutableAttributedString::initWithAttributedString(text);
+    for (Range run; run.end() < list->length();) {
+        const Ref<NSObject> value =
+            list->attribute(*NSFontAttributeName, run.location + run.length, &run, wholeOf(*list));
+        const auto font = std::dynamic_pointer_cast<NSFont>(value);
+        const float size = NSFont::systemFontSize();
+        list->addAttribute(NSFontAttributeName, font ? font->fontWithSize(size) : NSFont::systemFontOfSize(size), run);
+        list->addAttribute(NSForegroundColorAttributeName, NSColor::blackColor(), run);
+    }
+    return list;
+}
+
+// One unit replaces one unit, so positions stay as they are while the text is being changed.
+template <class Text>
+void replaceLineFeeds(Text& text, const Ref<NSString>& before) {
+    const std::u16string& characters = before->characters();
+    for (size_t i = characters.find(kLineFeed); i != std::u16string::npos; i = characters.find(kLineFeed, i + 1)) {
+        text.replaceCharactersInRange({static_cast<uint32_t>(i), 1}, paragraphMarker());
+    }
+}
+
+}  // namespace
+
+Ref<QzAnnoStringFormatter> QzAnnoStringFormatter::init() {
+    return Ref<QzAnnoStringFormatter>(new QzAnnoStringFormatter);
+}
+
+Ref<NSDictionary> QzAnnoStringFormatter::defaultAttributes() const {
+    const Ref<QzAnnoPalette> palette = this->palette();
+    return palette ? palette->attributesForSet(NSSet::set()) : Ref<NSDictionary>();
+}
+
+Ref<NSObject> QzAnnoStringFormatter::stringForObjectValue(const Ref<NSObject>& object) const {
+    if (const auto string = std::dynamic_pointer_cast<QzAnnoString>(object)) return string->string();
+    if (const auto string = std::dynamic_pointer_cast<NSAttributedString>(object)) return string->string();
+    return object;
+}
+
+Ref<NSAttributedString> QzAnnoStringFormatter::attributedStringForObjectValue(
+    const Ref<NSObject>& object, const Ref<NSDictionary>& /*withDefaultAttributes*/) const {
+    if (const auto text = std::dynamic_pointer_cast<NSAttributedString>(object)) {
+        return listmode_ ? inListLooks(*text) : text;
+    }
+    const auto string = std::dynamic_pointer_cast<QzAnnoString>(object);
+    const Ref<QzAnnoPalette> palette = this->palette();
+    return string && palette ? formatted(*string, *palette) : Ref<NSAttributedString>();
+}
+
+Ref<NSAttributedString> QzAnnoStringFormatter::formatted(const QzAnnoString& string,
+                                                         const QzAnnoPalette& palette) const {
+    const auto text = NSMutableAttributedString::init();
+    const std::u16string_view characters = string.string()->characters();
+    const auto listSize = NSNumber::numberWithFloat(NSFont::systemFontSize());
+    for (const QzAnnoString::Run& run : string.runs()) {
+        Ref<NSDictionary> attributes = palette.attributesForSet(run.keys);
+        if (listmode_) {
+            ObjectMap map = attributes->map();
+            map.set(QzFontSizeAttribute, listSize);
+            map.set(NSForegroundColorAttributeName, NSColor::blackColor());
+            attributes = NSDictionary::dictionaryWithMap(std::move(map));
+        }
+        text->appendString(characters.substr(run.range.location, run.range.length),
+                           palette.assembleCompleteAttributes(attributes));
+    }
+    if (listmode_)
+        applyListParagraphs(*text);
+    else
+        applyFrame(*text, string.frame(), palette);
+    return text->copy();
+}
+
+bool QzAnnoStringFormatter::getObjectValue(Ref<NSObject>& objectValue, const Ref<NSObject>& forString,
+                                           std::string* /*errorDescription*/) const {
+    if (!std::dynamic_pointer_cast<NSAttributedString>(forString)) {
+        reportFailedAssertion("QzAnno_AnnotatedTextFramework/QzAnnoStringFormatter", 210, "no go!");
+        return false;
+    }
+    NSLog("I can't convert \"%@\" to an annotated string\n", {forString->className()});
+    objectValue = "flurble flurble flounder"_ns;
+    return true;
+}
+
+void QzAnnoStringFormatter::replaceNewlineWithParagraphMarkers(NSMutableAttributedString& text) {
+    replaceLineFeeds(text, text.string());
+}
+
+void QzAnnoStringFormatter::replaceNewlineWithParagraphMarkers(QzMutableAnnoString& text) {
+    replaceLineFeeds(text, text.string());
+}
+
+}  // namespace qz

@@ -1,0 +1,31 @@
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoKey.h"
+
+namespace qz {
+
+// What a key asks of its palette is defined beside the palette, in palette/QzAnnoKeyInPalette.cpp.
+
+Ref<QzAnnoKey> QzAnnoKey::keyWithName(const Ref<NSString>& name, const Ref<QzAnnoPalette>& palette) {
+    return initWithName(name, palette);
+}
+
+Ref<QzAnnoKey> QzAnnoKey::initWithName(const Ref<NSString>& name, const Ref<QzAnnoPalette>& palette) {
+    return Ref<QzAnnoKey>(new QzAnnoKey(name ? name : NSString::string(), palette));
+}
+
+void QzAnnoKey::setName(const Ref<NSString>& name) {
+    annoname_ = name ? name : NSString::string();
+}
+
+bool QzAnnoKey::setPalette(const Ref<QzAnnoPalette>& palette) {
+    if (valid()) return false;
+    palette_ = palette;
+    return true;
+}
+
+bool QzAnnoKey::clearPalette(const Ref<QzAnnoPalette>& palette) {
+    if (palette_.lock() != palette) return false;
+    palette_.reset();
+    return true;
+}
+
+}  // namespace qz

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/foundation/NSString.h"
+
+namespace qz {
+
+class QzAnnoPalette;
+
+/// The identity of one annotation style: a shared object with a name, bound to at most one palette.
+///
+/// Palette, annotations, annotated strings and text attributes hold the same key object, so renaming it renames the
+/// annotation everywhere. Equality and hash are identity, and a copy of a key is the key itself. The back reference to
+/// the palette does not own; it empties when the palette dies.
+class QzAnnoKey final : public NSObject {
+public:
+    static Ref<QzAnnoKey> keyWithName(const Ref<NSString>& name, const Ref<QzAnnoPalette>& palette = {});
+    static Ref<QzAnnoKey> initWithName(const Ref<NSString>& name, const Ref<QzAnnoPalette>& palette = {});
+
+    const Ref<NSString>& name() const { return annoname_; }
+    /// No name is the empty name.
+    void setName(const Ref<NSString>& name);
+
+    /// Whether the key is bound to a palette.
+    bool valid() const { return !palette_.expired(); }
+    Ref<QzAnnoPalette> palette() const { return palette_.lock(); }
+    /// Binds an unbound key; refused while it is bound.
+    bool setPalette(const Ref<QzAnnoPalette>& palette);
+    /// Unbinds the key from exactly this palette; refused otherwise. True for an unbound key and no palette.
+    bool clearPalette(const Ref<QzAnnoPalette>& palette);
+    /// Whether the key is that of its palette's global annotation; false while unbound.
+    bool isDefault() const;
+
+    bool isEqualToAnnoKey(const QzAnnoKey& other) const { return this == &other; }
+    /// "Title (Palette 3)": the name, and the palette's serial number, 0 while unbound.
+    std::string description() const override;
+    std::string className() const override { return "QzAnnoKey"; }
+
+private:
+    QzAnnoKey(Ref<NSString> name, const Ref<QzAnnoPalette>& palette) : palette_(palette), annoname_(std::move(name)) {}
+
+    WeakRef<QzAnnoPalette> palette_;
+    Ref<NSString> annoname_;
+};
+
+}  // namespace qz

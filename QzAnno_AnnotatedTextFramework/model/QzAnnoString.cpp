@@ -1,0 +1,182 @@
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoString.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+
+namespace qz {
+namespace {
+
+using Entry = ObjectMap::Entry;
+
+// `setAnnotations` lets in nothing else.
+const QzAnnoBits& bitsOf(const Entry& entry) {
+    return static_cast<const QzAnnoBits&>(*entry.value);
+}
+
+bool haveEqualRuns(const QzAnnoBits& a, const QzAnnoBits& b, uint32_t textLength) {
+    Range runOfA, runOfB;
+    for (uint32_t i = 0; i < textLength; i = runOfA.location + runOfA.length) {
+        const bool value = a.getValueAtIndex(i, &runOfA, textLength);
+        if (b.getValueAtIndex(i, &runOfB, textLength) != value || runOfA != runOfB) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+QzAnnoString::QzAnnoString(const Ref<NSString>& string) : annotations_(NSDictionary::dictionary()) {
+    setString(string, true);
+}
+
+Ref<QzAnnoString> QzAnnoString::init() {
+    return initWithString({});
+}
+
+Ref<QzAnnoString> QzAnnoString::initWithString(const Ref<NSString>& string) {
+    return Ref<QzAnnoString>(new QzAnnoString(string));
+}
+
+Ref<QzAnnoString> QzAnnoString::initWithAnnoString(const QzAnnoString& other) {
+    Ref<QzAnnoString> copy = initWithString(other.s_);
+    copy->setAnnotations(other.annotations_, true);
+    return copy;
+}
+
+Ref<QzMutableAnnoString> QzAnnoString::mutableCopy() const {
+    return QzMutableAnnoString::initWithAnnoString(*this);
+}
+
+bool QzAnnoString::setAnnotations(const Ref<NSDictionary>& annotations, bool doCopy) {
+    if (!annotations) return false;
+    ObjectMap entries;
+    for (const auto& [key, value, hash] : annotations->map().entries()) {
+        const auto bits = std::dynamic_pointer_cast<QzAnnoBits>(value);
+        if (!bits || !dynamic_cast<const QzAnnoKey*>(key.get())) return false;
+        entries.set(key, doCopy ? bits->copy() : bits);
+    }
+    annotations_ = NSDictionary::dictionaryWithMap(std::move(entries));
+    return true;
+}
+
+void QzAnnoString::setString(const Ref<NSString>& string, bool /*doCopy*/) {
+    s_ = string ? string : NSString::string();
+}
+
+Ref<NSSet> QzAnnoString::allKeys() const {
+    return keysHolding(std::vector<bool>(annotations_->count(), true));
+}
+
+Ref<NSSet> QzAnnoString::frame() const {
+    std::vector<bool> holding;
+    for (const Entry& entry : annotations_->map().entries()) {
+        Range run;
+        holding.push_back(length() > 0 && bitsOf(entry).getValueAtIndex(0, &run, length()) && run.length == length());
+    }
+    return keysHolding(holding);
+}
+
+bool QzAnnoString::annotation(const QzAnnoKey& key, uint32_t atIndex, Range* effectiveRange) const {
+    if (atIndex >= length()) return false;
+    if (const Ref<QzAnnoBits> bits = bitsFor(key)) return bits->getValueAtIndex(atIndex, effectiveRange, length());
+    if (effectiveRange) *effectiveRange = {0, length()};
+    return false;
+}
+
+bool QzAnnoString::annotation(const QzAnnoKey& key, uint32_t atIndex, Range* longestEffectiveRange,
+                              Range inRange) const {
+    if (!inRange.contains(atIndex) || inRange.end() > length()) return false;
+    Range run;
+    const bool value = annotation(key, atIndex, &run);
+    if (longestEffectiveRange) *longestEffectiveRange = intersection(run, inRange);
+    return value;
+}
+
+Ref<NSSet> QzAnnoString::annotationsAtIndex(uint32_t index, Range* effectiveRange) const {
+    return annotationsAtIndex(index, effectiveRange, {0, length()});
+}
+
+Ref<NSSet> QzAnnoString::annotationsAtIndex(uint32_t index, Range* longestEffectiveRange, Range inRange) const {
+    if (!inRange.contains(index) || inRange.end() > length()) return {};
+    std::vector<bool> holding;
+    const Range run = statesAt(index, inRange, longestEffectiveRange != nullptr, holding);
+    if (longestEffectiveRange) *longestEffectiveRange = run;
+    return keysHolding(holding);
+}
+
+std::vector<QzAnnoString::Run> QzAnnoString::runs() const {
+    std::vector<Run> runs;
+    std::unordered_map<std::vector<bool>, Ref<NSSet>> sets;
+    std::vector<bool> holding;
+    for (uint32_t i = 0; i < length();) {
+        const Range range = statesAt(i, {0, length()}, true, holding);
+        Ref<NSSet>& keys = sets[holding];
+        if (!keys) keys = keysHolding(holding);
+        runs.push_back({range, keys});
+        i = range.location + range.length;
+    }
+    return runs;
+}
+
+/// Fills `holding` with whether each key, in the dictionary's order, holds at the index. Returns the part of `limit`
+/// around the index in which no key changes, or all of `limit` without `withRange`.
+Range QzAnnoString::statesAt(uint32_t index, Range limit, bool withRange, std::vector<bool>& holding) const {
+    holding.clear();
+    Range common = limit;
+    for (const Entry& entry : annotations_->map().entries()) {
+        Range run;
+        holding.push_back(bitsOf(entry).getValueAtIndex(index, withRange ? &run : nullptr, length()));
+        if (withRange) common = intersection(common, run);
+    }
+    return common;
+}
+
+Ref<NSSet> QzAnnoString::keysHolding(const std::vector<bool>& holding) const {
+    ObjectMap keys;
+    for (size_t i = 0; i < holding.size(); ++i) {
+        if (holding[i]) keys.set(annotations_->map().entries()[i].key, nullptr);
+    }
+    return keys.empty() ? NSSet::set() : NSSet::setWithMap(std::move(keys));
+}
+
+Ref<QzAnnoString> QzAnnoString::annoSubstringFromRange(Range range) const {
+    const Ref<NSString> text = s_->substringWithRange(range);
+    if (!text) return {};
+    ObjectMap entries;
+    for (const Entry& entry : annotations_->map().entries()) {
+        entries.set(entry.key, bitsOf(entry).annoSubbitsFromRange(range));
+    }
+    Ref<QzAnnoString> substring = initWithString(text);
+    substring->annotations_ = NSDictionary::dictionaryWithMap(std::move(entries));
+    return substring;
+}
+
+// Equal frames follow from equal keys with equal runs.
+bool QzAnnoString::isEqualToAnnoString(const QzAnnoString& other) const {
+    if (annotations_->count() != other.annotations_->count() || !s_->isEqual(*other.s_)) return false;
+    return std::ranges::all_of(annotations_->map().entries(), [&](const Entry& entry) {
+        const Ref<NSObject> bits = other.annotations_->objectForKey(*entry.key);
+        return bits && haveEqualRuns(bitsOf(entry), static_cast<const QzAnnoBits&>(*bits), length());
+    });
+}
+
+bool QzAnnoString::isEqual(const NSObject& other) const {
+    const auto* string = dynamic_cast<const QzAnnoString*>(&other);
+    return string && isEqualToAnnoString(*string);
+}
+
+std::string QzAnnoString::description() const {
+    std::string frameKeys;
+    const Ref<NSSet> frame = this->frame();
+    for (const Entry& entry : frame->map().entries()) {
+        frameKeys += (frameKeys.empty() ? "" : ",") + entry.key->description();
+    }
+    std::string text = s_->utf8() + "\n Frame-wide annotations: " + (frameKeys.empty() ? "none" : frameKeys) + "\n";
+    for (const Entry& entry : annotations_->map().entries()) {
+        text += " \t" + entry.key->description() + ": " + entry.value->description() + "\n";
+    }
+    return text;
+}
+
+}  // namespace qz

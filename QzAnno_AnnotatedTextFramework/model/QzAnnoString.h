@@ -1,0 +1,110 @@
+#pragma once
+
+#include <vector>
+
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoBits.h"
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoKey.h"
+#include "platform/foundation/NSDictionary.h"
+#include "platform/foundation/NSSet.h"
+
+namespace qz {
+
+class QzAnnoString;
+class QzMutableAnnoString;
+
+/// What can be asked of an annotated string. Ranges and indices count UTF-16 units of the text.
+///
+/// A run that a query reports is the longest stretch around the index in which nothing asked about changes, clipped to
+/// the text and to `inRange`. An index outside the text or outside `inRange`, or an `inRange` that reaches beyond the
+/// text, is answered with false or none, and the out-range stays unwritten.
+class QzAnnoStringReading {
+public:
+    virtual ~QzAnnoStringReading() = default;
+    virtual bool isEqualToAnnoString(const QzAnnoString& other) const = 0;
+    /// Every key that the string uses, those included that hold nowhere.
+    virtual Ref<NSSet> allKeys() const = 0;
+    /// The keys that hold at every character; an empty text has none.
+    virtual Ref<NSSet> frame() const = 0;
+    /// A new immutable string with every key of this one. None when the range reaches beyond the text.
+    virtual Ref<QzAnnoString> annoSubstringFromRange(Range range) const = 0;
+    virtual bool annotation(const QzAnnoKey& key, uint32_t atIndex, Range* effectiveRange = nullptr) const = 0;
+    virtual bool annotation(const QzAnnoKey& key, uint32_t atIndex, Range* longestEffectiveRange,
+                            Range inRange) const = 0;
+    /// The set of keys that hold at the index.
+    virtual Ref<NSSet> annotationsAtIndex(uint32_t index, Range* effectiveRange = nullptr) const = 0;
+    virtual Ref<NSSet> annotationsAtIndex(uint32_t index, Range* longestEffectiveRange, Range inRange) const = 0;
+    virtual Ref<NSString> string() const = 0;
+    virtual uint32_t length() const = 0;
+};
+
+/// A text and, for every annotation key that it uses, the positions at which the annotation holds.
+///
+/// Bit sets belong to one string and grow under queries, which never shows in an answer about the text. Walking a
+/// string run by run takes time in proportion to its length times its keys. Not safe for use from two threads at once,
+/// reading included.
+class QzAnnoString : public NSObject, public QzAnnoStringReading {
+public:
+    /// A stretch of text in which no annotation begins or ends.
+    struct Run {
+        Range range;
+        Ref<NSSet> keys;
+    };
+
+    static Ref<QzAnnoString> init();
+    /// No text is the empty text.
+    static Ref<QzAnnoString> initWithString(const Ref<NSString>& string);
+    static Ref<QzAnnoString> initWithAnnoString(const QzAnnoString& other);
+    /// Of this class also when asked of the mutable one.
+    static Ref<QzAnnoString> annoStringWithString(const Ref<NSString>& string) { return initWithString(string); }
+
+    bool isEqualToAnnoString(const QzAnnoString& other) const override;
+    Ref<NSSet> allKeys() const override;
+    Ref<NSSet> frame() const override;
+    Ref<QzAnnoString> annoSubstringFromRange(Range range) const override;
+    bool annotation(const QzAnnoKey& key, uint32_t atIndex, Range* effectiveRange = nullptr) const override;
+    bool annotation(const QzAnnoKey& key, uint32_t atIndex, Range* longestEffectiveRange, Range inRange) const override;
+    Ref<NSSet> annotationsAtIndex(uint32_t index, Range* effectiveRange = nullptr) const override;
+    Ref<NSSet> annotationsAtIndex(uint32_t index, Range* longestEffectiveRange, Range inRange) const override;
+    Ref<NSString> string() const override { return s_; }
+    uint32_t length() const override { return s_->length(); }
+
+    /// All runs in order. Runs with the same keys share one set object, so what costs much to make of a set can be made
+    /// once.
+    std::vector<Run> runs() const;
+
+    /// The string's own bit set; none when the string does not use the key.
+    Ref<QzAnnoBits> bitsFor(const QzAnnoKey& key) const { return annotations_->objectForKey<QzAnnoBits>(key); }
+    /// `QzAnnoKey` to `QzAnnoBits`.
+    const Ref<NSDictionary>& annotations() const { return annotations_; }
+
+    // For the mutable class and for decoding; whoever holds an immutable string relies on its staying as it is.
+
+    /// Takes over the entries, with `doCopy` a copy of each bit set. Refused when an entry is not a key with a bit set.
+    bool setAnnotations(const Ref<NSDictionary>& annotations, bool doCopy);
+    /// Texts are immutable, so a copy is the text itself. No text is the empty text.
+    void setString(const Ref<NSString>& string, bool doCopy);
+
+    Ref<QzAnnoString> copy() const { return initWithAnnoString(*this); }
+    Ref<QzMutableAnnoString> mutableCopy() const;
+
+    /// Whether the other is of the same class or one derived from it, with equal text, keys and runs. So a mutable
+    /// string never equals an immutable one, though the reverse may hold.
+    bool isEqual(const NSObject& other) const override;
+    size_t hash() const override { return s_->hash(); }
+    /// The text, its frame-wide keys, and the runs of every bit set, the part past the text's end included.
+    std::string description() const override;
+    std::string className() const override { return "QzAnnoString"; }
+
+protected:
+    explicit QzAnnoString(const Ref<NSString>& string);
+
+private:
+    Range statesAt(uint32_t index, Range limit, bool withRange, std::vector<bool>& holding) const;
+    Ref<NSSet> keysHolding(const std::vector<bool>& holding) const;
+
+    // Replaced, never changed in place; its bit sets are.
+    Ref<NSDictionary> annotations_;
+    Ref<NSString> s_;
+};
+
+}  // namespace qz

@@ -1,0 +1,157 @@
+#include <algorithm>
+#include <cmath>
+
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "platform/foundation/DiagnosticText.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSNumber.h"
+#include "platform/text/NSFont.h"
+#include "platform/text/NSParagraphStyle.h"
+
+namespace qz {
+namespace {
+
+/// The value under the name when it is of class `T`; one of another class is reported and counts as absent.
+template <class T>
+Ref<T> checkedValue(const NSDictionary& attributes, const NSString& name) {
+    const Ref<NSObject> value = attributes.objectForKey(name);
+    auto checked = std::dynamic_pointer_cast<T>(value);
+    if (value && !checked) NSLog("\"%@\" holds a value of class %@ and is ignored\n", {name, value->className()});
+    return checked;
+}
+
+/// The font size in points; 0 stands for the default size.
+float fontSizeOf(const NSDictionary& attributes) {
+    const auto number = checkedValue<NSNumber>(attributes, *QzFontSizeAttribute);
+    if (!number) return 0;
+    const float size = number->floatValue();
+    if (size <= NSFont::kPointSizeMax) return size;
+    const bool tooLarge = size > NSFont::kPointSizeMax;
+    NSLog("Font size %@ is outside 0 to 10000 points; %@ is used\n",
+          {number, tooLarge ? shortestDecimal(NSFont::kPointSizeMax) : "the default size"});
+    return tooLarge ? NSFont::kPointSizeMax : 0;
+}
+
+Ref<NSParagraphStyle> paragraphStyleOf(const NSDictionary& attributes) {
+    NSParagraphStyle::Values values = NSParagraphStyle::defaultParagraphStyle()->values();
+    if (const auto leading = checkedValue<NSNumber>(attributes, *QzLeadingAttribute)) {
+        const float points = leading->floatValue();
+        if (std::isfinite(points))
+            values.lineSpacing = values.paragraphSpacing = points;
+        else
+            NSLog("Leading %@ is not a finite number and is ignored\n", {leading});
+    }
+    if (const auto alignment = checkedValue<NSNumber>(attributes, *QzHorizontalAlignmentAttribute)) {
+        const int32_t number = alignment->intValue();
+        if (number >= 0 && number <= static_cast<int32_t>(NSTextAlignment::natural)) {
+            values.alignment = static_cast<NSTextAlignment>(number);
+        } else {
+            NSLog("Horizontal alignment %@ is outside 0 to 4 and is ignored\n", {alignment});
+        }
+    }
+    return NSParagraphStyle::paragraphStyleWithValues(values);
+}
+
+struct FontRequest {
+    Ref<NSString> name;  // none: no font is named
+    Ref<NSString> style;
+};
+
+FontRequest fontRequestOf(const NSDictionary& attributes) {
+    if (auto fullName = checkedValue<NSString>(attributes, *QzFontAttribute)) return {std::move(fullName), {}};
+    auto name = checkedValue<NSString>(attributes, *QzFontNameAttribute);
+    if (!name) return {};
+    return {std::move(name), checkedValue<NSString>(attributes, *QzFontStyleAttribute)};
+}
+
+/// Equal values. Reals are compared as 32-bit floats, since size and leading have been through fonts and paragraph
+/// styles, which hold such, while those of an annotation may be doubles from a file.
+bool areSameFormatting(const Ref<NSObject>& a, const Ref<NSObject>& b) {
+    if (areEqual(a, b)) return true;
+    const auto* first = dynamic_cast<const NSNumber*>(a.get());
+    const auto* second = dynamic_cast<const NSNumber*>(b.get());
+    return first && second && (first->isReal() || second->isReal()) && first->floatValue() == second->floatValue();
+}
+
+Ref<NSDictionary> orEmpty(const Ref<NSDictionary>& attributes) {
+    return attributes ? attributes : NSDictionary::dictionary();
+}
+
+}  // namespace
+
+Ref<NSDictionary> QzAnnoPalette::attributesForSet(const Ref<NSSet>& givenSet) const {
+    const Ref<NSSet> set = givenSet ? givenSet : NSSet::set();
+    ObjectMap merged = globals_->allAttributes()->map();
+    // A formatter asks for every run of a text, so a row of many keys is compared by address alone.
+    std::vector<const NSObject*> members;
+    for (const ObjectMap::Entry& entry : set->map().entries()) members.push_back(entry.key.get());
+    std::ranges::sort(members);
+    size_t missing = members.size();
+    for (auto key = priorities_->begin(); missing > 0 && key != priorities_->end(); ++key) {
+        if (!std::ranges::binary_search(members, static_cast<const NSObject*>(key->get()))) continue;
+        merged.setAll(lookupAnno(*key)->allAttributes()->map());
+        --missing;
+    }
+    merged.set(QzAnnoAttributeName, set);
+    return NSDictionary::dictionaryWithMap(std::move(merged));
+}
+
+Ref<NSDictionary> QzAnnoPalette::assembleCompleteAttributes(const Ref<NSDictionary>& givenAttributes) const {
+    const Ref<NSDictionary> attributes = orEmpty(givenAttributes);
+    ObjectMap complete = attributes->map();
+    complete.set(NSParagraphStyleAttributeName, paragraphStyleOf(*attributes));
+    const float size = fontSizeOf(*attributes);
+    const FontRequest request = fontRequestOf(*attributes);
+    Ref<NSFont> font = fontWithName(request.name, request.style, size);
+    if (request.name && !font) reportMissingFont(fontnameWithName(request.name, request.style));
+    if (!font) font = NSFont::titleBarFontOfSize(size);
+    complete.set(NSFontAttributeName, font);
+    return NSDictionary::dictionaryWithMap(std::move(complete));
+}
+
+void QzAnnoPalette::reportMissingFont(const Ref<NSString>& fullName) const {
+    if (const Ref<QzLog> log = logger_.lock()) {
+        ObjectMap entry;
+        entry.set(QzLogEntry_Name, "Font Missing"_ns);
+        entry.set(QzLogEntry_Message,
+                  NSString::stringWithUTF8String(stringWithFormat(
+                      "The font named\n\"%@\" failed to load.\nText display may not be accurate.", {fullName})));
+        entry.set(QzLogEntry_Tag, "QZA_NOFONT"_ns);
+        entry.set(QzLogEntry_Cause, fullName);
+        entry.set(QzLogEntry_Source, "Fragment Assembly"_ns);
+        log->logError(*NSDictionary::dictionaryWithMap(std::move(entry)));
+    }
+    NSLog("Missing Font: %@\n", {oneLine(fullName->utf8())});
+}
+
+Ref<NSDictionary> QzAnnoPalette::disassembleFragments(const Ref<NSDictionary>& givenAttributes) const {
+    const Ref<NSDictionary> attributes = orEmpty(givenAttributes);
+    ObjectMap fragments = attributes->map();
+    if (const auto font = attributes->objectForKey<NSFont>(*NSFontAttributeName)) {
+        fragments.remove(*NSFontAttributeName);
+        fragments.set(QzFontSizeAttribute, NSNumber::numberWithFloat(font->pointSize()));
+        fragments.set(QzFontAttribute, font->fontName());
+    }
+    if (const auto style = attributes->objectForKey<NSParagraphStyle>(*NSParagraphStyleAttributeName)) {
+        fragments.remove(*NSParagraphStyleAttributeName);
+        fragments.set(QzLeadingAttribute, NSNumber::numberWithDouble(style->lineSpacing()));
+        fragments.set(QzHorizontalAlignmentAttribute,
+                      NSNumber::numberWithInt(static_cast<int32_t>(style->alignment())));
+    }
+    return NSDictionary::dictionaryWithMap(std::move(fragments));
+}
+
+Ref<NSDictionary> QzAnnoPalette::findInlines(const Ref<NSDictionary>& givenAttributes) const {
+    const Ref<NSDictionary> attributes = orEmpty(givenAttributes);
+    const Ref<NSDictionary> merged = attributesForSet(attributes->objectForKey<NSSet>(*QzAnnoAttributeName));
+    const Ref<NSDictionary> fragments = disassembleFragments(attributes);
+    ObjectMap inlines;
+    for (const ObjectMap::Entry& entry : fragments->map().entries()) {
+        if (!areSameFormatting(entry.value, merged->objectForKey(*entry.key))) inlines.set(entry.key, entry.value);
+    }
+    return NSDictionary::dictionaryWithMap(std::move(inlines));
+}
+
+}  // namespace qz

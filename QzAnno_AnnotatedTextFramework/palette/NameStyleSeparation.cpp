@@ -1,0 +1,40 @@
+#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
+
+#include <algorithm>
+
+#include "platform/text/NSFont.h"
+
+namespace qz {
+
+Ref<NSString> fontnameWithName(const Ref<NSString>& name, const Ref<NSString>& style) {
+    if (!style || style->length() == 0) return name;
+    return NSString::stringWithCharacters(name->characters() + u'-' + style->characters());
+}
+
+Ref<NSFont> fontWithName(const Ref<NSString>& name, const Ref<NSString>& style, float size) {
+    return name ? NSFont::fontWithName(*fontnameWithName(name, style), size) : Ref<NSFont>();
+}
+
+Ref<NSString> fontFontName(const NSFont& font) {
+    return fontFontName(*font.fontName());
+}
+
+Ref<NSString> fontStyleName(const NSFont& font) {
+    return fontStyleName(*font.fontName());
+}
+
+Ref<NSString> fontFontName(const NSString& fontName) {
+    const std::u16string& characters = fontName.characters();
+    return NSString::stringWithCharacters(characters.substr(0, characters.find(u'-')));
+}
+
+Ref<NSString> fontStyleName(const NSString& fontName) {
+    const std::u16string& characters = fontName.characters();
+    const size_t hyphen = characters.find(u'-');
+    if (hyphen == std::u16string::npos) return NSString::string();
+    const size_t start = hyphen + 1;
+    const size_t end = std::min(characters.find(u'-', start), characters.size());
+    return NSString::stringWithCharacters(characters.substr(start, end - start));
+}
+
+}  // namespace qz

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/foundation/NSString.h"
+
+namespace qz {
+
+class NSFont;
+
+// Font names of the form family-style.
+
+/// "family-style"; the family alone without a style or with an empty one.
+Ref<NSString> fontnameWithName(const Ref<NSString>& name, const Ref<NSString>& style);
+/// The font of that name at the size in points; none when there is no such font.
+Ref<NSFont> fontWithName(const Ref<NSString>& name, const Ref<NSString>& style, float size);
+/// What stands before the first hyphen of the font's name; the whole name when it has none.
+Ref<NSString> fontFontName(const NSFont& font);
+/// What stands between the first hyphen and the second; empty when there is none.
+Ref<NSString> fontStyleName(const NSFont& font);
+
+// The same for the bare name of a font.
+Ref<NSString> fontFontName(const NSString& fontName);
+Ref<NSString> fontStyleName(const NSString& fontName);
+
+}  // namespace qz

@@ -1,0 +1,126 @@
+#include "QzAnno_AnnotatedTextFramework/palette/PaletteFaults.h"
+
+#include <unordered_set>
+
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeChecks.h"
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno_AnnotatedTextFramework/palette/ValueConversion.h"
+#include "platform/foundation/DiagnosticText.h"
+#include "platform/foundation/NSArray.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/text/NSFont.h"
+
+namespace qz {
+namespace {
+
+/// Goes through the annotations of one palette from the global one upward.
+class FaultFinder {
+public:
+    void beginAnnotation(std::string name) {
+        annotationName_ = std::move(name);
+        if (names_.insert(annotationName_).second) return;
+        add("", "an annotation below has the same name; this one is not found by its name");
+    }
+
+    void add(std::string attributeName, std::string message) {
+        faults_.push_back({.annotationName = annotationName_,
+                           .attributeName = std::move(attributeName),
+                           .message = std::move(message)});
+    }
+
+    /// Checks the attributes of the annotation that was begun, in their property-list form.
+    void checkAttributes(const ObjectMap& attributes) {
+        for (const ObjectMap::Entry& entry : attributes.entries()) {
+            const auto* attributeName = dynamic_cast<const NSString*>(entry.key.get());
+            if (!attributeName) continue;
+            std::vector<std::string> messages;
+            checkAttribute(*attributeName, *entry.value, messages);
+            for (std::string& message : messages) add(attributeName->utf8(), std::move(message));
+        }
+        checkFont(attributes);
+        if (isGlobal_) globalAttributes_ = attributes;
+        isGlobal_ = false;
+    }
+
+    std::vector<PaletteFault> takeFaults() { return std::move(faults_); }
+
+private:
+    /// Looks for the font that a run of this annotation alone gets, so with what the global annotation gives as well.
+    void checkFont(const ObjectMap& attributes) {
+        ObjectMap merged = globalAttributes_;
+        merged.setAll(attributes);
+        const auto stringUnder = [&](const Ref<NSString>& name) {
+            return std::dynamic_pointer_cast<NSString>(merged.find(*name));
+        };
+        const Ref<NSString> fullName = stringUnder(QzFontAttribute);
+        const Ref<NSString> family = stringUnder(QzFontNameAttribute);
+        // What is named further down has been reported there.
+        const bool namesFont =
+            fullName ? attributes.contains(*QzFontAttribute)
+                     : attributes.contains(*QzFontNameAttribute) || attributes.contains(*QzFontStyleAttribute);
+        if (!namesFont || (!fullName && !family)) return;
+        const Ref<NSString> name = fullName ? fullName : fontnameWithName(family, stringUnder(QzFontStyleAttribute));
+        if (NSFont::fontWithName(*name, 0)) return;
+        const Ref<NSString>& attribute = fullName ? QzFontAttribute : QzFontNameAttribute;
+        add(attribute->utf8(), "there is no font " + quotedExcerpt(name->utf8()) + "; the title-bar font is used");
+        faults_.back().isMissingFont = true;
+    }
+
+    std::vector<PaletteFault> faults_;
+    std::string annotationName_;
+    std::unordered_set<std::string> names_;
+    ObjectMap globalAttributes_;
+    bool isGlobal_ = true;
+};
+
+}  // namespace
+
+std::vector<PaletteFault> faultsOfPropertyList(const NSObject& plist) {
+    const auto* list = dynamic_cast<const NSArray*>(&plist);
+    Ref<NSArray> wrapped;
+    if (const auto* top = dynamic_cast<const NSDictionary*>(&plist)) {
+        wrapped = top->objectForKey<NSArray>(*"Palette"_ns);
+        list = wrapped.get();
+    }
+    FaultFinder finder;
+    for (size_t i = 0; list && i < list->count(); ++i) {
+        const auto* element = dynamic_cast<const NSDictionary*>(list->elements()[i].get());
+        if (!element) continue;
+        const Ref<NSObject> nameValue = element->objectForKey(*QzAnnoPalette_AnnotationNameKey);
+        const auto* name = dynamic_cast<const NSString*>(nameValue.get());
+        const std::string usedName = name ? name->utf8() : i == 0 ? "GLOBALS" : "Fark new";
+        finder.beginAnnotation(usedName);
+        // Only the global annotation needs no name of its own.
+        if (nameValue ? !name : i > 0) {
+            const std::string found = nameValue ? kindOfStoredValue(*nameValue) : "nothing";
+            finder.add(QzAnnoPalette_AnnotationNameKey->utf8(),
+                       "a name is needed, found " + found + "; \"" + usedName + "\" is used");
+        }
+        finder.checkAttributes(element->map());
+    }
+    return finder.takeFaults();
+}
+
+std::vector<PaletteFault> faultsOfPalette(const QzAnnoPalette& palette) {
+    FaultFinder finder;
+    for (int32_t priority = 0; priority <= palette.maxPriority(); ++priority) {
+        const Ref<QzAnno> anno = palette.lookupAnno(palette.annoKeyAtPriority(priority));
+        finder.beginAnnotation(anno->name()->utf8());
+        const Ref<NSDictionary> attributes = anno->allAttributes();
+        ObjectMap stored;
+        for (const ObjectMap::Entry& entry : attributes->map().entries()) {
+            if (auto value = dehydrate(entry.value)) {
+                stored.set(entry.key, std::move(value));
+                continue;
+            }
+            finder.add(entry.key->description(), "a value of class " + entry.value->className() +
+                                                     " has no form in a property list; the palette cannot be saved");
+        }
+        finder.checkAttributes(stored);
+    }
+    return finder.takeFaults();
+}
+
+}  // namespace qz

@@ -1,0 +1,198 @@
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+
+#include <algorithm>
+#include <atomic>
+
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSNotificationCenter.h"
+
+namespace qz {
+namespace {
+
+std::atomic<int32_t> lastSerialNumber = 0;
+
+}  // namespace
+
+QzAnnoPalette::QzAnnoPalette()
+    : priorities_(std::make_shared<KeyRow>()),
+      reverse_lookup_(std::make_shared<ObjectMap>()),
+      serialNumber_(++lastSerialNumber) {}
+
+Ref<QzAnnoPalette> QzAnnoPalette::init() {
+    const Ref<QzAnnoPalette> palette(new QzAnnoPalette);
+    palette->globals_ = QzAnno::initWithKey(QzAnnoKey::keyWithName("GLOBALS"_ns, palette));
+    NSStandardError("Annopalette made\n");
+    return palette;
+}
+
+QzAnnoPalette::~QzAnnoPalette() {
+    // Recorded inverses call this very object and do not keep it alive.
+    if (undo_) undo_->removeAllActionsWithTarget(*this);
+}
+
+void QzAnnoPalette::retainContentsOfAnnoPalette(const Ref<QzAnnoPalette>& other) {
+    if (!other) return;
+    priorities_ = other->priorities_;
+    reverse_lookup_ = other->reverse_lookup_;
+    globals_ = other->globals_;
+    const auto moveHere = [&](QzAnnoKey& key) {
+        key.clearPalette(other);
+        key.setPalette(refTo(*this));
+    };
+    moveHere(*globals_->annokey());
+    for (const Ref<QzAnnoKey>& key : *priorities_) moveHere(*key);
+    post(QzAnnoPaletteLoaded);
+}
+
+void QzAnnoPalette::setUndoManager(const Ref<NSUndoManager>& undoManager) {
+    if (undo_ || !undoManager) return;
+    undo_ = undoManager;
+    immutable_ = false;
+}
+
+Ref<QzAnno> QzAnnoPalette::lookupAnno(const Ref<QzAnnoKey>& key) const {
+    if (!key || isGlobal(key)) return globals_;
+    return std::static_pointer_cast<QzAnno>(reverse_lookup_->find(*key));
+}
+
+bool QzAnnoPalette::contains(const Ref<QzAnnoKey>& key) const {
+    return key && reverse_lookup_->contains(*key);
+}
+
+int32_t QzAnnoPalette::lookupPrio(const Ref<QzAnnoKey>& key) const {
+    if (isGlobal(key)) return 0;
+    if (!contains(key)) return -1;
+    return static_cast<int32_t>(std::ranges::find(*priorities_, key) - priorities_->begin()) + 1;
+}
+
+Ref<QzAnnoKey> QzAnnoPalette::annoKeyAtPriority(int32_t priority) const {
+    if (priority < 0 || priority > maxPriority()) return {};
+    return priority == 0 ? globals_->annokey() : (*priorities_)[static_cast<size_t>(priority) - 1];
+}
+
+Ref<QzAnnoKey> QzAnnoPalette::findAnnoKey(const Ref<NSString>& name) const {
+    if (!name || areEqual(name, globals_->name())) return globals_->annokey();
+    for (const ObjectMap::Entry& entry : reverse_lookup_->entries()) {
+        auto key = std::static_pointer_cast<QzAnnoKey>(entry.key);
+        if (areEqual(name, key->name())) return key;
+    }
+    return {};
+}
+
+Ref<QzAnno> QzAnnoPalette::createAnno(const Ref<NSString>& name) {
+    if (immutable_ || !name || areEqual(name, globals_->name())) return {};
+    return addNewAnno(name);
+}
+
+Ref<QzAnno> QzAnnoPalette::addNewAnno(const Ref<NSString>& name) {
+    auto anno = QzAnno::initWithKey(QzAnnoKey::keyWithName(name, refTo(*this)));
+    addAnno(anno, maxPriority() + 1);
+    return anno;
+}
+
+/// Files the annotation itself under its key, at the priority or as near to it as there is one.
+void QzAnnoPalette::addAnno(const Ref<QzAnno>& anno, int32_t atPrio) {
+    const Ref<QzAnnoKey> key = anno->annokey();
+    reverse_lookup_->set(key, anno);
+    if (reverse_lookup_->find(*key) != anno) NSStandardError("Created anno didn't get into the table\n");
+    priorities_->insert(priorities_->begin() + (std::clamp(atPrio, 1, maxPriority() + 1) - 1), key);
+    key->setPalette(refTo(*this));
+    invocationTarget().invoke([this, key] { removeAnno(key); });
+    setUndoActionName("Create Annotation");
+}
+
+bool QzAnnoPalette::removeAnno(const Ref<QzAnnoKey>& keyToRemove) {
+    if (immutable_ || !contains(keyToRemove)) return false;
+    // The argument may be an element of the row that is about to be erased.
+    const Ref<QzAnnoKey> key = keyToRemove;
+    const int32_t priority = lookupPrio(key);
+    invocationTarget().invoke([this, anno = lookupAnno(key), priority] { addAnno(anno, priority); });
+    setUndoActionName("Delete Annotation");
+    priorities_->erase(priorities_->begin() + (priority - 1));
+    reverse_lookup_->remove(*key);
+    if (!key->clearPalette(refTo(*this))) NSLog("%@ would not clear palette\n", {key});
+    post(QzAnnoPaletteOrderChanged);
+    postAnnoChanged(key);
+    return true;
+}
+
+bool QzAnnoPalette::replaceAnno(const Ref<QzAnno>& anno) {
+    if (immutable_ || !anno) return false;
+    const Ref<QzAnnoKey> key = anno->annokey();
+    if (!isGlobal(key) && !contains(key)) return false;
+    invocationTarget().invoke([this, former = lookupAnno(key)] { replaceAnno(former); });
+    setUndoActionName("Change Annotation");
+    if (isGlobal(key))
+        globals_ = anno->copy();
+    else
+        reverse_lookup_->set(key, anno->copy());
+    postAnnoChanged(key);
+    return true;
+}
+
+bool QzAnnoPalette::setAnnoKey(const Ref<QzAnnoKey>& keyToMove, int32_t toPriority) {
+    if (immutable_ || !contains(keyToMove) || toPriority < 1 || toPriority > maxPriority()) return false;
+    const Ref<QzAnnoKey> key = keyToMove;
+    const int32_t priority = lookupPrio(key);
+    recordReordering(key, priority);
+    priorities_->erase(priorities_->begin() + (priority - 1));
+    priorities_->insert(priorities_->begin() + (toPriority - 1), key);
+    post(QzAnnoPaletteOrderChanged);
+    return true;
+}
+
+bool QzAnnoPalette::increasePriorityOfAnnoKey(const Ref<QzAnnoKey>& key) {
+    return exchangeWithNeighbour(key, 1);
+}
+
+bool QzAnnoPalette::decreasePriorityOfAnnoKey(const Ref<QzAnnoKey>& key) {
+    return exchangeWithNeighbour(key, -1);
+}
+
+bool QzAnnoPalette::exchangeWithNeighbour(const Ref<QzAnnoKey>& key, int32_t step) {
+    if (immutable_ || !contains(key)) return false;
+    const int32_t priority = lookupPrio(key);
+    const int32_t neighbour = priority + step;
+    if (neighbour < 1 || neighbour > maxPriority()) return false;
+    recordReordering(key, priority);
+    std::iter_swap(priorities_->begin() + (priority - 1), priorities_->begin() + (neighbour - 1));
+    post(QzAnnoPaletteOrderChanged);
+    return true;
+}
+
+void QzAnnoPalette::recordReordering(const Ref<QzAnnoKey>& key, int32_t formerPriority) {
+    invocationTarget().invoke([this, key, formerPriority] { setAnnoKey(key, formerPriority); });
+    setUndoActionName("Reorder Annotation Stack");
+}
+
+bool QzAnnoPalette::recordsUndo() const {
+    return undo_ && !undo_->isUndoing() && !undo_->isRedoing();
+}
+
+NSUndoManager::InvocationTarget QzAnnoPalette::invocationTarget() {
+    return recordsUndo() ? undo_->prepareWithInvocationTarget(*this) : NSUndoManager::InvocationTarget();
+}
+
+void QzAnnoPalette::setUndoActionName(const char* name) {
+    if (recordsUndo()) undo_->setActionName(name);
+}
+
+void QzAnnoPalette::postAnnoChanged(const Ref<QzAnnoKey>& key) {
+    ObjectMap userInfo;
+    userInfo.set(QzAnnoChanged, key);
+    post(QzAnnoChanged, NSDictionary::dictionaryWithMap(std::move(userInfo)));
+}
+
+void QzAnnoPalette::post(const Ref<NSString>& name, const Ref<NSDictionary>& userInfo) {
+    NSNotificationCenter::defaultCenter().postNotificationName(name, refTo(*this), userInfo);
+}
+
+std::string QzAnnoPalette::description() const {
+    std::string text = stringWithFormat("Palette #%i\n", {serialNumber_});
+    for (int32_t priority = maxPriority(); priority >= 0; --priority) {
+        text += stringWithFormat("%2i : %@\n", {priority, lookupAnno(annoKeyAtPriority(priority))});
+    }
+    return text;
+}
+
+}  // namespace qz

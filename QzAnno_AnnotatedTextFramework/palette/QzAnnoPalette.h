@@ -1,0 +1,126 @@
+#pragma once
+
+#include <vector>
+
+#include "QzAnno_AnnotatedTextFramework/model/QzAnno.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzLog.h"
+#include "platform/foundation/NSData.h"
+#include "platform/foundation/NSUndoManager.h"
+
+namespace qz {
+
+class NSArray;
+
+// Notifications of a palette, with the palette as object.
+
+/// It has taken over other contents.
+inline const Ref<NSString> QzAnnoPaletteLoaded = "QzAnnoPaletteLoaded"_ns;
+/// An annotation was replaced or removed; the user info holds its key under the notification's own name.
+inline const Ref<NSString> QzAnnoChanged = "QzAnnoChanged"_ns;
+/// Priorities have changed.
+inline const Ref<NSString> QzAnnoPaletteOrderChanged = "QzAnnoPaletteOrderChanged"_ns;
+
+/// The stack of annotations against which annotated strings are read: the global annotation at priority 0, which always
+/// applies, and others at 1 to `maxPriority`, of which the higher wins.
+///
+/// A palette is locked until it is given an undo manager; while it is locked every edit is refused. Edits record their
+/// inverse with the undo manager, but none while it undoes or redoes, so an undone edit cannot be redone. The
+/// annotations that the palette holds are not changed in place: make a mutable copy, change it, and hand it to
+/// `replaceAnno`. Names need not be unique. Used from one thread at a time; different palettes may be used from
+/// different threads.
+class QzAnnoPalette final : public NSObject, public QzLogUsing {
+public:
+    /// An empty, locked palette, whose global annotation "GLOBALS" has no attributes.
+    static Ref<QzAnnoPalette> init();
+    ~QzAnnoPalette() override;
+
+    /// Takes over the contents of the other palette, keys and annotations themselves, for holders of this one to see;
+    /// the other is to be discarded. Neither lock nor undo manager nor log of this palette change.
+    void retainContentsOfAnnoPalette(const Ref<QzAnnoPalette>& other);
+
+    const Ref<NSUndoManager>& undoManager() const { return undo_; }
+    /// The first undo manager is kept and unlocks the palette; later ones, and none, change nothing.
+    void setUndoManager(const Ref<NSUndoManager>& undoManager);
+    bool editable() const { return !immutable_; }
+    void setLog(const Ref<QzLog>& log) override { logger_ = log; }
+
+    /// The annotation of the key: the global one for its key and for none; none for a key that is not in the palette.
+    Ref<QzAnno> lookupAnno(const Ref<QzAnnoKey>& key) const;
+    /// Whether the key is that of an annotation above the global one.
+    bool contains(const Ref<QzAnnoKey>& key) const;
+    /// 0 for the global key, -1 for one that is not in the palette.
+    int32_t lookupPrio(const Ref<QzAnnoKey>& key) const;
+    int32_t maxPriority() const { return static_cast<int32_t>(priorities_->size()); }
+    /// None outside 0 to `maxPriority`.
+    Ref<QzAnnoKey> annoKeyAtPriority(int32_t priority) const;
+    /// The key of the annotation of that name that was filed first; the global key for its own name and for none.
+    Ref<QzAnnoKey> findAnnoKey(const Ref<NSString>& name) const;
+
+    /// A new annotation without attributes, on top. Refused for the global annotation's name and for none.
+    Ref<QzAnno> createAnno(const Ref<NSString>& name);
+    /// Unbinds the key. The global annotation is not removed.
+    bool removeAnno(const Ref<QzAnnoKey>& key);
+    /// Files a copy of the annotation in place of the one with the same key; refused when the palette has none with it.
+    bool replaceAnno(const Ref<QzAnno>& anno);
+    /// Moves the key to a priority from 1 to `maxPriority`; those between shift by one.
+    bool setAnnoKey(const Ref<QzAnnoKey>& key, int32_t toPriority);
+    /// Exchanges the key with its neighbour one priority higher, or lower.
+    bool increasePriorityOfAnnoKey(const Ref<QzAnnoKey>& key);
+    bool decreasePriorityOfAnnoKey(const Ref<QzAnnoKey>& key);
+
+    // Attribute dictionaries are in, or are turned into, the vocabulary of AttributeNames.h; none counts as an empty
+    // one.
+
+    /// The attributes of the global annotation and of the annotations in the set, merged in rising priority, with the
+    /// set itself under `QzAnnoAttributeName`. No set counts as the empty one; keys that are not in the palette add
+    /// nothing.
+    Ref<NSDictionary> attributesForSet(const Ref<NSSet>& set) const;
+    /// Adds the font and the paragraph style that the attributes describe. A font that is missing is reported to the
+    /// log, and a value of the wrong kind in a log line; either is replaced by the default.
+    Ref<NSDictionary> assembleCompleteAttributes(const Ref<NSDictionary>& attributes) const;
+    /// Takes the font and the paragraph style apart again into full name, size, leading and alignment.
+    Ref<NSDictionary> disassembleFragments(const Ref<NSDictionary>& attributes) const;
+    /// What the attributes of a run hold, taken apart, beyond what its annotations give it.
+    Ref<NSDictionary> findInlines(const Ref<NSDictionary>& attributes) const;
+
+    /// The palette as an XML property list; none, with a log line, when an attribute's value has no property-list form.
+    Ref<NSData> pListData() const;
+    /// A new, locked palette; none when the data is no palette of version 0, with the reason in `errorDescription`. A
+    /// list that cannot be read also gets a log line.
+    static Ref<QzAnnoPalette> paletteFromPListData(const NSData& data, std::string* errorDescription = nullptr);
+
+    /// Identifies the palette object: counts from 1 in the order of creation.
+    int32_t serialNumber() const { return serialNumber_; }
+    /// One line for each annotation, highest priority first.
+    std::string description() const override;
+    std::string className() const override { return "QzAnnoPalette"; }
+
+private:
+    using KeyRow = std::vector<Ref<QzAnnoKey>>;
+
+    QzAnnoPalette();
+
+    bool isGlobal(const Ref<QzAnnoKey>& key) const { return key == globals_->annokey(); }
+    NSUndoManager::InvocationTarget invocationTarget();
+    void setUndoActionName(const char* name);
+    bool recordsUndo() const;
+    Ref<QzAnno> addNewAnno(const Ref<NSString>& name);
+    void addAnno(const Ref<QzAnno>& anno, int32_t atPrio);
+    bool exchangeWithNeighbour(const Ref<QzAnnoKey>& key, int32_t step);
+    void recordReordering(const Ref<QzAnnoKey>& key, int32_t formerPriority);
+    void postAnnoChanged(const Ref<QzAnnoKey>& key);
+    void post(const Ref<NSString>& name, const Ref<NSDictionary>& userInfo = {});
+    void reportMissingFont(const Ref<NSString>& fullName) const;
+    bool loadList(const NSArray& list, std::string& error);
+
+    // Behind references, since a palette that takes over another's contents shares the very row and table.
+    Ref<KeyRow> priorities_;         // element i has priority i + 1
+    Ref<ObjectMap> reverse_lookup_;  // key -> QzAnno, for exactly the keys of `priorities_`
+    Ref<QzAnno> globals_;
+    bool immutable_ = true;
+    Ref<NSUndoManager> undo_;
+    WeakRef<QzLog> logger_;
+    const int32_t serialNumber_;
+};
+
+}  // namespace qz

@@ -1,0 +1,251 @@
+#include "QzAnno_AnnotatedTextFramework/render/QzAnnoLayoutManager.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <thread>
+
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSNumber.h"
+#include "platform/graphics/NSColor.h"
+#include "platform/graphics/NSGraphicsContext.h"
+#include "platform/text/AttributeNames.h"
+#include "platform/text/GlyphDrawing.h"
+
+namespace qz {
+namespace {
+
+// A colour that hides less than this is not worth drawing.
+constexpr float kVisibleAlpha = 0.001f;
+
+constexpr int kLayoutPollsMax = 100;
+constexpr std::chrono::milliseconds kLayoutPoll{1};
+
+// Below these quality factors outlines get coarser, in pixels of flatness, or simpler joins.
+constexpr float kCoarsestBelow = 1.0f / 3;
+constexpr float kCoarseBelow = 2.0f / 3;
+constexpr float kMitersUpTo = 0.5f;
+constexpr float kCoarsestFlatness = 50.0f;
+constexpr float kCoarseFlatness = 10.0f;
+constexpr float kLayerMiterLimit = 50.0f;
+
+// A layer of repeated glyphs costs (2n + 1)^2 copies; a wider one is drawn with this n.
+constexpr long kRepeatsMax = 32;
+
+enum LayerNumber : uint32_t { first = 1, second = 2 };
+
+/// Holds a flag up for a scope.
+class Raised {
+public:
+    explicit Raised(bool& flag) : flag_(flag) { flag_ = true; }
+    ~Raised() { flag_ = false; }
+    Raised(const Raised&) = delete;
+    Raised& operator=(const Raised&) = delete;
+
+private:
+    bool& flag_;
+};
+
+/// Saves the graphics state of a context for a scope.
+class SavedGraphicsState {
+public:
+    explicit SavedGraphicsState(NSGraphicsContext& context) : context_(context) { context_.saveGraphicsState(); }
+    ~SavedGraphicsState() { context_.restoreGraphicsState(); }
+    SavedGraphicsState(const SavedGraphicsState&) = delete;
+    SavedGraphicsState& operator=(const SavedGraphicsState&) = delete;
+
+private:
+    NSGraphicsContext& context_;
+};
+
+bool contextAntialiases() {
+    const Ref<NSGraphicsContext> context = NSGraphicsContext::currentContext();
+    return context && context->shouldAntialias();
+}
+
+}  // namespace
+
+/// How one layer of one run is drawn.
+struct QzAnnoLayoutManager::Layer {
+    float width = 0;
+    NSPoint offset;
+    Ref<NSColor> color;
+    // The slant of the run's glyphs, which their copies share.
+    float obliqueness = 0;
+
+    bool isVisible() const { return color && color->alphaComponent() > kVisibleAlpha; }
+
+    static Layer numbered(uint32_t number, const NSDictionary& attributes) {
+        const bool isFirst = number == LayerNumber::first;
+        Layer layer;
+        layer.color =
+            attributes.objectForKey<NSColor>(isFirst ? *QzBackgroundColorAttribute : *QzBackground2ColorAttribute);
+        const auto width =
+            attributes.objectForKey<NSNumber>(isFirst ? *QzBackgroundWidthAttribute : *QzBackground2WidthAttribute);
+        if (width && std::isfinite(width->floatValue())) layer.width = width->floatValue();
+        const auto offset =
+            attributes.objectForKey<NSString>(isFirst ? *QzBackgroundOffsetAttribute : *QzBackground2OffsetAttribute);
+        if (offset) layer.offset = NSPointFromString(*offset);
+        const auto obliqueness = attributes.objectForKey<NSNumber>(*NSObliquenessAttributeName);
+        if (obliqueness) layer.obliqueness = obliqueness->floatValue();
+        return layer;
+    }
+};
+
+Ref<QzAnnoLayoutManager> QzAnnoLayoutManager::init() {
+    return Ref<QzAnnoLayoutManager>(new QzAnnoLayoutManager);
+}
+
+void QzAnnoLayoutManager::setAntialiasing(bool antialiasing) {
+    antialiasingMode_ = antialiasing ? on : off;
+    setUsesScreenFonts(!antialiasing);
+}
+
+Ref<NSFont> QzAnnoLayoutManager::fontAtIndex(uint32_t index) const {
+    const Ref<NSTextStorage> storage = textStorage();
+    if (!storage || index >= storage->length()) return {};
+    const auto font = storage->attributesAtIndex(index)->objectForKey<NSFont>(*NSFontAttributeName);
+    return font && usesScreenFonts() ? substituteFontForFont(font) : font;
+}
+
+void QzAnnoLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint) {
+    const Ref<NSGraphicsContext> context = NSGraphicsContext::currentContext();
+    if (!context) return;
+    const SavedGraphicsState saved(*context);
+    if (antialiasingMode_ != asContext) context->setShouldAntialias(antialiasingMode_ == on);
+    if (glyphRange.length > 0 && !drawing_) {
+        myDraw(glyphRange, LayerNumber::second, atPoint);
+        myDraw(glyphRange, LayerNumber::first, atPoint);
+    }
+    if (antialiasing()) {
+        NSLayoutManager::drawGlyphsForGlyphRange(glyphRange, atPoint);
+        return;
+    }
+    Range character;
+    characterRangeForGlyphRange({glyphRange.location, 1}, &character);
+    while (character.location < glyphRange.end() && character.length > 0) {
+        NSLayoutManager::drawGlyphsForGlyphRange(character, atPoint);
+        characterRangeForGlyphRange({static_cast<uint32_t>(character.end()), 1}, &character);
+    }
+}
+
+void QzAnnoLayoutManager::myDraw(Range glyphRange, uint32_t asBackground, NSPoint atPoint) {
+    const Ref<NSTextStorage> storage = textStorage();
+    if (glyphRange.length == 0 || !storage || glyphRange.location >= numberOfGlyphs()) return;
+    const Raised drawing(drawing_);
+    waitForBackgroundLayout(glyphRange);
+    textContainerForGlyphAtIndex(static_cast<uint32_t>(glyphRange.end() - 1));
+    if (asBackground == LayerNumber::second) drawBoundingBoxes(glyphRange, atPoint);
+    drawLayer(glyphRange, asBackground, atPoint);
+}
+
+void QzAnnoLayoutManager::waitForBackgroundLayout(Range glyphRange) const {
+    for (int poll = 0; poll < kLayoutPollsMax && glyphRange.contains(firstUnlaidGlyphIndex()); ++poll) {
+        std::this_thread::sleep_for(kLayoutPoll);
+    }
+}
+
+void QzAnnoLayoutManager::drawBoundingBoxes(Range glyphRange, NSPoint origin) const {
+    const uint32_t character = characterIndexForGlyphAtIndex(glyphRange.location);
+    const auto box =
+        textStorage()->attributesAtIndex(character)->objectForKey<QzBBoxInfo>(*QzTextBoundingBoxAppearanceAttribute);
+    if (!box || box->type() <= 0 || !box->color()) return;
+    Range held;
+    for (uint64_t glyph = glyphRange.location; glyph < glyphRange.end(); glyph = held.end()) {
+        const Ref<NSTextContainer> container = textContainerForGlyphAtIndex(static_cast<uint32_t>(glyph), &held);
+        if (!container) return;
+        const NSRect used = NSOffsetRect(usedRectForTextContainer(*container), origin.x, origin.y);
+        const NSBezierPath path = NSBezierPath::bezierPathWithRect(used);
+        box->color()->set();
+        if (box->type() == 1)
+            path.stroke();
+        else
+            path.fill();
+    }
+}
+
+void QzAnnoLayoutManager::drawLayer(Range glyphRange, uint32_t number, NSPoint origin) {
+    // Attributes belong to characters: a run holds the glyphs whose first character lies in it, so that a ligature
+    // across two runs is drawn once.
+    const Ref<NSTextStorage> storage = textStorage();
+    const Range characters = characterRangeForGlyphRange(glyphRange);
+    const uint64_t glyphsEnd = std::min<uint64_t>(glyphRange.end(), numberOfGlyphs());
+    for (uint64_t glyph = glyphRange.location; glyph < glyphsEnd;) {
+        Range run;
+        const uint32_t character = characterIndexForGlyphAtIndex(static_cast<uint32_t>(glyph));
+        const Layer layer = Layer::numbered(number, *storage->attributesAtIndex(character, &run, characters));
+        const auto start = static_cast<uint32_t>(glyph);
+        while (glyph < glyphsEnd && characterIndexForGlyphAtIndex(static_cast<uint32_t>(glyph)) < run.end()) ++glyph;
+        if (!layer.isVisible()) continue;
+        const Range glyphs = {start, static_cast<uint32_t>(glyph - start)};
+        if (contextAntialiases() && layer.width > 0)
+            strokeOutlines(glyphs, layer, origin);
+        else
+            repeatGlyphs(glyphs, layer, origin);
+    }
+}
+
+void QzAnnoLayoutManager::strokeOutlines(Range glyphRange, const Layer& layer, NSPoint origin) const {
+    layer.color->set();
+    // Every shown glyph of a cluster, not only the first: an accent wants its border as the letter below it does.
+    for (uint64_t glyph = glyphRange.location; glyph < glyphRange.end(); ++glyph) {
+        const auto index = static_cast<uint32_t>(glyph);
+        if (notShownAttributeForGlyphAtIndex(index)) continue;
+        const NSRect line = lineFragmentRectForGlyphAtIndex(index);
+        const NSPoint location = locationForGlyphAtIndex(index);
+        const NSPoint pen = {origin.x + line.origin.x + layer.offset.x + location.x,
+                             origin.y + line.origin.y + layer.offset.y + location.y};
+        const Ref<NSFont> font = fontAtIndex(characterIndexForGlyphAtIndex(index));
+        NSBezierPath outline =
+            outlineOfGlyph({glyphAtIndex(index), font, pen, layer.obliqueness}).bezierPathByFlatteningPath();
+        if (outline.isEmpty()) continue;
+        outline.setLineWidth(layer.width);
+        applyQuality(outline);
+        outline.stroke();
+        outline.fill();
+    }
+}
+
+void QzAnnoLayoutManager::applyQuality(NSBezierPath& path) const {
+    if (qualityFactor_ < kCoarsestBelow)
+        path.setFlatness(kCoarsestFlatness);
+    else if (qualityFactor_ < kCoarseBelow)
+        path.setFlatness(kCoarseFlatness);
+    if (qualityFactor_ <= kMitersUpTo) {
+        path.setLineCapStyle(NSLineCapStyle::butt);
+        path.setLineJoinStyle(NSLineJoinStyle::miter);
+        path.setMiterLimit(kLayerMiterLimit);
+    } else {
+        path.setLineCapStyle(NSLineCapStyle::square);
+        path.setLineJoinStyle(NSLineJoinStyle::round);
+    }
+}
+
+void QzAnnoLayoutManager::repeatGlyphs(Range glyphRange, const Layer& layer, NSPoint origin) {
+    long n = contextAntialiases() ? std::lround(layer.width) : std::lround(layer.width * 0.5);
+    if (n > kRepeatsMax) {
+        NSLog("A layer of width %@ is too wide without antialiasing; it is drawn %i wide\n",
+              {shortestDecimal(layer.width), static_cast<int32_t>(2 * kRepeatsMax)});
+        n = kRepeatsMax;
+    }
+    Range glyphs;
+    const Range characters = characterRangeForGlyphRange(glyphRange, &glyphs);
+    ObjectMap color;
+    color.set(NSForegroundColorAttributeName, layer.color);
+    addTemporaryAttributes(*NSDictionary::dictionaryWithMap(std::move(color)), characters);
+    for (long dx = -n; dx <= n; ++dx) {
+        for (long dy = -n; dy <= n; ++dy) {
+            drawGlyphsForGlyphRange(glyphs, NSMakeRoundedPoint(origin.x + layer.offset.x + static_cast<float>(dx),
+                                                               origin.y + layer.offset.y + static_cast<float>(dy)));
+        }
+    }
+    removeTemporaryAttribute(*NSForegroundColorAttributeName, characters);
+}
+
+NSPoint NSMakeRoundedPoint(float x, float y) {
+    return {std::round(x), std::round(y)};
+}
+
+}  // namespace qz

@@ -1,0 +1,80 @@
+#include <cmath>
+
+#include "QzAnno_AnnotatedTextFramework/render/ExpandRectConstrainedBy.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzTextRender.h"
+#include "platform/foundation/NSLog.h"
+
+namespace qz {
+namespace {
+
+// Room round the text box for layers that reach beyond the glyphs, in points.
+constexpr int32_t kBoxGrowth = 10;
+
+}  // namespace
+
+NSRect QzAnnoStringToScreen::placeInFullScreen(bool fullScreen, NSPoint& offset) {
+    if (textContainer_->fullscreen() != fullScreen) {
+        textContainer_->setFullscreen(fullScreen);
+        available_ = false;
+    }
+    if (!available_) build();
+    NSRect place = {{0, 0}, textContainer_->containerSize()};
+    if (!fullScreen) {
+        place = ExpandRectConstrainedBy(textContainer_->textBox(), kBoxGrowth, kBoxGrowth, kBoxGrowth, kBoxGrowth,
+                                        textContainer_->screenSize(), &offset);
+    }
+    place.size = {std::round(place.size.width), std::round(place.size.height)};
+    return place;
+}
+
+NSRect QzAnnoStringToScreen::placeInFullScreen(bool fullScreen) {
+    NSPoint offset;
+    return placeInFullScreen(fullScreen, offset);
+}
+
+void QzAnnoStringToScreen::drawGlyphsAtPoint(NSPoint offset) {
+    const Range glyphs = layoutManager_->glyphRangeForTextContainer(*textContainer_);
+    if (glyphs.length == 0) return;
+    NSAffineTransform scale;
+    scale.scaleXBy(datasize_.width / screensize_.width, datasize_.height / screensize_.height);
+    scale.concat();
+    layoutManager_->drawGlyphsForGlyphRange(glyphs, offset);
+}
+
+Ref<NSImage> QzAnnoStringToScreen::imageInFullScreen(bool fullScreen, NSRect* bbox) {
+    NSPoint offset;
+    const NSRect place = placeInFullScreen(fullScreen, offset);
+    if (bbox) *bbox = place;
+    const Ref<NSImage> image = NSEqualSizes(screensize_, {}) ? nullptr : NSImage::initWithSize(place.size);
+    if (!image) {
+        NSLog("No image of %@ points can be made\n", {NSStringFromSize(place.size)});
+        return {};
+    }
+    image->setFlipped(true);
+    image->lockFocus();
+    drawGlyphsAtPoint(offset);
+    image->unlockFocus();
+    image->setFlipped(false);
+    return image;
+}
+
+Ref<NSBitmapImageRep> QzAnnoStringToScreen::bitmapInFullScreen(bool fullScreen, NSRect* bbox) {
+    const Ref<NSImage> image = imageInFullScreen(fullScreen, bbox);
+    return image ? QzTextRender::rasterizeImage(*image) : Ref<NSBitmapImageRep>();
+}
+
+bool QzAnnoStringToScreen::drawInFullScreen(bool fullScreen, const Ref<NSBitmapImageRep>& intoBitmap, NSRect* bbox) {
+    const Ref<NSGraphicsContext> context = NSGraphicsContext::graphicsContextWithBitmapImageRep(intoBitmap, true);
+    if (!context || NSEqualSizes(screensize_, {})) return false;
+    NSPoint offset;
+    const NSRect place = placeInFullScreen(fullScreen, offset);
+    if (bbox) *bbox = place;
+    const Ref<NSGraphicsContext> former = NSGraphicsContext::currentContext();
+    NSGraphicsContext::setCurrentContext(context);
+    drawGlyphsAtPoint(offset);
+    NSGraphicsContext::setCurrentContext(former);
+    return true;
+}
+
+}  // namespace qz

@@ -1,0 +1,68 @@
+#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
+
+#include "platform/foundation/NSLog.h"
+
+namespace qz {
+
+QzAnnoStringToScreen::QzAnnoStringToScreen()
+    : textStorage_ts_(QzAnnoStringFormatter::init()),
+      textStorage_(NSTextStorage::init()),
+      textContainer_(QzScreenTextContainer::init()),
+      layoutManager_(QzAnnoLayoutManager::init()) {
+    textContainer_->replaceLayoutManager(layoutManager_);
+    layoutManager_->replaceTextStorage(textStorage_);
+}
+
+Ref<QzAnnoStringToScreen> QzAnnoStringToScreen::init() {
+    return Ref<QzAnnoStringToScreen>(new QzAnnoStringToScreen);
+}
+
+void QzAnnoStringToScreen::awakeFromNib() {
+    textStorage_ts_->setPalette(palette_.lock());
+}
+
+void QzAnnoStringToScreen::setPalette(const Ref<QzAnnoPalette>& palette) {
+    palette_ = palette;
+    textStorage_ts_->setPalette(palette);
+}
+
+void QzAnnoStringToScreen::setScreenSize(NSSize screenSize, NSSize dataSize) {
+    NSLog("Screensize changed on toscreen\n");
+    if (NSEqualSizes(screenSize, screensize_)) return;
+    NSLog("For reall!\n");
+    available_ = false;
+    screensize_ = screenSize;
+    datasize_ = dataSize;
+    textContainer_->setScreenSize(screenSize);
+}
+
+void QzAnnoStringToScreen::setAnnoString(const Ref<QzAnnoString>& string) {
+    string_ = string;
+    realString_.reset();
+    available_ = false;
+}
+
+void QzAnnoStringToScreen::setAttributedString(const Ref<NSAttributedString>& string) {
+    realString_ = string;
+    string_.reset();
+    available_ = false;
+}
+
+void QzAnnoStringToScreen::build() {
+    Ref<NSAttributedString> text = realString_;
+    if (!text) text = textStorage_ts_->attributedStringForObjectValue(string_);
+    if (!text) text = NSAttributedString::init();
+    textStorage_->setAttributedString(*text);
+    // An empty series of edits makes the text system take the new text in at once.
+    textStorage_->beginEditing();
+    textStorage_->endEditing();
+    textContainer_->updateFromString();
+    available_ = true;
+}
+
+Ref<NSAttributedString> QzAnnoStringToScreen::attributedString() {
+    if (!available_) build();
+    return textStorage_->copy();
+}
+
+}  // namespace qz

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "QzAnno_AnnotatedTextFramework/format/QzAnnoStringFormatter.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzAnnoLayoutManager.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzScreenTextContainer.h"
+#include "platform/graphics/NSImage.h"
+#include "platform/text/NSTextStorage.h"
+
+namespace qz {
+
+/// From a title to pixels: a text system for one screen that formats an annotated string through a palette, lays it
+/// out, and draws it into images and bitmaps of the screen or of the area round the text.
+///
+/// Give it a palette, the sizes and a string, then ask for images; it rebuilds when one of them has changed. Used from
+/// one thread at a time; pipelines with palettes of their own may work on threads of their own.
+class QzAnnoStringToScreen final : public NSObject {
+public:
+    static Ref<QzAnnoStringToScreen> init();
+    /// Passes the palette on to the formatter once more.
+    void awakeFromNib();
+
+    /// Not owned: the host keeps it alive. A change of palette shows with the next rebuilding.
+    void setPalette(const Ref<QzAnnoPalette>& palette);
+    /// The screen in points, and the size in pixels of the frame that the screen stands for; images are drawn at the
+    /// scale data over screen. Data of a new size count only together with a screen of a new size. Must be called
+    /// before images are asked for.
+    void setScreenSize(NSSize screenSize, NSSize dataSize);
+    /// The string is owned and must not be changed afterwards without being set again. Either setter drops what the
+    /// other has set.
+    void setAnnoString(const Ref<QzAnnoString>& string);
+    void setAttributedString(const Ref<NSAttributedString>& string);
+    Ref<QzAnnoString> annoString() const { return string_; }
+
+    const Ref<QzAnnoLayoutManager>& layoutManager() const { return layoutManager_; }
+    const Ref<QzScreenTextContainer>& textContainer() const { return textContainer_; }
+
+    /// Whether text and text box are up to date with string, sizes and mode.
+    bool available() const { return available_; }
+    /// Brings them up to date.
+    void build();
+    /// An immutable copy of the text as laid out, built first when that is due.
+    Ref<NSAttributedString> attributedString();
+
+    /// An image of the whole screen, or of the text box grown by 10 points and cut to the screen. `bbox`, when given,
+    /// receives the image's place on the screen, its size rounded as the image's. None, with a log line, while the
+    /// sizes are not set or allow no image; blank when there is no text.
+    Ref<NSImage> imageInFullScreen(bool fullScreen, NSRect* bbox = nullptr);
+    /// The same as a bitmap of premultiplied RGBA.
+    Ref<NSBitmapImageRep> bitmapInFullScreen(bool fullScreen, NSRect* bbox = nullptr);
+    /// Draws the title over what a bitmap of the host's holds, an RGBA frame of the data size or a clear one; `bbox` as
+    /// above. In box mode the box's corner comes to the bitmap's corner. False, and nothing drawn, for a bitmap of
+    /// another format or without sizes.
+    bool drawInFullScreen(bool fullScreen, const Ref<NSBitmapImageRep>& intoBitmap, NSRect* bbox = nullptr);
+    /// Where an image would sit on the screen, built first when that is due; its size rounded as the image's.
+    NSRect placeInFullScreen(bool fullScreen);
+
+    std::string className() const override { return "QzAnnoStringToScreen"; }
+
+private:
+    QzAnnoStringToScreen();
+
+    /// Brings the text up to date for the mode. `offset` receives where the container's origin lies in the place.
+    NSRect placeInFullScreen(bool fullScreen, NSPoint& offset);
+    /// Draws the glyphs at the scale data over screen into the current graphics context.
+    void drawGlyphsAtPoint(NSPoint offset);
+
+    const Ref<QzAnnoStringFormatter> textStorage_ts_;
+    WeakRef<QzAnnoPalette> palette_;
+    NSSize screensize_;
+    NSSize datasize_;
+    // At most one of the two is set.
+    Ref<QzAnnoString> string_;
+    Ref<NSAttributedString> realString_;
+    bool available_ = false;
+    const Ref<NSTextStorage> textStorage_;
+    const Ref<QzScreenTextContainer> textContainer_;
+    const Ref<QzAnnoLayoutManager> layoutManager_;
+};
+
+}  // namespace qz

@@ -1,0 +1,208 @@
+#include "QzAnno_AnnotatedTextFramework/render/QzScreenTextContainer.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <optional>
+
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "platform/foundation/NSArray.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSNumber.h"
+#include "platform/text/NSLayoutManager.h"
+#include "platform/text/NSTextView.h"
+
+namespace qz {
+namespace {
+
+constexpr NSSize kStartSize = {640, 480};
+
+// Values of the vertical alignment attribute that move the text off the top of its box.
+constexpr int32_t kAlignedToCenter = 1;
+constexpr int32_t kAlignedToBottom = 2;
+
+/// Left, right, top, bottom.
+std::optional<std::array<double, 4>> marginsIn(const NSDictionary& attributes) {
+    const Ref<NSObject> value = attributes.objectForKey(*QzBoundingMarginsAttribute);
+    if (!value) return {};
+    std::array<double, 4> margins{};
+    const auto array = std::dynamic_pointer_cast<NSArray>(value);
+    for (size_t i = 0; i < margins.size(); ++i) {
+        const auto number = array ? std::dynamic_pointer_cast<NSNumber>(array->objectAtIndex(i)) : Ref<NSNumber>();
+        if (!number || !std::isfinite(number->doubleValue())) {
+            NSLog("Margins need four numbers, not %@; they are ignored\n", {value});
+            return {};
+        }
+        margins[i] = number->doubleValue();
+    }
+    return margins;
+}
+
+std::optional<NSRect> boundingBoxIn(const NSDictionary& attributes) {
+    const Ref<NSObject> value = attributes.objectForKey(*QzBoundingBoxAttribute);
+    if (!value) return {};
+    const auto text = std::dynamic_pointer_cast<NSString>(value);
+    const std::optional<NSRect> box = text ? wellFormedRectFromString(*text) : std::nullopt;
+    if (!box) NSLog("A bounding box is written {{x, y}, {width, height}}, not %@; it is ignored\n", {value});
+    return box;
+}
+
+}  // namespace
+
+QzScreenTextContainer::QzScreenTextContainer() : NSTextContainer(kStartSize) {
+    setScreenSize(kStartSize);
+    setTextBox({{0, 0}, kStartSize});
+    setHeightTracksTextView(true);
+    setWidthTracksTextView(true);
+}
+
+Ref<QzScreenTextContainer> QzScreenTextContainer::init() {
+    return Ref<QzScreenTextContainer>(new QzScreenTextContainer);
+}
+
+Ref<QzScreenTextContainer> QzScreenTextContainer::initWithScreenSize(NSSize size) {
+    Ref<QzScreenTextContainer> container = init();
+    container->setScreenSize(size);
+    container->setTextBox({{0, 0}, size});
+    return container;
+}
+
+QzScreenTextContainer::~QzScreenTextContainer() {
+    NSNotificationCenter::defaultCenter().removeObserver(this);
+}
+
+void QzScreenTextContainer::setTextBox(NSRect box) {
+    if (box.size.width == 0) box.size.width = 1;
+    if (box.size.height == 0) box.size.height = 1;
+    if (NSEqualRects(box, textBox_)) return;
+    textBox_ = box;
+    if (!fullscreenMode_) NSTextContainer::setContainerSize(box.size);
+}
+
+void QzScreenTextContainer::setScreenSize(NSSize size) {
+    screensize_ = size;
+    if (fullscreenMode_) NSTextContainer::setContainerSize(size);
+}
+
+void QzScreenTextContainer::setFullscreen(bool fullscreen) {
+    if (fullscreen == fullscreenMode_) return;
+    fullscreenMode_ = fullscreen;
+    if (!updating_) announceChangedGeometry();
+    NSTextContainer::setContainerSize(fullscreen ? screensize_ : textBox_.size);
+}
+
+void QzScreenTextContainer::setContainerSize(NSSize size) {
+    if (!textView()) {
+        NSLog("No text view on set container size\n");
+        return;
+    }
+    if (fullscreenMode_) setScreenSize(size);
+}
+
+void QzScreenTextContainer::setTextView(const Ref<NSTextView>& textView) {
+    NSNotificationCenter& notifications = NSNotificationCenter::defaultCenter();
+    notifications.removeObserver(this, NSTextDidChangeNotification);
+    NSTextContainer::setTextView(textView);
+    if (!textView) return;
+    notifications.addObserver(
+        this, [this](const NSNotification& notification) { textViewUpdate(notification); }, NSTextDidChangeNotification,
+        textView.get());
+}
+
+void QzScreenTextContainer::textViewUpdate(const NSNotification& /*notification*/) {
+    updateFromString();
+}
+
+NSRect QzScreenTextContainer::rescaleFromScreenToContainer(NSRect rect) const {
+    const float scaleX = containerSize().width / screensize_.width;
+    const float scaleY = containerSize().height / screensize_.height;
+    return {{rect.origin.x * scaleX, rect.origin.y * scaleY}, {rect.size.width * scaleX, rect.size.height * scaleY}};
+}
+
+NSRect QzScreenTextContainer::lineFragmentRectForProposedRect(NSRect proposedRect,
+                                                              NSLineSweepDirection /*sweepDirection*/,
+                                                              NSLineMovementDirection /*movementDirection*/,
+                                                              NSRect* remainingRect) {
+    // A line never goes on in a second fragment beside the first.
+    if (remainingRect) *remainingRect = {};
+    const NSPoint offset = fullscreenMode_ ? textBox_.origin : NSPoint{};
+    const NSRect moved = NSOffsetRect(proposedRect, -offset.x, -offset.y);
+    const NSRect clamped = {
+        {std::max(moved.origin.x, 0.0f), std::max(moved.origin.y, 0.0f)},
+        {std::min(moved.size.width, textBox_.size.width), std::min(moved.size.height, textBox_.size.height)}};
+    return NSOffsetRect(NSIntersectionRect(clamped, {{0, 0}, textBox_.size}), offset.x, offset.y);
+}
+
+bool QzScreenTextContainer::containsPoint(NSPoint point) const {
+    return NSMouseInRect(point, textBox_, false);
+}
+
+Ref<NSDictionary> QzScreenTextContainer::frameAttributes() const {
+    if (const Ref<NSTextView> view = textView()) {
+        const Ref<NSAttributedString> first = view->attributedSubstringFromRange({0, 1});
+        return first ? first->attributesAtIndex(0) : view->typingAttributes();
+    }
+    const Ref<NSLayoutManager> manager = layoutManager();
+    const Ref<NSTextStorage> storage = manager ? manager->textStorage() : Ref<NSTextStorage>();
+    if (!storage) return {};
+    return storage->length() > 0 ? storage->attributesAtIndex(0) : NSDictionary::dictionary();
+}
+
+NSRect QzScreenTextContainer::boxFromAttributes(const NSDictionary& attributes) const {
+    if (const auto margins = marginsIn(attributes)) {
+        const auto [left, right, top, bottom] = *margins;
+        return {{static_cast<float>(left), static_cast<float>(top)},
+                {static_cast<float>(screensize_.width - (left + right)),
+                 static_cast<float>(screensize_.height - (top + bottom))}};
+    }
+    if (const auto box = boundingBoxIn(attributes)) {
+        return {{box->origin.x * screensize_.width, box->origin.y * screensize_.height},
+                {box->size.width * screensize_.width, box->size.height * screensize_.height}};
+    }
+    return {{0, 0}, screensize_};
+}
+
+NSRect QzScreenTextContainer::placedUsedRect() const {
+    const Ref<NSLayoutManager> manager = layoutManager();
+    if (!manager) return {textBox_.origin, {}};
+    manager->glyphRangeForTextContainer(*this);
+    NSRect used = manager->usedRectForTextContainer(*this);
+    used = {{std::floor(used.origin.x), std::floor(used.origin.y)},
+            {std::ceil(used.size.width), std::ceil(used.size.height)}};
+    const float free = textBox_.size.height - used.size.height;
+    if (verticalAlignment_ == kAlignedToCenter) used.origin.y += free * 0.5f;
+    if (verticalAlignment_ == kAlignedToBottom) used.origin.y += free;
+    return fullscreenMode_ ? used : NSOffsetRect(used, textBox_.origin.x, textBox_.origin.y);
+}
+
+void QzScreenTextContainer::announceChangedGeometry() {
+    if (const Ref<NSLayoutManager> manager = layoutManager()) manager->textContainerChangedGeometry(*this);
+}
+
+void QzScreenTextContainer::updateFromString() {
+    const Ref<NSDictionary> attributes = frameAttributes();
+    if (!attributes) {
+        NSLog("Nothing to update from!\n");
+        return;
+    }
+    updating_ = true;
+    // The sizes set below must not come back through a text view that tracks this container.
+    const bool heightTracked = heightTracksTextView();
+    const bool widthTracked = widthTracksTextView();
+    setHeightTracksTextView(false);
+    setWidthTracksTextView(false);
+
+    const auto alignment = attributes->objectForKey<NSNumber>(*QzVerticalAlignmentAttribute);
+    verticalAlignment_ = alignment ? alignment->intValue() : 0;
+    setTextBox(boxFromAttributes(*attributes));
+    announceChangedGeometry();
+    setTextBox(placedUsedRect());
+
+    setHeightTracksTextView(heightTracked);
+    setWidthTracksTextView(widthTracked);
+    announceChangedGeometry();
+    if (const Ref<NSTextView> view = textView()) view->display();
+    updating_ = false;
+}
+
+}  // namespace qz

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "platform/graphics/NSImage.h"
+
+namespace qz {
+
+/// Turns pictures into bitmaps: premultiplied RGBA, bytes in the order R, G, B, A, rows from the top, of the picture's
+/// size with fractions of a point dropped. None, with a log line, when that leaves no pixels or too many.
+class QzTextRender {
+public:
+    static Ref<NSBitmapImageRep> rasterizeImage(const NSImage& image);
+    static Ref<NSBitmapImageRep> rasterizeImageRep(const NSBitmapImageRep& imageRep);
+};
+
+}  // namespace qz

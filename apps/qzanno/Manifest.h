@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "apps/qzanno/TitleReader.h"
+#include "platform/foundation/NSGeometry.h"
+
+namespace qz::tool {
+
+/// What is known of a rendered title.
+struct ManifestEntry {
+    /// As it was asked for; "-" for standard output.
+    std::string file;
+    int32_t width = 0;   ///< pixels
+    int32_t height = 0;  ///< pixels
+    int32_t bytesPerRow = 0;
+    NSRect bbox;  ///< screen points
+    std::vector<std::string> missingFonts;
+};
+
+/// One line of JSON, its line feed included.
+std::string manifestLine(const Title& title, const ManifestEntry& entry);
+
+}  // namespace qz::tool

@@ -1,0 +1,63 @@
+#include "apps/qzanno/OutputPlan.h"
+
+#include <filesystem>
+
+namespace qz::tool {
+namespace fs = std::filesystem;
+namespace {
+
+constexpr size_t kDigits = 4;
+
+OutputPlan planForFile(const std::string& path) {
+    OutputPlan plan;
+    plan.file = path;
+    plan.isRaw = fs::path(path).extension() == ".rgba";
+    return plan;
+}
+
+OutputPlan planForDirectory(const std::string& path) {
+    OutputPlan plan;
+    plan.directory = path;
+    return plan;
+}
+
+}  // namespace
+
+std::string OutputPlan::fileFor(uint32_t index) const {
+    if (toStandardOutput) return "-";
+    if (directory.empty()) return file;
+    std::string digits = std::to_string(index);
+    if (digits.size() < kDigits) digits.insert(0, kDigits - digits.size(), '0');
+    return (fs::path(directory) / (digits + ".png")).string();
+}
+
+std::optional<OutputPlan> planOutput(const std::string& output, const std::string& input, size_t titleCount,
+                                     Diagnostics& diagnostics) {
+    if (output == "-") {
+        OutputPlan plan;
+        plan.toStandardOutput = plan.isRaw = true;
+        return plan;
+    }
+    if (output.empty()) {
+        const std::string stem = input.empty() ? "title" : fs::path(input).stem().string();
+        return titleCount == 1 ? planForFile(stem + ".png") : planForDirectory(stem);
+    }
+    std::error_code ignored;
+    const fs::path ending = fs::path(output).extension();
+    if ((ending != ".png" && ending != ".rgba") || fs::is_directory(output, ignored)) return planForDirectory(output);
+    if (titleCount > 1) {
+        diagnostics.error(output, "one file cannot hold " + std::to_string(titleCount) + " titles; name a directory");
+        return {};
+    }
+    return planForFile(output);
+}
+
+bool makeDirectory(const std::string& path, Diagnostics& diagnostics) {
+    std::error_code error;
+    fs::create_directories(path, error);
+    if (!error && fs::is_directory(path, error)) return true;
+    diagnostics.error(path, error ? "cannot be made: " + error.message() : "is no directory");
+    return false;
+}
+
+}  // namespace qz::tool

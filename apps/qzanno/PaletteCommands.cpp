@@ -1,0 +1,59 @@
+#include "apps/qzanno/PaletteCommands.h"
+
+#include <algorithm>
+#include <iostream>
+#include <vector>
+
+#include "apps/qzanno/PaletteFile.h"
+#include "apps/qzanno/PaletteText.h"
+
+namespace qz::tool {
+namespace {
+
+using Row = std::vector<std::string>;
+
+Row rowFor(const QzAnnoPalette& palette, int32_t priority) {
+    const Ref<QzAnno> anno = palette.lookupAnno(palette.annoKeyAtPriority(priority));
+    const NSDictionary& attributes = *anno->allAttributes();
+    return {std::to_string(priority), anno->name()->utf8(), fontText(attributes), styleText(attributes),
+            frameText(attributes)};
+}
+
+/// Characters of a UTF-8 text, as a terminal counts columns of plain text.
+size_t columnsOf(const std::string& text) {
+    size_t columns = 0;
+    for (const char c : text) columns += (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+    return columns;
+}
+
+void print(const std::vector<Row>& rows) {
+    std::vector<size_t> widths(rows.front().size());
+    for (const Row& row : rows) {
+        for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], columnsOf(row[i]));
+    }
+    for (const Row& row : rows) {
+        std::string line;
+        for (size_t i = 0; i < row.size(); ++i) line += row[i] + std::string(widths[i] - columnsOf(row[i]) + 2, ' ');
+        std::cout << line.substr(0, line.find_last_not_of(' ') + 1) << "\n";
+    }
+}
+
+}  // namespace
+
+int showPalette(const std::string& path, Diagnostics& diagnostics) {
+    const Ref<QzAnnoPalette> palette = loadPalette(path, diagnostics);
+    if (!palette) return 1;
+    std::vector<Row> rows = {{"", "NAME", "FONT", "TEXT AND LAYERS", "FRAME"}};
+    for (int32_t priority = palette->maxPriority(); priority >= 0; --priority)
+        rows.push_back(rowFor(*palette, priority));
+    print(rows);
+    return 0;
+}
+
+int checkPalette(const std::string& path, Diagnostics& diagnostics) {
+    if (!loadPalette(path, diagnostics) || reportFaults(path, Faults::all, diagnostics) > 0) return 1;
+    diagnostics.note(path, "no faults");
+    return 0;
+}
+
+}  // namespace qz::tool

@@ -1,0 +1,49 @@
+#include "apps/qzanno/PaletteFile.h"
+
+#include <algorithm>
+
+#include "QzAnno_AnnotatedTextFramework/palette/PaletteFaults.h"
+#include "platform/foundation/Files.h"
+#include "platform/foundation/NSPropertyListSerialization.h"
+#include "platform/foundation/NSString.h"
+
+namespace qz::tool {
+
+Ref<QzAnnoPalette> loadPalette(const std::string& path, Diagnostics& diagnostics) {
+    if (path.empty()) return builtInPalette();
+    std::string reason;
+    const Ref<NSData> file = readFile(path, &reason);
+    if (!file) {
+        diagnostics.error(path, reason);
+        return {};
+    }
+    Ref<QzAnnoPalette> palette = QzAnnoPalette::paletteFromPListData(*file, &reason);
+    if (!palette) diagnostics.error(path, reason);
+    return palette;
+}
+
+size_t reportFaults(const std::string& path, Faults which, Diagnostics& diagnostics) {
+    const Ref<NSData> file = path.empty() ? nullptr : readFile(path, nullptr);
+    const Ref<NSObject> plist = file ? NSPropertyListSerialization::propertyListFromData(*file) : nullptr;
+    if (!plist) return 0;
+    size_t count = 0;
+    for (const PaletteFault& fault : faultsOfPropertyList(*plist)) {
+        if (which == Faults::allButMissingFonts && fault.isMissingFont) continue;
+        diagnostics.warning(path, quoted(fault.annotationName) + ": " + fault.message);
+        ++count;
+    }
+    return count;
+}
+
+std::string paletteName(const std::string& path) {
+    return path.empty() ? "built-in palette" : path;
+}
+
+void MissingFonts::logError(const NSDictionary& entry) {
+    const auto cause = entry.objectForKey<NSString>(*QzLogEntry_Cause);
+    if (!cause) return;
+    std::string name = cause->utf8();
+    if (std::ranges::find(names_, name) == names_.end()) names_.push_back(std::move(name));
+}
+
+}  // namespace qz::tool

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzLog.h"
+#include "apps/qzanno/Diagnostics.h"
+
+namespace qz::tool {
+
+/// The palette of a property-list file; none, with an error reported, when there is none to be had. An empty path
+/// stands for the palette that is built in.
+Ref<QzAnnoPalette> loadPalette(const std::string& path, Diagnostics& diagnostics);
+
+enum class Faults { all, allButMissingFonts };
+
+/// Warns of each fault of a palette file that can be read; nothing for the built-in palette. How many there were.
+size_t reportFaults(const std::string& path, Faults which, Diagnostics& diagnostics);
+
+/// How messages name the palette of a path.
+std::string paletteName(const std::string& path);
+
+/// The palette that serves when none is given: white letters with a dark border at the foot of the picture.
+Ref<QzAnnoPalette> builtInPalette();
+
+/// Collects the fonts that a palette asked for and did not get, each once, in order.
+class MissingFonts final : public QzLog {
+public:
+    void logError(const NSDictionary& entry) override;
+
+    const std::vector<std::string>& names() const { return names_; }
+    void clear() { names_.clear(); }
+
+private:
+    std::vector<std::string> names_;
+};
+
+}  // namespace qz::tool

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include "platform/foundation/NSDictionary.h"
+
+namespace qz::tool {
+
+// What an annotation's attributes say, in the words of the palette table; empty where they say nothing.
+
+/// "Noto Sans Bold 64", with "(missing)" where the font is not installed.
+std::string fontText(const NSDictionary& attributes);
+/// Colour, kerning, slant, baseline shift, leading, and the layers: "#ffffff; layer 1 9 #0a0d17; layer 2 11 {5, 6}
+/// #00000073".
+std::string styleText(const NSDictionary& attributes);
+/// Alignments, margins or bounding box, and the box round the text: "bottom, centred; margins 160 160 90 90".
+std::string frameText(const NSDictionary& attributes);
+
+}  // namespace qz::tool

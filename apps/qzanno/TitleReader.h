@@ -1,0 +1,31 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "apps/qzanno/Diagnostics.h"
+
+namespace qz::tool {
+
+/// A title to render.
+struct Title {
+    /// From 1, in the order of the file.
+    uint32_t index = 0;
+    /// Seconds; none for a title without times.
+    std::optional<double> start;
+    std::optional<double> end;
+    Ref<QzMutableAnnoString> text;
+};
+
+/// The titles of a caption file or a text file, by the ending of its name. None, with an error reported, when the file
+/// cannot be read; `hasUnknownClass` receives whether the file names a class that the palette lacks.
+std::optional<std::vector<Title>> readTitles(const std::string& path, const QzAnnoPalette& palette,
+                                             Diagnostics& diagnostics, bool& hasUnknownClass);
+
+/// One title of a text in UTF-8.
+std::vector<Title> titleOfText(const std::string& text);
+
+}  // namespace qz::tool

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/foundation/Range.h"
+
+namespace qz {
+
+/// A stretch of a cue over which a tag stands open.
+struct CueSpan {
+    enum Kind { styleClass, bold, italic, underline, voice };
+    Kind kind;
+    /// The class, or the speaker, which may be empty; empty for the other kinds.
+    std::string name;
+    /// May be empty.
+    Range range;
+    /// The line of the tag.
+    uint32_t line;
+
+    friend bool operator==(const CueSpan&, const CueSpan&) = default;
+};
+
+/// A cue's payload taken apart: what is to be read, and the spans in the order in which they open.
+///
+/// Spans of different kinds or names overlap as they like; of one kind and name they never do, since a tag inside
+/// another of the same meaning changes nothing.
+struct CueText {
+    std::u16string text;
+    std::vector<CueSpan> spans;
+};
+
+/// Reads WebVTT cue text (W3C WebVTT, "cue text parsing rules"): a text of lines that are separated by line feeds, the
+/// first one being line `firstLine` of its file. Takes any text: tags that the format does not know, or that close
+/// nothing, are dropped, and a tag that nothing closes holds to the end. Ruby text follows its base; time stamps are
+/// dropped.
+CueText parseCueText(std::string_view payload, uint32_t firstLine);
+
+}  // namespace qz

@@ -1,0 +1,298 @@
+#include "captions/WebVTT.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include "captions/CaptionEncoding.h"
+#include "captions/CueText.h"
+#include "platform/foundation/DiagnosticText.h"
+
+namespace qz {
+namespace {
+
+constexpr std::string_view kArrow = "-->";
+constexpr std::string_view kBlanks = " \t\f";
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+// A line that begins with the word and ends, or goes on with a blank, behind it.
+bool beginsWithWord(std::string_view line, std::string_view word) {
+    return line.starts_with(word) &&
+           (line.size() == word.size() || kBlanks.find(line[word.size()]) != std::string_view::npos);
+}
+
+// Reads the line of a cue's times, "00:01.000 --> 00:02.500 align:start".
+class TimeLineReader {
+public:
+    explicit TimeLineReader(std::string_view line) : rest_(line) {}
+
+    // Fills times and settings; false, with `reason()` set, when the line is broken.
+    bool read(CaptionCue& cue) {
+        if (!readTime(cue.start)) return false;
+        skipBlanks();
+        if (!rest_.starts_with(kArrow)) return fail("\"-->\" stands between two times");
+        rest_.remove_prefix(kArrow.size());
+        if (!readTime(cue.end)) return false;
+        if (cue.end < cue.start) return fail("the end is before the start");
+        skipBlanks();
+        cue.settings = rest_;
+        return true;
+    }
+    const std::string& reason() const { return reason_; }
+
+private:
+    bool fail(const char* reason) {
+        reason_ = reason;
+        return false;
+    }
+
+    void skipBlanks() { rest_.remove_prefix(std::min(rest_.find_first_not_of(kBlanks), rest_.size())); }
+
+    std::string_view digits() {
+        const auto end = std::ranges::find_if_not(rest_, isDigit);
+        const std::string_view found = rest_.substr(0, static_cast<size_t>(end - rest_.begin()));
+        rest_.remove_prefix(found.size());
+        return found;
+    }
+
+    // Digits of a certain number behind a sign.
+    bool readField(char sign, size_t count, double& value) {
+        if (!rest_.starts_with(sign)) return false;
+        rest_.remove_prefix(1);
+        const std::string_view field = digits();
+        value = numberOf(field);
+        return field.size() == count;
+    }
+
+    static double numberOf(std::string_view field) {
+        double value = 0;
+        for (const char c : field) value = value * 10 + (c - '0');
+        return value;
+    }
+
+    // "hours:minutes:seconds.milliseconds", where the hours may be missing.
+    bool readTime(double& time) {
+        skipBlanks();
+        constexpr char form[] = "times are written 00:01:02.500";
+        const std::string_view first = digits();
+        // More hours than any programme lasts would pass what a double counts exactly.
+        if (first.empty() || first.size() > 9) return fail(form);
+        double hours = 0;
+        double minutes = numberOf(first);
+        double seconds = 0;
+        double milliseconds = 0;
+        if (!readField(':', 2, seconds)) return fail(form);
+        if (rest_.starts_with(':') || first.size() != 2) {
+            hours = std::exchange(minutes, seconds);
+            if (!readField(':', 2, seconds)) return fail(form);
+        }
+        if (!readField('.', 3, milliseconds)) return fail(form);
+        if (minutes > 59 || seconds > 59) return fail("minutes and seconds go up to 59");
+        time = hours * 3600 + minutes * 60 + seconds + milliseconds / 1000;
+        return true;
+    }
+
+    std::string_view rest_;
+    std::string reason_;
+};
+
+// Finds the annotations that spans stand for, and reports each that is missing once.
+class SpanNames {
+public:
+    SpanNames(const QzAnnoPalette& palette, std::vector<CaptionProblem>& problems)
+        : palette_(palette), problems_(problems) {}
+
+    // None for what adds nothing.
+    Ref<QzAnnoKey> keyOf(const CueSpan& span) {
+        const auto [place, isNew] = known_.try_emplace({span.kind, span.name});
+        if (!isNew) return place->second;
+        Ref<QzAnnoKey> key = find(span);
+        if (!key)
+            report(span);
+        else if (!key->isDefault())
+            place->second = std::move(key);
+        return place->second;
+    }
+
+private:
+    Ref<QzAnnoKey> named(std::string_view name) const {
+        return palette_.findAnnoKey(NSString::stringWithUTF8String(name));
+    }
+
+    // The annotation of a tag that is not written as a class.
+    static const char* nameOfTag(CueSpan::Kind kind) {
+        switch (kind) {
+            case CueSpan::styleClass:
+                return "c";
+            case CueSpan::bold:
+                return "b";
+            case CueSpan::italic:
+                return "i";
+            case CueSpan::underline:
+                return "u";
+            case CueSpan::voice:
+                return "v";
+        }
+        return "";
+    }
+
+    Ref<QzAnnoKey> find(const CueSpan& span) const {
+        // Of the tags, voices alone have a name, and not all of them.
+        Ref<QzAnnoKey> key = span.name.empty() ? nullptr : named(span.name);
+        if (key) return key;
+        if (span.kind != CueSpan::styleClass) return named(nameOfTag(span.kind));
+        std::string withBlanks = span.name;
+        std::ranges::replace(withBlanks, '_', ' ');
+        return named(withBlanks);
+    }
+
+    void report(const CueSpan& span) {
+        const std::string tag = nameOfTag(span.kind);
+        const std::string name = quotedExcerpt(span.name);
+        if (span.kind == CueSpan::styleClass) {
+            problems_.push_back({CaptionProblem::unknownClass, span.line,
+                                 "the class " + name + " is ignored; the palette has no annotation of that name"});
+        } else if (span.name.empty()) {
+            problems_.push_back({CaptionProblem::unknownName, span.line,
+                                 "<" + tag + "> adds nothing; the palette has no annotation \"" + tag + "\""});
+        } else {
+            problems_.push_back(
+                {CaptionProblem::unknownName, span.line,
+                 "the voice " + name + " adds nothing; the palette has no annotation of that name and none \"v\""});
+        }
+    }
+
+    const QzAnnoPalette& palette_;
+    std::vector<CaptionProblem>& problems_;
+    std::map<std::pair<CueSpan::Kind, std::string>, Ref<QzAnnoKey>> known_;
+};
+
+// Follows W3C WebVTT, "WebVTT parser algorithm": a file is blocks between blank lines, and a block is a cue when its
+// first or second line holds an arrow. An arrow further down ends the block and begins the next.
+class FileReader {
+public:
+    FileReader(std::string_view text, const QzAnnoPalette& palette) : rest_(text), names_(palette, file_.problems) {}
+
+    CaptionFile read() {
+        nextLine();
+        if (hasLine() && !peekLine().empty()) skipHeader();
+        while (hasLine()) {
+            if (peekLine().empty())
+                nextLine();
+            else
+                readBlock();
+        }
+        return std::move(file_);
+    }
+
+private:
+    bool hasLine() const { return !rest_.empty(); }
+    std::string_view peekLine() const { return rest_.substr(0, rest_.find('\n')); }
+    static bool hasArrow(std::string_view line) { return line.find(kArrow) != std::string_view::npos; }
+    // Whether the next line goes on with the block.
+    bool blockGoesOn() const { return hasLine() && !peekLine().empty() && !hasArrow(peekLine()); }
+
+    std::string_view nextLine() {
+        const std::string_view line = peekLine();
+        rest_.remove_prefix(std::min(line.size() + 1, rest_.size()));
+        ++line_;
+        return line;
+    }
+
+    void skipHeader() {
+        while (blockGoesOn()) nextLine();
+    }
+
+    void report(uint32_t line, std::string message) {
+        file_.problems.push_back({CaptionProblem::malformed, line, std::move(message)});
+    }
+
+    void readBlock() {
+        const uint32_t firstLine = line_;
+        std::string_view identifier;
+        if (!hasArrow(peekLine())) {
+            identifier = nextLine();
+            if (!hasLine() || !hasArrow(peekLine())) return skipBlockWithoutTimes(identifier, firstLine);
+        }
+        readCue(identifier);
+    }
+
+    void readCue(std::string_view identifier) {
+        CaptionCue cue;
+        cue.identifier = identifier;
+        cue.line = line_;
+        const std::string_view timeLine = nextLine();
+        TimeLineReader times(timeLine);
+        const bool isWhole = times.read(cue);
+        if (!isWhole) {
+            report(cue.line, "the time line " + quotedExcerpt(timeLine) + " is broken: " + times.reason() +
+                                 "; the cue is skipped");
+        }
+        const char* const payload = rest_.data();
+        const char* payloadEnd = payload;
+        while (blockGoesOn()) {
+            const std::string_view line = nextLine();
+            payloadEnd = line.data() + line.size();
+        }
+        if (!isWhole) return;
+        cue.text = annotated(parseCueText({payload, static_cast<size_t>(payloadEnd - payload)}, cue.line + 1));
+        file_.cues.push_back(std::move(cue));
+    }
+
+    Ref<QzMutableAnnoString> annotated(const CueText& cueText) {
+        auto text = QzMutableAnnoString::initWithString(NSString::stringWithCharacters(cueText.text));
+        for (const CueSpan& span : cueText.spans) {
+            const Ref<QzAnnoKey> key = names_.keyOf(span);
+            if (key && span.range.length > 0) text->addAnno(key, span.range);
+        }
+        return text;
+    }
+
+    // Comments, style sheets, regions, and what an author meant as a cue.
+    void skipBlockWithoutTimes(std::string_view firstLine, uint32_t firstNumber) {
+        std::string_view suspect = firstLine;
+        uint32_t suspectNumber = firstNumber;
+        while (blockGoesOn()) {
+            const uint32_t number = line_;
+            const std::string_view line = nextLine();
+            // Below an identifier, a time line with half an arrow is what to point at.
+            if (number != firstNumber + 1 || line.find("->") == std::string_view::npos) continue;
+            suspect = line;
+            suspectNumber = number;
+        }
+        for (const std::string_view word : {"NOTE", "STYLE", "REGION"}) {
+            if (beginsWithWord(firstLine, word)) return;
+        }
+        report(suspectNumber,
+               quotedExcerpt(suspect) +
+                   " belongs to no cue, as no line with \"-->\" between two times is above its text; it is skipped");
+    }
+
+    CaptionFile file_;
+    std::string_view rest_;
+    SpanNames names_;
+    // The number of the next line.
+    uint32_t line_ = 1;
+};
+
+}  // namespace
+
+std::optional<CaptionFile> readWebVTT(const NSData& file, const QzAnnoPalette& palette, CaptionProblem* error) {
+    const std::optional<std::string_view> bytes = utf8TextOfFile(file, error);
+    if (!bytes) return {};
+    const std::string text = withLineFeeds(*bytes);
+    if (!beginsWithWord(std::string_view(text).substr(0, text.find('\n')), "WEBVTT")) {
+        if (error) {
+            *error = {CaptionProblem::malformed, 1,
+                      "the file does not begin with \"WEBVTT\"; give it that first line and a blank one below, or "
+                      "convert it to WebVTT"};
+        }
+        return {};
+    }
+    return FileReader(text, palette).read();
+}
+
+}  // namespace qz

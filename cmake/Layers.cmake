@@ -1,0 +1,32 @@
+# The house is built of layers, one folder and one object library each. A test links the layers beneath its subject and no
+# more, so a call that points upward does not link.
+
+add_library(qz_options INTERFACE)
+target_include_directories(qz_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(qz_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor -Woverloaded-virtual)
+if(QZANNO_WARNINGS_AS_ERRORS)
+  target_compile_options(qz_options INTERFACE -Werror)
+endif()
+if(QZANNO_SANITIZE)
+  add_compile_options(-fsanitize=${QZANNO_SANITIZE} -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${QZANNO_SANITIZE})
+endif()
+
+# qz_layer(NAME SOURCES file... [HEADERS file...] [LINKS library...]): an object library qz_NAME of the current folder. HEADERS are
+# the public ones: they are installed under their path in this tree; other headers are private to the tree.
+function(qz_layer name)
+  cmake_parse_arguments(layer "" "" "SOURCES;HEADERS;LINKS" ${ARGN})
+  add_library(qz_${name} OBJECT ${layer_SOURCES})
+  target_link_libraries(qz_${name} PRIVATE qz_options PUBLIC ${layer_LINKS})
+  file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+  install(FILES ${layer_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/QzAnno/${folder} COMPONENT dev)
+endfunction()
+
+# qz_test(NAME SOURCES file... LAYERS layer... [LINKS library...]): a test program of the current folder.
+function(qz_test name)
+  cmake_parse_arguments(test "" "" "SOURCES;LAYERS;LINKS" ${ARGN})
+  list(TRANSFORM test_LAYERS PREPEND qz_)
+  add_executable(${name} ${test_SOURCES})
+  target_link_libraries(${name} PRIVATE qz_options ${test_LAYERS} ${test_LINKS} GTest::gmock GTest::gtest_main)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60)
+endfunction()

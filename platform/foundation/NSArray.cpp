@@ -1,0 +1,29 @@
+#include "platform/foundation/NSArray.h"
+
+#include <algorithm>
+
+namespace qz {
+
+Ref<NSArray> NSArray::array() {
+    return arrayWithObjects({});
+}
+
+Ref<NSArray> NSArray::arrayWithObjects(std::vector<Ref<NSObject>> elements) {
+    return Ref<NSArray>(new NSArray(std::move(elements)));
+}
+
+bool NSArray::isEqual(const NSObject& other) const {
+    if (this == &other) return true;
+    const auto* array = dynamic_cast<const NSArray*>(&other);
+    return array && std::ranges::equal(elements_, array->elements_, areEqual);
+}
+
+std::string NSArray::description() const {
+    std::string text = "(";
+    for (const Ref<NSObject>& element : elements_) {
+        text += (text.size() > 1 ? ", " : "") + element->description();
+    }
+    return text + ")";
+}
+
+}  // namespace qz

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "platform/foundation/NSObject.h"
+
+namespace qz {
+
+/// An immutable row of bytes. Equal when the bytes are.
+class NSData final : public NSObject {
+public:
+    static Ref<NSData> data();
+    static Ref<NSData> dataWithBytes(std::vector<uint8_t> bytes);
+    static Ref<NSData> dataWithBytes(std::string_view bytes);
+
+    size_t length() const { return bytes_.size(); }
+    const std::vector<uint8_t>& bytes() const { return bytes_; }
+    /// The bytes seen as characters; valid as long as the data lives.
+    std::string_view view() const { return {reinterpret_cast<const char*>(bytes_.data()), bytes_.size()}; }
+
+    bool isEqual(const NSObject& other) const override;
+    size_t hash() const override;
+    std::string description() const override;
+    std::string className() const override { return "NSData"; }
+
+private:
+    explicit NSData(std::vector<uint8_t> bytes) : bytes_(std::move(bytes)) {}
+
+    const std::vector<uint8_t> bytes_;
+};
+
+}  // namespace qz

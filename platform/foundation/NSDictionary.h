@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/foundation/ObjectMap.h"
+
+namespace qz {
+
+/// An immutable dictionary in insertion order. To edit one, copy its `map()`, change that, and make a new dictionary.
+///
+/// Equal when both hold equal values under equal keys, in whatever order.
+class NSDictionary final : public NSObject {
+public:
+    static Ref<NSDictionary> dictionary();
+    static Ref<NSDictionary> dictionaryWithMap(ObjectMap map);
+
+    const ObjectMap& map() const { return map_; }
+    size_t count() const { return map_.size(); }
+    /// The value; empty when there is none.
+    Ref<NSObject> objectForKey(const NSObject& key) const { return map_.find(key); }
+    /// The value when it is of class `T`; empty when there is none or it is of another class.
+    template <class T>
+    Ref<T> objectForKey(const NSObject& key) const {
+        return std::dynamic_pointer_cast<T>(map_.find(key));
+    }
+
+    bool isEqual(const NSObject& other) const override;
+    size_t hash() const override { return map_.size(); }
+    std::string description() const override;
+    std::string className() const override { return "NSDictionary"; }
+
+private:
+    explicit NSDictionary(ObjectMap map) : map_(std::move(map)) {}
+
+    const ObjectMap map_;
+};
+
+}  // namespace qz

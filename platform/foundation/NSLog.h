@@ -1,0 +1,50 @@
+#pragma once
+
+#include <functional>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+#include "platform/foundation/NSObject.h"
+
+namespace qz {
+
+/// One argument of a log format: a text, a number, or an object's description ("(null)" for none).
+class FormatArgument {
+public:
+    FormatArgument(std::string text) : text_(std::move(text)) {}
+    FormatArgument(std::string_view text) : text_(text) {}
+    FormatArgument(const char* text) : text_(text) {}
+    FormatArgument(int32_t number) : text_(std::to_string(number)) {}
+    FormatArgument(uint32_t number) : text_(std::to_string(number)) {}
+    FormatArgument(const NSObject& object) : text_(object.description()) {}
+    template <class T>
+    FormatArgument(const Ref<T>& object) : text_(object ? object->description() : "(null)") {}
+
+    const std::string& text() const { return text_; }
+
+private:
+    std::string text_;
+};
+
+/// Fills the conversions of a format in order: %@, %i, %d, %u, %s, each with an optional field width; %% is a percent
+/// sign. A conversion without an argument is left as it stands.
+std::string stringWithFormat(std::string_view format, std::initializer_list<FormatArgument> arguments = {});
+
+/// Receives one whole line, its line feed included, in UTF-8. May be called from any thread that uses the library.
+using DiagnosticHook = std::function<void(std::string_view line)>;
+
+/// Writes one line to the log of the process: to the log hook, which is standard error until one is set.
+void NSLog(std::string_view format, std::initializer_list<FormatArgument> arguments = {});
+void setLogHook(DiagnosticHook hook);
+
+/// Writes what the library sends to standard error itself, past the log; a tool that must stay quiet sets a hook here
+/// too.
+void NSStandardError(std::string_view format, std::initializer_list<FormatArgument> arguments = {});
+void setStandardErrorHook(DiagnosticHook hook);
+
+/// Reports an assertion that a caller has broken, as "source:line: failed assertion `condition'" on standard error.
+/// Does not end the process; the caller of this function refuses the operation.
+void reportFailedAssertion(std::string_view source, uint32_t line, std::string_view condition);
+
+}  // namespace qz

@@ -1,0 +1,60 @@
+#include "platform/foundation/NSNotificationCenter.h"
+
+#include <algorithm>
+
+namespace qz {
+namespace {
+
+bool areSameName(const Ref<NSString>& a, const Ref<NSString>& b) {
+    return a && b && a->isEqualToString(*b);
+}
+
+}  // namespace
+
+NSNotificationCenter& NSNotificationCenter::defaultCenter() {
+    // Never destroyed: objects that die at the end of the process still remove their observations.
+    static NSNotificationCenter& center = *new NSNotificationCenter;
+    return center;
+}
+
+void NSNotificationCenter::addObserver(const void* observer, Handler handler, Ref<NSString> name,
+                                       const NSObject* object) {
+    const std::lock_guard lock(mutex_);
+    observations_.push_back({observer, std::move(handler), std::move(name), object, ++lastNumber_});
+}
+
+void NSNotificationCenter::removeObserver(const void* observer, const Ref<NSString>& name, const NSObject* object) {
+    // What a handler holds may call back when it dies, so it dies after the lock.
+    std::vector<Observation> removed;
+    const std::lock_guard lock(mutex_);
+    const auto stays = [&](const Observation& observation) {
+        return observation.observer != observer || (name && !areSameName(name, observation.name)) ||
+               (object && object != observation.object);
+    };
+    const auto firstRemoved = std::stable_partition(observations_.begin(), observations_.end(), stays);
+    removed.assign(std::make_move_iterator(firstRemoved), std::make_move_iterator(observations_.end()));
+    observations_.erase(firstRemoved, observations_.end());
+}
+
+void NSNotificationCenter::postNotificationName(const Ref<NSString>& name, const Ref<NSObject>& object,
+                                                Ref<NSDictionary> userInfo) {
+    std::vector<Observation> receivers;
+    {
+        const std::lock_guard lock(mutex_);
+        std::ranges::copy_if(observations_, std::back_inserter(receivers), [&](const Observation& observation) {
+            return (!observation.name || areSameName(observation.name, name)) &&
+                   (!observation.object || observation.object == object.get());
+        });
+    }
+    // An earlier receiver may remove a later one.
+    const auto isStillObserving = [&](const Observation& observation) {
+        const std::lock_guard lock(mutex_);
+        return std::ranges::binary_search(observations_, observation.number, {}, &Observation::number);
+    };
+    const NSNotification notification{name, object, std::move(userInfo)};
+    for (const Observation& receiver : receivers) {
+        if (isStillObserving(receiver)) receiver.handler(notification);
+    }
+}
+
+}  // namespace qz

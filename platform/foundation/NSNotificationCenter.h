@@ -1,0 +1,52 @@
+#pragma once
+
+#include <functional>
+#include <mutex>
+#include <vector>
+
+#include "platform/foundation/NSDictionary.h"
+#include "platform/foundation/NSString.h"
+
+namespace qz {
+
+struct NSNotification {
+    Ref<NSString> name;
+    /// The object that the notification is about; may be none.
+    Ref<NSObject> object;
+    /// May be none.
+    Ref<NSDictionary> userInfo;
+};
+
+/// Delivers notifications synchronously, on the posting thread, in the order in which the observers were added.
+///
+/// Observers may be added and removed from any thread and from within a handler: one removed during a delivery is not
+/// called any more, one added during it is not called yet. The centre owns neither observers nor objects; whoever
+/// observes removes its observations before it dies.
+class NSNotificationCenter {
+public:
+    using Handler = std::function<void(const NSNotification&)>;
+
+    static NSNotificationCenter& defaultCenter();
+
+    /// `observer` only identifies the observation. No name: any notification; no object: from any object.
+    void addObserver(const void* observer, Handler handler, Ref<NSString> name, const NSObject* object);
+    /// Removes the observations of `observer` that were added with this name and object; none of them stands for any.
+    void removeObserver(const void* observer, const Ref<NSString>& name = {}, const NSObject* object = nullptr);
+
+    void postNotificationName(const Ref<NSString>& name, const Ref<NSObject>& object, Ref<NSDictionary> userInfo = {});
+
+private:
+    struct Observation {
+        const void* observer;
+        Handler handler;
+        Ref<NSString> name;
+        const NSObject* object;
+        uint64_t number;  // in the order of addition
+    };
+
+    std::mutex mutex_;
+    std::vector<Observation> observations_;
+    uint64_t lastNumber_ = 0;
+};
+
+}  // namespace qz

@@ -1,0 +1,130 @@
+#include "platform/foundation/NSNumber.h"
+
+#include <charconv>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <type_traits>
+
+namespace qz {
+namespace {
+
+template <class Integer>
+Integer saturated(double value) {
+    if (std::isnan(value)) return 0;
+    // The upper bound is compared as a power of two, which a double holds exactly.
+    if (value >= -static_cast<double>(std::numeric_limits<Integer>::min())) return std::numeric_limits<Integer>::max();
+    if (value <= static_cast<double>(std::numeric_limits<Integer>::min())) return std::numeric_limits<Integer>::min();
+    return static_cast<Integer>(value);
+}
+
+// Numbers of everyday size are written without an exponent, though that would be shorter for some.
+template <class Real>
+std::string shortest(Real value) {
+    constexpr Real smallest = static_cast<Real>(1e-4);
+    constexpr Real largest = static_cast<Real>(1e15);
+    const Real size = std::abs(value);
+    const bool isEveryday = size == 0 || (size >= smallest && size < largest);
+    char text[64];
+    const auto result = isEveryday ? std::to_chars(text, text + sizeof text, value, std::chars_format::fixed)
+                                   : std::to_chars(text, text + sizeof text, value);
+    return result.ec == std::errc() ? std::string(text, result.ptr) : std::string();
+}
+
+}  // namespace
+
+std::string shortestDecimal(float value) {
+    return shortest(value);
+}
+
+std::string shortestDecimal(double value) {
+    return shortest(value);
+}
+
+Ref<NSNumber> NSNumber::numberWithBool(bool value) {
+    return Ref<NSNumber>(new NSNumber(value));
+}
+
+Ref<NSNumber> NSNumber::numberWithInt(int32_t value) {
+    return Ref<NSNumber>(new NSNumber(value));
+}
+
+Ref<NSNumber> NSNumber::numberWithLongLong(int64_t value) {
+    return Ref<NSNumber>(new NSNumber(value));
+}
+
+Ref<NSNumber> NSNumber::numberWithFloat(float value) {
+    return Ref<NSNumber>(new NSNumber(value));
+}
+
+Ref<NSNumber> NSNumber::numberWithDouble(double value) {
+    return Ref<NSNumber>(new NSNumber(value));
+}
+
+bool NSNumber::isReal() const {
+    return std::holds_alternative<float>(value_) || std::holds_alternative<double>(value_);
+}
+
+bool NSNumber::boolValue() const {
+    return std::visit([](auto value) { return value != 0; }, value_);
+}
+
+int64_t NSNumber::longLongValue() const {
+    return std::visit(
+        [](auto value) {
+            if constexpr (std::is_floating_point_v<decltype(value)>)
+                return saturated<int64_t>(value);
+            else
+                return static_cast<int64_t>(value);
+        },
+        value_);
+}
+
+int32_t NSNumber::intValue() const {
+    if (isReal()) return saturated<int32_t>(doubleValue());
+    const int64_t wide = longLongValue();
+    if (wide > std::numeric_limits<int32_t>::max()) return std::numeric_limits<int32_t>::max();
+    if (wide < std::numeric_limits<int32_t>::min()) return std::numeric_limits<int32_t>::min();
+    return static_cast<int32_t>(wide);
+}
+
+float NSNumber::floatValue() const {
+    if (const float* value = std::get_if<float>(&value_)) return *value;
+    const double wide = doubleValue();
+    if (std::isfinite(wide)) {
+        constexpr double largest = std::numeric_limits<float>::max();
+        if (wide > largest) return std::numeric_limits<float>::max();
+        if (wide < -largest) return std::numeric_limits<float>::lowest();
+    }
+    return static_cast<float>(wide);
+}
+
+double NSNumber::doubleValue() const {
+    return std::visit([](auto value) { return static_cast<double>(value); }, value_);
+}
+
+bool NSNumber::isEqual(const NSObject& other) const {
+    if (this == &other) return true;
+    const auto* number = dynamic_cast<const NSNumber*>(&other);
+    if (!number) return false;
+    // Two integers are compared as such: a double does not hold every 64-bit one.
+    if (!isReal() && !number->isReal()) return longLongValue() == number->longLongValue();
+    return doubleValue() == number->doubleValue();
+}
+
+size_t NSNumber::hash() const {
+    return std::hash<double>()(doubleValue());
+}
+
+std::string NSNumber::description() const {
+    return std::visit(
+        [](auto value) {
+            if constexpr (std::is_floating_point_v<decltype(value)>)
+                return shortestDecimal(value);
+            else
+                return std::to_string(value);
+        },
+        value_);
+}
+
+}  // namespace qz

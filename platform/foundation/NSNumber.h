@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <variant>
+
+#include "platform/foundation/NSObject.h"
+
+namespace qz {
+
+/// An immutable number that remembers the kind it was made of, so that files keep integers and reals apart.
+///
+/// Equal when the values are equal, whatever the kinds.
+class NSNumber final : public NSObject {
+public:
+    using Value = std::variant<bool, int32_t, int64_t, float, double>;
+
+    static Ref<NSNumber> numberWithBool(bool value);
+    static Ref<NSNumber> numberWithInt(int32_t value);
+    static Ref<NSNumber> numberWithLongLong(int64_t value);
+    static Ref<NSNumber> numberWithFloat(float value);
+    static Ref<NSNumber> numberWithDouble(double value);
+
+    /// The number in its own kind.
+    const Value& value() const { return value_; }
+    /// Whether the kind is `float` or `double`.
+    bool isReal() const;
+
+    // Reals are truncated toward zero; what lies outside the asked kind becomes its nearest value, and not-a-number 0.
+    bool boolValue() const;
+    int32_t intValue() const;
+    int64_t longLongValue() const;
+    float floatValue() const;
+    double doubleValue() const;
+
+    bool isEqual(const NSObject& other) const override;
+    size_t hash() const override;
+    std::string description() const override;
+    std::string className() const override { return "NSNumber"; }
+
+private:
+    explicit NSNumber(Value value) : value_(value) {}
+
+    const Value value_;
+};
+
+/// The fewest digits that read back as the same number; whole numbers have no point, and only numbers below 1e-4 or
+/// from 1e15 on have an exponent. "nan", "inf" and "-inf" otherwise.
+std::string shortestDecimal(float value);
+std::string shortestDecimal(double value);
+
+}  // namespace qz

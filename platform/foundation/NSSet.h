@@ -1,0 +1,48 @@
+#pragma once
+
+#include <vector>
+
+#include "platform/foundation/ObjectMap.h"
+
+namespace qz {
+
+/// An immutable set in insertion order. Equal when both hold equal members, in whatever order.
+class NSSet final : public NSObject {
+public:
+    static Ref<NSSet> set();
+    static Ref<NSSet> setWithObject(Ref<NSObject> member);
+    template <class T>
+    static Ref<NSSet> setWithObjects(const std::vector<Ref<T>>& members) {
+        ObjectMap map;
+        for (const Ref<T>& member : members) map.set(member, nullptr);
+        return setWithMap(std::move(map));
+    }
+    /// The keys of the map are the members; its values are not looked at.
+    static Ref<NSSet> setWithMap(ObjectMap map);
+
+    size_t count() const { return map_.size(); }
+    bool containsObject(const NSObject& member) const { return map_.contains(member); }
+    const ObjectMap& map() const { return map_; }
+    /// The members that are of class `T`, in order.
+    template <class T>
+    std::vector<Ref<T>> objects() const {
+        std::vector<Ref<T>> members;
+        members.reserve(map_.size());
+        for (const ObjectMap::Entry& entry : map_.entries()) {
+            if (auto member = std::dynamic_pointer_cast<T>(entry.key)) members.push_back(std::move(member));
+        }
+        return members;
+    }
+
+    bool isEqual(const NSObject& other) const override;
+    size_t hash() const override { return map_.size(); }
+    std::string description() const override;
+    std::string className() const override { return "NSSet"; }
+
+private:
+    explicit NSSet(ObjectMap map) : map_(std::move(map)) {}
+
+    const ObjectMap map_;
+};
+
+}  // namespace qz

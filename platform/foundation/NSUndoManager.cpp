@@ -1,0 +1,162 @@
+#include "platform/foundation/NSUndoManager.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace qz {
+Ref<NSUndoManager> NSUndoManager::init() {
+    return Ref<NSUndoManager>(new NSUndoManager);
+}
+
+void NSUndoManager::InvocationTarget::invoke(std::function<void()> call) const {
+    if (manager_) manager_->registerAction({target_, std::move(call)});
+}
+
+NSUndoManager::InvocationTarget NSUndoManager::prepareWithInvocationTarget(const NSObject& target) {
+    return {*this, target};
+}
+
+void NSUndoManager::registerAction(Action action) {
+    // What a forgotten call holds may call back when it dies, so it dies last.
+    std::vector<Group> forgotten;
+    if (activity_ == Activity::recording) forgotten = std::exchange(redo_, {});
+    if (open_.empty() && !groupsByEvent_) {
+        undo_.emplace_back().actions.push_back(std::move(action));
+        return;
+    }
+    if (open_.empty()) {
+        open_.emplace_back();
+        eventGroupIsOpen_ = true;
+    }
+    open_.back().actions.push_back(std::move(action));
+}
+
+void NSUndoManager::removeAllActionsWithTarget(const NSObject& target) {
+    // As above: nothing dies before all groups are in order again.
+    std::vector<Action> removed;
+    const auto removeFrom = [&](Group& group) {
+        const auto isKept = [&](const Action& action) { return action.target != &target; };
+        const auto firstRemoved = std::stable_partition(group.actions.begin(), group.actions.end(), isKept);
+        std::move(firstRemoved, group.actions.end(), std::back_inserter(removed));
+        group.actions.erase(firstRemoved, group.actions.end());
+    };
+    for (std::vector<Group>* groups : {&undo_, &redo_, &open_}) std::ranges::for_each(*groups, removeFrom);
+    removeFrom(playing_);
+    for (std::vector<Group>* groups : {&undo_, &redo_}) {
+        std::erase_if(*groups, [](const Group& group) { return group.actions.empty(); });
+    }
+}
+
+void NSUndoManager::removeAllActions() {
+    const std::vector<Group> removed[] = {std::exchange(undo_, {}), std::exchange(redo_, {}),
+                                          std::exchange(open_, std::vector<Group>(open_.size()))};
+    const Group unplayed = std::exchange(playing_, {});
+}
+
+void NSUndoManager::beginUndoGrouping() {
+    open_.emplace_back();
+}
+
+void NSUndoManager::mergeInnermostIntoOuter() {
+    Group inner = std::move(open_.back());
+    open_.pop_back();
+    if (inner.actions.empty()) return;
+    Group& outer = open_.back();
+    std::ranges::move(inner.actions, std::back_inserter(outer.actions));
+    if (!inner.name.empty()) outer.name = std::move(inner.name);
+}
+
+bool NSUndoManager::endUndoGrouping() {
+    if (open_.size() > 1) {
+        mergeInnermostIntoOuter();
+        return true;
+    }
+    // The group that collects inverses ends with the play-back alone.
+    if (open_.empty() || activity_ != Activity::recording) return false;
+    if (!open_.front().actions.empty()) undo_.push_back(std::move(open_.front()));
+    open_.clear();
+    eventGroupIsOpen_ = false;
+    return true;
+}
+
+uint32_t NSUndoManager::groupingLevel() const {
+    return static_cast<uint32_t>(open_.size());
+}
+
+bool NSUndoManager::groupsByEvent() const {
+    return groupsByEvent_;
+}
+
+void NSUndoManager::setGroupsByEvent(bool groupsByEvent) {
+    groupsByEvent_ = groupsByEvent;
+}
+
+void NSUndoManager::endEvent() {
+    if (eventGroupIsInnermost()) endUndoGrouping();
+}
+
+bool NSUndoManager::canUndo() const {
+    if (activity_ != Activity::recording) return false;
+    if (open_.empty()) return !undo_.empty();
+    return eventGroupIsInnermost() && (!open_.front().actions.empty() || !undo_.empty());
+}
+
+bool NSUndoManager::canRedo() const {
+    return activity_ == Activity::recording && (open_.empty() || eventGroupIsInnermost()) && !redo_.empty();
+}
+
+bool NSUndoManager::playBack(Activity activity, std::vector<Group>& from, std::vector<Group>& inverses) {
+    if (activity_ != Activity::recording) return false;
+    endEvent();
+    if (!open_.empty() || from.empty()) return false;
+    playing_ = std::move(from.back());
+    from.pop_back();
+    const std::string name = playing_.name;
+    activity_ = activity;
+    beginUndoGrouping();
+    // A call may remove others of its group.
+    while (!playing_.actions.empty()) {
+        const Action action = std::move(playing_.actions.back());
+        playing_.actions.pop_back();
+        action.call();
+    }
+    while (open_.size() > 1) mergeInnermostIntoOuter();
+    activity_ = Activity::recording;
+    Group inverse = std::move(open_.front());
+    open_.clear();
+    if (inverse.name.empty()) inverse.name = name;
+    if (!inverse.actions.empty()) inverses.push_back(std::move(inverse));
+    return true;
+}
+
+bool NSUndoManager::undo() {
+    return playBack(Activity::undoing, undo_, redo_);
+}
+
+bool NSUndoManager::redo() {
+    return playBack(Activity::redoing, redo_, undo_);
+}
+
+bool NSUndoManager::isUndoing() const {
+    return activity_ == Activity::undoing;
+}
+
+bool NSUndoManager::isRedoing() const {
+    return activity_ == Activity::redoing;
+}
+
+void NSUndoManager::setActionName(std::string name) {
+    if (!open_.empty()) open_.back().name = std::move(name);
+}
+
+std::string NSUndoManager::undoActionName() const {
+    if (eventGroupIsInnermost() && !open_.front().actions.empty()) return open_.front().name;
+    return undo_.empty() ? std::string() : undo_.back().name;
+}
+
+std::string NSUndoManager::redoActionName() const {
+    return redo_.empty() ? std::string() : redo_.back().name;
+}
+
+}  // namespace qz

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/foundation/NSObject.h"
+
+namespace qz {
+
+/// Records the inverses of edits in groups, and plays the last group back.
+///
+/// Inverses are registered between `beginUndoGrouping` and `endUndoGrouping`. With `groupsByEvent` (the start state)
+/// the first inverse opens a group by itself, which ends with the event (`endEvent`, called by the event loop) or when
+/// undo is asked for; without it, an inverse registered outside any group is a group of its own. What is registered
+/// while undoing is the redo of that group, and the other way round; anything registered otherwise forgets what could
+/// be redone.
+class NSUndoManager final : public NSObject {
+public:
+    static Ref<NSUndoManager> init();
+
+    /// Records calls on one target. Registered with `invoke`, the call is made when the group is played back.
+    class InvocationTarget {
+    public:
+        /// Drops what it is given, as a call on none does nothing.
+        InvocationTarget() = default;
+        void invoke(std::function<void()> call) const;
+
+    private:
+        friend class NSUndoManager;
+        InvocationTarget(NSUndoManager& manager, const NSObject& target) : manager_(&manager), target_(&target) {}
+        NSUndoManager* manager_ = nullptr;
+        const NSObject* target_ = nullptr;
+    };
+
+    /// For use at once, as in `prepareWithInvocationTarget(palette).invoke(…)`. The target is not owned; whoever is a
+    /// target calls `removeAllActionsWithTarget` before it dies. Objects held by a recorded call live as long as the
+    /// record.
+    InvocationTarget prepareWithInvocationTarget(const NSObject& target);
+    void removeAllActionsWithTarget(const NSObject& target);
+    void removeAllActions();
+
+    void beginUndoGrouping();
+    /// Ends the innermost group; an empty one leaves nothing behind, and one inside another becomes part of that, its
+    /// name included. False when no group is open.
+    bool endUndoGrouping();
+    uint32_t groupingLevel() const;
+    bool groupsByEvent() const;
+    void setGroupsByEvent(bool groupsByEvent);
+    /// Ends the group that an event opened by itself; does nothing when there is none.
+    void endEvent();
+
+    /// Whether `undo` (`redo`) would play something back now.
+    bool canUndo() const;
+    bool canRedo() const;
+    /// Plays the last group back, latest call first. False, and nothing done, when there is none, when a group opened
+    /// by `beginUndoGrouping` is still open, or when called while undoing or redoing.
+    bool undo();
+    bool redo();
+    bool isUndoing() const;
+    bool isRedoing() const;
+
+    /// Names the group that is open now; a name set later wins. Does nothing outside a group.
+    void setActionName(std::string name);
+    /// The name of what undo (redo) would play back; empty when there is nothing or it has no name.
+    std::string undoActionName() const;
+    std::string redoActionName() const;
+
+    std::string className() const override { return "NSUndoManager"; }
+
+private:
+    enum class Activity { recording, undoing, redoing };
+    struct Action {
+        const NSObject* target;
+        std::function<void()> call;
+    };
+    struct Group {
+        std::vector<Action> actions;
+        std::string name;
+    };
+
+    NSUndoManager() = default;
+    void registerAction(Action action);
+    bool eventGroupIsInnermost() const { return eventGroupIsOpen_ && open_.size() == 1; }
+    void mergeInnermostIntoOuter();
+    bool playBack(Activity activity, std::vector<Group>& from, std::vector<Group>& inverses);
+
+    std::vector<Group> undo_;
+    std::vector<Group> redo_;
+    // Outermost first. While playing back, the first one collects what is registered.
+    std::vector<Group> open_;
+    // What is left of the group that is being played back.
+    Group playing_;
+    Activity activity_ = Activity::recording;
+    bool groupsByEvent_ = true;
+    bool eventGroupIsOpen_ = false;
+};
+
+}  // namespace qz

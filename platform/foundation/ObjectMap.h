@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "platform/foundation/NSObject.h"
+
+namespace qz {
+
+/// Objects by object, in the order in which the keys came; the value type inside `NSDictionary` and `NSSet`.
+///
+/// Keys are matched by `isEqual`, which for keys without an equality of their own is identity. A key that is set again
+/// keeps its place. Small maps are scanned; larger ones are found through an index.
+class ObjectMap {
+public:
+    struct Entry {
+        Ref<NSObject> key;
+        Ref<NSObject> value;
+        size_t hash;
+    };
+
+    const std::vector<Entry>& entries() const { return entries_; }
+    size_t size() const { return entries_.size(); }
+    bool empty() const { return entries_.empty(); }
+
+    /// The value under the key; empty when there is none.
+    Ref<NSObject> find(const NSObject& key) const;
+    bool contains(const NSObject& key) const { return findIndex(key, key.hash()) != kNone; }
+    /// Files a value under a key, replacing the one that is there.
+    void set(Ref<NSObject> key, Ref<NSObject> value);
+    /// Sets every entry of the other map.
+    void setAll(const ObjectMap& other);
+    /// Whether there was such a key. Takes time in proportion to the size.
+    bool remove(const NSObject& key);
+
+private:
+    static constexpr size_t kNone = SIZE_MAX;
+
+    size_t findIndex(const NSObject& key, size_t hash) const;
+    void enterIndex(size_t entry);
+    void rebuildIndex();
+
+    std::vector<Entry> entries_;
+    // Open addressing over entry numbers + 1, 0 for a free slot; empty while the map is small.
+    std::vector<uint32_t> index_;
+};
+
+}  // namespace qz

@@ -1,0 +1,119 @@
+#include "platform/graphics/CoverageMask.h"
+
+#include <algorithm>
+#include <memory>
+
+#include <cairo.h>
+
+#include "platform/graphics/Flattening.h"
+#include "platform/graphics/PathClipping.h"
+
+namespace qz {
+namespace {
+
+using Point = NSBezierPath::Point;
+using Verb = NSBezierPath::Verb;
+
+// Cairo's numbers have 24 bits before the point, sign included, and wrap around silently. A quarter of that leaves room
+// for the pen, whose reach is at most an eighth of it.
+constexpr double kSafeDistance = 1 << 21;
+static_assert(DevicePen::kHalfWidthMax * 2 <= kSafeDistance);
+// Keeps the number of corners that stand for a round pen near a thousand, however wide it is.
+constexpr double kTolerancePerHalfWidth = 5e-6;
+// Beyond the box's edge by enough that clipped shapes look the same inside.
+constexpr double kClipMargin = 16;
+
+struct Destroy {
+    void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
+    void operator()(cairo_t* cairo) const { cairo_destroy(cairo); }
+};
+
+DeviceBox deviceBoxOf(const PixelRect& box) {
+    return {static_cast<double>(box.x), static_cast<double>(box.y), static_cast<double>(box.right()),
+            static_cast<double>(box.bottom())};
+}
+
+bool isNear(const DeviceBox& path, const PixelRect& box) {
+    const DeviceBox safe = deviceBoxOf(box).grownBy(kSafeDistance);
+    return safe.minX <= path.minX && safe.minY <= path.minY && path.maxX <= safe.maxX && path.maxY <= safe.maxY;
+}
+
+// The origin of the box becomes that of the surface, so that the numbers Cairo sees stay small on any bitmap.
+void appendPath(cairo_t* cairo, const NSBezierPath& path, const PixelRect& box) {
+    const double x = box.x, y = box.y;
+    const Point* point = path.points().data();
+    for (const Verb verb : path.verbs()) {
+        switch (verb) {
+            case Verb::move:
+                cairo_move_to(cairo, point->x - x, point->y - y);
+                ++point;
+                break;
+            case Verb::line:
+                cairo_line_to(cairo, point->x - x, point->y - y);
+                ++point;
+                break;
+            case Verb::curve:
+                cairo_curve_to(cairo, point[0].x - x, point[0].y - y, point[1].x - x, point[1].y - y, point[2].x - x,
+                               point[2].y - y);
+                point += 3;
+                break;
+            case Verb::close:
+                cairo_close_path(cairo);
+                break;
+        }
+    }
+}
+
+void strokeWithPen(cairo_t* cairo, const DevicePen& pen, double tolerance) {
+    constexpr cairo_line_cap_t kCaps[] = {CAIRO_LINE_CAP_BUTT, CAIRO_LINE_CAP_ROUND, CAIRO_LINE_CAP_SQUARE};
+    constexpr cairo_line_join_t kJoins[] = {CAIRO_LINE_JOIN_MITER, CAIRO_LINE_JOIN_ROUND, CAIRO_LINE_JOIN_BEVEL};
+    const NSAffineTransform& t = pen.circleToDevice;
+    cairo_matrix_t matrix;
+    cairo_matrix_init(&matrix, t.m11, t.m12, t.m21, t.m22, 0, 0);
+    // The path is in pixels already: the matrix in force while stroking shapes the pen only.
+    cairo_set_matrix(cairo, &matrix);
+    cairo_set_line_width(cairo, 2 * pen.halfWidth);
+    cairo_set_line_cap(cairo, kCaps[static_cast<size_t>(pen.cap)]);
+    cairo_set_line_join(cairo, kJoins[static_cast<size_t>(pen.join)]);
+    cairo_set_miter_limit(cairo, pen.miterLimit);
+    cairo_set_tolerance(cairo, std::max(tolerance, pen.halfWidth * kTolerancePerHalfWidth));
+    cairo_stroke(cairo);
+}
+
+void drawShape(cairo_t* cairo, const DeviceShape& shape, const PixelRect& box) {
+    const double tolerance = curveTolerance(shape.path().flatness());
+    const double reach = shape.pen() ? shape.pen()->reach() : 0;
+    const DeviceBox clip = deviceBoxOf(box).grownBy(reach + kClipMargin);
+    if (isNear(shape.pathBounds(), box)) {
+        appendPath(cairo, shape.path(), box);
+    } else if (shape.pen()) {
+        appendPath(cairo, pathClippedForStroke(shape.path(), clip), box);
+    } else {
+        appendPath(cairo, pathClippedForFill(shape.path(), clip), box);
+    }
+    if (shape.pen()) return strokeWithPen(cairo, *shape.pen(), tolerance);
+    cairo_set_tolerance(cairo, tolerance);
+    cairo_fill(cairo);
+}
+
+}  // namespace
+
+void renderCoverage(const DeviceShape& shape, const PixelRect& box, bool antialias, CoverageMask& mask) {
+    mask.box = {};
+    mask.stride = 0;
+    mask.bytes.clear();
+    if (box.isEmpty() || std::max(box.width, box.height) > kCoverageSideMax) return;
+    mask.box = box;
+    mask.stride = cairo_format_stride_for_width(CAIRO_FORMAT_A8, box.width);
+    mask.bytes.resize(static_cast<size_t>(mask.stride) * static_cast<size_t>(box.height));
+    if (shape.pixelBounds(box).isEmpty()) return;
+
+    const std::unique_ptr<cairo_surface_t, Destroy> surface(
+        cairo_image_surface_create_for_data(mask.bytes.data(), CAIRO_FORMAT_A8, box.width, box.height, mask.stride));
+    const std::unique_ptr<cairo_t, Destroy> cairo(cairo_create(surface.get()));
+    cairo_set_antialias(cairo.get(), antialias ? CAIRO_ANTIALIAS_DEFAULT : CAIRO_ANTIALIAS_NONE);
+    drawShape(cairo.get(), shape, box);
+    cairo_surface_flush(surface.get());
+}
+
+}  // namespace qz

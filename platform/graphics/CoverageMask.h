@@ -1,0 +1,31 @@
+#pragma once
+
+#include <vector>
+
+#include "platform/graphics/DeviceShape.h"
+#include "platform/graphics/PixelRect.h"
+
+namespace qz {
+
+/// How much of each pixel of a box is covered: 0 not at all, 255 wholly. A plain value that knows neither path nor
+/// colour, so it may be kept and blended again, elsewhere and in another colour.
+struct CoverageMask {
+    PixelRect box;
+    /// Bytes from one row to the next, a multiple of 4 and at least the box's width.
+    int32_t stride = 0;
+    /// Rows from the top, stride x height bytes.
+    std::vector<uint8_t> bytes;
+
+    const uint8_t* row(int32_t index) const {
+        return bytes.data() + static_cast<size_t>(index) * static_cast<size_t>(stride);
+    }
+};
+
+/// The longest side of a box that can be rendered at once, in pixels.
+inline constexpr int32_t kCoverageSideMax = 16384;
+
+/// Renders what `shape` covers of `box` into `mask`, whose storage is used again. Without antialiasing each value is 0
+/// or 255. A box that is empty or has a side beyond `kCoverageSideMax` gives the empty mask.
+void renderCoverage(const DeviceShape& shape, const PixelRect& box, bool antialias, CoverageMask& mask);
+
+}  // namespace qz

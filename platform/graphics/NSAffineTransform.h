@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/foundation/NSGeometry.h"
+
+namespace qz {
+
+/// x' = m11 x + m21 y + tX, y' = m12 x + m22 y + tY. Starts as the identity; each operation applies before what is
+/// there, as drawing operations nest.
+struct NSAffineTransform {
+    double m11 = 1, m12 = 0, m21 = 0, m22 = 1, tX = 0, tY = 0;
+
+    void translateXBy(double dx, double dy);
+    void scaleXBy(double sx, double sy);
+    void rotateByDegrees(double degrees);
+    /// This, after `transform` has been applied first.
+    void prependTransform(const NSAffineTransform& transform);
+    /// This, and then `transform`.
+    void appendTransform(const NSAffineTransform& transform);
+
+    NSPoint transformPoint(NSPoint point) const;
+    /// Whether axes stay axes: no rotation, no shear.
+    bool isScaleAndTranslation() const { return m12 == 0 && m21 == 0; }
+
+    /// Applies it to the current graphics context.
+    void concat() const;
+
+    friend bool operator==(const NSAffineTransform&, const NSAffineTransform&) = default;
+};
+
+}  // namespace qz

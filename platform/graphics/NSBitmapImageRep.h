@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "platform/foundation/NSGeometry.h"
+
+namespace qz {
+
+/// A rectangle of pixels in memory. With 8 bits per sample and 4 samples it is premultiplied RGBA, bytes in the order
+/// R, G, B, A, rows from the top.
+class NSBitmapImageRep final : public NSObject {
+public:
+    struct Format {
+        int32_t pixelsWide = 0;
+        int32_t pixelsHigh = 0;
+        int32_t bitsPerSample = 8;
+        int32_t samplesPerPixel = 4;
+        bool hasAlpha = true;
+        bool isPlanar = false;
+        Ref<NSString> colorSpaceName{};
+        /// 0: as few as hold a row.
+        int32_t bytesPerRow = 0;
+        /// 0: bits per sample times samples per pixel.
+        int32_t bitsPerPixel = 0;
+    };
+
+    /// Storage of this bitmap's own, zeroed, when `data` is null; otherwise `data` is used as it stands, must hold
+    /// bytesPerRow x pixelsHigh bytes, and stays the caller's, who keeps it alive. None for a planar or non-positive
+    /// format, rows that do not hold their pixels, or own storage beyond `kBytesMax` or beyond what the system has.
+    static Ref<NSBitmapImageRep> initWithBitmapDataPlanes(uint8_t* data, const Format& format);
+
+    /// The most bytes of pixels that a bitmap may own: 1 GiB, 16384 x 16384 pixels.
+    static constexpr uint64_t kBytesMax = uint64_t{1} << 30;
+
+    uint8_t* bitmapData() { return data_; }
+    const uint8_t* bitmapData() const { return data_; }
+    int32_t pixelsWide() const { return format_.pixelsWide; }
+    int32_t pixelsHigh() const { return format_.pixelsHigh; }
+    int32_t bytesPerRow() const { return format_.bytesPerRow; }
+    int32_t bitsPerPixel() const { return format_.bitsPerPixel; }
+    int32_t bitsPerSample() const { return format_.bitsPerSample; }
+    int32_t samplesPerPixel() const { return format_.samplesPerPixel; }
+    bool hasAlpha() const { return format_.hasAlpha; }
+    Ref<NSString> colorSpaceName() const { return format_.colorSpaceName; }
+    /// In points; the pixel dimensions until it is set.
+    NSSize size() const { return size_; }
+    void setSize(NSSize size) { size_ = size; }
+    /// The first byte of a row counted from the top.
+    uint8_t* row(int32_t y) { return data_ + static_cast<size_t>(y) * static_cast<size_t>(format_.bytesPerRow); }
+    const uint8_t* row(int32_t y) const {
+        return data_ + static_cast<size_t>(y) * static_cast<size_t>(format_.bytesPerRow);
+    }
+
+    std::string className() const override { return "NSBitmapImageRep"; }
+
+private:
+    struct Free {
+        void operator()(uint8_t* data) const;
+    };
+
+    NSBitmapImageRep(const Format& format, uint8_t* data, std::unique_ptr<uint8_t[], Free> storage);
+
+    const Format format_;
+    const std::unique_ptr<uint8_t[], Free> storage_;
+    uint8_t* const data_;
+    NSSize size_;
+};
+
+}  // namespace qz

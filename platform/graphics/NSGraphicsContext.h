@@ -1,0 +1,74 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "platform/graphics/NSAffineTransform.h"
+#include "platform/graphics/NSBezierPath.h"
+#include "platform/graphics/NSBitmapImageRep.h"
+#include "platform/graphics/NSColor.h"
+
+namespace qz {
+
+class DeviceShape;
+struct CoverageMask;
+
+/// Draws into a 32-bit bitmap, source over destination, one colour at a time; black until one is set.
+///
+/// Every thread has a current context of its own, and contexts on distinct bitmaps may draw at the same time. A shape
+/// costs the pixels of its own box, cut to the bitmap; one wholly outside, or with a coordinate that is not finite,
+/// draws nothing.
+class NSGraphicsContext final : public NSObject {
+public:
+    /// For an RGBA bitmap of 8-bit samples; none for another. `flipped`: user space has its origin at the top left with
+    /// y growing downward; otherwise at the bottom left with y growing upward.
+    static Ref<NSGraphicsContext> graphicsContextWithBitmapImageRep(Ref<NSBitmapImageRep> bitmap, bool flipped);
+    ~NSGraphicsContext() override;
+
+    /// The context of this thread; none until one is set.
+    static Ref<NSGraphicsContext> currentContext();
+    static void setCurrentContext(Ref<NSGraphicsContext> context);
+
+    /// Saves colour, transform and antialiasing; `restoreGraphicsState` brings the last saved ones back, or does
+    /// nothing when none are left.
+    void saveGraphicsState();
+    void restoreGraphicsState();
+
+    bool shouldAntialias() const { return state_.shouldAntialias; }
+    void setShouldAntialias(bool antialias) { state_.shouldAntialias = antialias; }
+    const Ref<NSColor>& color() const { return state_.color; }
+    void setColor(Ref<NSColor> color) { state_.color = std::move(color); }
+    /// From user space to pixels, origin at the top left.
+    const NSAffineTransform& transform() const { return state_.transform; }
+    void concatTransform(const NSAffineTransform& transform) { state_.transform.prependTransform(transform); }
+
+    void fill(const NSBezierPath& path);
+    /// Strokes with the path's width, caps, joins and miter limit, in user space.
+    void stroke(const NSBezierPath& path);
+    /// Draws a premultiplied RGBA bitmap, unscaled, its top left pixel on the pixel (x, y) of the target. A bitmap of
+    /// another kind, or the target itself, draws nothing.
+    void drawBitmap(const NSBitmapImageRep& bitmap, int32_t x, int32_t y);
+
+    const Ref<NSBitmapImageRep>& bitmap() const { return bitmap_; }
+
+    std::string className() const override { return "NSGraphicsContext"; }
+
+private:
+    struct State {
+        Ref<NSColor> color;
+        NSAffineTransform transform;
+        bool shouldAntialias = true;
+    };
+
+    NSGraphicsContext(Ref<NSBitmapImageRep> bitmap, const NSAffineTransform& transform);
+
+    void paint(const DeviceShape& shape);
+
+    const Ref<NSBitmapImageRep> bitmap_;
+    State state_;
+    std::vector<State> saved_;
+    // Its storage serves one shape after another.
+    const std::unique_ptr<CoverageMask> mask_;
+};
+
+}  // namespace qz

@@ -1,0 +1,46 @@
+#include "platform/graphics/NSImage.h"
+
+#include <cmath>
+#include <vector>
+
+namespace qz {
+namespace {
+
+struct Focus {
+    Ref<NSImage> image;
+    // What was current before the image was.
+    Ref<NSGraphicsContext> previous;
+};
+
+thread_local std::vector<Focus> focusesOfThread;
+
+// The whole pixels that a side in points takes; 0 for one that no bitmap has.
+int32_t pixelsOf(float side) {
+    const float pixels = std::ceil(side);
+    return pixels >= 1 && pixels < 0x1p31f ? static_cast<int32_t>(pixels) : 0;
+}
+
+}  // namespace
+
+Ref<NSImage> NSImage::initWithSize(NSSize size) {
+    auto bitmap = NSBitmapImageRep::initWithBitmapDataPlanes(nullptr, {.pixelsWide = pixelsOf(size.width),
+                                                                       .pixelsHigh = pixelsOf(size.height),
+                                                                       .colorSpaceName = NSCalibratedRGBColorSpace});
+    if (!bitmap) return {};
+    return Ref<NSImage>(new NSImage(size, std::move(bitmap)));
+}
+
+void NSImage::lockFocus() {
+    focusesOfThread.push_back({refTo(*this), NSGraphicsContext::currentContext()});
+    NSGraphicsContext::setCurrentContext(NSGraphicsContext::graphicsContextWithBitmapImageRep(bitmap_, flipped_));
+}
+
+void NSImage::unlockFocus() {
+    if (focusesOfThread.empty() || focusesOfThread.back().image.get() != this) return;
+    // Taken out first: the entry may hold the last reference to this image.
+    const Focus focus = std::move(focusesOfThread.back());
+    focusesOfThread.pop_back();
+    NSGraphicsContext::setCurrentContext(focus.previous);
+}
+
+}  // namespace qz

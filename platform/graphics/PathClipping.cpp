@@ -1,0 +1,140 @@
+#include "platform/graphics/PathClipping.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <optional>
+#include <vector>
+
+namespace qz {
+namespace {
+
+using Point = NSBezierPath::Point;
+using Verb = NSBezierPath::Verb;
+
+struct Subpath {
+    std::vector<Point> points;
+    bool closed = false;
+};
+
+std::vector<Subpath> subpathsOf(const NSBezierPath& flat) {
+    std::vector<Subpath> subpaths;
+    const Point* point = flat.points().data();
+    for (const Verb verb : flat.verbs()) {
+        if (verb == Verb::close) {
+            subpaths.back().closed = true;
+            continue;
+        }
+        if (verb == Verb::move) subpaths.emplace_back();
+        subpaths.back().points.push_back(*point++);
+    }
+    return subpaths;
+}
+
+/// One side of a box, as an upright or level line with the box on one side of it.
+struct Side {
+    double Point::*along;
+    double Point::*across;
+    double limit;
+    bool keepsAbove;
+
+    bool keeps(Point p) const { return keepsAbove ? p.*along >= limit : p.*along <= limit; }
+
+    // Reckoned from the end that is nearer: from one that is very far the other end would be lost in rounding.
+    Point crossing(Point a, Point b) const {
+        if (std::fabs(a.*along - limit) > std::fabs(b.*along - limit)) std::swap(a, b);
+        Point point;
+        point.*along = limit;
+        point.*across = a.*across + (limit - a.*along) / (b.*along - a.*along) * (b.*across - a.*across);
+        return point;
+    }
+};
+
+std::array<Side, 4> sidesOf(const DeviceBox& box) {
+    return {{{&Point::x, &Point::y, box.minX, true},
+             {&Point::x, &Point::y, box.maxX, false},
+             {&Point::y, &Point::x, box.minY, true},
+             {&Point::y, &Point::x, box.maxY, false}}};
+}
+
+// One step of Sutherland and Hodgman: what lies beyond the side is pressed onto it, which changes no winding number on
+// the near side, self-intersections included.
+void clipPolygon(std::vector<Point>& polygon, const Side& side) {
+    std::vector<Point> kept;
+    for (size_t i = 0; i < polygon.size(); ++i) {
+        const Point from = polygon[i], to = polygon[(i + 1) % polygon.size()];
+        if (side.keeps(from)) kept.push_back(from);
+        if (side.keeps(from) != side.keeps(to)) kept.push_back(side.crossing(from, to));
+    }
+    polygon = std::move(kept);
+}
+
+struct Line {
+    Point from, to;
+};
+
+// The part of a line inside a box; none when it passes by.
+std::optional<Line> partInside(Line line, const DeviceBox& box) {
+    for (const Side& side : sidesOf(box)) {
+        const bool keepsFrom = side.keeps(line.from), keepsTo = side.keeps(line.to);
+        if (!keepsFrom && !keepsTo) return std::nullopt;
+        if (keepsFrom && keepsTo) continue;
+        (keepsFrom ? line.to : line.from) = side.crossing(line.from, line.to);
+    }
+    return line;
+}
+
+bool contains(const DeviceBox& box, Point point) {
+    return box.minX <= point.x && point.x <= box.maxX && box.minY <= point.y && point.y <= box.maxY;
+}
+
+void appendSubpath(const Subpath& subpath, NSBezierPath& path) {
+    path.moveToPoint(subpath.points.front());
+    for (size_t i = 1; i < subpath.points.size(); ++i) path.lineToPoint(subpath.points[i]);
+    if (subpath.closed) path.closePath();
+}
+
+void appendPartsInside(Subpath subpath, const DeviceBox& box, NSBezierPath& path) {
+    const auto outside =
+        std::find_if(subpath.points.begin(), subpath.points.end(), [&](Point p) { return !contains(box, p); });
+    if (outside == subpath.points.end()) return appendSubpath(subpath, path);
+    if (subpath.closed) {
+        // Starting outside, the round has no join at its start.
+        std::rotate(subpath.points.begin(), outside, subpath.points.end());
+        subpath.points.push_back(subpath.points.front());
+    }
+    bool drawing = false;
+    for (size_t i = 1; i < subpath.points.size(); ++i) {
+        const Point from = subpath.points[i - 1], to = subpath.points[i];
+        const auto part = partInside({from, to}, box);
+        if (!part) {
+            drawing = false;
+            continue;
+        }
+        if (!drawing || part->from != from) path.moveToPoint(part->from);
+        path.lineToPoint(part->to);
+        drawing = part->to == to;
+    }
+}
+
+}  // namespace
+
+NSBezierPath pathClippedForFill(const NSBezierPath& path, const DeviceBox& box) {
+    NSBezierPath clipped;
+    for (Subpath& subpath : subpathsOf(path.bezierPathByFlatteningPath())) {
+        for (const Side& side : sidesOf(box)) clipPolygon(subpath.points, side);
+        if (subpath.points.size() < 3) continue;
+        subpath.closed = true;
+        appendSubpath(subpath, clipped);
+    }
+    return clipped;
+}
+
+NSBezierPath pathClippedForStroke(const NSBezierPath& path, const DeviceBox& box) {
+    NSBezierPath clipped;
+    for (const Subpath& subpath : subpathsOf(path.bezierPathByFlatteningPath()))
+        appendPartsInside(subpath, box, clipped);
+    return clipped;
+}
+
+}  // namespace qz

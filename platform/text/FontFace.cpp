@@ -1,0 +1,233 @@
+#include "platform/text/FontFace.h"
+
+#include <algorithm>
+#include <cmath>
+#include <mutex>
+#include <unordered_map>
+
+#include <ft2build.h>
+#include FT_FREETYPE_H
+#include FT_OUTLINE_H
+#include FT_TRUETYPE_TABLES_H
+#include <hb-ot.h>
+
+#include "platform/text/TextCoverage.h"
+
+namespace qz {
+namespace {
+
+// Builds the path from what FreeType finds in an outline. A contour of a single point, which some fonts use as an
+// anchor, is left out: stroked with round caps it would be a dot.
+class ContourSink {
+public:
+    void move(const FT_Vector& to) {
+        close();
+        start_ = last_ = pointOf(to);
+    }
+    void line(const FT_Vector& to) {
+        const NSBezierPath::Point end = pointOf(to);
+        if (end == last_) return;
+        begin();
+        path_.lineToPoint(end);
+        last_ = end;
+    }
+    // The cubic whose controls lie two thirds of the way to the quadratic's control is the same curve.
+    void quadratic(const FT_Vector& control, const FT_Vector& to) {
+        const NSBezierPath::Point q = pointOf(control);
+        const NSBezierPath::Point end = pointOf(to);
+        const auto raised = [q](NSBezierPath::Point p) {
+            return NSBezierPath::Point{(p.x + 2 * q.x) / 3, (p.y + 2 * q.y) / 3};
+        };
+        begin();
+        path_.curveToPoint(end, raised(last_), raised(end));
+        last_ = end;
+    }
+    void cubic(const FT_Vector& control1, const FT_Vector& control2, const FT_Vector& to) {
+        begin();
+        last_ = pointOf(to);
+        path_.curveToPoint(last_, pointOf(control1), pointOf(control2));
+    }
+    NSBezierPath finish() {
+        close();
+        return std::move(path_);
+    }
+
+private:
+    static NSBezierPath::Point pointOf(const FT_Vector& vector) {
+        return {static_cast<double>(vector.x), static_cast<double>(vector.y)};
+    }
+    void begin() {
+        if (!isOpen_) path_.moveToPoint(start_);
+        isOpen_ = true;
+    }
+    void close() {
+        if (isOpen_) path_.closePath();
+        isOpen_ = false;
+    }
+
+    NSBezierPath path_;
+    NSBezierPath::Point start_ = {0, 0};
+    NSBezierPath::Point last_ = {0, 0};
+    bool isOpen_ = false;
+};
+
+NSBezierPath pathOfOutline(FT_Outline& outline) {
+    FT_Outline_Funcs funcs = {};
+    funcs.move_to = [](const FT_Vector* to, void* sink) {
+        static_cast<ContourSink*>(sink)->move(*to);
+        return 0;
+    };
+    funcs.line_to = [](const FT_Vector* to, void* sink) {
+        static_cast<ContourSink*>(sink)->line(*to);
+        return 0;
+    };
+    funcs.conic_to = [](const FT_Vector* control, const FT_Vector* to, void* sink) {
+        static_cast<ContourSink*>(sink)->quadratic(*control, *to);
+        return 0;
+    };
+    funcs.cubic_to = [](const FT_Vector* control1, const FT_Vector* control2, const FT_Vector* to, void* sink) {
+        static_cast<ContourSink*>(sink)->cubic(*control1, *control2, *to);
+        return 0;
+    };
+    ContourSink sink;
+    if (FT_Outline_Decompose(&outline, &funcs, &sink) != 0) return {};
+    return sink.finish();
+}
+
+}  // namespace
+
+// The font as FreeType sees it. Every face has a FreeType library of its own: a shared one would need a lock of its own
+// whenever any face is opened or closed.
+class FontFace::OutlineSource {
+public:
+    ~OutlineSource() {
+        if (library_) FT_Done_FreeType(library_);
+    }
+
+    bool open(hb_blob_t* file, int index) {
+        unsigned int size = 0;
+        const char* const bytes = hb_blob_get_data(file, &size);
+        return FT_Init_FreeType(&library_) == 0 &&
+               FT_New_Memory_Face(library_, reinterpret_cast<const FT_Byte*>(bytes), static_cast<FT_Long>(size), index,
+                                  &face_) == 0 &&
+               FT_IS_SFNT(face_) && (FT_IS_SCALABLE(face_) || FT_HAS_COLOR(face_));
+    }
+
+    FT_Face face() const { return face_; }
+
+    std::shared_ptr<const NSBezierPath> outline(NSGlyph glyph) {
+        const std::lock_guard lock(mutex_);
+        if (const auto found = outlines_.find(glyph); found != outlines_.end()) return found->second;
+        auto path = std::make_shared<const NSBezierPath>(load(glyph));
+        const size_t size = path->points().size() + kPointsPerEntry;
+        if (pointsHeld_ + size > kPointsHeldMax) {
+            outlines_.clear();
+            pointsHeld_ = 0;
+        }
+        outlines_.emplace(glyph, path);
+        pointsHeld_ += size;
+        return path;
+    }
+
+private:
+    static constexpr size_t kPointsHeldMax = 1 << 18;  // 4 MiB
+    static constexpr size_t kPointsPerEntry = 16;      // what an entry takes besides its points, in points
+
+    NSBezierPath load(NSGlyph glyph) {
+        if (!FT_IS_SCALABLE(face_)) return {};
+        constexpr FT_Int32 flags = FT_LOAD_NO_SCALE | FT_LOAD_NO_HINTING | FT_LOAD_NO_BITMAP;
+        if (FT_Load_Glyph(face_, glyph, flags) != 0 || face_->glyph->format != FT_GLYPH_FORMAT_OUTLINE) return {};
+        return pathOfOutline(face_->glyph->outline);
+    }
+
+    std::mutex mutex_;
+    FT_Library library_ = nullptr;
+    FT_Face face_ = nullptr;
+    std::unordered_map<NSGlyph, std::shared_ptr<const NSBezierPath>> outlines_;
+    size_t pointsHeld_ = 0;
+};
+
+FontFace::FontFace(const InstalledFont& font, HarfBuzzRef<hb_blob_t> file)
+    : installedFont_(font), file_(std::move(file)), metrics_{800, -200, 0} {
+    const auto faceNumber = static_cast<unsigned int>(font.index) & 0xFFFF;
+    const auto instance = static_cast<unsigned int>(font.index) >> 16;
+    const HarfBuzzRef<hb_face_t> tables(hb_face_create(file_.get(), faceNumber));
+
+    auto outlines = std::make_unique<OutlineSource>();
+    const bool isOpen = outlines->open(file_.get(), font.index) && hb_face_get_glyph_count(tables.get()) > 0;
+    if (isOpen) {
+        outlines_ = std::move(outlines);
+        glyphCount_ = hb_face_get_glyph_count(tables.get());
+        // Where the header's value is out of range the two libraries part; outlines and advances must share one scale.
+        if (const FT_UShort units = outlines_->face()->units_per_EM; units > 0) hb_face_set_upem(tables.get(), units);
+        unitsPerEm_ = hb_face_get_upem(tables.get());
+        metrics_ = readMetrics();
+        hasColourGlyphs_ = FT_HAS_COLOR(outlines_->face()) || hb_ot_color_has_png(tables.get()) ||
+                           hb_ot_color_has_layers(tables.get()) || hb_ot_color_has_svg(tables.get());
+    }
+    hb_face_make_immutable(tables.get());
+    shaper_.reset(hb_font_create(tables.get()));
+    if (instance > 0) hb_font_set_var_named_instance(shaper_.get(), instance - 1);
+    hb_font_make_immutable(shaper_.get());
+}
+
+FontFace::~FontFace() = default;
+
+std::shared_ptr<const FontFace> FontFace::open(const InstalledFont& font) {
+    HarfBuzzRef<hb_blob_t> file(hb_blob_create_from_file_or_fail(font.path.c_str()));
+    if (!file) return {};
+    std::shared_ptr<const FontFace> face(new FontFace(font, std::move(file)));
+    return face->outlines_ ? face : nullptr;
+}
+
+std::shared_ptr<const FontFace> FontFace::withoutGlyphs() {
+    return std::shared_ptr<const FontFace>(new FontFace({}, HarfBuzzRef<hb_blob_t>(hb_blob_get_empty())));
+}
+
+FontFace::Metrics FontFace::readMetrics() const {
+    constexpr FT_UShort kUseTypoMetrics = 1 << 7;
+    const FT_Face face = outlines_->face();
+    const auto* const os2 = static_cast<const TT_OS2*>(FT_Get_Sfnt_Table(face, FT_SFNT_OS2));
+    const auto* const hhea = static_cast<const TT_HoriHeader*>(FT_Get_Sfnt_Table(face, FT_SFNT_HHEA));
+    // Version 0xFFFF is FreeType's mark of a table that is missing.
+    const bool hasOs2 = os2 && os2->version != 0xFFFF;
+
+    double ascender = 0.8 * unitsPerEm_;
+    double descender = -0.2 * unitsPerEm_;
+    double lineGap = 0;
+    if (hasOs2 && (os2->fsSelection & kUseTypoMetrics) && (os2->sTypoAscender != 0 || os2->sTypoDescender != 0)) {
+        ascender = os2->sTypoAscender;
+        descender = os2->sTypoDescender;
+        lineGap = os2->sTypoLineGap;
+    } else if (hhea && (hhea->Ascender != 0 || hhea->Descender != 0)) {
+        ascender = hhea->Ascender;
+        descender = hhea->Descender;
+        lineGap = hhea->Line_Gap;
+    } else if (hasOs2 && (os2->usWinAscent != 0 || os2->usWinDescent != 0)) {
+        ascender = os2->usWinAscent;
+        descender = -static_cast<double>(os2->usWinDescent);
+    }
+    // Some fonts give the descent without its sign.
+    return {ascender, -std::abs(descender), std::max(lineGap, 0.0)};
+}
+
+NSGlyph FontFace::glyphForCharacter(char32_t character) const {
+    hb_codepoint_t glyph = 0;
+    return hb_font_get_nominal_glyph(shaper_.get(), character, &glyph) ? glyph : 0;
+}
+
+double FontFace::advanceOfGlyph(NSGlyph glyph) const {
+    return glyph < glyphCount_ ? hb_font_get_glyph_h_advance(shaper_.get(), glyph) : 0;
+}
+
+std::shared_ptr<const NSBezierPath> FontFace::outlineOfGlyph(NSGlyph glyph) const {
+    static const auto empty = std::make_shared<const NSBezierPath>();
+    return glyph < glyphCount_ ? outlines_->outline(glyph) : empty;
+}
+
+bool FontFace::coversText(std::u16string_view text) const {
+    return isTextCovered(
+        text, [this](char32_t character) { return glyphForCharacter(character) != 0; }, hasColourGlyphs_);
+}
+
+}  // namespace qz

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include <hb.h>
+
+#include "platform/graphics/NSBezierPath.h"
+#include "platform/text/FontLibrary.h"
+#include "platform/text/NSFont.h"
+
+namespace qz {
+
+struct HarfBuzzRelease {
+    void operator()(hb_blob_t* blob) const { hb_blob_destroy(blob); }
+    void operator()(hb_face_t* face) const { hb_face_destroy(face); }
+    void operator()(hb_font_t* font) const { hb_font_destroy(font); }
+    void operator()(hb_buffer_t* buffer) const { hb_buffer_destroy(buffer); }
+};
+template <class T>
+using HarfBuzzRef = std::unique_ptr<T, HarfBuzzRelease>;
+
+/// An opened font without a size. Lengths are in font units, `unitsPerEm` to the font's size; y grows upward.
+///
+/// May be used from several threads: shaping and character lookup take no lock, outlines take one per face.
+class FontFace {
+public:
+    struct Metrics {
+        double ascender, descender, lineGap;
+    };
+
+    /// None when the file cannot be read or holds no such font.
+    static std::shared_ptr<const FontFace> open(const InstalledFont& font);
+    /// A face whose only glyph, 0, is empty; for a machine without fonts.
+    static std::shared_ptr<const FontFace> withoutGlyphs();
+    ~FontFace();
+
+    /// What the font library says of it; names and path are empty for the face without glyphs.
+    const InstalledFont& installedFont() const { return installedFont_; }
+    double unitsPerEm() const { return unitsPerEm_; }
+    uint32_t glyphCount() const { return glyphCount_; }
+    /// The descender is not above 0, the line gap not below.
+    const Metrics& metrics() const { return metrics_; }
+    /// Whether it has colour glyphs: layers, pictures or SVG documents.
+    bool hasColourGlyphs() const { return hasColourGlyphs_; }
+
+    /// 0 when the font lacks the character.
+    NSGlyph glyphForCharacter(char32_t character) const;
+    /// As `NSFont::coversText`.
+    bool coversText(std::u16string_view text) const;
+    double advanceOfGlyph(NSGlyph glyph) const;
+    /// Unhinted, quadratic curves raised to cubics; empty for a glyph without an outline.
+    std::shared_ptr<const NSBezierPath> outlineOfGlyph(NSGlyph glyph) const;
+
+    /// For shaping; one unit of its scale is a font unit. Immutable.
+    hb_font_t* shaper() const { return shaper_.get(); }
+
+private:
+    class OutlineSource;
+
+    FontFace(const InstalledFont& font, HarfBuzzRef<hb_blob_t> file);
+
+    Metrics readMetrics() const;
+
+    const InstalledFont installedFont_;
+    HarfBuzzRef<hb_blob_t> file_;
+    std::unique_ptr<OutlineSource> outlines_;  // none: the file cannot be used
+    HarfBuzzRef<hb_font_t> shaper_;
+    double unitsPerEm_ = 1000;
+    uint32_t glyphCount_ = 0;
+    Metrics metrics_ = {};
+    bool hasColourGlyphs_ = false;
+};
+
+}  // namespace qz

@@ -1,0 +1,122 @@
+#include "platform/text/NSFont.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "platform/foundation/NSNumber.h"
+#include "platform/text/FontFace.h"
+#include "platform/text/FontLibrary.h"
+
+namespace qz {
+namespace {
+
+constexpr float kPointSizeOtherwise = 12.0f;
+
+bool isUsableSize(float size) {
+    return size <= NSFont::kPointSizeMax;  // and so no NaN
+}
+
+}  // namespace
+
+NSFont::NSFont(std::shared_ptr<const FontFace> face, float pointSize) : face_(std::move(face)), pointSize_(pointSize) {}
+
+Ref<NSFont> NSFont::fontWithName(const NSString& name, float size) {
+    if (!isUsableSize(size)) return {};
+    auto face = FontLibrary::shared().faceWithName(name.utf8());
+    if (!face) return {};
+    return std::make_shared<NSFont>(std::move(face), size > 0 ? size : kPointSizeOtherwise);
+}
+
+Ref<NSFont> NSFont::titleBarFontOfSize(float size) {
+    return systemFontOfSize(size);
+}
+
+Ref<NSFont> NSFont::systemFontOfSize(float size) {
+    return std::make_shared<NSFont>(FontLibrary::shared().systemFace(),
+                                    size > 0 ? std::min(size, kPointSizeMax) : systemFontSize());
+}
+
+Ref<NSFont> NSFont::fontWithSize(float size) const {
+    if (!isUsableSize(size)) return {};
+    return std::make_shared<NSFont>(face_, size > 0 ? size : kPointSizeOtherwise);
+}
+
+Ref<NSString> NSFont::fontName() const {
+    return NSString::stringWithUTF8String(face_->installedFont().fontName);
+}
+
+Ref<NSString> NSFont::familyName() const {
+    return NSString::stringWithUTF8String(face_->installedFont().familyName);
+}
+
+float NSFont::ascender() const {
+    return points(face_->metrics().ascender);
+}
+
+float NSFont::descender() const {
+    return points(face_->metrics().descender);
+}
+
+float NSFont::leading() const {
+    return points(face_->metrics().lineGap);
+}
+
+NSGlyph NSFont::glyphForCharacter(char32_t character) const {
+    return face_->glyphForCharacter(character);
+}
+
+bool NSFont::coversText(std::u16string_view text) const {
+    return face_->coversText(text);
+}
+
+NSSize NSFont::advancementForGlyph(NSGlyph glyph) const {
+    return {points(face_->advanceOfGlyph(glyph)), 0};
+}
+
+float NSFont::points(double fontUnits) const {
+    return static_cast<float>(fontUnits * pointSize_ / face_->unitsPerEm());
+}
+
+bool NSFont::isEqual(const NSObject& other) const {
+    const auto* font = dynamic_cast<const NSFont*>(&other);
+    return font && font->face_ == face_ && font->pointSize_ == pointSize_;
+}
+
+size_t NSFont::hash() const {
+    return std::hash<const void*>()(face_.get()) * 31 + std::hash<float>()(pointSize_);
+}
+
+std::string NSFont::description() const {
+    return face_->installedFont().fontName + " " + shortestDecimal(pointSize_) + " pt";
+}
+
+void appendBezierPathWithGlyph(NSBezierPath& path, NSGlyph glyph, const NSFont& font) {
+    const NSBezierPath::Point origin = path.currentPoint();
+    const double scale = font.pointSize() / font.face().unitsPerEm();
+    const auto placed = [&](NSBezierPath::Point point) {
+        return NSBezierPath::Point{origin.x + scale * point.x, origin.y + scale * point.y};
+    };
+
+    const std::shared_ptr<const NSBezierPath> outline = font.face().outlineOfGlyph(glyph);
+    const NSBezierPath::Point* point = outline->points().data();
+    for (const NSBezierPath::Verb verb : outline->verbs()) {
+        switch (verb) {
+            case NSBezierPath::Verb::move:
+                path.moveToPoint(placed(*point++));
+                break;
+            case NSBezierPath::Verb::line:
+                path.lineToPoint(placed(*point++));
+                break;
+            case NSBezierPath::Verb::curve:
+                path.curveToPoint(placed(point[2]), placed(point[0]), placed(point[1]));
+                point += 3;
+                break;
+            case NSBezierPath::Verb::close:
+                path.closePath();
+                break;
+        }
+    }
+    path.moveToPoint(placed({font.face().advanceOfGlyph(glyph), 0}));
+}
+
+}  // namespace qz

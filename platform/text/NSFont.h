@@ -1,0 +1,73 @@
+#pragma once
+
+#include <string_view>
+
+#include "platform/foundation/NSGeometry.h"
+#include "platform/graphics/NSBezierPath.h"
+
+namespace qz {
+
+class FontFace;
+
+/// The number of a glyph within its font.
+using NSGlyph = uint32_t;
+/// Stands for a character that takes part in layout but shows nothing: a line break, a soft hyphen inside a line.
+inline constexpr NSGlyph NSControlGlyph = 0x00FFFFFF;
+
+/// A font at a size in points; immutable. May be used from several threads.
+class NSFont final : public NSObject {
+public:
+    /// The installed font whose PostScript name, full name, "family-style" or family (its regular face) is the given
+    /// one, in this order, without regard to case; none when there is none. A size that is not above 0 gives 12 points;
+    /// one beyond `kPointSizeMax`, or not a number, gives none.
+    static Ref<NSFont> fontWithName(const NSString& name, float size);
+    /// The fonts that serve where none is named, both the same face; always found, or the process has no fonts at all
+    /// and gets one without glyphs. A size that is not above 0, or not a number, gives `systemFontSize`, one beyond
+    /// `kPointSizeMax` that.
+    static Ref<NSFont> titleBarFontOfSize(float size);
+    static Ref<NSFont> systemFontOfSize(float size);
+    static float systemFontSize() { return 13.0f; }
+    /// The same face at another size, with the size rules of `fontWithName`.
+    Ref<NSFont> fontWithSize(float size) const;
+
+    static constexpr float kPointSizeMax = 10000.0f;
+
+    /// The PostScript name; `fontWithName` finds the font by it.
+    Ref<NSString> fontName() const;
+    Ref<NSString> familyName() const;
+    float pointSize() const { return pointSize_; }
+
+    // In points at this size. The descender lies below the baseline, so it is negative; the leading is the line gap.
+    float ascender() const;
+    float descender() const;
+    float leading() const;
+
+    /// The glyph of a character (a Unicode code point); 0 when the font lacks it.
+    NSGlyph glyphForCharacter(char32_t character) const;
+    /// Whether the font has a glyph for every character of the text that needs one: joiners, variation selectors and
+    /// controls do not. An emoji, unless U+FE0E asks for the plain form, counts only in a font with colour glyphs; one
+    /// that is followed by U+FE0E, only in a font without.
+    bool coversText(std::u16string_view text) const;
+    NSSize advancementForGlyph(NSGlyph glyph) const;
+
+    const FontFace& face() const { return *face_; }
+
+    bool isEqual(const NSObject& other) const override;
+    size_t hash() const override;
+    std::string description() const override;
+    std::string className() const override { return "NSFont"; }
+
+    NSFont(std::shared_ptr<const FontFace> face, float pointSize);
+
+private:
+    float points(double fontUnits) const;
+
+    const std::shared_ptr<const FontFace> face_;
+    const float pointSize_;
+};
+
+/// Appends a glyph's outline, unhinted, with its origin at the path's current point and y growing upward; afterwards
+/// the current point is where the next glyph begins. A glyph without an outline only advances.
+void appendBezierPathWithGlyph(NSBezierPath& path, NSGlyph glyph, const NSFont& font);
+
+}  // namespace qz

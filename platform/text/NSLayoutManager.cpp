@@ -1,0 +1,273 @@
+#include "platform/text/NSLayoutManager.h"
+
+#include <algorithm>
+
+#include "platform/foundation/NSNumber.h"
+#include "platform/text/AttributeNames.h"
+#include "platform/text/FontFixing.h"
+#include "platform/text/GlyphDrawing.h"
+#include "platform/text/TemporaryAttributes.h"
+#include "platform/text/TextLayout.h"
+
+namespace qz {
+
+NSLayoutManager::NSLayoutManager()
+    : layout_(std::make_unique<Layout>(*this)), temporaryAttributes_(std::make_unique<TemporaryAttributes>()) {}
+
+NSLayoutManager::~NSLayoutManager() = default;
+
+Ref<NSLayoutManager> NSLayoutManager::init() {
+    return Ref<NSLayoutManager>(new NSLayoutManager());
+}
+
+// The text system
+
+Ref<NSTextStorage> NSLayoutManager::textStorage() const {
+    return textStorage_.lock();
+}
+
+void NSLayoutManager::replaceTextStorage(const Ref<NSTextStorage>& textStorage) {
+    const auto self = refTo(*this);
+    const Ref<NSTextStorage> former = this->textStorage();
+    if (former == textStorage) return;
+    if (former) former->removeLayoutManager(*this);
+    if (textStorage) textStorage->addLayoutManager(self);
+}
+
+void NSLayoutManager::addTextContainer(const Ref<NSTextContainer>& container) {
+    if (!container || container->layoutManager().get() == this) return;
+    if (const Ref<NSLayoutManager> former = container->layoutManager()) former->removeTextContainer(*container);
+    container->layoutManager_ = refTo(*this);
+    containers_.push_back(container);
+    layout_->forgetContainersFrom(containers_.size() - 1);
+}
+
+void NSLayoutManager::removeTextContainer(const NSTextContainer& container) {
+    const auto found = std::ranges::find(containers_, &container, &Ref<NSTextContainer>::get);
+    if (found == containers_.end()) return;
+    const Ref<NSTextContainer> removed = *found;
+    layout_->forgetContainersFrom(static_cast<size_t>(found - containers_.begin()));
+    containers_.erase(found);
+    removed->layoutManager_.reset();
+}
+
+void NSLayoutManager::textContainerChangedGeometry(const NSTextContainer& container) {
+    if (const std::optional<size_t> index = indexOfContainer(container)) layout_->forgetContainersFrom(*index);
+}
+
+void NSLayoutManager::textStorageEdited(Range editedRange, int64_t changeInLength, bool charactersChanged) {
+    if (!textStorage()) {
+        layout_->forgetText();
+        *temporaryAttributes_ = {};
+        return;
+    }
+    layout_->textEdited(editedRange, changeInLength);
+    if (charactersChanged) temporaryAttributes_->textEdited(editedRange, changeInLength);
+}
+
+std::optional<size_t> NSLayoutManager::indexOfContainer(const NSTextContainer& container) const {
+    const auto found = std::ranges::find(containers_, &container, &Ref<NSTextContainer>::get);
+    if (found == containers_.end()) return std::nullopt;
+    return static_cast<size_t>(found - containers_.begin());
+}
+
+// Containers and lines
+
+uint32_t NSLayoutManager::numberOfGlyphs() const {
+    layout_->makeAllGlyphs();
+    return static_cast<uint32_t>(layout_->glyphs().size());
+}
+
+uint32_t NSLayoutManager::firstUnlaidGlyphIndex() const {
+    return layout_->placedGlyphCount();
+}
+
+Ref<NSTextContainer> NSLayoutManager::textContainerForGlyphAtIndex(uint32_t glyphIndex, Range* effectiveRange) const {
+    layout_->makeGlyph(glyphIndex);
+    const Layout::Line* line = layout_->lineOfGlyph(glyphIndex);
+    if (!line) return {};
+    const Ref<NSTextContainer> container = containers_[line->container];
+    if (effectiveRange) *effectiveRange = glyphRangeForTextContainer(*container);
+    return container;
+}
+
+Range NSLayoutManager::glyphRangeForTextContainer(const NSTextContainer& container) const {
+    const std::optional<size_t> index = indexOfContainer(container);
+    if (!index) return {};
+    layout_->layOutContainer(*index);
+    const auto lines = std::ranges::equal_range(layout_->lines(), *index, {}, &Layout::Line::container);
+    if (lines.empty()) return {};
+    const uint32_t start = lines.front().glyphs.location;
+    return {start, static_cast<uint32_t>(lines.back().glyphs.end()) - start};
+}
+
+NSRect NSLayoutManager::usedRectForTextContainer(const NSTextContainer& container) const {
+    const std::optional<size_t> index = indexOfContainer(container);
+    if (!index) return {};
+    layout_->layOutContainer(*index);
+    return layout_->usedRectOfContainer(*index);
+}
+
+NSRect NSLayoutManager::lineFragmentRectForGlyphAtIndex(uint32_t glyphIndex, Range* effectiveRange) const {
+    layout_->makeGlyph(glyphIndex);
+    const Layout::Line* line = layout_->lineOfGlyph(glyphIndex);
+    if (line && effectiveRange) *effectiveRange = line->glyphs;
+    return line ? line->fragment : NSRect();
+}
+
+NSRect NSLayoutManager::lineFragmentUsedRectForGlyphAtIndex(uint32_t glyphIndex, Range* effectiveRange) const {
+    layout_->makeGlyph(glyphIndex);
+    const Layout::Line* line = layout_->lineOfGlyph(glyphIndex);
+    if (line && effectiveRange) *effectiveRange = line->glyphs;
+    return line ? line->usedRect : NSRect();
+}
+
+// Glyphs and characters
+
+Range NSLayoutManager::characterRangeForGlyphRange(Range glyphRange, Range* actualGlyphRange) const {
+    const uint32_t first = glyphRange.location;
+    const uint64_t lastWanted = glyphRange.length > 0 ? glyphRange.end() - 1 : first;
+    layout_->makeGlyph(static_cast<uint32_t>(std::min<uint64_t>(lastWanted, UINT32_MAX)));
+    const auto count = static_cast<uint32_t>(layout_->glyphs().size());
+    const auto end = static_cast<uint32_t>(std::min<uint64_t>(glyphRange.end(), count));
+    if (first >= end) {
+        if (actualGlyphRange) *actualGlyphRange = {std::min(first, count), 0};
+        return {characterIndexForGlyphAtIndex(first), 0};
+    }
+    const uint32_t start = layout_->charactersOfGlyph(first).location;
+    const Range last = layout_->charactersOfGlyph(end - 1);
+    if (actualGlyphRange) {
+        const uint32_t firstGlyph = layout_->glyphsOfCharacter(start).location;
+        *actualGlyphRange = {firstGlyph,
+                             static_cast<uint32_t>(layout_->glyphsOfCharacter(last.location).end()) - firstGlyph};
+    }
+    return {start, static_cast<uint32_t>(last.end()) - start};
+}
+
+Range NSLayoutManager::glyphRangeForCharacterRange(Range characterRange, Range* actualCharacterRange) const {
+    const Ref<NSTextStorage> text = layout_->text();
+    const uint32_t length = text ? text->length() : 0;
+    const auto end = static_cast<uint32_t>(std::min<uint64_t>(characterRange.end(), length));
+    const uint32_t start = std::min(characterRange.location, end);
+    if (start >= end) {
+        if (actualCharacterRange) *actualCharacterRange = {start, 0};
+        layout_->makeCharacter(start);
+        return {start < length ? layout_->glyphsOfCharacter(start).location : numberOfGlyphs(), 0};
+    }
+    layout_->makeCharacter(end - 1);
+    const Range first = layout_->glyphsOfCharacter(start);
+    const Range last = layout_->glyphsOfCharacter(end - 1);
+    if (actualCharacterRange) {
+        const uint32_t firstCharacter = layout_->charactersOfGlyph(first.location).location;
+        const uint64_t lastEnd = layout_->charactersOfGlyph(last.location).end();
+        *actualCharacterRange = {firstCharacter, static_cast<uint32_t>(lastEnd) - firstCharacter};
+    }
+    return {first.location, static_cast<uint32_t>(last.end()) - first.location};
+}
+
+const PlacedGlyph* NSLayoutManager::madeGlyph(uint32_t glyphIndex) const {
+    layout_->makeGlyph(glyphIndex);
+    return glyphIndex < layout_->glyphs().size() ? &layout_->glyphs()[glyphIndex] : nullptr;
+}
+
+uint32_t NSLayoutManager::characterIndexForGlyphAtIndex(uint32_t glyphIndex) const {
+    if (const PlacedGlyph* glyph = madeGlyph(glyphIndex)) return glyph->character;
+    const Ref<NSTextStorage> text = textStorage();
+    return text ? text->length() : 0;
+}
+
+NSGlyph NSLayoutManager::glyphAtIndex(uint32_t glyphIndex) const {
+    const PlacedGlyph* glyph = madeGlyph(glyphIndex);
+    return glyph ? glyph->glyph : NSControlGlyph;
+}
+
+bool NSLayoutManager::notShownAttributeForGlyphAtIndex(uint32_t glyphIndex) const {
+    const PlacedGlyph* glyph = madeGlyph(glyphIndex);
+    return !glyph || glyph->isNotShown;
+}
+
+NSPoint NSLayoutManager::locationForGlyphAtIndex(uint32_t glyphIndex) const {
+    const PlacedGlyph* glyph = madeGlyph(glyphIndex);
+    return glyph ? glyph->location : NSPoint();
+}
+
+float NSLayoutManager::advanceForGlyphAtIndex(uint32_t glyphIndex) const {
+    const PlacedGlyph* glyph = madeGlyph(glyphIndex);
+    return glyph ? glyph->advance : 0;
+}
+
+bool NSLayoutManager::isRightToLeftGlyphAtIndex(uint32_t glyphIndex) const {
+    const PlacedGlyph* glyph = madeGlyph(glyphIndex);
+    return glyph && glyph->isRightToLeft;
+}
+
+// Drawing
+
+void NSLayoutManager::addTemporaryAttributes(const NSDictionary& attributes, Range forCharacterRange) {
+    temporaryAttributes_->add(attributes, forCharacterRange);
+}
+
+void NSLayoutManager::removeTemporaryAttribute(const NSString& name, Range forCharacterRange) {
+    temporaryAttributes_->remove(name, forCharacterRange);
+}
+
+Ref<NSDictionary> NSLayoutManager::temporaryAttributesAtCharacterIndex(uint32_t index, Range* effectiveRange) const {
+    const Ref<NSTextStorage> text = textStorage();
+    if (!text || index >= text->length()) return {};
+    Range range;
+    Ref<NSDictionary> attributes = temporaryAttributes_->attributesAtIndex(index, &range);
+    if (effectiveRange) *effectiveRange = intersection(range, {0, text->length()});
+    return attributes;
+}
+
+/// What the characters of a run ask of the drawing of their glyphs.
+struct NSLayoutManager::RunAppearance {
+    Range characters;
+    Ref<NSFont> font;
+    Ref<NSColor> color;
+    float obliqueness = 0;
+};
+
+NSLayoutManager::RunAppearance NSLayoutManager::appearanceAt(const NSTextStorage& text, uint32_t character) const {
+    Range range, temporaryRange;
+    const Ref<NSDictionary> attributes = text.attributesAtIndex(character, &range);
+    const Ref<NSDictionary> temporary = temporaryAttributes_->attributesAtIndex(character, &temporaryRange);
+    RunAppearance run{.characters = intersection(range, temporaryRange),
+                      .font = attributes->objectForKey<NSFont>(*NSFontAttributeName),
+                      .color = temporary->objectForKey<NSColor>(*NSForegroundColorAttributeName)};
+    if (!run.font) run.font = defaultFont();
+    if (usesScreenFonts_) run.font = substituteFontForFont(run.font);
+    if (!run.color) run.color = attributes->objectForKey<NSColor>(*NSForegroundColorAttributeName);
+    if (!run.color) run.color = NSColor::blackColor();
+    const Ref<NSNumber> obliqueness = attributes->objectForKey<NSNumber>(*NSObliquenessAttributeName);
+    if (obliqueness) run.obliqueness = obliqueness->floatValue();
+    return run;
+}
+
+void NSLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint) {
+    const Ref<NSGraphicsContext> context = NSGraphicsContext::currentContext();
+    if (!context || glyphRange.length == 0) return;
+    layout_->makeGlyph(static_cast<uint32_t>(std::min<uint64_t>(glyphRange.end() - 1, UINT32_MAX)));
+    const Ref<NSTextStorage> text = layout_->text();
+    if (!text) return;
+
+    const Ref<NSColor> formerColor = context->color();
+    const auto end = static_cast<uint32_t>(std::min<uint64_t>(glyphRange.end(), layout_->placedGlyphCount()));
+    const Layout::Line* line = nullptr;
+    RunAppearance run;
+    for (uint32_t i = glyphRange.location; i < end; ++i) {
+        const PlacedGlyph glyph = layout_->glyphs()[i];
+        if (glyph.isNotShown) continue;
+        if (!run.characters.contains(glyph.character)) {
+            run = appearanceAt(*text, glyph.character);
+            line = nullptr;  // the substitute font is chosen by a subclass, which may have text laid out
+        }
+        if (!line || !line->glyphs.contains(i)) line = layout_->lineOfGlyph(i);
+        const NSPoint origin = {atPoint.x + line->fragment.origin.x + glyph.location.x,
+                                atPoint.y + line->fragment.origin.y + glyph.location.y};
+        drawGlyph(*context, {glyph.glyph, run.font, origin, run.obliqueness}, run.color);
+    }
+    context->setColor(formerColor);
+}
+
+}  // namespace qz

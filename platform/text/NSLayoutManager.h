@@ -1,0 +1,109 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "platform/foundation/NSDictionary.h"
+#include "platform/foundation/NSGeometry.h"
+#include "platform/text/NSFont.h"
+#include "platform/text/NSTextContainer.h"
+#include "platform/text/NSTextStorage.h"
+
+namespace qz {
+
+class TemporaryAttributes;
+struct PlacedGlyph;
+
+/// Turns the characters of a text storage into glyphs, lays them out as lines in text containers, and draws them.
+///
+/// Glyphs are numbered in the order of the text: every character lies in the cluster of one or more glyphs, and every
+/// glyph stands for one or more characters. Layout happens when something is asked that needs it, from where it was
+/// left, container after container; text for which no container has room has glyphs but no place. Geometry is in
+/// container coordinates.
+class NSLayoutManager : public NSObject {
+public:
+    static Ref<NSLayoutManager> init();
+    ~NSLayoutManager() override;
+
+    Ref<NSTextStorage> textStorage() const;
+    /// Moves this layout manager to another text storage, which then owns it.
+    void replaceTextStorage(const Ref<NSTextStorage>& textStorage);
+    /// Owns its containers. Text fills them in this order.
+    void addTextContainer(const Ref<NSTextContainer>& container);
+    void removeTextContainer(const NSTextContainer& container);
+    const std::vector<Ref<NSTextContainer>>& textContainers() const { return containers_; }
+
+    // Told by the container and the text storage; each forgets the layout that no longer holds.
+    void textContainerChangedGeometry(const NSTextContainer& container);
+    virtual void textStorageEdited(Range editedRange, int64_t changeInLength, bool charactersChanged);
+
+    uint32_t numberOfGlyphs() const;
+    /// The first glyph that has not been laid out yet, or has no place; `numberOfGlyphs` when all have. Nothing is laid
+    /// out in the background, so waiting does not change it, and asking for it lays nothing out.
+    uint32_t firstUnlaidGlyphIndex() const;
+    /// The container that holds the glyph, laid out as far as that takes; none when no container has room.
+    /// `effectiveRange` receives the glyphs of that container.
+    Ref<NSTextContainer> textContainerForGlyphAtIndex(uint32_t glyphIndex, Range* effectiveRange = nullptr) const;
+    /// The glyphs laid out in the container, after laying it out.
+    Range glyphRangeForTextContainer(const NSTextContainer& container) const;
+    /// What the lines in the container use: line fragments less the free space at their ends, padding included; the
+    /// zero rectangle when there are none. Line spacing below the last line and paragraph spacing are not part of it.
+    NSRect usedRectForTextContainer(const NSTextContainer& container) const;
+
+    /// The characters that have glyphs in the range; `actualGlyphRange` receives all glyphs of these characters.
+    Range characterRangeForGlyphRange(Range glyphRange, Range* actualGlyphRange = nullptr) const;
+    /// The glyphs of the characters in the range; `actualCharacterRange` receives all characters of these glyphs.
+    Range glyphRangeForCharacterRange(Range characterRange, Range* actualCharacterRange = nullptr) const;
+    /// The first character of the glyph's cluster; the length of the text beyond the last glyph.
+    uint32_t characterIndexForGlyphAtIndex(uint32_t glyphIndex) const;
+    NSGlyph glyphAtIndex(uint32_t glyphIndex) const;
+    /// Whether nothing of the glyph is to be drawn: control characters, white space that hangs at a line's end.
+    bool notShownAttributeForGlyphAtIndex(uint32_t glyphIndex) const;
+    /// The glyph's origin, on its baseline and with its own offset, from the origin of its line fragment.
+    NSPoint locationForGlyphAtIndex(uint32_t glyphIndex) const;
+    float advanceForGlyphAtIndex(uint32_t glyphIndex) const;
+    /// The line fragment that holds the glyph; the zero rectangle when it has no place. `effectiveRange` receives its
+    /// glyphs.
+    NSRect lineFragmentRectForGlyphAtIndex(uint32_t glyphIndex, Range* effectiveRange = nullptr) const;
+    NSRect lineFragmentUsedRectForGlyphAtIndex(uint32_t glyphIndex, Range* effectiveRange = nullptr) const;
+    /// Whether the glyph was laid out in a right-to-left run.
+    bool isRightToLeftGlyphAtIndex(uint32_t glyphIndex) const;
+
+    // Attributes that serve drawing only: they lie over those of the text storage and change no layout.
+    void addTemporaryAttributes(const NSDictionary& attributes, Range forCharacterRange);
+    void removeTemporaryAttribute(const NSString& name, Range forCharacterRange);
+    Ref<NSDictionary> temporaryAttributesAtCharacterIndex(uint32_t index, Range* effectiveRange = nullptr) const;
+
+    bool usesScreenFonts() const { return usesScreenFonts_; }
+    void setUsesScreenFonts(bool uses) { usesScreenFonts_ = uses; }
+    /// The font that draws for another when screen fonts are used. Outlines are unhinted at every size, so it is the
+    /// font itself.
+    virtual Ref<NSFont> substituteFontForFont(const Ref<NSFont>& font) const { return font; }
+
+    /// Draws glyphs into the current graphics context, each in the foreground colour of its characters, the temporary
+    /// one first; black without one. `atPoint` is where the origin of the container lies.
+    virtual void drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint);
+
+    std::string className() const override { return "NSLayoutManager"; }
+
+protected:
+    NSLayoutManager();
+
+private:
+    friend class NSTextStorage;
+    class Layout;
+    struct RunAppearance;
+
+    std::optional<size_t> indexOfContainer(const NSTextContainer& container) const;
+    const PlacedGlyph* madeGlyph(uint32_t glyphIndex) const;
+    RunAppearance appearanceAt(const NSTextStorage& text, uint32_t character) const;
+
+    WeakRef<NSTextStorage> textStorage_;
+    std::vector<Ref<NSTextContainer>> containers_;
+    std::unique_ptr<Layout> layout_;
+    std::unique_ptr<TemporaryAttributes> temporaryAttributes_;
+    bool usesScreenFonts_ = false;
+};
+
+}  // namespace qz

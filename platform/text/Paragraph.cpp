@@ -1,0 +1,194 @@
+#include "platform/text/Paragraph.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <unicode/uchar.h>
+#include <unicode/uscript.h>
+#include <unicode/utf16.h>
+
+#include "platform/foundation/NSNumber.h"
+#include "platform/text/AttributeNames.h"
+#include "platform/text/FontFixing.h"
+
+namespace qz {
+namespace {
+
+constexpr char16_t kSoftHyphen = 0x00AD;
+// Items end where a line may begin once they are this long, and in any case at the greatest length: a line copies, and
+// at times shapes anew, what is left of its first item, which must not be much more than a line.
+constexpr uint32_t kItemUnits = 256;
+constexpr uint32_t kItemUnitsMax = 1024;
+static_assert(kItemUnitsMax + TextBreaker::kClusterUnitsMax <= kShapingUnitsMax);
+// Points; beyond it a length in an attribute is a mistake, and would only drown the others.
+constexpr float kLengthMax = 1e6f;
+
+float lengthAttribute(const NSDictionary& attributes, const NSString& name) {
+    const Ref<NSNumber> number = attributes.objectForKey<NSNumber>(name);
+    const float length = number ? number->floatValue() : 0;
+    return std::isfinite(length) ? std::clamp(length, -kLengthMax, kLengthMax) : 0;
+}
+
+float lengthOrNone(float length) {
+    return std::isfinite(length) ? std::clamp(length, 0.0f, kLengthMax) : 0;
+}
+
+NSParagraphStyle::Values paragraphStyle(const NSDictionary& attributes) {
+    const Ref<NSParagraphStyle> style = attributes.objectForKey<NSParagraphStyle>(*NSParagraphStyleAttributeName);
+    NSParagraphStyle::Values values = style ? style->values() : NSParagraphStyle::Values();
+    for (float* length :
+         {&values.lineSpacing, &values.paragraphSpacing, &values.minimumLineHeight, &values.maximumLineHeight}) {
+        *length = lengthOrNone(*length);
+    }
+    return values;
+}
+
+/// Line and paragraph separators, tabs, and the controls that no font has a picture for.
+bool isControl(char16_t unit) {
+    return u_charType(unit) == U_CONTROL_CHAR || unit == 0x2028 || unit == 0x2029;
+}
+
+/// The script of a cluster: that of its first character that has one of its own.
+UScriptCode clusterScript(std::u16string_view cluster) {
+    for (size_t i = 0; i < cluster.size();) {
+        UChar32 character;
+        U16_NEXT(cluster.data(), i, cluster.size(), character);
+        UErrorCode status = U_ZERO_ERROR;
+        const UScriptCode script = uscript_getScript(character, &status);
+        if (U_SUCCESS(status) && script > USCRIPT_INHERITED && script != USCRIPT_UNKNOWN) return script;
+    }
+    return USCRIPT_COMMON;
+}
+
+uint32_t scriptTag(UScriptCode script) {
+    const char* name = script == USCRIPT_COMMON ? nullptr : uscript_getShortName(script);
+    if (!name) return 0;
+    uint32_t tag = 0;
+    for (int i = 0; i < 4; ++i) tag = tag << 8 | static_cast<uint8_t>(name[i]);
+    return tag;
+}
+
+std::vector<ShapedGlyph> controlGlyphs(const std::vector<uint8_t>& breaks, Range range) {
+    std::vector<ShapedGlyph> glyphs;
+    for (uint32_t i = range.location; i < range.end(); ++i) {
+        if (i == range.location || breaks[i] & TextBreak::clusterStart) {
+            glyphs.push_back({.glyph = NSControlGlyph, .cluster = i});
+        }
+    }
+    return glyphs;
+}
+
+}  // namespace
+
+void Paragraph::analyse(const NSAttributedString& text, uint32_t location, TextBreaker& breaker) {
+    if (isAnalysed_) return;
+    isAnalysed_ = true;
+    const std::u16string_view paragraph = std::u16string_view(text.characters()).substr(location, length_);
+    if (length_ > 0) style_ = paragraphStyle(*text.attributesAtIndex(location));
+    breaks_ = breaker.breaksInParagraph(paragraph);
+    findStyles(text, location);
+    itemize(paragraph);
+}
+
+void Paragraph::findStyles(const NSAttributedString& text, uint32_t location) {
+    for (uint32_t position = 0; position < length_;) {
+        Range range;
+        const Ref<NSDictionary> attributes = text.attributesAtIndex(location + position, &range);
+        StyleRun style{.end = static_cast<uint32_t>(std::min<uint64_t>(range.end() - location, length_)),
+                       .font = attributes->objectForKey<NSFont>(*NSFontAttributeName),
+                       .kern = lengthAttribute(*attributes, *NSKernAttributeName),
+                       .baselineOffset = lengthAttribute(*attributes, *NSBaselineOffsetAttributeName)};
+        if (!style.font) style.font = defaultFont();
+        position = style.end;
+        if (!styles_.empty() && styles_.back().kern == style.kern &&
+            styles_.back().baselineOffset == style.baselineOffset && styles_.back().font->isEqual(*style.font)) {
+            styles_.back().end = style.end;
+        } else {
+            styles_.push_back(std::move(style));
+        }
+    }
+}
+
+void Paragraph::itemize(std::u16string_view paragraph) {
+    const std::vector<uint8_t> levels = bidiLevels(paragraph, style_.baseWritingDirection, baseLevel_);
+    UScriptCode script = USCRIPT_COMMON;
+    size_t style = 0;
+    for (uint32_t start = 0, end = 0; start < length_; start = end) {
+        end = clusterEnd(start);
+        while (styles_[style].end <= start) ++style;
+        const Ref<NSFont>& font = styles_[style].font;
+        const bool control = isControl(paragraph[start]);
+        const UScriptCode own = control ? USCRIPT_COMMON : clusterScript(paragraph.substr(start, end - start));
+
+        const TextItem* item = items_.empty() ? nullptr : &items_.back();
+        const uint32_t itemLength = item ? start - item->start : 0;
+        const bool isFull =
+            itemLength >= kItemUnitsMax || (itemLength >= kItemUnits && breaks_[start] & TextBreak::lineMayBegin);
+        // Characters that all scripts share join what stands before them; at the start of a text, what follows.
+        const bool continues = item && !isFull && item->isControl == control && item->level == levels[start] &&
+                               (own == USCRIPT_COMMON || own == script || script == USCRIPT_COMMON) &&
+                               (item->font == font || item->font->isEqual(*font));
+        if (!continues) {
+            items_.push_back({.start = start,
+                              .end = end,
+                              .font = font,
+                              .script = scriptTag(script),
+                              .level = levels[start],
+                              .isControl = control,
+                              .glyphs = {}});
+        }
+        items_.back().end = end;
+        if (own != USCRIPT_COMMON && own != script) {
+            script = own;
+            items_.back().script = scriptTag(own);
+        }
+    }
+}
+
+size_t Paragraph::itemIndexAt(uint32_t position) const {
+    return static_cast<size_t>(std::ranges::upper_bound(items_, position, {}, &TextItem::end) - items_.begin());
+}
+
+size_t Paragraph::styleIndexAt(uint32_t position) const {
+    return static_cast<size_t>(std::ranges::upper_bound(styles_, position, {}, &StyleRun::end) - styles_.begin());
+}
+
+uint32_t Paragraph::clusterEnd(uint32_t start) const {
+    uint32_t end = start + 1;
+    while (end < length_ && !(breaks_[end] & TextBreak::clusterStart)) ++end;
+    return end;
+}
+
+const std::vector<ShapedGlyph>& Paragraph::glyphsOfItem(size_t item, std::u16string_view paragraph) {
+    TextItem& shaped = items_[item];
+    if (!shaped.isShaped) {
+        shaped.glyphs = shapePart(item, paragraph, {shaped.start, shaped.end - shaped.start});
+        shaped.isShaped = true;
+    }
+    return shaped.glyphs;
+}
+
+std::vector<ShapedGlyph> Paragraph::shapePart(size_t item, std::u16string_view paragraph, Range part) const {
+    const TextItem& source = items_[item];
+    if (source.isControl) return controlGlyphs(breaks_, part);
+    std::vector<ShapedGlyph> glyphs = shape({.text = paragraph,
+                                             .range = part,
+                                             .font = source.font,
+                                             .script = source.script,
+                                             .isRightToLeft = (source.level & 1) != 0,
+                                             .language = {}});
+    // Every character must lie in the cluster of some glyph, whatever the font does.
+    if (glyphs.empty()) return controlGlyphs(breaks_, part);
+    glyphs.front().cluster = part.location;
+    for (size_t i = 0; i < glyphs.size(); ++i) {
+        const bool isAlone = (i == 0 || glyphs[i - 1].cluster != glyphs[i].cluster) &&
+                             (i + 1 == glyphs.size() || glyphs[i + 1].cluster == glyphs[i].cluster + 1);
+        if (isAlone && paragraph[glyphs[i].cluster] == kSoftHyphen) {
+            glyphs[i] = {
+                .glyph = NSControlGlyph, .cluster = glyphs[i].cluster, .isUnsafeToBreak = glyphs[i].isUnsafeToBreak};
+        }
+    }
+    return glyphs;
+}
+
+}  // namespace qz

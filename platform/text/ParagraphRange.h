@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string_view>
+
+#include "platform/foundation/Range.h"
+
+namespace qz {
+
+/// Whether a paragraph ends behind the unit at `index`: behind LF, CR (together with an LF that follows), NEL and
+/// U+2029.
+bool endsParagraph(std::u16string_view text, size_t index);
+/// Whether the unit ends a line but not the paragraph: line separator, vertical tab, form feed.
+inline bool endsLine(char16_t unit) {
+    return unit == 0x2028 || unit == 0x000B || unit == 0x000C;
+}
+/// The paragraphs, separators included, that hold the range; for an empty range the one that holds its location.
+Range paragraphRange(std::u16string_view text, Range range);
+
+}  // namespace qz

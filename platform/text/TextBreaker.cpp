@@ -1,0 +1,63 @@
+#include "platform/text/TextBreaker.h"
+
+#include <new>
+
+#include <unicode/ubrk.h>
+#include <unicode/uchar.h>
+#include <unicode/utf16.h>
+
+#include "platform/text/ParagraphRange.h"
+
+namespace qz {
+
+void TextBreaker::Close::operator()(UBreakIterator* iterator) const {
+    ubrk_close(iterator);
+}
+
+TextBreaker::Iterator TextBreaker::open(int kind) {
+    UErrorCode status = U_ZERO_ERROR;
+    Iterator iterator(ubrk_open(static_cast<UBreakIteratorType>(kind), "", nullptr, 0, &status));
+    if (U_FAILURE(status)) throw std::bad_alloc();
+    return iterator;
+}
+
+TextBreaker::TextBreaker() : clusters_(open(UBRK_CHARACTER)), lines_(open(UBRK_LINE)) {}
+TextBreaker::~TextBreaker() = default;
+
+template <class Visit>
+void TextBreaker::forEachBoundary(UBreakIterator& iterator, std::u16string_view text, const Visit& visit) {
+    UErrorCode status = U_ZERO_ERROR;
+    ubrk_setText(&iterator, text.data(), static_cast<int32_t>(text.size()), &status);
+    if (U_FAILURE(status)) throw std::bad_alloc();
+    for (int32_t i = ubrk_first(&iterator); i != UBRK_DONE; i = ubrk_next(&iterator)) visit(static_cast<uint32_t>(i));
+}
+
+std::vector<uint8_t> TextBreaker::clustersInText(std::u16string_view text) {
+    std::vector<uint8_t> flags(text.size());
+    uint32_t start = 0;
+    forEachBoundary(*clusters_, text, [&](uint32_t boundary) {
+        while (boundary - start > kClusterUnitsMax) {
+            start += kClusterUnitsMax;
+            if (U16_IS_TRAIL(text[start])) --start;
+            flags[start] = TextBreak::clusterStart;
+        }
+        start = boundary;
+        if (boundary < text.size()) flags[boundary] = TextBreak::clusterStart;
+    });
+    return flags;
+}
+
+std::vector<uint8_t> TextBreaker::breaksInParagraph(std::u16string_view paragraph) {
+    std::vector<uint8_t> flags = clustersInText(paragraph);
+    forEachBoundary(*lines_, paragraph, [&](uint32_t boundary) {
+        if (boundary == 0 || boundary >= paragraph.size()) return;
+        if (flags[boundary] & TextBreak::clusterStart) flags[boundary] |= TextBreak::lineMayBegin;
+    });
+    for (size_t i = 0; i < paragraph.size(); ++i) {
+        if (u_isWhitespace(paragraph[i]) || paragraph[i] == 0x0085) flags[i] |= TextBreak::hangs;
+        if (i > 0 && endsLine(paragraph[i - 1])) flags[i] |= TextBreak::lineMustBegin;
+    }
+    return flags;
+}
+
+}  // namespace qz

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+struct UBreakIterator;
+
+namespace qz {
+
+/// What holds at a UTF-16 unit of a paragraph, as a set of flags.
+namespace TextBreak {
+inline constexpr uint8_t clusterStart = 1;   ///< a grapheme cluster begins here
+inline constexpr uint8_t lineMayBegin = 2;   ///< a line may begin here
+inline constexpr uint8_t lineMustBegin = 4;  ///< a line ends before this unit in any case
+inline constexpr uint8_t hangs = 8;          ///< white space, which hangs over the end of a line; no no-break space
+}  // namespace TextBreak
+
+/// Finds grapheme clusters and places where lines may break, by Unicode's rules. Used by one thread at a time.
+class TextBreaker {
+public:
+    TextBreaker();
+    ~TextBreaker();
+
+    /// Flags for every unit of a paragraph. A line never begins within a cluster.
+    std::vector<uint8_t> breaksInParagraph(std::u16string_view paragraph);
+    /// Flags that tell only where clusters begin.
+    std::vector<uint8_t> clustersInText(std::u16string_view text);
+
+    /// Longer clusters (piled-up marks) are taken apart, so that what works cluster by cluster stays bounded.
+    static constexpr uint32_t kClusterUnitsMax = 512;
+
+private:
+    struct Close {
+        void operator()(UBreakIterator* iterator) const;
+    };
+    using Iterator = std::unique_ptr<UBreakIterator, Close>;
+
+    static Iterator open(int kind);
+    template <class Visit>
+    static void forEachBoundary(UBreakIterator& iterator, std::u16string_view text, const Visit& visit);
+
+    const Iterator clusters_;
+    const Iterator lines_;
+};
+
+}  // namespace qz

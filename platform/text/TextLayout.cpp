@@ -1,0 +1,307 @@
+#include "platform/text/TextLayout.h"
+
+#include <algorithm>
+
+#include "platform/text/ParagraphRange.h"
+
+namespace qz {
+namespace {
+
+// The height of a line is known when it is filled, and how it is filled may depend on the height asked for.
+constexpr int kFragmentTriesMax = 3;
+constexpr float kHeightTolerance = 0.001f;
+
+}  // namespace
+
+Ref<NSTextStorage> NSLayoutManager::Layout::text() const {
+    Ref<NSTextStorage> text = manager_.textStorage();
+    return text && text->length() == length_ ? text : nullptr;
+}
+
+// Keeping up with text and containers
+
+void NSLayoutManager::Layout::textEdited(Range editedRange, int64_t changeInLength) {
+    const uint32_t editedStart = std::min(editedRange.location, length_);
+    const auto oldEnd = static_cast<uint32_t>(
+        std::clamp<int64_t>(static_cast<int64_t>(editedRange.end()) - changeInLength, editedStart, length_));
+    const auto isBefore = [](const Entry& entry, uint32_t position) {
+        return entry.location + entry.length <= position;
+    };
+    const auto first = std::lower_bound(paragraphs_.begin(), paragraphs_.end(), editedStart, isBefore);
+    auto last = first;
+    while (last != paragraphs_.end() && last->location < oldEnd) ++last;
+    const auto at = static_cast<size_t>(first - paragraphs_.begin());
+
+    const auto line = std::ranges::lower_bound(lines_, at, {}, &Line::paragraph);
+    forgetLinesFrom(static_cast<size_t>(line - lines_.begin()));
+
+    const uint32_t start = first == last ? editedStart : first->location;
+    const int64_t oldRegionEnd = first == last ? oldEnd : std::prev(last)->location + std::prev(last)->length;
+    const auto end = static_cast<uint32_t>(std::max<int64_t>(start, oldRegionEnd + changeInLength));
+    const auto behind = paragraphs_.erase(first, last);
+    for (auto entry = behind; entry != paragraphs_.end(); ++entry) {
+        entry->location = static_cast<uint32_t>(entry->location + changeInLength);
+    }
+    length_ = static_cast<uint32_t>(length_ + changeInLength);
+    splitText({start, end - start}, at);
+}
+
+void NSLayoutManager::Layout::splitText(Range region, size_t at) {
+    const Ref<NSTextStorage> storage = text();
+    if (!storage || region.length == 0) return;
+    const std::u16string_view characters = storage->characters();
+    std::vector<Entry> entries;
+    uint32_t start = region.location;
+    for (uint32_t i = start; i < region.end(); ++i) {
+        if (!endsParagraph(characters, i) && i + 1 < region.end()) continue;
+        entries.push_back({start, i + 1 - start, nullptr});
+        start = i + 1;
+    }
+    paragraphs_.insert(paragraphs_.begin() + static_cast<std::ptrdiff_t>(at), std::move_iterator(entries.begin()),
+                       std::move_iterator(entries.end()));
+}
+
+void NSLayoutManager::Layout::forgetContainersFrom(size_t container) {
+    const auto line = std::ranges::lower_bound(lines_, container, {}, &Line::container);
+    forgetLinesFrom(static_cast<size_t>(line - lines_.begin()));
+}
+
+void NSLayoutManager::Layout::forgetLinesFrom(size_t line) {
+    ++generation_;
+    extraLine_.reset();
+    isDone_ = false;
+    if (line < lines_.size()) {
+        const Line& forgotten = lines_[line];
+        nextLine_ = {forgotten.paragraph, forgotten.characters.location - paragraphs_[forgotten.paragraph].location};
+        lines_.resize(line);
+    }
+    forgetUnplacedGlyphs();
+    container_ = lines_.empty() ? 0 : lines_.back().container;
+    y_ = lines_.empty() ? 0 : lines_.back().fragment.maxY();
+}
+
+void NSLayoutManager::Layout::forgetUnplacedGlyphs() {
+    glyphs_.resize(placedGlyphCount());
+    nextUnplaced_ = nextLine_;
+}
+
+Paragraph& NSLayoutManager::Layout::analysed(const NSAttributedString& text, Entry& entry) {
+    if (!entry.paragraph) entry.paragraph = std::make_unique<Paragraph>(entry.length);
+    entry.paragraph->analyse(text, entry.location, breaker_);
+    return *entry.paragraph;
+}
+
+std::u16string_view NSLayoutManager::Layout::textOf(const NSAttributedString& text, const Entry& entry) const {
+    return std::u16string_view(text.characters()).substr(entry.location, entry.length);
+}
+
+// Lines
+
+std::optional<NSRect> NSLayoutManager::Layout::askForFragment(float height) {
+    const Ref<NSTextContainer> container = manager_.containers_[container_];
+    const float width = container->containerSize().width;
+    const NSRect proposed = {{0, y_}, {width > 0 ? width : kUnboundedLength, height}};
+    NSRect remaining;
+    const uint64_t generation = generation_;
+    const NSRect fragment = container->lineFragmentRectForProposedRect(proposed, NSLineSweepDirection::right,
+                                                                       NSLineMovementDirection::down, &remaining);
+    if (generation != generation_ || NSIsEmptyRect(fragment)) return std::nullopt;
+    // Between the free ends of so short a line there is no room for text, as little as in an empty one.
+    if (fragment.size.width < 2 * container->lineFragmentPadding()) return std::nullopt;
+    return fragment;
+}
+
+template <class Fit>
+auto NSLayoutManager::Layout::inNextContainer(const Fit& fit) -> decltype(fit()) {
+    const uint64_t generation = generation_;
+    while (container_ < manager_.containers_.size()) {
+        if (auto fitted = fit()) return fitted;
+        if (generation != generation_) return std::nullopt;
+        ++container_;
+        y_ = 0;
+    }
+    return std::nullopt;
+}
+
+std::optional<NSLayoutManager::Layout::FittedLine> NSLayoutManager::Layout::fitLine(LineFiller& filler,
+                                                                                    uint32_t start) {
+    const float padding = manager_.containers_[container_]->lineFragmentPadding();
+    float height = filler.metrics(start, start + 1).height;
+    for (int tries = 1;; ++tries) {
+        const std::optional<NSRect> fragment = askForFragment(height);
+        if (!fragment) return std::nullopt;
+        FittedLine line{.content = filler.fill(start, double{fragment->size.width} - 2 * double{padding}),
+                        .metrics = {},
+                        .fragment = *fragment};
+        line.metrics = filler.metrics(line.content.start, line.content.end);
+        if (line.metrics.height <= height + kHeightTolerance || tries == kFragmentTriesMax) {
+            // The height of an earlier try may have been more than this one needs.
+            line.fragment.size.height = std::min(fragment->size.height, line.metrics.height);
+            return line;
+        }
+        height = line.metrics.height;
+    }
+}
+
+bool NSLayoutManager::Layout::layOutLine() {
+    if (isDone_ || isLayingOut_) return false;
+    const Ref<NSTextStorage> storage = text();
+    if (!storage) return false;
+    const uint64_t generation = generation_;
+    isLayingOut_ = true;
+    bool isLaidOut = false;
+    if (nextLine_.paragraph < paragraphs_.size()) {
+        Entry& entry = paragraphs_[nextLine_.paragraph];
+        LineFiller filler(analysed(*storage, entry), textOf(*storage, entry));
+        std::optional<FittedLine> line = inNextContainer([&] { return fitLine(filler, nextLine_.offset); });
+        isLaidOut = line.has_value();
+        if (line) addLine(entry, textOf(*storage, entry), std::move(*line));
+    } else {
+        layOutExtraLine(*storage);
+    }
+    isLayingOut_ = false;
+    isDone_ = !isLaidOut && generation == generation_;
+    return isLaidOut;
+}
+
+void NSLayoutManager::Layout::addLine(const Entry& entry, std::u16string_view paragraphText, FittedLine fitted) {
+    const Paragraph& paragraph = *entry.paragraph;
+    const uint32_t start = fitted.content.start;
+    const uint32_t end = fitted.content.end;
+    PlacedLine placed = placeLine(std::move(fitted.content), paragraph, paragraphText, entry.location, fitted.metrics,
+                                  {fitted.fragment, manager_.containers_[container_]->lineFragmentPadding()});
+    // Spacing needs no room of its own: at the end of a container it is what remains there.
+    const bool endsItsParagraph = end == entry.length;
+    fitted.fragment.size.height += paragraph.style().lineSpacing;
+    if (endsItsParagraph) fitted.fragment.size.height += paragraph.style().paragraphSpacing;
+
+    lines_.push_back({.glyphs = {placedGlyphCount(), static_cast<uint32_t>(placed.glyphs.size())},
+                      .characters = {entry.location + start, end - start},
+                      .fragment = fitted.fragment,
+                      .usedRect = placed.usedRect,
+                      .container = container_,
+                      .paragraph = nextLine_.paragraph});
+    glyphs_.insert(glyphs_.end(), placed.glyphs.begin(), placed.glyphs.end());
+    y_ = fitted.fragment.maxY();
+    nextLine_ = endsItsParagraph ? Position{nextLine_.paragraph + 1, 0} : Position{nextLine_.paragraph, end};
+    nextUnplaced_ = nextLine_;
+}
+
+void NSLayoutManager::Layout::layOutExtraLine(const NSAttributedString& text) {
+    if (lines_.empty()) return;
+    const char16_t last = text.characters().back();
+    if (!endsLine(last) && !endsParagraph(text.characters(), text.length() - 1)) return;
+    Entry& entry = paragraphs_.back();
+    LineFiller filler(analysed(text, entry), textOf(text, entry));
+    const LineMetrics metrics = filler.metrics(entry.length - 1, entry.length);
+    const std::optional<NSRect> fragment = inNextContainer([&] { return askForFragment(metrics.height); });
+    if (!fragment) return;
+    const float padding = manager_.containers_[container_]->lineFragmentPadding();
+    const LineContent content{.start = entry.length, .end = entry.length, .glyphs = {}};
+    const PlacedLine placed =
+        placeLine(content, *entry.paragraph, textOf(text, entry), entry.location, metrics, {*fragment, padding});
+    extraLine_ = {placed.usedRect, container_};
+}
+
+// Laying out on demand
+
+void NSLayoutManager::Layout::layOutContainer(size_t container) {
+    while (container_ <= container && layOutLine()) {
+    }
+}
+
+void NSLayoutManager::Layout::layOutAll() {
+    while (layOutLine()) {
+    }
+}
+
+void NSLayoutManager::Layout::makeGlyph(uint32_t glyphIndex) {
+    while (placedGlyphCount() <= glyphIndex && layOutLine()) {
+    }
+    while (glyphs_.size() <= glyphIndex && makeUnplacedGlyphs()) {
+    }
+}
+
+void NSLayoutManager::Layout::makeCharacter(uint32_t characterIndex) {
+    while (locationOf(nextLine_) <= characterIndex && layOutLine()) {
+    }
+    while (locationOf(nextUnplaced_) <= characterIndex && makeUnplacedGlyphs()) {
+    }
+}
+
+void NSLayoutManager::Layout::makeAllGlyphs() {
+    layOutAll();
+    while (makeUnplacedGlyphs()) {
+    }
+}
+
+bool NSLayoutManager::Layout::makeUnplacedGlyphs() {
+    const Ref<NSTextStorage> storage = text();
+    if (!storage || isLayingOut_ || nextUnplaced_.paragraph >= paragraphs_.size()) return false;
+    Entry& entry = paragraphs_[nextUnplaced_.paragraph];
+    Paragraph& paragraph = analysed(*storage, entry);
+    const uint32_t start = nextUnplaced_.offset;
+    const uint32_t end = paragraph.items()[paragraph.itemIndexAt(start)].end;
+    const LineContent content = LineFiller(paragraph, textOf(*storage, entry)).content(start, end, false);
+    for (const LineGlyph& glyph : content.glyphs) {
+        glyphs_.push_back({.glyph = glyph.glyph,
+                           .character = entry.location + glyph.cluster,
+                           .location = {},
+                           .advance = glyph.advance,
+                           .isNotShown = glyph.glyph == NSControlGlyph,
+                           .isRightToLeft = (glyph.level & 1) != 0});
+    }
+    nextUnplaced_ =
+        end == entry.length ? Position{nextUnplaced_.paragraph + 1, 0} : Position{nextUnplaced_.paragraph, end};
+    return true;
+}
+
+// Queries
+
+uint32_t NSLayoutManager::Layout::placedGlyphCount() const {
+    return lines_.empty() ? 0 : static_cast<uint32_t>(lines_.back().glyphs.end());
+}
+
+const NSLayoutManager::Layout::Line* NSLayoutManager::Layout::lineOfGlyph(uint32_t glyphIndex) const {
+    const auto behind =
+        std::ranges::upper_bound(lines_, glyphIndex, {}, [](const Line& line) { return line.glyphs.location; });
+    if (behind == lines_.begin()) return nullptr;
+    const Line& line = *std::prev(behind);
+    return line.glyphs.contains(glyphIndex) ? &line : nullptr;
+}
+
+NSRect NSLayoutManager::Layout::usedRectOfContainer(size_t container) const {
+    std::optional<NSRect> used;
+    // Not the union of areas: an empty line has none, but counts.
+    const auto add = [&](const NSRect& rect) {
+        if (!used) used = rect;
+        const float left = std::min(used->origin.x, rect.origin.x);
+        const float top = std::min(used->origin.y, rect.origin.y);
+        used = {{left, top}, {std::max(used->maxX(), rect.maxX()) - left, std::max(used->maxY(), rect.maxY()) - top}};
+    };
+    for (const Line& line : std::ranges::equal_range(lines_, container, {}, &Line::container)) add(line.usedRect);
+    if (extraLine_ && extraLine_->container == container) add(extraLine_->usedRect);
+    return used.value_or(NSRect());
+}
+
+Range NSLayoutManager::Layout::glyphsOfCharacter(uint32_t characterIndex) const {
+    const auto behind = std::ranges::upper_bound(glyphs_, characterIndex, {}, &PlacedGlyph::character);
+    if (behind == glyphs_.begin()) return {};
+    const uint32_t cluster = std::prev(behind)->character;
+    const auto first = std::ranges::lower_bound(glyphs_, cluster, {}, &PlacedGlyph::character);
+    return {static_cast<uint32_t>(first - glyphs_.begin()), static_cast<uint32_t>(behind - first)};
+}
+
+Range NSLayoutManager::Layout::charactersOfGlyph(uint32_t glyphIndex) const {
+    const uint32_t start = glyphs_[glyphIndex].character;
+    const auto next = std::ranges::upper_bound(glyphs_, start, {}, &PlacedGlyph::character);
+    const uint32_t end = next == glyphs_.end() ? locationOf(nextUnplaced_) : next->character;
+    return {start, end - start};
+}
+
+uint32_t NSLayoutManager::Layout::locationOf(Position position) const {
+    return position.paragraph < paragraphs_.size() ? paragraphs_[position.paragraph].location + position.offset
+                                                   : length_;
+}
+
+}  // namespace qz

@@ -1,0 +1,259 @@
+#include <chrono>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "captions/WebVTT.h"
+#include "platform/foundation/NSLog.h"
+
+namespace qz {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class WebVTTTest : public testing::Test {
+protected:
+    WebVTTTest() {
+        // A palette greets on standard error when it is made.
+        setStandardErrorHook([](std::string_view) {});
+        palette_ = QzAnnoPalette::init();
+        palette_->setUndoManager(NSUndoManager::init());
+        for (const char* name : {"One", "Two", "Lower Third", "a_b", "a b", "b", "v", "Mary"}) {
+            palette_->createAnno(NSString::stringWithUTF8String(name));
+        }
+    }
+    ~WebVTTTest() override { setStandardErrorHook({}); }
+
+    std::optional<CaptionFile> read(std::string_view file) {
+        return readWebVTT(*NSData::dataWithBytes(file), *palette_, &error_);
+    }
+
+    // The one cue of a file with this payload.
+    CaptionCue cueOf(const std::string& payload) {
+        std::optional<CaptionFile> file = read("WEBVTT\n\n00:01.000 --> 00:02.000\n" + payload);
+        if (!file || file->cues.size() != 1) {
+            ADD_FAILURE() << payload;
+            return {};
+        }
+        problems_ = std::move(file->problems);
+        return file->cues.front();
+    }
+
+    // "One,Two|a" for two characters: the names of the annotations at each character.
+    std::string namesAt(const CaptionCue& cue) {
+        std::string text;
+        for (uint32_t i = 0; i < cue.text->length(); ++i) {
+            if (i > 0) text += '|';
+            std::string names;
+            for (const auto& key : cue.text->annotationsAtIndex(i)->objects<QzAnnoKey>()) {
+                names += (names.empty() ? "" : ",") + key->name()->utf8();
+            }
+            text += names;
+        }
+        return text;
+    }
+
+    static std::vector<std::string> linesOf(const std::vector<CaptionProblem>& problems) {
+        std::vector<std::string> lines;
+        for (const CaptionProblem& problem : problems) {
+            lines.push_back(std::to_string(problem.line) + ": " + problem.message);
+        }
+        return lines;
+    }
+
+    Ref<QzAnnoPalette> palette_;
+    std::vector<CaptionProblem> problems_;
+    CaptionProblem error_;
+};
+
+TEST_F(WebVTTTest, TagsBecomeAnnotations) {
+    const struct {
+        const char* payload;
+        const char* names;
+        const char* reason;
+    } cases[] = {
+        {"<c.One>a<c.Two>b</c></c>c", "One|One,Two|", "nested classes overlap"},
+        {"<c.Lower_Third>a</c>", "Lower Third", "a line stands for a blank"},
+        {"<c.a_b>a</c>", "a_b", "but the exact name goes first"},
+        {"<c.one>a</c>", "", "names are matched exactly"},
+        {"<b.One>a</b><i>b</i>", "One,b|", "i is not in the palette"},
+        {"<v Mary>a<v Tom>b", "Mary|Mary,v", "a speaker's own annotation, or that of voices"},
+        {"<c.GLOBALS>a</c>", "", "the global annotation holds anyway"},
+        {"<b></b>a", "", "a span over nothing"},
+    };
+    for (const auto& [payload, names, reason] : cases) EXPECT_EQ(namesAt(cueOf(payload)), names) << reason;
+
+    // A key without characters would count as one of the string's.
+    EXPECT_EQ(cueOf("<b></b>a").text->annotations()->count(), 0u);
+    EXPECT_EQ(cueOf("<c.GLOBALS>a</c>").text->annotations()->count(), 0u);
+    EXPECT_TRUE(problems_.empty());
+    // The palette's own key, not one of its name.
+    EXPECT_TRUE(cueOf("<c.One>a").text->annotations()->map().contains(*palette_->findAnnoKey("One"_ns)));
+}
+
+TEST_F(WebVTTTest, EachMissingNameIsReportedOnceWhereItFirstStands) {
+    const auto file = read(
+        "WEBVTT\n\n00:01.000 --> 00:02.000\na\n<c.Three>b</c> <i>i</i>\n\n"
+        "00:02.000 --> 00:03.000\n<c.Three.Four>c <i>d <u>e\n");
+    ASSERT_TRUE(file);
+    EXPECT_THAT(linesOf(file->problems),
+                ElementsAre("5: the class \"Three\" is ignored; the palette has no annotation of that name",
+                            "5: <i> adds nothing; the palette has no annotation \"i\"",
+                            "8: the class \"Four\" is ignored; the palette has no annotation of that name",
+                            "8: <u> adds nothing; the palette has no annotation \"u\""));
+    EXPECT_EQ(file->problems[0].kind, CaptionProblem::unknownClass);
+    EXPECT_EQ(file->problems[1].kind, CaptionProblem::unknownName);
+
+    palette_->removeAnno(palette_->findAnnoKey("v"_ns));
+    cueOf("<v Mary>a</v><v Tom>b</v><v>c");
+    EXPECT_THAT(linesOf(problems_),
+                ElementsAre(HasSubstr("the voice \"Tom\" adds nothing"), HasSubstr("has no annotation \"v\"")));
+}
+
+TEST_F(WebVTTTest, ReadsBlocks) {
+    const auto file = read(
+        "\xEF\xBB\xBFWEBVTT - a title\r\n"
+        "Kind: captions\r\n"
+        "\r\n"
+        "NOTE a comment\r\n"
+        "of two lines\r\n"
+        "\r\n"
+        "STYLE\r\n"
+        "::cue(b) { color: red }\r\n"
+        "\r\n"
+        "REGION\r\n"
+        "id:fred\r\n"
+        "\r\n"
+        "intro\r\n"
+        "00:00:01.500 --> 100:00:02.000 align:start  line:0\r\n"
+        "first\r\n"
+        "second\r\n"
+        "\r\n"
+        "\r\n"
+        "00:03.000-->\t00:04.250\n"
+        "\n"
+        "59:59.999 --> 59:59.999\n"
+        "x\n"
+        "00:05.000 --> 00:06.000\n"
+        "an arrow begins the next cue");
+    ASSERT_TRUE(file);
+    EXPECT_THAT(linesOf(file->problems), ElementsAre());
+    ASSERT_EQ(file->cues.size(), 4u);
+    const CaptionCue& intro = file->cues[0];
+    EXPECT_EQ(intro.identifier, "intro");
+    EXPECT_EQ(intro.start, 1.5);
+    EXPECT_EQ(intro.end, 360002.0);
+    EXPECT_EQ(intro.settings, "align:start  line:0");
+    EXPECT_EQ(intro.line, 14u);
+    EXPECT_EQ(intro.text->string()->utf8(), "first\nsecond");
+    EXPECT_EQ(file->cues[1].end, 4.25);
+    EXPECT_EQ(file->cues[1].identifier, "");
+    EXPECT_EQ(file->cues[1].text->length(), 0u);
+    EXPECT_EQ(file->cues[2].text->string()->utf8(), "x");
+    EXPECT_EQ(file->cues[3].line, 23u);
+    EXPECT_EQ(file->cues[3].text->string()->utf8(), "an arrow begins the next cue");
+}
+
+TEST_F(WebVTTTest, BeginsWithItsName) {
+    for (const char* file : {"WEBVTT", "WEBVTT\n", "WEBVTT x", "WEBVTT\t", "\xEF\xBB\xBFWEBVTT\n\n", "WEBVTT\r\r"}) {
+        const auto found = read(file);
+        ASSERT_TRUE(found) << file;
+        EXPECT_TRUE(found->cues.empty() && found->problems.empty()) << file;
+    }
+    EXPECT_EQ(read("WEBVTT\n00:01.000 --> 00:02.000\na")->cues.size(), 1u) << "no blank line below";
+    for (const char* file : {"", "\nWEBVTT", "WEBVTTx", "webvtt", "1\n00:00:01,000 --> 00:00:02,000\na"}) {
+        EXPECT_FALSE(read(file)) << file;
+        EXPECT_THAT(error_.message, HasSubstr("does not begin with \"WEBVTT\"")) << file;
+    }
+    EXPECT_FALSE(read("WEBVTT\n\n\xFC"));
+    EXPECT_THAT(error_.message, HasSubstr("byte 8"));
+    EXPECT_EQ(error_.line, 3u);
+}
+
+TEST_F(WebVTTTest, BrokenTimeLinesLoseTheirCueOnly) {
+    const struct {
+        const char* line;
+        const char* reason;
+    } cases[] = {
+        {"00:00:01.000 -> 00:00:02.000", "no line with \"-->\""},
+        {"00:00:01,000 --> 00:00:02,000", "times are written 00:01:02.500"},
+        {"00:01 --> 00:02", "times are written"},
+        {"1:02.000 --> 00:03.000", "times are written"},
+        {"00:01.00 --> 00:02.000", "times are written"},
+        {"00:01.0000 --> 00:02.000", "times are written"},
+        {"--> 00:02.000", "times are written"},
+        {"00:01.000 -->", "times are written"},
+        {"00:01.000 x --> 00:02.000", "between two times"},
+        {"00:61.000 --> 01:02.000", "go up to 59"},
+        {"60:00.000 --> 61:00.000", "go up to 59"},
+        {"00:60:00.000 --> 01:02:00.000", "go up to 59"},
+        {"00:02.000 --> 00:01.999", "the end is before the start"},
+        {"9999999999:00:00.000 --> 9999999999:00:01.000", "times are written"},
+    };
+    for (const auto& [line, reason] : cases) {
+        for (const std::string identifier : {"", "name\n"}) {
+            const auto file =
+                read("WEBVTT\n\n" + identifier + line + "\n<c.Nowhere>lost\nlost\n\n00:03.000 --> 00:04.000\nkept");
+            ASSERT_TRUE(file) << line;
+            ASSERT_EQ(file->problems.size(), 1u) << line;
+            EXPECT_EQ(file->problems[0].kind, CaptionProblem::malformed) << line;
+            EXPECT_EQ(file->problems[0].line, identifier.empty() ? 3u : 4u) << line;
+            EXPECT_THAT(file->problems[0].message, HasSubstr(reason)) << line;
+            ASSERT_EQ(file->cues.size(), 1u) << line;
+            EXPECT_EQ(file->cues[0].text->string()->utf8(), "kept");
+        }
+    }
+    const auto file = read("WEBVTT\n\n00:03.000 --> 00:04.000\na\n\nbehind a blank line\n");
+    EXPECT_THAT(linesOf(file->problems), ElementsAre(HasSubstr("6: \"behind a blank line\" belongs to no cue")));
+}
+
+TEST_F(WebVTTTest, EveryTruncationIsReadOrRefused) {
+    const std::string whole =
+        "WEBVTT\nKind: x\n\nNOTE é\n\nid\n00:00:01.000 --> 00:00:02.000 line:0\n<v Mary><c.One.Two>é&amp;😀</c>\n"
+        "<ruby>a<rt>b</rt></ruby><00:01.500>\n\n00:02.000 --> 00:03.000\nlast";
+    size_t read_ = 0;
+    for (size_t length = 0; length <= whole.size(); ++length) {
+        const auto file = read(whole.substr(0, length));
+        if (!file) continue;
+        ++read_;
+        EXPECT_LE(file->cues.size(), 2u);
+        for (const CaptionCue& cue : file->cues) ASSERT_TRUE(cue.text);
+    }
+    // Refused: shorter than the first word, and cut inside the characters of two and four bytes.
+    EXPECT_EQ(read_, whole.size() + 1 - 6 - 1 - 1 - 3);
+}
+
+TEST_F(WebVTTTest, TimeGrowsWithTheFileAlone) {
+    const auto repeated = [](const std::string& piece, size_t bytes) {
+        std::string text;
+        while (text.size() < bytes) text += piece;
+        return text;
+    };
+    const std::string head = "WEBVTT\n\n00:01.000 --> 00:02.000\n";
+    const struct {
+        const char* piece;
+        const char* reason;
+    } cases[] = {
+        {"<b>x", "tags that nothing closes"},
+        {"<b>x</b>", "many short spans"},
+        {"<c.One.One.One.One>x</c>", "many classes"},
+        {"<", "brackets without end"},
+        {"&", "references without end"},
+        {"line\n", "many lines"},
+        {"\n\n", "many blank lines"},
+        {"-->\n", "many arrows"},
+        {"<ruby><rt>", "deep nesting"},
+    };
+    for (const auto& [piece, reason] : cases) {
+        const std::string file = head + repeated(piece, 1'000'000);
+        const auto begin = std::chrono::steady_clock::now();
+        ASSERT_TRUE(read(file)) << reason;
+        const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
+        // Far above what it takes, far below what a square of the size would.
+        EXPECT_LT(seconds.count(), 5) << reason;
+    }
+}
+
+}  // namespace
+}  // namespace qz

@@ -1,0 +1,154 @@
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+#include <gtest/gtest.h>
+
+#include "platform/graphics/Compositing.h"
+
+namespace qz {
+namespace {
+
+// Odd rows: 100 pixels of four bytes and two bytes of padding, so pixels lie on no word boundary.
+constexpr int32_t kWidth = 100, kHeight = 5, kRowBytes = 402;
+constexpr uint8_t kPadding = 0xA5;
+
+struct OddRows {
+    std::vector<uint8_t> bytes = std::vector<uint8_t>(kRowBytes * kHeight, kPadding);
+    Ref<NSBitmapImageRep> bitmap = NSBitmapImageRep::initWithBitmapDataPlanes(
+        bytes.data(), {.pixelsWide = kWidth, .pixelsHigh = kHeight, .bytesPerRow = kRowBytes});
+
+    OddRows() {
+        for (int32_t y = 0; y < kHeight; ++y) std::fill_n(bitmap->row(y), 4 * kWidth, uint8_t{0});
+    }
+    bool isPaddingWhole() const {
+        for (int32_t y = 0; y < kHeight; ++y) {
+            if (bitmap->row(y)[400] != kPadding || bitmap->row(y)[401] != kPadding) return false;
+        }
+        return true;
+    }
+};
+
+CoverageMask maskOf(PixelRect box, uint8_t coverage) {
+    CoverageMask mask{.box = box, .stride = (box.width + 3) / 4 * 4, .bytes = {}};
+    mask.bytes.assign(size_t(mask.stride) * size_t(box.height), coverage);
+    return mask;
+}
+
+Ref<NSBitmapImageRep> bitmapOf(int32_t width, int32_t height = 1) {
+    return NSBitmapImageRep::initWithBitmapDataPlanes(nullptr, {.pixelsWide = width, .pixelsHigh = height});
+}
+
+// Every alpha with every coverage: the exact result, rounded once, and colour that stays within alpha.
+TEST(Compositing, BlendedMaskIsTheNearestIntegerForAllAlphasAndCoverages) {
+    CoverageMask ramp = maskOf({0, 0, 256, 1}, 0);
+    std::iota(ramp.bytes.begin(), ramp.bytes.end(), uint8_t{0});
+    const auto target = bitmapOf(256);
+    double worst = 0;
+    for (const int old : {0, 1, 77, 128, 200, 254, 255}) {
+        for (int alpha = 0; alpha < 256; ++alpha) {
+            const uint8_t oldPixel[] = {0, uint8_t(old / 2), uint8_t(old), uint8_t(old)};
+            for (int x = 0; x < 256; ++x) std::copy_n(oldPixel, 4, target->row(0) + 4 * x);
+            blendMask(ramp, {255, 100, 3, uint8_t(alpha)}, *target);
+            for (int x = 0; x < 256; ++x) {
+                const double weight = alpha / 255.0 * x / 255.0;
+                const double colors[] = {255, 100, 3, 255};
+                for (int i = 0; i < 4; ++i) {
+                    const double exact = colors[i] * weight + oldPixel[i] * (1 - weight);
+                    worst = std::max(worst, std::fabs(exact - target->row(0)[4 * x + i]));
+                }
+                const uint8_t* const pixel = target->row(0) + 4 * x;
+                ASSERT_LE(std::max({pixel[0], pixel[1], pixel[2]}), pixel[3]) << "alpha " << alpha << " coverage " << x;
+            }
+        }
+    }
+    EXPECT_LE(worst, 0.5 + 1e-9);
+}
+
+TEST(Compositing, BlendedBitmapIsTheNearestIntegerForAllPremultipliedSources) {
+    const auto source = bitmapOf(256), target = bitmapOf(256);
+    double worst = 0;
+    for (const int old : {0, 1, 127, 254, 255}) {
+        for (int alpha = 0; alpha < 256; ++alpha) {
+            for (int x = 0; x < 256; ++x) {
+                const int color = std::min(x, alpha);
+                for (int i = 0; i < 3; ++i) source->row(0)[4 * x + i] = uint8_t(color);
+                source->row(0)[4 * x + 3] = uint8_t(alpha);
+                std::fill_n(target->row(0) + 4 * x, 4, uint8_t(old));
+            }
+            blendBitmap(*source, 0, 0, *target);
+            for (int i = 0; i < 4 * 256; ++i) {
+                const double exact = source->row(0)[i] + old * (1 - alpha / 255.0);
+                worst = std::max(worst, std::fabs(exact - target->row(0)[i]));
+            }
+        }
+    }
+    EXPECT_LE(worst, 0.5 + 1e-9);
+
+    const uint8_t impossible[] = {255, 255, 255, 0};  // as a filter may leave it: must saturate, not wrap
+    std::copy_n(impossible, 4, source->row(0));
+    std::fill_n(target->row(0), 4, uint8_t{200});
+    blendBitmap(*source, 0, 0, *target);
+    EXPECT_EQ(target->row(0)[0], 255);
+}
+
+TEST(Compositing, WhatHangsOverAnyEdgeIsCutAndPaddingIsNeverWritten) {
+    const struct {
+        PixelRect box;
+        int pixels;
+        const char* reason;
+    } cases[] = {
+        {{-3, -2, 10, 4}, 7 * 2, "over the top left corner"},
+        {{95, 3, 20, 9}, 5 * 2, "over the bottom right corner, where padding lies"},
+        {{-50, -50, 300, 300}, 500, "larger than the target"},
+        {{100, 0, 5, 5}, 0, "just right of it"},
+        {{0, -5, 5, 5}, 0, "just above it"},
+        {{INT32_MAX - 2, INT32_MAX - 2, 5, 5}, 0, "edges beyond 32 bits"},
+        {{INT32_MIN, INT32_MIN, 5, 5}, 0, "far to the left"},
+    };
+    for (const auto& c : cases) {
+        OddRows masked, placed, copied;
+        blendMask(maskOf(c.box, 255), {255, 255, 255, 255}, *masked.bitmap);
+        EXPECT_EQ(std::ranges::count(masked.bytes, 255), 4 * c.pixels) << c.reason;
+        // Coverage that tells its place, so that a wrong corner of the mask or of the bitmap shows.
+        CoverageMask mask = maskOf(c.box, 0);
+        const auto source = bitmapOf(c.box.width, c.box.height);
+        for (int32_t y = 0; y < c.box.height; ++y) {
+            for (int32_t x = 0; x < c.box.width; ++x) {
+                const auto value = uint8_t((x * 7 + y * 31) % 256);
+                mask.bytes[size_t(y * mask.stride + x)] = value;
+                std::fill_n(source->row(y) + 4 * x, 4, value);
+            }
+        }
+        blendMask(mask, {255, 255, 255, 255}, *placed.bitmap);
+        blendBitmap(*source, c.box.x, c.box.y, *copied.bitmap);
+        EXPECT_EQ(placed.bytes, copied.bytes) << c.reason;
+        EXPECT_TRUE(masked.isPaddingWhole()) << c.reason;
+    }
+}
+
+// Runs of empty and full coverage go eight pixels at a time; masks one pixel wide never do, and must draw the same.
+TEST(Compositing, RunsDrawAsSinglePixelsDo) {
+    constexpr int kLength = 33;
+    for (const StraightColor color : {StraightColor{200, 100, 3, 255}, StraightColor{255, 100, 3, 254}}) {
+        for (const uint8_t run : {uint8_t{0}, uint8_t{255}}) {
+            for (int start = 0; start < 20; ++start) {
+                for (int end = start; end <= kLength; ++end) {
+                    CoverageMask mask = maskOf({0, 0, kLength, 1}, 9);
+                    std::fill(mask.bytes.begin() + start, mask.bytes.begin() + end, run);
+                    const auto target = bitmapOf(kLength), expected = bitmapOf(kLength);
+                    std::fill_n(target->row(0), 4 * kLength, uint8_t{1});
+                    std::fill_n(expected->row(0), 4 * kLength, uint8_t{1});
+                    blendMask(mask, color, *target);
+                    for (int x = 0; x < kLength; ++x)
+                        blendMask(maskOf({x, 0, 1, 1}, mask.bytes[size_t(x)]), color, *expected);
+                    ASSERT_TRUE(std::equal(target->row(0), target->row(0) + 4 * kLength, expected->row(0)))
+                        << int{run} << " from " << start << " to " << end;
+                }
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace qz

@@ -1,0 +1,218 @@
+#include <cmath>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "platform/graphics/NSGraphicsContext.h"
+#include "tests/graphics/Canvas.h"
+
+namespace qz {
+namespace {
+
+double overlap(double begin, double end, int pixel) {
+    return std::max(0.0, std::min<double>(end, pixel + 1) - std::max<double>(begin, pixel));
+}
+
+TEST(NSGraphicsContext, FilledRectanglesCoverEachPixelByItsShare) {
+    for (const NSRect rect : {NSRect{{3, 4}, {10, 20}},
+                              {{3.25f, 4.5f}, {10, 20}},
+                              {{3.1f, 4.9f}, {0.3f, 30}},
+                              {{-5.5f, 60.25f}, {100, 100}},
+                              {{7.3f, 7.7f}, {0.25f, 0.25f}}}) {
+        Canvas canvas;
+        canvas.context->fill(NSBezierPath::bezierPathWithRect(rect));
+        for (int y = 0; y < Canvas::kSide; ++y) {
+            for (int x = 0; x < Canvas::kSide; ++x) {
+                const double share = overlap(rect.origin.x, rect.maxX(), x) * overlap(rect.origin.y, rect.maxY(), y);
+                ASSERT_NEAR(canvas.alphaAt(x, y), 255 * share, 1.5) << x << ", " << y << " of " << rect.origin.x;
+            }
+        }
+    }
+}
+
+TEST(NSGraphicsContext, FillsByTheNonZeroRule) {
+    Canvas canvas;
+    NSBezierPath path = NSBezierPath::bezierPathWithRect({{0, 0}, {20, 20}});
+    path.appendBezierPathWithRect({{5, 5}, {5, 5}});
+    canvas.context->fill(path);
+    EXPECT_EQ(canvas.area(), 400) << "same direction: no hole";
+    Canvas holed;
+    NSBezierPath ring = NSBezierPath::bezierPathWithRect({{0, 0}, {20, 20}});
+    ring.appendBezierPath(polyline({{5, 5}, {5, 10}, {10, 10}, {10, 5}}));
+    holed.context->fill(ring);
+    EXPECT_EQ(holed.area(), 375) << "against it: a hole; an open subpath is filled as if closed";
+}
+
+// A bend at (30, 30), 10 wide, coming from the left and going down by `degrees` of turn.
+NSBezierPath bend(double degrees, NSLineJoinStyle join, float miterLimit) {
+    const double turn = degrees * M_PI / 180;
+    NSBezierPath path = polyline({{10, 30}, {30, 30}, {30 + 40 * std::cos(turn), 30 + 40 * std::sin(turn)}});
+    path.setLineWidth(10);
+    path.setLineJoinStyle(join);
+    path.setMiterLimit(miterLimit);
+    return path;
+}
+
+TEST(NSGraphicsContext, JoinsShowAtTheCorner) {
+    const struct {
+        NSLineJoinStyle join;
+        float miterLimit;
+        // Coverage of the pixels at (34, 25), the far corner, and (32, 26), half way out to it.
+        int corner, halfWay;
+        const char* reason;
+    } cases[] = {
+        {NSLineJoinStyle::miter, 10, 255, 255, "a square corner"},
+        {NSLineJoinStyle::miter, 1.42f, 255, 255, "the miter is 1.414 line widths long"},
+        {NSLineJoinStyle::miter, 1.41f, 0, 128, "just beyond the limit: bevelled"},
+        {NSLineJoinStyle::bevel, 10, 0, 128, "the bevel passes through the pixel's diagonal"},
+        {NSLineJoinStyle::round, 10, 0, 255, "the circle of radius 5 holds the pixel and misses the corner"},
+    };
+    for (const auto& c : cases) {
+        Canvas canvas;
+        canvas.context->stroke(bend(90, c.join, c.miterLimit));
+        EXPECT_NEAR(canvas.alphaAt(34, 25), c.corner, 9) << c.reason;
+        EXPECT_NEAR(canvas.alphaAt(32, 27), c.halfWay, 9) << c.reason;
+        EXPECT_EQ(canvas.alphaAt(29, 24), 0) << c.reason;
+        EXPECT_EQ(canvas.alphaAt(29, 25), 255) << c.reason;
+    }
+    // A turn of 150 degrees makes a miter of 1 / cos(75) = 3.86 widths, whose tip lies 19.3 from the corner.
+    Canvas sharp, cut;
+    sharp.context->stroke(bend(150, NSLineJoinStyle::miter, 4));
+    cut.context->stroke(bend(150, NSLineJoinStyle::miter, 3.8f));
+    const int tipX = static_cast<int>(30 + 17 * std::cos(-15 * M_PI / 180)),
+              tipY = static_cast<int>(30 + 17 * std::sin(-15 * M_PI / 180));
+    EXPECT_GT(sharp.alphaAt(tipX, tipY), 100);
+    EXPECT_EQ(cut.alphaAt(tipX, tipY), 0);
+}
+
+TEST(NSGraphicsContext, CapsShowAtTheEnds) {
+    const struct {
+        NSLineCapStyle cap;
+        double area;
+        int beyondEnd, atCorner;
+    } cases[] = {{NSLineCapStyle::butt, 200, 0, 0},
+                 {NSLineCapStyle::square, 300, 255, 255},
+                 {NSLineCapStyle::round, 200 + 25 * M_PI, 255, 0}};
+    for (const auto& c : cases) {
+        Canvas canvas;
+        NSBezierPath line = polyline({{20, 30}, {40, 30}});
+        line.setLineWidth(10);
+        line.setLineCapStyle(c.cap);
+        canvas.context->stroke(line);
+        EXPECT_NEAR(canvas.area(), c.area, 1.5);
+        EXPECT_EQ(canvas.alphaAt(43, 30), c.beyondEnd);
+        EXPECT_EQ(canvas.alphaAt(44, 25), c.atCorner);
+        EXPECT_EQ(canvas.alphaAt(30, 25), 255) << "five above the line";
+        EXPECT_EQ(canvas.alphaAt(30, 24), 0);
+    }
+}
+
+TEST(NSGraphicsContext, TransformsActOnThePenAndTheThinnestLineIsOnePixel) {
+    NSAffineTransform wide;
+    wide.scaleXBy(6, 2);
+    Canvas canvas;
+    canvas.context->concatTransform(wide);
+    canvas.context->stroke(polyline({{5, 0}, {5, 10}}));
+    canvas.context->stroke(polyline({{0, 20}, {4, 20}}));
+    EXPECT_NEAR(canvas.area(), 6 * 20 + 24 * 2, 0.1) << "6 wide when upright, 2 when level";
+
+    Canvas thin;
+    thin.context->concatTransform(wide);
+    NSBezierPath line = polyline({{5.0 + 0.5 / 6, 0}, {5.0 + 0.5 / 6, 10}});
+    line.setLineWidth(0);
+    thin.context->stroke(line);
+    EXPECT_EQ(thin.area(), 20);
+    EXPECT_EQ(thin.alphaAt(30, 10), 255);
+}
+
+TEST(NSGraphicsContext, UnflippedIsTheMirrorImage) {
+    NSBezierPath path = polyline({{3, 4}, {50, 9}, {20, 40.5}});
+    path.curveToPoint({10, 60}, {60, 50}, {5, 45});
+    Canvas down, up(Canvas::kSide, Canvas::kSide, false);
+    for (const Canvas* canvas : {&down, &up}) {
+        canvas->context->fill(path);
+        canvas->context->stroke(path);
+    }
+    for (int y = 0; y < Canvas::kSide; ++y) {
+        for (int x = 0; x < Canvas::kSide; ++x) {
+            // Rows are sampled from the top, so mirrored edges may differ by the sampling.
+            ASSERT_NEAR(down.alphaAt(x, y), up.alphaAt(x, Canvas::kSide - 1 - y), 20) << x << ", " << y;
+        }
+    }
+    EXPECT_NEAR(down.area(), up.area(), 1);
+}
+
+TEST(NSGraphicsContext, SavesColourTransformAndAntialiasing) {
+    Canvas canvas(8, 8);
+    NSGraphicsContext& context = *canvas.context;
+    context.saveGraphicsState();
+    context.setColor(NSColor::clearColor());
+    context.setShouldAntialias(false);
+    NSAffineTransform away;
+    away.translateXBy(1000, 0);
+    context.concatTransform(away);
+    context.saveGraphicsState();
+    context.setColor(NSColor::whiteColor());
+    context.restoreGraphicsState();
+    EXPECT_EQ(context.color()->alphaComponent(), 0);
+    context.restoreGraphicsState();
+    context.restoreGraphicsState();
+    EXPECT_TRUE(context.shouldAntialias());
+    context.fill(NSBezierPath::bezierPathWithRect({{2, 2}, {1, 0.5f}}));
+    EXPECT_NEAR(canvas.alphaAt(2, 2), 128, 1);
+    context.setColor({});
+    context.fill(NSBezierPath::bezierPathWithRect({{0, 0}, {8, 8}}));
+    EXPECT_NEAR(canvas.area(), 0.5, 0.01) << "no colour draws nothing";
+}
+
+TEST(NSGraphicsContext, WithoutAntialiasingPixelsAreWholeOrUntouched) {
+    Canvas canvas;
+    canvas.context->setShouldAntialias(false);
+    NSBezierPath path = polyline({{3, 4}, {50.3, 9}, {20, 40.5}});
+    path.curveToPoint({10, 60}, {60, 50}, {5, 45});
+    path.setLineWidth(3.3f);
+    canvas.context->fill(path);
+    canvas.context->stroke(path);
+    const auto bytes = canvas.bytes();
+    for (size_t i = 3; i < bytes.size(); i += 4) ASSERT_TRUE(bytes[i] == 0 || bytes[i] == 255);
+    EXPECT_GT(canvas.area(), 500);
+}
+
+// Masks are made in bands of rows and columns; no seam may show and none may be skipped.
+TEST(NSGraphicsContext, LargeShapesAreDrawnInBandsWithoutSeams) {
+    for (const auto& [width, height] : {std::pair{3000, 3000}, {40000, 3}, {3, 40000}}) {
+        Canvas canvas(width, height);
+        NSBezierPath diamond;
+        const double w = width, h = height;
+        for (const auto point : {NSBezierPath::Point{w / 2, 0}, {w, h / 2}, {w / 2, h}, {0, h / 2}})
+            diamond.lineToPoint(point);
+        canvas.context->fill(diamond);
+        EXPECT_NEAR(canvas.area(), w * h / 2, (w + h) / 50) << width << " x " << height;
+        canvas.context->fill(NSBezierPath::bezierPathWithRect({{0, 0}, {float(width), float(height)}}));
+        EXPECT_EQ(canvas.area(), w * h);
+    }
+}
+
+TEST(NSGraphicsContext, ThreadsDrawOnContextsOfTheirOwn) {
+    const auto draw = [](int seed) {
+        Canvas canvas;
+        NSGraphicsContext::setCurrentContext(canvas.context);
+        for (int i = 0; i < 300; ++i) {
+            NSColor::colorWithCalibratedWhite(float(i % 7) / 7, 0.3f)->set();
+            NSBezierPath path = polyline({{double(i * seed % 64), 3}, {60, double(i % 60)}, {double(i % 50), 50}});
+            path.setLineJoinStyle(NSLineJoinStyle::round);
+            path.stroke();
+            path.fill();
+        }
+        return canvas.bytes();
+    };
+    std::vector<uint8_t> results[4];
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) threads.emplace_back([&, i] { results[i] = draw(i + 1); });
+    for (auto& thread : threads) thread.join();
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(results[i], draw(i + 1)) << i;
+    NSGraphicsContext::setCurrentContext({});
+}
+
+}  // namespace
+}  // namespace qz

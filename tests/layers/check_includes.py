@@ -1,0 +1,78 @@
+#!/usr/bin/env python3
+"""Keeps the arrows of the house pointing downward: reads the include lines of every source file.
+
+Usage: check_includes.py ROOT. Prints each line that points the wrong way and exits with 1 when there is one.
+"""
+
+import pathlib
+import re
+import sys
+
+LIBRARY = "QzAnno_AnnotatedTextFramework"
+PLATFORM = ["platform/foundation", "platform/graphics", "platform/text"]
+
+# What a folder may include besides itself.
+ALLOWED = {
+    "platform/foundation": [],
+    "platform/graphics": PLATFORM[:1],
+    "platform/text": PLATFORM[:2],
+    "platform/ui": PLATFORM,
+    f"{LIBRARY}/model": PLATFORM,
+    f"{LIBRARY}/palette": PLATFORM + [f"{LIBRARY}/model"],
+    f"{LIBRARY}/format": PLATFORM + [f"{LIBRARY}/{f}" for f in ("model", "palette")],
+    f"{LIBRARY}/render": PLATFORM + [f"{LIBRARY}/{f}" for f in ("model", "palette", "format")],
+    f"{LIBRARY}/archive": PLATFORM + [f"{LIBRARY}/{f}" for f in ("model", "palette", "format")],
+    f"{LIBRARY}/ui": PLATFORM + ["platform/ui", LIBRARY],
+    "captions": PLATFORM + [LIBRARY],
+    "apps/qzanno": PLATFORM + [LIBRARY, "captions"],
+    "apps/qzanno-composer": PLATFORM + ["platform/ui", LIBRARY, "captions"],
+}
+
+DEPENDENCY = re.compile(r"<(hb|cairo|unicode/|ft2build|freetype|fontconfig/|png\.h|expat|CLI/|nlohmann/)")
+QT = re.compile(r"<Q[A-Z]\w*>")
+QT_FOLDERS = ("platform/ui", f"{LIBRARY}/ui", "apps/qzanno-composer")
+INCLUDE = re.compile(r'^\s*#\s*include\s*([<"][^>"]+[>"])')
+
+
+def folder_of(path):
+    return next((folder for folder in ALLOWED if path.startswith(folder + "/")), None)
+
+
+def faults_of(root, file):
+    name = file.relative_to(root).as_posix()
+    folder = folder_of(name)
+    for number, line in enumerate(file.read_text(encoding="utf-8").splitlines(), 1):
+        match = INCLUDE.match(line)
+        if not match:
+            continue
+        target = match.group(1)
+        place = f"{name}:{number}"
+        if QT.match(target) and folder not in QT_FOLDERS:
+            yield f"{place}: {target}: Qt belongs to {', '.join(QT_FOLDERS)}"
+        if DEPENDENCY.match(target) and name.endswith(".h") and not is_private(root, file):
+            yield f"{place}: {target}: an installed header must not show a dependency"
+        if target.startswith('"'):
+            path = target.strip('"')
+            if not (root / path).is_file():
+                yield f"{place}: {target}: write the path from the root of the repository"
+            elif not any(path.startswith(a + "/") for a in ALLOWED[folder] + [folder]):
+                yield f"{place}: {target}: {folder} may not include that"
+
+
+def is_private(root, header):
+    """A header that its folder's CMakeLists does not list is not installed."""
+    return header.name not in (header.parent / "CMakeLists.txt").read_text(encoding="utf-8")
+
+
+def main():
+    root = pathlib.Path(sys.argv[1]).resolve()
+    files = [f for folder in ALLOWED for f in sorted((root / folder).rglob("*")) if f.suffix in (".h", ".cpp")]
+    if not files:
+        sys.exit(f"{root} holds no sources")
+    faults = [fault for file in files for fault in faults_of(root, file)]
+    print("\n".join(faults) or f"{len(files)} files, every arrow points downward")
+    sys.exit(1 if faults else 0)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,83 @@
+#include <gmock/gmock.h>
+
+#include "QzAnno_AnnotatedTextFramework/model/QzAnno.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "platform/foundation/NSNumber.h"
+
+namespace qz {
+namespace {
+
+TEST(QzAnnoKey, IsItsOwnIdentityWhateverTheName) {
+    const auto a = QzAnnoKey::keyWithName("Title"_ns), b = QzAnnoKey::keyWithName("Title"_ns);
+    EXPECT_FALSE(a->isEqual(*b));
+    EXPECT_TRUE(a->isEqual(*a));
+    EXPECT_EQ(a->description(), "Title (Palette 0)");
+    EXPECT_EQ(QzAnnoKey::keyWithName({})->description(), " (Palette 0)");
+}
+
+TEST(QzAnnoKey, IsBoundToOnePaletteAtATime) {
+    Ref<QzAnnoPalette> first = QzAnnoPalette::init();
+    const Ref<QzAnnoPalette> second = QzAnnoPalette::init();
+    const auto key = QzAnnoKey::keyWithName("Title"_ns);
+    EXPECT_TRUE(key->clearPalette({}));
+    EXPECT_FALSE(key->clearPalette(first));
+    EXPECT_TRUE(key->setPalette(first));
+    EXPECT_FALSE(key->setPalette(second));
+    EXPECT_FALSE(key->clearPalette(second));
+    EXPECT_EQ(key->palette(), first);
+    first.reset();
+    EXPECT_FALSE(key->valid());  // the back reference neither owns nor dangles
+    EXPECT_TRUE(key->setPalette(second));
+    EXPECT_TRUE(key->clearPalette(second));
+    EXPECT_FALSE(key->palette());
+}
+
+TEST(QzAnno, AttributesAreReplacedNeverChanged) {
+    const auto key = QzAnnoKey::keyWithName("Title"_ns);
+    EXPECT_FALSE(QzAnno::initWithKey({}));
+    const Ref<QzAnno> plain = QzAnno::initWithKey(key);
+    EXPECT_EQ(plain->attributeNames()->count(), 0u);
+
+    const Ref<QzMutableAnno> anno = plain->mutableCopy();
+    anno->setAttribute("Size"_ns, NSNumber::numberWithInt(12));
+    anno->setAttribute("Slant"_ns, NSNumber::numberWithInt(1));
+    EXPECT_EQ(anno->description(), "Annotation \"Title\" (Title (Palette 0))\tSize = 12\n\tSlant = 1\n");
+    const Ref<NSDictionary> before = anno->allAttributes();
+    anno->setAttribute("Size"_ns, {});
+    anno->setAttribute("Absent"_ns, {});
+    EXPECT_EQ(before->count(), 2u);
+    EXPECT_FALSE(anno->attribute(*"Size"_ns));
+    EXPECT_TRUE(anno->attributeNames()->isEqual(*NSSet::setWithObject("Slant"_ns)));
+    EXPECT_EQ(plain->allAttributes()->count(), 0u);
+}
+
+TEST(QzAnno, CopiesShareTheKeyAndARenameReachesAll) {
+    const Ref<QzAnno> anno = QzAnno::initWithKey(QzAnnoKey::keyWithName("Title"_ns));
+    const Ref<QzMutableAnno> edited = anno->mutableCopy();
+    const Ref<QzAnno> copy = edited->copy();
+    EXPECT_EQ(copy->className(), "QzAnno");
+    EXPECT_FALSE(std::dynamic_pointer_cast<QzMutableAnno>(copy));
+
+    const Ref<QzMutableAnno> other = QzAnno::initWithKey(QzAnnoKey::keyWithName("Caption"_ns))->mutableCopy();
+    other->setAttribute("Size"_ns, NSNumber::numberWithInt(12));
+    edited->copyFromAnno(*other);
+    EXPECT_EQ(anno->name()->utf8(), "Caption");
+    EXPECT_EQ(edited->allAttributes(), other->allAttributes());
+    EXPECT_NE(edited->annokey(), other->annokey());
+}
+
+TEST(QzAnno, KeyIsFixedOnceBound) {
+    const Ref<QzAnno> anno = QzAnno::initWithKey(QzAnnoKey::keyWithName("Decoded"_ns));
+    const auto key = QzAnnoKey::keyWithName("Filed"_ns);
+    anno->setKey({});
+    EXPECT_EQ(anno->name()->utf8(), "Decoded");
+    anno->setKey(key);
+    EXPECT_EQ(anno->annokey(), key);
+    const Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
+    ASSERT_TRUE(key->setPalette(palette));
+    anno->setKey(QzAnnoKey::keyWithName("Late"_ns));
+    EXPECT_EQ(anno->annokey(), key);
+}
+
+}  // namespace
+}  // namespace qz

@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# Installs the build into a folder of its own and builds a program of another project against it, by find_package and by pkg-config.
+# Usage: check_package.sh BUILD_FOLDER
+set -euo pipefail
+build=$(realpath "$1")
+host=$(realpath "$(dirname "$0")/host")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+cmake --install "$build" --prefix "$work/prefix" >/dev/null
+cmake -S "$host" -B "$work/host" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
+cmake --build "$work/host"
+"$work/host/host"
+
+libdir=$(dirname "$(find "$work/prefix" -name QzAnno.pc)")/..
+flags=$(PKG_CONFIG_PATH="$libdir/pkgconfig" pkg-config --define-variable=prefix="$work/prefix" --cflags --libs QzAnno)
+# shellcheck disable=SC2086
+g++ -std=c++20 "$host/host.cpp" -o "$work/by-pkg-config" $flags
+LD_LIBRARY_PATH="$libdir" "$work/by-pkg-config"

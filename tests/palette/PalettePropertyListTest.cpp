@@ -1,0 +1,253 @@
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
+#include "platform/foundation/Files.h"
+#include "platform/foundation/NSArray.h"
+#include "platform/foundation/NSDate.h"
+#include "platform/foundation/NSNumber.h"
+#include "platform/graphics/NSColor.h"
+#include "tests/support/LogCapture.h"
+
+namespace qz {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+// A second reader and writer of property lists: checks the palette of `richPalette` in the file "palette.plist" of its
+// folder, and writes it again in other forms, keys sorted and not.
+constexpr char kReferee[] = R"python(
+import plistlib, sys
+folder = sys.argv[1] + "/"
+data = open(folder + "palette.plist", "rb").read()
+p = plistlib.loads(data)
+rgb = {"Object Name": "NSColor RGBCalibrated", "Red": 0.1, "Green": 0.5, "Blue": 1.0, "Alpha": 1.0}
+assert list(p) == ["Palette", "Version"] and p["Version"] == 0 and type(p["Version"]) is int, p
+low, mid, high = p["Palette"]
+assert low == {"FontSize as NSNumber(float)": 12.1, "NSColor": rgb}, low
+assert mid == {
+    "__Annotation Name": "Größe <&> \U0001F3AC",
+    "Horizontal Alignment as NSNumber(int)": 2,
+    "BoundingMargins as NSArray of Numbers left,right,top,bottom": [1, 2.5, 3, 4],
+    "BoundingBox as NSRect": "{{0.1, 0.2}, {0.5, 0.25}}",
+    "QzTextBoundingBoxAppearance as QzBBoxInfo":
+        {"Object Name": "BBox with NSColor Named", "CatalogName": "System", "ColorName": "textColor", "bbtype": 2},
+    "data": b"\x00\xff", "other": {"Object Name": "unknown"}}, mid
+assert type(mid["Horizontal Alignment as NSNumber(int)"]) is int
+assert high == {"__Annotation Name": "Größe <&> \U0001F3AC"}, high
+def write(name, **options):
+    with open(folder + name, "wb") as f: plistlib.dump(p, f, **options)
+write("again.plist", sort_keys=False)
+write("sorted.plist", sort_keys=True)
+write("binary.plist", fmt=plistlib.FMT_BINARY)
+text = data.decode("utf-8").replace("UTF-8", "UTF-16")
+open(folder + "utf16.plist", "wb").write(text.encode("utf-16"))
+)python";
+
+Ref<NSNumber> number(double value) {
+    return NSNumber::numberWithDouble(value);
+}
+
+/// A palette whose values have each kind that is stored, and a name that needs escapes.
+Ref<QzAnnoPalette> richPalette() {
+    const Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
+    palette->setUndoManager(NSUndoManager::init());
+    const auto set = [&](const Ref<QzAnno>& anno, std::vector<std::pair<Ref<NSString>, Ref<NSObject>>> attributes) {
+        const auto edited = anno->mutableCopy();
+        for (const auto& [name, value] : attributes) edited->setAttribute(name, value);
+        palette->replaceAnno(edited);
+    };
+    set(palette->lookupAnno({}), {{QzFontSizeAttribute, NSNumber::numberWithFloat(12.1f)},
+                                  {QzTextColorAttribute, NSColor::colorWithCalibratedRed(0.1f, 0.5f, 1, 1)}});
+    ObjectMap other;
+    other.set("Object Name"_ns, "unknown"_ns);
+    const auto name = "Größe <&> 🎬"_ns;
+    const auto box = QzBBoxInfo::qzbbWithColor(NSColor::colorWithCatalogName("System"_ns, "textColor"_ns), 2);
+    set(palette->createAnno(name),
+        {{QzHorizontalAlignmentAttribute, NSNumber::numberWithInt(2)},
+         {QzBoundingMarginsAttribute,
+          NSArray::arrayWithObjects(
+              {NSNumber::numberWithInt(1), number(2.5), NSNumber::numberWithInt(3), NSNumber::numberWithInt(4)})},
+         {QzBoundingBoxAttribute, "{{0.1, 0.2}, {0.5, 0.25}}"_ns},
+         {QzTextBoundingBoxAppearanceAttribute, box},
+         {"data"_ns, NSData::dataWithBytes(std::vector<uint8_t>{0, 255})},
+         {"other"_ns, NSDictionary::dictionaryWithMap(other)}});
+    palette->createAnno(name);
+    return palette;
+}
+
+class PalettePropertyListTest : public testing::Test {
+protected:
+    /// The palette whose list is `content`, between the tags of a property list.
+    Ref<QzAnnoPalette> read(const std::string& content) {
+        capture_.clear();
+        error_.clear();
+        return QzAnnoPalette::paletteFromPListData(
+            *NSData::dataWithBytes("<plist version=\"1.0\">" + content + "</plist>"), &error_);
+    }
+
+    test::LogCapture capture_;
+    std::string error_;
+};
+
+TEST_F(PalettePropertyListTest, WhatIsWrittenReadsBackWholeAndLocked) {
+    const auto palette = richPalette();
+    const auto data = palette->pListData();
+    ASSERT_TRUE(data);
+    const auto again = QzAnnoPalette::paletteFromPListData(*data);
+    ASSERT_TRUE(again);
+    EXPECT_FALSE(again->editable());
+    EXPECT_EQ(again->maxPriority(), 2);
+    EXPECT_TRUE(again->annoKeyAtPriority(0)->isDefault());
+    const auto anno = again->lookupAnno(again->annoKeyAtPriority(1));
+    const auto box = anno->allAttributes()->objectForKey<QzBBoxInfo>(*QzTextBoundingBoxAppearanceAttribute);
+    ASSERT_TRUE(box);
+    EXPECT_EQ(box->type(), 2);
+    EXPECT_TRUE(again->lookupAnno({})->allAttributes()->objectForKey<NSColor>(*QzTextColorAttribute));
+    EXPECT_TRUE(anno->allAttributes()->objectForKey<NSDictionary>(*"other"_ns));
+    EXPECT_EQ(again->pListData()->view(), data->view());
+    EXPECT_THAT(capture_.lines(), IsEmpty());
+
+    const auto empty = QzAnnoPalette::paletteFromPListData(*QzAnnoPalette::init()->pListData());
+    EXPECT_EQ(empty->maxPriority(), 0);
+    EXPECT_EQ(empty->lookupAnno({})->attributeNames()->count(), 0u);
+}
+
+TEST_F(PalettePropertyListTest, AnotherReaderAgreesAndItsWritingIsRead) {
+    std::string folder = testing::TempDir() + "/palette-XXXXXX";
+    ASSERT_TRUE(mkdtemp(folder.data()));
+    const auto data = richPalette()->pListData();
+    ASSERT_TRUE(writeFileAtomically(folder + "/palette.plist", data->bytes(), &error_)) << error_;
+    std::ofstream(folder + "/referee.py") << kReferee;
+    ASSERT_EQ(std::system(("python3 '" + folder + "/referee.py' '" + folder + "'").c_str()), 0);
+
+    for (const char* name : {"again.plist", "sorted.plist", "utf16.plist"}) {
+        SCOPED_TRACE(name);
+        const auto file = readFile(folder + "/" + name, &error_);
+        ASSERT_TRUE(file) << error_;
+        const auto palette = QzAnnoPalette::paletteFromPListData(*file, &error_);
+        ASSERT_TRUE(palette) << error_;
+        EXPECT_EQ(palette->lookupAnno({})->attributeNames()->count(), 2u);
+        // Sorting moves the name among the attributes; the others keep their order and so their bytes.
+        const bool isSorted = std::string_view(name) == "sorted.plist";
+        EXPECT_EQ(palette->pListData()->view() == data->view(), !isSorted);
+        EXPECT_EQ(palette->annoKeyAtPriority(2)->name()->utf8(), "Größe <&> 🎬");
+    }
+    const auto binary = readFile(folder + "/binary.plist", &error_);
+    EXPECT_FALSE(QzAnnoPalette::paletteFromPListData(*binary, &error_));
+    EXPECT_THAT(error_, HasSubstr("binary form"));
+    EXPECT_THAT(capture_.lines(), ElementsAre("Error reading palette plist: " + error_ + "\n"));
+    std::filesystem::remove_all(folder);
+}
+
+TEST_F(PalettePropertyListTest, TopLevelsThatAreAccepted) {
+    const std::string title = "<dict><key>__Annotation Name</key><string>Title</string></dict>";
+    const std::string global = "<dict><key>x</key><integer>1</integer></dict>";
+    for (const std::string& content : {"<array>" + global + title + "</array>",
+                                       "<dict><key>Palette</key><array>" + global + title + "</array></dict>",
+                                       "<dict><key>Version</key><integer>0</integer><key>Palette</key><array>" +
+                                           global + title + "</array></dict>"}) {
+        const auto palette = read(content);
+        ASSERT_TRUE(palette) << error_;
+        EXPECT_EQ(palette->maxPriority(), 1);
+        EXPECT_EQ(palette->lookupPrio(palette->findAnnoKey("Title"_ns)), 1);
+        EXPECT_TRUE(palette->lookupAnno({})->attribute(*"x"_ns));
+    }
+    EXPECT_EQ(read("<array/>")->maxPriority(), 0);
+    EXPECT_THAT(capture_.lines(), IsEmpty());
+}
+
+TEST_F(PalettePropertyListTest, WhatIsNoPaletteIsRefused) {
+    const struct {
+        const char* content;
+        bool isLogged;
+        const char* error;
+    } cases[] = {
+        {"<dict><key>Version</key><integer>1</integer><key>Palette</key><array/></dict>", false, "version"},
+        {"<dict><key>Version</key><integer>4294967296</integer><key>Palette</key><array/></dict>", false, "version"},
+        {"<dict><key>Version</key><string>one</string><key>Palette</key><array/></dict>", false, "version"},
+        {"<string>palette</string>", false, "found NSString"},
+        {"<dict/>", true, "no array under \"Palette\""},
+        {"<dict><key>Palette</key><dict/></dict>", true, "no array under \"Palette\""},
+        {"<array><dict/><string>x</string></array>", true, "element 1 of the palette"},
+        {"<array><dict>", true, "line 1"},
+        {"", true, "line 1"},
+    };
+    for (const auto& row : cases) {
+        EXPECT_FALSE(read(row.content)) << row.content;
+        EXPECT_THAT(error_, HasSubstr(row.error));
+        std::vector<std::string> log;
+        if (row.isLogged) log.push_back("Error reading palette plist: " + error_ + "\n");
+        EXPECT_EQ(capture_.lines(), log) << row.content;
+    }
+}
+
+TEST_F(PalettePropertyListTest, NamesMayBeMissingRepeatedOrOfAnotherKind) {
+    const auto named = [](const std::string& value) {
+        return "<dict><key>__Annotation Name</key>" + value + "</dict>";
+    };
+    auto palette = read("<array>" + named("<string>Base</string>") + "<dict/><dict/>" + named("<integer>7</integer>") +
+                        named("<string>GLOBALS</string>") + "</array>");
+    ASSERT_TRUE(palette);
+    EXPECT_EQ(palette->annoKeyAtPriority(0)->name()->utf8(), "Base");
+    EXPECT_EQ(palette->maxPriority(), 4);
+    for (int32_t priority : {1, 2, 3}) EXPECT_EQ(palette->annoKeyAtPriority(priority)->name()->utf8(), "Fark new");
+    EXPECT_EQ(palette->lookupAnno(palette->annoKeyAtPriority(3))->attributeNames()->count(), 0u);
+    EXPECT_EQ(palette->lookupPrio(palette->findAnnoKey("GLOBALS"_ns)), 4);
+    EXPECT_THAT(capture_.lines(), ElementsAre(HasSubstr("NSNumber")));
+
+    // The temporary name of a new annotation may be the global one's.
+    palette = read("<array>" + named("<string>Fark new</string>") + named("<string>Title</string>") + "</array>");
+    ASSERT_TRUE(palette);
+    EXPECT_EQ(palette->maxPriority(), 1);
+}
+
+TEST_F(PalettePropertyListTest, ManyAttributesAndAnnotationsLoadInLinearTime) {
+    std::string attributes;
+    for (int i = 0; i < 50000; ++i) attributes += "<key>k" + std::to_string(i) + "</key><true/>";
+    std::string list = "<array><dict>" + attributes + "</dict>";
+    for (int i = 0; i < 50000; ++i) list += "<dict/>";
+    const auto palette = read(list + "</array>");
+    ASSERT_TRUE(palette);
+    EXPECT_EQ(palette->lookupAnno({})->attributeNames()->count(), 50000u);
+    EXPECT_EQ(palette->maxPriority(), 50000);
+}
+
+TEST_F(PalettePropertyListTest, WhatCannotBeStoredFailsTheWholeWriteByName) {
+    Ref<NSObject> deep = "x"_ns;
+    for (int i = 0; i < 600; ++i) deep = NSArray::arrayWithObjects({deep});
+    const struct {
+        Ref<NSString> attribute;
+        Ref<NSObject> value;
+    } cases[] = {
+        {"Set"_ns, NSSet::set()},
+        {"Nested"_ns, NSArray::arrayWithObjects({NSColor::blackColor()})},
+        {"Deep"_ns, deep},
+        {"Control"_ns, NSString::stringWithUTF8String("a\x01"
+                                                      "b")},
+        {QzAnnoPalette_AnnotationNameKey, "would rename it"_ns},
+    };
+    for (const auto& row : cases) {
+        const auto palette = richPalette();
+        const auto edited = palette->lookupAnno(palette->annoKeyAtPriority(1))->mutableCopy();
+        edited->setName("Lower Third"_ns);
+        edited->setAttribute(row.attribute, row.value);
+        palette->replaceAnno(edited);
+        capture_.clear();
+        EXPECT_FALSE(palette->pListData());
+        EXPECT_THAT(capture_.lines(), ElementsAre(testing::AllOf(
+                                          testing::StartsWith("Error occurred serializing palette: \"Lower Third\": "),
+                                          HasSubstr(row.attribute->utf8()))));
+    }
+}
+
+}  // namespace
+}  // namespace qz

@@ -1,0 +1,277 @@
+#include <cstring>
+#include <sstream>
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/qzanno/Tool.h"
+#include "tests/support/Pixels.h"
+
+namespace qz {
+namespace {
+
+using namespace test;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class RenderTest : public ToolTest {
+protected:
+    std::vector<nlohmann::json> manifest(const std::string& name) const {
+        std::vector<nlohmann::json> lines;
+        std::istringstream file(contentOf(name));
+        for (std::string line; std::getline(file, line);) lines.push_back(nlohmann::json::parse(line));
+        return lines;
+    }
+};
+
+TEST_F(RenderTest, OneTitleBecomesAPictureOfTheScreen) {
+    const ToolResult result = run("render --text Hello -o hello.png");
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.err, IsEmpty());
+    EXPECT_THAT(result.out, IsEmpty());
+    const auto bitmap = picture("hello.png");
+    EXPECT_EQ(bitmap->pixelsWide(), 1920);
+    EXPECT_EQ(bitmap->pixelsHigh(), 1080);
+    const PixelBox ink = inkOf(*bitmap);
+    EXPECT_GT(ink.height(), 30);
+    EXPECT_GT(ink.top, 900) << "the built-in palette puts titles at the foot";
+    EXPECT_NEAR(ink.left + ink.right, 1920, 16) << "and in the middle";
+}
+
+TEST_F(RenderTest, EveryCueBecomesAFileNamedByItsNumberAndALineOfTheManifest) {
+    const ToolResult result = run("render " QZANNO_EXAMPLES "/first-title.vtt -p " QZANNO_EXAMPLES
+                                  "/broadcast.plist -s 960x540 -o titles --manifest titles.jsonl");
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.err, IsEmpty());
+    const auto lines = manifest("titles.jsonl");
+    ASSERT_EQ(lines.size(), 8u);
+    for (size_t i = 0; i < lines.size(); ++i) {
+        const nlohmann::json& line = lines[i];
+        SCOPED_TRACE(line.dump());
+        const std::string file = "titles/000" + std::to_string(i + 1) + ".png";
+        EXPECT_EQ(line["index"], i + 1);
+        EXPECT_EQ(line["file"], file);
+        EXPECT_EQ(line["width"], 960);
+        EXPECT_EQ(line["height"], 540);
+        EXPECT_EQ(line["bytesPerRow"], 960 * 4);
+        EXPECT_EQ(line["missingFonts"], nlohmann::json::array());
+        EXPECT_FALSE(inkOf(*picture(file)) == PixelBox{});
+    }
+    EXPECT_EQ(lines[1]["start"], 4.5);
+    EXPECT_EQ(lines[1]["end"], 8);
+    EXPECT_EQ(lines[0]["text"], "Ada Lovelace\nMathematician, author of the first program");
+    EXPECT_EQ(lines[0]["bbox"], (nlohmann::json{{"x", 0}, {"y", 0}, {"width", 960}, {"height", 540}}));
+}
+
+TEST_F(RenderTest, TheBoxIsCutOutOfTheScreen) {
+    ASSERT_EQ(run("render --text Hello -o full.png").exitCode, 0);
+    ASSERT_EQ(run("render --text Hello -b -o box.png --manifest box.jsonl").exitCode, 0);
+    const auto box = picture("box.png");
+    const nlohmann::json place = manifest("box.jsonl").at(0)["bbox"];
+    EXPECT_EQ(box->pixelsWide(), place["width"]);
+    EXPECT_EQ(box->pixelsHigh(), place["height"]);
+    const PixelBox inFull = inkOf(*picture("full.png"));
+    const PixelBox inBox = inkOf(*box);
+    EXPECT_EQ(inFull.left, inBox.left + static_cast<int>(place["x"]));
+    EXPECT_EQ(inFull.top, inBox.top + static_cast<int>(place["y"]));
+    EXPECT_EQ(inFull.width(), inBox.width());
+}
+
+TEST_F(RenderTest, ThePictureHasTheSizeOfTheData) {
+    ASSERT_EQ(run("render --text Hello -o full.png").exitCode, 0);
+    ASSERT_EQ(run("render --text Hello -d 3840x1080 -o wide.png").exitCode, 0);
+    const auto wide = picture("wide.png");
+    EXPECT_EQ(wide->pixelsWide(), 3840);
+    EXPECT_EQ(wide->pixelsHigh(), 1080);
+    EXPECT_NEAR(inkOf(*wide).width(), 2 * inkOf(*picture("full.png")).width(), 3);
+}
+
+TEST_F(RenderTest, RawPixelsGoToAFileOrToStandardOutput) {
+    ASSERT_EQ(run("render --text Hello -s 320x180 -o hello.rgba").exitCode, 0);
+    const ToolResult piped = run("render --text Hello -s 320x180 -o -");
+    EXPECT_EQ(piped.exitCode, 0);
+    ASSERT_EQ(piped.out.size(), 320u * 180 * 4);
+    EXPECT_EQ(piped.out, contentOf("hello.rgba"));
+    EXPECT_NE(piped.out.find('\xff'), std::string::npos);
+}
+
+TEST_F(RenderTest, CompositesOverAFrame) {
+    NSBitmapImageRep::Format format;
+    format.pixelsWide = 640;
+    format.pixelsHigh = 360;
+    const auto frame = NSBitmapImageRep::initWithBitmapDataPlanes(nullptr, format);
+    for (int32_t y = 0; y < 360; ++y) {
+        for (int32_t x = 0; x < 640; ++x) {
+            const uint8_t pixel[] = {0, static_cast<uint8_t>(x), 200, 255};
+            std::memcpy(frame->row(y) + 4 * x, pixel, 4);
+        }
+    }
+    write("frame.png", std::string(pngFromBitmap(*frame)->view()));
+    ASSERT_EQ(run("render --text Hello --over frame.png -o over.png").exitCode, 0);
+    const auto over = picture("over.png");
+    ASSERT_EQ(over->pixelsWide(), 640) << "the frame's size is the data size";
+    EXPECT_EQ(std::memcmp(over->row(0), frame->row(0), 640 * 4), 0) << "above the title the frame is untouched";
+    EXPECT_GT(boxOf(*over, [](Pixel p) { return p.red == 255; }).width(), 20);
+
+    const ToolResult other = run("render --text Hello --over frame.png -d 100x100 -o other.png");
+    EXPECT_EQ(other.exitCode, 1);
+    EXPECT_THAT(other.err, HasSubstr("frame.png: the frame is 640x360 pixels, not 100x100"));
+}
+
+TEST_F(RenderTest, AnnotationsCoverTheWholeTitle) {
+    write("p.plist", paletteFile(kWhiteText, annotation("Top",
+                                                        "<key>Vertical Alignment as NSNumber(int) enumeration</key>"
+                                                        "<integer>2</integer>")));
+    ASSERT_EQ(run("render --text Hello -p p.plist -s 320x180 -o plain.png").exitCode, 0);
+    ASSERT_EQ(run("render --text Hello -p p.plist -s 320x180 -a Top -o low.png").exitCode, 0);
+    EXPECT_LT(inkOf(*picture("plain.png")).bottom, 40);
+    EXPECT_GT(inkOf(*picture("low.png")).top, 140);
+
+    const ToolResult unknown = run("render --text Hello -p p.plist -a Nope -o x.png");
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_EQ(unknown.err, "qzanno: p.plist: there is no annotation \"Nope\"; there are: Top\n");
+    EXPECT_FALSE(exists("x.png"));
+}
+
+TEST_F(RenderTest, WithoutAntialiasingEveryPixelIsOnOrOff) {
+    write("p.plist", paletteFile(kWhiteText));
+    ASSERT_EQ(run("render --text Hello -p p.plist -s 320x180 --no-antialias -o hard.png").exitCode, 0);
+    EXPECT_EQ(boxOf(*picture("hard.png"), [](Pixel p) { return p.alpha != 0 && p.alpha != 255; }), PixelBox{});
+}
+
+TEST_F(RenderTest, StrictFailsOnWhatIsOtherwiseStoodInFor) {
+    write("p.plist", paletteFile("<key>Full FontName as NSString</key><string>No Such Font</string>"));
+    const ToolResult lax = run("render --text Hello -p p.plist -o lax.png --manifest lax.jsonl");
+    EXPECT_EQ(lax.exitCode, 0);
+    EXPECT_THAT(lax.err, HasSubstr("No Such Font"));
+    EXPECT_EQ(manifest("lax.jsonl").at(0)["missingFonts"], nlohmann::json::array({"No Such Font"}));
+    const ToolResult strict = run("render --text Hello -p p.plist -o strict.png --strict");
+    EXPECT_EQ(strict.exitCode, 1);
+    EXPECT_THAT(strict.err, HasSubstr("qzanno: title 1: the font \"No Such Font\" is not installed"));
+    EXPECT_FALSE(exists("strict.png"));
+
+    write("c.vtt", "WEBVTT\n\n00:01.000 --> 00:02.000\n<c.Loud>Hello</c>\n");
+    const ToolResult unknown = run("render c.vtt -o lax.png");
+    EXPECT_EQ(unknown.exitCode, 0);
+    EXPECT_THAT(unknown.err, HasSubstr("qzanno: c.vtt:4: "));
+    EXPECT_THAT(unknown.err, HasSubstr("Loud"));
+    EXPECT_EQ(run("render c.vtt -o strict.png --strict").exitCode, 1);
+    EXPECT_FALSE(exists("strict.png"));
+}
+
+TEST_F(RenderTest, BadInputGetsALineAndLeavesFilesAlone) {
+    write("old.png", "an older picture");
+    write("text.txt", "Hello");
+    write("none.plist", "no XML at all");
+    write("cut.plist", paletteFile("").substr(0, 150));
+    write(
+        "later.plist",
+        "<plist version=\"1.0\"><dict><key>Version</key><integer>1</integer><key>Palette</key><array/></dict></plist>");
+    write("utf16.vtt", std::string("\xff\xfeW\0E\0B\0", 8));
+    write("none.vtt", "1\n00:01.000 --> 00:02.000\nHello\n");
+    write("latin.txt", "caf\xe9");
+    write("two.vtt", "WEBVTT\n\n00:01.000 --> 00:02.000\nA\n\n00:02.000 --> 00:03.000\nB\n");
+    const struct {
+        std::string arguments;
+        int exitCode;
+        const char* line;
+    } cases[] = {
+        {"render text.txt -p none.plist -o old.png", 1, "none.plist: "},
+        {"render text.txt -p cut.plist -o old.png", 1, "cut.plist: "},
+        {"render text.txt -p later.plist -o old.png", 1, "later.plist: "},
+        {"render text.txt -p missing.plist -o old.png", 1, "missing.plist: "},
+        {"render missing.txt -o old.png", 1, "missing.txt: "},
+        {"render text.doc -o old.png", 1, "text.doc: is neither a .vtt nor a .txt file"},
+        {"render utf16.vtt -o old.png", 1, "utf16.vtt:1: "},
+        {"render none.vtt -o old.png", 1, "none.vtt:1: "},
+        {"render latin.txt -o old.png", 1, "latin.txt: "},
+        {"render two.vtt -o old.png", 1, "old.png: one file cannot hold 2 titles"},
+        {"render text.txt -s 0x0 -o old.png", 2, "0x0 is no size"},
+        {"render text.txt -s 100000x100000 -o old.png", 1, "a picture of 100000x100000 needs 40000000000 bytes"},
+        {"render text.txt -s 10 -o old.png", 2, "10 is no size"},
+        {"render -o old.png", 2, "give a file or --text"},
+        {"render text.txt --text Hello -o old.png", 2, "--text"},
+        {"render text.txt --quality 7 -o old.png", 2, "--quality"},
+        {"render text.txt --over text.txt -o old.png", 1, "text.txt: "},
+        {"render text.txt -o text.txt/x.png", 1, "text.txt/x.png: "},
+        {"", 2, "subcommand"},
+        {"fly", 2, "there is no command fly"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.arguments);
+        const ToolResult result = run(c.arguments);
+        EXPECT_EQ(result.exitCode, c.exitCode);
+        EXPECT_THAT(result.err, HasSubstr("qzanno: "));
+        EXPECT_THAT(result.err, HasSubstr(c.line));
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+        EXPECT_EQ(contentOf("old.png"), "an older picture");
+    }
+}
+
+TEST_F(RenderTest, FaultsThatCanBeIgnoredAreNamedAndTheTitleIsDrawn) {
+    const struct {
+        const char* entry;
+        const char* line;
+    } cases[] = {
+        {"<key>BoundingMargins as NSArray of Numbers "
+         "left,right,top,bottom</key><array><real>1</real><real>2</real></array>",
+         "margins need four numbers, found 2"},
+        {"<key>BoundingBox as NSRect</key><string>abc</string>", "abc"},
+        {"<key>FontSize as NSNumber(float)</key><real>-5</real>", "-5"},
+        {"<key>FontSize as NSNumber(float)</key><real>1e9</real>", "1000000000"},
+        {"<key>BackgroundColor as NSColor</key><dict><key>Object Name</key><string>NSColor RGBCalibrated</string>"
+         "<key>Red</key><real>7</real><key>Alpha</key><real>1</real></dict>",
+         "7"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.entry);
+        write("p.plist", paletteFile(kWhiteText + c.entry));
+        const ToolResult result = run("render --text Hello -p p.plist -s 640x360 -o x.png");
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_THAT(result.err, HasSubstr("qzanno: p.plist: \"GLOBALS\": "));
+        EXPECT_THAT(result.err, HasSubstr(c.line));
+        EXPECT_EQ(picture("x.png")->pixelsWide(), 640);
+        EXPECT_THAT(run("render --text Hello -p p.plist -s 640x360 -o x.png -q").err, IsEmpty());
+    }
+}
+
+TEST_F(RenderTest, ABrokenCueIsNamedAndTheOthersAreRendered) {
+    write("c.vtt", "WEBVTT\n\n00:01.000 -> 00:02.000\nBroken\n\n00:02.000 --> 00:03.000\nWhole\n");
+    const ToolResult result = run("render c.vtt -s 320x180 -o c --manifest c.jsonl");
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.err, HasSubstr("qzanno: c.vtt:3: "));
+    const auto lines = manifest("c.jsonl");
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_EQ(lines[0]["text"], "Whole");
+}
+
+TEST_F(RenderTest, ExtremesAreDrawnAsFarAsTheyGo) {
+    EXPECT_EQ(run("render --text Hello -s 1x1 -o tiny.png").exitCode, 0);
+    EXPECT_EQ(picture("tiny.png")->pixelsWide(), 1);
+    std::string text;
+    while (text.size() < (1 << 20)) text += "one megabyte of title ";
+    write("long.txt", text);
+    EXPECT_EQ(run("render long.txt -o long.png").exitCode, 0);
+    EXPECT_FALSE(inkOf(*picture("long.png")) == PixelBox{});
+    write("empty.txt", "");
+    EXPECT_EQ(run("render empty.txt -o empty.png").exitCode, 0);
+    EXPECT_EQ(inkOf(*picture("empty.png")), PixelBox{});
+    write("empty.vtt", "WEBVTT\n");
+    const ToolResult none = run("render empty.vtt -o none");
+    EXPECT_EQ(none.exitCode, 0);
+    EXPECT_THAT(none.err, HasSubstr("empty.vtt: holds no captions"));
+}
+
+TEST_F(RenderTest, VerboseShowsTheLibrarysLog) {
+    EXPECT_THAT(run("render --text Hello -o x.png -v").err, HasSubstr("Annopalette made"));
+}
+
+TEST_F(RenderTest, HelpShowsExamples) {
+    const ToolResult help = run("render --help");
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_THAT(help.out, HasSubstr("Examples:"));
+    EXPECT_EQ(run("--version").exitCode, 0);
+}
+
+}  // namespace
+}  // namespace qz

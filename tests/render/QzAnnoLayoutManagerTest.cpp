@@ -1,0 +1,211 @@
+#include <gtest/gtest.h>
+
+#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzAnnoLayoutManager.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/Palettes.h"
+#include "tests/support/Pixels.h"
+
+namespace qz {
+namespace {
+
+using namespace test;
+
+// A rectangle with straight edges, so that widths can be counted in pixels.
+constexpr const char* kBlock = "\u2588";
+
+constexpr Pixel kWhite = {255, 255, 255, 255};
+constexpr Pixel kRed = {255, 0, 0, 255};
+constexpr Pixel kBlue = {0, 0, 255, 255};
+constexpr Pixel kGreen = {0, 255, 0, 255};
+
+/// Draws one block, white, in the middle of a screen of 400 x 300.
+class LayersTest : public testing::Test {
+protected:
+    LayersTest() { pipeline->setScreenSize({400, 300}, {400, 300}); }
+
+    Ref<NSBitmapImageRep> draw(const Attributes& attributes, const char* text = kBlock) {
+        palette = paletteWithGlobals({
+            {QzFontAttribute, "DejaVuSans"_ns},
+            {QzFontSizeAttribute, number(100)},
+            {QzTextColorAttribute, NSColor::whiteColor()},
+            {QzHorizontalAlignmentAttribute, integer(2)},
+            {QzVerticalAlignmentAttribute, integer(1)},
+        });
+        giveAttributes(*palette, palette->lookupAnno({}), attributes);
+        pipeline->setPalette(palette);
+        pipeline->setAnnoString(QzAnnoString::initWithString(NSString::stringWithUTF8String(text)));
+        return pipeline->bitmapInFullScreen(true);
+    }
+
+    /// Where the block alone is drawn: the pixels that it covers wholly.
+    PixelBox block() {
+        return boxOf(*draw({}), [](Pixel p) { return p == kWhite; });
+    }
+
+    /// Runs of equal pixels from the block's middle to the right, each its colour and length; the first is the block's
+    /// half.
+    std::vector<std::pair<Pixel, int>> rightward(const NSBitmapImageRep& bitmap, const PixelBox& box) {
+        std::vector<std::pair<Pixel, int>> runs;
+        for (int32_t x = (box.left + box.right) / 2; x < bitmap.pixelsWide(); ++x) {
+            const Pixel pixel = pixelAt(bitmap, x, (box.top + box.bottom) / 2);
+            if (runs.empty() || !(runs.back().first == pixel)) runs.emplace_back(pixel, 0);
+            ++runs.back().second;
+        }
+        return runs;
+    }
+
+    LogCapture log;
+    Ref<QzAnnoPalette> palette;
+    Ref<QzAnnoStringToScreen> pipeline = QzAnnoStringToScreen::init();
+};
+
+TEST_F(LayersTest, LieInOrderBoxLayerTwoLayerOneGlyphs) {
+    const Attributes layers = {
+        {QzBackgroundColorAttribute, rgba(1, 0, 0)},
+        {QzBackgroundWidthAttribute, number(8)},
+        {QzBackground2ColorAttribute, rgba(0, 0, 1)},
+        {QzBackground2WidthAttribute, number(20)},
+        {QzBackground2OffsetAttribute, "{10, 0}"_ns},
+        {QzTextBoundingBoxAppearanceAttribute, QzBBoxInfo::qzbbWithColor(rgba(0, 1, 0), 2)},
+    };
+    const char* twoBlocks = "\u2588 \u2588";
+    const PixelBox both = boxOf(*draw({}, twoBlocks), [](Pixel p) { return p == kWhite; });
+    const PixelBox box = {both.left, both.top, both.left + 70, both.bottom};  // the first block is some 77 wide
+    const auto bitmap = draw(layers, twoBlocks);
+    // Layer 1 shows half its width, 4; layer 2 half its width displaced by 10, 20, less what layer 1 covers; in the
+    // rest of the blank shows the box, until layer 1 of the second block. Edges between pixels may take one each.
+    std::vector<std::pair<Pixel, int>> solid;
+    for (const auto& run : rightward(*bitmap, box)) {
+        if (run.second > 1) solid.push_back(run);
+    }
+    ASSERT_GE(solid.size(), 5u);
+    const std::pair<Pixel, int> expected[] = {{kWhite, 0}, {kRed, 4}, {kBlue, 16}, {kGreen, 5}, {kRed, 4}};
+    for (size_t i = 0; i < std::size(expected); ++i) {
+        SCOPED_TRACE(i);
+        EXPECT_EQ(solid[i].first, expected[i].first);
+        if (i == 0) continue;  // from the middle of the block, wherever that is
+        EXPECT_NEAR(solid[i].second, expected[i].second, 2);
+    }
+}
+
+TEST_F(LayersTest, AWidthOfZeroIsOneDisplacedCopyAtARoundedPlace) {
+    const PixelBox box = block();
+    const auto bitmap =
+        draw({{QzBackgroundColorAttribute, rgba(1, 0, 0)}, {QzBackgroundOffsetAttribute, "{6.4, 5.6}"_ns}});
+    const PixelBox red = boxOf(*bitmap, [](Pixel p) { return p == kRed; });
+    EXPECT_NEAR(red.right, box.right + 6, 1);
+    EXPECT_NEAR(red.bottom, box.bottom + 6, 1);
+    EXPECT_EQ(pixelAt(*bitmap, box.left + 2, box.top + 2), kWhite);
+}
+
+TEST_F(LayersTest, ALayerWithoutVisibleColorIsNotDrawn) {
+    const PixelBox alone = inkOf(*draw({}));
+    const Attributes wide = {{QzBackgroundWidthAttribute, number(30)}};
+    EXPECT_EQ(inkOf(*draw(wide)), alone) << "no colour";
+    Attributes cases = wide;
+    cases.emplace_back(QzBackgroundColorAttribute, rgba(1, 0, 0, 0.001f));
+    EXPECT_EQ(inkOf(*draw(cases)), alone);
+    cases.back().second = rgba(1, 0, 0, 0.01f);
+    EXPECT_NEAR(inkOf(*draw(cases)).width(), alone.width() + 30, 1);
+}
+
+TEST_F(LayersTest, WithoutAntialiasingLayersAreRepeatedGlyphsWithHardEdges) {
+    pipeline->layoutManager()->setAntialiasing(false);
+    EXPECT_FALSE(pipeline->layoutManager()->antialiasing());
+    EXPECT_TRUE(pipeline->layoutManager()->usesScreenFonts());
+    const PixelBox alone = inkOf(*draw({}));
+    const struct {
+        double width;
+        int n;
+    } cases[] = {{0, 0}, {1, 1}, {2, 1}, {3, 2}, {8, 4}};
+    for (const auto& [width, n] : cases) {
+        SCOPED_TRACE(width);
+        const auto bitmap =
+            draw({{QzBackgroundColorAttribute, rgba(1, 0, 0)}, {QzBackgroundWidthAttribute, number(width)}});
+        // Copies stand on whole pixels, so a place between pixels may shift by half of one.
+        EXPECT_NEAR(inkOf(*bitmap).width(), alone.width() + 2 * n, 1);
+        EXPECT_NEAR(inkOf(*bitmap).height(), alone.height() + 2 * n, 1);
+        const PixelBox soft = boxOf(*bitmap, [](Pixel p) { return p.alpha != 0 && p.alpha != 255; });
+        EXPECT_EQ(soft, PixelBox{});
+    }
+}
+
+TEST_F(LayersTest, ANegativeWidthDrawsNoCopy) {
+    const PixelBox alone = inkOf(*draw({}));
+    const auto bitmap = draw({{QzBackgroundColorAttribute, rgba(1, 0, 0)},
+                              {QzBackgroundWidthAttribute, number(-3)},
+                              {QzBackgroundOffsetAttribute, "{20, 20}"_ns}});
+    EXPECT_EQ(inkOf(*bitmap), alone);
+}
+
+TEST_F(LayersTest, QualityDecidesTheJoins) {
+    const PixelBox box = block();
+    const Attributes layer = {{QzBackgroundColorAttribute, rgba(1, 0, 0)}, {QzBackgroundWidthAttribute, number(40)}};
+    // 17 right of and below the corner: inside the square of a mitre, outside the quarter circle of a round join.
+    const auto corner = [&] { return pixelAt(*draw(layer), box.right + 16, box.bottom + 16); };
+    const struct {
+        float quality;
+        bool mitred;
+    } cases[] = {{1.0f, false}, {0.6f, false}, {0.5f, true}, {0.2f, true}};
+    for (const auto& [quality, mitred] : cases) {
+        pipeline->layoutManager()->setQualityFactor(quality);
+        EXPECT_EQ(corner(), mitred ? kRed : kClear) << quality;
+    }
+}
+
+TEST_F(LayersTest, TheBoundingBoxIsStrokedOrFilled) {
+    const auto boxed = [&](int32_t type) {
+        return draw({{QzTextBoundingBoxAppearanceAttribute, QzBBoxInfo::qzbbWithColor(rgba(0, 1, 0), type)}}, "i");
+    };
+    const auto greens = [](const NSBitmapImageRep& bitmap) {
+        return boxOf(bitmap, [](Pixel p) { return p.green > 100 && p.red == 0; });
+    };
+    const PixelBox filled = greens(*boxed(2));
+    const NSRect used = pipeline->textContainer()->textBox();
+    EXPECT_EQ(filled, (PixelBox{static_cast<int32_t>(used.origin.x), static_cast<int32_t>(used.origin.y),
+                                static_cast<int32_t>(used.maxX()), static_cast<int32_t>(used.maxY())}));
+    const auto outlined = boxed(1);
+    // A line of one point on the edge covers half a pixel on either side.
+    EXPECT_NEAR(greens(*outlined).width(), filled.width(), 2);
+    EXPECT_EQ(pixelAt(*outlined, filled.left + 3, filled.top + 3), kClear);
+    EXPECT_EQ(greens(*boxed(0)), PixelBox{});
+    EXPECT_EQ(greens(*boxed(-1)), PixelBox{});
+}
+
+TEST_F(LayersTest, EveryRunHasItsOwnLayers) {
+    const auto string = QzMutableAnnoString::initWithString(NSString::stringWithUTF8String("\u2588\u2588"));
+    draw({});
+    const Ref<QzAnnoKey> outlined = addAnnotation(
+        *palette, "outlined", {{QzBackgroundColorAttribute, rgba(1, 0, 0)}, {QzBackgroundWidthAttribute, number(16)}});
+    string->addAnno(outlined, {1, 1});
+    pipeline->setAnnoString(string);
+    const auto bitmap = pipeline->bitmapInFullScreen(true);
+    const PixelBox ink = inkOf(*bitmap);
+    const PixelBox red = boxOf(*bitmap, [](Pixel p) { return p.red == 255 && p.green == 0; });
+    EXPECT_GT(red.left, (ink.left + ink.right) / 2 - 20) << "the first block has none";
+    EXPECT_NEAR(red.right, ink.right, 1);
+}
+
+TEST_F(LayersTest, AnAccentHasTheOutlineOfItsLetter) {
+    // Decomposed, so that letter and accent are two glyphs of one cluster where the font has no composition rule for
+    // them.
+    const Attributes outline = {{QzBackgroundColorAttribute, rgba(1, 0, 0)}, {QzBackgroundWidthAttribute, number(12)}};
+    const PixelBox letters = inkOf(*draw({}, "x\u0306"));
+    const PixelBox outlined = inkOf(*draw(outline, "x\u0306"));
+    EXPECT_NEAR(outlined.top, letters.top - 6, 1);
+    EXPECT_NEAR(outlined.bottom, letters.bottom + 6, 1);
+}
+
+TEST(AnnoLayoutManager, StartsAtTheContextsAntialiasingAndTheBestQuality) {
+    const auto manager = QzAnnoLayoutManager::init();
+    EXPECT_TRUE(manager->antialiasing());
+    EXPECT_FALSE(manager->usesScreenFonts());
+    EXPECT_EQ(manager->qualityFactor(), 1.0f);
+    EXPECT_EQ(NSMakeRoundedPoint(2.5f, -2.5f), (NSPoint{3, -3}));
+    EXPECT_FALSE(manager->fontAtIndex(0));
+}
+
+}  // namespace
+}  // namespace qz

@@ -1,0 +1,180 @@
+#include <cstring>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzTextRender.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/Palettes.h"
+#include "tests/support/Pixels.h"
+
+namespace qz {
+namespace {
+
+using namespace test;
+using testing::ElementsAre;
+
+class PipelineTest : public testing::Test {
+protected:
+    PipelineTest() {
+        pipeline->setPalette(palette);
+        pipeline->setScreenSize({400, 300}, {400, 300});
+        pipeline->setAnnoString(QzAnnoString::initWithString("Title"_ns));
+        log.clear();
+    }
+
+    LogCapture log;
+    Ref<QzAnnoPalette> palette = paletteWithGlobals({
+        {QzFontSizeAttribute, number(40)},
+        {QzTextColorAttribute, NSColor::whiteColor()},
+        {QzBackgroundColorAttribute, rgba(1, 0, 0)},
+        {QzBackgroundWidthAttribute, number(6)},
+        {QzBoundingMarginsAttribute, margins(50, 50, 40, 40)},
+        {QzHorizontalAlignmentAttribute, integer(2)},
+        {QzVerticalAlignmentAttribute, integer(2)},
+    });
+    Ref<QzAnnoStringToScreen> pipeline = QzAnnoStringToScreen::init();
+};
+
+TEST_F(PipelineTest, ANewDataSizeCountsOnlyWithANewScreenSize) {
+    const PixelBox before = inkOf(*pipeline->bitmapInFullScreen(true));
+    log.clear();
+    pipeline->setScreenSize({400, 300}, {200, 150});
+    EXPECT_THAT(log.lines(), ElementsAre("Screensize changed on toscreen\n"));
+    EXPECT_TRUE(pipeline->available());
+    EXPECT_EQ(inkOf(*pipeline->bitmapInFullScreen(true)), before);
+
+    pipeline->setScreenSize({400, 301}, {200, 150});
+    EXPECT_FALSE(pipeline->available());
+    EXPECT_EQ(log.lines().back(), "For reall!\n");
+}
+
+TEST_F(PipelineTest, TheTitleIsScaledFromScreenToDataAboutTheTopLeftCorner) {
+    const PixelBox whole = inkOf(*pipeline->bitmapInFullScreen(true));
+    const auto half = QzAnnoStringToScreen::init();
+    half->setPalette(palette);
+    half->setScreenSize({400, 300}, {200, 300});
+    half->setAnnoString(pipeline->annoString());
+    const auto bitmap = half->bitmapInFullScreen(true);
+    EXPECT_EQ(bitmap->pixelsWide(), 400) << "the image keeps the screen's size";
+    const PixelBox narrow = inkOf(*bitmap);
+    EXPECT_NEAR(narrow.left, whole.left / 2, 1);
+    EXPECT_NEAR(narrow.width(), whole.width() / 2, 1);
+    EXPECT_EQ(narrow.height(), whole.height());
+}
+
+TEST_F(PipelineTest, TheBoxImageIsTheFullImageCutOut) {
+    NSRect place;
+    const auto full = pipeline->bitmapInFullScreen(true, &place);
+    EXPECT_EQ(place, (NSRect{{0, 0}, {400, 300}}));
+    const auto box = pipeline->bitmapInFullScreen(false, &place);
+    const NSRect textBox = pipeline->textContainer()->textBox();
+    EXPECT_EQ(place, (NSRect{{textBox.origin.x - 10, textBox.origin.y - 10},
+                             {textBox.size.width + 20, textBox.size.height + 20}}));
+    ASSERT_EQ(box->pixelsWide(), static_cast<int32_t>(place.size.width));
+    ASSERT_EQ(box->pixelsHigh(), static_cast<int32_t>(place.size.height));
+    EXPECT_FALSE(inkOf(*box) == PixelBox{});
+    const auto left = static_cast<int32_t>(place.origin.x);
+    const auto top = static_cast<int32_t>(place.origin.y);
+    for (int32_t y = 0; y < box->pixelsHigh(); ++y) {
+        ASSERT_EQ(std::memcmp(box->row(y), full->row(top + y) + 4 * left, static_cast<size_t>(box->bytesPerRow())), 0)
+            << y;
+    }
+}
+
+TEST_F(PipelineTest, TheTextStaysInsideItsMargins) {
+    for (int32_t alignment = 0; alignment <= 2; ++alignment) {
+        giveAttributes(
+            *palette, palette->lookupAnno({}),
+            {{QzVerticalAlignmentAttribute, integer(alignment)}, {QzBackgroundColorAttribute, rgba(0, 0, 0, 0)}});
+        pipeline->setAnnoString(
+            QzAnnoString::initWithString("A title that is long enough to need a line or two more"_ns));
+        const PixelBox ink = inkOf(*pipeline->bitmapInFullScreen(true));
+        EXPECT_GE(ink.left, 50);
+        EXPECT_LE(ink.right, 350);
+        EXPECT_GE(ink.top, 40);
+        EXPECT_LE(ink.bottom, 260);
+    }
+}
+
+TEST_F(PipelineTest, EitherStringDropsTheOther) {
+    const auto attributed = NSAttributedString::initWithString("ready"_ns, NSDictionary::dictionary());
+    pipeline->setAttributedString(attributed);
+    EXPECT_FALSE(pipeline->annoString());
+    EXPECT_EQ(pipeline->attributedString()->characters(), u"ready");
+    pipeline->setAnnoString(QzAnnoString::initWithString("again"_ns));
+    EXPECT_FALSE(pipeline->available());
+    EXPECT_EQ(pipeline->attributedString()->characters(), u"again");
+    EXPECT_TRUE(pipeline->available());
+}
+
+TEST_F(PipelineTest, SwitchingTheModeRebuildsOnce) {
+    pipeline->imageInFullScreen(true);
+    EXPECT_TRUE(pipeline->available());
+    pipeline->imageInFullScreen(false);
+    EXPECT_TRUE(pipeline->available());
+    EXPECT_FALSE(pipeline->textContainer()->fullscreen());
+}
+
+TEST_F(PipelineTest, WithoutTextTheImageIsBlankAndWithoutSizesThereIsNone) {
+    pipeline->setAnnoString({});
+    EXPECT_EQ(inkOf(*pipeline->bitmapInFullScreen(true)), PixelBox{});
+    pipeline->setAnnoString(QzAnnoString::initWithString(NSString::string()));
+    EXPECT_EQ(inkOf(*pipeline->bitmapInFullScreen(false)), PixelBox{});
+
+    const auto unset = QzAnnoStringToScreen::init();
+    unset->setPalette(palette);
+    unset->setAnnoString(QzAnnoString::initWithString("Title"_ns));
+    EXPECT_FALSE(unset->bitmapInFullScreen(true));
+}
+
+TEST_F(PipelineTest, AScreenBeyondEveryBitmapIsRefused) {
+    pipeline->setScreenSize({100000, 100000}, {100000, 100000});
+    log.clear();
+    EXPECT_FALSE(pipeline->bitmapInFullScreen(true));
+    EXPECT_EQ(log.lines().back(), "No image of {100000, 100000} points can be made\n");
+    EXPECT_TRUE(pipeline->bitmapInFullScreen(false)) << "the text alone is small enough";
+}
+
+TEST_F(PipelineTest, DrawsOverAFrameOfTheHosts) {
+    NSBitmapImageRep::Format format;
+    format.pixelsWide = 400;
+    format.pixelsHigh = 300;
+    const auto frame = NSBitmapImageRep::initWithBitmapDataPlanes(nullptr, format);
+    ASSERT_TRUE(pipeline->drawInFullScreen(true, frame));
+    const auto bitmap = pipeline->bitmapInFullScreen(true);
+    EXPECT_EQ(std::memcmp(frame->bitmapData(), bitmap->bitmapData(), 400 * 300 * 4), 0);
+
+    std::memset(frame->bitmapData(), 255, 400 * 300 * 4);
+    ASSERT_TRUE(pipeline->drawInFullScreen(true, frame));
+    EXPECT_EQ(pixelAt(*frame, 0, 0), (Pixel{255, 255, 255, 255}));
+    EXPECT_EQ(boxOf(*frame, [](Pixel p) { return p.alpha != 255; }), PixelBox{});
+    EXPECT_EQ(boxOf(*frame, [](Pixel p) { return p.green != 255; }),
+              boxOf(*bitmap, [](Pixel p) { return p.red != p.green; }));
+
+    format.bitsPerSample = 16;
+    EXPECT_FALSE(pipeline->drawInFullScreen(true, NSBitmapImageRep::initWithBitmapDataPlanes(nullptr, format)));
+}
+
+TEST(TextRender, DropsFractionsOfAPoint) {
+    const LogCapture log;
+    const auto image = NSImage::initWithSize({100.7f, 20.2f});
+    image->lockFocus();
+    NSColor::whiteColor()->set();
+    NSBezierPath::bezierPathWithRect({{0, 0}, {101, 21}}).fill();
+    image->unlockFocus();
+    const auto bitmap = QzTextRender::rasterizeImage(*image);
+    EXPECT_EQ(bitmap->pixelsWide(), 100);
+    EXPECT_EQ(bitmap->pixelsHigh(), 20);
+    EXPECT_EQ(bitmap->bytesPerRow(), 402);
+    EXPECT_EQ(bitmap->bitsPerPixel(), 32);
+    EXPECT_EQ(inkOf(*bitmap), (PixelBox{0, 0, 100, 20}));
+    EXPECT_THAT(log.lines(), ElementsAre("Bitmap rep's colorspace name is NSCalibratedRGBColorSpace\n"));
+
+    const auto again = QzTextRender::rasterizeImageRep(*bitmap);
+    EXPECT_EQ(inkOf(*again), (PixelBox{0, 0, 100, 20}));
+}
+
+}  // namespace
+}  // namespace qz

@@ -1,0 +1,238 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzScreenTextContainer.h"
+#include "platform/text/AttributeNames.h"
+#include "platform/text/NSLayoutManager.h"
+#include "platform/text/NSParagraphStyle.h"
+#include "platform/text/NSTextView.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/Palettes.h"
+
+namespace qz {
+namespace {
+
+using namespace test;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// A text system without a view: one storage, one manager, one screen of 720 x 576.
+class ScreenTextContainerTest : public testing::Test {
+protected:
+    ScreenTextContainerTest() {
+        container->replaceLayoutManager(manager);
+        manager->replaceTextStorage(storage);
+    }
+
+    /// Lines of exactly 60 points.
+    void setText(const char* text, Attributes attributes) {
+        NSParagraphStyle::Values values;
+        values.minimumLineHeight = values.maximumLineHeight = 60;
+        values.alignment = NSTextAlignment::left;
+        attributes.emplace_back(NSParagraphStyleAttributeName, NSParagraphStyle::paragraphStyleWithValues(values));
+        attributes.emplace_back(NSFontAttributeName, NSFont::systemFontOfSize(40));
+        storage->setAttributedString(
+            *NSAttributedString::initWithString(NSString::stringWithUTF8String(text), dictionaryOf(attributes)));
+        container->updateFromString();
+    }
+
+    LogCapture log;
+    Ref<QzScreenTextContainer> container = QzScreenTextContainer::initWithScreenSize({720, 576});
+    Ref<NSLayoutManager> manager = NSLayoutManager::init();
+    Ref<NSTextStorage> storage = NSTextStorage::init();
+};
+
+TEST(ScreenTextContainer, StartsAsAScreenOf640By480) {
+    const auto container = QzScreenTextContainer::init();
+    EXPECT_EQ(container->screenSize(), (NSSize{640, 480}));
+    EXPECT_EQ(container->containerSize(), (NSSize{640, 480}));
+    EXPECT_EQ(container->textBox(), (NSRect{{0, 0}, {640, 480}}));
+    EXPECT_TRUE(container->fullscreen());
+    EXPECT_TRUE(container->widthTracksTextView());
+    EXPECT_TRUE(container->heightTracksTextView());
+}
+
+TEST(ScreenTextContainer, TheContainerIsAsLargeAsTheScreenOrTheBox) {
+    const auto container = QzScreenTextContainer::initWithScreenSize({720, 576});
+    container->setTextBox({{5, 5}, {0, 0}});
+    EXPECT_EQ(container->textBox(), (NSRect{{5, 5}, {1, 1}}));
+    EXPECT_EQ(container->containerSize(), (NSSize{720, 576}));
+    container->setFullscreen(false);
+    EXPECT_EQ(container->containerSize(), (NSSize{1, 1}));
+    container->setTextBox({{5, 5}, {100, -3}});
+    EXPECT_EQ(container->containerSize(), (NSSize{100, -3}));
+    container->setScreenSize({1920, 1080});
+    EXPECT_EQ(container->containerSize(), (NSSize{100, -3}));
+    container->setFullscreen(true);
+    EXPECT_EQ(container->containerSize(), (NSSize{1920, 1080}));
+}
+
+TEST(ScreenTextContainer, ASizeFromOutsideIsANewScreenOnlyForAViewInFullScreenMode) {
+    const LogCapture log;
+    const auto container = QzScreenTextContainer::init();
+    container->setContainerSize({800, 600});
+    EXPECT_EQ(container->screenSize(), (NSSize{640, 480}));
+    EXPECT_THAT(log.lines(), ElementsAre("No text view on set container size\n"));
+
+    const auto view = NSTextView::init();
+    container->setTextView(view);
+    container->setContainerSize({800, 600});
+    EXPECT_EQ(container->screenSize(), (NSSize{800, 600}));
+    EXPECT_EQ(container->containerSize(), (NSSize{800, 600}));
+    container->setFullscreen(false);
+    container->setContainerSize({320, 240});
+    EXPECT_EQ(container->screenSize(), (NSSize{800, 600}));
+}
+
+TEST(ScreenTextContainer, LinesAreClampedIntoTheBox) {
+    const auto container = QzScreenTextContainer::initWithScreenSize({720, 576});
+    container->setTextBox({{10, 30}, {690, 506}});
+    const auto fragment = [&](NSRect proposed) {
+        NSRect remaining = {{1, 2}, {3, 4}};
+        const NSRect rect = container->lineFragmentRectForProposedRect(proposed, NSLineSweepDirection::right,
+                                                                       NSLineMovementDirection::down, &remaining);
+        EXPECT_EQ(remaining, NSRect{});
+        return rect;
+    };
+    // Screen coordinates in full-screen mode.
+    EXPECT_EQ(fragment({{0, 0}, {1e7f, 60}}), (NSRect{{10, 30}, {690, 60}}));
+    EXPECT_EQ(fragment({{0, 100}, {1e7f, 60}}), (NSRect{{10, 100}, {690, 60}}));
+    EXPECT_EQ(fragment({{0, 500}, {1e7f, 60}}), (NSRect{{10, 500}, {690, 36}}))
+        << "the last line is cut at the box's foot";
+    EXPECT_EQ(fragment({{0, 536}, {1e7f, 60}}), (NSRect{{10, 30}, {0, 0}})) << "no room: at the box's origin";
+    // Box coordinates in box mode.
+    container->setFullscreen(false);
+    EXPECT_EQ(fragment({{0, 0}, {1e7f, 60}}), (NSRect{{0, 0}, {690, 60}}));
+    EXPECT_EQ(fragment({{0, 506}, {1e7f, 60}}), NSRect{});
+}
+
+TEST(ScreenTextContainer, APointOnTheTopEdgeIsOutsideAndOnTheBottomEdgeInside) {
+    const auto container = QzScreenTextContainer::init();
+    container->setTextBox({{10, 20}, {30, 40}});
+    EXPECT_TRUE(container->containsPoint({10, 60}));
+    EXPECT_FALSE(container->containsPoint({10, 20}));
+    EXPECT_FALSE(container->containsPoint({40, 40}));
+    EXPECT_EQ(container->rescaleFromScreenToContainer({{64, 48}, {320, 240}}), (NSRect{{64, 48}, {320, 240}}));
+    container->setFullscreen(false);
+    EXPECT_EQ(container->rescaleFromScreenToContainer({{64, 48}, {320, 240}}), (NSRect{{3, 4}, {15, 20}}));
+}
+
+TEST_F(ScreenTextContainerTest, TheBoxShrinksToTheTextAndGoesWhereTheAlignmentAsks) {
+    const auto box = margins(10, 20, 30, 40);  // 506 points high on this screen
+    const struct {
+        const char* reason;
+        const char* text;
+        Attributes attributes;
+        float x, y, height;
+    } cases[] = {
+        {"top without an alignment", "A", {{QzBoundingMarginsAttribute, box}}, 10, 30, 60},
+        {"centre: 223 above and below",
+         "A",
+         {{QzBoundingMarginsAttribute, box}, {QzVerticalAlignmentAttribute, integer(1)}},
+         10,
+         253,
+         60},
+        {"bottom", "A", {{QzBoundingMarginsAttribute, box}, {QzVerticalAlignmentAttribute, integer(2)}}, 10, 476, 60},
+        {"an unknown alignment is top",
+         "A",
+         {{QzBoundingMarginsAttribute, box}, {QzVerticalAlignmentAttribute, integer(9)}},
+         10,
+         30,
+         60},
+        {"two lines",
+         "A\nB",
+         {{QzBoundingMarginsAttribute, box}, {QzVerticalAlignmentAttribute, integer(2)}},
+         10,
+         416,
+         120},
+        {"margins win over a bounding box",
+         "A",
+         {{QzBoundingMarginsAttribute, box}, {QzBoundingBoxAttribute, "{{0.5, 0.5}, {0.5, 0.5}}"_ns}},
+         10,
+         30,
+         60},
+        {"bounding box in fractions of the screen",
+         "A",
+         {{QzBoundingBoxAttribute, "{{0.1, 0.25}, {0.5, 0.25}}"_ns}},
+         72,
+         144,
+         60},
+        {"the whole screen", "A", {}, 0, 0, 60},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.reason);
+        setText(c.text, c.attributes);
+        EXPECT_EQ(container->textBox().origin, (NSPoint{c.x, c.y}));
+        EXPECT_EQ(container->textBox().size.height, c.height);
+        EXPECT_LT(container->textBox().size.width, 100);
+        EXPECT_EQ(manager->usedRectForTextContainer(*container).origin.y, c.y) << "the text did not follow its box";
+
+        const NSRect inFullScreen = container->textBox();
+        container->setFullscreen(false);
+        container->updateFromString();
+        EXPECT_EQ(container->textBox(), inFullScreen) << "in box mode the text sits elsewhere on the screen";
+        EXPECT_EQ(manager->usedRectForTextContainer(*container).origin, NSPoint{});
+        container->setFullscreen(true);
+    }
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(ScreenTextContainerTest, AttributesThatMakeNoBoxAreIgnoredWithALine) {
+    const Attributes cases[] = {
+        {{QzBoundingMarginsAttribute, NSArray::arrayWithObjects({number(1), number(2)})}},
+        {{QzBoundingMarginsAttribute, margins(10, std::numeric_limits<float>::quiet_NaN(), 30, 40)}},
+        {{QzBoundingMarginsAttribute, "10"_ns}},
+        {{QzBoundingBoxAttribute, "abc"_ns}},
+        {{QzBoundingBoxAttribute, number(1)}},
+    };
+    for (const Attributes& attributes : cases) {
+        SCOPED_TRACE(attributes.front().second->description());
+        log.clear();
+        setText("A", attributes);
+        EXPECT_EQ(container->textBox().origin, NSPoint{});
+        ASSERT_EQ(log.lines().size(), 1u);
+        EXPECT_NE(log.lines()[0].find("ignored"), std::string::npos) << log.lines()[0];
+    }
+}
+
+TEST_F(ScreenTextContainerTest, MarginsWiderThanTheScreenLeaveNoRoom) {
+    setText("A", {{QzBoundingMarginsAttribute, margins(400, 400, 0, 0)}});
+    EXPECT_EQ(manager->glyphRangeForTextContainer(*container).length, 0u);
+    setText("A", {});
+    EXPECT_EQ(manager->glyphRangeForTextContainer(*container).length, 1u) << "the next text is not held up by the last";
+}
+
+TEST(ScreenTextContainer, WithNothingToAskTheBoxStays) {
+    const LogCapture log;
+    const auto container = QzScreenTextContainer::init();
+    container->setTextBox({{1, 2}, {3, 4}});
+    container->updateFromString();
+    EXPECT_EQ(container->textBox(), (NSRect{{1, 2}, {3, 4}}));
+    EXPECT_THAT(log.lines(), ElementsAre("Nothing to update from!\n"));
+}
+
+TEST(ScreenTextContainer, FollowsTheEditsOfItsTextView) {
+    const auto container = QzScreenTextContainer::initWithScreenSize({720, 576});
+    const auto view = NSTextView::initWithTextContainer(container);
+    container->setTextView(view);
+    int displays = 0;
+    view->setDisplayHook([&] { ++displays; });
+    view->setTypingAttributes(dictionaryOf({{QzBoundingMarginsAttribute, margins(100, 0, 50, 0)}}));
+    view->insertText("A"_ns);
+    EXPECT_EQ(container->textBox().origin, (NSPoint{100, 50}));
+    EXPECT_EQ(displays, 1);
+    EXPECT_TRUE(container->heightTracksTextView()) << "the tracking flag must come back after an update";
+
+    const NSRect one = container->textBox();
+    view->insertText("B"_ns);
+    EXPECT_GT(container->textBox().size.width, one.size.width);
+
+    container->setTextView({});
+    const NSRect two = container->textBox();
+    view->insertText("C"_ns);
+    EXPECT_EQ(container->textBox(), two) << "still listens to a view that it has lost";
+}
+
+}  // namespace
+}  // namespace qz

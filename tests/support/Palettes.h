@@ -1,0 +1,61 @@
+#pragma once
+
+#include <utility>
+#include <vector>
+
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "platform/foundation/NSArray.h"
+#include "platform/foundation/NSNumber.h"
+#include "platform/foundation/NSUndoManager.h"
+#include "platform/graphics/NSColor.h"
+
+namespace qz::test {
+
+using Attributes = std::vector<std::pair<Ref<NSString>, Ref<NSObject>>>;
+
+inline Ref<NSNumber> number(double value) {
+    return NSNumber::numberWithFloat(static_cast<float>(value));
+}
+
+inline Ref<NSNumber> integer(int32_t value) {
+    return NSNumber::numberWithInt(value);
+}
+
+inline Ref<NSColor> rgba(float red, float green, float blue, float alpha = 1) {
+    return NSColor::colorWithCalibratedRed(red, green, blue, alpha);
+}
+
+/// Left, right, top, bottom.
+inline Ref<NSArray> margins(double left, double right, double top, double bottom) {
+    return NSArray::arrayWithObjects({number(left), number(right), number(top), number(bottom)});
+}
+
+inline Ref<NSDictionary> dictionaryOf(const Attributes& attributes) {
+    ObjectMap map;
+    for (const auto& [name, value] : attributes) map.set(name, value);
+    return NSDictionary::dictionaryWithMap(std::move(map));
+}
+
+inline void giveAttributes(QzAnnoPalette& palette, const Ref<QzAnno>& anno, const Attributes& attributes) {
+    const Ref<QzMutableAnno> changed = anno->mutableCopy();
+    for (const auto& [name, value] : attributes) changed->setAttribute(name, value);
+    palette.replaceAnno(changed);
+}
+
+/// An editable palette whose global annotation has these attributes.
+inline Ref<QzAnnoPalette> paletteWithGlobals(const Attributes& attributes) {
+    const Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
+    palette->setUndoManager(NSUndoManager::init());
+    giveAttributes(*palette, palette->lookupAnno({}), attributes);
+    return palette;
+}
+
+/// Adds an annotation on top and returns its key.
+inline Ref<QzAnnoKey> addAnnotation(QzAnnoPalette& palette, const char* name, const Attributes& attributes) {
+    const Ref<QzAnno> anno = palette.createAnno(NSString::stringWithUTF8String(name));
+    giveAttributes(palette, anno, attributes);
+    return anno->annokey();
+}
+
+}  // namespace qz::test

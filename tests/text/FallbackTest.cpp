@@ -1,0 +1,110 @@
+#include <gmock/gmock.h>
+
+#include "platform/text/FontFace.h"
+#include "platform/text/FontFallback.h"
+#include "platform/text/Shaping.h"
+
+namespace qz {
+namespace {
+
+Ref<NSFont> fontNamed(const char* name, float size = 20) {
+    return NSFont::fontWithName(*NSString::stringWithUTF8String(name), size);
+}
+
+std::string fallbackName(const char* font, std::u16string_view text, std::string_view language = {}) {
+    return fontForText(fontNamed(font), text, language)->fontName()->utf8();
+}
+
+bool hasMissingGlyph(std::u16string_view text, const Ref<NSFont>& font, bool isRightToLeft) {
+    for (const ShapedGlyph& glyph :
+         shape({text, {0, static_cast<uint32_t>(text.size())}, font, 0, isRightToLeft, ""})) {
+        if (glyph.glyph == 0) return true;
+    }
+    return false;
+}
+
+TEST(FallbackTest, ServesTheScriptsThatALatinFontLacks) {
+    const struct {
+        std::u16string_view text;
+        bool isRightToLeft;
+        const char *language, *reason;
+    } cases[] = {
+        {u"عنوان", true, "", "Arabic"},
+        {u"כּוֹתֶרֶת", true, "", "Hebrew with points"},
+        {u"ชื่อเรื่อง", false, "", "Thai"},
+        {u"शीर्षक", false, "", "Devanagari"},
+        {u"タイトル", false, "", "Katakana"},
+        {u"字幕", false, "ja", "Han"},
+        {u"제목", false, "", "Hangul"},
+        {u"\U0001F44D\U0001F3FD", false, "", "emoji with a skin tone"},
+        {u"\U0001F468\u200D\U0001F469\u200D\U0001F467", false, "", "emoji joined to a family"},
+        {u"\U0001F1EF\U0001F1F5", false, "", "a flag"},
+        {u"1\uFE0F\u20E3", false, "", "a keycap"},
+        {u"\U00013000", false, "", "a hieroglyph beyond the first plane"},
+    };
+    for (const auto& [text, isRightToLeft, language, reason] : cases) {
+        const Ref<NSFont> base = fontNamed("NotoSans-Regular", 33);
+        ASSERT_TRUE(hasMissingGlyph(text, base, isRightToLeft)) << reason;
+        const Ref<NSFont> font = fontForText(base, text, language);
+        EXPECT_TRUE(font->coversText(text)) << reason << ": " << font->description();
+        EXPECT_FALSE(hasMissingGlyph(text, font, isRightToLeft)) << reason << ": " << font->description();
+        EXPECT_EQ(font->pointSize(), 33) << reason;
+        EXPECT_TRUE(fontForText(base, text, language)->isEqual(*font)) << reason << ": remembered";
+    }
+}
+
+TEST(FallbackTest, KeepsTheFontThatServes) {
+    const Ref<NSFont> font = fontNamed("DejaVuSans");
+    EXPECT_EQ(fontForText(font, u"Title, عنوان\t\u2028"), font);
+    EXPECT_EQ(fontForText(font, u""), font);
+    EXPECT_EQ(fontForText(font, u"\U000FFFF0"), font) << "no font has the character";
+    EXPECT_EQ(fontForText(font, u"a\U000FFFF0"), font) << "its letter at least is served by the font itself";
+    EXPECT_EQ(fallbackName("NotoSans-Regular", u"タ\U000FFFF0"), fallbackName("NotoSans-Regular", u"タ"))
+        << "its letter at least is served";
+}
+
+TEST(FallbackTest, FollowsThePresentationOfEmoji) {
+    const struct {
+        const char* font;
+        std::u16string_view text;
+        const char *found, *reason;
+    } cases[] = {
+        {"DejaVuSans", u"\u2764", "DejaVuSans", "plain by nature"},
+        {"DejaVuSans", u"\u2764\uFE0F", "NotoColorEmoji", "asked for in colour"},
+        {"DejaVuSans", u"\u2764\uFE0E", "DejaVuSans", "asked for plain"},
+        {"DejaVuSans", u"\U0001F600", "NotoColorEmoji", "in colour by nature, though the font has a plain one"},
+        {"DejaVuSans", u"\U0001F600\uFE0E", "DejaVuSans", "asked for plain"},
+        {"DejaVuSans", u"\u2764\uFE0F\u200D\U0001F525", "NotoColorEmoji", "joined"},
+        {"NotoColorEmoji", u"\U0001F600", "NotoColorEmoji", "itself"},
+        {"NotoSans-Regular", u"\u260E\uFE0F", "NotoColorEmoji", "asked for in colour"},
+        {"NotoSans-Regular", u"\U0001F9FF\uFE0E", "NotoColorEmoji", "no plain font has it"},
+    };
+    for (const auto& [font, text, found, reason] : cases) EXPECT_EQ(fallbackName(font, text), found) << reason;
+    EXPECT_FALSE(fontForText(fontNamed("NotoSans-Regular"), u"\u260E")->face().hasColourGlyphs())
+        << "a plain telephone";
+    EXPECT_FALSE(fontForText(fontNamed("NotoColorEmoji"), u"\u2764\uFE0E")->face().hasColourGlyphs())
+        << "a plain heart";
+}
+
+TEST(FallbackTest, KeepsTheLookAndFollowsTheLanguage) {
+    EXPECT_THAT(fallbackName("NotoSans-Bold", u"शीर्षक"), testing::EndsWith("-Bold"));
+    EXPECT_THAT(fallbackName("NotoSans-Regular", u"शीर्षक"), testing::EndsWith("-Regular"));
+    const struct {
+        const char *language, *found;
+    } cases[] = {
+        {"", "NotoSansCJKjp-Regular"},      {"ja", "NotoSansCJKjp-Regular"},
+        {"ko-KR", "NotoSansCJKkr-Regular"}, {"zh-Hans", "NotoSansCJKsc-Regular"},
+        {"zh", "NotoSansCJKsc-Regular"},    {"zh-Hant", "NotoSansCJKtc-Regular"},
+        {"zh-TW", "NotoSansCJKtc-Regular"}, {"zh-Hant-HK", "NotoSansCJKhk-Regular"},
+    };
+    for (const auto& [language, found] : cases) {
+        EXPECT_EQ(fallbackName("NotoSans-Regular", u"骨", language), found) << language;
+    }
+    EXPECT_EQ(fallbackName("NotoSans-Regular", u"骨とスープ"), "NotoSansCJKjp-Regular") << "Kana tells";
+    EXPECT_EQ(fallbackName("NotoSans-Regular", u"漢字와 한글"), "NotoSansCJKkr-Regular") << "Hangul tells";
+    EXPECT_EQ(fallbackName("NotoSans-Regular", u"视频标题"), "NotoSansCJKsc-Regular") << "simplified letters tell";
+    EXPECT_FALSE(fontForText(fontNamed("NotoSans-Regular"), u"骨", "no language at all!")->fontName()->utf8().empty());
+}
+
+}  // namespace
+}  // namespace qz

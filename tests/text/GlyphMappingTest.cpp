@@ -1,0 +1,137 @@
+#include <map>
+#include <random>
+
+#include <gmock/gmock.h>
+
+#include "tests/text/TextSystem.h"
+
+namespace qz {
+namespace {
+
+/// The characters of a line from left to right, each once.
+std::string visualText(const TextSystem& system) {
+    std::map<float, std::string> byX;
+    const std::u16string_view text = system.storage->characters();
+    for (uint32_t i = 0; i < text.size(); ++i) byX[system.xOfCharacter(i)] += utf8FromUtf16(text.substr(i, 1));
+    std::string visual;
+    for (const auto& [x, characters] : byX) visual += characters;
+    return visual;
+}
+
+TEST(Bidi, runsStandInVisualOrder) {
+    const struct {
+        const char* text;
+        NSWritingDirection direction;
+        const char* visual;
+        const char* why;
+    } cases[] = {
+        {"abc אבג def", NSWritingDirection::natural, "abc גבא def", "a Hebrew word in a Latin line"},
+        {"אבג abc דהו", NSWritingDirection::natural, "והד abc גבא", "the first strong letter gives the direction"},
+        {"אבג 123 דהו", NSWritingDirection::natural, "והד 123 גבא", "numbers run from left to right"},
+        {"abc אבג!", NSWritingDirection::leftToRight, "abc גבא!", "neutrals go with the paragraph"},
+        {"abc אבג!", NSWritingDirection::rightToLeft, "!גבא abc", "also where it is told its direction"},
+        {"a\tאב\tb", NSWritingDirection::natural, "a\tבא\tb", "tabs part runs"},
+    };
+    for (const auto& row : cases) {
+        const Ref<NSDictionary> attributes = textAttributes(paragraphStyle({.baseWritingDirection = row.direction}));
+        const TextSystem system(*attributedString(row.text, attributes), {500, 0});
+        EXPECT_EQ(visualText(system), row.visual) << row.why;
+    }
+}
+
+TEST(Bidi, theTextOfEachLineIsOrderedByItself) {
+    // One Hebrew sentence over two lines of a Latin paragraph: its first words stand in the first line.
+    const TextSystem system(*attributedString("ab אבג דהו זחט"), {widthOf("ab אבג דהו"), 0});
+    ASSERT_EQ(system.lineTexts(), (std::vector<std::string>{"ab אבג דהו ", "זחט"}));
+    EXPECT_LT(system.xOfCharacter(7), system.xOfCharacter(3)) << "within the run from right to left";
+    EXPECT_TRUE(system.manager->isRightToLeftGlyphAtIndex(3));
+    EXPECT_FALSE(system.manager->isRightToLeftGlyphAtIndex(0));
+    // The blank that hangs between the two lines stands at the end of the first, which is its right.
+    EXPECT_NEAR(system.xOfCharacter(10), widthOf("ab אבג דהו"), 0.01);
+}
+
+TEST(Shaping, seesTheTextAcrossChangesOfColour) {
+    for (const char* text : {"سلام عليكم", "क्षत्रिय", "office AVATAR"}) {
+        const Ref<NSAttributedString> plain = attributedString(text);
+        const auto colored = NSMutableAttributedString::initWithAttributedString(*plain);
+        for (uint32_t i = 0; i < colored->length(); i += 2) {
+            colored->addAttribute(NSForegroundColorAttributeName, NSColor::whiteColor(), {i, 1});
+        }
+        const TextSystem one(*plain), two(*colored);
+        ASSERT_EQ(one.manager->numberOfGlyphs(), two.manager->numberOfGlyphs()) << text;
+        for (uint32_t i = 0; i < one.manager->numberOfGlyphs(); ++i) {
+            EXPECT_EQ(one.manager->glyphAtIndex(i), two.manager->glyphAtIndex(i)) << text << " glyph " << i;
+            EXPECT_EQ(one.manager->locationForGlyphAtIndex(i), two.manager->locationForGlyphAtIndex(i));
+        }
+    }
+}
+
+TEST(Shaping, aWordThatIsCutKeepsItsJoinedForms) {
+    const TextSystem whole(*attributedString("ببببببب"));
+    const TextSystem cut(*attributedString("ببببببب"), {widthOf("بببب"), 0});
+    ASSERT_GT(cut.lineTexts().size(), 1u);
+    for (uint32_t i = 0; i < 7; ++i) EXPECT_EQ(cut.manager->glyphAtIndex(i), whole.manager->glyphAtIndex(i));
+}
+
+constexpr const char* kSamples[] = {
+    "office affairs ffi",
+    "e\u0301a\u0308\u0323 zalgo\u0301\u0302\u0303\u0304",
+    "السلام عليكم لا إله",
+    "क्षत्रिय हिन्दी राष्ट्रीय",
+    "ภาษาไทย น้ำ",
+    "日本語\t한국어\r\nline",
+    "\U0001F468\u200D\U0001F469\u200D\U0001F467 \U0001F1E9\U0001F1EA 👍🏽",
+    "abc אבג\u200F 123 دهو\u2028soft\u00ADhyphen",
+};
+
+TEST(GlyphMapping, everyCharacterLiesInTheClusterOfItsGlyphs) {
+    std::mt19937 random(7);
+    for (const char* sample : kSamples) {
+        for (const float width : {0.0f, 80.0f, 25.0f}) {
+            const TextSystem system(*attributedString(sample), {width, 0});
+            const NSLayoutManager& manager = *system.manager;
+            const uint32_t glyphs = manager.numberOfGlyphs(), length = system.storage->length();
+            EXPECT_EQ(manager.characterRangeForGlyphRange({0, glyphs}), (Range{0, length})) << sample;
+            EXPECT_EQ(manager.glyphRangeForCharacterRange({0, length}), (Range{0, glyphs})) << sample;
+            EXPECT_EQ(manager.characterIndexForGlyphAtIndex(glyphs), length);
+            for (int i = 0; i < 50; ++i) {
+                const auto start = static_cast<uint32_t>(random() % length);
+                const Range characters = {start, static_cast<uint32_t>(1 + random() % (length - start))};
+                Range actual, back;
+                const Range range = manager.glyphRangeForCharacterRange(characters, &actual);
+                ASSERT_GE(range.length, 1u);
+                EXPECT_LE(actual.location, characters.location);
+                EXPECT_GE(actual.end(), characters.end());
+                // Whole clusters map onto themselves, both ways.
+                EXPECT_EQ(manager.characterRangeForGlyphRange(range, &back), actual) << sample;
+                EXPECT_EQ(back, range);
+                EXPECT_EQ(manager.glyphRangeForCharacterRange(actual), range);
+                EXPECT_EQ(manager.characterIndexForGlyphAtIndex(range.location), actual.location);
+            }
+        }
+    }
+}
+
+TEST(GlyphMapping, aLigatureIsOneGlyphOfSeveralCharacters) {
+    const TextSystem system(*attributedString("afib"));
+    ASSERT_EQ(system.manager->numberOfGlyphs(), 3u);
+    Range actual;
+    EXPECT_EQ(system.manager->glyphRangeForCharacterRange({2, 1}, &actual), (Range{1, 1}));
+    EXPECT_EQ(actual, (Range{1, 2}));
+    EXPECT_EQ(system.manager->characterIndexForGlyphAtIndex(2), 3u);
+}
+
+TEST(GlyphMapping, loneSurrogatesAndControlsHaveGlyphs) {
+    std::u16string text = u"a";
+    text += {char16_t(0xD800), u'b', char16_t(0xDC00), u'\0', u'\x1b', char16_t(0xD83D)};
+    const TextSystem system(*NSAttributedString::initWithString(NSString::stringWithCharacters(text), textAttributes()),
+                            {30, 0});
+    EXPECT_EQ(system.manager->glyphRangeForCharacterRange({0, 7}), (Range{0, system.manager->numberOfGlyphs()}));
+    for (uint32_t i = 4; i <= 5; ++i) {
+        const uint32_t glyph = system.manager->glyphRangeForCharacterRange({i, 1}).location;
+        EXPECT_TRUE(system.manager->notShownAttributeForGlyphAtIndex(glyph)) << "controls are not drawn as boxes";
+    }
+}
+
+}  // namespace
+}  // namespace qz

@@ -1,0 +1,247 @@
+#include <chrono>
+#include <random>
+
+#include <gmock/gmock.h>
+
+#include "platform/foundation/NSLog.h"
+#include "platform/text/FontFallback.h"
+#include "platform/text/Shaping.h"
+
+namespace qz {
+
+void PrintTo(const ShapedGlyph& glyph, std::ostream* stream) {
+    *stream << glyph.glyph << '@' << glyph.cluster << '+' << glyph.advance;
+}
+
+namespace {
+
+using testing::ElementsAre;
+
+Ref<NSFont> fontNamed(const char* name, float size = 20) {
+    return NSFont::fontWithName(*NSString::stringWithUTF8String(name), size);
+}
+
+struct Sample {
+    const char* font;
+    std::u16string_view text;
+    bool isRightToLeft;
+};
+
+const Sample kSamples[] = {
+    {"DejaVuSans", u"The office AVATAR to you", false},
+    {"DejaVuSans", u"e\u0301a\u0308\u0323x", false},
+    {"DejaVuSans", u"السلام عليكم", true},
+    {"DejaVuSans", u"שלום עולם", true},
+    {"NotoSansDevanagari-Regular", u"क्षत्रिय कि हिन्दी", false},
+    {"NotoSansThai-Regular", u"ชื่อเรื่อง", false},
+    {"NotoSansCJKjp-Regular", u"字幕とタイトル", false},
+    {"NotoColorEmoji", u"\U0001F468\u200D\U0001F469\u200D\U0001F467\U0001F44D\U0001F3FD\U0001F1EF\U0001F1F5", false},
+};
+
+std::vector<ShapedGlyph> shapeRange(const Sample& sample, Range range, float size = 20) {
+    return shape({sample.text, range, fontNamed(sample.font, size), 0, sample.isRightToLeft, ""});
+}
+
+std::vector<ShapedGlyph> shapeAll(const Sample& sample) {
+    return shapeRange(sample, {0, static_cast<uint32_t>(sample.text.size())});
+}
+
+std::vector<uint32_t> clustersOf(const std::vector<ShapedGlyph>& glyphs) {
+    std::vector<uint32_t> clusters;
+    for (const ShapedGlyph& glyph : glyphs) clusters.push_back(glyph.cluster);
+    return clusters;
+}
+
+float widthOf(const std::vector<ShapedGlyph>& glyphs) {
+    float width = 0;
+    for (const ShapedGlyph& glyph : glyphs) width += glyph.advance;
+    return width;
+}
+
+bool sameGlyphs(const std::vector<ShapedGlyph>& a, const std::vector<ShapedGlyph>& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const ShapedGlyph& x, const ShapedGlyph& y) {
+        return x.glyph == y.glyph && x.cluster == y.cluster && x.advance == y.advance && x.offsetX == y.offsetX &&
+               x.offsetY == y.offsetY;
+    });
+}
+
+void expectOrdered(const std::vector<ShapedGlyph>& glyphs, Range range) {
+    ASSERT_FALSE(glyphs.empty());
+    EXPECT_EQ(glyphs.front().cluster, range.location);
+    EXPECT_LT(glyphs.back().cluster, range.end());
+    EXPECT_TRUE(std::is_sorted(glyphs.begin(), glyphs.end(), [](auto& a, auto& b) { return a.cluster < b.cluster; }));
+}
+
+TEST(ShapingTest, GlyphsComeInTheOrderOfTheText) {
+    for (const Sample& sample : kSamples) {
+        const auto glyphs = shapeAll(sample);
+        expectOrdered(glyphs, {0, static_cast<uint32_t>(sample.text.size())});
+        EXPECT_GT(widthOf(glyphs), 20) << sample.font;
+        for (const ShapedGlyph& glyph : glyphs) EXPECT_NE(glyph.glyph, 0u) << sample.font << " " << glyph.cluster;
+    }
+}
+
+TEST(ShapingTest, LengthsGrowWithTheSize) {
+    for (const Sample& sample : kSamples) {
+        const Range all = {0, static_cast<uint32_t>(sample.text.size())};
+        const float small = widthOf(shapeRange(sample, all, 10));
+        EXPECT_NEAR(widthOf(shapeRange(sample, all, 1000)), 100 * small, 0.01 * small) << sample.font;
+    }
+}
+
+// What is not flagged may begin a line: the parts on either side of the break are as they were in the whole.
+TEST(ShapingTest, TextBreaksWhereItIsSafe) {
+    int safeBreaks = 0;
+    int unsafeBreaks = 0;
+    for (const Sample& sample : kSamples) {
+        const auto whole = shapeAll(sample);
+        const auto length = static_cast<uint32_t>(sample.text.size());
+        for (size_t i = 1; i < whole.size(); ++i) {
+            const uint32_t at = whole[i].cluster;
+            if (at == whole[i - 1].cluster) continue;
+            const bool isUnsafe =
+                std::any_of(whole.begin(), whole.end(), [at](auto& g) { return g.cluster == at && g.isUnsafeToBreak; });
+            isUnsafe ? ++unsafeBreaks : ++safeBreaks;
+            if (isUnsafe) continue;
+            auto parts = shapeRange(sample, {0, at});
+            const auto rest = shapeRange(sample, {at, length - at});
+            parts.insert(parts.end(), rest.begin(), rest.end());
+            EXPECT_TRUE(sameGlyphs(parts, whole))
+                << sample.font << " broken at " << at << testing::PrintToString(parts) << testing::PrintToString(whole);
+        }
+    }
+    EXPECT_GT(safeBreaks, 20);
+    EXPECT_GT(unsafeBreaks, 10);
+}
+
+TEST(ShapingTest, JoinsReachAcrossItems) {
+    const Sample word = {"DejaVuSans", u"بيت", true};
+    const auto whole = shapeAll(word);
+    ASSERT_EQ(whole.size(), 3u);
+    for (uint32_t i = 0; i < 3; ++i) {
+        const auto part = shapeRange(word, {i, 1});
+        ASSERT_EQ(part.size(), 1u);
+        EXPECT_EQ(part[0].glyph, whole[i].glyph) << "a change of colour inside a word keeps the letter's form";
+        const auto alone = shapeAll({"DejaVuSans", word.text.substr(i, 1), true});
+        EXPECT_NE(alone[0].glyph, whole[i].glyph) << "alone it has another";
+    }
+}
+
+TEST(ShapingTest, ClustersHoldWhatBelongsTogether) {
+    const struct {
+        Sample sample;
+        std::vector<uint32_t> clusters;
+        const char* reason;
+    } cases[] = {
+        {{"DejaVuSans", u"office", false}, {0, 1, 4, 5}, "a ligature of three letters"},
+        {{"DejaVuSans", u"e\u0301x", false}, {0, 2}, "letter and mark composed"},
+        {{"DejaVuSans", u"x\u0323\u0301y", false}, {0, 0, 0, 3}, "marks that have glyphs of their own"},
+        {{"NotoSansDevanagari-Regular", u"कि", false}, {0, 0}, "a vowel sign drawn before its letter"},
+        {{"DejaVuSans", u"אבג", true}, {0, 1, 2}, "right to left"},
+        {{"DejaVuSans", u"لا", true}, {0}, "the ligature that Arabic demands"},
+        {{"NotoColorEmoji", u"\U0001F468\u200D\U0001F469\u200D\U0001F467", false}, {0}, "a family"},
+        {{"NotoColorEmoji", u"\U0001F1EF\U0001F1F5\U0001F1EB\U0001F1F7", false}, {0, 4}, "two flags"},
+    };
+    for (const auto& [sample, clusters, reason] : cases) EXPECT_EQ(clustersOf(shapeAll(sample)), clusters) << reason;
+    const auto reordered = shapeAll({"NotoSansDevanagari-Regular", u"कि", false});
+    EXPECT_NE(reordered[0].glyph, fontNamed("NotoSansDevanagari-Regular")->glyphForCharacter(U'क')) << "drawing order";
+    EXPECT_EQ(shapeAll({"DejaVuSans", u"אבג", true})[0].glyph, fontNamed("DejaVuSans")->glyphForCharacter(U'א'));
+}
+
+// The mark of the second letter lies over the second letter, where the pen has not reached the first one yet.
+TEST(ShapingTest, MarksStayWithTheirLettersRightToLeft) {
+    const auto glyphs = shapeAll({"DejaVuSans", u"אבָ", true});
+    ASSERT_THAT(clustersOf(glyphs), ElementsAre(0, 1, 1));
+    float left = 0;
+    const ShapedGlyph* mark = nullptr;
+    for (size_t i = 1; i < 3; ++i) {
+        if (glyphs[i].glyph == fontNamed("DejaVuSans")->glyphForCharacter(U'\u05B8')) mark = &glyphs[i];
+        if (!mark) left += glyphs[i].advance;
+    }
+    ASSERT_TRUE(mark);
+    EXPECT_EQ(mark->advance, 0);
+    EXPECT_GE(left + mark->offsetX, -5);
+    EXPECT_LE(left + mark->offsetX, widthOf({glyphs[1], glyphs[2]}));
+}
+
+TEST(ShapingTest, OptionalLigaturesCanBeLeftOut) {
+    const auto apart = [](const char* font, std::u16string_view text, bool isRightToLeft) {
+        return shape({text, {0, static_cast<uint32_t>(text.size())}, fontNamed(font), 0, isRightToLeft, "", false})
+            .size();
+    };
+    EXPECT_EQ(apart("DejaVuSans", u"office", false), 6u);
+    EXPECT_EQ(apart("DejaVuSans", u"لا", true), 1u) << "not optional";
+}
+
+TEST(ShapingTest, ControlsShowNothing) {
+    const Ref<NSFont> font = fontNamed("DejaVuSans");
+    const std::u16string_view text = u"a\tb\nc\u2028\u0007\u0085d\u00AD\u200B";
+    const auto glyphs = shape({text, {0, 11}, font, 0, false, ""});
+    EXPECT_EQ(glyphs.size(), 11u);
+    EXPECT_NEAR(widthOf(glyphs), widthOf(shape({u"abcd", {0, 4}, font, 0, false, ""})), 0.5);
+    for (const ShapedGlyph& glyph : glyphs) {
+        if (text[glyph.cluster] >= u'a' && text[glyph.cluster] <= u'd') continue;
+        EXPECT_NE(glyph.glyph, 0u) << "no sign of a missing glyph at " << glyph.cluster;
+        EXPECT_EQ(glyph.advance, 0) << glyph.cluster;
+    }
+}
+
+TEST(ShapingTest, HalvesOfPairsAreReplaced) {
+    const Ref<NSFont> font = fontNamed("DejaVuSans");
+    const NSGlyph replacement = font->glyphForCharacter(U'\uFFFD');
+    const std::u16string text = {u'a', 0xD835, u'b', 0xDFD8, 0xD835, 0xDFD8};
+    const auto glyphs = shape({text, {0, 6}, font, 0, false, ""});
+    ASSERT_THAT(clustersOf(glyphs), ElementsAre(0, 1, 2, 3, 4));
+    EXPECT_EQ(glyphs[1].glyph, replacement);
+    EXPECT_EQ(glyphs[3].glyph, replacement);
+    EXPECT_EQ(glyphs[4].glyph, font->glyphForCharacter(U'\U0001D7D8'));
+}
+
+TEST(ShapingTest, RefusesWhatIsOutOfBounds) {
+    int reports = 0;
+    setStandardErrorHook([&reports](std::string_view) { ++reports; });
+    const std::u16string text(kShapingUnitsMax + 1, u'a');
+    const Ref<NSFont> font = fontNamed("DejaVuSans");
+    EXPECT_TRUE(shape({text, {0, kShapingUnitsMax + 1}, font, 0, false, ""}).empty());
+    EXPECT_TRUE(shape({text, {4000, 98}, font, 0, false, ""}).empty());
+    EXPECT_TRUE(shape({text, {0xFFFFFFFF, 2}, font, 0, false, ""}).empty());
+    EXPECT_TRUE(shape({text, {0, 1}, nullptr, 0, false, ""}).empty());
+    EXPECT_EQ(reports, 4);
+    EXPECT_EQ(shape({text, {1, kShapingUnitsMax}, font, 0, false, ""}).size(), kShapingUnitsMax);
+    EXPECT_TRUE(shape({text, {7, 0}, font, 0, false, ""}).empty()) << "nothing to shape";
+    EXPECT_EQ(reports, 4);
+    setStandardErrorHook({});
+}
+
+// The text that HarfBuzz takes longest for.
+TEST(ShapingTest, AnItemFullOfMarksIsNotSlow) {
+    const auto start = std::chrono::steady_clock::now();
+    for (const char16_t mark : {u'\u0301', u'\u0323', u'\u064B'}) {
+        std::u16string text(kShapingUnitsMax, mark);
+        for (size_t i = 0; i < text.size(); i += 2) text[i] = u'\u0316';
+        text[0] = u'a';
+        EXPECT_GE(shapeAll({"DejaVuSans", text, false}).size(), kShapingUnitsMax / 2);
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+TEST(ShapingTest, AnyTextKeepsTheOrder) {
+    const std::u16string_view alphabet =
+        u"aAVfi \u0301\u0323\u200D\uFE0F\t\n\u05D0\u05B8بيتلا\u0651कि\u094Dर字タ\xD83D\xDE00\xDC00\u202E";
+    const auto seed = std::random_device{}();
+    std::mt19937 random(seed);
+    const auto below = [&random](size_t bound) { return std::uniform_int_distribution<size_t>(0, bound - 1)(random); };
+    for (int round = 0; round < 2000; ++round) {
+        std::u16string text(1 + below(40), u' ');
+        for (char16_t& unit : text) unit = alphabet[below(alphabet.size())];
+        const auto location = static_cast<uint32_t>(below(text.size()));
+        const auto length = static_cast<uint32_t>(1 + below(text.size() - location));
+        const char* const font = below(2) ? "DejaVuSans" : "NotoSansDevanagari-Regular";
+        SCOPED_TRACE(testing::Message() << "seed " << seed << " round " << round);
+        expectOrdered(shape({text, {location, length}, fontNamed(font), 0, below(2) == 1, ""}), {location, length});
+        if (HasFatalFailure()) return;
+    }
+}
+
+}  // namespace
+}  // namespace qz
