@@ -1,6 +1,7 @@
 #include "QzAnno_AnnotatedTextFramework/format/QzAnnoStringFormatter.h"
 
 #include <array>
+#include <unordered_map>
 
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
 #include "platform/foundation/NSLog.h"
@@ -109,23 +110,30 @@ Ref<NSAttributedString> QzAnnoStringFormatter::formatted(const QzAnnoString& str
                                                          const QzAnnoPalette& palette) const {
     const auto text = NSMutableAttributedString::init();
     const std::u16string_view characters = string.string()->characters();
-    const auto listSize = NSNumber::numberWithFloat(NSFont::systemFontSize());
+    // Runs with the same keys share one set, and so one dictionary.
+    std::unordered_map<const NSSet*, Ref<NSDictionary>> attributesOfKeys;
     for (const QzAnnoString::Run& run : string.runs()) {
-        Ref<NSDictionary> attributes = palette.attributesForSet(run.keys);
-        if (listmode_) {
-            ObjectMap map = attributes->map();
-            map.set(QzFontSizeAttribute, listSize);
-            map.set(NSForegroundColorAttributeName, NSColor::blackColor());
-            attributes = NSDictionary::dictionaryWithMap(std::move(map));
-        }
-        text->appendString(characters.substr(run.range.location, run.range.length),
-                           palette.assembleCompleteAttributes(attributes));
+        Ref<NSDictionary>& attributes = attributesOfKeys[run.keys.get()];
+        if (!attributes) attributes = completeAttributes(run.keys, palette);
+        text->appendString(characters.substr(run.range.location, run.range.length), attributes);
     }
     if (listmode_)
         applyListParagraphs(*text);
     else
         applyFrame(*text, string.frame(), palette);
     return text->copy();
+}
+
+Ref<NSDictionary> QzAnnoStringFormatter::completeAttributes(const Ref<NSSet>& keys,
+                                                            const QzAnnoPalette& palette) const {
+    Ref<NSDictionary> attributes = palette.attributesForSet(keys);
+    if (listmode_) {
+        ObjectMap map = attributes->map();
+        map.set(QzFontSizeAttribute, NSNumber::numberWithFloat(NSFont::systemFontSize()));
+        map.set(NSForegroundColorAttributeName, NSColor::blackColor());
+        attributes = NSDictionary::dictionaryWithMap(std::move(map));
+    }
+    return palette.assembleCompleteAttributes(attributes);
 }
 
 bool QzAnnoStringFormatter::getObjectValue(Ref<NSObject>& objectValue, const Ref<NSObject>& forString,

@@ -45,6 +45,8 @@ public:
 private:
     QzAnnoStringFormatter() = default;
 
+    /// The attributes of a run with these keys, complete with a font.
+    Ref<NSDictionary> completeAttributes(const Ref<NSSet>& keys, const QzAnnoPalette& palette) const;
     Ref<NSAttributedString> formatted(const QzAnnoString& string, const QzAnnoPalette& palette) const;
 
     WeakRef<QzAnnoPalette> palette_;
