@@ -1,0 +1,139 @@
+#include "platform/foundation/DiagnosticText.h"
+#include "platform/foundation/NSArchiver.h"
+#include "platform/foundation/NSArray.h"
+#include "platform/foundation/NSDictionary.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSSet.h"
+#include "platform/foundation/NSString.h"
+#include "platform/foundation/NSUnarchiver.h"
+
+namespace qz {
+namespace {
+
+constexpr uint64_t kElementMemory = sizeof(Ref<NSObject>);
+// An entry and its slots in the index, while both grow and the old ones are still there.
+constexpr uint64_t kMapEntryMemory = 4 * sizeof(ObjectMap::Entry);
+
+bool encodeCount(NSArchiver& archiver, std::string_view type, size_t count) {
+    if (count > INT32_MAX)
+        archiver.fail("a collection of more than 2,147,483,647 objects");
+    else
+        archiver.encodeValueOfObjCType(type, uint64_t{count});
+    return !archiver.hasFailed();
+}
+
+// Each of so many objects or entries takes `groups` groups and `memory` bytes.
+std::optional<uint32_t> decodeCount(NSUnarchiver& unarchiver, std::string_view type, uint32_t groups, uint64_t memory) {
+    int64_t count = 0;
+    if (!unarchiver.decodeValueOfObjCType(type, &count)) return {};
+    if (count < 0) unarchiver.fail("a collection of " + std::to_string(count) + " objects");
+    if (unarchiver.hasFailed()) return {};
+    const auto natural = static_cast<uint64_t>(count);
+    if (!unarchiver.expectObjects(natural * groups) || !unarchiver.countMemory(natural * memory)) return {};
+    return static_cast<uint32_t>(natural);
+}
+
+// One line for a collection, however many there are.
+void logDropped(size_t dropped, size_t count, std::string_view of) {
+    if (dropped == 0) return;
+    NSLog("%@ of %@ %@ decode as no object and are dropped\n", {std::to_string(dropped), std::to_string(count), of});
+}
+
+void encodeArray(const NSObject& object, NSArchiver& archiver) {
+    const auto& elements = static_cast<const NSArray&>(object).elements();
+    if (!encodeCount(archiver, "i", elements.size())) return;
+    for (size_t i = 0; i < elements.size(); ++i) {
+        if (!archiver.encodeObject(elements[i])) return archiver.addPlaceOfFailure("element " + std::to_string(i));
+    }
+}
+
+Ref<NSObject> decodeArray(NSUnarchiver& unarchiver) {
+    const std::optional<uint32_t> count = decodeCount(unarchiver, "i", 1, kElementMemory);
+    if (!count) return {};
+    std::vector<Ref<NSObject>> elements;
+    elements.reserve(*count);
+    for (uint32_t i = 0; i < *count && !unarchiver.hasFailed(); ++i) {
+        Ref<NSObject> element = unarchiver.decodeExpectedObject();
+        if (element) elements.push_back(std::move(element));
+    }
+    if (unarchiver.hasFailed()) return {};
+    logDropped(*count - elements.size(), *count, "elements of an array");
+    return NSArray::arrayWithObjects(std::move(elements));
+}
+
+const CodedClassRegistration registerArray(
+    {.name = "NSArray", .encode = encodeArray, .decode = decodeArray, .aliases = {"NSMutableArray"}});
+
+// The description of another object than a string can be long.
+std::string placeOf(const NSObject& key, size_t entry) {
+    const auto* const name = dynamic_cast<const NSString*>(&key);
+    return name ? quotedExcerpt(name->utf8()) : "entry " + std::to_string(entry);
+}
+
+void encodeDictionary(const NSObject& object, NSArchiver& archiver) {
+    const auto& entries = static_cast<const NSDictionary&>(object).map().entries();
+    if (!encodeCount(archiver, "i", entries.size())) return;
+    for (size_t i = 0; i < entries.size(); ++i) {
+        const bool isWritten =
+            archiver.encodeObject(entries[i].key) && archiver.countKey(i) && archiver.encodeObject(entries[i].value);
+        if (!isWritten) return archiver.addPlaceOfFailure(placeOf(*entries[i].key, i));
+    }
+}
+
+Ref<NSObject> decodeDictionary(NSUnarchiver& unarchiver) {
+    const std::optional<uint32_t> count = decodeCount(unarchiver, "i", 2, kMapEntryMemory);
+    if (!count) return {};
+    ObjectMap entries;
+    size_t dropped = 0;
+    for (uint32_t i = 0; i < *count; ++i) {
+        const Ref<NSObject> key = unarchiver.decodeExpectedObject();
+        if (key && !unarchiver.countKey(entries.size())) return {};
+        const Ref<NSObject> value = unarchiver.decodeExpectedObject();
+        if (unarchiver.hasFailed()) return {};
+        if (!key || !value) {
+            ++dropped;
+            continue;
+        }
+        entries.set(key, value);
+    }
+    logDropped(dropped, *count, "entries of a dictionary");
+    return NSDictionary::dictionaryWithMap(std::move(entries));
+}
+
+const CodedClassRegistration registerDictionary({.name = "NSDictionary",
+                                                 .encode = encodeDictionary,
+                                                 .decode = decodeDictionary,
+                                                 .aliases = {"NSMutableDictionary"}});
+
+void encodeSet(const NSObject& object, NSArchiver& archiver) {
+    const auto& entries = static_cast<const NSSet&>(object).map().entries();
+    if (!encodeCount(archiver, "I", entries.size())) return;
+    for (size_t i = 0; i < entries.size(); ++i) {
+        if (!archiver.encodeObject(entries[i].key) || !archiver.countKey(i)) {
+            return archiver.addPlaceOfFailure("member " + std::to_string(i));
+        }
+    }
+}
+
+Ref<NSObject> decodeSet(NSUnarchiver& unarchiver) {
+    const std::optional<uint32_t> count = decodeCount(unarchiver, "I", 1, kMapEntryMemory);
+    if (!count) return {};
+    ObjectMap members;
+    size_t dropped = 0;
+    for (uint32_t i = 0; i < *count && !unarchiver.hasFailed(); ++i) {
+        const Ref<NSObject> member = unarchiver.decodeExpectedObject();
+        if (!member)
+            ++dropped;
+        else if (unarchiver.countKey(members.size()))
+            members.set(member, nullptr);
+    }
+    if (unarchiver.hasFailed()) return {};
+    logDropped(dropped, *count, "members of a set");
+    return NSSet::setWithMap(std::move(members));
+}
+
+const CodedClassRegistration registerSet(
+    {.name = "NSSet", .encode = encodeSet, .decode = decodeSet, .aliases = {"NSMutableSet"}});
+
+}  // namespace
+}  // namespace qz

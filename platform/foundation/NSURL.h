@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/foundation/NSString.h"
+
+namespace qz {
+
+/// An immutable address as it is written, and the one that it is relative to, if any; nothing is parsed or resolved.
+/// Equal when both are.
+class NSURL final : public NSObject {
+public:
+    static Ref<NSURL> URLWithString(Ref<NSString> string, Ref<NSURL> relativeToURL = {});
+
+    const Ref<NSString>& relativeString() const { return string_; }
+    const Ref<NSURL>& baseURL() const { return base_; }
+
+    bool isEqual(const NSObject& other) const override;
+    size_t hash() const override { return string_->hash(); }
+    /// "page.html -- https://example.com/" for a relative one.
+    std::string description() const override;
+    std::string className() const override { return "NSURL"; }
+
+private:
+    NSURL(Ref<NSString> string, Ref<NSURL> base) : string_(std::move(string)), base_(std::move(base)) {}
+
+    const Ref<NSString> string_;
+    const Ref<NSURL> base_;
+};
+
+}  // namespace qz

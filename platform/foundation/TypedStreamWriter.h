@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace qz {
+
+struct CodedClass;
+
+/// Writes the elements of a little-endian typed stream one after another and keeps its tables. Whoever writes objects
+/// keeps the numbers of theirs.
+class TypedStreamWriter {
+public:
+    /// Writes the header.
+    TypedStreamWriter();
+
+    const std::vector<uint8_t>& bytes() const { return bytes_; }
+
+    // Values. Integers take their shortest form; those of c, C and B go through `writeByte`.
+    void writeByte(uint8_t byte) { bytes_.push_back(byte); }
+    void writeSigned(int64_t value);
+    void writeUnsigned(uint64_t value);
+    /// The code is f or d.
+    void writeReal(double value, char code);
+    void writeRaw(std::string_view raw);
+    /// Raw bytes behind their length.
+    void writeBytes(std::string_view raw);
+    void writeSharedString(std::string_view text);
+    void writeCString(std::string_view text);
+    /// A class with its superclasses. False when one of these is not known.
+    bool writeClass(const CodedClass& codedClass);
+    void writeNil();
+
+    /// Begins an object and returns its number; its class and groups follow, then its end.
+    uint32_t beginObject();
+    void endObject();
+    void writeReference(uint32_t number);
+
+private:
+    void writeWord(uint64_t word, size_t bytes);
+
+    std::vector<uint8_t> bytes_;
+    std::unordered_map<std::string, uint32_t> strings_;
+    // Entries of one table: objects, classes by name, C strings by their characters.
+    uint32_t entryCount_ = 0;
+    std::unordered_map<std::string, uint32_t> classes_;
+    std::unordered_map<std::string, uint32_t> cStrings_;
+};
+
+}  // namespace qz

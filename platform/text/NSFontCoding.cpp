@@ -1,0 +1,100 @@
+#include <cmath>
+#include <span>
+#include <vector>
+
+#include "platform/foundation/DiagnosticText.h"
+#include "platform/foundation/NSArchiver.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSNumber.h"
+#include "platform/foundation/NSString.h"
+#include "platform/foundation/NSUnarchiver.h"
+#include "platform/text/NSFont.h"
+
+namespace qz {
+namespace {
+
+// The name stands in a block of bytes: two 32-bit numbers, little-endian in every stream, which are the kind of the
+// block and the bytes of the name; then the name in UTF-16 with a byte-order mark, and zeros up to a multiple of 4.
+constexpr size_t kHeadBytes = 8;
+constexpr uint32_t kNameKind = 6;
+constexpr char16_t kByteOrderMark = 0xFEFF;
+constexpr char16_t kSwappedMark = 0xFFFE;
+// The latest version of the class that such streams hold.
+constexpr int32_t kClassVersion = 30;
+
+void appendNumber(std::vector<uint8_t>& block, uint32_t number, size_t bytes) {
+    for (size_t i = 0; i < bytes; ++i) block.push_back(static_cast<uint8_t>(number >> (8 * i)));
+}
+
+std::vector<uint8_t> blockOfName(const std::u16string& name) {
+    std::vector<uint8_t> block;
+    appendNumber(block, kNameKind, 4);
+    appendNumber(block, static_cast<uint32_t>(2 * (name.size() + 1)), 4);
+    appendNumber(block, kByteOrderMark, 2);
+    for (const char16_t unit : name) appendNumber(block, unit, 2);
+    block.resize((block.size() + 3) / 4 * 4);
+    return block;
+}
+
+uint32_t number(std::string_view littleEndian) {
+    uint32_t value = 0;
+    for (size_t i = littleEndian.size(); i-- > 0;) value = value << 8 | static_cast<uint8_t>(littleEndian[i]);
+    return value;
+}
+
+// None when the block is not built as above.
+Ref<NSString> nameInBlock(std::string_view block) {
+    if (block.size() < kHeadBytes || number(block.substr(0, 4)) != kNameKind) return {};
+    const uint32_t nameBytes = number(block.substr(4, 4));
+    if (nameBytes > block.size() - kHeadBytes || nameBytes % 2 != 0) return {};
+    std::u16string name;
+    for (size_t i = 0; i < nameBytes; i += 2) {
+        name += static_cast<char16_t>(number(block.substr(kHeadBytes + i, 2)));
+    }
+    if (name.starts_with(kSwappedMark)) {
+        for (char16_t& unit : name) unit = static_cast<char16_t>(unit << 8 | unit >> 8);
+    }
+    if (name.starts_with(kByteOrderMark)) name.erase(0, 1);
+    return name.empty() ? nullptr : NSString::stringWithCharacters(std::move(name));
+}
+
+void encodeFont(const NSObject& object, NSArchiver& archiver) {
+    const auto& font = static_cast<const NSFont&>(object);
+    const std::vector<uint8_t> block = blockOfName(font.fontName()->characters());
+    archiver.encodeInt(static_cast<int32_t>(block.size()));
+    archiver.encodeChars(block);
+    archiver.encodeFloat(font.pointSize());
+    // Nobody knows what these mean; 0, 1, 0, 0 is what most fonts have.
+    for (const bool value : {false, true, false, false}) archiver.encodeBool(value);
+}
+
+Ref<NSObject> fontOtherwise(const NSString& name, float size) {
+    const Ref<NSFont> font = NSFont::titleBarFontOfSize(size);
+    NSLog("The archive's font %@ at %@ points is not to be had; %@ at %@ points is used\n",
+          {quotedExcerpt(name.utf8()), shortestDecimal(size), font->fontName(), shortestDecimal(font->pointSize())});
+    return font;
+}
+
+Ref<NSObject> decodeFont(NSUnarchiver& unarchiver) {
+    const std::optional<int32_t> length = unarchiver.decodeInt();
+    if (length && *length < 0) unarchiver.fail("a font's name of " + std::to_string(*length) + " bytes");
+    if (!length || unarchiver.hasFailed()) return {};
+    const auto block = unarchiver.decodeArrayOfObjCType('c', static_cast<size_t>(*length));
+    if (!block || !unarchiver.countMemory(2 * block->size())) return {};
+    const Ref<NSString> name = nameInBlock(*block);
+    if (!name) unarchiver.fail("the name of a font is not stored as it should be");
+    const std::optional<float> size = unarchiver.decodeFloat();
+    for (int i = 0; i < 4; ++i) {
+        int32_t ignored = 0;
+        unarchiver.decodeValueOfObjCType("c", &ignored);
+    }
+    if (unarchiver.hasFailed()) return {};
+    const Ref<NSFont> font = NSFont::fontWithName(*name, *size);
+    return font ? font : fontOtherwise(*name, *size);
+}
+
+const CodedClassRegistration registration(
+    {.name = "NSFont", .version = kClassVersion, .encode = encodeFont, .decode = decodeFont});
+
+}  // namespace
+}  // namespace qz

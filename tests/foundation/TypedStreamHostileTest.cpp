@@ -1,0 +1,420 @@
+#include <chrono>
+#include <cstdlib>
+#include <new>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include "platform/foundation/NSArchiver.h"
+#include "platform/foundation/NSArray.h"
+#include "platform/foundation/NSDate.h"
+#include "platform/foundation/NSDictionary.h"
+#include "platform/foundation/NSNumber.h"
+#include "platform/foundation/NSSet.h"
+#include "platform/foundation/NSString.h"
+#include "platform/foundation/NSURL.h"
+#include "platform/foundation/NSUnarchiver.h"
+#include "platform/foundation/TypedStreamLimits.h"
+#include "platform/foundation/TypedStreamListing.h"
+#include "platform/foundation/TypedStreamTypes.h"
+#include "tests/foundation/StreamBytes.h"
+#include "tests/support/LogCapture.h"
+
+namespace {
+
+// Bytes that are allocated by `new` now, and the most since the last `startCounting`.
+size_t liveBytes = 0;
+size_t peakBytes = 0;
+
+void* counted(void* memory) {
+    if (!memory) throw std::bad_alloc();
+    liveBytes += malloc_usable_size(memory);
+    peakBytes = std::max(peakBytes, liveBytes);
+    return memory;
+}
+
+void release(void* memory) {
+    if (memory) liveBytes -= malloc_usable_size(memory);
+    std::free(memory);
+}
+
+}  // namespace
+
+void* operator new(size_t size) {
+    return counted(std::malloc(size));
+}
+void* operator new[](size_t size) {
+    return counted(std::malloc(size));
+}
+void operator delete(void* memory) noexcept {
+    release(memory);
+}
+void operator delete[](void* memory) noexcept {
+    release(memory);
+}
+void operator delete(void* memory, size_t) noexcept {
+    release(memory);
+}
+void operator delete[](void* memory, size_t) noexcept {
+    release(memory);
+}
+
+namespace qz {
+namespace {
+
+using test::StreamBytes;
+using testing::HasSubstr;
+using testing::Not;
+
+// The tables of a reader that has read nothing yet, and one line of error.
+constexpr size_t kBytesOfEmptyReader = 8192;
+
+struct Outcome {
+    std::string text;  // the error, or "(read)"
+    size_t peakBytes = 0;
+};
+
+// Reads the stream both ways; the object, if any, is freed at the end.
+Outcome outcomeOf(const Ref<NSData>& data) {
+    test::LogCapture log;
+    const size_t before = liveBytes;
+    peakBytes = before;
+    Outcome outcome;
+    {
+        std::string error;
+        const Ref<NSObject> object = NSUnarchiver::unarchiveObjectWithData(data, &error);
+        outcome.peakBytes = peakBytes - before;
+        outcome.text = object ? "(read)" : error;
+    }
+    EXPECT_THAT(outcome.text, Not(HasSubstr("\n")));
+    return outcome;
+}
+
+std::string listingErrorOf(const NSData& data) {
+    std::string error = "(listed)";
+    size_t longest = 0;
+    listTypedStream(
+        data, [&](std::string_view line) { longest = std::max(longest, line.size()); }, &error);
+    EXPECT_LT(longest, 2000u);
+    return error;
+}
+
+// About 4 KB, as a palette with texts would be.
+Ref<NSData> archive() {
+    const Ref<NSString> size = "QzFontSizeAttribute"_ns;
+    const Ref<NSString> bits = NSString::stringWithUTF8String("a title of usual length, 中文 and 😀");
+    std::vector<Ref<NSObject>> annotations;
+    for (int i = 0; i < 48; ++i) {
+        ObjectMap map;
+        map.set(size, NSNumber::numberWithFloat(static_cast<float>(i) + 0.5f));
+        map.set("Name"_ns, NSString::stringWithUTF8String("Annotation " + std::to_string(i)));
+        if (i % 5 == 0) map.set(bits, NSData::dataWithBytes(std::string(static_cast<size_t>(i), 'x')));
+        if (i % 7 == 0) map.set("Date"_ns, NSDate::dateWithTimeIntervalSinceReferenceDate(i * 1e9 + 0.25));
+        annotations.push_back(NSDictionary::dictionaryWithMap(map));
+        if (i % 3 == 0) annotations.push_back(NSSet::setWithObject(annotations.back()));
+        annotations.push_back(NSURL::URLWithString("a"_ns, NSURL::URLWithString(bits)));
+    }
+    return NSArchiver::archivedDataWithRootObject(NSArray::arrayWithObjects(annotations));
+}
+
+TEST(TypedStreamHostile, EveryTruncationIsRefusedInLittleMemory) {
+    const Ref<NSData> whole = archive();
+    ASSERT_GT(whole->length(), 4000u);
+    ASSERT_EQ(outcomeOf(whole).text, "(read)");
+    for (size_t length = 0; length < whole->length(); ++length) {
+        const Ref<NSData> part = NSData::dataWithBytes(whole->view().substr(0, length));
+        const Outcome outcome = outcomeOf(part);
+        ASSERT_NE(outcome.text, "(read)") << length;
+        ASSERT_THAT(outcome.text, HasSubstr("byte ")) << length;
+        ASSERT_LE(outcome.peakBytes, 16 * length + kBytesOfEmptyReader) << length;
+        listingErrorOf(*part);
+    }
+}
+
+TEST(TypedStreamHostile, EverySingleByteChangeEndsInLittleMemory) {
+    const Ref<NSData> whole = archive();
+    size_t refused = 0;
+    size_t peakMax = 0;
+    for (size_t at = 0; at < whole->length(); ++at) {
+        for (const int change : {0x01, 0x84, 0xFF}) {
+            std::vector<uint8_t> bytes = whole->bytes();
+            bytes[at] = static_cast<uint8_t>(bytes[at] ^ change);
+            const Ref<NSData> changed = NSData::dataWithBytes(std::move(bytes));
+            const Outcome outcome = outcomeOf(changed);
+            ASSERT_LE(outcome.peakBytes, 16 * whole->length() + kBytesOfEmptyReader) << at << " ^ " << change;
+            peakMax = std::max(peakMax, outcome.peakBytes);
+            if (outcome.text != "(read)") ++refused;
+            if (change == 0x84) listingErrorOf(*changed);
+        }
+    }
+    // Most bytes are structure; those of texts and numbers change what is read.
+    EXPECT_GT(refused, whole->length());
+    RecordProperty("peakBytesPerByte",
+                   std::to_string(static_cast<double>(peakMax) / static_cast<double>(whole->length())));
+}
+
+// A class of an archive to come that holds what a case is about; this version decodes as none and passes over it.
+const CodedClassRegistration passedOver({.name = "QzPassedOver",
+                                         .decode = [](NSUnarchiver&) { return Ref<NSObject>(); }});
+
+StreamBytes array(uint32_t count) {
+    StreamBytes stream;
+    stream.text("@").object().cls("NSArray").cls("NSObject").nil().text("i");
+    return count < 128 ? stream.byte(static_cast<int>(count)) : stream.byte(0x82).word(count, 4);
+}
+
+StreamBytes passedOverObject() {
+    return StreamBytes().text("@").object().cls("QzPassedOver").cls("NSObject").nil();
+}
+
+// A root array whose element k holds twice, or once, element k - 1.
+StreamBytes tower(uint32_t levels, int width) {
+    StreamBytes stream = array(levels);
+    stream.ref(0).object().ref(1).ref(3).byte(0).end();
+    for (uint32_t level = 1; level < levels; ++level) {
+        stream.ref(0).object().ref(1).ref(3).byte(width);
+        for (int i = 0; i < width; ++i) stream.ref(0).ref(2 + level);
+        stream.end();
+    }
+    return stream.end();
+}
+
+StreamBytes nested(int depth) {
+    StreamBytes stream = array(1);
+    for (int i = 1; i < depth; ++i) stream.ref(0).object().ref(1).ref(3).byte(i == depth - 1 ? 0 : 1);
+    for (int i = 0; i < depth; ++i) stream.end();
+    return stream;
+}
+
+StreamBytes superclassChain(int length) {
+    StreamBytes stream = StreamBytes().text("@").object();
+    for (int i = 0; i < length; ++i) stream.cls("C" + std::to_string(i));
+    return stream.nil().end();
+}
+
+// Arrays as members of a set that differ in the last of their 2^18 elements: their hashes, which are the counts, are
+// alike.
+StreamBytes comparedTowers() {
+    constexpr uint32_t levels = 18, towers = 30;
+    constexpr uint32_t classOfStrings = 4, classOfArrays = 6, bytesType = 5, countType = 7;
+    StreamBytes stream = StreamBytes().text("@").object().cls("NSSet").cls("NSObject").nil().text("I").byte(towers + 2);
+    stream.ref(0).object().cls("NSString", 1).ref(2).text("+").byte(1).raw("s").end();
+    stream.ref(0).object().cls("NSArray").ref(2).text("i").byte(0).end();
+    for (uint32_t k = 0; k < towers; ++k) {
+        const uint32_t outermost = 7 + k * (levels + 1);
+        for (uint32_t level = 0; level < levels; ++level) {
+            const int count = level == 0 ? 3 : level + 1 < levels ? 2 : 0;
+            stream.ref(0).object().ref(classOfArrays).ref(countType).byte(count);
+        }
+        for (uint32_t level = levels - 1; level > 0; --level) stream.end().ref(0).ref(outermost + level);
+        stream.ref(0).object().ref(classOfStrings).ref(bytesType).byte(1).byte('A' + static_cast<int>(k)).end().end();
+    }
+    return stream.end();
+}
+
+// A type string that is paid for once and used by references of one byte.
+StreamBytes usedTypes(StreamBytes stream, const std::string& types, int uses) {
+    stream.text(types);
+    const uint32_t number = stream.bytes().find("QzPassedOver") == std::string::npos ? 0 : 3;
+    for (int i = 1; i < uses; ++i) stream.byte(1).ref(number);
+    return stream.byte(1);
+}
+
+struct HostileCase {
+    const char* why;
+    StreamBytes stream;
+    const char* error;
+};
+
+TEST(TypedStreamHostile, AttacksAreRefusedByName) {
+    const std::string many(1023, '!');
+    const HostileCase cases[] = {
+        {"no data at all", StreamBytes(), "the data ends where a value is due"},
+        {"objects inside each other", nested(100000), "more than 512 objects inside each other"},
+        {"as deep by references: freeing it would recurse", tower(100000, 1), "by references"},
+        {"doubled at each level: comparing it would never end", tower(60, 2), "more than 16777216 others"},
+        {"members that take long to compare", comparedTowers(), "too many dictionary keys or set members"},
+        {"an array that promises two thousand million objects", array(INT32_MAX), "a collection of 2147483647 objects"},
+        {"a negative count", array(UINT32_MAX).byte(0), "a collection of -1 objects"},
+        {"a text of 4 GB",
+         StreamBytes()
+             .text("@")
+             .object()
+             .cls("NSString", 1)
+             .cls("NSObject")
+             .nil()
+             .text("+")
+             .byte(0x82)
+             .word(UINT32_MAX, 4),
+         "4294967295 bytes are due"},
+        {"data of 2 GB",
+         StreamBytes()
+             .text("@")
+             .object()
+             .cls("NSData")
+             .cls("NSObject")
+             .nil()
+             .text("i")
+             .byte(0x82)
+             .word(INT32_MAX, 4)
+             .text("[2147483647c]"),
+         "take at least 2147483647 bytes"},
+        {"data of a negative length",
+         StreamBytes().text("@").object().cls("NSData").cls("NSObject").nil().text("i").byte(-1), "data of -1 bytes"},
+        {"collections that each promise all that is left",
+         array(20).ref(0).object().ref(1).ref(3).byte(20).raw(std::string(60, '\x92')), "a collection of 20 objects"},
+        {"a class name of 4 GB", StreamBytes().text("@").object().byte(0x84).byte(0x84).byte(0x82).word(UINT32_MAX, 4),
+         "4294967295 bytes are due"},
+        {"a superclass chain without end", superclassChain(100000), "more than 64 superclasses"},
+        {"its own superclass", StreamBytes().text("@").object().cls("NSArray").ref(1), "its own superclass"},
+        {"a superclass that is the object", StreamBytes().text("@").object().cls("NSArray").ref(0),
+         "referred to as a class"},
+        {"a class where an object is due", array(1).ref(0).ref(1).end(), "referred to as an object"},
+        {"an entry that is not there", array(1).ref(0).ref(99).end(), "entry 99 of the objects, which has 3"},
+        {"a shared string that is not there", array(1).ref(99).byte(0), "entry 99 of the shared strings"},
+        {"a reference before the first entry", array(1).ref(0).byte(0x81).word(0xFF00, 2), "a reference to entry"},
+        {"no class", StreamBytes().text("@").object().nil().end(), "an object without a class"},
+        {"a class without a name", StreamBytes().text("@").object().byte(0x84).nil(), "a class without a name"},
+        {"a group without types", array(1).nil().byte(0), "nil stands"},
+        {"an element of another type", array(1).text("i").byte(1).end(), "\"i\""},
+        {"groups left over", array(0).ref(0).nil().end(), "the end of an object is due"},
+        {"too few groups", array(2).ref(0).nil().end().raw(std::string(8, '\x86')), "an object ends where"},
+        {"many values for one byte", usedTypes(passedOverObject(), many + "c", 20000), "more values than"},
+        {"an endless loop of nothing", passedOverObject().text("[200000!]").end(), "takes no space"},
+        {"more elements than bytes", passedOverObject().text("[4000000000[4000000000d]]").end(), "take at least"},
+        {"a text string that is no header", StreamBytes().text("@").object().cls("NSPlainWrong").nil(),
+         "\"NSPlainWrong\" cannot be read"},
+    };
+    for (const auto& [why, stream, error] : cases) {
+        const auto start = std::chrono::steady_clock::now();
+        const Outcome outcome = outcomeOf(stream.data());
+        EXPECT_THAT(outcome.text, HasSubstr(error)) << why;
+        EXPECT_LE(outcome.peakBytes,
+                  16 * stream.bytes().size() + kBytesOfEmptyReader + TypedStreamLimits::kMemoryFree / 8)
+            << why;
+        listingErrorOf(*stream.data());
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10)) << why;
+    }
+}
+
+TEST(TypedStreamHostile, TheListingRefusesWhatTheReaderRefuses) {
+    const std::string many(1023, '!');
+    EXPECT_THAT(listingErrorOf(*usedTypes(StreamBytes(), many + "c", 20000).data()), HasSubstr("more values than"));
+    EXPECT_THAT(listingErrorOf(*nested(100000).data()), HasSubstr("more than 512 objects"));
+    EXPECT_EQ(listingErrorOf(*nested(512).data()), "(listed)");
+    EXPECT_EQ(outcomeOf(nested(512).data()).text, "(read)");
+    EXPECT_THAT(outcomeOf(nested(513).data()).text, HasSubstr("more than 512 objects"));
+}
+
+TEST(TypedStreamHostile, MalformedTypeStrings) {
+    const std::string deep(33, '[');
+    for (const std::string& types : {std::string(),
+                                     std::string("[c]"),
+                                     std::string("[5]"),
+                                     std::string("[5"),
+                                     std::string("[5c"),
+                                     std::string("[5cc]"),
+                                     std::string("]"),
+                                     std::string("{"),
+                                     std::string("{a}"),
+                                     std::string("{a=c"),
+                                     std::string("}"),
+                                     std::string("x"),
+                                     std::string("^i"),
+                                     std::string("[4294967296c]"),
+                                     std::string("[99999999999999999999c]"),
+                                     std::string("[2{=}]"),
+                                     std::string("[2[0c]]"),
+                                     std::string("[1!]"),
+                                     std::string("{a[=i}"),
+                                     std::string("5c"),
+                                     std::string(1025, 'c'),
+                                     "[1" + std::string("{=") + std::string(40, '['),
+                                     std::string("c\0", 2),
+                                     std::string(33, '{')}) {
+        std::string error;
+        EXPECT_FALSE(EncodedTypes::parse(types, &error)) << types;
+        EXPECT_THAT(error, HasSubstr("the type string")) << types;
+    }
+    struct Case {
+        const char* types;
+        uint64_t leastBytes;
+    };
+    for (const auto& [types, leastBytes] : {Case{"!", 0}, Case{"[0c]", 0}, Case{"{?=}", 0}, Case{"[3{a=ci[2f]}]@", 13},
+                                            Case{"[4294967295[4294967295[4294967295c]]]", uint64_t{1} << 62}}) {
+        const std::optional<EncodedTypes> parsed = EncodedTypes::parse(types, nullptr);
+        ASSERT_TRUE(parsed) << types;
+        EXPECT_EQ(parsed->leastBytes(), leastBytes) << types;
+    }
+}
+
+TEST(TypedStreamHostile, MemoryOfManySmallPartsIsBounded) {
+    // 200 strings, and sets that refer to each of them with two bytes: forty times what they are in the stream.
+    constexpr uint32_t members = 200, sets = 5000;
+    StreamBytes stream = array(sets + members);
+    stream.ref(0).object().cls("NSString", 1).ref(2).text("+").byte(1).raw("a").end();
+    for (uint32_t i = 1; i < members; ++i)
+        stream.ref(0).object().ref(4).ref(5).byte(2).raw({std::string{char('a' + i / 20), char('a' + i % 20)}}).end();
+    for (uint32_t k = 0; k < sets; ++k) {
+        stream.ref(0).object();
+        if (k == 0)
+            stream.cls("NSSet").ref(2).text("I");
+        else
+            stream.ref(5 + members).ref(7);
+        stream.byte(0x81).word(members, 2);
+        for (uint32_t i = 0; i < members; ++i) stream.ref(0).ref(i == 0 ? 3 : 4 + i);
+        stream.end();
+    }
+    const Ref<NSData> data = stream.end().data();
+    const Outcome outcome = outcomeOf(data);
+    EXPECT_THAT(outcome.text, HasSubstr("MB of memory"));
+    EXPECT_LE(outcome.peakBytes, 16 * data->length() + TypedStreamLimits::kMemoryFree);
+    EXPECT_GT(outcome.peakBytes, data->length()) << "refused too soon for what it is about";
+}
+
+TEST(TypedStreamHostile, WhatIsOddButAllowed) {
+    // The same key twice: the later one wins. Groups behind the root are another's business.
+    StreamBytes stream = StreamBytes().text("@").object().cls("NSDictionary").cls("NSObject").nil().text("i").byte(2);
+    stream.ref(0).object().cls("NSString", 1).ref(2).text("+").byte(1).raw("k").end().ref(0).ref(3);
+    stream.ref(0)
+        .object()
+        .ref(4)
+        .ref(5)
+        .byte(1)
+        .raw("k")
+        .end()
+        .ref(0)
+        .object()
+        .ref(4)
+        .ref(5)
+        .byte(1)
+        .raw("v")
+        .end()
+        .end();
+    stream.text("d").byte(1);
+    std::string error;
+    const Ref<NSObject> read = NSUnarchiver::unarchiveObjectWithData(stream.data(), &error);
+    ASSERT_TRUE(read) << error;
+    EXPECT_EQ(read->description(), "{k = v}");
+    // An unsigned number in one byte beyond the tags, and one in a longer form than it needs.
+    const StreamBytes numbers = StreamBytes().text("II").byte(0x92).byte(0x82).word(5, 4);
+    uint32_t first = 0, second = 0;
+    ASSERT_TRUE(NSUnarchiver::initForReadingWithData(numbers.data())->decodeValuesOfObjCTypes("II", {&first, &second}));
+    EXPECT_EQ(first, 0x92u);
+    EXPECT_EQ(second, 5u);
+}
+
+TEST(TypedStreamHostile, OtherFilesAreTold) {
+    for (const std::string_view file :
+         {std::string_view(""), std::string_view("bplist00"), std::string_view("\x04\x0bstreamtype")}) {
+        EXPECT_THAT(outcomeOf(NSData::dataWithBytes(file)).text, HasSubstr("this is no typed stream"));
+    }
+    std::string other = StreamBytes().bytes();
+    other[0] = 3;
+    EXPECT_THAT(outcomeOf(NSData::dataWithBytes(std::string_view(other))).text, HasSubstr("version 3"));
+    EXPECT_NE(NSUnarchiver::initForReadingWithData(nullptr)->error(), "");
+}
+
+}  // namespace
+}  // namespace qz

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "platform/foundation/NSArchiver.h"
+
+namespace qz::test {
+
+/// The archive of one object whose class is called `className` and whose groups are those that `groups` writes, whether
+/// or not the class would ever write such. The class has version 0 and no superclass but the root.
+inline Ref<NSData> codedAs(std::string_view className, const std::function<void(NSArchiver&)>& groups) {
+    static const std::function<void(NSArchiver&)>* groupsToWrite = nullptr;
+    class StandIn : public NSObject {
+        std::string className() const override { return "NSStandIn"; }
+    };
+    static const CodedClassRegistration registration(
+        {.name = "NSStandIn", .encode = [](const NSObject&, NSArchiver& archiver) { (*groupsToWrite)(archiver); }});
+    groupsToWrite = &groups;
+    const Ref<NSData> data = NSArchiver::archivedDataWithRootObject(std::make_shared<StandIn>());
+    const std::string_view name = "\x09NSStandIn";
+    std::string bytes(data->view());
+    bytes.replace(bytes.find(name), name.size(), static_cast<char>(className.size()) + std::string(className));
+    return NSData::dataWithBytes(std::string_view(bytes));
+}
+
+}  // namespace qz::test
