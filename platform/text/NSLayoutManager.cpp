@@ -95,7 +95,7 @@ Range NSLayoutManager::glyphRangeForTextContainer(const NSTextContainer& contain
     const std::optional<size_t> index = indexOfContainer(container);
     if (!index) return {};
     layout_->layOutContainer(*index);
-    const auto lines = std::ranges::equal_range(layout_->lines(), *index, {}, &Layout::Line::container);
+    const std::span<const Layout::Line> lines = layout_->linesOfContainer(*index);
     if (lines.empty()) return {};
     const uint32_t start = lines.front().glyphs.location;
     return {start, static_cast<uint32_t>(lines.back().glyphs.end()) - start};

@@ -270,6 +270,11 @@ const NSLayoutManager::Layout::Line* NSLayoutManager::Layout::lineOfGlyph(uint32
     return line.glyphs.contains(glyphIndex) ? &line : nullptr;
 }
 
+std::span<const NSLayoutManager::Layout::Line> NSLayoutManager::Layout::linesOfContainer(size_t container) const {
+    const auto first = std::ranges::lower_bound(lines_, container, {}, &Line::container);
+    return {first, std::ranges::upper_bound(first, lines_.end(), container, {}, &Line::container)};
+}
+
 NSRect NSLayoutManager::Layout::usedRectOfContainer(size_t container) const {
     std::optional<NSRect> used;
     // Not the union of areas: an empty line has none, but counts.
@@ -279,7 +284,7 @@ NSRect NSLayoutManager::Layout::usedRectOfContainer(size_t container) const {
         const float top = std::min(used->origin.y, rect.origin.y);
         used = {{left, top}, {std::max(used->maxX(), rect.maxX()) - left, std::max(used->maxY(), rect.maxY()) - top}};
     };
-    for (const Line& line : std::ranges::equal_range(lines_, container, {}, &Line::container)) add(line.usedRect);
+    for (const Line& line : linesOfContainer(container)) add(line.usedRect);
     if (extraLine_ && extraLine_->container == container) add(extraLine_->usedRect);
     return used.value_or(NSRect());
 }

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "platform/text/LinePlacement.h"
@@ -44,7 +45,8 @@ public:
     void makeAllGlyphs();
 
     const std::vector<PlacedGlyph>& glyphs() const { return glyphs_; }
-    const std::vector<Line>& lines() const { return lines_; }
+    /// The lines laid out in the container so far, in order.
+    std::span<const Line> linesOfContainer(size_t container) const;
     uint32_t placedGlyphCount() const;
     /// The line of a glyph; none when it has no place.
     const Line* lineOfGlyph(uint32_t glyphIndex) const;
