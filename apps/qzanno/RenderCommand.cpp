@@ -123,7 +123,7 @@ bool Renderer::readInput() {
         return true;
     }
     bool hasUnknownClass = false;
-    auto titles = readTitles(options_.input, *palette_, diagnostics_, hasUnknownClass);
+    auto titles = readTitles(options_.input, palette_, diagnostics_, hasUnknownClass);
     if (!titles) return false;
     if (hasUnknownClass && options_.strict) {
         diagnostics_.error(options_.input,
