@@ -18,6 +18,7 @@
 #include "QzAnno_AnnotatedTextFramework/render/ExpandRectConstrainedBy.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoLayoutManager.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzRasterStrokeFilter.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzScreenTextContainer.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzTextRender.h"
 #include "platform/foundation/Files.h"
