@@ -4,6 +4,7 @@
 #include <cmath>
 #include <mutex>
 #include <unordered_map>
+#include <unordered_set>
 
 #include <ft2build.h>
 #include FT_FREETYPE_H
@@ -11,6 +12,7 @@
 #include FT_TRUETYPE_TABLES_H
 #include <hb-ot.h>
 
+#include "platform/foundation/NSLog.h"
 #include "platform/text/TextCoverage.h"
 
 namespace qz {
@@ -115,8 +117,10 @@ public:
 
     FT_Face face() const { return face_; }
 
-    std::shared_ptr<const NSBezierPath> outline(NSGlyph glyph) {
+    /// `isFirstDamage` becomes true when it is the first that cannot be read.
+    std::shared_ptr<const NSBezierPath> outline(NSGlyph glyph, bool& isFirstDamage) {
         const std::lock_guard lock(mutex_);
+        const bool wasWhole = damaged_.empty();
         if (const auto found = outlines_.find(glyph); found != outlines_.end()) return found->second;
         auto path = std::make_shared<const NSBezierPath>(load(glyph));
         const size_t size = path->points().size() + kPointsPerEntry;
@@ -126,7 +130,13 @@ public:
         }
         outlines_.emplace(glyph, path);
         pointsHeld_ += size;
+        isFirstDamage = wasWhole && !damaged_.empty();
         return path;
+    }
+
+    bool isDamaged(NSGlyph glyph) {
+        const std::lock_guard lock(mutex_);
+        return damaged_.contains(glyph);
     }
 
 private:
@@ -136,7 +146,11 @@ private:
     NSBezierPath load(NSGlyph glyph) {
         if (!FT_IS_SCALABLE(face_)) return {};
         constexpr FT_Int32 flags = FT_LOAD_NO_SCALE | FT_LOAD_NO_HINTING | FT_LOAD_NO_BITMAP;
-        if (FT_Load_Glyph(face_, glyph, flags) != 0 || face_->glyph->format != FT_GLYPH_FORMAT_OUTLINE) return {};
+        if (FT_Load_Glyph(face_, glyph, flags) != 0) {
+            damaged_.insert(glyph);
+            return {};
+        }
+        if (face_->glyph->format != FT_GLYPH_FORMAT_OUTLINE) return {};
         return pathOfOutline(face_->glyph->outline);
     }
 
@@ -145,6 +159,7 @@ private:
     FT_Face face_ = nullptr;
     std::unordered_map<NSGlyph, std::shared_ptr<const NSBezierPath>> outlines_;
     size_t pointsHeld_ = 0;
+    std::unordered_set<NSGlyph> damaged_;
 };
 
 FontFace::FontFace(const InstalledFont& font, HarfBuzzRef<hb_blob_t> file)
@@ -222,7 +237,20 @@ double FontFace::advanceOfGlyph(NSGlyph glyph) const {
 
 std::shared_ptr<const NSBezierPath> FontFace::outlineOfGlyph(NSGlyph glyph) const {
     static const auto empty = std::make_shared<const NSBezierPath>();
-    return glyph < glyphCount_ ? outlines_->outline(glyph) : empty;
+    if (glyph >= glyphCount_) return empty;
+    bool isFirstDamage = false;
+    auto outline = outlines_->outline(glyph, isFirstDamage);
+    if (isFirstDamage) {
+        NSLog("%@: glyph %i is damaged and not drawn, and others may be; install \"%@\" again\n",
+              {installedFont_.path, static_cast<int32_t>(glyph), installedFont_.fontName});
+    }
+    return outline;
+}
+
+bool FontFace::isGlyphDamaged(NSGlyph glyph) const {
+    if (glyph >= glyphCount_) return false;
+    outlineOfGlyph(glyph);
+    return outlines_->isDamaged(glyph);
 }
 
 bool FontFace::coversText(std::u16string_view text) const {

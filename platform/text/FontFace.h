@@ -51,6 +51,8 @@ public:
     double advanceOfGlyph(NSGlyph glyph) const;
     /// Unhinted, quadratic curves raised to cubics; empty for a glyph without an outline.
     std::shared_ptr<const NSBezierPath> outlineOfGlyph(NSGlyph glyph) const;
+    /// Whether the outline cannot be read; the log tells of the first one of a face.
+    bool isGlyphDamaged(NSGlyph glyph) const;
 
     /// For shaping; one unit of its scale is a font unit. Immutable.
     hb_font_t* shaper() const { return shaper_.get(); }

@@ -73,6 +73,10 @@ NSSize NSFont::advancementForGlyph(NSGlyph glyph) const {
     return {points(face_->advanceOfGlyph(glyph)), 0};
 }
 
+bool NSFont::isGlyphDamaged(NSGlyph glyph) const {
+    return face_->isGlyphDamaged(glyph);
+}
+
 float NSFont::points(double fontUnits) const {
     return static_cast<float>(fontUnits * pointSize_ / face_->unitsPerEm());
 }
