@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "apps/qzanno/FontFolders.h"
 #include "apps/qzanno/PaletteCommands.h"
 #include "apps/qzanno/RenderCommand.h"
 #include "platform/foundation/NSLog.h"
@@ -10,6 +11,7 @@
 namespace qz::tool {
 namespace {
 
+constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 
 constexpr const char* kRenderExamples =
@@ -51,6 +53,13 @@ void addSizeOption(CLI::App& command, const std::string& name, const std::string
         ->type_name("WxH");
 }
 
+void addFontFolders(CLI::App& command, std::vector<std::string>& folders) {
+    command.add_option("--font-dir", folders, "Use the fonts in this folder before those of the machine (repeatable)")
+        ->type_name("DIR")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
 void describeRender(CLI::App& command, RenderOptions& options) {
     command.footer(kRenderExamples);
     auto* input =
@@ -74,10 +83,16 @@ void describeRender(CLI::App& command, RenderOptions& options) {
         "A .png or .rgba file for one title, a directory for many, - for raw premultiplied RGBA on standard output");
     command.add_option("--over", options.over, "Composite over this frame")->type_name("FRAME.png")->excludes(box);
     command.add_option("--manifest", options.manifest, "Write what was rendered as JSON Lines")->type_name("FILE");
+    addFontFolders(command, options.fontDirectories);
+    command
+        .add_option("--lang", options.language,
+                    "The language of the titles, such as ja or zh-Hant; it decides which forms shared letters take")
+        ->type_name("TAG");
     command.add_flag("!--no-antialias", options.antialias, "Draw hard edges");
     command.add_option("--quality", options.quality, "How carefully outlines are drawn, 0 to 1 [1]")
         ->check(CLI::Range(0.0, 1.0));
-    command.add_flag("--strict", options.strict, "Fail on a missing font or an unknown class");
+    command.add_flag("--strict", options.strict,
+                     "Fail on a missing font, a missing character, cut text or an unknown class");
 }
 
 void addVerbosity(CLI::App& command, bool& verbose, bool& quiet) {
@@ -114,6 +129,7 @@ int run(int argc, char** argv) {
         *paletteCommand.add_subcommand("check", "Report each fault of a palette; exit with 1 when there is one");
     for (CLI::App* command : {&show, &check}) {
         command->add_option("FILE", paletteFile, "Property list with the palette")->required();
+        addFontFolders(*command, options.fontDirectories);
         command->footer(kPaletteExamples);
         addVerbosity(*command, verbose, quiet);
     }
@@ -141,6 +157,9 @@ int run(int argc, char** argv) {
     Diagnostics diagnostics(verbosity);
     routeLibraryLog(verbosity);
     if (renderCommand.parsed()) return render(options, diagnostics);
+    const auto fonts = fontsWithFolders(options.fontDirectories, false, diagnostics);
+    if (!fonts) return kFailed;
+    const FontLibrary::Use use(*fonts);
     return show.parsed() ? showPalette(paletteFile, diagnostics) : checkPalette(paletteFile, diagnostics);
 }
 

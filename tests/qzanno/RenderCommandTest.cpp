@@ -40,7 +40,7 @@ TEST_F(RenderTest, OneTitleBecomesAPictureOfTheScreen) {
 
 TEST_F(RenderTest, EveryCueBecomesAFileNamedByItsNumberAndALineOfTheManifest) {
     const ToolResult result = run("render " QZANNO_EXAMPLES "/first-title.vtt -p " QZANNO_EXAMPLES
-                                  "/broadcast.plist -s 960x540 -o titles --manifest titles.jsonl");
+                                  "/broadcast.plist -d 960x540 -o titles --manifest titles.jsonl");
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_THAT(result.err, IsEmpty());
     const auto lines = manifest("titles.jsonl");
@@ -60,7 +60,7 @@ TEST_F(RenderTest, EveryCueBecomesAFileNamedByItsNumberAndALineOfTheManifest) {
     EXPECT_EQ(lines[1]["start"], 4.5);
     EXPECT_EQ(lines[1]["end"], 8);
     EXPECT_EQ(lines[0]["text"], "Ada Lovelace\nMathematician, author of the first program");
-    EXPECT_EQ(lines[0]["bbox"], (nlohmann::json{{"x", 0}, {"y", 0}, {"width", 960}, {"height", 540}}));
+    EXPECT_EQ(lines[0]["bbox"], (nlohmann::json{{"x", 0}, {"y", 0}, {"width", 1920}, {"height", 1080}}));
 }
 
 TEST_F(RenderTest, TheBoxIsCutOutOfTheScreen) {
