@@ -116,7 +116,7 @@ bool meets(Demand demand, std::u16string_view text, bool hasColourGlyphs,
 }
 
 bool meets(Demand demand, std::u16string_view text, const FontFace& face) {
-    const auto hasGlyph = [&face](char32_t character) { return face.glyphForCharacter(character) != 0; };
+    const auto hasGlyph = [&face](char32_t character) { return face.canShow(character); };
     return meets(demand, text, face.hasColourGlyphs(), hasGlyph);
 }
 
@@ -138,6 +138,10 @@ public:
         FcResult result = FcResultMatch;
         set_.reset(FcFontSort(config, wish.get(), FcFalse, nullptr, &result));
         for (int i = 0; set_ && i < set_->nfont; ++i) addCandidate(set_->fonts[i], language);
+        // "Noto Sans Arabic" goes with "Noto Sans" better than whatever a machine prefers for Arabic.
+        const std::string family = look.familyName + " ";
+        std::ranges::stable_partition(candidates_,
+                                      [&](const Candidate& c) { return c.font->familyName.starts_with(family); });
         // Who gives a folder of fonts means them to be used, before any that happens to be on the machine; but Japanese
         // does not want Chinese letters for that.
         std::ranges::stable_partition(candidates_, [](const Candidate& c) { return c.isAddedForLanguage; });

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <span>
 #include <tuple>
 #include <unordered_map>
 #include <utility>
@@ -36,6 +37,10 @@ auto distanceFromRegular(const InstalledFont& font) {
                       std::abs(font.weight - FC_WEIGHT_REGULAR));
 }
 
+bool lookAlike(const InstalledFont& a, const InstalledFont& b) {
+    return std::tie(a.familyName, a.weight, a.width, a.slant) == std::tie(b.familyName, b.weight, b.width, b.slant);
+}
+
 }  // namespace
 
 class FontLibrary::Index {
@@ -43,17 +48,19 @@ public:
     explicit Index(std::vector<ListedFont> listed) {
         for (ListedFont& font : listed) fonts_.push_back(std::move(font.font));
         for (size_t i = 0; i < fonts_.size(); ++i) addNames(listed[i], i);
+        for (Names* names : {&postScriptNames_, &fullNames_, &familyStyleNames_, &familyNames_}) sortByLook(*names);
         for (InstalledFont& font : fonts_) font.fontName = distinguishingName(font);
     }
 
     const std::vector<InstalledFont>& fonts() const { return fonts_; }
 
-    const InstalledFont* withName(std::string_view name) const {
+    /// The fonts of a name, the best first; empty when there is none.
+    std::span<const size_t> withName(std::string_view name) const {
         const std::string key = folded(name);
         for (const Names* names : {&postScriptNames_, &fullNames_, &familyStyleNames_, &familyNames_}) {
-            if (const auto found = names->find(key); found != names->end()) return &fonts_[found->second];
+            if (const auto found = names->find(key); found != names->end()) return found->second;
         }
-        return nullptr;
+        return {};
     }
 
     const InstalledFont* ofFile(std::string_view path, int index) const {
@@ -62,17 +69,23 @@ public:
     }
 
 private:
-    using Names = std::unordered_map<std::string, size_t>;
+    using Names = std::unordered_map<std::string, std::vector<size_t>>;
 
     static std::string fileKey(std::string_view path, int index) {
         return std::string(path) + ':' + std::to_string(index);
     }
 
-    // A name that several fonts bear, as all of a family do, is that of the most regular one; of equals, the first.
-    void claim(Names& names, const std::string& name, size_t font) {
+    static void claim(Names& names, const std::string& name, size_t font) {
         if (name.empty()) return;
-        size_t& owner = names.try_emplace(folded(name), font).first->second;
-        if (distanceFromRegular(fonts_[font]) < distanceFromRegular(fonts_[owner])) owner = font;
+        std::vector<size_t>& owners = names[folded(name)];
+        if (owners.empty() || owners.back() != font) owners.push_back(font);
+    }
+
+    // A name that several fonts bear, as all of a family do, is that of the most regular one; of equals, the first.
+    void sortByLook(Names& names) const {
+        for (auto& [name, owners] : names) {
+            std::ranges::stable_sort(owners, {}, [this](size_t font) { return distanceFromRegular(fonts_[font]); });
+        }
     }
 
     void addNames(const ListedFont& listed, size_t font) {
@@ -86,19 +99,22 @@ private:
     // Instances of a variable font may share every name but family-style, and a font may be installed twice; then the
     // name leads to one that looks the same.
     std::string distinguishingName(const InstalledFont& font) const {
-        const auto look = [](const InstalledFont& f) { return std::tie(f.familyName, f.weight, f.width, f.slant); };
         const std::string names[] = {font.postScriptName, font.fullName, font.familyName + "-" + font.styleName};
+        const auto foundBy = [this](const std::string& name) {
+            const std::span<const size_t> found = withName(name);
+            return found.empty() ? nullptr : &fonts_[found.front()];
+        };
         for (const std::string& name : names) {
-            if (withName(name) == &font) return name;
+            if (foundBy(name) == &font) return name;
         }
         for (const std::string& name : names) {
-            if (const InstalledFont* twin = withName(name); twin && look(*twin) == look(font)) return name;
+            if (const InstalledFont* twin = foundBy(name); twin && lookAlike(*twin, font)) return name;
         }
         return names[0];
     }
 
     std::vector<InstalledFont> fonts_;
-    Names files_;
+    std::unordered_map<std::string, size_t> files_;
     Names postScriptNames_;
     Names fullNames_;
     Names familyStyleNames_;
@@ -135,7 +151,13 @@ std::shared_ptr<FontLibrary> FontLibrary::withDirectories(const std::vector<std:
         areRead &= addFontDirectory(configuration->config.get(), directory, problems ? *problems : ignored);
     }
     if (!areRead) return {};
-    return std::shared_ptr<FontLibrary>(new FontLibrary(std::move(configuration)));
+    std::shared_ptr<FontLibrary> library(new FontLibrary(std::move(configuration)));
+    for (const InstalledFont& font : library->fonts()) {
+        const bool isInstance = font.index > 0xFFFF;
+        if (!problems || !font.isAdded || isInstance || library->face(font)) continue;
+        problems->push_back({font.path, "is damaged; \"" + font.fontName + "\" is left out"});
+    }
+    return library;
 }
 
 FontLibrary& FontLibrary::current() {
@@ -163,7 +185,8 @@ const std::vector<InstalledFont>& FontLibrary::fonts() const {
 }
 
 const InstalledFont* FontLibrary::fontWithName(std::string_view name) const {
-    return index_->withName(name);
+    const std::span<const size_t> found = index_->withName(name);
+    return found.empty() ? nullptr : &fonts()[found.front()];
 }
 
 const InstalledFont* FontLibrary::fontOfFile(std::string_view path, int index) const {
@@ -191,8 +214,13 @@ std::shared_ptr<const FontFace> FontLibrary::face(const InstalledFont& font) {
 }
 
 std::shared_ptr<const FontFace> FontLibrary::faceWithName(std::string_view name) {
-    const InstalledFont* font = fontWithName(name);
-    return font ? face(*font) : nullptr;
+    const std::span<const size_t> found = index_->withName(name);
+    // One that is damaged may be there a second time; its bold sister is no substitute.
+    for (const size_t font : found) {
+        if (!lookAlike(fonts()[font], fonts()[found.front()])) continue;
+        if (auto opened = face(fonts()[font])) return opened;
+    }
+    return {};
 }
 
 std::shared_ptr<const FontFace> FontLibrary::systemFace() {
