@@ -3,7 +3,9 @@
 #include "QzAnno_AnnotatedTextFramework/format/QzAnnoStringFormatter.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoLayoutManager.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzScreenTextContainer.h"
+#include "QzAnno_AnnotatedTextFramework/render/RenderReport.h"
 #include "platform/graphics/NSImage.h"
+#include "platform/text/FontLibrary.h"
 #include "platform/text/NSTextStorage.h"
 
 namespace qz {
@@ -31,6 +33,14 @@ public:
     void setAttributedString(const Ref<NSAttributedString>& string);
     Ref<QzAnnoString> annoString() const { return string_; }
 
+    /// The fonts that titles of this pipeline are looked up in; none, as at the start, stands for those of the machine,
+    /// or those that the thread uses. A library may be shared by pipelines on different threads.
+    void setFontLibrary(std::shared_ptr<FontLibrary> library);
+    /// The language of the titles as a BCP 47 tag, such as "ja" or "zh-Hant"; empty, as at the start, for none. It
+    /// tells which font serves characters that languages share, and which forms a font gives its letters. False, and
+    /// nothing changed, for what is no such tag.
+    bool setLanguage(std::string_view tag);
+
     const Ref<QzAnnoLayoutManager>& layoutManager() const { return layoutManager_; }
     const Ref<QzScreenTextContainer>& textContainer() const { return textContainer_; }
 
@@ -53,6 +63,8 @@ public:
     bool drawInFullScreen(bool fullScreen, const Ref<NSBitmapImageRep>& intoBitmap, NSRect* bbox = nullptr);
     /// Where an image would sit on the screen, built first when that is due; its size rounded as the image's.
     NSRect placeInFullScreen(bool fullScreen);
+    /// What of such an image is not as it was asked for, built first when that is due.
+    RenderReport reportInFullScreen(bool fullScreen);
 
     std::string className() const override { return "QzAnnoStringToScreen"; }
 
@@ -63,6 +75,8 @@ private:
     NSRect placeInFullScreen(bool fullScreen, NSPoint& offset);
     /// Draws the glyphs at the scale data over screen into the current graphics context.
     void drawGlyphsAtPoint(NSPoint offset);
+    /// Where a glyph is drawn, with the container's origin at `offset`.
+    NSPoint originOfGlyph(uint32_t glyph, NSPoint offset) const;
 
     const Ref<QzAnnoStringFormatter> textStorage_ts_;
     WeakRef<QzAnnoPalette> palette_;
@@ -72,6 +86,8 @@ private:
     Ref<QzAnnoString> string_;
     Ref<NSAttributedString> realString_;
     bool available_ = false;
+    std::shared_ptr<FontLibrary> fontLibrary_;
+    Ref<NSString> language_;
     const Ref<NSTextStorage> textStorage_;
     const Ref<QzScreenTextContainer> textContainer_;
     const Ref<QzAnnoLayoutManager> layoutManager_;

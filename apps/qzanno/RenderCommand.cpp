@@ -6,10 +6,12 @@
 #include <cstring>
 
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
+#include "apps/qzanno/FontFolders.h"
 #include "apps/qzanno/Manifest.h"
 #include "apps/qzanno/OutputPlan.h"
 #include "apps/qzanno/PaletteFile.h"
 #include "apps/qzanno/Progress.h"
+#include "apps/qzanno/ReportLines.h"
 #include "apps/qzanno/TitleReader.h"
 #include "platform/foundation/Files.h"
 #include "platform/graphics/PNG.h"
@@ -37,7 +39,8 @@ std::vector<uint8_t> rawBytes(const NSBitmapImageRep& picture) {
 /// Renders titles one after the other with one pipeline.
 class Renderer {
 public:
-    Renderer(const RenderOptions& options, Diagnostics& diagnostics) : options_(options), diagnostics_(diagnostics) {}
+    Renderer(const RenderOptions& options, Diagnostics& diagnostics)
+        : options_(options), diagnostics_(diagnostics), reportLines_(diagnostics, options.strict) {}
 
     bool prepare();
     bool renderAll();
@@ -55,6 +58,7 @@ private:
 
     const RenderOptions& options_;
     Diagnostics& diagnostics_;
+    ReportLines reportLines_;
     Ref<QzAnnoPalette> palette_;
     Ref<MissingFonts> missingFonts_ = std::make_shared<MissingFonts>();
     std::vector<std::string> reportedFonts_;
@@ -75,9 +79,17 @@ bool Renderer::prepare() {
     const auto plan = planOutput(options_.output, options_.input, titles_.size(), diagnostics_);
     if (!plan) return false;
     plan_ = *plan;
+    const auto fonts = fontsWithFolders(options_.fontDirectories, options_.strict, diagnostics_);
+    if (!fonts) return false;
     palette_->setLog(missingFonts_);
     pipeline_ = QzAnnoStringToScreen::init();
     pipeline_->setPalette(palette_);
+    pipeline_->setFontLibrary(*fonts);
+    if (!pipeline_->setLanguage(options_.language)) {
+        diagnostics_.error("--lang",
+                           quoted(options_.language) + " is no language tag; write one such as ja or zh-Hant");
+        return false;
+    }
     pipeline_->setScreenSize(sizeOf(options_.screen), sizeOf(data_));
     // Left alone, antialiasing goes by the context, which is on.
     if (!options_.antialias) pipeline_->layoutManager()->setAntialiasing(false);
@@ -168,7 +180,10 @@ bool Renderer::renderTitle(const Title& title) {
     pipeline_->setAnnoString(title.text);
     ManifestEntry entry;
     entry.bbox = pipeline_->placeInFullScreen(!options_.box);
-    if (!reportMissingFonts(title)) return false;
+    entry.report = pipeline_->reportInFullScreen(!options_.box);
+    // Both are to be told.
+    const bool hasFonts = reportMissingFonts(title);
+    if (!reportLines_.tell(title, entry.report) || !hasFonts) return false;
     const Ref<NSBitmapImageRep> picture = pictureFor(entry.bbox);
     if (!picture || !pipeline_->drawInFullScreen(!options_.box, picture)) {
         diagnostics_.error("title " + std::to_string(title.index),

@@ -25,6 +25,8 @@ struct RenderOptions {
     std::string output;
     std::string over;
     std::string manifest;
+    std::vector<std::string> fontDirectories;
+    std::string language;
     bool antialias = true;
     float quality = 1.0f;
     bool strict = false;

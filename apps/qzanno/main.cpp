@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 
 #include "apps/qzanno/ArchiveCommands.h"
+#include "apps/qzanno/FontFolders.h"
 #include "apps/qzanno/PaletteCommands.h"
 #include "apps/qzanno/RenderCommand.h"
 #include "platform/foundation/NSLog.h"
@@ -11,6 +12,7 @@
 namespace qz::tool {
 namespace {
 
+constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 
 constexpr const char* kRenderExamples =
@@ -60,6 +62,13 @@ void addSizeOption(CLI::App& command, const std::string& name, const std::string
         ->type_name("WxH");
 }
 
+void addFontFolders(CLI::App& command, std::vector<std::string>& folders) {
+    command.add_option("--font-dir", folders, "Use the fonts in this folder before those of the machine (repeatable)")
+        ->type_name("DIR")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
 void describeRender(CLI::App& command, RenderOptions& options) {
     command.footer(kRenderExamples);
     auto* input = command.add_option(
@@ -84,10 +93,16 @@ void describeRender(CLI::App& command, RenderOptions& options) {
         "A .png or .rgba file for one title, a directory for many, - for raw premultiplied RGBA on standard output");
     command.add_option("--over", options.over, "Composite over this frame")->type_name("FRAME.png")->excludes(box);
     command.add_option("--manifest", options.manifest, "Write what was rendered as JSON Lines")->type_name("FILE");
+    addFontFolders(command, options.fontDirectories);
+    command
+        .add_option("--lang", options.language,
+                    "The language of the titles, such as ja or zh-Hant; it decides which forms shared letters take")
+        ->type_name("TAG");
     command.add_flag("!--no-antialias", options.antialias, "Draw hard edges");
     command.add_option("--quality", options.quality, "How carefully outlines are drawn, 0 to 1 [1]")
         ->check(CLI::Range(0.0, 1.0));
-    command.add_flag("--strict", options.strict, "Fail on a missing font or an unknown class");
+    command.add_flag("--strict", options.strict,
+                     "Fail on a missing font, a missing character, cut text or an unknown class");
 }
 
 void addVerbosity(CLI::App& command, bool& verbose, bool& quiet) {
@@ -161,9 +176,7 @@ void describeArchiveCommands(CLI::App& app, FileOptions& files, Commands& comman
     }
 }
 
-int perform(const Commands& commands, const FileOptions& files, const RenderOptions& options,
-            Diagnostics& diagnostics) {
-    if (commands.render->parsed()) return render(options, diagnostics);
+int perform(const Commands& commands, const FileOptions& files, Diagnostics& diagnostics) {
     if (commands.showPalette->parsed()) return showPalette(files.input, diagnostics);
     if (commands.checkPalette->parsed()) return checkPalette(files.input, diagnostics);
     if (commands.convertPalette->parsed()) return convertPalette(files.input, files.output, diagnostics);
@@ -191,6 +204,9 @@ int run(int argc, char** argv) {
                               commands.packArchive, commands.showArchive, commands.dumpArchive}) {
         addVerbosity(*command, verbose, quiet);
     }
+    for (CLI::App* command : {commands.showPalette, commands.checkPalette, commands.showArchive}) {
+        addFontFolders(*command, options.fontDirectories);
+    }
 
     try {
         app.parse(argc, argv);
@@ -214,7 +230,11 @@ int run(int argc, char** argv) {
     const Verbosity verbosity = verbose ? Verbosity::verbose : quiet ? Verbosity::quiet : Verbosity::normal;
     Diagnostics diagnostics(verbosity);
     routeLibraryLog(verbosity);
-    return perform(commands, files, options, diagnostics);
+    if (commands.render->parsed()) return render(options, diagnostics);
+    const auto fonts = fontsWithFolders(options.fontDirectories, false, diagnostics);
+    if (!fonts) return kFailed;
+    const FontLibrary::Use use(*fonts);
+    return perform(commands, files, diagnostics);
 }
 
 }  // namespace

@@ -1,9 +1,11 @@
 #include "platform/text/FontFace.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <mutex>
 #include <unordered_map>
+#include <unordered_set>
 
 #include <ft2build.h>
 #include FT_FREETYPE_H
@@ -11,6 +13,7 @@
 #include FT_TRUETYPE_TABLES_H
 #include <hb-ot.h>
 
+#include "platform/foundation/NSLog.h"
 #include "platform/text/TextCoverage.h"
 
 namespace qz {
@@ -129,6 +132,15 @@ public:
         return path;
     }
 
+    /// Whether some glyph could not be read so far.
+    bool hasDamage() const { return hasDamage_; }
+    bool isDamaged(NSGlyph glyph) {
+        const std::lock_guard lock(mutex_);
+        return damaged_.contains(glyph);
+    }
+    /// True for the first caller after a glyph could not be read.
+    bool mustReportDamage() { return hasDamage_ && !isDamageReported_.exchange(true); }
+
 private:
     static constexpr size_t kPointsHeldMax = 1 << 18;  // 4 MiB
     static constexpr size_t kPointsPerEntry = 16;      // what an entry takes besides its points, in points
@@ -136,7 +148,12 @@ private:
     NSBezierPath load(NSGlyph glyph) {
         if (!FT_IS_SCALABLE(face_)) return {};
         constexpr FT_Int32 flags = FT_LOAD_NO_SCALE | FT_LOAD_NO_HINTING | FT_LOAD_NO_BITMAP;
-        if (FT_Load_Glyph(face_, glyph, flags) != 0 || face_->glyph->format != FT_GLYPH_FORMAT_OUTLINE) return {};
+        if (FT_Load_Glyph(face_, glyph, flags) != 0) {
+            damaged_.insert(glyph);
+            hasDamage_ = true;
+            return {};
+        }
+        if (face_->glyph->format != FT_GLYPH_FORMAT_OUTLINE) return {};
         return pathOfOutline(face_->glyph->outline);
     }
 
@@ -145,6 +162,9 @@ private:
     FT_Face face_ = nullptr;
     std::unordered_map<NSGlyph, std::shared_ptr<const NSBezierPath>> outlines_;
     size_t pointsHeld_ = 0;
+    std::unordered_set<NSGlyph> damaged_;
+    std::atomic<bool> hasDamage_ = false;
+    std::atomic<bool> isDamageReported_ = false;
 };
 
 FontFace::FontFace(const InstalledFont& font, HarfBuzzRef<hb_blob_t> file)
@@ -177,7 +197,7 @@ std::shared_ptr<const FontFace> FontFace::open(const InstalledFont& font) {
     HarfBuzzRef<hb_blob_t> file(hb_blob_create_from_file_or_fail(font.path.c_str()));
     if (!file) return {};
     std::shared_ptr<const FontFace> face(new FontFace(font, std::move(file)));
-    return face->outlines_ ? face : nullptr;
+    return face->outlines_ && face->showsLetters() ? face : nullptr;
 }
 
 std::shared_ptr<const FontFace> FontFace::withoutGlyphs() {
@@ -225,9 +245,40 @@ std::shared_ptr<const NSBezierPath> FontFace::outlineOfGlyph(NSGlyph glyph) cons
     return glyph < glyphCount_ ? outlines_->outline(glyph) : empty;
 }
 
+bool FontFace::isGlyphDamaged(NSGlyph glyph) const {
+    if (glyph >= glyphCount_) return false;
+    outlines_->outline(glyph);
+    // Outside the outlines' lock, since a log hook may well ask for an outline.
+    if (outlines_->mustReportDamage()) {
+        NSLog("%@: glyph %i of \"%@\" is damaged, and others may be; other fonts stand in, install the font again\n",
+              {installedFont_.path, static_cast<int32_t>(glyph), installedFont_.fontName});
+    }
+    return outlines_->isDamaged(glyph);
+}
+
+bool FontFace::canShow(char32_t character) const {
+    const NSGlyph glyph = glyphForCharacter(character);
+    // Once a glyph has turned out to be damaged, each is looked at before it is relied on.
+    return glyph != 0 && !(outlines_->hasDamage() && isGlyphDamaged(glyph));
+}
+
+bool FontFace::showsLetters() const {
+    if (hasColourGlyphs_ || !FT_IS_SCALABLE(outlines_->face())) return true;
+    // Letters of the scripts that most fonts are made for; a font of none of them is taken on trust.
+    constexpr std::u32string_view kLetters = U"AHeno\u0414\u03A9\u05D0\u0627\u0915\u0E01\u3042\u4E00\uAC00";
+    bool hasLetters = false;
+    for (const char32_t letter : kLetters) {
+        const NSGlyph glyph = glyphForCharacter(letter);
+        if (glyph == 0) continue;
+        hasLetters = true;
+        if (!outlines_->outline(glyph)->isEmpty()) return true;
+    }
+    return !hasLetters;
+}
+
 bool FontFace::coversText(std::u16string_view text) const {
     return isTextCovered(
-        text, [this](char32_t character) { return glyphForCharacter(character) != 0; }, hasColourGlyphs_);
+        text, [this](char32_t character) { return canShow(character); }, hasColourGlyphs_);
 }
 
 }  // namespace qz

@@ -49,6 +49,8 @@ public:
     /// that is followed by U+FE0E, only in a font without.
     bool coversText(std::u16string_view text) const;
     NSSize advancementForGlyph(NSGlyph glyph) const;
+    /// Whether the glyph's outline cannot be read from the font's file; nothing is drawn for it then.
+    bool isGlyphDamaged(NSGlyph glyph) const;
 
     const FontFace& face() const { return *face_; }
 

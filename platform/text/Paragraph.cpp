@@ -94,14 +94,17 @@ void Paragraph::findStyles(const NSAttributedString& text, uint32_t location) {
     for (uint32_t position = 0; position < length_;) {
         Range range;
         const Ref<NSDictionary> attributes = text.attributesAtIndex(location + position, &range);
+        const Ref<NSString> language = attributes->objectForKey<NSString>(*NSLanguageAttributeName);
         StyleRun style{.end = static_cast<uint32_t>(std::min<uint64_t>(range.end() - location, length_)),
                        .font = attributes->objectForKey<NSFont>(*NSFontAttributeName),
                        .kern = lengthAttribute(*attributes, *NSKernAttributeName),
-                       .baselineOffset = lengthAttribute(*attributes, *NSBaselineOffsetAttributeName)};
+                       .baselineOffset = lengthAttribute(*attributes, *NSBaselineOffsetAttributeName),
+                       .language = language ? language->utf8() : std::string()};
         if (!style.font) style.font = defaultFont();
         position = style.end;
         if (!styles_.empty() && styles_.back().kern == style.kern &&
-            styles_.back().baselineOffset == style.baselineOffset && styles_.back().font->isEqual(*style.font)) {
+            styles_.back().baselineOffset == style.baselineOffset && styles_.back().language == style.language &&
+            styles_.back().font->isEqual(*style.font)) {
             styles_.back().end = style.end;
         } else {
             styles_.push_back(std::move(style));
@@ -127,12 +130,14 @@ void Paragraph::itemize(std::u16string_view paragraph) {
         // Characters that all scripts share join what stands before them; at the start of a text, what follows.
         const bool continues = item && !isFull && item->isControl == control && item->level == levels[start] &&
                                (own == USCRIPT_COMMON || own == script || script == USCRIPT_COMMON) &&
+                               item->language == styles_[style].language &&
                                (item->font == font || item->font->isEqual(*font));
         if (!continues) {
             items_.push_back({.start = start,
                               .end = end,
                               .font = font,
                               .script = scriptTag(script),
+                              .language = styles_[style].language,
                               .level = levels[start],
                               .isControl = control,
                               .glyphs = {}});
@@ -176,7 +181,7 @@ std::vector<ShapedGlyph> Paragraph::shapePart(size_t item, std::u16string_view p
                                              .font = source.font,
                                              .script = source.script,
                                              .isRightToLeft = (source.level & 1) != 0,
-                                             .language = {}});
+                                             .language = source.language});
     // Every character must lie in the cluster of some glyph, whatever the font does.
     if (glyphs.empty()) return controlGlyphs(breaks_, part);
     glyphs.front().cluster = part.location;
