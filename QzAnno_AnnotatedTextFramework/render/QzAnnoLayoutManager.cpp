@@ -188,7 +188,9 @@ void QzAnnoLayoutManager::drawLayer(Range glyphRange, uint32_t number, NSPoint o
 }
 
 void QzAnnoLayoutManager::strokeOutlines(Range glyphRange, const Layer& layer, NSPoint origin) const {
-    layer.color->set();
+    const Ref<NSGraphicsContext> context = NSGraphicsContext::currentContext();
+    const GlyphStroke stroke = strokeOf(layer.width);
+    context->setColor(layer.color);
     // Every shown glyph of a cluster, not only the first: an accent wants its border as the letter below it does.
     for (uint64_t glyph = glyphRange.location; glyph < glyphRange.end(); ++glyph) {
         const auto index = static_cast<uint32_t>(glyph);
@@ -198,29 +200,25 @@ void QzAnnoLayoutManager::strokeOutlines(Range glyphRange, const Layer& layer, N
         const NSPoint pen = {origin.x + line.origin.x + layer.offset.x + location.x,
                              origin.y + line.origin.y + layer.offset.y + location.y};
         const Ref<NSFont> font = fontAtIndex(characterIndexForGlyphAtIndex(index));
-        NSBezierPath outline =
-            outlineOfGlyph({glyphAtIndex(index), font, pen, layer.obliqueness}).bezierPathByFlatteningPath();
-        if (outline.isEmpty()) continue;
-        outline.setLineWidth(layer.width);
-        applyQuality(outline);
-        outline.stroke();
-        outline.fill();
+        strokeAndFillGlyph(*context, {glyphAtIndex(index), font, pen, layer.obliqueness}, stroke, *glyphCache());
     }
 }
 
-void QzAnnoLayoutManager::applyQuality(NSBezierPath& path) const {
+GlyphStroke QzAnnoLayoutManager::strokeOf(float width) const {
+    GlyphStroke stroke{.width = width};
     if (qualityFactor_ < kCoarsestBelow)
-        path.setFlatness(kCoarsestFlatness);
+        stroke.flatness = kCoarsestFlatness;
     else if (qualityFactor_ < kCoarseBelow)
-        path.setFlatness(kCoarseFlatness);
+        stroke.flatness = kCoarseFlatness;
     if (qualityFactor_ <= kMitersUpTo) {
-        path.setLineCapStyle(NSLineCapStyle::butt);
-        path.setLineJoinStyle(NSLineJoinStyle::miter);
-        path.setMiterLimit(kLayerMiterLimit);
+        stroke.lineCap = NSLineCapStyle::butt;
+        stroke.lineJoin = NSLineJoinStyle::miter;
+        stroke.miterLimit = kLayerMiterLimit;
     } else {
-        path.setLineCapStyle(NSLineCapStyle::square);
-        path.setLineJoinStyle(NSLineJoinStyle::round);
+        stroke.lineCap = NSLineCapStyle::square;
+        stroke.lineJoin = NSLineJoinStyle::round;
     }
+    return stroke;
 }
 
 void QzAnnoLayoutManager::repeatGlyphs(Range glyphRange, const Layer& layer, NSPoint origin) {

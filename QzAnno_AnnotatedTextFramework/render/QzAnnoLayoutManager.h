@@ -4,7 +4,7 @@
 
 namespace qz {
 
-class NSBezierPath;
+struct GlyphStroke;
 
 /// Lays text out as its base does, and draws more than glyphs: from the bottom a bounding box, layer 2, layer 1, the
 /// glyphs.
@@ -47,7 +47,7 @@ private:
     void drawLayer(Range glyphRange, uint32_t number, NSPoint origin);
     void strokeOutlines(Range glyphRange, const Layer& layer, NSPoint origin) const;
     void repeatGlyphs(Range glyphRange, const Layer& layer, NSPoint origin);
-    void applyQuality(NSBezierPath& path) const;
+    GlyphStroke strokeOf(float width) const;
 
     AntialiasingMode antialiasingMode_ = asContext;
     float qualityFactor_ = 1.0f;

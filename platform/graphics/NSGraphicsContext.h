@@ -57,6 +57,7 @@ public:
     /// the colour of that time. Bitmaps are drawn at once. Pairs do not nest.
     void beginGathering();
     void endGathering();
+    bool isGathering() const { return gathered_ != nullptr; }
 
     /// The pixels that anything drawn through this context may have changed.
     const PixelRect& changedBox() const { return changedBox_; }
