@@ -27,6 +27,7 @@ struct RenderOptions {
     std::string manifest;
     bool antialias = true;
     float quality = 1.0f;
+    bool mergeLayers = false;
     bool strict = false;
 };
 

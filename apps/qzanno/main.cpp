@@ -77,6 +77,8 @@ void describeRender(CLI::App& command, RenderOptions& options) {
     command.add_flag("!--no-antialias", options.antialias, "Draw hard edges");
     command.add_option("--quality", options.quality, "How carefully outlines are drawn, 0 to 1 [1]")
         ->check(CLI::Range(0.0, 1.0));
+    command.add_flag("--merge-layers", options.mergeLayers,
+                     "Lay each outline and shadow down as one, even where its letters overlap");
     command.add_flag("--strict", options.strict, "Fail on a missing font or an unknown class");
 }
 
