@@ -10,6 +10,15 @@
 
 namespace qz {
 
+/// Pixels of premultiplied RGBA that the host keeps: `height` rows from the top, `bytesPerRow` bytes from one to the
+/// next, 0 for as few as hold a row.
+struct PixelBuffer {
+    uint8_t* pixels = nullptr;
+    int32_t width = 0;
+    int32_t height = 0;
+    int32_t bytesPerRow = 0;
+};
+
 /// From a title to pixels: a text system for one screen that formats an annotated string through a palette, lays it
 /// out, and draws it into images and bitmaps of the screen or of the area round the text.
 ///
@@ -58,9 +67,14 @@ public:
     /// The same as a bitmap of premultiplied RGBA.
     Ref<NSBitmapImageRep> bitmapInFullScreen(bool fullScreen, NSRect* bbox = nullptr);
     /// Draws the title over what a bitmap of the host's holds, an RGBA frame of the data size or a clear one; `bbox` as
-    /// above. In box mode the box's corner comes to the bitmap's corner. False, and nothing drawn, for a bitmap of
-    /// another format or without sizes.
-    bool drawInFullScreen(bool fullScreen, const Ref<NSBitmapImageRep>& intoBitmap, NSRect* bbox = nullptr);
+    /// above. In box mode the box's corner comes to the bitmap's corner. `changed` receives the pixels that may have
+    /// changed: all that a host has to clear before the next title, or to send on. False, and nothing drawn, for a
+    /// bitmap of another format or without sizes.
+    bool drawInFullScreen(bool fullScreen, const Ref<NSBitmapImageRep>& intoBitmap, NSRect* bbox = nullptr,
+                          PixelRect* changed = nullptr);
+    /// The same over a frame in the host's own memory. False, too, when its rows do not hold their pixels.
+    bool drawInFullScreen(bool fullScreen, const PixelBuffer& intoBuffer, NSRect* bbox = nullptr,
+                          PixelRect* changed = nullptr);
     /// Where an image would sit on the screen, built first when that is due; its size rounded as the image's.
     NSRect placeInFullScreen(bool fullScreen);
     /// What of such an image is not as it was asked for, built first when that is due.

@@ -94,6 +94,7 @@ bool Renderer::prepare() {
     // Left alone, antialiasing goes by the context, which is on.
     if (!options_.antialias) pipeline_->layoutManager()->setAntialiasing(false);
     pipeline_->layoutManager()->setQualityFactor(options_.quality);
+    pipeline_->layoutManager()->setMergesLayers(options_.mergeLayers);
     return true;
 }
 

@@ -29,6 +29,7 @@ struct RenderOptions {
     std::string language;
     bool antialias = true;
     float quality = 1.0f;
+    bool mergeLayers = false;
     bool strict = false;
 };
 

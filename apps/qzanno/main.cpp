@@ -103,6 +103,8 @@ void describeRender(CLI::App& command, RenderOptions& options) {
         ->check(CLI::Range(0.0, 1.0));
     command.add_flag("--strict", options.strict,
                      "Fail on a missing font, a missing character, cut text or an unknown class");
+    command.add_flag("--merge-layers", options.mergeLayers,
+                     "Lay each outline and shadow down as one, even where its letters overlap");
 }
 
 void addVerbosity(CLI::App& command, bool& verbose, bool& quiet) {

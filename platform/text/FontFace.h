@@ -11,6 +11,8 @@
 
 namespace qz {
 
+class ColourGlyphs;
+
 struct HarfBuzzRelease {
     void operator()(hb_blob_t* blob) const { hb_blob_destroy(blob); }
     void operator()(hb_face_t* face) const { hb_face_destroy(face); }
@@ -45,6 +47,9 @@ public:
     /// Whether it has colour glyphs: layers, pictures or SVG documents.
     bool hasColourGlyphs() const { return hasColourGlyphs_; }
 
+    /// None when there are none.
+    const ColourGlyphs* colourGlyphs() const { return colourGlyphs_.get(); }
+
     /// 0 when the font lacks the character.
     NSGlyph glyphForCharacter(char32_t character) const;
     /// Whether there is a glyph for the character that is not known to be damaged.
@@ -52,7 +57,8 @@ public:
     /// As `NSFont::coversText`.
     bool coversText(std::u16string_view text) const;
     double advanceOfGlyph(NSGlyph glyph) const;
-    /// Unhinted, quadratic curves raised to cubics; empty for a glyph without an outline.
+    /// Unhinted, quadratic curves raised to cubics; of a colour glyph the border of what it shows. Empty for a glyph
+    /// without an outline.
     std::shared_ptr<const NSBezierPath> outlineOfGlyph(NSGlyph glyph) const;
     /// Whether the outline cannot be read; the log tells of the first one of a face, and `canShow` knows from then on.
     bool isGlyphDamaged(NSGlyph glyph) const;
@@ -71,6 +77,7 @@ private:
     const InstalledFont installedFont_;
     HarfBuzzRef<hb_blob_t> file_;
     std::unique_ptr<OutlineSource> outlines_;  // none: the file cannot be used
+    std::unique_ptr<const ColourGlyphs> colourGlyphs_;
     HarfBuzzRef<hb_font_t> shaper_;
     double unitsPerEm_ = 1000;
     uint32_t glyphCount_ = 0;

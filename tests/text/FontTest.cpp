@@ -262,7 +262,9 @@ TEST(FontTest, AppendsAtTheCurrentPoint) {
     appendBezierPathWithGlyph(picture, fontNamed("Noto Color Emoji")->glyphForCharacter(U'\U0001F600'),
                               *fontNamed("Noto Color Emoji"));
     EXPECT_GT(picture.currentPoint().x, 0);
-    EXPECT_EQ(picture.verbs().size(), 1u) << "a picture only advances";
+    const NSRect face = picture.controlPointBounds();
+    EXPECT_GT(face.size.height, 0.9f * 12) << "a picture has its border for an outline";
+    EXPECT_NEAR(face.size.width, picture.currentPoint().x, 2);
 }
 
 TEST(FontTest, CoverageCountsWhatShapingCanShow) {
