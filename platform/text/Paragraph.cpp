@@ -33,13 +33,22 @@ float lengthOrNone(float length) {
     return std::isfinite(length) ? std::clamp(length, 0.0f, kLengthMax) : 0;
 }
 
+std::vector<NSTextTab> usableTabs(std::vector<NSTextTab> tabs) {
+    std::erase_if(tabs, [](const NSTextTab& tab) { return !(tab.location > 0 && tab.location <= kLengthMax); });
+    std::ranges::stable_sort(tabs, {}, &NSTextTab::location);
+    return tabs;
+}
+
 NSParagraphStyle::Values paragraphStyle(const NSDictionary& attributes) {
     const Ref<NSParagraphStyle> style = attributes.objectForKey<NSParagraphStyle>(*NSParagraphStyleAttributeName);
     NSParagraphStyle::Values values = style ? style->values() : NSParagraphStyle::Values();
-    for (float* length :
-         {&values.lineSpacing, &values.paragraphSpacing, &values.minimumLineHeight, &values.maximumLineHeight}) {
+    for (float* length : {&values.lineSpacing, &values.paragraphSpacing, &values.paragraphSpacingBefore,
+                          &values.minimumLineHeight, &values.maximumLineHeight, &values.lineHeightMultiple,
+                          &values.firstLineHeadIndent, &values.headIndent, &values.defaultTabInterval}) {
         *length = lengthOrNone(*length);
     }
+    values.tailIndent = std::isfinite(values.tailIndent) ? std::clamp(values.tailIndent, -kLengthMax, kLengthMax) : 0;
+    values.tabStops = usableTabs(std::move(values.tabStops));
     return values;
 }
 
@@ -91,6 +100,7 @@ void Paragraph::analyse(const NSAttributedString& text, uint32_t location, TextB
 }
 
 void Paragraph::findStyles(const NSAttributedString& text, uint32_t location) {
+    Ref<NSDictionary> before;
     for (uint32_t position = 0; position < length_;) {
         Range range;
         const Ref<NSDictionary> attributes = text.attributesAtIndex(location + position, &range);
@@ -99,6 +109,8 @@ void Paragraph::findStyles(const NSAttributedString& text, uint32_t location) {
                        .kern = lengthAttribute(*attributes, *NSKernAttributeName),
                        .baselineOffset = lengthAttribute(*attributes, *NSBaselineOffsetAttributeName)};
         if (!style.font) style.font = defaultFont();
+        if (!areEqual(before, attributes)) attributeStarts_.push_back(position);
+        before = attributes;
         position = style.end;
         if (!styles_.empty() && styles_.back().kern == style.kern &&
             styles_.back().baselineOffset == style.baselineOffset && styles_.back().font->isEqual(*style.font)) {
@@ -168,15 +180,56 @@ const std::vector<ShapedGlyph>& Paragraph::glyphsOfItem(size_t item, std::u16str
     return shaped.glyphs;
 }
 
+ShapingItem Paragraph::shapingItem(size_t item, std::u16string_view text, Range range) const {
+    const TextItem& source = items_[item];
+    return {.text = text,
+            .range = range,
+            .font = source.font,
+            .script = source.script,
+            .isRightToLeft = (source.level & 1) != 0,
+            .language = {}};
+}
+
+std::vector<Range> Paragraph::spacedRanges(Range part) const {
+    std::vector<Range> ranges;
+    uint32_t start = part.location;
+    for (size_t style = styleIndexAt(start); style < styles_.size() && start < part.end(); ++style) {
+        const auto end = static_cast<uint32_t>(std::min<uint64_t>(styles_[style].end, part.end()));
+        if (styles_[style].kern != 0) ranges.push_back({start, end - start});
+        start = end;
+    }
+    return ranges;
+}
+
+std::vector<Range> Paragraph::hiddenStyleStarts(const std::vector<ShapedGlyph>& glyphs, Range part) const {
+    std::vector<Range> ranges;
+    size_t glyph = 0;
+    for (auto at = std::ranges::upper_bound(attributeStarts_, part.location); at != attributeStarts_.end(); ++at) {
+        if (*at >= part.end()) break;
+        while (glyph < glyphs.size() && glyphs[glyph].cluster < *at) ++glyph;
+        const auto ligatureEnd = static_cast<uint32_t>(glyph < glyphs.size() ? glyphs[glyph].cluster : part.end());
+        if (ligatureEnd == *at || glyph == 0 || !(breaks_[*at] & TextBreak::clusterStart)) continue;
+        // The shorter side stands alone, so that the other may still be a ligature.
+        const uint32_t ligature = glyphs[glyph - 1].cluster;
+        if (*at - ligature < ligatureEnd - *at)
+            ranges.push_back({ligature, *at - ligature});
+        else
+            ranges.push_back({*at, ligatureEnd - *at});
+    }
+    return ranges;
+}
+
 std::vector<ShapedGlyph> Paragraph::shapePart(size_t item, std::u16string_view paragraph, Range part) const {
     const TextItem& source = items_[item];
     if (source.isControl) return controlGlyphs(breaks_, part);
-    std::vector<ShapedGlyph> glyphs = shape({.text = paragraph,
-                                             .range = part,
-                                             .font = source.font,
-                                             .script = source.script,
-                                             .isRightToLeft = (source.level & 1) != 0,
-                                             .language = {}});
+    ShapingItem shaping = shapingItem(item, paragraph, part);
+    shaping.withoutLigatures = spacedRanges(part);
+    std::vector<ShapedGlyph> glyphs = shape(shaping);
+    const std::vector<Range> hidden = hiddenStyleStarts(glyphs, part);
+    if (!hidden.empty()) {
+        shaping.withoutLigatures.insert(shaping.withoutLigatures.end(), hidden.begin(), hidden.end());
+        glyphs = shape(shaping);
+    }
     // Every character must lie in the cluster of some glyph, whatever the font does.
     if (glyphs.empty()) return controlGlyphs(breaks_, part);
     glyphs.front().cluster = part.location;

@@ -71,6 +71,7 @@ private:
         LineContent content;
         LineMetrics metrics;
         NSRect fragment;
+        LineSpan span;
     };
     /// The empty line behind a text that ends with a line end.
     struct ExtraLine {
@@ -83,8 +84,10 @@ private:
     /// Finds room for a line, from the current container on; none when no container has any.
     template <class Fit>
     auto inNextContainer(const Fit& fit) -> decltype(fit());
-    std::optional<NSRect> askForFragment(float height);
-    std::optional<FittedLine> fitLine(LineFiller& filler, uint32_t start);
+    std::optional<NSRect> askForFragment(float height, float spacingBefore);
+    std::optional<FittedLine> fitLine(LineFiller& filler, const Paragraph& paragraph, uint32_t start);
+    /// What stays free above the first line of a paragraph; none at the top of a container.
+    float spacingBefore(const Paragraph& paragraph) const;
     void addLine(const Entry& entry, std::u16string_view paragraphText, FittedLine fitted);
     bool makeUnplacedGlyphs();
 
