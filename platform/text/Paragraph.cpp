@@ -157,6 +157,23 @@ void Paragraph::itemize(std::u16string_view paragraph) {
     }
 }
 
+void Paragraph::joinGraphemes(std::vector<ShapedGlyph>& glyphs, bool isRightToLeft) const {
+    const auto at = [&](size_t glyph) { return glyphs.begin() + static_cast<std::ptrdiff_t>(glyph); };
+    size_t group = 0;  // the first glyph of the grapheme cluster
+    for (size_t first = 0, last = 0; first < glyphs.size(); first = last) {
+        const uint32_t cluster = glyphs[first].cluster;
+        for (last = first; last < glyphs.size() && glyphs[last].cluster == cluster; ++last) {
+        }
+        if (first == 0 || breaks_[cluster] & TextBreak::clusterStart) {
+            group = first;
+            continue;
+        }
+        for (size_t i = first; i < last; ++i) glyphs[i].cluster = glyphs[group].cluster;
+        // Within a cluster glyphs come in drawing order: from right to left, the later ones first.
+        if (isRightToLeft) std::rotate(at(group), at(first), at(last));
+    }
+}
+
 size_t Paragraph::itemIndexAt(uint32_t position) const {
     return static_cast<size_t>(std::ranges::upper_bound(items_, position, {}, &TextItem::end) - items_.begin());
 }
@@ -233,6 +250,7 @@ std::vector<ShapedGlyph> Paragraph::shapePart(size_t item, std::u16string_view p
     // Every character must lie in the cluster of some glyph, whatever the font does.
     if (glyphs.empty()) return controlGlyphs(breaks_, part);
     glyphs.front().cluster = part.location;
+    joinGraphemes(glyphs, source.level & 1);
     for (size_t i = 0; i < glyphs.size(); ++i) {
         const bool isAlone = (i == 0 || glyphs[i - 1].cluster != glyphs[i].cluster) &&
                              (i + 1 == glyphs.size() || glyphs[i + 1].cluster == glyphs[i].cluster + 1);

@@ -66,6 +66,8 @@ public:
 private:
     void findStyles(const NSAttributedString& text, uint32_t location);
     void itemize(std::u16string_view paragraph);
+    /// A font may give the parts of a grapheme cluster, such as the letters of a conjunct, clusters of their own.
+    void joinGraphemes(std::vector<ShapedGlyph>& glyphs, bool isRightToLeft) const;
     std::vector<Range> spacedRanges(Range part) const;
     /// What must stand alone, so that no run of attributes begins within a ligature of these glyphs.
     std::vector<Range> hiddenStyleStarts(const std::vector<ShapedGlyph>& glyphs, Range part) const;
