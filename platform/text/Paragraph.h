@@ -60,12 +60,20 @@ public:
 
     /// The glyphs of an item, shaped in the context of the whole paragraph. `paragraph` is the paragraph's characters.
     const std::vector<ShapedGlyph>& glyphsOfItem(size_t item, std::u16string_view paragraph);
-    /// The glyphs of a part of an item, shaped as if lines broke at its ends.
+    /// The glyphs of a part of an item, shaped as if lines broke at its ends. No optional ligature hides the start of
+    /// other attributes, and none is formed where letters are spaced.
     std::vector<ShapedGlyph> shapePart(size_t item, std::u16string_view paragraph, Range part) const;
+    /// As `shape` has it, with the item's properties; for text that is not the paragraph's.
+    ShapingItem shapingItem(size_t item, std::u16string_view text, Range range) const;
 
 private:
     void findStyles(const NSAttributedString& text, uint32_t location);
     void itemize(std::u16string_view paragraph);
+    /// A font may give the parts of a grapheme cluster, such as the letters of a conjunct, clusters of their own.
+    void joinGraphemes(std::vector<ShapedGlyph>& glyphs, bool isRightToLeft) const;
+    std::vector<Range> spacedRanges(Range part) const;
+    /// What must stand alone, so that no run of attributes begins within a ligature of these glyphs.
+    std::vector<Range> hiddenStyleStarts(const std::vector<ShapedGlyph>& glyphs, Range part) const;
 
     uint32_t length_;
     bool isAnalysed_ = false;
@@ -73,6 +81,8 @@ private:
     NSParagraphStyle::Values style_;
     std::vector<uint8_t> breaks_;
     std::vector<StyleRun> styles_;
+    /// Where runs of attributes begin, those that change no font included.
+    std::vector<uint32_t> attributeStarts_;
     std::vector<TextItem> items_;
 };
 
