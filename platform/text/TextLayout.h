@@ -51,6 +51,10 @@ public:
     /// The line of a glyph; none when it has no place.
     const Line* lineOfGlyph(uint32_t glyphIndex) const;
     NSRect usedRectOfContainer(size_t container) const;
+    /// The zero rectangle when the container does not hold the extra line.
+    NSRect extraLineUsedRectOfContainer(size_t container) const {
+        return extraLine_ && extraLine_->container == container ? extraLine_->usedRect : NSRect();
+    }
     /// The glyphs of the cluster that holds the character, which has been made.
     Range glyphsOfCharacter(uint32_t characterIndex) const;
     /// The characters of the cluster of a glyph, which has been made.
