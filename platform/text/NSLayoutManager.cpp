@@ -108,6 +108,13 @@ NSRect NSLayoutManager::usedRectForTextContainer(const NSTextContainer& containe
     return layout_->usedRectOfContainer(*index);
 }
 
+NSRect NSLayoutManager::extraLineFragmentUsedRectForTextContainer(const NSTextContainer& container) const {
+    const std::optional<size_t> index = indexOfContainer(container);
+    if (!index) return {};
+    layout_->layOutContainer(*index);
+    return layout_->extraLineUsedRectOfContainer(*index);
+}
+
 NSRect NSLayoutManager::lineFragmentRectForGlyphAtIndex(uint32_t glyphIndex, Range* effectiveRange) const {
     layout_->makeGlyph(glyphIndex);
     const Layout::Line* line = layout_->lineOfGlyph(glyphIndex);

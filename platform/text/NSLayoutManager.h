@@ -52,6 +52,10 @@ public:
     /// zero rectangle when there are none. Line spacing below the last line and paragraph spacing are not part of it.
     NSRect usedRectForTextContainer(const NSTextContainer& container) const;
 
+    /// The empty line behind a text that ends with a line end, as high as it is and no wider than its padding; the zero
+    /// rectangle when there is none in the container.
+    NSRect extraLineFragmentUsedRectForTextContainer(const NSTextContainer& container) const;
+
     /// The characters that have glyphs in the range; `actualGlyphRange` receives all glyphs of these characters.
     Range characterRangeForGlyphRange(Range glyphRange, Range* actualGlyphRange = nullptr) const;
     /// The glyphs of the characters in the range; `actualCharacterRange` receives all characters of these glyphs.
