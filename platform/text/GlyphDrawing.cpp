@@ -169,6 +169,13 @@ bool drawPicture(NSGraphicsContext& context, const GlyphAtPlace& glyph, const Pl
 
 }  // namespace
 
+NSBezierPath outlineOfGlyph(const GlyphAtPlace& place) {
+    if (place.glyph == NSControlGlyph || !place.font) return {};
+    NSBezierPath path = outlineOf(place);
+    path.transformUsingAffineTransform({.tX = place.origin.x, .tY = place.origin.y});
+    return path;
+}
+
 void drawGlyph(NSGraphicsContext& context, const GlyphAtPlace& glyph, GlyphCache& cache) {
     if (!isDrawable(context, glyph)) return;
     const std::optional<Place> place = placeOf(glyph.origin, context.transform());

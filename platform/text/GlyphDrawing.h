@@ -20,6 +20,9 @@ struct GlyphAtPlace {
     float obliqueness = 0;
 };
 
+/// The outline where the glyph is drawn, that of a colour glyph too; empty for a control glyph.
+NSBezierPath outlineOfGlyph(const GlyphAtPlace& place);
+
 /// The pen that goes along an outline, in points.
 struct GlyphStroke {
     float width = 0;
