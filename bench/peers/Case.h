@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,11 +12,11 @@ struct Ratio {
     /// What is compared, and with what.
     std::string work, ours, peer;
     double oursMs, peerMs;
-    /// What the ratio should not pass.
-    double bound;
+    /// What the ratio should not pass; none for one that is told for comparison only.
+    std::optional<double> bound;
 
     double value() const { return oursMs / peerMs; }
-    bool isWithinBound() const { return value() <= bound; }
+    bool isWithinBound() const { return !bound || value() <= *bound; }
 };
 
 double millisecondsOf(const std::function<void()>& work);

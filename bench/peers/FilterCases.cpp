@@ -75,10 +75,14 @@ void filterCases(std::vector<Ratio>& ratios) {
         planes.check();
         const std::string pixels = std::to_string(size) + " px";
         ratios.push_back({"maximum of a plane, " + pixels, "QzAnno", "OpenCV", times[0], times[1], 1.0});
-        ratios.push_back({"maximum of a plane, " + pixels, "QzAnno",
-                          "OpenCV, " + std::to_string(defaultThreads) + " threads", times[0], times[2], 1.0});
+        ratios.push_back({"maximum of a plane, " + pixels,
+                          "QzAnno",
+                          "OpenCV, " + std::to_string(defaultThreads) + " threads",
+                          times[0],
+                          times[2],
+                          {}});
         ratios.push_back({"stroke of a bitmap, " + pixels, "QzAnno", "OpenCV", times[3], times[4], 1.0});
-        ratios.push_back({"stroke of a bitmap, " + pixels, "QzAnno", "OpenCV, plane only", times[3], times[1], 1.0});
+        ratios.push_back({"stroke of a bitmap, " + pixels, "QzAnno", "OpenCV, plane only", times[3], times[1], {}});
         if (size == 1) strokeOf1 = times[3];
         if (size == 32) ratios.push_back({"stroke of a bitmap", "32 px", "1 px", times[3], strokeOf1, 2.0});
     }

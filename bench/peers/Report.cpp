@@ -28,18 +28,18 @@ std::string formatted(const char* format, Values... values) {
 }
 
 std::string rowOf(const Ratio& ratio, int y) {
-    const char* color = ratio.isWithinBound() ? "#3d8c6c" : "#c98a3a";
-    const double end = kLabelWidth + placeOf(ratio.value()), bound = kLabelWidth + placeOf(ratio.bound);
-    return formatted("<text x='%d' y='%d' text-anchor='end'>%s</text>\n", kLabelWidth - 10, y + 16,
-                     labelOf(ratio).c_str()) +
-           formatted("<rect x='%d' y='%d' width='%.1f' height='%d' rx='3' fill='%s'/>\n", kLabelWidth, y + 5,
-                     end - kLabelWidth, kRowHeight - 10, color) +
-           formatted("<path d='M%.1f %dv%d' stroke='#333' stroke-width='2'/>\n", bound, y + 2, kRowHeight - 4) +
-           formatted(
-               "<text x='%d' y='%d' font-weight='bold'>%.3g</text>"
-               "<text x='%d' y='%d' fill='#777'>of %.3g</text>\n",
-               kLabelWidth + kBarsWidth + 10, y + 16, ratio.value(), kLabelWidth + kBarsWidth + 60, y + 16,
-               ratio.bound);
+    const char* color = !ratio.bound ? "#9aa5ad" : ratio.isWithinBound() ? "#3d8c6c" : "#c98a3a";
+    const int figures = kLabelWidth + kBarsWidth + 10;
+    std::string row = formatted("<text x='%d' y='%d' text-anchor='end'>%s</text>\n", kLabelWidth - 10, y + 16,
+                                labelOf(ratio).c_str()) +
+                      formatted("<rect x='%d' y='%d' width='%.1f' height='%d' rx='3' fill='%s'/>\n", kLabelWidth, y + 5,
+                                placeOf(ratio.value()), kRowHeight - 10, color) +
+                      formatted("<text x='%d' y='%d' font-weight='bold'>%.3g</text>\n", figures, y + 16, ratio.value());
+    if (!ratio.bound) return row;
+    return row +
+           formatted("<path d='M%.1f %dv%d' stroke='#333' stroke-width='2'/>\n", kLabelWidth + placeOf(*ratio.bound),
+                     y + 2, kRowHeight - 4) +
+           formatted("<text x='%d' y='%d' fill='#777'>of %.3g</text>\n", figures + 50, y + 16, *ratio.bound);
 }
 
 }  // namespace
@@ -47,20 +47,22 @@ std::string rowOf(const Ratio& ratio, int y) {
 void printTable(const std::vector<Ratio>& ratios) {
     std::printf("%-82s %10s %10s %8s %6s\n", "what", "ms", "against ms", "ratio", "bound");
     for (const Ratio& ratio : ratios)
-        std::printf("%-82s %10.3f %10.3f %8.3f %6.2f%s\n", labelOf(ratio).c_str(), ratio.oursMs, ratio.peerMs,
-                    ratio.value(), ratio.bound, ratio.isWithinBound() ? "" : "  above");
+        std::printf("%-82s %10.3f %10.3f %8.3f %6s%s\n", labelOf(ratio).c_str(), ratio.oursMs, ratio.peerMs,
+                    ratio.value(), ratio.bound ? formatted("%.2f", *ratio.bound).c_str() : "",
+                    ratio.isWithinBound() ? "" : "  above");
 }
 
 std::string jsonOf(const std::vector<Ratio>& ratios) {
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
-    for (const Ratio& r : ratios)
+    for (const Ratio& r : ratios) {
         list.push_back({{"work", r.work},
                         {"ours", r.ours},
                         {"peer", r.peer},
                         {"oursMs", r.oursMs},
                         {"peerMs", r.peerMs},
-                        {"ratio", r.value()},
-                        {"bound", r.bound}});
+                        {"ratio", r.value()}});
+        if (r.bound) list.back()["bound"] = *r.bound;
+    }
     return list.dump(2) + "\n";
 }
 

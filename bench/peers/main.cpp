@@ -94,6 +94,7 @@ int main(int argc, char** argv) {
     }
     qz::setLogHook([](std::string_view) {});
     qz::setStandardErrorHook([](std::string_view) {});
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     // Fonts and raster painting need an application, but no screen.
     qputenv("QT_QPA_PLATFORM", "offscreen");
     int qtArgumentCount = 1;

@@ -20,6 +20,7 @@ namespace {
 
 constexpr size_t kStripWidthMin = 2048;
 constexpr size_t kGroupBytes = 8192;
+constexpr int kDirectReachMax = 4;
 
 /// How far the kernel reaches from its centre.
 struct Reach {
@@ -46,11 +47,12 @@ class Scratch {
 public:
     Scratch(size_t stripWidth, Reach reach)
         : rowBytes_(stripWidth + 2 * reach.x),
-          groupRows_(std::max(size_t{1}, kGroupBytes / rowBytes_)),
+          groupRows_(std::max(size_t{1}, kGroupBytes / rowBytes_ / 2) * 2),
           groupBytes_(groupRows_ * rowBytes_ + reach.width()),
           storage_(new (std::nothrow) uint8_t[3 * groupBytes_ + (1 + reach.height()) * rowBytes_]) {}
     explicit operator bool() const { return storage_ != nullptr; }
 
+    /// Even: the first step may make two rows at a time.
     size_t groupRows() const { return groupRows_; }
     size_t groupBytes() const { return groupBytes_; }
     /// Group 0 holds rows that have passed the first step, end to end, each with zeros where the kernel reaches beyond
@@ -85,24 +87,31 @@ QZ_FOR_EACH_WIDTH void maximumOfThree(const uint8_t* __restrict in, size_t secon
     for (size_t i = 0; i < count; ++i) out[i] = greater(greater(in[i], in[i + second]), in[i + third]);
 }
 
+/// Of windows evenly spread from the first to the last.
+QZ_FOR_EACH_WIDTH void maximumOfFive(const uint8_t* __restrict in, size_t last, uint8_t* __restrict out, size_t count) {
+    const size_t second = last / 4, third = last / 2, fourth = last - last / 4;
+    for (size_t i = 0; i < count; ++i) {
+        const uint8_t inner = greater(greater(in[i + second], in[i + third]), in[i + fourth]);
+        out[i] = greater(greater(in[i], in[i + last]), inner);
+    }
+}
+
 /// The first step: the maxima along the columns of a strip, row after row.
 class ColumnMaxima {
 public:
     QZ_FOR_EACH_WIDTH ColumnMaxima(const vImage_Buffer& plane, Strip strip, size_t reach, Scratch& scratch)
         : plane_(plane), strip_(strip), reach_(reach), scratch_(scratch) {}
 
-    QZ_FOR_EACH_WIDTH void writeNext(uint8_t* __restrict out) {
+    /// `rows` more rows, each `rowBytes` after the one before.
+    QZ_FOR_EACH_WIDTH void writeNext(uint8_t* out, size_t rowBytes, size_t rows) {
+        size_t i = 0;
         // Few rows are read again sooner than kept.
-        if (reach_ == 0) {
-            std::memcpy(out, row(y_), width());
-        } else if (reach_ == 1) {
-            writeDirectly<3>(out);
-        } else if (reach_ == 2) {
-            writeDirectly<5>(out);
+        if (reach_ <= kDirectReachMax) {
+            for (; i + 2 <= rows; i += 2, y_ += 2) writeTwoDirectly(out + i * rowBytes, out + (i + 1) * rowBytes);
+            if (i < rows) writeTwoDirectly(out + i * rowBytes, scratch_.prefix());
         } else {
-            writeFromBlocks(out);
+            for (; i < rows; ++i, ++y_) writeFromBlocks(out + i * rowBytes);
         }
-        ++y_;
     }
 
 private:
@@ -113,14 +122,32 @@ private:
         return plane_.data + inside * plane_.rowBytes + strip_.sourceBegin;
     }
 
-    template <int count>
-    QZ_FOR_EACH_WIDTH void writeDirectly(uint8_t* __restrict out) const {
-        const uint8_t* rows[count];
-        for (int i = 0; i < count; ++i) rows[i] = row(y_ - count / 2 + i);
+    QZ_FOR_EACH_WIDTH void writeTwoDirectly(uint8_t* first, uint8_t* second) const {
+        switch (reach_) {
+            case 0:
+                return writeTwoDirectly<0>(first, second);
+            case 1:
+                return writeTwoDirectly<1>(first, second);
+            case 2:
+                return writeTwoDirectly<2>(first, second);
+            case 3:
+                return writeTwoDirectly<3>(first, second);
+            default:
+                return writeTwoDirectly<kDirectReachMax>(first, second);
+        }
+    }
+
+    /// Rows y_ and y_ + 1, whose windows share all rows but one each.
+    template <int reach>
+    QZ_FOR_EACH_WIDTH void writeTwoDirectly(uint8_t* __restrict first, uint8_t* __restrict second) const {
+        constexpr int last = 2 * reach + 1;
+        const uint8_t* rows[last + 1];
+        for (int i = 0; i <= last; ++i) rows[i] = row(y_ - reach + i);
         for (size_t x = 0; x < width(); ++x) {
-            uint8_t sample = rows[0][x];
-            for (int i = 1; i < count; ++i) sample = greater(sample, rows[i][x]);
-            out[x] = sample;
+            uint8_t shared = 0;
+            for (int i = 1; i < last; ++i) shared = greater(shared, rows[i][x]);
+            first[x] = greater(shared, rows[0][x]);
+            second[x] = greater(shared, rows[last][x]);
         }
     }
 
@@ -169,13 +196,18 @@ QZ_FOR_EACH_WIDTH void writeRowMaxima(Scratch& scratch, size_t rows, size_t widt
     const size_t rowBytes = width + 2 * reach, windowWidth = 2 * reach + 1;
     const uint8_t* in = scratch.group(0);
     size_t window = 1, next = 1;
-    for (; 3 * window < windowWidth; window *= 3, next = 3 - next) {
+    for (; 5 * window < windowWidth; window *= 3, next = 3 - next) {
         maximumOfThree(in, window, 2 * window, scratch.group(next), rows * rowBytes);
         in = scratch.group(next);
     }
-    // Three windows that overlap as far as they must.
-    const size_t third = windowWidth - window;
-    for (size_t i = 0; i < rows; ++i) maximumOfThree(in + i * rowBytes, third / 2, third, out + i * outRowBytes, width);
+    // Three or five windows that overlap as far as they must.
+    const size_t last = windowWidth - window;
+    for (size_t i = 0; i < rows; ++i) {
+        if (windowWidth <= 3 * window)
+            maximumOfThree(in + i * rowBytes, last / 2, last, out + i * outRowBytes, width);
+        else
+            maximumOfFive(in + i * rowBytes, last, out + i * outRowBytes, width);
+    }
 }
 
 QZ_FOR_EACH_WIDTH void filterStrip(const vImage_Buffer& source, const vImage_Buffer& destination, Strip strip,
@@ -186,7 +218,7 @@ QZ_FOR_EACH_WIDTH void filterStrip(const vImage_Buffer& source, const vImage_Buf
     ColumnMaxima columns(source, strip, reach.y, scratch);
     for (size_t y = 0; y < source.height; y += scratch.groupRows()) {
         const size_t rows = std::min(scratch.groupRows(), source.height - y);
-        for (size_t i = 0; i < rows; ++i) columns.writeNext(scratch.group(0) + i * rowBytes + zerosLeft);
+        columns.writeNext(scratch.group(0) + zerosLeft, rowBytes, rows);
         writeRowMaxima(scratch, rows, strip.width(), reach.x, destination.data + y * destination.rowBytes + strip.begin,
                        destination.rowBytes);
     }
