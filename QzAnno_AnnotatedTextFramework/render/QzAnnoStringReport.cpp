@@ -140,19 +140,21 @@ std::optional<Reach> reachOfLayer(const NSDictionary& attributes, const NSString
     return Reach{half - shift.x, half + shift.x, half - shift.y, half + shift.y};
 }
 
-/// What is drawn of a run, besides its glyphs.
-struct RunReach {
+/// How a run is drawn.
+struct DrawnRun {
     uint64_t end = 0;
+    Ref<NSFont> font;
     float obliqueness = 0;
     std::optional<Reach> layer1;
     std::optional<Reach> layer2;
 };
 
-RunReach reachAt(const NSAttributedString& text, uint32_t character) {
+DrawnRun drawnRunAt(const NSAttributedString& text, uint32_t character) {
     Range run;
     const Ref<NSDictionary> attributes = text.attributesAtIndex(character, &run);
     const auto obliqueness = attributes->objectForKey<NSNumber>(*NSObliquenessAttributeName);
-    return {run.end(), obliqueness ? obliqueness->floatValue() : 0,
+    return {run.end(), attributes->objectForKey<NSFont>(*NSFontAttributeName),
+            obliqueness ? obliqueness->floatValue() : 0,
             reachOfLayer(*attributes, *QzBackgroundColorAttribute, *QzBackgroundWidthAttribute,
                          *QzBackgroundOffsetAttribute),
             reachOfLayer(*attributes, *QzBackground2ColorAttribute, *QzBackground2WidthAttribute,
@@ -164,15 +166,14 @@ class EdgeCheck {
 public:
     explicit EdgeCheck(NSSize picture) : picture_(picture) {}
 
-    void addGlyph(const GlyphAtPlace& place, const RunReach& run, Range cluster) {
-        const NSBezierPath outline = outlineOfGlyph(place);
-        if (outline.isEmpty()) return;
+    void addGlyph(const GlyphAtPlace& place, const DrawnRun& run, Range cluster) {
         // A box of control points is quick to have, and may be larger than the ink.
-        NSRect ink = outline.controlPointBounds();
+        NSRect ink = boxOf(place);
+        if (NSIsEmptyRect(ink)) return;
         const std::array<std::optional<Reach>, 3> reaches = {Reach{}, run.layer1, run.layer2};
         const auto isCut = [&](const auto& reach) { return reach && isBeyond(ink, *reach); };
         if (std::ranges::none_of(reaches, isCut)) return;
-        ink = outline.bezierPathByFlatteningPath().controlPointBounds();
+        ink = outlineOfGlyph(place).bezierPathByFlatteningPath().controlPointBounds();
         for (size_t i = 0; i < reaches.size(); ++i) {
             if (isCut(reaches[i])) append(cut_[i], cluster);
             // A layer of letters that are cut tells nothing more.
@@ -188,6 +189,14 @@ public:
     }
 
 private:
+    static NSRect boxOf(const GlyphAtPlace& place) {
+        const NSRect box = place.font->boundingRectForGlyph(place.glyph);
+        const float slantAtBottom = place.obliqueness * box.origin.y;
+        const float slantAtTop = place.obliqueness * box.maxY();
+        return {{place.origin.x + box.origin.x + std::min(slantAtBottom, slantAtTop), place.origin.y - box.maxY()},
+                {box.size.width + std::abs(slantAtTop - slantAtBottom), box.size.height}};
+    }
+
     bool isBeyond(const NSRect& ink, const Reach& reach) const {
         return ink.origin.x - reach.left < -kUnseenCut || ink.origin.y - reach.top < -kUnseenCut ||
                ink.maxX() + reach.right > picture_.width + kUnseenCut ||
@@ -228,21 +237,18 @@ RenderReport QzAnnoStringToScreen::reportInFullScreen(bool fullScreen) {
     }
 
     EdgeCheck edges(place.size);
-    RunReach run;
+    DrawnRun run;
     for (uint64_t i = glyphs.location; i < glyphs.end(); ++i) {
         const auto glyph = static_cast<uint32_t>(i);
         if (layoutManager_->notShownAttributeForGlyphAtIndex(glyph)) continue;
         const Range cluster = layoutManager_->characterRangeForGlyphRange({glyph, 1});
-        if (cluster.location >= run.end) run = reachAt(*textStorage_, cluster.location);
-        const GlyphAtPlace glyphAtPlace = {
-            layoutManager_->glyphAtIndex(glyph),
-            textStorage_->attributesAtIndex(cluster.location)->objectForKey<NSFont>(*NSFontAttributeName),
-            originOfGlyph(glyph, offset), run.obliqueness};
-        if (!glyphAtPlace.font) continue;
-        if (glyphAtPlace.glyph == 0 || glyphAtPlace.font->isGlyphDamaged(glyphAtPlace.glyph)) {
-            addMissingOfCluster(report.missingGlyphs, text, cluster, *glyphAtPlace.font);
+        if (cluster.location >= run.end) run = drawnRunAt(*textStorage_, cluster.location);
+        if (!run.font) continue;
+        const NSGlyph number = layoutManager_->glyphAtIndex(glyph);
+        if (number == 0 || run.font->isGlyphDamaged(number)) {
+            addMissingOfCluster(report.missingGlyphs, text, cluster, *run.font);
         }
-        edges.addGlyph(glyphAtPlace, run, cluster);
+        edges.addGlyph({number, run.font, originOfGlyph(glyph, offset), run.obliqueness}, run, cluster);
     }
     edges.tell(report.clipped);
     return report;

@@ -36,6 +36,16 @@ std::vector<uint8_t> rawBytes(const NSBitmapImageRep& picture) {
     return {data, data + static_cast<size_t>(picture.bytesPerRow()) * static_cast<size_t>(picture.pixelsHigh())};
 }
 
+/// "; there are "Noto Sans-Regular", "Noto Sans-Bold"", or nothing.
+std::string namesLike(const std::string& font, const FontLibrary& fonts) {
+    constexpr size_t kNamesMax = 6;
+    std::string list;
+    for (const std::string& name : fonts.namesLike(font, kNamesMax)) {
+        list += (list.empty() ? "; there are " : ", ") + quoted(name);
+    }
+    return list;
+}
+
 /// Renders titles one after the other with one pipeline.
 class Renderer {
 public:
@@ -59,6 +69,7 @@ private:
     const RenderOptions& options_;
     Diagnostics& diagnostics_;
     ReportLines reportLines_;
+    std::shared_ptr<FontLibrary> fonts_;
     Ref<QzAnnoPalette> palette_;
     Ref<MissingFonts> missingFonts_ = std::make_shared<MissingFonts>();
     std::vector<std::string> reportedFonts_;
@@ -81,10 +92,11 @@ bool Renderer::prepare() {
     plan_ = *plan;
     const auto fonts = fontsWithFolders(options_.fontDirectories, options_.strict, diagnostics_);
     if (!fonts) return false;
+    fonts_ = *fonts ? *fonts : FontLibrary::shared();
     palette_->setLog(missingFonts_);
     pipeline_ = QzAnnoStringToScreen::init();
     pipeline_->setPalette(palette_);
-    pipeline_->setFontLibrary(*fonts);
+    pipeline_->setFontLibrary(fonts_);
     if (!pipeline_->setLanguage(options_.language)) {
         diagnostics_.error("--lang",
                            quoted(options_.language) + " is no language tag; write one such as ja or zh-Hant");
@@ -208,8 +220,9 @@ bool Renderer::reportMissingFonts(const Title& title) {
                 "the font " + quoted(font) + " is not installed, and --strict forbids a stand-in; not rendered");
         } else if (std::ranges::find(reportedFonts_, font) == reportedFonts_.end()) {
             reportedFonts_.push_back(font);
-            diagnostics_.warning(paletteName(options_.palette),
-                                 "the font " + quoted(font) + " is not installed; the system font stands in");
+            diagnostics_.warning(
+                paletteName(options_.palette),
+                "the font " + quoted(font) + " is not installed; the system font stands in" + namesLike(font, *fonts_));
         }
     }
     return missingFonts_->names().empty() || !options_.strict;

@@ -177,6 +177,7 @@ std::shared_ptr<const NSBezierPath> FontFace::outlineOfGlyph(NSGlyph glyph) cons
 bool FontFace::isGlyphDamaged(NSGlyph glyph) const {
     if (glyph >= glyphCount_) return false;
     outlines_->outline(glyph, colourGlyphs_.get());
+    if (!outlines_->hasDamage()) return false;
     // Outside the outlines' lock, since a log hook may well ask for an outline.
     if (outlines_->mustReportDamage()) {
         NSLog("%@: glyph %i of \"%@\" is damaged, and others may be; other fonts stand in, install the font again\n",

@@ -71,6 +71,9 @@ public:
     /// The font of that PostScript name, full name, "family-style" or family, in this order, in any language of the
     /// font's own names and without regard to case; none when there is none.
     const InstalledFont* fontWithName(std::string_view name) const;
+    /// Names, at most `count`, that whoever wrote this one may have meant: fonts of the family that it begins with, the
+    /// most regular first, or else of the family whose name differs least, by two letters at most. For messages.
+    std::vector<std::string> namesLike(std::string_view name, size_t count) const;
     const InstalledFont* fontOfFile(std::string_view path, int index) const;
 
     /// The face of a font of this library; the same one as long as anybody holds it. None when its file is of no use.

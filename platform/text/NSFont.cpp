@@ -73,6 +73,11 @@ NSSize NSFont::advancementForGlyph(NSGlyph glyph) const {
     return {points(face_->advanceOfGlyph(glyph)), 0};
 }
 
+NSRect NSFont::boundingRectForGlyph(NSGlyph glyph) const {
+    const NSRect box = face_->outlineOfGlyph(glyph)->controlPointBounds();
+    return {{points(box.origin.x), points(box.origin.y)}, {points(box.size.width), points(box.size.height)}};
+}
+
 bool NSFont::isGlyphDamaged(NSGlyph glyph) const {
     return face_->isGlyphDamaged(glyph);
 }

@@ -50,6 +50,24 @@ TEST(FontLibraryTest, FindsNamedInstancesByTheNamesThatTheFontGivesThem) {
     for (const auto& [asked, found, reason] : cases) EXPECT_EQ(nameFound(*library, asked), found) << reason;
 }
 
+TEST(FontLibraryTest, KnowsWhatAWrongNameMayHaveMeant) {
+    const struct {
+        const char *name, *first, *reason;
+    } cases[] = {
+        {"DejaVu Sans-Heavy", "DejaVu Sans-Book", "a style that the family lacks"},
+        {"DejaVuSansMono-Medium", "DejaVu Sans Mono-Book", "the longer of two families, written as one word"},
+        {"Deja Vu Serif", "DejaVu Serif-Book", "a blank too many"},
+        {"DejVu Serff-Bold", "DejaVu Serif-Book", "two letters"},
+        {"Gone Grotesk", "none", "nothing like it"},
+        {"", "none", "no name"},
+    };
+    for (const auto& [name, first, reason] : cases) {
+        const auto names = FontLibrary::shared()->namesLike(name, 3);
+        EXPECT_LE(names.size(), 3u);
+        EXPECT_EQ(names.empty() ? "none" : names[0], first) << reason;
+    }
+}
+
 // Outlines and advances come from two libraries, each of which has to be told where in the design space it is.
 TEST(FontLibraryTest, InstancesHaveOutlinesAndAdvancesOfTheirOwn) {
     const auto library = FontLibrary::withDirectories({kVariableFonts});
