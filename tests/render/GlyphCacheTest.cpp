@@ -96,7 +96,7 @@ TEST(GlyphCache, StaysWithinItsBoundAndCountsWhatItDoes) {
     EXPECT_EQ(once.images, once.misses);
     EXPECT_GT(once.bytes, 400u * once.images) << "some 22 by 22 pixels each";
 
-    constexpr uint64_t kBound = 50'000;
+    constexpr uint64_t kBound = 30'000;
     cache->setBytesMax(kBound);
     for (const char* text : {"bcdefghijklm", "nopqrstuvwxyz", "ABCDEFGHIJKLM", "aaaa"}) {
         pipeline->setAnnoString(QzAnnoString::initWithString(NSString::stringWithUTF8String(text)));
