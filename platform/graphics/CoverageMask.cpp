@@ -6,6 +6,7 @@
 #include <cairo.h>
 
 #include "platform/graphics/Flattening.h"
+#include "platform/graphics/OutlineCoverage.h"
 #include "platform/graphics/PathClipping.h"
 #include "platform/graphics/PixelRows.h"
 
@@ -128,7 +129,12 @@ void renderCoverage(std::span<const DeviceShape> shapes, const PixelRect& box, b
     makeEmpty(mask, box);
     // Painted into one mask, one shape lies over another as `uniteMasks` would lay it.
     for (const DeviceShape& shape : shapes) {
-        if (!shape.pixelBounds(box).isEmpty()) drawShapeInto(mask, shape, antialias);
+        if (shape.pixelBounds(box).isEmpty()) continue;
+        if (antialias && isServedByAreas(shape, box)) {
+            addOutlineCoverage(shape, mask);
+        } else {
+            drawShapeInto(mask, shape, antialias);
+        }
     }
 }
 

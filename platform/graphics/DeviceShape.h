@@ -51,6 +51,11 @@ public:
     /// coordinate that is not finite, or with a pen flattened to nothing, touches none.
     PixelRect pixelBounds(const PixelRect& within) const { return bounds_.pixels(within); }
 
+    /// The outline of a glyph: closed contours that wind one way round what is filled. Such shapes are rasterised
+    /// faster.
+    bool isGlyphOutline() const { return isGlyphOutline_; }
+    void setIsGlyphOutline(bool isOutline) { isGlyphOutline_ = isOutline; }
+
     /// In device pixels.
     const NSBezierPath& path() const { return path_; }
     /// None for a fill.
@@ -63,6 +68,7 @@ private:
 
     NSBezierPath path_;
     std::optional<DevicePen> pen_;
+    bool isGlyphOutline_ = false;
     DeviceBox pathBounds_;
     // Empty for what cannot be drawn.
     DeviceBox bounds_;

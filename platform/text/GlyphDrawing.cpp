@@ -74,22 +74,23 @@ NSBezierPath outlineOf(const GlyphAtPlace& glyph) {
     return path;
 }
 
-std::vector<DeviceShape> shapesOf(const GlyphAtPlace& glyph, const GlyphKey& key) {
+DeviceShape shapeOf(const GlyphAtPlace& glyph, const GlyphKey& key) {
     NSBezierPath outline = outlineOf(glyph);
-    const NSAffineTransform transform = toPixels(key);
-    if (key.part == GlyphPart::fill) return {DeviceShape::fillOf(outline, transform)};
-    outline = outline.bezierPathByFlatteningPath();
-    std::vector<DeviceShape> shapes;
-    if (key.part != GlyphPart::flatFill) {
+    DeviceShape shape = DeviceShape::fillOf(outline, toPixels(key));
+    if (key.part == GlyphPart::stroke) {
+        // Flattened first, so that the flatness asked for is that of the joins; in points, finer by as much as they grow.
+        const double scale = std::max(std::hypot(key.m11, key.m12), std::hypot(key.m21, key.m22));
+        if (scale > 1) outline.setFlatness(outline.flatness() / static_cast<float>(scale));
+        outline = outline.bezierPathByFlatteningPath();
         outline.setLineWidth(key.strokeWidth);
         outline.setLineCapStyle(static_cast<NSLineCapStyle>(key.lineCap));
         outline.setLineJoinStyle(static_cast<NSLineJoinStyle>(key.lineJoin));
         outline.setMiterLimit(key.miterLimit);
         outline.setFlatness(key.flatness);
-        shapes.push_back(DeviceShape::strokeOf(outline, transform));
+        shape = DeviceShape::strokeOf(outline, toPixels(key));
     }
-    if (key.part != GlyphPart::stroke) shapes.push_back(DeviceShape::fillOf(outline, transform));
-    return shapes;
+    shape.setIsGlyphOutline(true);
+    return shape;
 }
 
 bool isWorthKeeping(const PixelRect& box, uint64_t bytesPerPixel, const GlyphCache& cache) {
@@ -102,6 +103,42 @@ bool isVisible(const PixelRect& box, const Place& place, const NSGraphicsContext
     return !intersectionOfMoved(box, place.x, place.y, context.bitmap()->bounds()).isEmpty();
 }
 
+GlyphKey partOf(GlyphKey key, GlyphPart part) {
+    key.part = part;
+    if (part == GlyphPart::fill) key.strokeWidth = key.flatness = key.miterLimit = key.lineCap = key.lineJoin = 0;
+    return key;
+}
+
+/// The shapes that cover a part between them.
+std::vector<DeviceShape> shapesOf(const GlyphAtPlace& glyph, const GlyphKey& key) {
+    if (key.part != GlyphPart::strokeAndFill) return {shapeOf(glyph, key)};
+    return {shapeOf(glyph, partOf(key, GlyphPart::stroke)), shapeOf(glyph, partOf(key, GlyphPart::fill))};
+}
+
+/// The mask of a part from the masks of what it is made of, which are kept too: stroke and fill of one glyph serve an
+/// outline, a shadow and the glyph itself.
+CoverageMask maskOf(const GlyphAtPlace& glyph, const GlyphKey& key, const std::vector<DeviceShape>& shapes,
+                    const PixelRect& box, GlyphCache& cache) {
+    CoverageMask mask;
+    if (shapes.size() == 1) {
+        renderCoverage(shapes, box, key.antialias, mask);
+        return mask;
+    }
+    mask = CoverageMask::emptyOf(box);
+    for (size_t i = 0; i < shapes.size(); ++i) {
+        const GlyphKey partKey = partOf(key, i == 0 ? GlyphPart::stroke : GlyphPart::fill);
+        if (const GlyphImage* const kept = cache.find(partKey)) {
+            uniteMasks(kept->mask, 0, 0, mask);
+            continue;
+        }
+        GlyphImage part{.font = glyph.font, .mask = {}, .picture = {}};
+        renderCoverage({&shapes[i], 1}, shapes[i].pixelBounds(kAnyPixels), key.antialias, part.mask);
+        uniteMasks(part.mask, 0, 0, mask);
+        cache.add(partKey, std::move(part));
+    }
+    return mask;
+}
+
 void drawPart(NSGraphicsContext& context, const GlyphAtPlace& glyph, const Place& place, const GlyphKey& key,
               GlyphCache& cache) {
     if (const GlyphImage* const kept = cache.find(key)) return context.drawMask(kept->mask, place.x, place.y);
@@ -110,8 +147,7 @@ void drawPart(NSGraphicsContext& context, const GlyphAtPlace& glyph, const Place
     for (const DeviceShape& shape : shapes) box = unionOf(box, shape.pixelBounds(kAnyPixels));
     if (!box.isEmpty() && !isVisible(box, place, context)) return;
     if (!isWorthKeeping(box, 1, cache)) return context.drawShapes(shapes, place.x, place.y);
-    GlyphImage image{.font = glyph.font, .mask = {}, .picture = {}};
-    renderCoverage(shapes, box, key.antialias, image.mask);
+    GlyphImage image{.font = glyph.font, .mask = maskOf(glyph, key, shapes, box, cache), .picture = {}};
     context.drawMask(image.mask, place.x, place.y);
     cache.add(key, std::move(image));
 }
@@ -205,9 +241,8 @@ void strokeAndFillGlyph(NSGraphicsContext& context, const GlyphAtPlace& glyph, c
     if (context.isGathering() || byteOf(context.color()->alphaComponent()) == 255) {
         return drawPart(context, glyph, *place, key, cache);
     }
-    key.part = GlyphPart::stroke;
-    drawPart(context, glyph, *place, key, cache);
-    drawPart(context, glyph, *place, keyOf(context, glyph, *place, GlyphPart::flatFill), cache);
+    drawPart(context, glyph, *place, partOf(key, GlyphPart::stroke), cache);
+    drawPart(context, glyph, *place, partOf(key, GlyphPart::fill), cache);
 }
 
 }  // namespace qz

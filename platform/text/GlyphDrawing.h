@@ -38,7 +38,7 @@ struct GlyphStroke {
 void drawGlyph(NSGraphicsContext& context, const GlyphAtPlace& place, GlyphCache& cache);
 /// Fills the outline, that of a colour glyph too.
 void fillGlyph(NSGraphicsContext& context, const GlyphAtPlace& place, GlyphCache& cache);
-/// Flattens the outline in points, strokes it and fills it: the glyph widened by half the pen's width.
+/// Flattens the outline, strokes it and fills it: the glyph widened by half the pen's width.
 void strokeAndFillGlyph(NSGraphicsContext& context, const GlyphAtPlace& place, const GlyphStroke& stroke,
                         GlyphCache& cache);
 

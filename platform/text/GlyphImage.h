@@ -10,9 +10,8 @@
 
 namespace qz {
 
-/// Which part of a glyph an image shows: its outline filled; flattened in points and then filled, stroked or both; or a
-/// picture in colours of its own.
-enum class GlyphPart : uint8_t { fill, flatFill, stroke, strokeAndFill, picture };
+/// Which part of a glyph an image shows: its outline filled, stroked or both, or a picture in colours of its own.
+enum class GlyphPart : uint8_t { fill, stroke, strokeAndFill, picture };
 
 /// All that changes the pixels of a glyph's image. Whole words without gaps, so that it can be hashed as it lies.
 struct GlyphKey {
