@@ -4,6 +4,7 @@
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoLayoutManager.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzScreenTextContainer.h"
 #include "platform/graphics/NSImage.h"
+#include "platform/text/NSParagraphStyle.h"
 #include "platform/text/NSTextStorage.h"
 
 namespace qz {
@@ -30,6 +31,10 @@ public:
     void setAnnoString(const Ref<QzAnnoString>& string);
     void setAttributedString(const Ref<NSAttributedString>& string);
     Ref<QzAnnoString> annoString() const { return string_; }
+    /// The direction of every paragraph, whatever its style says; `natural`, as at the start, leaves it to the style,
+    /// and by default to the first letter that has one. Natural alignment goes with it.
+    void setBaseWritingDirection(NSWritingDirection direction);
+    NSWritingDirection baseWritingDirection() const { return direction_; }
 
     const Ref<QzAnnoLayoutManager>& layoutManager() const { return layoutManager_; }
     const Ref<QzScreenTextContainer>& textContainer() const { return textContainer_; }
@@ -71,6 +76,7 @@ private:
     // At most one of the two is set.
     Ref<QzAnnoString> string_;
     Ref<NSAttributedString> realString_;
+    NSWritingDirection direction_ = NSWritingDirection::natural;
     bool available_ = false;
     const Ref<NSTextStorage> textStorage_;
     const Ref<QzScreenTextContainer> textContainer_;

@@ -78,6 +78,7 @@ bool Renderer::prepare() {
     palette_->setLog(missingFonts_);
     pipeline_ = QzAnnoStringToScreen::init();
     pipeline_->setPalette(palette_);
+    pipeline_->setBaseWritingDirection(options_.direction);
     pipeline_->setScreenSize(sizeOf(options_.screen), sizeOf(data_));
     // Left alone, antialiasing goes by the context, which is on.
     if (!options_.antialias) pipeline_->layoutManager()->setAntialiasing(false);

@@ -9,6 +9,17 @@
 #include "platform/text/ParagraphRange.h"
 
 namespace qz {
+namespace {
+
+bool isHangul(UChar32 character) {
+    return u_getIntPropertyValue(character, UCHAR_HANGUL_SYLLABLE_TYPE) != U_HST_NOT_APPLICABLE;
+}
+
+bool isInKoreanWord(std::u16string_view text, uint32_t boundary) {
+    return isHangul(text[boundary - 1]) && isHangul(text[boundary]);
+}
+
+}  // namespace
 
 void TextBreaker::Close::operator()(UBreakIterator* iterator) const {
     ubrk_close(iterator);
@@ -51,7 +62,8 @@ std::vector<uint8_t> TextBreaker::breaksInParagraph(std::u16string_view paragrap
     std::vector<uint8_t> flags = clustersInText(paragraph);
     forEachBoundary(*lines_, paragraph, [&](uint32_t boundary) {
         if (boundary == 0 || boundary >= paragraph.size()) return;
-        if (flags[boundary] & TextBreak::clusterStart) flags[boundary] |= TextBreak::lineMayBegin;
+        const bool isInCluster = !(flags[boundary] & TextBreak::clusterStart);
+        if (!isInCluster && !isInKoreanWord(paragraph, boundary)) flags[boundary] |= TextBreak::lineMayBegin;
     });
     for (size_t i = 0; i < paragraph.size(); ++i) {
         if (u_isWhitespace(paragraph[i]) || paragraph[i] == 0x0085) flags[i] |= TextBreak::hangs;

@@ -17,7 +17,9 @@ inline constexpr uint8_t lineMustBegin = 4;  ///< a line ends before this unit i
 inline constexpr uint8_t hangs = 8;          ///< white space, which hangs over the end of a line; no no-break space
 }  // namespace TextBreak
 
-/// Finds grapheme clusters and places where lines may break, by Unicode's rules. Used by one thread at a time.
+/// Finds grapheme clusters and places where lines may break, by Unicode's rules, whatever the locale of the process:
+/// between words of a dictionary in Thai, Lao, Khmer and Burmese, by the strict rules in Japanese, where no line begins
+/// with a small kana. Korean words, which have blanks between them, are kept whole. Used by one thread at a time.
 class TextBreaker {
 public:
     TextBreaker();

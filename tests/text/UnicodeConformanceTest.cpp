@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include <gtest/gtest.h>
+#include <unicode/uchar.h>
 
 #include "platform/text/Paragraph.h"
 #include "platform/text/TextBreaker.h"
@@ -190,6 +191,10 @@ const char* knownLineDifference(const BreakCase& row, size_t at, bool isCluster)
     if (row.text[before] == 0x0308 && before > 0) --before;
     const char16_t left = row.text[before], right = row.text[at];
     if (left == u'-' && before == 0) return "ICU keeps a hyphen at the start of a word with it";
+    const auto isHangul = [](char16_t unit) {
+        return u_getIntPropertyValue(unit, UCHAR_HANGUL_SYLLABLE_TYPE) != U_HST_NOT_APPLICABLE;
+    };
+    if (isHangul(left) && isHangul(right)) return "Korean words are kept whole";
     const auto isDigit = [&](size_t i) { return i < row.text.size() && row.text[i] >= u'0' && row.text[i] <= u'9'; };
     if ((left == u'.' || left == u',') && isDigit(at)) return "ICU takes .5 for a number";
     if (right == u'.' && isDigit(at + 1)) return "and so lets a line begin before it";
