@@ -7,6 +7,8 @@
 /// that use it are used from one thread at a time; different palettes with their own pipelines may be used from
 /// different threads.
 
+#include "QzAnno_AnnotatedTextFramework/archive/QzAnnoArchiver.h"
+#include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
 #include "QzAnno_AnnotatedTextFramework/format/QzAnnoStringFormatter.h"
 #include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
@@ -19,6 +21,7 @@
 #include "QzAnno_AnnotatedTextFramework/render/QzScreenTextContainer.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzTextRender.h"
 #include "platform/foundation/Files.h"
+#include "platform/foundation/NSAlertPanel.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSDate.h"
 #include "platform/foundation/NSLog.h"
