@@ -89,14 +89,13 @@ std::vector<ShapedGlyph> controlGlyphs(const std::vector<uint8_t>& breaks, Range
 
 }  // namespace
 
-void Paragraph::analyse(const NSAttributedString& text, uint32_t location, TextBreaker& breaker,
-                        ShapingCache& shapingCache) {
+void Paragraph::analyse(const NSAttributedString& text, uint32_t location, ShapingCache& shapingCache) {
     if (isAnalysed_) return;
     isAnalysed_ = true;
     shapingCache_ = &shapingCache;
     const std::u16string_view paragraph = std::u16string_view(text.characters()).substr(location, length_);
     if (length_ > 0) style_ = paragraphStyle(*text.attributesAtIndex(location));
-    breaks_ = breaker.breaksInParagraph(paragraph);
+    breaks_ = TextBreaker::breaksInParagraph(paragraph);
     findStyles(text, location);
     itemize(paragraph);
 }

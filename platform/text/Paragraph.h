@@ -43,7 +43,7 @@ public:
     uint32_t length() const { return length_; }
     /// Finds everything but the glyphs, once. `location` is where the paragraph begins in `text`.
     /// The cache must live as long as the paragraph.
-    void analyse(const NSAttributedString& text, uint32_t location, TextBreaker& breaker, ShapingCache& shapingCache);
+    void analyse(const NSAttributedString& text, uint32_t location, ShapingCache& shapingCache);
 
     /// Of `TextBreak`, one a unit.
     const std::vector<uint8_t>& breaks() const { return breaks_; }

@@ -171,11 +171,10 @@ BreakCase breakCase(const std::string& line) {
 }
 
 TEST(UnicodeConformance, graphemeClusters) {
-    TextBreaker breaker;
     int cases = 0;
     forEachLine("auxiliary/GraphemeBreakTest.txt", [&](const std::string& line) {
         const BreakCase row = breakCase(line);
-        const std::vector<uint8_t> flags = breaker.clustersInText(row.text);
+        const std::vector<uint8_t> flags = TextBreaker::clustersInText(row.text);
         for (size_t i = 0; i < row.text.size(); ++i) {
             EXPECT_EQ((flags[i] & TextBreak::clusterStart) != 0, row.breaksBefore[i]) << line << ": unit " << i;
         }
@@ -202,11 +201,10 @@ const char* knownLineDifference(const BreakCase& row, size_t at, bool isCluster)
 }
 
 TEST(UnicodeConformance, lineBreaks) {
-    TextBreaker breaker;
     int cases = 0;
     forEachLine("auxiliary/LineBreakTest.txt", [&](const std::string& line) {
         const BreakCase row = breakCase(line);
-        const std::vector<uint8_t> flags = breaker.breaksInParagraph(row.text);
+        const std::vector<uint8_t> flags = TextBreaker::breaksInParagraph(row.text);
         for (size_t i = 1; i < row.text.size(); ++i) {
             const bool isBreak = (flags[i] & (TextBreak::lineMayBegin | TextBreak::lineMustBegin)) != 0;
             if (isBreak == row.breaksBefore[i]) continue;
