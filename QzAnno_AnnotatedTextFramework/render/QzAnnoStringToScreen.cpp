@@ -5,6 +5,23 @@
 #include "platform/text/LanguageTag.h"
 
 namespace qz {
+namespace {
+
+Ref<NSAttributedString> textInDirection(const NSAttributedString& text, NSWritingDirection direction) {
+    const auto directed = NSMutableAttributedString::initWithAttributedString(text);
+    directed->changeAttributes({0, text.length()}, [direction](const Ref<NSDictionary>& attributes) {
+        auto style = attributes->objectForKey<NSParagraphStyle>(*NSParagraphStyleAttributeName);
+        if (!style) style = NSParagraphStyle::defaultParagraphStyle();
+        NSParagraphStyle::Values values = style->values();
+        values.baseWritingDirection = direction;
+        ObjectMap map = attributes->map();
+        map.set(NSParagraphStyleAttributeName, NSParagraphStyle::paragraphStyleWithValues(values));
+        return NSDictionary::dictionaryWithMap(std::move(map));
+    });
+    return directed;
+}
+
+}  // namespace
 
 QzAnnoStringToScreen::QzAnnoStringToScreen()
     : textStorage_ts_(QzAnnoStringFormatter::init()),
@@ -62,6 +79,12 @@ bool QzAnnoStringToScreen::setLanguage(std::string_view tag) {
     return true;
 }
 
+void QzAnnoStringToScreen::setBaseWritingDirection(NSWritingDirection direction) {
+    if (direction == direction_) return;
+    direction_ = direction;
+    available_ = false;
+}
+
 void QzAnnoStringToScreen::build() {
     const FontLibrary::Use use(fontLibrary_);
     Ref<NSAttributedString> text = realString_;
@@ -72,6 +95,7 @@ void QzAnnoStringToScreen::build() {
         inLanguage->addAttribute(NSLanguageAttributeName, language_, {0, text->length()});
         text = inLanguage;
     }
+    if (direction_ != NSWritingDirection::natural) text = textInDirection(*text, direction_);
     textStorage_->setAttributedString(*text);
     // An empty series of edits makes the text system take the new text in at once.
     textStorage_->beginEditing();

@@ -6,6 +6,7 @@
 #include "QzAnno_AnnotatedTextFramework/render/RenderReport.h"
 #include "platform/graphics/NSImage.h"
 #include "platform/text/FontLibrary.h"
+#include "platform/text/NSParagraphStyle.h"
 #include "platform/text/NSTextStorage.h"
 
 namespace qz {
@@ -41,6 +42,10 @@ public:
     void setAnnoString(const Ref<QzAnnoString>& string);
     void setAttributedString(const Ref<NSAttributedString>& string);
     Ref<QzAnnoString> annoString() const { return string_; }
+    /// The direction of every paragraph, whatever its style says; `natural`, as at the start, leaves it to the style,
+    /// and by default to the first letter that has one. Natural alignment goes with it.
+    void setBaseWritingDirection(NSWritingDirection direction);
+    NSWritingDirection baseWritingDirection() const { return direction_; }
 
     /// The fonts that titles of this pipeline are looked up in; none, as at the start, stands for those of the machine,
     /// or those that the thread uses. A library may be shared by pipelines on different threads.
@@ -99,6 +104,7 @@ private:
     // At most one of the two is set.
     Ref<QzAnnoString> string_;
     Ref<NSAttributedString> realString_;
+    NSWritingDirection direction_ = NSWritingDirection::natural;
     bool available_ = false;
     std::shared_ptr<FontLibrary> fontLibrary_;
     Ref<NSString> language_;

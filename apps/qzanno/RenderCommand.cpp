@@ -102,6 +102,7 @@ bool Renderer::prepare() {
                            quoted(options_.language) + " is no language tag; write one such as ja or zh-Hant");
         return false;
     }
+    pipeline_->setBaseWritingDirection(options_.direction);
     pipeline_->setScreenSize(sizeOf(options_.screen), sizeOf(data_));
     // Left alone, antialiasing goes by the context, which is on.
     if (!options_.antialias) pipeline_->layoutManager()->setAntialiasing(false);

@@ -35,6 +35,12 @@ constexpr const char* kArchiveExamples =
     "  qzanno archive dump titles.annostring\n"
     "  qzanno render titles.annostring -p broadcast.plist -o titles";
 
+const std::vector<std::pair<std::string, NSWritingDirection>> kDirections = {
+    {"auto", NSWritingDirection::natural},
+    {"ltr", NSWritingDirection::leftToRight},
+    {"rtl", NSWritingDirection::rightToLeft},
+};
+
 std::optional<PixelSize> parsedSize(const std::string& text) {
     PixelSize size;
     const char* const end = text.data() + text.size();
@@ -87,6 +93,11 @@ void describeRender(CLI::App& command, RenderOptions& options) {
                   [&options](PixelSize size) { options.screen = size; });
     addSizeOption(command, "-d,--data", "The frame that the screen is scaled onto, in pixels [the screen's]",
                   [&options](PixelSize size) { options.data = size; });
+    command
+        .add_option("--direction", options.direction,
+                    "Direction of every paragraph: ltr, rtl, or auto by its first letter [auto]")
+        ->transform(CLI::CheckedTransformer(kDirections))
+        ->type_name("auto|ltr|rtl");
     auto* box = command.add_flag("-b,--box", options.box, "Only the area round the text, not the whole screen");
     command.add_option(
         "-o,--output", options.output,

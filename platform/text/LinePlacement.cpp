@@ -35,18 +35,23 @@ bool isBlank(char16_t unit) {
     return unit == u' ' || unit == 0x00A0 || unit == 0x3000;
 }
 
-/// Characters that stand one beside the other without blanks, each in a square of its own.
-bool isIdeographic(std::u16string_view text, size_t index) {
+/// How characters without blanks between their words are spread over a justified line.
+enum class Spreading { none, ideographs, syllables };
+
+Spreading spreadingOf(std::u16string_view text, size_t index) {
     UChar32 character;
     U16_GET(text.data(), 0, index, text.size(), character);
+    // Thai, Lao, Khmer, Burmese
+    if (u_getIntPropertyValue(character, UCHAR_LINE_BREAK) == U_LB_COMPLEX_CONTEXT) return Spreading::syllables;
     const int32_t width = u_getIntPropertyValue(character, UCHAR_EAST_ASIAN_WIDTH);
+    if (width != U_EA_WIDE && width != U_EA_FULLWIDTH) return Spreading::none;
     UErrorCode status = U_ZERO_ERROR;
-    return (width == U_EA_WIDE || width == U_EA_FULLWIDTH) && uscript_getScript(character, &status) != USCRIPT_HANGUL;
+    return uscript_getScript(character, &status) == USCRIPT_HANGUL ? Spreading::none : Spreading::ideographs;
 }
 
-/// The clusters behind which a justified line gets room: its blanks, and those between two ideographs where a line may
-/// break; without any, those behind which a line may break. Those before a tab stay, since the tab stop holds what
-/// follows.
+/// The clusters behind which a justified line gets room: its blanks, the places between two ideographs where a line may
+/// break, and those between clusters of a script that marks no words; without any, those behind which a line may break.
+/// Those before a tab stay, since the tab stop holds what follows.
 std::vector<size_t> stretchableClusters(const LineContent& content, const Paragraph& paragraph,
                                         std::u16string_view text) {
     std::vector<size_t> best, breaks;
@@ -60,8 +65,10 @@ std::vector<size_t> stretchableClusters(const LineContent& content, const Paragr
         if (last == content.glyphs.size() || content.glyphs[last].hangs) break;
         const uint32_t next = content.glyphs[last].cluster;
         const bool isBreak = paragraph.breaks()[next] & TextBreak::lineMayBegin;
-        const bool isBetweenIdeographs = isBreak && isIdeographic(text, cluster) && isIdeographic(text, next);
-        if (isBlank(text[cluster]) || isBetweenIdeographs) best.push_back(first);
+        const Spreading spreading = spreadingOf(text, cluster);
+        const bool isSpread = spreading != Spreading::none && spreading == spreadingOf(text, next) &&
+                              (isBreak || spreading == Spreading::syllables);
+        if (isBlank(text[cluster]) || isSpread) best.push_back(first);
         if (isBreak) breaks.push_back(first);
     }
     return best.empty() ? breaks : best;

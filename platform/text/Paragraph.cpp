@@ -89,12 +89,13 @@ std::vector<ShapedGlyph> controlGlyphs(const std::vector<uint8_t>& breaks, Range
 
 }  // namespace
 
-void Paragraph::analyse(const NSAttributedString& text, uint32_t location, TextBreaker& breaker) {
+void Paragraph::analyse(const NSAttributedString& text, uint32_t location, ShapingCache& shapingCache) {
     if (isAnalysed_) return;
     isAnalysed_ = true;
+    shapingCache_ = &shapingCache;
     const std::u16string_view paragraph = std::u16string_view(text.characters()).substr(location, length_);
     if (length_ > 0) style_ = paragraphStyle(*text.attributesAtIndex(location));
-    breaks_ = breaker.breaksInParagraph(paragraph);
+    breaks_ = TextBreaker::breaksInParagraph(paragraph);
     findStyles(text, location);
     itemize(paragraph);
 }
@@ -246,11 +247,11 @@ std::vector<ShapedGlyph> Paragraph::shapePart(size_t item, std::u16string_view p
     if (source.isControl) return controlGlyphs(breaks_, part);
     ShapingItem shaping = shapingItem(item, paragraph, part);
     shaping.withoutLigatures = spacedRanges(part);
-    std::vector<ShapedGlyph> glyphs = shape(shaping);
+    std::vector<ShapedGlyph> glyphs = shapingCache_->shape(shaping);
     const std::vector<Range> hidden = hiddenStyleStarts(glyphs, part);
     if (!hidden.empty()) {
         shaping.withoutLigatures.insert(shaping.withoutLigatures.end(), hidden.begin(), hidden.end());
-        glyphs = shape(shaping);
+        glyphs = shapingCache_->shape(shaping);
     }
     // Every character must lie in the cluster of some glyph, whatever the font does.
     if (glyphs.empty()) return controlGlyphs(breaks_, part);

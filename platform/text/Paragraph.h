@@ -7,6 +7,7 @@
 #include "platform/text/NSAttributedString.h"
 #include "platform/text/NSParagraphStyle.h"
 #include "platform/text/Shaping.h"
+#include "platform/text/ShapingCache.h"
 #include "platform/text/TextBreaker.h"
 
 namespace qz {
@@ -44,7 +45,8 @@ public:
 
     uint32_t length() const { return length_; }
     /// Finds everything but the glyphs, once. `location` is where the paragraph begins in `text`.
-    void analyse(const NSAttributedString& text, uint32_t location, TextBreaker& breaker);
+    /// The cache must live as long as the paragraph.
+    void analyse(const NSAttributedString& text, uint32_t location, ShapingCache& shapingCache);
 
     /// Of `TextBreak`, one a unit.
     const std::vector<uint8_t>& breaks() const { return breaks_; }
@@ -76,6 +78,7 @@ private:
     std::vector<Range> hiddenStyleStarts(const std::vector<ShapedGlyph>& glyphs, Range part) const;
 
     uint32_t length_;
+    ShapingCache* shapingCache_ = nullptr;
     bool isAnalysed_ = false;
     uint8_t baseLevel_ = 0;
     NSParagraphStyle::Values style_;

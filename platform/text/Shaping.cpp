@@ -13,9 +13,6 @@
 namespace qz {
 namespace {
 
-// More than the context that HarfBuzz looks at, five characters on either side.
-constexpr size_t kContextUnits = 16;
-
 constexpr uint32_t kZeroWidthSpace = 0x200B;
 constexpr std::string_view kNoLanguage = "und";
 
@@ -41,8 +38,9 @@ hb_buffer_t* bufferOfThread() {
 
 // Fills the buffer with the item and some text around it; returns where in the text the buffer's positions begin.
 uint32_t fill(hb_buffer_t* buffer, const ShapingItem& item) {
-    const size_t contextStart = item.range.location - std::min<size_t>(item.range.location, kContextUnits);
-    const std::u16string_view context = item.text.substr(contextStart, item.range.end() + kContextUnits - contextStart);
+    const size_t contextStart = item.range.location - std::min<size_t>(item.range.location, kShapingContextUnits);
+    const std::u16string_view context =
+        item.text.substr(contextStart, item.range.end() + kShapingContextUnits - contextStart);
 
     hb_buffer_clear_contents(buffer);
     hb_buffer_add_utf16(buffer, reinterpret_cast<const uint16_t*>(context.data()), static_cast<int>(context.size()),

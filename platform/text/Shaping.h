@@ -46,5 +46,8 @@ struct ShapedGlyph {
 std::vector<ShapedGlyph> shape(const ShapingItem& item);
 
 inline constexpr uint32_t kShapingUnitsMax = 4096;
+/// How much text on either side of an item its shape may depend on: more than the five characters that HarfBuzz looks
+/// at.
+inline constexpr uint32_t kShapingContextUnits = 16;
 
 }  // namespace qz

@@ -87,7 +87,7 @@ void NSLayoutManager::Layout::forgetUnplacedGlyphs() {
 
 Paragraph& NSLayoutManager::Layout::analysed(const NSAttributedString& text, Entry& entry) {
     if (!entry.paragraph) entry.paragraph = std::make_unique<Paragraph>(entry.length);
-    entry.paragraph->analyse(text, entry.location, breaker_);
+    entry.paragraph->analyse(text, entry.location, shapingCache_);
     return *entry.paragraph;
 }
 

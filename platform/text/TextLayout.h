@@ -115,7 +115,7 @@ private:
                          std::vector<ClusterBox>& boxes) const;
 
     const NSLayoutManager& manager_;
-    TextBreaker breaker_;
+    ShapingCache shapingCache_;  // before the paragraphs, which use it
     std::vector<Entry> paragraphs_;
     uint32_t length_ = 0;
 

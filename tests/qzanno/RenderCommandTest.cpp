@@ -78,6 +78,19 @@ TEST_F(RenderTest, TheBoxIsCutOutOfTheScreen) {
     EXPECT_EQ(inFull.width(), inBox.width());
 }
 
+TEST_F(RenderTest, TheDirectionOfParagraphsCanBeForced) {
+    // The full stop stands at the end of the paragraph's direction.
+    ASSERT_EQ(run("render --text Hello. -s 640x180 --direction ltr -o ltr.rgba").exitCode, 0);
+    ASSERT_EQ(run("render --text Hello. -s 640x180 -o auto.rgba").exitCode, 0);
+    ASSERT_EQ(run("render --text Hello. -s 640x180 --direction rtl -o rtl.rgba").exitCode, 0);
+    ASSERT_EQ(run("render --text .Hello -s 640x180 --direction ltr -o turned.rgba").exitCode, 0);
+    EXPECT_EQ(contentOf("auto.rgba"), contentOf("ltr.rgba"));
+    EXPECT_EQ(contentOf("rtl.rgba"), contentOf("turned.rgba"));
+    const ToolResult wrong = run("render --text Hello --direction up -o x.png");
+    EXPECT_EQ(wrong.exitCode, 2);
+    EXPECT_THAT(wrong.err, HasSubstr("--direction"));
+}
+
 TEST_F(RenderTest, ThePictureHasTheSizeOfTheData) {
     ASSERT_EQ(run("render --text Hello -o full.png").exitCode, 0);
     ASSERT_EQ(run("render --text Hello -d 3840x1080 -o wide.png").exitCode, 0);

@@ -227,6 +227,8 @@ TEST(Justification, putsRoomBetweenIdeographsAsWellAsWords) {
     const float gap = system.xOfCharacter(1) - system.xOfCharacter(0) - 20;
     EXPECT_GT(gap, 0.5f);
     EXPECT_NEAR(system.xOfCharacter(4) - system.xOfCharacter(3) - 20, gap, 0.01);
+    const TextSystem thai = aligned("สวัสดี ชาวโลก สวัสดี", NSTextAlignment::justified, {widthOf("สวัสดี ชาวโลก") + 20, 0});
+    EXPECT_NEAR(thai.xOfCharacter(1) - thai.xOfCharacter(0) - widthOf("ส"), 2, 0.5) << "a little behind each syllable";
     const TextSystem korean = aligned("한국 어한국어 한국어", NSTextAlignment::justified, {130, 0});
     EXPECT_NEAR(korean.xOfCharacter(1) - korean.xOfCharacter(0), widthOf("한"), 0.01) << "Korean parts words by blanks";
 }

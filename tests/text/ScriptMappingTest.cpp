@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <unicode/ubrk.h>
+#include <unicode/uchar.h>
 
 #include "tests/text/ScriptSamples.h"
 
@@ -101,7 +102,13 @@ TEST(ScriptMapping, linesAreAsLongAsFitsAndEndWhereTheyMay) {
         const std::vector<uint32_t> clusters = boundaries(UBRK_CHARACTER, text->characters());
         std::vector<uint32_t> places;
         for (const uint32_t place : boundaries(UBRK_LINE, text->characters())) {
-            if (std::ranges::binary_search(clusters, place)) places.push_back(place);
+            // A line never begins within a cluster, nor within a Korean word.
+            const auto isHangul = [&](uint32_t i) {
+                return i < text->length() &&
+                       u_getIntPropertyValue(text->characters()[i], UCHAR_HANGUL_SYLLABLE_TYPE) != U_HST_NOT_APPLICABLE;
+            };
+            const bool isInWord = place > 0 && isHangul(place - 1) && isHangul(place);
+            if (std::ranges::binary_search(clusters, place) && !isInWord) places.push_back(place);
         }
         const auto widthOfStretch = [&](uint32_t start, uint32_t end) {
             return TextSystem(*text->attributedSubstringFromRange({start, end - start})).usedRect().size.width;

@@ -21,7 +21,7 @@ struct ScriptSample {
     Ref<NSAttributedString> attributedText() const {
         const auto result = NSMutableAttributedString::init();
         const std::u16string characters = NSString::stringWithUTF8String(text)->characters();
-        const std::vector<uint8_t> clusters = TextBreaker().clustersInText(characters);
+        const std::vector<uint8_t> clusters = TextBreaker::clustersInText(characters);
         for (size_t start = 0, end = 0; start < characters.size(); start = end) {
             end = start + 1;
             while (end < characters.size() && !clusters[end]) ++end;
