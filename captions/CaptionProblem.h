@@ -8,7 +8,7 @@ namespace qz {
 /// What is wrong with a caption file, or with one place of it.
 struct CaptionProblem {
     enum Kind {
-        /// A class that is no annotation of the palette.
+        /// A class or a colour that is no annotation of the palette.
         unknownClass,
         /// A voice, or one of b, i, u, for which the palette has no annotation.
         unknownName,

@@ -11,9 +11,9 @@ namespace qz {
 
 /// A stretch of a cue over which a tag stands open.
 struct CueSpan {
-    enum Kind { styleClass, bold, italic, underline, voice };
+    enum Kind { styleClass, bold, italic, underline, voice, colour };
     Kind kind;
-    /// The class, or the speaker, which may be empty; empty for the other kinds.
+    /// The class, the speaker, which may be empty, or the colour as it is written; empty for the other kinds.
     std::string name;
     /// May be empty.
     Range range;

@@ -1,10 +1,10 @@
 #include "captions/WebVTT.h"
 
 #include <algorithm>
-#include <map>
 #include <utility>
 
 #include "captions/CaptionEncoding.h"
+#include "captions/CueAnnotator.h"
 #include "captions/CueText.h"
 #include "platform/foundation/DiagnosticText.h"
 
@@ -99,84 +99,14 @@ private:
     std::string reason_;
 };
 
-// Finds the annotations that spans stand for, and reports each that is missing once.
-class SpanNames {
-public:
-    SpanNames(const QzAnnoPalette& palette, std::vector<CaptionProblem>& problems)
-        : palette_(palette), problems_(problems) {}
-
-    // None for what adds nothing.
-    Ref<QzAnnoKey> keyOf(const CueSpan& span) {
-        const auto [place, isNew] = known_.try_emplace({span.kind, span.name});
-        if (!isNew) return place->second;
-        Ref<QzAnnoKey> key = find(span);
-        if (!key)
-            report(span);
-        else if (!key->isDefault())
-            place->second = std::move(key);
-        return place->second;
-    }
-
-private:
-    Ref<QzAnnoKey> named(std::string_view name) const {
-        return palette_.findAnnoKey(NSString::stringWithUTF8String(name));
-    }
-
-    // The annotation of a tag that is not written as a class.
-    static const char* nameOfTag(CueSpan::Kind kind) {
-        switch (kind) {
-            case CueSpan::styleClass:
-                return "c";
-            case CueSpan::bold:
-                return "b";
-            case CueSpan::italic:
-                return "i";
-            case CueSpan::underline:
-                return "u";
-            case CueSpan::voice:
-                return "v";
-        }
-        return "";
-    }
-
-    Ref<QzAnnoKey> find(const CueSpan& span) const {
-        // Of the tags, voices alone have a name, and not all of them.
-        Ref<QzAnnoKey> key = span.name.empty() ? nullptr : named(span.name);
-        if (key) return key;
-        if (span.kind != CueSpan::styleClass) return named(nameOfTag(span.kind));
-        std::string withBlanks = span.name;
-        std::ranges::replace(withBlanks, '_', ' ');
-        return named(withBlanks);
-    }
-
-    void report(const CueSpan& span) {
-        const std::string tag = nameOfTag(span.kind);
-        const std::string name = quotedExcerpt(span.name);
-        if (span.kind == CueSpan::styleClass) {
-            problems_.push_back({CaptionProblem::unknownClass, span.line,
-                                 "the class " + name + " is ignored; the palette has no annotation of that name"});
-        } else if (span.name.empty()) {
-            problems_.push_back({CaptionProblem::unknownName, span.line,
-                                 "<" + tag + "> adds nothing; the palette has no annotation \"" + tag + "\""});
-        } else {
-            problems_.push_back(
-                {CaptionProblem::unknownName, span.line,
-                 "the voice " + name + " adds nothing; the palette has no annotation of that name and none \"v\""});
-        }
-    }
-
-    const QzAnnoPalette& palette_;
-    std::vector<CaptionProblem>& problems_;
-    std::map<std::pair<CueSpan::Kind, std::string>, Ref<QzAnnoKey>> known_;
-};
-
 // Follows W3C WebVTT, "WebVTT parser algorithm": a file is blocks between blank lines, and a block is a cue when its
 // first or second line holds an arrow. An arrow further down ends the block and begins the next.
 class FileReader {
 public:
-    FileReader(std::string_view text, const QzAnnoPalette& palette) : rest_(text), names_(palette, file_.problems) {}
+    FileReader(std::string_view text, const QzAnnoPalette& palette, const CueSink& sink)
+        : sink_(sink), rest_(text), annotator_(palette, problems_) {}
 
-    CaptionFile read() {
+    std::vector<CaptionProblem> read() {
         nextLine();
         if (hasLine() && !peekLine().empty()) skipHeader();
         while (hasLine()) {
@@ -185,7 +115,7 @@ public:
             else
                 readBlock();
         }
-        return std::move(file_);
+        return std::move(problems_);
     }
 
 private:
@@ -207,7 +137,7 @@ private:
     }
 
     void report(uint32_t line, std::string message) {
-        file_.problems.push_back({CaptionProblem::malformed, line, std::move(message)});
+        problems_.push_back({CaptionProblem::malformed, line, std::move(message)});
     }
 
     void readBlock() {
@@ -238,17 +168,9 @@ private:
             payloadEnd = line.data() + line.size();
         }
         if (!isWhole) return;
-        cue.text = annotated(parseCueText({payload, static_cast<size_t>(payloadEnd - payload)}, cue.line + 1));
-        file_.cues.push_back(std::move(cue));
-    }
-
-    Ref<QzMutableAnnoString> annotated(const CueText& cueText) {
-        auto text = QzMutableAnnoString::initWithString(NSString::stringWithCharacters(cueText.text));
-        for (const CueSpan& span : cueText.spans) {
-            const Ref<QzAnnoKey> key = names_.keyOf(span);
-            if (key && span.range.length > 0) text->addAnno(key, span.range);
-        }
-        return text;
+        cue.text =
+            annotator_.annotated(parseCueText({payload, static_cast<size_t>(payloadEnd - payload)}, cue.line + 1));
+        sink_(std::move(cue));
     }
 
     // Comments, style sheets, regions, and what an author meant as a cue.
@@ -271,16 +193,18 @@ private:
                    " belongs to no cue, as no line with \"-->\" between two times is above its text; it is skipped");
     }
 
-    CaptionFile file_;
+    const CueSink& sink_;
+    std::vector<CaptionProblem> problems_;
     std::string_view rest_;
-    SpanNames names_;
+    CueAnnotator annotator_;
     // The number of the next line.
     uint32_t line_ = 1;
 };
 
 }  // namespace
 
-std::optional<CaptionFile> readWebVTT(const NSData& file, const QzAnnoPalette& palette, CaptionProblem* error) {
+std::optional<std::vector<CaptionProblem>> readWebVTT(const NSData& file, const QzAnnoPalette& palette,
+                                                      const CueSink& sink, CaptionProblem* error) {
     const std::optional<std::string_view> bytes = utf8TextOfFile(file, error);
     if (!bytes) return {};
     const std::string text = withLineFeeds(*bytes);
@@ -292,7 +216,16 @@ std::optional<CaptionFile> readWebVTT(const NSData& file, const QzAnnoPalette& p
         }
         return {};
     }
-    return FileReader(text, palette).read();
+    return FileReader(text, palette, sink).read();
+}
+
+std::optional<CaptionFile> readWebVTT(const NSData& file, const QzAnnoPalette& palette, CaptionProblem* error) {
+    CaptionFile captions;
+    auto problems = readWebVTT(
+        file, palette, [&](CaptionCue&& cue) { captions.cues.push_back(std::move(cue)); }, error);
+    if (!problems) return {};
+    captions.problems = std::move(*problems);
+    return captions;
 }
 
 }  // namespace qz

@@ -31,6 +31,9 @@ std::string spansOf(const CueText& cue) {
             case CueSpan::voice:
                 text += "v(" + span.name + ")";
                 break;
+            case CueSpan::colour:
+                text += "colour";
+                break;
         }
         text += ":" + std::to_string(span.range.location) + "-" + std::to_string(span.range.end());
     }

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "captions/CaptionProblem.h"
+#include "captions/CueText.h"
+
+namespace qz {
+
+/// Turns the spans of a file's cues into annotations of a palette.
+///
+/// A class is the annotation of exactly that name, or, since classes cannot hold blanks, of the name with a blank for
+/// each "_"; bold, italic and underlined text are the annotations "b", "i", "u"; a voice is the annotation with the
+/// speaker's name, else "v"; a colour is the annotation of that name as it is written, or in small letters. What the
+/// palette lacks is reported once, where it first stands, and adds nothing; so does the global annotation, which holds
+/// anyway.
+class CueAnnotator {
+public:
+    /// Both outlive this object.
+    CueAnnotator(const QzAnnoPalette& palette, std::vector<CaptionProblem>& problems)
+        : palette_(palette), problems_(problems) {}
+
+    Ref<QzMutableAnnoString> annotated(const CueText& cue);
+
+private:
+    Ref<QzAnnoKey> keyOf(const CueSpan& span);
+    Ref<QzAnnoKey> named(std::string_view name) const;
+    Ref<QzAnnoKey> find(const CueSpan& span) const;
+    void report(const CueSpan& span);
+
+    const QzAnnoPalette& palette_;
+    std::vector<CaptionProblem>& problems_;
+    // None for what adds nothing.
+    std::map<std::pair<CueSpan::Kind, std::string>, Ref<QzAnnoKey>> known_;
+};
+
+}  // namespace qz

@@ -1,0 +1,294 @@
+#include "captions/SubRipText.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <optional>
+
+#include "captions/CharacterReference.h"
+#include "platform/foundation/DiagnosticText.h"
+#include "platform/foundation/NSString.h"
+
+namespace qz {
+namespace {
+
+constexpr std::string_view kSpace = " \t\f\n";
+// The longest of what is taken for a tag; more is text between two signs.
+constexpr size_t kTagBytesMax = 400;
+
+char lowered(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c;
+}
+
+std::string lowered(std::string_view text) {
+    std::string small(text);
+    std::ranges::transform(small, small.begin(), [](char c) { return lowered(c); });
+    return small;
+}
+
+std::string_view trimmed(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(kSpace), text.size()));
+    return text.substr(0, text.find_last_not_of(kSpace) + 1);
+}
+
+/// `color="#ff0000" size=20`, attribute by attribute.
+struct Attribute {
+    std::string name;
+    std::string_view value;
+};
+
+Attribute takeAttribute(std::string_view& rest) {
+    rest = trimmed(rest);
+    const size_t nameEnd = std::min(rest.find_first_of("= \t\f\n"), rest.size());
+    Attribute attribute{lowered(rest.substr(0, nameEnd)), {}};
+    rest = trimmed(rest.substr(nameEnd));
+    if (!rest.starts_with('=')) return attribute;
+    rest = trimmed(rest.substr(1));
+    if (rest.starts_with('"') || rest.starts_with('\'')) {
+        const size_t end = std::min(rest.find(rest.front(), 1), rest.size());
+        attribute.value = rest.substr(1, end - 1);
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    } else {
+        const size_t end = std::min(rest.find_first_of(kSpace), rest.size());
+        attribute.value = rest.substr(0, end);
+        rest.remove_prefix(end);
+    }
+    attribute.value = trimmed(attribute.value);
+    return attribute;
+}
+
+std::optional<int> numberBehind(std::string_view text, std::string_view name) {
+    if (!text.starts_with(name)) return {};
+    int number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [last, error] = std::from_chars(text.data() + name.size(), end, number);
+    return error == std::errc() && last == end ? std::optional(number) : std::nullopt;
+}
+
+/// The place on the number pad that "an8" or the older "a6" names, 1 to 9.
+std::optional<int> padPlace(std::string_view override) {
+    if (const auto number = numberBehind(override, "an")) {
+        return *number >= 1 && *number <= 9 ? number : std::nullopt;
+    }
+    const auto number = numberBehind(override, "a");
+    // Sub Station Alpha: 1 to 3 at the foot, 4 more at the top, 8 more in the middle.
+    if (!number || *number < 1 || *number > 11 || *number % 4 == 0) return {};
+    const int column = *number % 4;
+    return *number < 4 ? column : *number < 8 ? column + 6 : column + 3;
+}
+
+CuePlacement placementOf(int padPlace) {
+    using Alignment = CuePlacement::Alignment;
+    using Row = CuePlacement::Row;
+    constexpr std::array columns = {Alignment::left, Alignment::centre, Alignment::right};
+    constexpr std::array rows = {Row::bottom, Row::centre, Row::top};
+    CuePlacement placement;
+    placement.alignment = columns[static_cast<size_t>((padPlace - 1) % 3)];
+    placement.row = rows[static_cast<size_t>((padPlace - 1) / 3)];
+    return placement;
+}
+
+}  // namespace
+
+class SubRipTextReader::Builder {
+public:
+    Builder(SubRipTextReader& reader, uint32_t line) : reader_(reader), line_(line) {}
+
+    void addText(std::string_view text) {
+        std::string resolved;
+        for (size_t i = 0; i < text.size();) {
+            const CharacterReference reference =
+                text[i] == '&' ? characterReferenceAt(text.substr(i)) : CharacterReference{};
+            const bool isWhole = reference.length > 0 && text[i + reference.length - 1] == ';';
+            resolved += isWhole ? reference.utf8 : std::string(1, text[i]);
+            i += isWhole ? reference.length : 1;
+        }
+        std::u16string units = utf16FromUtf8(resolved);
+        std::ranges::replace(units, u'\0', u'\uFFFD');
+        if (!units.empty()) openWanted();
+        result_.text.text += units;
+        line_ += static_cast<uint32_t>(std::ranges::count(text, '\n'));
+    }
+
+    // "i", "/font", "font color=red"; false, and nothing done, for what is no tag.
+    bool addTag(std::string_view inside, bool isInBraces) {
+        const bool isEnd = inside.starts_with('/');
+        if (isEnd) inside.remove_prefix(1);
+        inside = trimmed(inside);
+        const size_t nameEnd = std::min(inside.find_first_of(" \t\f\n/"), inside.size());
+        const std::string name = lowered(inside.substr(0, nameEnd));
+        const std::string_view rest = inside.substr(nameEnd);
+        if (name == "font" && !isInBraces) {
+            if (isEnd)
+                end(CueSpan::colour, name);
+            else
+                start(CueSpan::colour, name, colourOf(rest));
+        } else if (name == "b" && rest.empty()) {
+            startOrEnd(isEnd, CueSpan::bold, name);
+        } else if (name == "i" && rest.empty()) {
+            startOrEnd(isEnd, CueSpan::italic, name);
+        } else if (name == "u" && rest.empty()) {
+            startOrEnd(isEnd, CueSpan::underline, name);
+        } else if (name == "s" && rest.empty() && !isInBraces) {
+            reportOnce("<s> shows nothing");
+        } else if (name == "br" && !isEnd && !isInBraces) {
+            openWanted();
+            result_.text.text += u'\n';
+        } else {
+            return false;
+        }
+        line_ += static_cast<uint32_t>(std::ranges::count(inside, '\n'));
+        return true;
+    }
+
+    // "\an8\fs20" of "{\an8\fs20}".
+    void addOverrides(std::string_view inside) {
+        while (!inside.empty()) {
+            inside.remove_prefix(1);
+            const std::string_view override = inside.substr(0, inside.find('\\'));
+            inside.remove_prefix(override.size());
+            const std::optional<int> place = padPlace(trimmed(override));
+            if (!place)
+                reportOnce("{\\" + oneLine(override.substr(0, 20)) + "} shows nothing");
+            else if (result_.placement.isEmpty())
+                result_.placement = placementOf(*place);
+        }
+    }
+
+    void reportText(std::string_view tag) { reportOnce(quotedExcerpt(tag) + " is no tag and is shown as it stands"); }
+
+    SubRipText finish() {
+        for (const Tag& tag : open_) {
+            report(tag.line, "<" + tag.name + "> is not closed and holds to the end of the cue");
+        }
+        open_.clear();
+        closeUnwanted();
+        return std::move(result_);
+    }
+
+private:
+    struct Tag {
+        CueSpan::Kind kind;
+        std::string name;
+        // The colour that holds in it; empty for none.
+        std::string colour;
+        uint32_t line;
+    };
+
+    void report(uint32_t line, std::string message) {
+        reader_.problems_.push_back({CaptionProblem::malformed, line, std::move(message)});
+    }
+
+    void reportOnce(std::string message) {
+        if (reader_.told_.insert(message).second) report(line_, std::move(message));
+    }
+
+    std::string colourOf(std::string_view attributes) {
+        std::string colour = wantedColour();
+        while (!trimmed(attributes).empty()) {
+            const Attribute attribute = takeAttribute(attributes);
+            if (attribute.name == "color" && !attribute.value.empty())
+                colour = attribute.value;
+            else
+                reportOnce("the " + quotedExcerpt(attribute.name) + " of <font> is ignored");
+        }
+        return colour;
+    }
+
+    std::string wantedColour() const {
+        const auto found = std::ranges::find(open_.rbegin(), open_.rend(), CueSpan::colour, &Tag::kind);
+        return found == open_.rend() ? std::string() : found->colour;
+    }
+
+    void start(CueSpan::Kind kind, std::string name, std::string colour) {
+        open_.push_back({kind, std::move(name), std::move(colour), line_});
+    }
+
+    void end(CueSpan::Kind kind, const std::string& name) {
+        const auto found = std::ranges::find(open_.rbegin(), open_.rend(), kind, &Tag::kind);
+        if (found == open_.rend())
+            report(line_, "</" + name + "> closes nothing and is ignored");
+        else
+            open_.erase(std::next(found).base());
+    }
+
+    void startOrEnd(bool isEnd, CueSpan::Kind kind, const std::string& name) {
+        if (isEnd)
+            end(kind, name);
+        else
+            start(kind, name, {});
+    }
+
+    // What the open tags ask of a kind: of the colours only the innermost, so that no two lie over one another.
+    std::optional<std::string> wanted(CueSpan::Kind kind) const {
+        if (kind == CueSpan::colour) {
+            std::string colour = wantedColour();
+            return colour.empty() ? std::nullopt : std::optional(std::move(colour));
+        }
+        return std::ranges::find(open_, kind, &Tag::kind) == open_.end() ? std::nullopt
+                                                                         : std::optional<std::string>("");
+    }
+
+    void closeUnwanted() {
+        const auto position = static_cast<uint32_t>(result_.text.text.size());
+        std::erase_if(current_, [&](size_t index) {
+            CueSpan& span = result_.text.spans[index];
+            span.range.length = position - span.range.location;
+            return wanted(span.kind) != span.name;
+        });
+    }
+
+    // Spans begin with the text that they hold over, so tags over nothing make none.
+    void openWanted() {
+        closeUnwanted();
+        for (const Tag& tag : open_) {
+            const std::optional<std::string> name = wanted(tag.kind);
+            const bool isOpen =
+                std::ranges::any_of(current_, [&](size_t index) { return result_.text.spans[index].kind == tag.kind; });
+            if (!name || isOpen) continue;
+            current_.push_back(result_.text.spans.size());
+            result_.text.spans.push_back(
+                {tag.kind, *name, {static_cast<uint32_t>(result_.text.text.size()), 0}, tag.line});
+        }
+    }
+
+    SubRipTextReader& reader_;
+    SubRipText result_;
+    std::vector<Tag> open_;
+    // Of the result's spans, those that go on.
+    std::vector<size_t> current_;
+    uint32_t line_;
+};
+
+SubRipText SubRipTextReader::read(std::string_view payload, uint32_t firstLine) {
+    Builder builder(*this, firstLine);
+    while (!payload.empty()) {
+        const size_t begin = std::min(payload.find_first_of("<{"), payload.size());
+        builder.addText(payload.substr(0, begin));
+        payload.remove_prefix(begin);
+        if (payload.empty()) break;
+        const bool isInBraces = payload.front() == '{';
+        const size_t end = payload.substr(0, kTagBytesMax).find(isInBraces ? '}' : '>');
+        if (end == std::string_view::npos) {
+            builder.addText(payload.substr(0, 1));
+            payload.remove_prefix(1);
+            continue;
+        }
+        const std::string_view inside = payload.substr(1, end - 1);
+        const size_t nameBegin = inside.starts_with('/') ? 1 : 0;
+        const bool looksLikeTag =
+            nameBegin < inside.size() && lowered(inside[nameBegin]) >= 'a' && lowered(inside[nameBegin]) <= 'z';
+        if (isInBraces && inside.starts_with('\\')) {
+            builder.addOverrides(inside);
+        } else if (!looksLikeTag || !builder.addTag(inside, isInBraces)) {
+            if (looksLikeTag && !isInBraces) builder.reportText(payload.substr(0, end + 1));
+            builder.addText(payload.substr(0, 1));
+            payload.remove_prefix(1);
+            continue;
+        }
+        payload.remove_prefix(end + 1);
+    }
+    return builder.finish();
+}
+
+}  // namespace qz

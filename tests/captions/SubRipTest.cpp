@@ -1,0 +1,259 @@
+#include <random>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "captions/SubRip.h"
+#include "platform/foundation/NSLog.h"
+
+namespace qz {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr const char* kTimes = "00:00:01,000 --> 00:00:02,000\n";
+
+class SubRipTest : public testing::Test {
+protected:
+    SubRipTest() {
+        // A palette greets on standard error when it is made.
+        setStandardErrorHook([](std::string_view) {});
+        palette_ = QzAnnoPalette::init();
+        palette_->setUndoManager(NSUndoManager::init());
+        for (const char* name : {"b", "i", "u", "yellow", "#ff0000"}) {
+            palette_->createAnno(NSString::stringWithUTF8String(name));
+        }
+    }
+    ~SubRipTest() override { setStandardErrorHook({}); }
+
+    bool read(std::string_view file) {
+        cues_.clear();
+        auto problems = readSubRip(
+            *NSData::dataWithBytes(file), *palette_, [this](CaptionCue&& cue) { cues_.push_back(std::move(cue)); },
+            &error_);
+        problems_.clear();
+        for (const CaptionProblem& problem : problems.value_or(std::vector<CaptionProblem>())) {
+            problems_.push_back(std::to_string(problem.line) + ": " + problem.message);
+        }
+        return problems.has_value();
+    }
+
+    // "1-2.5 Hello|there": every cue's times and text, its line ends as "|".
+    std::vector<std::string> shown() const {
+        std::vector<std::string> lines;
+        for (const CaptionCue& cue : cues_) {
+            std::ostringstream line;
+            std::string text = cue.text->string()->utf8();
+            std::ranges::replace(text, '\n', '|');
+            line << cue.start << "-" << cue.end << " " << text;
+            lines.push_back(line.str());
+        }
+        return lines;
+    }
+
+    // "b,i|b": the names of the annotations at each character of the first cue.
+    std::string names() const {
+        std::string text;
+        const auto& cue = *cues_.at(0).text;
+        for (uint32_t i = 0; i < cue.length(); ++i) {
+            if (i > 0) text += '|';
+            std::string names;
+            for (const auto& key : cue.annotationsAtIndex(i)->objects<QzAnnoKey>()) {
+                names += (names.empty() ? "" : ",") + key->name()->utf8();
+            }
+            text += names;
+        }
+        return text;
+    }
+
+    Ref<QzAnnoPalette> palette_;
+    std::vector<CaptionCue> cues_;
+    std::vector<std::string> problems_;
+    CaptionProblem error_;
+};
+
+TEST_F(SubRipTest, FilesAreReadAsPlayersReadThem) {
+    const struct {
+        std::string file;
+        std::vector<std::string> cues;
+        std::vector<const char*> problems;  // beginnings
+        const char* reason;
+    } cases[] = {
+        {"1\n00:00:01,000 --> 00:00:02,500\nA\nB\n\n2\n01:00:03,000 --> 01:00:04,000\nC\n",
+         {"1-2.5 A|B", "3603-3604 C"},
+         {},
+         "as it is meant"},
+        {"\xEF\xBB\xBF"
+         "1\r\n00:00:01.000 --> 00:00:02.500\r\nA\r\nB\r\n\r\n",
+         {"1-2.5 A|B"},
+         {},
+         "a mark, CR LF, points"},
+        {"00:00:01,000 --> 00:00:02,000\nA\n\n00:00:02,000 --> 00:00:03,000\nB",
+         {"1-2 A", "2-3 B"},
+         {},
+         "no numbers, no last line end"},
+        {"7\n00:00:01,000 --> 00:00:02,000\nA\n3\n00:00:02,000 --> 00:00:03,000\nB\n",
+         {"1-2 A", "2-3 B"},
+         {},
+         "no blank line, any number"},
+        {"1\n00:00:01,000 --> 00:00:02,000\n1984\n\n00:00:02,000 --> 00:00:03,000\n2\n",
+         {"1-2 1984", "2-3 2"},
+         {},
+         "texts that are numbers"},
+        {"1\n00:00:01,000 --> 00:00:02,000\nA\n\nB\n\n2\n00:00:02,000 --> 00:00:03,000\nC\n",
+         {"1-2 A||B", "2-3 C"},
+         {"5: \"B\" stands behind a blank line"},
+         "a text with a blank line"},
+        {"1\n00:00:01,000 --> 00:00:02,000\n\n2\n00:00:02,000 --> 00:00:03,000\nB\n",
+         {"1-2 ", "2-3 B"},
+         {},
+         "an empty cue"},
+        {"0:1:2 -> 1:03,5\nA\n",
+         {"62-63.5 A"},
+         {"1: the time line \"0:1:2 -> 1:03,5\" is read as 00:01:02,000 --> 00:01:03,500"},
+         "what people write"},
+        {"00:00:01,000 --> 00:00:02,000 X1:40 X2:600\nA\n",
+         {"1-2 A"},
+         {"1: \"X1:40 X2:600\" behind the times is ignored"},
+         "coordinates"},
+        {"00:00:05,000 --> 00:00:02,000\nA\n", {"5-5 A"}, {"1: the cue ends before it starts"}, "times exchanged"},
+        {"1\n00:00:01,000 --> soon\nA\n\n2\n00:00:02,000 --> 00:00:03,000\nB\n",
+         {"2-3 B"},
+         {"2: the time line \"00:00:01,000 --> soon\" is not written as"},
+         "broken times lose their own text only"},
+        {"Made by hand\n\n1\n00:00:01,000 --> 00:00:02,000\nA --> B\n\n",
+         {"1-2 A --> B"},
+         {"1: \"Made by hand\" belongs to no cue"},
+         "text above the first cue; an arrow in a text"},
+        {"", {}, {}, "nothing"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.reason);
+        ASSERT_TRUE(read(c.file));
+        EXPECT_EQ(shown(), c.cues);
+        ASSERT_EQ(problems_.size(), c.problems.size()) << testing::PrintToString(problems_);
+        for (size_t i = 0; i < c.problems.size(); ++i) EXPECT_THAT(problems_[i], testing::StartsWith(c.problems[i]));
+    }
+}
+
+TEST_F(SubRipTest, MarkupBecomesAnnotations) {
+    const struct {
+        const char *payload, *text, *names;
+        std::vector<const char*> problems;
+        const char* reason;
+    } cases[] = {
+        {"<b>a<i>b</i></b>c", "abc", "b|b,i|", {}, "tags"},
+        {"<B>a<I>b</B>c</I>", "abc", "b|b,i|i", {}, "they may cross, in any letter case"},
+        {"{b}a{/b}{i}b{/i}", "ab", "b|i", {}, "the same in braces"},
+        {"<b>a<b>b</b>c</b>d", "abcd", "b|b|b|", {}, "nested in itself"},
+        {"<font color=\"Yellow\">a<font color='#FF0000'>b</font>c</font>d",
+         "abcd",
+         "yellow|#ff0000|yellow|",
+         {},
+         "the innermost colour alone"},
+        {"<font face=Arial color=yellow>a</font>", "a", "yellow", {"the \"face\" of <font>"}, "other attributes"},
+        {"<font color=mauve>a</font><font color=mauve>b</font>", "ab", "|", {"the colour \"mauve\""}, "once a file"},
+        {"<i>a", "a", "i", {"<i> is not closed"}, "holds to the end"},
+        {"a</i>", "a", "", {"</i> closes nothing"}, "an end alone"},
+        {"<i></i>a", "a", "", {}, "over nothing"},
+        {"<laughs> I <3 a{b", "<laughs> I <3 a{b", nullptr, {"\"<laughs>\" is no tag"}, "nothing lost"},
+        {"a &lt;b&gt; &amp &unknown;", "a <b> &amp &unknown;", nullptr, {}, "references that end"},
+        {"a<br>b<s>c</s>", "a\nbc", nullptr, {"<s> shows nothing"}, "line ends, struck text"},
+        {"{\\fad(1,2)\\an8}a{\\fad(1,2)}", "a", "", {"{\\fad(1,2)} shows nothing"}, "other overrides"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.payload);
+        ASSERT_TRUE(read(std::string(kTimes) + c.payload));
+        ASSERT_EQ(cues_.size(), 1u);
+        EXPECT_EQ(cues_[0].text->string()->utf8(), c.text) << c.reason;
+        EXPECT_EQ(c.names ? names() : std::string(), c.names ? c.names : "") << c.reason;
+        ASSERT_EQ(problems_.size(), c.problems.size()) << testing::PrintToString(problems_);
+        for (size_t i = 0; i < c.problems.size(); ++i) EXPECT_THAT(problems_[i], HasSubstr(c.problems[i]));
+    }
+}
+
+TEST_F(SubRipTest, NumberPadPlacesBecomePlacements) {
+    using Alignment = CuePlacement::Alignment;
+    using Row = CuePlacement::Row;
+    const struct {
+        const char* tag;
+        std::optional<Alignment> alignment;
+        std::optional<Row> row;
+    } cases[] = {
+        {"{\\an1}", Alignment::left, Row::bottom},
+        {"{\\an5}", Alignment::centre, Row::centre},
+        {"{\\an8}", Alignment::centre, Row::top},
+        {"{\\an9}{\\an2}", Alignment::right, Row::top},
+        {"{\\a6}", Alignment::centre, Row::top},
+        {"{\\a11}", Alignment::right, Row::centre},
+        {"{\\an0}", {}, {}},
+        {"{\\a4}", {}, {}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.tag);
+        ASSERT_TRUE(read(std::string(kTimes) + c.tag + "a"));
+        EXPECT_EQ(cues_.at(0).placement.alignment, c.alignment);
+        EXPECT_EQ(cues_.at(0).placement.row, c.row);
+        EXPECT_EQ(shown().at(0), "1-2 a");
+    }
+}
+
+TEST_F(SubRipTest, EncodingsAreReadOrRefusedInOneLine) {
+    const std::u16string text = u"\uFEFF1\r\n00:00:01,000 --> 00:00:02,000\r\n\u00E9\u6771\r\n";
+    std::string little;
+    std::string big;
+    for (const char16_t unit : text) {
+        little += {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
+        big += {static_cast<char>(unit >> 8), static_cast<char>(unit & 0xFF)};
+    }
+    for (const std::string& file : {little, big}) {
+        ASSERT_TRUE(read(file));
+        EXPECT_THAT(shown(), ElementsAre("1-2 é東"));
+        EXPECT_THAT(problems_, IsEmpty());
+    }
+    const struct {
+        std::string file;
+        uint32_t line;
+        const char* message;
+    } refused[] = {
+        {little.substr(0, little.size() - 1), 1, "ends within a character"},
+        {little.substr(2), 1, "in UTF-16; save it as UTF-8"},
+        {std::string("1\n") + kTimes + "caf\xE9\n", 3, "not in UTF-8"},
+    };
+    for (const auto& c : refused) {
+        EXPECT_FALSE(read(c.file));
+        EXPECT_EQ(error_.line, c.line);
+        EXPECT_THAT(error_.message, HasSubstr(c.message));
+        EXPECT_THAT(cues_, IsEmpty());
+    }
+}
+
+// Whatever a file holds, reading ends, and what it names lies within the text.
+TEST_F(SubRipTest, DamagedFilesAreReadToTheirEnd) {
+    const std::string whole =
+        "1\n00:00:01,000 --> 00:00:02,000\n{\\an8}<b>A</b> <font color=\"red\" size=3>B</font> &amp;\n\n"
+        "2\n00:00:02.000 --> 00:00:03.000\n<i>C\nD\n\n";
+    std::mt19937 random(20);
+    for (int round = 0; round < 2000; ++round) {
+        std::string file = whole;
+        for (int edit = 0; edit < 4; ++edit) {
+            const size_t at = random() % file.size();
+            if (random() % 2)
+                file[at] = "<>{}\\/&;\n0:, ->=\"'"[random() % 18];
+            else
+                file.erase(at, random() % 5);
+        }
+        ASSERT_TRUE(read(file)) << file;
+        const auto lines = std::ranges::count(file, '\n') + 1;
+        for (const std::string& problem : problems_) EXPECT_LE(std::stol(problem), lines) << file;
+        for (const CaptionCue& cue : cues_) {
+            EXPECT_LE(cue.start, cue.end) << file;
+            for (const auto& run : cue.text->runs()) EXPECT_LE(run.range.end(), cue.text->length()) << file;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace qz
