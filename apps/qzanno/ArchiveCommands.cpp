@@ -59,11 +59,10 @@ int packArchive(const std::string& input, const std::string& paletteFile, const 
     const Ref<QzAnnoPalette> palette = loadPalette(paletteFile, diagnostics);
     if (!palette) return 1;
     bool hasUnknownClass = false;
-    const auto titles = readTitles(input, palette, diagnostics, hasUnknownClass);
-    if (!titles) return 1;
-    if (titles->empty()) diagnostics.warning(input, "holds no captions; the archive is an empty array");
     std::vector<Ref<NSObject>> strings;
-    for (const Title& title : *titles) strings.push_back(title.text->copy());
+    const TitleSink sink = [&strings](Title&& title) { strings.push_back(title.text->copy()); };
+    if (!readTitles(input, palette, diagnostics, sink, hasUnknownClass)) return 1;
+    if (strings.empty()) diagnostics.warning(input, "holds no captions; the archive is an empty array");
     const Ref<NSObject> root = strings.size() == 1 ? strings.front() : NSArray::arrayWithObjects(std::move(strings));
     std::string reason;
     const Ref<NSData> data = QzTokeningArchiver::archivedDataWithRootObject(root, {palette}, &reason);

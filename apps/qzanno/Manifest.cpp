@@ -1,5 +1,6 @@
 #include "apps/qzanno/Manifest.h"
 
+#include <filesystem>
 #include <string>
 
 #include <nlohmann/json.hpp>
@@ -8,6 +9,15 @@
 
 namespace qz::tool {
 namespace {
+
+nlohmann::ordered_json textOrNull(const std::string& text) {
+    return text.empty() ? nlohmann::ordered_json() : nlohmann::ordered_json(text);
+}
+
+std::string written(const nlohmann::ordered_json& line) {
+    // A file name need not be UTF-8.
+    return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
 
 nlohmann::ordered_json secondsOrNull(const std::optional<double>& seconds) {
     return seconds ? nlohmann::ordered_json(*seconds) : nlohmann::ordered_json();
@@ -72,28 +82,61 @@ const char* nameOfPart(RenderReport::Clipping::Part part) {
     return "layer 2";
 }
 
-std::string manifestLine(const Title& title, const ManifestEntry& entry) {
-    const nlohmann::ordered_json line = {
+std::string manifestLine(const TitleEntry& title, const PictureEntry& picture) {
+    return written({
+        {"source", textOrNull(title.source)},
         {"index", title.index},
         {"start", secondsOrNull(title.start)},
         {"end", secondsOrNull(title.end)},
-        {"text", title.text->string()->utf8()},
-        {"file", entry.file},
-        {"width", entry.width},
-        {"height", entry.height},
-        {"bytesPerRow", entry.bytesPerRow},
+        {"text", title.text},
+        {"file", title.file},
+        {"sameAs", textOrNull(title.sameAs)},
+        {"key", title.key},
+        {"bytes", picture.bytes},
+        {"sha256", picture.sha256},
+        {"width", picture.width},
+        {"height", picture.height},
+        {"bytesPerRow", picture.bytesPerRow},
         {"bbox",
-         {{"x", asWritten(entry.bbox.origin.x)},
-          {"y", asWritten(entry.bbox.origin.y)},
-          {"width", asWritten(entry.bbox.size.width)},
-          {"height", asWritten(entry.bbox.size.height)}}},
-        {"missingFonts", entry.missingFonts},
-        {"substitutions", json(entry.report.substitutions)},
-        {"missingGlyphs", json(entry.report.missingGlyphs)},
-        {"clipped", json(entry.report.clipped)},
-    };
-    // A file name need not be UTF-8.
-    return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+         {{"x", asWritten(picture.bbox.origin.x)},
+          {"y", asWritten(picture.bbox.origin.y)},
+          {"width", asWritten(picture.bbox.size.width)},
+          {"height", asWritten(picture.bbox.size.height)}}},
+        {"missingFonts", picture.missingFonts},
+        {"substitutions", json(picture.report.substitutions)},
+        {"missingGlyphs", json(picture.report.missingGlyphs)},
+        {"clipped", json(picture.report.clipped)},
+    });
+}
+
+std::string manifestLineLike(const std::string& line, const TitleEntry& title) {
+    auto entry = nlohmann::ordered_json::parse(line);
+    entry["source"] = textOrNull(title.source);
+    entry["index"] = title.index;
+    entry["start"] = secondsOrNull(title.start);
+    entry["end"] = secondsOrNull(title.end);
+    entry["file"] = title.file;
+    entry["sameAs"] = textOrNull(title.sameAs);
+    return written(entry);
+}
+
+std::string fileOfLine(const std::string& line) {
+    return nlohmann::json::parse(line).at("file");
+}
+
+std::string manifestHeading(const Shard& shard, const std::vector<SourceEntry>& sources) {
+    auto list = nlohmann::ordered_json::array();
+    for (const SourceEntry& source : sources) {
+        list.push_back({{"source", textOrNull(source.source)}, {"titles", source.titles}});
+    }
+    return written({{"shard", shard.number}, {"of", shard.count}, {"sources", std::move(list)}});
+}
+
+std::string manifestPath(const std::string& path, const Shard& shard) {
+    if (path.empty() || shard.isWhole()) return path;
+    const std::filesystem::path whole(path);
+    const std::string share = "." + std::to_string(shard.number) + "-of-" + std::to_string(shard.count);
+    return (whole.parent_path() / (whole.stem().string() + share + whole.extension().string())).string();
 }
 
 }  // namespace qz::tool

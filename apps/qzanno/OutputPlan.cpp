@@ -21,6 +21,18 @@ OutputPlan planForDirectory(const std::string& path) {
     return plan;
 }
 
+OutputPlan planForStandardOutput() {
+    OutputPlan plan;
+    plan.toStandardOutput = plan.isRaw = true;
+    return plan;
+}
+
+bool namesFile(const std::string& output) {
+    std::error_code ignored;
+    const fs::path ending = fs::path(output).extension();
+    return (ending == ".png" || ending == ".rgba") && !fs::is_directory(output, ignored);
+}
+
 }  // namespace
 
 std::string OutputPlan::fileFor(uint32_t index) const {
@@ -33,23 +45,27 @@ std::string OutputPlan::fileFor(uint32_t index) const {
 
 std::optional<OutputPlan> planOutput(const std::string& output, const std::string& input, size_t titleCount,
                                      Diagnostics& diagnostics) {
-    if (output == "-") {
-        OutputPlan plan;
-        plan.toStandardOutput = plan.isRaw = true;
-        return plan;
-    }
+    if (output == "-") return planForStandardOutput();
     if (output.empty()) {
         const std::string stem = input.empty() ? "title" : fs::path(input).stem().string();
         return titleCount == 1 ? planForFile(stem + ".png") : planForDirectory(stem);
     }
-    std::error_code ignored;
-    const fs::path ending = fs::path(output).extension();
-    if ((ending != ".png" && ending != ".rgba") || fs::is_directory(output, ignored)) return planForDirectory(output);
+    if (!namesFile(output)) return planForDirectory(output);
     if (titleCount > 1) {
         diagnostics.error(output, "one file cannot hold " + std::to_string(titleCount) + " titles; name a directory");
         return {};
     }
     return planForFile(output);
+}
+
+std::optional<OutputPlan> planOutputOfFolder(const std::string& output, const std::string& folder,
+                                             Diagnostics& diagnostics) {
+    if (output == "-") return planForStandardOutput();
+    if (namesFile(output)) {
+        diagnostics.error(output, "one file cannot hold the titles of several; name a directory");
+        return {};
+    }
+    return planForDirectory((fs::path(output) / folder).string());
 }
 
 bool makeDirectory(const std::string& path, Diagnostics& diagnostics) {

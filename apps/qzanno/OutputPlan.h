@@ -25,6 +25,11 @@ struct OutputPlan {
 std::optional<OutputPlan> planOutput(const std::string& output, const std::string& input, size_t titleCount,
                                      Diagnostics& diagnostics);
 
+/// The same for one of several inputs: standard output, or its folder below the output, which is the current directory
+/// when empty.
+std::optional<OutputPlan> planOutputOfFolder(const std::string& output, const std::string& folder,
+                                             Diagnostics& diagnostics);
+
 /// Makes a directory with its parents, if it is not there yet.
 bool makeDirectory(const std::string& path, Diagnostics& diagnostics);
 

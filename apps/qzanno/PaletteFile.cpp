@@ -36,17 +36,17 @@ Ref<NSObject> propertyListOf(const Ref<NSData>& file) {
 
 }  // namespace
 
-Ref<QzAnnoPalette> loadPalette(const std::string& path, Diagnostics& diagnostics) {
+Ref<QzAnnoPalette> paletteOfFile(const Ref<NSData>& file, std::string& reason) {
+    return isArchive(*file) ? paletteOfArchive(file, reason) : QzAnnoPalette::paletteFromPListData(*file, &reason);
+}
+
+Ref<QzAnnoPalette> loadPalette(const std::string& path, Diagnostics& diagnostics, Ref<NSData>* bytes) {
     if (path.empty()) return builtInPalette();
     std::string reason;
     const Ref<NSData> file = readFile(path, &reason);
-    if (!file) {
-        diagnostics.error(path, reason);
-        return {};
-    }
-    Ref<QzAnnoPalette> palette =
-        isArchive(*file) ? paletteOfArchive(file, reason) : QzAnnoPalette::paletteFromPListData(*file, &reason);
+    Ref<QzAnnoPalette> palette = file ? paletteOfFile(file, reason) : nullptr;
     if (!palette) diagnostics.error(path, reason);
+    if (bytes) *bytes = file;
     return palette;
 }
 

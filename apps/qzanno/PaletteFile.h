@@ -10,8 +10,13 @@
 namespace qz::tool {
 
 /// The palette of a file, a property list or an archive as its first bytes tell; none, with an error reported, when
-/// there is none to be had. An empty path stands for the palette that is built in.
-Ref<QzAnnoPalette> loadPalette(const std::string& path, Diagnostics& diagnostics);
+/// there is none to be had. An empty path stands for the palette that is built in. `file`, when given, receives the
+/// file's bytes.
+Ref<QzAnnoPalette> loadPalette(const std::string& path, Diagnostics& diagnostics, Ref<NSData>* file = nullptr);
+
+/// The palette that a file's bytes hold; none, with the reason in `reason`. A new object with every call: threads must
+/// not share one.
+Ref<QzAnnoPalette> paletteOfFile(const Ref<NSData>& file, std::string& reason);
 
 enum class Faults { all, allButMissingFonts };
 

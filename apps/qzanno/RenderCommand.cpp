@@ -1,283 +1,299 @@
 #include "apps/qzanno/RenderCommand.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdio>
+#include <array>
 #include <cstring>
+#include <map>
+#include <set>
 
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
-#include "apps/qzanno/FontFolders.h"
+#include "apps/qzanno/DoneTitles.h"
+#include "apps/qzanno/InputList.h"
 #include "apps/qzanno/Manifest.h"
+#include "apps/qzanno/ManifestFile.h"
+#include "apps/qzanno/OrderedJobs.h"
 #include "apps/qzanno/OutputPlan.h"
-#include "apps/qzanno/PaletteFile.h"
 #include "apps/qzanno/Progress.h"
-#include "apps/qzanno/ReportLines.h"
-#include "apps/qzanno/TitleReader.h"
-#include "platform/foundation/Files.h"
-#include "platform/graphics/PNG.h"
+#include "apps/qzanno/SameFile.h"
+#include "apps/qzanno/TitleJob.h"
+#include "apps/qzanno/TitleLines.h"
 
 namespace qz::tool {
 namespace {
 
-NSSize sizeOf(PixelSize size) {
-    return {static_cast<float>(size.width), static_cast<float>(size.height)};
-}
+/// How many titles a thread may be ahead of the slowest one.
+constexpr size_t kWindowPerThread = 8;
 
-Ref<NSBitmapImageRep> blankPicture(PixelSize size) {
-    NSBitmapImageRep::Format format;
-    format.pixelsWide = size.width;
-    format.pixelsHigh = size.height;
-    format.colorSpaceName = NSCalibratedRGBColorSpace;
-    return NSBitmapImageRep::initWithBitmapDataPlanes(nullptr, format);
-}
-
-std::vector<uint8_t> rawBytes(const NSBitmapImageRep& picture) {
-    const uint8_t* data = picture.bitmapData();
-    return {data, data + static_cast<size_t>(picture.bytesPerRow()) * static_cast<size_t>(picture.pixelsHigh())};
-}
-
-/// "; there are "Noto Sans-Regular", "Noto Sans-Bold"", or nothing.
-std::string namesLike(const std::string& font, const FontLibrary& fonts) {
-    constexpr size_t kNamesMax = 6;
-    std::string list;
-    for (const std::string& name : fonts.namesLike(font, kNamesMax)) {
-        list += (list.empty() ? "; there are " : ", ") + quoted(name);
-    }
-    return list;
-}
-
-/// Renders titles one after the other with one pipeline.
-class Renderer {
+/// Renders the titles of files in two walks over them: the first counts them, finds those that look the same, and tells
+/// what is wrong with the files; the second hands them to the threads, one by one.
+class RenderRun {
 public:
-    Renderer(const RenderOptions& options, Diagnostics& diagnostics)
-        : options_(options), diagnostics_(diagnostics), reportLines_(diagnostics, options.strict) {}
+    RenderRun(const RenderOptions& options, Diagnostics& diagnostics)
+        : options_(options), diagnostics_(diagnostics), lines_(diagnostics, options.drawing) {}
 
     bool prepare();
     bool renderAll();
 
 private:
-    bool loadFrame();
-    bool readInput();
-    bool annotateAll();
-    bool checkSizes();
-    bool renderTitle(const Title& title);
-    bool reportMissingFonts(const Title& title);
-    Ref<NSBitmapImageRep> pictureFor(const NSRect& place) const;
-    bool write(const Title& title, const NSBitmapImageRep& picture, std::string& file);
-    bool writeManifest();
+    using Key = std::array<uint8_t, 16>;
+    /// The first title of a picture.
+    struct FirstUse {
+        uint32_t input;
+        uint32_t index;
+        uint32_t uses;
+    };
+    struct Input {
+        TitleInput file;
+        uint32_t titles = 0;
+        OutputPlan plan;
+    };
+
+    bool listFiles();
+    bool walkFirst();
+    bool planOutputs();
+    bool openManifest();
+    bool readInput(const Input& input, Diagnostics& diagnostics, const TitleSink& sink, bool& hasUnknownName) const;
+    Key keyOf(const TitleContent& content) const;
+    bool addJobs(uint32_t input, OrderedJobs& jobs);
+    void addJob(uint32_t input, const Title& title, OrderedJobs& jobs);
+    void deliver(TitleJob& job);
+    std::string lineOf(TitleJob& job);
+    std::string lineOfTwin(const TitleJob& job);
 
     const RenderOptions& options_;
     Diagnostics& diagnostics_;
-    ReportLines reportLines_;
-    std::shared_ptr<FontLibrary> fonts_;
+    TitleLines lines_;
+    std::optional<RenderSetup> setup_;
     Ref<QzAnnoPalette> palette_;
-    Ref<MissingFonts> missingFonts_ = std::make_shared<MissingFonts>();
-    std::vector<std::string> reportedFonts_;
-    Ref<QzAnnoStringToScreen> pipeline_;
-    Ref<NSBitmapImageRep> frame_;
-    PixelSize data_;
-    std::vector<Title> titles_;
-    OutputPlan plan_;
-    std::string manifest_;
+    Sha256 setupHash_;
+    std::vector<Input> inputs_;
+    size_t titlesOfShare_ = 0;
+    std::map<Key, FirstUse> firstUses_;
+    // Of pictures that several titles have, those that a job of this run draws.
+    std::set<Key> drawn_;
+    std::string manifestPath_;
+    std::unique_ptr<ManifestFile> manifest_;
+    DoneTitles done_;
+
+    // Used while jobs are delivered, on the threads.
+    bool allDone_ = true;
+    std::optional<Progress> progress_;
+    std::map<std::string, std::string> linesByKey_;
 };
 
-bool Renderer::prepare() {
-    palette_ = loadPalette(options_.palette, diagnostics_);
-    if (!palette_) return false;
-    // A missing font is reported when a title asks for it.
-    reportFaults(options_.palette, Faults::allButMissingFonts, diagnostics_);
-    if (!loadFrame() || !checkSizes() || !readInput() || !annotateAll()) return false;
-    const auto plan = planOutput(options_.output, options_.input, titles_.size(), diagnostics_);
-    if (!plan) return false;
-    plan_ = *plan;
-    const auto fonts = fontsWithFolders(options_.fontDirectories, options_.strict, diagnostics_);
-    if (!fonts) return false;
-    fonts_ = *fonts ? *fonts : FontLibrary::shared();
-    palette_->setLog(missingFonts_);
-    pipeline_ = QzAnnoStringToScreen::init();
-    pipeline_->setPalette(palette_);
-    pipeline_->setFontLibrary(fonts_);
-    if (!pipeline_->setLanguage(options_.language)) {
-        diagnostics_.error("--lang",
-                           quoted(options_.language) + " is no language tag; write one such as ja or zh-Hant");
-        return false;
-    }
-    pipeline_->setBaseWritingDirection(options_.direction);
-    pipeline_->setScreenSize(sizeOf(options_.screen), sizeOf(data_));
-    // Left alone, antialiasing goes by the context, which is on.
-    if (!options_.antialias) pipeline_->layoutManager()->setAntialiasing(false);
-    pipeline_->layoutManager()->setQualityFactor(options_.quality);
-    pipeline_->layoutManager()->setMergesLayers(options_.mergeLayers);
-    return true;
+bool RenderRun::prepare() {
+    setup_ = prepareSetup(options_.drawing, diagnostics_);
+    if (!setup_) return false;
+    palette_ = newPalette(*setup_);
+    addSetup(setupHash_, *setup_);
+    lines_.setFonts(setup_->fonts);
+    return listFiles() && walkFirst() && planOutputs() && openManifest();
 }
 
-bool Renderer::loadFrame() {
-    data_ = options_.data.value_or(options_.screen);
-    if (options_.over.empty()) return true;
-    std::string reason;
-    const Ref<NSData> file = readFile(options_.over, &reason);
-    if (file) frame_ = bitmapFromPNG(*file, &reason);
-    if (!frame_) {
-        diagnostics_.error(options_.over, reason);
-        return false;
-    }
-    const PixelSize size = {frame_->pixelsWide(), frame_->pixelsHigh()};
-    if (options_.data && (size.width != data_.width || size.height != data_.height)) {
-        diagnostics_.error(options_.over, "the frame is " + std::to_string(size.width) + "x" +
-                                              std::to_string(size.height) + " pixels, not " +
-                                              std::to_string(data_.width) + "x" + std::to_string(data_.height) +
-                                              "; leave --data out or give the frame's size");
-        return false;
-    }
-    data_ = size;
-    return true;
-}
-
-bool Renderer::checkSizes() {
-    const uint64_t bytes = uint64_t{4} * static_cast<uint64_t>(data_.width) * static_cast<uint64_t>(data_.height);
-    if (bytes <= NSBitmapImageRep::kBytesMax) return true;
-    diagnostics_.error("", "a picture of " + std::to_string(data_.width) + "x" + std::to_string(data_.height) +
-                               " needs " + std::to_string(bytes) + " bytes, more than the " +
-                               std::to_string(NSBitmapImageRep::kBytesMax) +
-                               " that a bitmap may have; use a smaller --screen or --data");
-    return false;
-}
-
-bool Renderer::readInput() {
+bool RenderRun::listFiles() {
     if (options_.text) {
-        titles_ = titleOfText(*options_.text);
+        inputs_.emplace_back();
         return true;
     }
-    bool hasUnknownClass = false;
-    auto titles = readTitles(options_.input, palette_, diagnostics_, hasUnknownClass);
-    if (!titles) return false;
-    if (hasUnknownClass && options_.strict) {
-        diagnostics_.error(options_.input,
-                           "names classes that the palette lacks, and --strict forbids that; nothing is rendered");
-        return false;
-    }
-    titles_ = std::move(*titles);
-    if (titles_.empty()) diagnostics_.warning(options_.input, "holds no captions; nothing is rendered");
+    const auto files = listInputs(options_.inputs, diagnostics_);
+    if (!files) return false;
+    for (const TitleInput& file : *files) inputs_.push_back({file, 0, {}});
+    lines_.setSeveralFiles(files->size() > 1);
     return true;
 }
 
-bool Renderer::annotateAll() {
-    for (const std::string& name : options_.annotations) {
-        const Ref<QzAnnoKey> key = palette_->findAnnoKey(NSString::stringWithUTF8String(name));
-        if (!key) {
-            std::string known;
-            for (int32_t priority = palette_->maxPriority(); priority > 0; --priority) {
-                known += (known.empty() ? "" : ", ") + palette_->annoKeyAtPriority(priority)->name()->utf8();
-            }
-            diagnostics_.error(paletteName(options_.palette),
-                               "there is no annotation " + quoted(name) + "; there are: " + known);
-            return false;
+bool RenderRun::readInput(const Input& input, Diagnostics& diagnostics, const TitleSink& sink,
+                          bool& hasUnknownName) const {
+    if (!options_.text) return readTitles(input.file.path, palette_, diagnostics, sink, hasUnknownName);
+    sink(titleOfText(*options_.text));
+    return true;
+}
+
+RenderRun::Key RenderRun::keyOf(const TitleContent& content) const {
+    Sha256 hash = setupHash_;
+    addContent(hash, content);
+    const Sha256::Digest digest = hash.digest();
+    Key key;
+    std::copy_n(digest.begin(), key.size(), key.begin());
+    return key;
+}
+
+bool RenderRun::walkFirst() {
+    bool mayRender = true;
+    std::vector<Input> readable;
+    for (Input& input : inputs_) {
+        bool hasUnknownName = false;
+        const auto number = static_cast<uint32_t>(readable.size());
+        const bool isRead = readInput(
+            input, diagnostics_,
+            [&](Title&& title) {
+                ++input.titles;
+                titlesOfShare_ += options_.shard.holds(input.file.identity(), title.index);
+                const Key key = keyOf(contentOf(title, *palette_));
+                ++firstUses_.try_emplace(key, FirstUse{number, title.index, 0}).first->second.uses;
+            },
+            hasUnknownName);
+        if (isRead && input.titles == 0)
+            diagnostics_.warning(input.file.path, "holds no captions; nothing is rendered");
+        if (hasUnknownName && options_.drawing.strict) {
+            diagnostics_.error(input.file.path,
+                               "names what the palette lacks, and --strict forbids that; nothing is rendered");
+            mayRender = false;
         }
-        for (const Title& title : titles_) title.text->addFrameAnno(key);
+        allDone_ &= isRead;
+        if (isRead) readable.push_back(std::move(input));
+    }
+    inputs_ = std::move(readable);
+    return mayRender && !inputs_.empty();
+}
+
+bool RenderRun::planOutputs() {
+    for (Input& input : inputs_) {
+        const std::string& folder = input.file.folder;
+        const auto plan = folder.empty() ? planOutput(options_.output, input.file.path, input.titles, diagnostics_)
+                                         : planOutputOfFolder(options_.output, folder, diagnostics_);
+        if (!plan) return false;
+        input.plan = *plan;
     }
     return true;
 }
 
-bool Renderer::renderAll() {
-    if (!plan_.directory.empty() && !makeDirectory(plan_.directory, diagnostics_)) return false;
-    Progress progress(titles_.size(), diagnostics_.verbosity());
-    bool allDone = true;
-    for (const Title& title : titles_) {
-        allDone &= renderTitle(title);
-        progress.advance();
-    }
-    return writeManifest() && allDone;
-}
-
-bool Renderer::renderTitle(const Title& title) {
-    missingFonts_->clear();
-    pipeline_->setAnnoString(title.text);
-    ManifestEntry entry;
-    entry.bbox = pipeline_->placeInFullScreen(!options_.box);
-    entry.report = pipeline_->reportInFullScreen(!options_.box);
-    // Both are to be told.
-    const bool hasFonts = reportMissingFonts(title);
-    if (!reportLines_.tell(title, entry.report) || !hasFonts) return false;
-    const Ref<NSBitmapImageRep> picture = pictureFor(entry.bbox);
-    if (!picture || !pipeline_->drawInFullScreen(!options_.box, picture)) {
-        diagnostics_.error("title " + std::to_string(title.index),
-                           "no picture can be made of its text box " + NSStringFromRect(entry.bbox)->utf8());
-        return false;
-    }
-    entry.width = picture->pixelsWide();
-    entry.height = picture->pixelsHigh();
-    entry.bytesPerRow = picture->bytesPerRow();
-    entry.missingFonts = missingFonts_->names();
-    if (!write(title, *picture, entry.file)) return false;
-    manifest_ += manifestLine(title, entry);
-    return true;
-}
-
-bool Renderer::reportMissingFonts(const Title& title) {
-    for (const std::string& font : missingFonts_->names()) {
-        if (options_.strict) {
-            diagnostics_.error(
-                "title " + std::to_string(title.index),
-                "the font " + quoted(font) + " is not installed, and --strict forbids a stand-in; not rendered");
-        } else if (std::ranges::find(reportedFonts_, font) == reportedFonts_.end()) {
-            reportedFonts_.push_back(font);
-            diagnostics_.warning(
-                paletteName(options_.palette),
-                "the font " + quoted(font) + " is not installed; the system font stands in" + namesLike(font, *fonts_));
-        }
-    }
-    return missingFonts_->names().empty() || !options_.strict;
-}
-
-Ref<NSBitmapImageRep> Renderer::pictureFor(const NSRect& place) const {
-    if (!options_.box) {
-        const Ref<NSBitmapImageRep> picture = blankPicture(data_);
-        if (picture && frame_) {
-            std::memcpy(picture->bitmapData(), frame_->bitmapData(),
-                        static_cast<size_t>(frame_->bytesPerRow()) * static_cast<size_t>(frame_->pixelsHigh()));
-        }
-        return picture;
-    }
-    const auto pixels = [](float points, int32_t data, int32_t screen) {
-        return std::max(
-            1, static_cast<int32_t>(std::lround(points * static_cast<float>(data) / static_cast<float>(screen))));
-    };
-    return blankPicture({pixels(place.size.width, data_.width, options_.screen.width),
-                         pixels(place.size.height, data_.height, options_.screen.height)});
-}
-
-bool Renderer::write(const Title& title, const NSBitmapImageRep& picture, std::string& file) {
-    file = plan_.fileFor(title.index);
-    if (plan_.toStandardOutput) {
-        const std::vector<uint8_t> bytes = rawBytes(picture);
-        if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size() && std::fflush(stdout) == 0) return true;
-        diagnostics_.error("standard output", std::strerror(errno));
-        return false;
-    }
-    std::string reason;
-    const bool written = plan_.isRaw ? writeFileAtomically(file, rawBytes(picture), &reason)
-                                     : writeFileAtomically(file, pngFromBitmap(picture)->bytes(), &reason);
-    if (written)
-        diagnostics_.note(file, "written");
-    else
-        diagnostics_.error(file, reason);
-    return written;
-}
-
-bool Renderer::writeManifest() {
+bool RenderRun::openManifest() {
     if (options_.manifest.empty()) return true;
     std::string reason;
-    const auto* bytes = reinterpret_cast<const uint8_t*>(manifest_.data());
-    if (writeFileAtomically(options_.manifest, {bytes, manifest_.size()}, &reason)) return true;
-    diagnostics_.error(options_.manifest, reason);
+    manifestPath_ = ManifestFile::targetOf(manifestPath(options_.manifest, options_.shard));
+    if (options_.resume) {
+        auto done = DoneTitles::load(manifestPath_, &reason);
+        if (done) done_ = std::move(*done);
+    }
+    if (reason.empty()) manifest_ = ManifestFile::create(manifestPath_, &reason);
+    if (manifest_ && !options_.shard.isWhole()) {
+        std::vector<SourceEntry> sources;
+        for (const Input& input : inputs_) sources.push_back({input.file.path, input.titles});
+        manifest_->append(manifestHeading(options_.shard, sources), &reason);
+    }
+    if (reason.empty()) return true;
+    diagnostics_.error(manifestPath_, reason);
     return false;
+}
+
+bool RenderRun::renderAll() {
+    for (const Input& input : inputs_) {
+        if (input.titles > 0 && !input.plan.directory.empty() && !makeDirectory(input.plan.directory, diagnostics_))
+            return false;
+    }
+    progress_.emplace(titlesOfShare_, diagnostics_.verbosity());
+    bool allAdded = true;
+    {
+        const size_t threads = std::clamp<size_t>(titlesOfShare_, 1, options_.jobs);
+        OrderedJobs jobs(
+            threads, threads * kWindowPerThread, [this] { return titleWork(*setup_); },
+            [this](Job& job) { deliver(static_cast<TitleJob&>(job)); });
+        for (uint32_t i = 0; i < inputs_.size(); ++i) allAdded &= addJobs(i, jobs);
+    }
+    progress_.reset();
+    std::string reason;
+    if (manifest_ && !manifest_->commit(&reason)) {
+        diagnostics_.error(manifestPath_, reason);
+        return false;
+    }
+    if (manifest_) DoneTitles::clear(manifestPath_);
+    return allDone_ && allAdded;
+}
+
+bool RenderRun::addJobs(uint32_t number, OrderedJobs& jobs) {
+    const Input& input = inputs_[number];
+    // What is wrong with the file has been told.
+    Diagnostics again(Diagnostics::Verbosity::quiet);
+    bool hasUnknownName = false;
+    uint32_t count = 0;
+    bool isSame = true;
+    const bool isRead = readInput(
+        input, again,
+        [&](Title&& title) {
+            ++count;
+            if (options_.shard.holds(input.file.identity(), title.index)) {
+                isSame &= firstUses_.contains(keyOf(contentOf(title, *palette_)));
+                if (isSame) addJob(number, title, jobs);
+            }
+        },
+        hasUnknownName);
+    if (isRead && isSame && count == input.titles) return true;
+    // The threads may be telling something at the same time; one line is written in one piece.
+    Diagnostics(diagnostics_.verbosity())
+        .error(input.file.path, "has changed while it was being rendered; render it again");
+    return false;
+}
+
+void RenderRun::addJob(uint32_t number, const Title& title, OrderedJobs& jobs) {
+    const Input& input = inputs_[number];
+    auto job = std::make_unique<TitleJob>();
+    job->content = contentOf(title, *palette_);
+    const Key key = keyOf(job->content);
+    const FirstUse& first = firstUses_.at(key);
+    job->title = {input.file.path,
+                  title.index,
+                  title.start,
+                  title.end,
+                  title.text->string()->utf8(),
+                  input.plan.fileFor(title.index),
+                  {},
+                  hexadecimal(key)};
+    job->isRaw = input.plan.isRaw;
+    job->toStandardOutput = input.plan.toStandardOutput;
+    if (first.uses > 1 && !job->toStandardOutput) {
+        job->isShared = true;
+        if (first.input != number || first.index != title.index)
+            job->title.sameAs = inputs_[first.input].plan.fileFor(first.index);
+        job->isTwin = !drawn_.insert(key).second;
+    }
+    job->formerLine = done_.lineOf(job->title, options_.drawing.strict);
+    jobs.add(std::move(job));
+}
+
+void RenderRun::deliver(TitleJob& job) {
+    progress_->advance();
+    const std::string line = job.isKept ? job.formerLine : job.isTwin ? lineOfTwin(job) : lineOf(job);
+    allDone_ &= !line.empty();
+    if (line.empty()) return;
+    if (job.isShared && !job.isTwin) linesByKey_[job.title.key] = line;
+    std::string reason;
+    if (manifest_ && !manifest_->append(line, &reason)) {
+        diagnostics_.error(manifestPath_, reason);
+        allDone_ = false;
+        manifest_.reset();
+    }
+}
+
+std::string RenderRun::lineOf(TitleJob& job) {
+    if (!lines_.tell(job)) return {};
+    if (job.toStandardOutput &&
+        (std::fwrite(job.bytes.data(), 1, job.bytes.size(), stdout) != job.bytes.size() || std::fflush(stdout) != 0)) {
+        diagnostics_.error("standard output", std::strerror(errno));
+        return {};
+    }
+    if (!job.toStandardOutput) diagnostics_.note(job.title.file, "written");
+    return manifestLine(job.title, job.picture);
+}
+
+std::string RenderRun::lineOfTwin(const TitleJob& job) {
+    const auto other = linesByKey_.find(job.title.key);
+    std::string reason = "is to be the same as one that was not rendered";
+    if (other != linesByKey_.end()) {
+        std::string line = manifestLineLike(other->second, job.title);
+        if (placeSameFile(fileOfLine(other->second), job.title.file, &reason)) {
+            diagnostics_.note(job.title.file, "is the same picture as another");
+            return line;
+        }
+    }
+    diagnostics_.error(job.title.file, reason);
+    return {};
 }
 
 }  // namespace
 
 int render(const RenderOptions& options, Diagnostics& diagnostics) {
-    Renderer renderer(options, diagnostics);
-    return renderer.prepare() && renderer.renderAll() ? 0 : 1;
+    RenderRun run(options, diagnostics);
+    return run.prepare() && run.renderAll() ? 0 : 1;
 }
 
 }  // namespace qz::tool

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "apps/qzanno/Diagnostics.h"
+#include "apps/qzanno/Shard.h"
 #include "platform/text/NSParagraphStyle.h"
 
 namespace qz::tool {
@@ -14,25 +15,34 @@ struct PixelSize {
     int32_t height = 0;
 };
 
-/// What `qzanno render` was asked for.
-struct RenderOptions {
-    std::string input;
-    std::optional<std::string> text;
+/// How titles are laid out and drawn.
+struct DrawingOptions {
     std::string palette;
     std::vector<std::string> annotations;
     PixelSize screen = {1920, 1080};
     std::optional<PixelSize> data;
     bool box = false;
     NSWritingDirection direction = NSWritingDirection::natural;
-    std::string output;
     std::string over;
-    std::string manifest;
     std::vector<std::string> fontDirectories;
     std::string language;
     bool antialias = true;
     float quality = 1.0f;
     bool mergeLayers = false;
     bool strict = false;
+};
+
+/// What `qzanno render` was asked for.
+struct RenderOptions {
+    /// Files and folders.
+    std::vector<std::string> inputs;
+    std::optional<std::string> text;
+    DrawingOptions drawing;
+    std::string output;
+    std::string manifest;
+    uint32_t jobs = 1;
+    Shard shard;
+    bool resume = false;
 };
 
 /// Renders titles. The exit code: 0, or 1 when something failed.

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "apps/qzanno/Manifest.h"
+#include "platform/foundation/NSString.h"
 
 namespace qz::tool {
 namespace {
@@ -37,13 +38,12 @@ std::string codePoint(const std::string& character) {
 
 }  // namespace
 
-bool ReportLines::tell(const Title& title, const RenderReport& report) {
-    const std::string where = "title " + std::to_string(title.index);
+bool ReportLines::tell(const std::string& where, const std::u16string& text, const RenderReport& report) {
     for (const auto& substitution : report.substitutions) {
         if (!substitution.isFontMissing) tellSubstitution(where, substitution);
     }
     for (const auto& missing : report.missingGlyphs) tellMissingGlyph(where, missing);
-    for (const auto& clipping : report.clipped) tellClipping(where, clipping, title);
+    for (const auto& clipping : report.clipped) tellClipping(where, text, clipping);
     return !isStrict_ || report.isEmpty();
 }
 
@@ -66,10 +66,11 @@ void ReportLines::tellMissingGlyph(const std::string& where, const RenderReport:
         diagnostics_.warning(where, what + "; install one that has it, or give its folder with --font-dir");
 }
 
-void ReportLines::tellClipping(const std::string& where, const RenderReport::Clipping& clipping, const Title& title) {
+void ReportLines::tellClipping(const std::string& where, const std::u16string& title,
+                               const RenderReport::Clipping& clipping) {
     using Part = RenderReport::Clipping::Part;
-    const Ref<NSString> cut = title.text->string()->substringWithRange(clipping.characters);
-    const std::string text = cut ? excerpt(cut->characters()) : "";
+    const Range cut = clipping.characters;
+    const std::string text = cut.end() <= title.size() ? excerpt(title.substr(cut.location, cut.length)) : "";
     std::string what;
     if (clipping.part == Part::text)
         what = "the box has no room for " + text + ", from character " +

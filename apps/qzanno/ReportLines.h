@@ -5,11 +5,10 @@
 
 #include "QzAnno_AnnotatedTextFramework/render/RenderReport.h"
 #include "apps/qzanno/Diagnostics.h"
-#include "apps/qzanno/TitleReader.h"
 
 namespace qz::tool {
 
-/// Says of titles, one line a matter, what is not shown as it was asked for.
+/// Says of titles, one line a matter, what is not shown as it was asked for. `where` names the title.
 class ReportLines {
 public:
     /// With `isStrict` each matter is an error.
@@ -17,12 +16,12 @@ public:
 
     /// False when the title must not be rendered. A lack of characters, and text that is not seen, are warnings, the
     /// former once for a font; substitutes and cut layers are notes. Missing fonts are left to the palette's log.
-    bool tell(const Title& title, const RenderReport& report);
+    bool tell(const std::string& where, const std::u16string& text, const RenderReport& report);
 
 private:
     void tellSubstitution(const std::string& where, const RenderReport::Substitution& substitution);
     void tellMissingGlyph(const std::string& where, const RenderReport::MissingGlyph& missing);
-    void tellClipping(const std::string& where, const RenderReport::Clipping& clipping, const Title& title);
+    void tellClipping(const std::string& where, const std::u16string& text, const RenderReport::Clipping& clipping);
 
     Diagnostics& diagnostics_;
     const bool isStrict_;

@@ -1,19 +1,27 @@
 #include "apps/qzanno/TitleReader.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
 
 #include "apps/qzanno/ArchiveFile.h"
 #include "captions/PlainText.h"
+#include "captions/SubRip.h"
 #include "captions/WebVTT.h"
 #include "platform/foundation/Files.h"
 
 namespace qz::tool {
 namespace {
 
-std::string endingOf(const std::string& path) {
+enum class Kind { unknown, subRip, webVTT, text, archive };
+
+Kind kindOf(const std::string& path) {
+    static constexpr std::pair<std::string_view, Kind> kinds[] = {
+        {".srt", Kind::subRip}, {".vtt", Kind::webVTT}, {".txt", Kind::text}, {".annostring", Kind::archive}};
     std::string ending = std::filesystem::path(path).extension().string();
     for (char& c : ending) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return ending;
+    const auto* const found = std::ranges::find(kinds, ending, &std::pair<std::string_view, Kind>::first);
+    return found == std::end(kinds) ? Kind::unknown : found->second;
 }
 
 void report(const CaptionProblem& problem, const std::string& path, Diagnostics& diagnostics) {
@@ -25,69 +33,69 @@ void report(const CaptionProblem& problem, const std::string& path, Diagnostics&
         diagnostics.warning(place, problem.message);
 }
 
-std::vector<Title> titlesOfCues(const std::vector<CaptionCue>& cues) {
-    std::vector<Title> titles;
-    titles.reserve(cues.size());
-    for (const CaptionCue& cue : cues) {
-        titles.push_back({static_cast<uint32_t>(titles.size() + 1), cue.start, cue.end, cue.text});
-    }
-    return titles;
-}
-
-std::optional<std::vector<Title>> titlesOfArchive(const std::string& path, const Ref<QzAnnoPalette>& palette,
-                                                  Diagnostics& diagnostics, bool& hasUnknownName) {
+bool readArchive(const std::string& path, const Ref<QzAnnoPalette>& palette, Diagnostics& diagnostics,
+                 const TitleSink& sink, bool& hasUnknownName) {
     const auto archived = readArchivedTitles(path, palette, diagnostics);
-    if (!archived) return {};
+    if (!archived) return false;
     for (const std::string& name : archived->unknownNames) {
         hasUnknownName = true;
         diagnostics.warning(path, "there is no annotation " + tool::quoted(name) + " in the palette; it shows nothing");
     }
-    std::vector<Title> titles;
-    for (const Ref<QzAnnoString>& string : archived->strings) {
-        titles.push_back({static_cast<uint32_t>(titles.size() + 1), std::nullopt, std::nullopt, string->mutableCopy()});
-    }
-    return titles;
+    uint32_t index = 0;
+    for (const Ref<QzAnnoString>& string : archived->strings) sink({++index, {}, {}, {}, string->mutableCopy()});
+    return true;
 }
 
 }  // namespace
 
-std::vector<Title> titleOfText(const std::string& text) {
-    return {{1, std::nullopt, std::nullopt, QzMutableAnnoString::initWithString(NSString::stringWithUTF8String(text))}};
+bool holdsTitles(const std::string& path) {
+    return kindOf(path) != Kind::unknown;
 }
 
-std::optional<std::vector<Title>> readTitles(const std::string& path, const Ref<QzAnnoPalette>& palette,
-                                             Diagnostics& diagnostics, bool& hasUnknownClass) {
-    const std::string ending = endingOf(path);
-    if (ending == ".annostring") return titlesOfArchive(path, palette, diagnostics, hasUnknownClass);
-    if (ending != ".vtt" && ending != ".txt") {
-        diagnostics.error(path,
-                          "is no .vtt, .txt or .annostring file; give captions as WebVTT, one title as text, or an "
-                          "archive of titles");
-        return {};
+Title titleOfText(const std::string& text) {
+    return {1, {}, {}, {}, QzMutableAnnoString::initWithString(NSString::stringWithUTF8String(text))};
+}
+
+bool readTitles(const std::string& path, const Ref<QzAnnoPalette>& palette, Diagnostics& diagnostics,
+                const TitleSink& sink, bool& hasUnknownName) {
+    const Kind kind = kindOf(path);
+    if (kind == Kind::archive) return readArchive(path, palette, diagnostics, sink, hasUnknownName);
+    if (kind == Kind::unknown) {
+        diagnostics.error(path, "is no " + std::string(kTitleEndings) +
+                                    " file; give captions as SubRip or WebVTT, one title as text, or an archive of "
+                                    "titles");
+        return false;
     }
     std::string reason;
     const Ref<NSData> file = readFile(path, &reason);
     if (!file) {
         diagnostics.error(path, reason);
-        return {};
+        return false;
     }
     CaptionProblem error;
-    if (ending == ".txt") {
+    if (kind == Kind::text) {
         const auto text = readPlainText(*file, &error);
-        if (text) return {{{1, std::nullopt, std::nullopt, *text}}};
-        diagnostics.error(path, error.message);
-        return {};
+        if (text)
+            sink({1, {}, {}, {}, *text});
+        else
+            diagnostics.error(path, error.message);
+        return text.has_value();
     }
-    const auto captions = readWebVTT(*file, *palette, &error);
-    if (!captions) {
+    uint32_t index = 0;
+    const CueSink cues = [&](CaptionCue&& cue) {
+        sink({++index, cue.start, cue.end, cue.placement, std::move(cue.text)});
+    };
+    const auto problems =
+        kind == Kind::subRip ? readSubRip(*file, *palette, cues, &error) : readWebVTT(*file, *palette, cues, &error);
+    if (!problems) {
         diagnostics.error(placeInFile(path, error.line), error.message);
-        return {};
+        return false;
     }
-    for (const CaptionProblem& problem : captions->problems) {
+    for (const CaptionProblem& problem : *problems) {
         report(problem, path, diagnostics);
-        hasUnknownClass |= problem.kind == CaptionProblem::unknownClass;
+        hasUnknownName |= problem.kind == CaptionProblem::unknownClass;
     }
-    return titlesOfCues(captions->cues);
+    return true;
 }
 
 }  // namespace qz::tool

@@ -1,12 +1,14 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
 #include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
 #include "apps/qzanno/Diagnostics.h"
+#include "captions/CuePlacement.h"
 
 namespace qz::tool {
 
@@ -17,16 +19,25 @@ struct Title {
     /// Seconds; none for a title without times.
     std::optional<double> start;
     std::optional<double> end;
+    CuePlacement placement;
     Ref<QzMutableAnnoString> text;
 };
 
-/// The titles of a caption file, a text file or an archive of annotated strings, by the ending of its name. None, with
-/// an error reported, when the file cannot be read; `hasUnknownClass` receives whether the file names a class or an
-/// annotation that the palette lacks.
-std::optional<std::vector<Title>> readTitles(const std::string& path, const Ref<QzAnnoPalette>& palette,
-                                             Diagnostics& diagnostics, bool& hasUnknownClass);
+using TitleSink = std::function<void(Title&&)>;
 
-/// One title of a text in UTF-8.
-std::vector<Title> titleOfText(const std::string& text);
+/// For messages.
+inline constexpr std::string_view kTitleEndings = ".srt, .vtt, .txt or .annostring";
+
+/// Whether a file of that name is one of titles.
+bool holdsTitles(const std::string& path);
+
+/// Hands over the titles of a caption file, a text file or an archive of annotated strings, by the ending of its name,
+/// one by one. False, with an error reported and no title handed over, when the file cannot be read. `hasUnknownName`
+/// receives whether the file names a class, a colour or an annotation that the palette lacks.
+bool readTitles(const std::string& path, const Ref<QzAnnoPalette>& palette, Diagnostics& diagnostics,
+                const TitleSink& sink, bool& hasUnknownName);
+
+/// The one title of a text in UTF-8.
+Title titleOfText(const std::string& text);
 
 }  // namespace qz::tool

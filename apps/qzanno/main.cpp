@@ -1,12 +1,12 @@
-#include <charconv>
 #include <iostream>
 
 #include <CLI/CLI.hpp>
 
 #include "apps/qzanno/ArchiveCommands.h"
 #include "apps/qzanno/FontFolders.h"
+#include "apps/qzanno/ManifestMerge.h"
 #include "apps/qzanno/PaletteCommands.h"
-#include "apps/qzanno/RenderCommand.h"
+#include "apps/qzanno/RenderArguments.h"
 #include "platform/foundation/NSLog.h"
 
 namespace qz::tool {
@@ -14,13 +14,6 @@ namespace {
 
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
-
-constexpr const char* kRenderExamples =
-    "Examples:\n"
-    "  qzanno render captions.vtt -p broadcast.plist -o titles --manifest titles.jsonl\n"
-    "  qzanno render --text 'Good evening' -p broadcast.plist -a 'Lower Third' -o title.png\n"
-    "  qzanno render --text 'Hello' --over frame.png -o composite.png\n"
-    "  qzanno render title.txt -s 1280x720 -o - | ffplay -f rawvideo -pixel_format rgba -video_size 1280x720 -";
 
 constexpr const char* kPaletteExamples =
     "Examples:\n"
@@ -35,88 +28,9 @@ constexpr const char* kArchiveExamples =
     "  qzanno archive dump titles.annostring\n"
     "  qzanno render titles.annostring -p broadcast.plist -o titles";
 
-const std::vector<std::pair<std::string, NSWritingDirection>> kDirections = {
-    {"auto", NSWritingDirection::natural},
-    {"ltr", NSWritingDirection::leftToRight},
-    {"rtl", NSWritingDirection::rightToLeft},
-};
-
-std::optional<PixelSize> parsedSize(const std::string& text) {
-    PixelSize size;
-    const char* const end = text.data() + text.size();
-    const auto [afterWidth, widthError] = std::from_chars(text.data(), end, size.width);
-    if (widthError != std::errc() || afterWidth == end || *afterWidth != 'x') return {};
-    const auto [afterHeight, heightError] = std::from_chars(afterWidth + 1, end, size.height);
-    if (heightError != std::errc() || afterHeight != end || size.width < 1 || size.height < 1) return {};
-    return size;
-}
-
-/// Adds an option whose value is written WxH.
-template <class Set>
-void addSizeOption(CLI::App& command, const std::string& name, const std::string& description, Set set) {
-    command
-        .add_option_function<std::string>(
-            name,
-            [name, set](const std::string& text) {
-                const auto size = parsedSize(text);
-                if (!size)
-                    throw CLI::ValidationError(
-                        name, text + " is no size; write WIDTHxHEIGHT, such as 1920x1080, both above 0");
-                set(*size);
-            },
-            description)
-        ->type_name("WxH");
-}
-
-void addFontFolders(CLI::App& command, std::vector<std::string>& folders) {
-    command.add_option("--font-dir", folders, "Use the fonts in this folder before those of the machine (repeatable)")
-        ->type_name("DIR")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-}
-
-void describeRender(CLI::App& command, RenderOptions& options) {
-    command.footer(kRenderExamples);
-    auto* input = command.add_option(
-        "INPUT", options.input,
-        "A .vtt file of captions, a .txt file that is one title, or an archive of titles (.annostring)");
-    command.add_option("--text", options.text, "Render this text instead of a file")->excludes(input);
-    command.add_option("-p,--palette", options.palette,
-                       "Property list or archive with the styles; without it a built-in palette serves");
-    command
-        .add_option("-a,--annotate", options.annotations,
-                    "Lay this annotation over the whole of every title (repeatable)")
-        ->type_name("NAME")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    addSizeOption(command, "-s,--screen", "The screen that the titles are laid out for, in points [1920x1080]",
-                  [&options](PixelSize size) { options.screen = size; });
-    addSizeOption(command, "-d,--data", "The frame that the screen is scaled onto, in pixels [the screen's]",
-                  [&options](PixelSize size) { options.data = size; });
-    command
-        .add_option("--direction", options.direction,
-                    "Direction of every paragraph: ltr, rtl, or auto by its first letter [auto]")
-        ->transform(CLI::CheckedTransformer(kDirections))
-        ->type_name("auto|ltr|rtl");
-    auto* box = command.add_flag("-b,--box", options.box, "Only the area round the text, not the whole screen");
-    command.add_option(
-        "-o,--output", options.output,
-        "A .png or .rgba file for one title, a directory for many, - for raw premultiplied RGBA on standard output");
-    command.add_option("--over", options.over, "Composite over this frame")->type_name("FRAME.png")->excludes(box);
-    command.add_option("--manifest", options.manifest, "Write what was rendered as JSON Lines")->type_name("FILE");
-    addFontFolders(command, options.fontDirectories);
-    command
-        .add_option("--lang", options.language,
-                    "The language of the titles, such as ja or zh-Hant; it decides which forms shared letters take")
-        ->type_name("TAG");
-    command.add_flag("!--no-antialias", options.antialias, "Draw hard edges");
-    command.add_option("--quality", options.quality, "How carefully outlines are drawn, 0 to 1 [1]")
-        ->check(CLI::Range(0.0, 1.0));
-    command.add_flag("--strict", options.strict,
-                     "Fail on a font that is missing or lacks characters, on cut text and on unknown classes");
-    command.add_flag("--merge-layers", options.mergeLayers,
-                     "Lay each outline and shadow down as one, even where its letters overlap");
-}
+constexpr const char* kManifestExamples =
+    "Examples:\n"
+    "  qzanno manifest merge titles.*-of-8.jsonl -o titles.jsonl";
 
 void addVerbosity(CLI::App& command, bool& verbose, bool& quiet) {
     auto* flag = command.add_flag("-v,--verbose", verbose, "Say more, the library's log included");
@@ -130,9 +44,11 @@ void routeLibraryLog(Diagnostics::Verbosity verbosity) {
     setStandardErrorHook([](std::string_view) {});
 }
 
-/// What `qzanno archive` and `qzanno palette` were asked for.
+/// What the commands were asked for that neither render nor stream.
 struct FileOptions {
     std::string input;
+    std::vector<std::string> inputs;
+    std::vector<std::string> fontDirectories;
     std::string palette;
     std::string output;
 };
@@ -145,6 +61,7 @@ struct Commands {
     CLI::App* packArchive;
     CLI::App* showArchive;
     CLI::App* dumpArchive;
+    CLI::App* mergeManifests;
 };
 
 void describePaletteCommands(CLI::App& app, FileOptions& files, Commands& commands) {
@@ -170,8 +87,8 @@ void describeArchiveCommands(CLI::App& app, FileOptions& files, Commands& comman
     CLI::App& archive = *app.add_subcommand("archive", "Keep titles in archives, and look into archives");
     archive.require_subcommand(1);
     commands.packArchive = archive.add_subcommand(
-        "pack", "Write titles with their annotations as an archive; the times of captions are not kept");
-    commands.packArchive->add_option("INPUT", files.input, "A .vtt file of captions, or a .txt file that is one title")
+        "pack", "Write titles with their annotations as an archive; times and places of captions are not kept");
+    commands.packArchive->add_option("INPUT", files.input, "Captions (.srt, .vtt), or a .txt file that is one title")
         ->required();
     commands.packArchive->add_option("-p,--palette", files.palette,
                                      "Palette with the annotations; without it the built-in one serves");
@@ -189,12 +106,30 @@ void describeArchiveCommands(CLI::App& app, FileOptions& files, Commands& comman
     }
 }
 
+void describeManifestCommands(CLI::App& app, FileOptions& files, Commands& commands) {
+    CLI::App& manifest = *app.add_subcommand("manifest", "Join the manifests of a run's shares");
+    manifest.require_subcommand(1);
+    commands.mergeManifests = manifest.add_subcommand(
+        "merge", "Join manifests and name the titles that are missing; exit with 1 when any is");
+    commands.mergeManifests->add_option("FILE", files.inputs, "Manifests of the shares")->required();
+    commands.mergeManifests->add_option("-o,--output", files.output, "The manifest to write")
+        ->type_name("FILE")
+        ->required();
+    for (CLI::App* command : {&manifest, commands.mergeManifests}) command->footer(kManifestExamples);
+}
+
+int listCommands(int argc, char** argv, uint32_t count) {
+    for (const std::string& command : commandsOfShards({argv, argv + argc}, count)) std::cout << command << "\n";
+    return std::cout.flush() ? 0 : kFailed;
+}
+
 int perform(const Commands& commands, const FileOptions& files, Diagnostics& diagnostics) {
     if (commands.showPalette->parsed()) return showPalette(files.input, diagnostics);
     if (commands.checkPalette->parsed()) return checkPalette(files.input, diagnostics);
     if (commands.convertPalette->parsed()) return convertPalette(files.input, files.output, diagnostics);
     if (commands.packArchive->parsed()) return packArchive(files.input, files.palette, files.output, diagnostics);
     if (commands.showArchive->parsed()) return showArchive(files.input, files.palette, diagnostics);
+    if (commands.mergeManifests->parsed()) return mergeManifests(files.inputs, files.output, diagnostics);
     return dumpArchive(files.input, diagnostics);
 }
 
@@ -206,26 +141,27 @@ int run(int argc, char** argv) {
 
     bool verbose = false;
     bool quiet = false;
-    RenderOptions options;
+    RenderArguments rendering;
     FileOptions files;
     Commands commands;
     commands.render = app.add_subcommand("render", "Render titles to pictures");
-    describeRender(*commands.render, options);
+    describeRender(*commands.render, rendering);
     describePaletteCommands(app, files, commands);
     describeArchiveCommands(app, files, commands);
-    for (CLI::App* command : {commands.render, commands.showPalette, commands.checkPalette, commands.convertPalette,
-                              commands.packArchive, commands.showArchive, commands.dumpArchive}) {
+    describeManifestCommands(app, files, commands);
+    for (CLI::App* command :
+         {commands.render, commands.showPalette, commands.checkPalette, commands.convertPalette, commands.packArchive,
+          commands.showArchive, commands.dumpArchive, commands.mergeManifests}) {
         addVerbosity(*command, verbose, quiet);
     }
     for (CLI::App* command : {commands.showPalette, commands.checkPalette, commands.showArchive}) {
-        addFontFolders(*command, options.fontDirectories);
+        addFontFolders(*command, files.fontDirectories);
     }
 
     try {
         app.parse(argc, argv);
-        if (commands.render->parsed() && options.input.empty() && !options.text) {
-            throw CLI::ValidationError("render", "give a file or --text; see 'qzanno render --help'");
-        }
+        const std::string fault = commands.render->parsed() ? completeRender(rendering) : "";
+        if (!fault.empty()) throw CLI::ValidationError("render", fault);
     } catch (const CLI::Success& done) {
         return app.exit(done);
     } catch (const CLI::ParseError& error) {
@@ -243,8 +179,9 @@ int run(int argc, char** argv) {
     const Verbosity verbosity = verbose ? Verbosity::verbose : quiet ? Verbosity::quiet : Verbosity::normal;
     Diagnostics diagnostics(verbosity);
     routeLibraryLog(verbosity);
-    if (commands.render->parsed()) return render(options, diagnostics);
-    const auto fonts = fontsWithFolders(options.fontDirectories, false, diagnostics);
+    if (rendering.listedShares > 0) return listCommands(argc, argv, rendering.listedShares);
+    if (commands.render->parsed()) return render(rendering.options, diagnostics);
+    const auto fonts = fontsWithFolders(files.fontDirectories, false, diagnostics);
     if (!fonts) return kFailed;
     const FontLibrary::Use use(*fonts);
     return perform(commands, files, diagnostics);

@@ -24,10 +24,13 @@ struct ToolResult {
 /// Runs the built program in a folder of its own.
 class ToolTest : public testing::Test {
 protected:
-    ToolResult run(const std::string& arguments) const {
+    ToolResult run(const std::string& arguments) const { return shell("'" QZANNO_TOOL "' " + arguments); }
+
+    /// Runs a shell's command line in the folder; the program is "$QZANNO" in it.
+    ToolResult shell(const std::string& line) const {
         const std::string errors = path("stderr.txt");
-        const std::string command =
-            "cd '" + folder.path().string() + "' && '" QZANNO_TOOL "' " + arguments + " 2>'" + errors + "'";
+        const std::string command = "cd '" + folder.path().string() + "' && export QZANNO='" QZANNO_TOOL "' && { " +
+                                    line + "; } 2>'" + errors + "'";
         ToolResult result;
         FILE* pipe = popen(command.c_str(), "r");
         char buffer[65536];

@@ -1,0 +1,153 @@
+#include "apps/qzanno/RenderArguments.h"
+
+#include <charconv>
+#include <thread>
+
+namespace qz::tool {
+namespace {
+
+constexpr const char* kRenderExamples =
+    "Examples:\n"
+    "  qzanno render captions.srt -p broadcast.plist -o titles --manifest titles.jsonl\n"
+    "  qzanno render season-1/ extra.vtt -p broadcast.plist -o titles --manifest titles.jsonl --resume\n"
+    "  qzanno render --text 'Good evening' -p broadcast.plist -a 'Lower Third' -o title.png\n"
+    "  qzanno render --text 'Hello' --over frame.png -o composite.png\n"
+    "  qzanno render title.txt -s 1280x720 -o - | ffplay -f rawvideo -pixel_format rgba -video_size 1280x720 -\n"
+    "  qzanno render season-1/ -o titles --manifest titles.jsonl --jobs 1 --list-commands 8 | parallel";
+
+const std::vector<std::pair<std::string, NSWritingDirection>> kDirections = {
+    {"auto", NSWritingDirection::natural},
+    {"ltr", NSWritingDirection::leftToRight},
+    {"rtl", NSWritingDirection::rightToLeft},
+};
+
+constexpr uint32_t kJobsMax = 256;
+
+std::optional<PixelSize> parsedSize(const std::string& text) {
+    PixelSize size;
+    const char* const end = text.data() + text.size();
+    const auto [afterWidth, widthError] = std::from_chars(text.data(), end, size.width);
+    if (widthError != std::errc() || afterWidth == end || *afterWidth != 'x') return {};
+    const auto [afterHeight, heightError] = std::from_chars(afterWidth + 1, end, size.height);
+    if (heightError != std::errc() || afterHeight != end || size.width < 1 || size.height < 1) return {};
+    return size;
+}
+
+/// Adds an option whose value is written WxH.
+template <class Set>
+void addSizeOption(CLI::App& command, const std::string& name, const std::string& description, Set set) {
+    command
+        .add_option_function<std::string>(
+            name,
+            [name, set](const std::string& text) {
+                const auto size = parsedSize(text);
+                if (!size)
+                    throw CLI::ValidationError(
+                        name, text + " is no size; write WIDTHxHEIGHT, such as 1920x1080, both above 0");
+                set(*size);
+            },
+            description)
+        ->type_name("WxH");
+}
+
+uint32_t threadsOfMachine() {
+    return std::clamp(std::thread::hardware_concurrency(), 1u, kJobsMax);
+}
+
+}  // namespace
+
+void addFontFolders(CLI::App& command, std::vector<std::string>& folders) {
+    command.add_option("--font-dir", folders, "Use the fonts in this folder before those of the machine (repeatable)")
+        ->type_name("DIR")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void addDrawingOptions(CLI::App& command, DrawingOptions& options) {
+    command.add_option("-p,--palette", options.palette,
+                       "Property list or archive with the styles; without it a built-in palette serves");
+    command
+        .add_option("-a,--annotate", options.annotations,
+                    "Lay this annotation over the whole of every title (repeatable)")
+        ->type_name("NAME")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    addSizeOption(command, "-s,--screen", "The screen that the titles are laid out for, in points [1920x1080]",
+                  [&options](PixelSize size) { options.screen = size; });
+    addSizeOption(command, "-d,--data", "The frame that the screen is scaled onto, in pixels [the screen's]",
+                  [&options](PixelSize size) { options.data = size; });
+    command
+        .add_option("--direction", options.direction,
+                    "Direction of every paragraph: ltr, rtl, or auto by its first letter [auto]")
+        ->transform(CLI::CheckedTransformer(kDirections))
+        ->type_name("auto|ltr|rtl");
+    addFontFolders(command, options.fontDirectories);
+    command
+        .add_option("--lang", options.language,
+                    "The language of the titles, such as ja or zh-Hant; it decides which forms shared letters take")
+        ->type_name("TAG");
+    command.add_flag("!--no-antialias", options.antialias, "Draw hard edges");
+    command.add_option("--quality", options.quality, "How carefully outlines are drawn, 0 to 1 [1]")
+        ->check(CLI::Range(0.0, 1.0));
+    command.add_flag("--strict", options.strict,
+                     "Fail on a font that is missing or lacks characters, on cut text and on unknown classes");
+    command.add_flag("--merge-layers", options.mergeLayers,
+                     "Lay each outline and shadow down as one, even where its letters overlap");
+}
+
+void describeRender(CLI::App& command, RenderArguments& arguments) {
+    RenderOptions& options = arguments.options;
+    command.footer(kRenderExamples);
+    auto* input = command.add_option(
+        "INPUT", options.inputs,
+        "Captions (.srt, .vtt), a .txt file that is one title, an archive of titles (.annostring), or a folder of such "
+        "files; several get a folder each");
+    command.add_option("--text", options.text, "Render this text instead of files")->excludes(input);
+    addDrawingOptions(command, options.drawing);
+    auto* box = command.add_flag("-b,--box", options.drawing.box, "Only the area round the text, not the whole screen");
+    command.add_option(
+        "-o,--output", options.output,
+        "A .png or .rgba file for one title, a directory for many, - for raw premultiplied RGBA on standard output");
+    command.add_option("--over", options.drawing.over, "Composite over this frame")
+        ->type_name("FRAME.png")
+        ->excludes(box);
+    auto* manifest =
+        command.add_option("--manifest", options.manifest, "Write what was rendered as JSON Lines")->type_name("FILE");
+    options.jobs = threadsOfMachine();
+    command
+        .add_option("-j,--jobs", options.jobs,
+                    "How many threads render [" + std::to_string(options.jobs) + ", the processors]")
+        ->check(CLI::Range(1u, kJobsMax))
+        ->type_name("N");
+    command
+        .add_flag("--resume", options.resume, "Leave alone what the manifest says is rendered and whose file is whole")
+        ->needs(manifest);
+    command
+        .add_option_function<std::string>(
+            "--shard",
+            [&arguments](const std::string& text) {
+                arguments.shard = parsedShard(text);
+                if (!arguments.shard)
+                    throw CLI::ValidationError("--shard",
+                                               text + " is no share; write K/N, such as 2/8, with K from 1 to N");
+            },
+            "Render a share of the titles only, the same one every time; its manifest is FILE.K-of-N [that of a Slurm "
+            "array task]")
+        ->type_name("K/N");
+    command
+        .add_option("--list-commands", arguments.listedShares,
+                    "Render nothing; print the commands that render the titles in N shares")
+        ->check(CLI::Range(1u, 1000000u))
+        ->type_name("N");
+}
+
+std::string completeRender(RenderArguments& arguments) {
+    if (arguments.options.inputs.empty() && !arguments.options.text)
+        return "give a file or --text; see 'qzanno render --help'";
+    std::string reason;
+    if (!arguments.shard && arguments.listedShares == 0) arguments.shard = shardOfEnvironment(&reason);
+    arguments.options.shard = arguments.shard.value_or(Shard());
+    return reason;
+}
+
+}  // namespace qz::tool

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "apps/qzanno/RenderCommand.h"
+
+namespace qz::tool {
+
+/// Options of the command line that several commands have.
+void addFontFolders(CLI::App& command, std::vector<std::string>& folders);
+/// Those that say how titles are laid out and drawn.
+void addDrawingOptions(CLI::App& command, DrawingOptions& options);
+
+/// What `qzanno render` may be told besides what to render.
+struct RenderArguments {
+    RenderOptions options;
+    std::optional<Shard> shard;
+    /// Of how many shares the commands are asked for; 0 when they are not.
+    uint32_t listedShares = 0;
+};
+
+void describeRender(CLI::App& command, RenderArguments& arguments);
+
+/// What is wrong with the arguments as they stand together, after they were read; completes them with what the
+/// environment says. Empty when nothing is.
+std::string completeRender(RenderArguments& arguments);
+
+}  // namespace qz::tool
