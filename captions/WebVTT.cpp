@@ -5,6 +5,7 @@
 
 #include "captions/CaptionEncoding.h"
 #include "captions/CueAnnotator.h"
+#include "captions/CueSettings.h"
 #include "captions/CueText.h"
 #include "platform/foundation/DiagnosticText.h"
 
@@ -168,6 +169,7 @@ private:
             payloadEnd = line.data() + line.size();
         }
         if (!isWhole) return;
+        cue.placement = parseCueSettings(cue.settings, cue.line, problems_);
         cue.text =
             annotator_.annotated(parseCueText({payload, static_cast<size_t>(payloadEnd - payload)}, cue.line + 1));
         sink_(std::move(cue));

@@ -117,7 +117,11 @@ void addSetup(Sha256& hash, const RenderSetup& setup) {
 }
 
 TitleRenderer::TitleRenderer(const RenderSetup& setup)
-    : setup_(setup), fonts_(setup.fonts), palette_(newPalette(setup)), pipeline_(QzAnnoStringToScreen::init()) {
+    : setup_(setup),
+      fonts_(setup.fonts),
+      palette_(newPalette(setup)),
+      placements_(palette_, sizeOf(setup.options.screen), setup.options.direction),
+      pipeline_(QzAnnoStringToScreen::init()) {
     const DrawingOptions& options = setup.options;
     palette_->setLog(missingFonts_);
     pipeline_->setPalette(palette_);
@@ -136,6 +140,7 @@ RenderedTitle TitleRenderer::layOut(const TitleContent& content) {
     for (const std::string& name : setup_.options.annotations) {
         string->addFrameAnno(palette_->findAnnoKey(NSString::stringWithUTF8String(name)));
     }
+    placements_.place(content.placement, *string);
     missingFonts_->clear();
     pipeline_->setAnnoString(string);
     RenderedTitle title;

@@ -9,6 +9,7 @@
 #include "apps/qzanno/RenderCommand.h"
 #include "apps/qzanno/Sha256.h"
 #include "apps/qzanno/TitleContent.h"
+#include "captions/PlacementAnnos.h"
 
 namespace qz::tool {
 
@@ -61,6 +62,7 @@ private:
     const RenderSetup& setup_;
     const FontLibrary::Use fonts_;
     const Ref<QzAnnoPalette> palette_;
+    PlacementAnnos placements_;
     const Ref<MissingFonts> missingFonts_ = std::make_shared<MissingFonts>();
     const Ref<QzAnnoStringToScreen> pipeline_;
 };

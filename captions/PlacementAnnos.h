@@ -1,0 +1,59 @@
+#pragma once
+
+#include <array>
+#include <map>
+#include <optional>
+
+#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "captions/CuePlacement.h"
+#include "platform/foundation/NSGeometry.h"
+#include "platform/text/NSParagraphStyle.h"
+
+namespace qz {
+
+/// Puts cues where they ask to stand, by annotations on top of a palette, one for each distinct place; so the palette
+/// is changed, and must be the caller's own.
+///
+/// What a cue leaves out stays as the palette says. Where it gives a row or a line, the text is placed between the top
+/// and bottom margins of the palette's global annotation, which keep it on the safe part of the screen; per cents are
+/// of the whole screen. docs/captions.md has the table. Used on one thread.
+class PlacementAnnos {
+public:
+    /// The screen in points. `direction`, unless it is natural, is that of every text.
+    PlacementAnnos(Ref<QzAnnoPalette> palette, NSSize screen, NSWritingDirection direction);
+
+    /// Lays the placement's annotation over the whole text, whose other annotations are in place already.
+    void place(const CuePlacement& placement, QzMutableAnnoString& text);
+
+private:
+    struct Margins {
+        double left = 0;
+        double right = 0;
+        double top = 0;
+        double bottom = 0;
+        friend auto operator<=>(const Margins&, const Margins&) = default;
+    };
+    /// What an annotation says.
+    struct Place {
+        std::optional<Margins> margins;
+        std::optional<int32_t> row;  ///< a vertical alignment
+        std::optional<NSTextAlignment> alignment;
+        friend auto operator<=>(const Place&, const Place&) = default;
+    };
+
+    Place placeOf(const CuePlacement& placement, const QzMutableAnnoString& text) const;
+    Margins marginsOf(const NSDictionary& attributes) const;
+    void placeColumn(const CuePlacement& placement, NSTextAlignment alignment, Margins& margins) const;
+    void placeLine(const CuePlacement::Line& line, double textHeight, double lineHeight, Margins& margins,
+                   Place& place) const;
+    bool isRightToLeft(const QzMutableAnnoString& text) const;
+    Ref<QzAnnoKey> keyOf(const Place& place);
+
+    const Ref<QzAnnoPalette> palette_;
+    const NSSize screen_;
+    const NSWritingDirection direction_;
+    std::map<Place, Ref<QzAnnoKey>> keys_;
+};
+
+}  // namespace qz
