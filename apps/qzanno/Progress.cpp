@@ -24,8 +24,8 @@ Progress::~Progress() {
     if (isShown_) std::cerr << "\r\033[K" << std::flush;
 }
 
-void Progress::advance() {
-    ++done_;
+void Progress::advance(size_t count) {
+    done_ += count;
     const auto now = std::chrono::steady_clock::now();
     if (!isShown_ || now - drawn_ < kRedraw) return;
     drawn_ = now;

@@ -7,8 +7,8 @@
 
 namespace qz::tool {
 
-/// A bar on standard error while many titles are rendered; nothing on what is no terminal, when quiet, or when it would
-/// be gone before it could be read.
+/// A bar on standard error while many titles or frames are rendered; nothing on what is no terminal, when quiet, or
+/// when it would be gone before it could be read.
 class Progress {
 public:
     Progress(size_t total, Diagnostics::Verbosity verbosity);
@@ -16,7 +16,7 @@ public:
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    void advance();
+    void advance(size_t count = 1);
 
 private:
     void draw() const;

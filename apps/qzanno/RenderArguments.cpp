@@ -15,6 +15,14 @@ constexpr const char* kRenderExamples =
     "  qzanno render title.txt -s 1280x720 -o - | ffplay -f rawvideo -pixel_format rgba -video_size 1280x720 -\n"
     "  qzanno render season-1/ -o titles --manifest titles.jsonl --jobs 1 --list-commands 8 | parallel";
 
+constexpr const char* kStreamExamples =
+    "Examples:\n"
+    "  qzanno stream captions.srt --fps 30000/1001 | ffmpeg -i film.mp4 -f rawvideo -pixel_format rgba \\\n"
+    "      -video_size 1920x1080 -framerate 30000/1001 -i - -filter_complex overlay=eof_action=pass -c:a copy out.mp4\n"
+    "  qzanno stream captions.vtt --fps 25 --changes | your-program";
+
+const std::vector<std::pair<std::string, bool>> kAlphas = {{"straight", true}, {"premultiplied", false}};
+
 const std::vector<std::pair<std::string, NSWritingDirection>> kDirections = {
     {"auto", NSWritingDirection::natural},
     {"ltr", NSWritingDirection::leftToRight},
@@ -139,6 +147,35 @@ void describeRender(CLI::App& command, RenderArguments& arguments) {
                     "Render nothing; print the commands that render the titles in N shares")
         ->check(CLI::Range(1u, 1000000u))
         ->type_name("N");
+}
+
+void describeStream(CLI::App& command, StreamOptions& options) {
+    command.footer(kStreamExamples);
+    command.add_option("CAPTIONS", options.input, "Captions (.srt, .vtt), or titles without times for a --duration")
+        ->required();
+    command
+        .add_option_function<std::string>(
+            "--fps",
+            [&options](const std::string& text) {
+                const auto rate = parsedFrameRate(text);
+                if (!rate)
+                    throw CLI::ValidationError("--fps",
+                                               text + " is no frame rate; write one such as 25, 29.97 or 30000/1001");
+                options.rate = *rate;
+            },
+            "Frames a second, such as 25 or 30000/1001")
+        ->type_name("F")
+        ->required();
+    addDrawingOptions(command, options.drawing);
+    command.add_option("--alpha", options.isStraight, "How colours stand to alpha [straight]")
+        ->transform(CLI::CheckedTransformer(kAlphas))
+        ->type_name("straight|premultiplied");
+    command.add_option("--duration", options.duration, "Seconds to write [up to the end of the last caption]")
+        ->check(CLI::Range(0.0, 1e9))
+        ->type_name("S");
+    command.add_flag("--changes", options.onlyChanges,
+                     "Write only the frames that differ from the one before, each behind a line with its number, its "
+                     "microsecond and its bytes");
 }
 
 std::string completeRender(RenderArguments& arguments) {

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "apps/qzanno/RenderCommand.h"
+#include "apps/qzanno/StreamCommand.h"
 
 namespace qz::tool {
 
@@ -20,6 +21,8 @@ struct RenderArguments {
 };
 
 void describeRender(CLI::App& command, RenderArguments& arguments);
+
+void describeStream(CLI::App& command, StreamOptions& options);
 
 /// What is wrong with the arguments as they stand together, after they were read; completes them with what the
 /// environment says. Empty when nothing is.

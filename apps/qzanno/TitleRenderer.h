@@ -50,13 +50,14 @@ public:
     /// The setup outlives this object.
     explicit TitleRenderer(const RenderSetup& setup);
 
+    /// What is known before anything is drawn; no picture.
+    RenderedTitle layOut(const TitleContent& content);
     RenderedTitle draw(const TitleContent& content);
     /// The same over a picture of the data's size, as it is; `changed` receives the pixels that may have changed. No
     /// `picture` in the result when that failed.
     RenderedTitle drawOver(const TitleContent& content, const Ref<NSBitmapImageRep>& picture, PixelRect* changed);
 
 private:
-    RenderedTitle layOut(const TitleContent& content);
     Ref<NSBitmapImageRep> pictureFor(const NSRect& place) const;
 
     const RenderSetup& setup_;

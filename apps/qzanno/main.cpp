@@ -55,6 +55,7 @@ struct FileOptions {
 
 struct Commands {
     CLI::App* render;
+    CLI::App* stream;
     CLI::App* showPalette;
     CLI::App* checkPalette;
     CLI::App* convertPalette;
@@ -142,16 +143,19 @@ int run(int argc, char** argv) {
     bool verbose = false;
     bool quiet = false;
     RenderArguments rendering;
+    StreamOptions streaming;
     FileOptions files;
     Commands commands;
     commands.render = app.add_subcommand("render", "Render titles to pictures");
     describeRender(*commands.render, rendering);
+    commands.stream = app.add_subcommand("stream", "Write captions as frames, for a program that edits films");
+    describeStream(*commands.stream, streaming);
     describePaletteCommands(app, files, commands);
     describeArchiveCommands(app, files, commands);
     describeManifestCommands(app, files, commands);
     for (CLI::App* command :
-         {commands.render, commands.showPalette, commands.checkPalette, commands.convertPalette, commands.packArchive,
-          commands.showArchive, commands.dumpArchive, commands.mergeManifests}) {
+         {commands.render, commands.stream, commands.showPalette, commands.checkPalette, commands.convertPalette,
+          commands.packArchive, commands.showArchive, commands.dumpArchive, commands.mergeManifests}) {
         addVerbosity(*command, verbose, quiet);
     }
     for (CLI::App* command : {commands.showPalette, commands.checkPalette, commands.showArchive}) {
@@ -181,6 +185,7 @@ int run(int argc, char** argv) {
     routeLibraryLog(verbosity);
     if (rendering.listedShares > 0) return listCommands(argc, argv, rendering.listedShares);
     if (commands.render->parsed()) return render(rendering.options, diagnostics);
+    if (commands.stream->parsed()) return stream(streaming, diagnostics);
     const auto fonts = fontsWithFolders(files.fontDirectories, false, diagnostics);
     if (!fonts) return kFailed;
     const FontLibrary::Use use(*fonts);

@@ -315,6 +315,27 @@ TEST_F(RenderTest, ABrokenCueIsNamedAndTheOthersAreRendered) {
     EXPECT_EQ(lines[0]["text"], "Whole");
 }
 
+TEST_F(RenderTest, CaptionsStandWhereTheyAsk) {
+    write("c.srt", "00:00:01,000 --> 00:00:02,000\nHere\n\n00:00:03,000 --> 00:00:04,000\n{\\an7}Here\n");
+    write("c.vtt",
+          "WEBVTT\n\n00:01.000 --> 00:02.000 line:50% position:75% size:50%\nHere\n\n"
+          "00:03.000 --> 00:04.000 line:-2 align:right\nHere\n");
+    ASSERT_EQ(run("render c.srt c.vtt -o out -d 960x540").err, "");
+    const PixelBox foot = inkOf(*picture("out/c/0001.png"));
+    const PixelBox corner = inkOf(*picture("out/c/0002.png"));
+    // The built-in palette leaves 96 points at the sides and 54 above and below, of 1920 x 1080.
+    EXPECT_GT(foot.top, 450);
+    EXPECT_NEAR(corner.left, 48, 6);
+    EXPECT_NEAR(corner.top, 27 + 8, 8) << "as far below the line's top as a capital is";
+    const PixelBox half = inkOf(*picture("out/c.vtt/0001.png"));
+    EXPECT_NEAR(half.left + half.right, 2 * 720, 8) << "the palette centres, so the middle is at three quarters";
+    EXPECT_NEAR(half.top, 270 + 8, 8);
+    const PixelBox second = inkOf(*picture("out/c.vtt/0002.png"));
+    EXPECT_NEAR(second.right, 960 - 48, 8);
+    EXPECT_NEAR(foot.top - second.top, 35, 4) << "one line of 60 points higher, at half the size";
+    EXPECT_NEAR(foot.width(), second.width(), 1);
+}
+
 TEST_F(RenderTest, ExtremesAreDrawnAsFarAsTheyGo) {
     EXPECT_EQ(run("render --text Hello -s 1x1 -o tiny.png").exitCode, 0);
     EXPECT_EQ(picture("tiny.png")->pixelsWide(), 1);

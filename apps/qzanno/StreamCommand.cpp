@@ -1,0 +1,261 @@
+#include "apps/qzanno/StreamCommand.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+#include <unistd.h>
+
+#include "apps/qzanno/Progress.h"
+#include "apps/qzanno/TitleLines.h"
+
+namespace qz::tool {
+namespace {
+
+constexpr int64_t kForever = std::numeric_limits<int64_t>::max();
+
+/// A caption and the frames that show it: from the first up to, and without, the end.
+struct ShownTitle {
+    uint32_t index = 0;
+    TitleContent content;
+    int64_t firstFrame = 0;
+    int64_t endFrame = kForever;
+    bool isTold = false;
+};
+
+/// The frame as it is sent: drawn premultiplied, turned straight where that is asked for, and only where it changes.
+class Canvas {
+public:
+    Canvas(PixelSize size, bool isStraight) : drawn_(blankPicture(size)), isStraight_(isStraight) {
+        if (drawn_) sent_.resize(static_cast<size_t>(size.width) * static_cast<size_t>(size.height) * 4);
+    }
+
+    bool isUsable() const { return drawn_ != nullptr; }
+    const Ref<NSBitmapImageRep>& picture() const { return drawn_; }
+    const std::vector<uint8_t>& bytes() const { return sent_; }
+
+    void clear() {
+        forEachRow(touched_, [](uint8_t* drawn, uint8_t* sent, size_t bytes) {
+            std::memset(drawn, 0, bytes);
+            std::memset(sent, 0, bytes);
+        });
+        touched_ = {};
+    }
+
+    void touch(const PixelRect& box) { touched_ = unionOf(touched_, box); }
+
+    void update() {
+        forEachRow(touched_, [this](const uint8_t* drawn, uint8_t* sent, size_t bytes) {
+            std::memcpy(sent, drawn, bytes);
+            for (size_t i = 0; isStraight_ && i < bytes; i += 4) {
+                const unsigned alpha = drawn[i + 3];
+                if (alpha == 0 || alpha == 255) continue;
+                for (size_t j = i; j < i + 3; ++j)
+                    sent[j] = static_cast<uint8_t>(std::min(255u, (drawn[j] * 255u + alpha / 2) / alpha));
+            }
+        });
+    }
+
+private:
+    template <class Work>
+    void forEachRow(const PixelRect& box, Work work) {
+        const size_t rowBytes = static_cast<size_t>(drawn_->pixelsWide()) * 4;
+        const size_t offset = static_cast<size_t>(box.x) * 4;
+        for (int32_t y = box.y; y < box.bottom(); ++y) {
+            work(drawn_->rowWithin(y) + offset, sent_.data() + static_cast<size_t>(y) * rowBytes + offset,
+                 static_cast<size_t>(box.width) * 4);
+        }
+    }
+
+    const Ref<NSBitmapImageRep> drawn_;
+    const bool isStraight_;
+    std::vector<uint8_t> sent_;
+    PixelRect touched_;
+};
+
+class StreamRun {
+public:
+    StreamRun(const StreamOptions& options, Diagnostics& diagnostics)
+        : options_(options), diagnostics_(diagnostics), lines_(diagnostics, options.drawing) {}
+
+    bool prepare();
+    bool write();
+
+private:
+    bool readTitlesOfInput();
+    bool planFrames();
+    bool checkStrictly();
+    void warnOfOverlaps();
+    bool draw(const std::vector<size_t>& shown);
+    bool tell(ShownTitle& title, const RenderedTitle& drawn, bool isDone);
+    bool send(int64_t frame, int64_t count);
+    bool put(const void* bytes, size_t count);
+    bool failToWrite();
+    bool putLine(const std::string& line) { return put(line.data(), line.size()); }
+
+    const StreamOptions& options_;
+    Diagnostics& diagnostics_;
+    TitleLines lines_;
+    std::optional<RenderSetup> setup_;
+    std::optional<TitleRenderer> renderer_;
+    std::optional<Canvas> canvas_;
+    // By their first frames, then as in the file.
+    std::vector<ShownTitle> titles_;
+    int64_t frames_ = 0;
+};
+
+bool StreamRun::prepare() {
+    if (isatty(STDOUT_FILENO)) {
+        diagnostics_.error("standard output", "frames are no text for a terminal; pipe them to ffmpeg or into a file");
+        return false;
+    }
+    setup_ = prepareSetup(options_.drawing, diagnostics_);
+    if (!setup_) return false;
+    lines_.setFonts(setup_->fonts);
+    renderer_.emplace(*setup_);
+    canvas_.emplace(setup_->data, options_.isStraight);
+    if (!canvas_->isUsable()) throw std::bad_alloc();
+    return readTitlesOfInput() && planFrames() && checkStrictly();
+}
+
+bool StreamRun::readTitlesOfInput() {
+    const Ref<QzAnnoPalette> palette = newPalette(*setup_);
+    bool hasUnknownName = false;
+    const TitleSink sink = [&](Title&& title) {
+        ShownTitle shown{title.index, contentOf(title, *palette)};
+        if (title.start) shown.firstFrame = options_.rate.firstFrameAt(*title.start);
+        if (title.end) shown.endFrame = options_.rate.firstFrameAt(*title.end);
+        if (shown.firstFrame < shown.endFrame)
+            titles_.push_back(std::move(shown));
+        else
+            diagnostics_.warning("title " + std::to_string(title.index), "lies between two frames and is not shown");
+    };
+    if (!readTitles(options_.input, palette, diagnostics_, sink, hasUnknownName)) return false;
+    if (!hasUnknownName || !options_.drawing.strict) return true;
+    diagnostics_.error(options_.input, "names what the palette lacks, and --strict forbids that; nothing is written");
+    return false;
+}
+
+bool StreamRun::planFrames() {
+    std::ranges::stable_sort(titles_, {}, &ShownTitle::firstFrame);
+    if (options_.duration) {
+        frames_ = options_.rate.firstFrameAt(*options_.duration);
+    } else {
+        for (const ShownTitle& title : titles_) frames_ = std::max(frames_, title.endFrame);
+        if (frames_ == kForever) {
+            diagnostics_.error(options_.input, "has titles without times; say with --duration how long they are shown");
+            return false;
+        }
+    }
+    if (frames_ == 0) diagnostics_.warning(options_.input, "shows nothing; no frame is written");
+    warnOfOverlaps();
+    return true;
+}
+
+void StreamRun::warnOfOverlaps() {
+    const ShownTitle* last = nullptr;
+    for (const ShownTitle& title : titles_) {
+        if (last && title.firstFrame < last->endFrame && title.content.placement == last->content.placement) {
+            diagnostics_.warning(options_.input, "titles " + std::to_string(last->index) + " and " +
+                                                     std::to_string(title.index) +
+                                                     ", and maybe others, are shown in one place at one time; give "
+                                                     "them different lines or times");
+            return;
+        }
+        if (!last || title.endFrame > last->endFrame) last = &title;
+    }
+}
+
+// A stream that breaks off in the middle would be taken for a shorter film.
+bool StreamRun::checkStrictly() {
+    bool isFine = true;
+    for (size_t i = 0; options_.drawing.strict && i < titles_.size(); ++i) {
+        isFine &= tell(titles_[i], renderer_->layOut(titles_[i].content), true);
+    }
+    return isFine;
+}
+
+bool StreamRun::tell(ShownTitle& title, const RenderedTitle& drawn, bool isDone) {
+    if (title.isTold) return isDone;
+    title.isTold = true;
+    TitleJob job;
+    job.title.index = title.index;
+    job.content.text = title.content.text;
+    job.picture.missingFonts = drawn.missingFonts;
+    job.picture.report = drawn.report;
+    job.isDone = isDone;
+    job.error = drawn.error;
+    return lines_.tell(job);
+}
+
+bool StreamRun::write() {
+    // Whoever reads may stop before the end; that is told as any other fault of writing.
+    std::signal(SIGPIPE, SIG_IGN);
+    const FrameRate rate = options_.rate;
+    if (options_.onlyChanges &&
+        !putLine("QZANNO-FRAMES 1 " + std::to_string(setup_->data.width) + " " + std::to_string(setup_->data.height) +
+                 " " + std::to_string(rate.numerator) + "/" + std::to_string(rate.denominator) + " " +
+                 (options_.isStraight ? "straight" : "premultiplied") + "\n"))
+        return false;
+    Progress progress(static_cast<size_t>(frames_), diagnostics_.verbosity());
+    std::vector<size_t> shown;
+    size_t next = 0;
+    for (int64_t frame = 0; frame < frames_;) {
+        std::erase_if(shown, [&](size_t title) { return titles_[title].endFrame <= frame; });
+        for (; next < titles_.size() && titles_[next].firstFrame <= frame; ++next) shown.push_back(next);
+        int64_t change = next < titles_.size() ? std::min(frames_, titles_[next].firstFrame) : frames_;
+        for (const size_t title : shown) change = std::min(change, titles_[title].endFrame);
+        if (!draw(shown) || !send(frame, change - frame)) return false;
+        progress.advance(static_cast<size_t>(change - frame));
+        frame = change;
+    }
+    if (options_.onlyChanges && !putLine("END " + std::to_string(frames_) + "\n")) return false;
+    return std::fflush(stdout) == 0 || failToWrite();
+}
+
+bool StreamRun::draw(const std::vector<size_t>& shown) {
+    canvas_->clear();
+    for (const size_t title : shown) {
+        PixelRect changed;
+        const RenderedTitle drawn = renderer_->drawOver(titles_[title].content, canvas_->picture(), &changed);
+        if (!tell(titles_[title], drawn, drawn.picture != nullptr)) return false;
+        canvas_->touch(changed);
+    }
+    canvas_->update();
+    return true;
+}
+
+bool StreamRun::send(int64_t frame, int64_t count) {
+    const std::vector<uint8_t>& bytes = canvas_->bytes();
+    if (options_.onlyChanges) {
+        return putLine("FRAME " + std::to_string(frame) + " " + std::to_string(options_.rate.microsecondsOf(frame)) +
+                       " " + std::to_string(bytes.size()) + "\n") &&
+               put(bytes.data(), bytes.size());
+    }
+    for (int64_t i = 0; i < count; ++i) {
+        if (!put(bytes.data(), bytes.size())) return false;
+    }
+    return true;
+}
+
+bool StreamRun::put(const void* bytes, size_t count) {
+    return std::fwrite(bytes, 1, count, stdout) == count || failToWrite();
+}
+
+bool StreamRun::failToWrite() {
+    diagnostics_.error("standard output", std::string("cannot be written: ") + std::strerror(errno));
+    return false;
+}
+
+}  // namespace
+
+int stream(const StreamOptions& options, Diagnostics& diagnostics) {
+    StreamRun run(options, diagnostics);
+    return run.prepare() && run.write() ? 0 : 1;
+}
+
+}  // namespace qz::tool

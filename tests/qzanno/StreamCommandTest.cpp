@@ -1,0 +1,175 @@
+#include <cstring>
+#include <sstream>
+
+#include <gmock/gmock.h>
+
+#include "tests/qzanno/Tool.h"
+
+namespace qz {
+namespace {
+
+using namespace test;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class StreamTest : public ToolTest {
+protected:
+    static constexpr size_t kFrameBytes = size_t{320} * 180 * 4;
+    const std::string size = " -s 1280x720 -d 320x180 ";
+
+    // One letter a frame: "." for a clear one, and the same letter for the same picture.
+    static std::string lettersOf(const std::string& frames) {
+        std::vector<std::string> seen = {std::string(kFrameBytes, '\0')};
+        std::string letters;
+        for (size_t at = 0; at < frames.size(); at += kFrameBytes) {
+            const std::string frame = frames.substr(at, kFrameBytes);
+            size_t i = 0;
+            while (i < seen.size() && seen[i] != frame) ++i;
+            if (i == seen.size()) seen.push_back(frame);
+            letters += i == 0 ? '.' : static_cast<char>('a' + i - 1);
+        }
+        return letters;
+    }
+
+    static uint8_t byte(const std::string& bytes, size_t i) { return static_cast<uint8_t>(bytes[i]); }
+};
+
+TEST_F(StreamTest, CaptionsAreShownFromTheirFirstFrameToTheirLast) {
+    write("c.srt",
+          "00:00:00,200 --> 00:00:00,500\nOne\n\n00:00:00,500 --> 00:00:00,610\nTwo\n\n"
+          "00:00:00,900 --> 00:00:01,200\n{\\an8}One\n\n00:00:01,000 --> 00:00:01,100\nTwo\n\n");
+    const struct {
+        const char *arguments, *frames, *reason;
+    } cases[] = {
+        {"--fps 10", "..aaabb..cdc", "0.61 s is past the beginning of frame 6"},
+        {"--fps 10 --duration 0.35", "..aa", "cut"},
+        {"--fps 10 --duration 1.4", "..aaabb..cdc..", "and clear to its end"},
+        {"--fps 5", ".aab.c", "the frame at 1 s shows two"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.arguments);
+        const ToolResult result = run("stream c.srt " + (c.arguments + size));
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_THAT(result.err, IsEmpty());
+        ASSERT_EQ(result.out.size() % kFrameBytes, 0u);
+        EXPECT_EQ(lettersOf(result.out), c.frames) << c.reason;
+    }
+    // 900 frames of 30000/1001 a second last 30.03 s: a cue at 30.03 s begins in frame 900 to the frame.
+    write("late.srt", "00:00:30,030 --> 00:00:30,090\nOne\n");
+    const ToolResult late = run("stream late.srt --fps 30000/1001 --changes" + size);
+    EXPECT_THAT(late.out, HasSubstr("FRAME 900 30030000 "));
+    EXPECT_THAT(late.out, HasSubstr("END 902\n"));
+}
+
+TEST_F(StreamTest, ChangesMakeUpTheWholeStream) {
+    write("c.vtt", "WEBVTT\n\n00:00.200 --> 00:00.500\nOne\n\n00:00.400 --> 00:00.800 line:0\nTwo\n");
+    const ToolResult whole = run("stream c.vtt --fps 25 --duration 1" + size);
+    ASSERT_EQ(whole.out.size(), 25 * kFrameBytes);
+    std::istringstream changes(run("stream c.vtt --fps 25 --duration 1 --changes" + size).out);
+    std::string line;
+    std::getline(changes, line);
+    EXPECT_EQ(line, "QZANNO-FRAMES 1 320 180 25/1 straight");
+    std::string rebuilt;
+    std::string frame;
+    int records = 0;
+    while (std::getline(changes, line)) {
+        std::istringstream words(line);
+        std::string word;
+        size_t number = 0;
+        words >> word >> number;
+        while (rebuilt.size() < number * kFrameBytes) rebuilt += frame;
+        if (word == "END") break;
+        size_t microseconds = 0;
+        size_t bytes = 0;
+        words >> microseconds >> bytes;
+        ASSERT_EQ(word, "FRAME");
+        EXPECT_EQ(microseconds, number * 40000);
+        frame.resize(bytes);
+        changes.read(frame.data(), static_cast<std::streamsize>(bytes));
+        ++records;
+    }
+    EXPECT_EQ(line, "END 25");
+    EXPECT_EQ(records, 5) << "clear, One, both, Two, clear";
+    EXPECT_TRUE(rebuilt == whole.out);
+
+    const std::string premultiplied = run("stream c.vtt --fps 25 --duration 1 --alpha premultiplied" + size).out;
+    ASSERT_EQ(premultiplied.size(), whole.out.size());
+    int partly = 0;
+    for (size_t i = 10 * kFrameBytes; i < 11 * kFrameBytes; i += 4) {
+        const int alpha = byte(whole.out, i + 3);
+        ASSERT_EQ(byte(premultiplied, i + 3), alpha);
+        partly += alpha > 0 && alpha < 255;
+        for (size_t j = i; j < i + 3; ++j) {
+            EXPECT_NEAR(byte(premultiplied, j), byte(whole.out, j) * alpha / 255.0, 1.0);
+        }
+    }
+    EXPECT_GT(partly, 100);
+}
+
+TEST_F(StreamTest, WhatCannotBeStreamedIsSaid) {
+    write("c.srt", "00:00:01,000 --> 00:00:02,000\nOne\n\n00:00:01,500 --> 00:00:03,000\nTwo\n");
+    write("short.srt", "00:00:01,001 --> 00:00:01,010\nOne\n");
+    write("t.txt", "Title");
+    const struct {
+        const char* line;
+        int exitCode;
+        const char* message;
+    } cases[] = {
+        {"stream t.txt --fps 25", 1, "t.txt: has titles without times; say with --duration"},
+        {"stream c.srt --fps 0", 2, "0 is no frame rate"},
+        {"stream c.srt --fps 30000/1001x", 2, "30000/1001x is no frame rate"},
+        {"stream c.srt", 2, "--fps is required"},
+        {"stream short.srt --fps 25", 0, "title 1: lies between two frames and is not shown"},
+        {"stream c.srt --fps 5 >/dev/null", 0, "titles 1 and 2, and maybe others, are shown in one place"},
+        {"stream c.srt --fps 25 | head -c 1000 >head; true", 0, "standard output: cannot be written: Broken pipe"},
+    };
+    for (const auto& c : cases) {
+        const ToolResult result = shell("\"$QZANNO\" " + std::string(c.line));
+        EXPECT_EQ(result.exitCode, c.exitCode) << c.line;
+        EXPECT_THAT(result.err, HasSubstr(c.message)) << c.line;
+    }
+    EXPECT_EQ(run("stream t.txt --fps 2 --duration 2" + size).out.size(), 4 * kFrameBytes);
+}
+
+// The command lines of docs/batch.md, with the real program.
+TEST_F(StreamTest, CaptionsAreBurntIntoAFilm) {
+    if (shell("command -v ffmpeg").exitCode != 0) GTEST_SKIP() << "install the package ffmpeg";
+    const std::string ffmpeg = "ffmpeg -nostdin -v error -y ";
+    const std::string piped = " | ffmpeg -v error -y ";
+    const std::string raw = "-f rawvideo -pixel_format rgba -video_size 320x180 -framerate 30000/1001 -i - ";
+    write("c.srt", "00:00:00,500 --> 00:00:01,000\nBurnt in\n");
+    const std::string captions = "\"$QZANNO\" stream c.srt --fps 30000/1001" + size;
+    const ToolResult made = shell(
+        ffmpeg + "-f lavfi -i testsrc2=size=320x180:rate=30000/1001:duration=2 -c:v ffv1 -pix_fmt gbrp film.mkv && " +
+        captions + piped + "-i film.mkv " + raw +
+        "-filter_complex overlay=format=gbrp:eof_action=pass -c:v ffv1 -pix_fmt gbrp burnt.mkv && " + captions + piped +
+        raw + "-c:v qtrle track.mov && " + ffmpeg + "-i track.mov -f rawvideo -pix_fmt rgba track.raw && " + ffmpeg +
+        "-i film.mkv -f rawvideo -pix_fmt rgb24 film.raw && " + ffmpeg +
+        "-i burnt.mkv -f rawvideo -pix_fmt rgb24 burnt.raw");
+    ASSERT_EQ(made.exitCode, 0) << made.err;
+    const std::string frames = shell(captions).out;
+    EXPECT_TRUE(contentOf("track.raw") == frames) << "a track with alpha holds the very pixels";
+    const std::string film = contentOf("film.raw");
+    const std::string burnt = contentOf("burnt.raw");
+    ASSERT_EQ(burnt.size(), film.size());
+    const size_t pixels = kFrameBytes / 4;
+    size_t changed = 0;
+    for (size_t pixel = 0; pixel < film.size() / 3; ++pixel) {
+        // Frame 15 is the first at half a second or later; the end at one second comes before frame 30.
+        const size_t frame = pixel / pixels;
+        const bool isShown = frame >= 15 && frame < 30;
+        const double alpha = isShown ? byte(frames, pixel * 4 + 3) / 255.0 : 0;
+        for (size_t i = 0; i < 3; ++i) {
+            const int before = byte(film, pixel * 3 + i);
+            const int after = byte(burnt, pixel * 3 + i);
+            const double caption = isShown ? byte(frames, pixel * 4 + i) : 0;
+            ASSERT_NEAR(after, before * (1 - alpha) + caption * alpha, 2.0) << "frame " << frame;
+            ASSERT_TRUE(alpha > 0 || after == before) << "frame " << frame;
+            changed += after != before;
+        }
+    }
+    EXPECT_GT(changed, 15u * 500);
+}
+
+}  // namespace
+}  // namespace qz
