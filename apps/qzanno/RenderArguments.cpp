@@ -130,23 +130,23 @@ void describeRender(CLI::App& command, RenderArguments& arguments) {
     command
         .add_flag("--resume", options.resume, "Leave alone what the manifest says is rendered and whose file is whole")
         ->needs(manifest);
-    command
-        .add_option_function<std::string>(
-            "--shard",
-            [&arguments](const std::string& text) {
-                arguments.shard = parsedShard(text);
-                if (!arguments.shard)
-                    throw CLI::ValidationError("--shard",
-                                               text + " is no share; write K/N, such as 2/8, with K from 1 to N");
-            },
-            "Render a share of the titles only, the same one every time; its manifest is FILE.K-of-N [that of a Slurm "
-            "array task]")
-        ->type_name("K/N");
+    auto* shard = command.add_option_function<std::string>(
+        "--shard",
+        [&arguments](const std::string& text) {
+            arguments.shard = parsedShard(text);
+            if (!arguments.shard)
+                throw CLI::ValidationError("--shard",
+                                           text + " is no share; write K/N, such as 2/8, with K from 1 to N");
+        },
+        "Render a share of the titles only, the same one every time; its manifest has K-of-N in its name [that of a Slurm "
+        "array task]");
+    shard->type_name("K/N");
     command
         .add_option("--list-commands", arguments.listedShares,
                     "Render nothing; print the commands that render the titles in N shares")
         ->check(CLI::Range(1u, 1000000u))
-        ->type_name("N");
+        ->type_name("N")
+        ->excludes(shard);
 }
 
 void describeStream(CLI::App& command, StreamOptions& options) {
@@ -182,7 +182,10 @@ std::string completeRender(RenderArguments& arguments) {
     if (arguments.options.inputs.empty() && !arguments.options.text)
         return "give a file or --text; see 'qzanno render --help'";
     std::string reason;
-    if (!arguments.shard && arguments.listedShares == 0) arguments.shard = shardOfEnvironment(&reason);
+    if (!arguments.shard && arguments.listedShares == 0 && !arguments.options.text) {
+        arguments.shard = shardOfEnvironment(&reason);
+        arguments.isShardOfEnvironment = arguments.shard && !arguments.shard->isWhole();
+    }
     arguments.options.shard = arguments.shard.value_or(Shard());
     return reason;
 }

@@ -16,6 +16,8 @@ void addDrawingOptions(CLI::App& command, DrawingOptions& options);
 struct RenderArguments {
     RenderOptions options;
     std::optional<Shard> shard;
+    /// Whether the share is not the user's word but the environment's.
+    bool isShardOfEnvironment = false;
     /// Of how many shares the commands are asked for; 0 when they are not.
     uint32_t listedShares = 0;
 };

@@ -184,6 +184,11 @@ int run(int argc, char** argv) {
     Diagnostics diagnostics(verbosity);
     routeLibraryLog(verbosity);
     if (rendering.listedShares > 0) return listCommands(argc, argv, rendering.listedShares);
+    if (rendering.isShardOfEnvironment) {
+        const Shard& shard = rendering.options.shard;
+        diagnostics.warning("", "renders share " + std::to_string(shard.number) + " of " + std::to_string(shard.count) +
+                                    ", as the task of a Slurm array; --shard 1/1 renders all");
+    }
     if (commands.render->parsed()) return render(rendering.options, diagnostics);
     if (commands.stream->parsed()) return stream(streaming, diagnostics);
     const auto fonts = fontsWithFolders(files.fontDirectories, false, diagnostics);

@@ -204,6 +204,7 @@ TEST_F(BatchTest, SharesTogetherAreTheRun) {
     const ToolResult task =
         shell("SLURM_ARRAY_TASK_ID=11 SLURM_ARRAY_TASK_COUNT=3 SLURM_ARRAY_TASK_MIN=10 \"$QZANNO\" " + render);
     EXPECT_EQ(task.exitCode, 0);
+    EXPECT_THAT(task.err, HasSubstr("renders share 2 of 3, as the task of a Slurm array"));
     EXPECT_EQ(filesOf("out"), whole);
     const ToolResult joined = run("manifest merge m.3-of-3.jsonl m.1-of-3.jsonl m.2-of-3.jsonl -o joined.jsonl");
     EXPECT_EQ(joined.exitCode, 0);
