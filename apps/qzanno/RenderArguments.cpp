@@ -138,7 +138,8 @@ void describeRender(CLI::App& command, RenderArguments& arguments) {
                 throw CLI::ValidationError("--shard",
                                            text + " is no share; write K/N, such as 2/8, with K from 1 to N");
         },
-        "Render a share of the titles only, the same one every time; its manifest has K-of-N in its name [that of a Slurm "
+        "Render a share of the titles only, the same one every time; its manifest has K-of-N in its name [that of a "
+        "Slurm "
         "array task]");
     shard->type_name("K/N");
     command
@@ -174,7 +175,7 @@ void describeStream(CLI::App& command, StreamOptions& options) {
         ->check(CLI::Range(0.0, 1e9))
         ->type_name("S");
     command.add_flag("--changes", options.onlyChanges,
-                     "Write only the frames that differ from the one before, each behind a line with its number, its "
+                     "Write only frames at which a caption comes or goes, each behind a line with its number, its "
                      "microsecond and its bytes");
 }
 

@@ -18,7 +18,7 @@ struct StreamOptions {
     bool isStraight = true;
     /// Seconds; none for up to the end of the last caption.
     std::optional<double> duration;
-    /// Only frames that differ from the one before, each behind a line that says which it is.
+    /// Only frames at which a caption comes or goes, each behind a line that says which it is; see docs/batch.md.
     bool onlyChanges = false;
 };
 

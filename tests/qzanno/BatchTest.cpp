@@ -134,6 +134,15 @@ TEST_F(BatchTest, ThreadsChangeNothingAndTitlesThatLookTheSameAreDrawnOnce) {
     const std::string sum = shell("sha256sum out/0003.png").out;
     EXPECT_EQ(entry["sha256"], sum.substr(0, sum.find(' ')));
     EXPECT_EQ(entry["bytes"], contentOf("out/0003.png").size());
+
+    // The same words elsewhere on the screen are another picture.
+    const ToolResult example =
+        run("render " QZANNO_EXAMPLES "/captions.srt -p " QZANNO_EXAMPLES "/broadcast.plist -o ex" + size);
+    EXPECT_THAT(example.err, IsEmpty());
+    write("twins.srt", subRip({"Same", "Same", "{\\an8}Same"}));
+    EXPECT_EQ(run("render twins.srt -o twins" + size).exitCode, 0);
+    EXPECT_EQ(inode("twins/0001.png"), inode("twins/0002.png"));
+    EXPECT_NE(contentOf("twins/0001.png"), contentOf("twins/0003.png"));
 }
 
 TEST_F(BatchTest, AKilledRunGoesOnWhereItWas) {
