@@ -109,7 +109,8 @@ void drawShapeInto(CoverageMask& mask, const DeviceShape& shape, bool antialias)
 
 void makeEmpty(CoverageMask& mask, const PixelRect& box) {
     mask.box = box;
-    mask.stride = cairo_format_stride_for_width(CAIRO_FORMAT_A8, box.width);
+    // Rows of whole blocks, as they are blended; Cairo takes any multiple of four.
+    mask.stride = (box.width + 15) / 16 * 16;
     mask.bytes.assign(static_cast<size_t>(mask.stride) * static_cast<size_t>(box.height), 0);
 }
 
@@ -142,8 +143,8 @@ PixelRect uniteMasks(const CoverageMask& mask, int32_t dx, int32_t dy, CoverageM
     const PixelRect common = intersectionOfMoved(mask.box, dx, dy, target.box);
     const int64_t left = int64_t{common.x} - dx - mask.box.x, top = int64_t{common.y} - dy - mask.box.y;
     for (int32_t i = 0; i < common.height; ++i) {
-        uniteCoverageRow(mask.row(static_cast<int32_t>(top + i)) + left, static_cast<size_t>(common.width),
-                         target.row(common.y - target.box.y + i) + (common.x - target.box.x));
+        pixelRows().uniteCoverage(mask.row(static_cast<int32_t>(top + i)) + left, static_cast<size_t>(common.width),
+                                  target.row(common.y - target.box.y + i) + (common.x - target.box.x));
     }
     return common;
 }

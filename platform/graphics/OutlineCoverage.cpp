@@ -269,7 +269,7 @@ void addRows(const std::vector<Contour>& contours, int32_t first, int32_t count,
     std::vector<uint8_t> row(static_cast<size_t>(mask.box.width));
     for (int32_t y = 0; y < count; ++y) {
         sums.coverRow(y, row.data());
-        uniteCoverageRow(row.data(), row.size(), mask.row(first + y));
+        pixelRows().uniteCoverage(row.data(), row.size(), mask.row(first + y));
     }
 }
 

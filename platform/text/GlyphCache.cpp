@@ -1,6 +1,5 @@
 #include "platform/text/GlyphCache.h"
 
-#include <list>
 #include <unordered_map>
 
 #include "platform/text/GlyphImage.h"
@@ -8,8 +7,8 @@
 namespace qz {
 namespace {
 
-// What an entry takes besides its pixels: itself, its key a second time, the links of two containers.
-constexpr uint64_t kBytesPerEntry = 2 * sizeof(GlyphKey) + sizeof(GlyphImage) + 96;
+// What an entry takes besides its pixels: its key, itself, the links.
+constexpr uint64_t kBytesPerEntry = sizeof(GlyphKey) + sizeof(GlyphImage) + 80;
 // An image is kept only when this many of its size would fit.
 constexpr uint64_t kImagesMin = 16;
 
@@ -20,22 +19,37 @@ uint64_t bytesKeptFor(const GlyphImage& image) {
 }  // namespace
 
 struct GlyphCache::Store {
+    /// In a ring in the order of use; the map keeps keys and entries where they are.
     struct Entry {
-        GlyphKey key;
         GlyphImage image;
+        const GlyphKey* key = nullptr;
+        Entry* newer = this;
+        Entry* older = this;
+
+        void unlink() {
+            newer->older = older;
+            older->newer = newer;
+        }
+        void linkBelow(Entry& end) {
+            newer = &end;
+            older = end.older;
+            older->newer = this;
+            end.older = this;
+        }
     };
 
-    /// The last used first.
-    std::list<Entry> entries;
-    std::unordered_map<GlyphKey, std::list<Entry>::iterator, GlyphKeyHash> byKey;
+    std::unordered_map<GlyphKey, Entry, GlyphKeyHash> entries;
+    /// Closes the ring: below it is the entry that was used last, above it the one used longest ago.
+    Entry end;
     uint64_t bytesMax = kBytesMaxDefault;
     Statistics statistics;
 
     void removeLast() {
-        statistics.bytes -= bytesKeptFor(entries.back().image);
+        Entry& last = *end.newer;
+        statistics.bytes -= bytesKeptFor(last.image);
         --statistics.images;
-        byKey.erase(entries.back().key);
-        entries.pop_back();
+        last.unlink();
+        entries.erase(entries.find(*last.key));
     }
 };
 
@@ -60,18 +74,20 @@ const GlyphCache::Statistics& GlyphCache::statistics() const {
 }
 
 void GlyphCache::removeAll() {
-    while (!store_->entries.empty()) store_->removeLast();
+    while (store_->statistics.images > 0) store_->removeLast();
 }
 
 const GlyphImage* GlyphCache::find(const GlyphKey& key) {
-    const auto found = store_->byKey.find(key);
-    if (found == store_->byKey.end()) {
+    const auto found = store_->entries.find(key);
+    if (found == store_->entries.end()) {
         ++store_->statistics.misses;
         return nullptr;
     }
     ++store_->statistics.hits;
-    store_->entries.splice(store_->entries.begin(), store_->entries, found->second);
-    return &found->second->image;
+    Store::Entry& entry = found->second;
+    entry.unlink();
+    entry.linkBelow(store_->end);
+    return &entry.image;
 }
 
 bool GlyphCache::hasRoomFor(uint64_t bytes) const {
@@ -85,8 +101,10 @@ void GlyphCache::add(const GlyphKey& key, GlyphImage image) {
         store_->removeLast();
         ++store_->statistics.evictions;
     }
-    store_->entries.push_front({key, std::move(image)});
-    store_->byKey.emplace(key, store_->entries.begin());
+    const auto added = store_->entries.try_emplace(key).first;
+    added->second.image = std::move(image);
+    added->second.key = &added->first;
+    added->second.linkBelow(store_->end);
     store_->statistics.bytes += bytes;
     ++store_->statistics.images;
 }
