@@ -110,7 +110,7 @@ void drawShapeInto(CoverageMask& mask, const DeviceShape& shape, bool antialias)
 void makeEmpty(CoverageMask& mask, const PixelRect& box) {
     mask.box = box;
     // Rows of whole blocks, as they are blended; Cairo takes any multiple of four.
-    mask.stride = (box.width + 15) / 16 * 16;
+    mask.stride = (box.width + 7) / 8 * 8;
     mask.bytes.assign(static_cast<size_t>(mask.stride) * static_cast<size_t>(box.height), 0);
 }
 
@@ -129,13 +129,15 @@ void renderCoverage(std::span<const DeviceShape> shapes, const PixelRect& box, b
     if (box.isEmpty() || std::max(box.width, box.height) > kCoverageSideMax) return;
     makeEmpty(mask, box);
     // Painted into one mask, one shape lies over another as `uniteMasks` would lay it.
+    bool isFirst = true;
     for (const DeviceShape& shape : shapes) {
         if (shape.pixelBounds(box).isEmpty()) continue;
         if (antialias && isServedByAreas(shape, box)) {
-            addOutlineCoverage(shape, mask);
+            addOutlineCoverage(shape, isFirst, mask);
         } else {
             drawShapeInto(mask, shape, antialias);
         }
+        isFirst = false;
     }
 }
 

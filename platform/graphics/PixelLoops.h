@@ -11,26 +11,26 @@
 namespace qz {
 namespace {
 
-constexpr size_t kBlock = 16;
+constexpr size_t kBlock = kPixelBlock;
 constexpr size_t kBlockBytes = 4 * kBlock;
 
 // Vectors as GCC and Clang both write them; most of what follows is one instruction each.
 using Bytes = uint8_t __attribute__((vector_size(kVectorBytes)));
 using Words = uint16_t __attribute__((vector_size(kVectorBytes)));
 using Pixels = uint32_t __attribute__((vector_size(kVectorBytes)));
-// The coverage of a block's pixels.
-using Block = uint8_t __attribute__((vector_size(kBlock)));
-using BlockWords = uint16_t __attribute__((vector_size(kBlock)));
+// Room for the coverage of a block's pixels.
+using Block = uint8_t __attribute__((vector_size(2 * kBlock)));
+using BlockWords = uint16_t __attribute__((vector_size(2 * kBlock)));
 
 #define QZ_INLINE [[gnu::always_inline]] inline
 
 enum class Fill { none, whole, mixed };
 
 QZ_INLINE Fill fillOf(const uint8_t* coverage) {
-    uint64_t words[2];
-    memcpy(words, coverage, sizeof words);
-    if ((words[0] | words[1]) == 0) return Fill::none;
-    return (words[0] & words[1]) == UINT64_MAX ? Fill::whole : Fill::mixed;
+    uint64_t word;
+    memcpy(&word, coverage, sizeof word);
+    if (word == 0) return Fill::none;
+    return word == UINT64_MAX ? Fill::whole : Fill::mixed;
 }
 
 QZ_INLINE Bytes loaded(const uint8_t* bytes) {
@@ -74,33 +74,30 @@ QZ_INLINE Bytes all(uint8_t value) {
     return Bytes{} + value;
 }
 
-// What a block covers, each byte four times: the weights of its pixels' components.
+// What eight pixels cover, in the first half, each byte four times: the weights of the pixels' components.
 template <class B>
 QZ_INLINE void spread(Block coverage, B* weights) {
     if constexpr (sizeof(B) == 16) {
         using Halves = uint16_t __attribute__((vector_size(16)));
-        const Halves first =
+        const Halves pairs =
             (Halves)__builtin_shufflevector(coverage, coverage, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
-        const Halves last = (Halves)__builtin_shufflevector(coverage, coverage, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28,
-                                                            13, 29, 14, 30, 15, 31);
-        weights[0] = (B)__builtin_shufflevector(first, first, 0, 8, 1, 9, 2, 10, 3, 11);
-        weights[1] = (B)__builtin_shufflevector(first, first, 4, 12, 5, 13, 6, 14, 7, 15);
-        weights[2] = (B)__builtin_shufflevector(last, last, 0, 8, 1, 9, 2, 10, 3, 11);
-        weights[3] = (B)__builtin_shufflevector(last, last, 4, 12, 5, 13, 6, 14, 7, 15);
+        weights[0] = (B)__builtin_shufflevector(pairs, pairs, 0, 8, 1, 9, 2, 10, 3, 11);
+        weights[1] = (B)__builtin_shufflevector(pairs, pairs, 4, 12, 5, 13, 6, 14, 7, 15);
     } else {
         // In both halves of the register, since bytes do not cross from one to the other in one step.
         const B twice = __builtin_shufflevector(coverage, coverage, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14,
                                                 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31);
         weights[0] = __builtin_shufflevector(twice, twice, 0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3, 20, 20, 20,
                                              20, 21, 21, 21, 21, 22, 22, 22, 22, 23, 23, 23, 23);
-        weights[1] = __builtin_shufflevector(twice, twice, 8, 8, 8, 8, 9, 9, 9, 9, 10, 10, 10, 10, 11, 11, 11, 11, 28,
-                                             28, 28, 28, 29, 29, 29, 29, 30, 30, 30, 30, 31, 31, 31, 31);
     }
 }
 
 QZ_INLINE void blendBlock(const uint8_t* coverage, Bytes color, uint8_t alpha, uint8_t* pixels) {
-    Block block;
-    memcpy(&block, coverage, sizeof block);
+    // As a number: a vector put together in memory would have to wait for its parts.
+    using Numbers = uint64_t __attribute__((vector_size(2 * kBlock)));
+    uint64_t first;
+    memcpy(&first, coverage, kBlock);
+    Block block = (Block)Numbers{first, 0};
     if (alpha != 255) block = product<BlockWords>(block, Block{} + alpha);
     Bytes weights[kBlockBytes / kVectorBytes];
     spread(block, weights);

@@ -19,7 +19,7 @@ struct PixelRows {
 
 /// The loops go by this many pixels. Where more than the width may be read, and rewritten as it was, up to the next
 /// multiple, callers round the width up and save the loop its careful end.
-inline constexpr size_t kPixelBlock = 16;
+inline constexpr size_t kPixelBlock = 8;
 
 /// For every machine, and for x86-64 with AVX2.
 extern const PixelRows kBaselineRows;

@@ -1,14 +1,16 @@
 #include "platform/text/GlyphCache.h"
 
+#include <algorithm>
 #include <unordered_map>
+#include <vector>
 
 #include "platform/text/GlyphImage.h"
 
 namespace qz {
 namespace {
 
-// What an entry takes besides its pixels: its key, itself, the links.
-constexpr uint64_t kBytesPerEntry = sizeof(GlyphKey) + sizeof(GlyphImage) + 80;
+// What an entry takes besides its pixels: its key, itself, its links in the map.
+constexpr uint64_t kBytesPerEntry = sizeof(GlyphKey) + sizeof(GlyphImage) + 64;
 // An image is kept only when this many of its size would fit.
 constexpr uint64_t kImagesMin = 16;
 
@@ -19,37 +21,33 @@ uint64_t bytesKeptFor(const GlyphImage& image) {
 }  // namespace
 
 struct GlyphCache::Store {
-    /// In a ring in the order of use; the map keeps keys and entries where they are.
     struct Entry {
+        // Of the store's clock. A list in the order of use would touch two neighbours at every hit.
+        uint64_t lastUsed = 0;
         GlyphImage image;
-        const GlyphKey* key = nullptr;
-        Entry* newer = this;
-        Entry* older = this;
-
-        void unlink() {
-            newer->older = older;
-            older->newer = newer;
-        }
-        void linkBelow(Entry& end) {
-            newer = &end;
-            older = end.older;
-            older->newer = this;
-            end.older = this;
-        }
     };
+    using Entries = std::unordered_map<GlyphKey, Entry, GlyphKeyHash>;
 
-    std::unordered_map<GlyphKey, Entry, GlyphKeyHash> entries;
-    /// Closes the ring: below it is the entry that was used last, above it the one used longest ago.
-    Entry end;
+    Entries entries;
+    uint64_t clock = 0;
     uint64_t bytesMax = kBytesMaxDefault;
     Statistics statistics;
 
-    void removeLast() {
-        Entry& last = *end.newer;
-        statistics.bytes -= bytesKeptFor(last.image);
+    void remove(Entries::iterator entry) {
+        statistics.bytes -= bytesKeptFor(entry->second.image);
         --statistics.images;
-        last.unlink();
-        entries.erase(entries.find(*last.key));
+        entries.erase(entry);
+    }
+
+    /// Removes what was used longest ago until no more than `bytes` are kept. Returns how many images that were.
+    uint64_t shrinkTo(uint64_t bytes) {
+        if (statistics.bytes <= bytes) return 0;
+        std::vector<Entries::iterator> oldestFirst;
+        for (auto entry = entries.begin(); entry != entries.end(); ++entry) oldestFirst.push_back(entry);
+        std::ranges::sort(oldestFirst, {}, [](const auto& entry) { return entry->second.lastUsed; });
+        uint64_t removed = 0;
+        for (; statistics.bytes > bytes; ++removed) remove(oldestFirst[removed]);
+        return removed;
     }
 };
 
@@ -66,7 +64,7 @@ uint64_t GlyphCache::bytesMax() const {
 
 void GlyphCache::setBytesMax(uint64_t bytes) {
     store_->bytesMax = bytes;
-    while (store_->statistics.bytes > bytes) store_->removeLast();
+    store_->shrinkTo(bytes);
 }
 
 const GlyphCache::Statistics& GlyphCache::statistics() const {
@@ -74,7 +72,7 @@ const GlyphCache::Statistics& GlyphCache::statistics() const {
 }
 
 void GlyphCache::removeAll() {
-    while (store_->statistics.images > 0) store_->removeLast();
+    store_->shrinkTo(0);
 }
 
 const GlyphImage* GlyphCache::find(const GlyphKey& key) {
@@ -84,10 +82,8 @@ const GlyphImage* GlyphCache::find(const GlyphKey& key) {
         return nullptr;
     }
     ++store_->statistics.hits;
-    Store::Entry& entry = found->second;
-    entry.unlink();
-    entry.linkBelow(store_->end);
-    return &entry.image;
+    found->second.lastUsed = ++store_->clock;
+    return &found->second.image;
 }
 
 bool GlyphCache::hasRoomFor(uint64_t bytes) const {
@@ -97,14 +93,11 @@ bool GlyphCache::hasRoomFor(uint64_t bytes) const {
 void GlyphCache::add(const GlyphKey& key, GlyphImage image) {
     if (!hasRoomFor(image.bytes())) return;
     const uint64_t bytes = bytesKeptFor(image);
-    while (store_->statistics.bytes + bytes > store_->bytesMax) {
-        store_->removeLast();
-        ++store_->statistics.evictions;
+    // An eighth at a time, since finding what to remove takes a look at all.
+    if (store_->statistics.bytes + bytes > store_->bytesMax) {
+        store_->statistics.evictions += store_->shrinkTo(store_->bytesMax - store_->bytesMax / 8);
     }
-    const auto added = store_->entries.try_emplace(key).first;
-    added->second.image = std::move(image);
-    added->second.key = &added->first;
-    added->second.linkBelow(store_->end);
+    store_->entries.try_emplace(key, Store::Entry{++store_->clock, std::move(image)});
     store_->statistics.bytes += bytes;
     ++store_->statistics.images;
 }

@@ -67,31 +67,28 @@ NSAffineTransform upright(float obliqueness) {
 }
 
 NSBezierPath outlineOf(const GlyphAtPlace& glyph) {
-    NSBezierPath path;
-    path.moveToPoint({0, 0});
-    appendBezierPathWithGlyph(path, glyph.glyph, *glyph.font);
-    path.transformUsingAffineTransform(upright(glyph.obliqueness));
+    const FontFace& face = glyph.font->face();
+    const double scale = glyph.font->pointSize() / face.unitsPerEm();
+    NSAffineTransform transform = upright(glyph.obliqueness);
+    transform.prependTransform({.m11 = scale, .m22 = scale});
+    NSBezierPath path = *face.outlineOfGlyph(glyph.glyph);
+    path.transformUsingAffineTransform(transform);
     return path;
 }
 
 DeviceShape shapeOf(const GlyphAtPlace& glyph, const GlyphKey& key) {
     NSBezierPath outline = outlineOf(glyph);
-    DeviceShape shape = DeviceShape::fillOf(outline, toPixels(key));
-    if (key.part == GlyphPart::stroke) {
-        // Flattened first, so that the flatness asked for is that of the joins; in points, finer by as much as they
-        // grow.
-        const double scale = std::max(std::hypot(key.m11, key.m12), std::hypot(key.m21, key.m22));
-        if (scale > 1) outline.setFlatness(outline.flatness() / static_cast<float>(scale));
-        outline = outline.bezierPathByFlatteningPath();
-        outline.setLineWidth(key.strokeWidth);
-        outline.setLineCapStyle(static_cast<NSLineCapStyle>(key.lineCap));
-        outline.setLineJoinStyle(static_cast<NSLineJoinStyle>(key.lineJoin));
-        outline.setMiterLimit(key.miterLimit);
-        outline.setFlatness(key.flatness);
-        shape = DeviceShape::strokeOf(outline, toPixels(key));
-    }
-    shape.setIsGlyphOutline(true);
-    return shape;
+    if (key.part != GlyphPart::stroke) return DeviceShape::fillOfGlyph(outline, toPixels(key));
+    // Flattened first, so that the flatness asked for is that of the joins; in points, finer by as much as they grow.
+    const double scale = std::max(std::hypot(key.m11, key.m12), std::hypot(key.m21, key.m22));
+    if (scale > 1) outline.setFlatness(outline.flatness() / static_cast<float>(scale));
+    outline = outline.bezierPathByFlatteningPath();
+    outline.setLineWidth(key.strokeWidth);
+    outline.setLineCapStyle(static_cast<NSLineCapStyle>(key.lineCap));
+    outline.setLineJoinStyle(static_cast<NSLineJoinStyle>(key.lineJoin));
+    outline.setMiterLimit(key.miterLimit);
+    outline.setFlatness(key.flatness);
+    return DeviceShape::strokeOfGlyph(outline, toPixels(key));
 }
 
 bool isWorthKeeping(const PixelRect& box, uint64_t bytesPerPixel, const GlyphCache& cache) {

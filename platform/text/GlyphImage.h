@@ -2,7 +2,6 @@
 
 #include <array>
 #include <bit>
-#include <compare>
 
 #include "platform/graphics/CoverageMask.h"
 #include "platform/graphics/NSBitmapImageRep.h"
@@ -37,15 +36,21 @@ struct GlyphKey {
     uint8_t alpha = 255;
     uint32_t unusedToo = 0;
 
-    friend bool operator==(const GlyphKey&, const GlyphKey&) = default;
+    static constexpr size_t kWords = 10;
+    std::array<uint64_t, kWords> words() const;
+    friend bool operator==(const GlyphKey& a, const GlyphKey& b) { return a.words() == b.words(); }
 };
-static_assert(sizeof(GlyphKey) % sizeof(uint64_t) == 0);
+static_assert(sizeof(GlyphKey) == GlyphKey::kWords * sizeof(uint64_t));
+
+inline std::array<uint64_t, GlyphKey::kWords> GlyphKey::words() const {
+    return std::bit_cast<std::array<uint64_t, kWords>>(*this);
+}
 
 struct GlyphKeyHash {
     size_t operator()(const GlyphKey& key) const {
         // A sum of products, which do not wait for each other, and the last steps of MurmurHash3.
         uint64_t hash = 0, factor = 0x9e3779b97f4a7c15;
-        for (const uint64_t word : std::bit_cast<std::array<uint64_t, sizeof(GlyphKey) / sizeof(uint64_t)>>(key)) {
+        for (const uint64_t word : key.words()) {
             hash += (word ^ word >> 32) * factor;
             factor += 0x3c6ef372fe94f82a;  // stays odd
         }

@@ -30,8 +30,8 @@ struct OddRows {
 };
 
 CoverageMask maskOf(PixelRect box, uint8_t coverage) {
-    CoverageMask mask{.box = box, .stride = (box.width + 3) / 4 * 4, .bytes = {}};
-    mask.bytes.assign(size_t(mask.stride) * size_t(box.height), coverage);
+    CoverageMask mask = CoverageMask::emptyOf(box);
+    for (int32_t y = 0; y < box.height; ++y) std::fill_n(mask.row(y), box.width, coverage);
     return mask;
 }
 
