@@ -1,8 +1,8 @@
 #pragma once
 
 // The loops of PixelRows.h over vectors of `kVectorBytes`, which each file that includes this sets before: one for the
-// registers that every machine has, one for wider ones. Nothing of the standard library's but what C has comes in here:
-// an inline function of it compiled for one machine could end up serving all.
+// registers that every machine has, one for wider ones. Nothing of the standard library's but what C has is called
+// here: an inline function of it compiled for one machine could end up serving all.
 
 #include <stddef.h>
 #include <stdint.h>

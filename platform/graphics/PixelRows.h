@@ -1,7 +1,8 @@
 #pragma once
 
-#include <stddef.h>
-#include <stdint.h>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
 
 namespace qz {
 
@@ -21,11 +22,9 @@ struct PixelRows {
 /// multiple, callers round the width up and save the loop its careful end.
 inline constexpr size_t kPixelBlock = 8;
 
-/// For every machine, and for x86-64 with AVX2.
-extern const PixelRows kBaselineRows;
-extern const PixelRows kWideRows;
-
-/// Those that fit this machine.
+/// Those that this machine can run, the best last.
+std::vector<const PixelRows*> pixelRowsOfThisMachine();
+/// The best.
 const PixelRows& pixelRows();
 
 }  // namespace qz

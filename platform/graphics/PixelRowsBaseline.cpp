@@ -2,8 +2,13 @@
 
 namespace qz {
 namespace {
+
 constexpr size_t kVectorBytes = 16;
+
 }  // namespace
+
+extern const PixelRows kBaselineRows;
+
 }  // namespace qz
 
 #include "platform/graphics/PixelLoops.h"

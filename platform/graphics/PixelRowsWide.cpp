@@ -2,8 +2,13 @@
 
 namespace qz {
 namespace {
+
 constexpr size_t kVectorBytes = 32;
+
 }  // namespace
+
+extern const PixelRows kWideRows;
+
 }  // namespace qz
 
 #include "platform/graphics/PixelLoops.h"
