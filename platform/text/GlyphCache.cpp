@@ -1,6 +1,7 @@
 #include "platform/text/GlyphCache.h"
 
 #include <algorithm>
+#include <memory_resource>
 #include <unordered_map>
 #include <vector>
 
@@ -26,9 +27,11 @@ struct GlyphCache::Store {
         uint64_t lastUsed = 0;
         GlyphImage image;
     };
-    using Entries = std::unordered_map<GlyphKey, Entry, GlyphKeyHash>;
+    using Entries = std::pmr::unordered_map<GlyphKey, Entry, GlyphKeyHash>;
 
-    Entries entries;
+    // Side by side in the order in which they were made, which is that in which the next frame looks for them.
+    std::pmr::unsynchronized_pool_resource pool;
+    Entries entries{&pool};
     uint64_t clock = 0;
     uint64_t bytesMax = kBytesMaxDefault;
     Statistics statistics;
