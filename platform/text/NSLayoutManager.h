@@ -14,6 +14,7 @@
 namespace qz {
 
 class TemporaryAttributes;
+struct GlyphAtPlace;
 struct PlacedGlyph;
 
 /// Turns the characters of a text storage into glyphs, lays them out as lines in text containers, and draws them.
@@ -110,6 +111,10 @@ public:
 protected:
     NSLayoutManager();
 
+    /// The glyphs of the range that show something, each where it is drawn when the container's origin lies at
+    /// `atPoint`.
+    std::vector<GlyphAtPlace> shownGlyphs(Range glyphRange, NSPoint atPoint) const;
+
 private:
     friend class NSTextStorage;
     class Layout;
@@ -118,6 +123,8 @@ private:
     std::optional<size_t> indexOfContainer(const NSTextContainer& container) const;
     const PlacedGlyph* madeGlyph(uint32_t glyphIndex) const;
     RunAppearance appearanceAt(const NSTextStorage& text, uint32_t character) const;
+    template <class Visit>
+    void visitShownGlyphs(Range glyphRange, NSPoint atPoint, const Visit& visit) const;
 
     WeakRef<NSTextStorage> textStorage_;
     std::vector<Ref<NSTextContainer>> containers_;
