@@ -1,5 +1,7 @@
 // Characters, glyphs and places of the sample lines of all scripts, whole and broken.
 
+#include <map>
+
 #include <gmock/gmock.h>
 #include <unicode/ubrk.h>
 #include <unicode/uchar.h>
@@ -49,7 +51,47 @@ TEST(ScriptMapping, charactersAndGlyphsLeadToEachOther) {
                 }
                 before = glyphs;
             }
+            // Any stretch of characters, through its glyphs, grows to whole clusters and then stays.
+            for (uint32_t start = 0; start < system.storage->length(); ++start) {
+                const Range stretch = {start, std::min(7u, system.storage->length() - start)};
+                Range whole, back;
+                const Range glyphs = manager.glyphRangeForCharacterRange(stretch, &whole);
+                EXPECT_TRUE(whole.location <= start && whole.end() >= stretch.end());
+                EXPECT_EQ(manager.characterRangeForGlyphRange(glyphs, &back), whole);
+                EXPECT_EQ(back, glyphs);
+            }
             EXPECT_THAT(covered, testing::Each(1)) << "every glyph belongs to one cluster";
+        }
+    }
+}
+
+/// Where most letters of a line stand, from its top: on the baseline.
+float commonestHeight(const TextSystem& system, Range line) {
+    std::map<float, int> counts;
+    for (auto glyph = line.location; glyph < line.end(); ++glyph) {
+        const bool isMark = system.manager->advanceForGlyphAtIndex(glyph) == 0;
+        counts[system.manager->locationForGlyphAtIndex(glyph).y] += isMark ? 0 : 1;
+    }
+    return std::ranges::max_element(counts, {}, [](const auto& entry) { return entry.second; })->first;
+}
+
+TEST(ScriptMapping, linesHoldTheirFontsAndDoNotOverlap) {
+    for (const ScriptSample& sample : scriptSamples()) {
+        SCOPED_TRACE(describe(sample));
+        const TextSystem system(*sample.attributedText(), {150, 0});
+        float bottom = 0;
+        for (const Range& line : system.lines()) {
+            const NSRect used = system.manager->lineFragmentUsedRectForGlyphAtIndex(line.location);
+            EXPECT_GE(used.origin.y, bottom - 0.01f);
+            bottom = used.maxY();
+            const float baseline = used.origin.y + commonestHeight(system, line);
+            for (auto glyph = line.location; glyph < line.end(); ++glyph) {
+                const uint32_t character = system.manager->characterIndexForGlyphAtIndex(glyph);
+                const auto font =
+                    system.storage->attributesAtIndex(character)->objectForKey<NSFont>(*NSFontAttributeName);
+                EXPECT_LE(used.origin.y + font->ascender(), baseline + 0.01f);
+                EXPECT_LE(baseline - font->descender(), bottom + 0.01f);
+            }
         }
     }
 }
