@@ -84,8 +84,9 @@ public:
     /// What the attributes of a run hold, taken apart, beyond what its annotations give it.
     Ref<NSDictionary> findInlines(const Ref<NSDictionary>& attributes) const;
 
-    /// The palette as an XML property list; none, with a log line, when an attribute's value has no property-list form.
-    Ref<NSData> pListData() const;
+    /// The palette as an XML property list; none, with a log line, when an attribute's value has no property-list form;
+    /// `errorDescription` then names the annotation and the attribute.
+    Ref<NSData> pListData(std::string* errorDescription = nullptr) const;
     /// A new, locked palette; none when the data is no palette of version 0, with the reason in `errorDescription`. A
     /// list that cannot be read also gets a log line.
     static Ref<QzAnnoPalette> paletteFromPListData(const NSData& data, std::string* errorDescription = nullptr);

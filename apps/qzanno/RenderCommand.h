@@ -27,8 +27,11 @@ struct RenderOptions {
     std::string output;
     std::string over;
     std::string manifest;
+    std::vector<std::string> fontDirectories;
+    std::string language;
     bool antialias = true;
     float quality = 1.0f;
+    bool mergeLayers = false;
     bool strict = false;
 };
 

@@ -4,7 +4,10 @@
 #include <iterator>
 #include <utility>
 
+#include "platform/foundation/NSNotificationCenter.h"
+
 namespace qz {
+
 Ref<NSUndoManager> NSUndoManager::init() {
     return Ref<NSUndoManager>(new NSUndoManager);
 }
@@ -127,6 +130,9 @@ bool NSUndoManager::playBack(Activity activity, std::vector<Group>& from, std::v
     open_.clear();
     if (inverse.name.empty()) inverse.name = name;
     if (!inverse.actions.empty()) inverses.push_back(std::move(inverse));
+    NSNotificationCenter::defaultCenter().postNotificationName(
+        activity == Activity::undoing ? NSUndoManagerDidUndoChangeNotification : NSUndoManagerDidRedoChangeNotification,
+        refTo(*this));
     return true;
 }
 

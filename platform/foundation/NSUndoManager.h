@@ -5,9 +5,13 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/NSObject.h"
+#include "platform/foundation/NSString.h"
 
 namespace qz {
+
+/// Posted by an undo manager, as object, after it has undone, or redone, a group.
+inline const Ref<NSString> NSUndoManagerDidUndoChangeNotification = "NSUndoManagerDidUndoChangeNotification"_ns;
+inline const Ref<NSString> NSUndoManagerDidRedoChangeNotification = "NSUndoManagerDidRedoChangeNotification"_ns;
 
 /// Records the inverses of edits in groups, and plays the last group back.
 ///

@@ -108,6 +108,13 @@ NSRect NSLayoutManager::usedRectForTextContainer(const NSTextContainer& containe
     return layout_->usedRectOfContainer(*index);
 }
 
+NSRect NSLayoutManager::extraLineFragmentUsedRectForTextContainer(const NSTextContainer& container) const {
+    const std::optional<size_t> index = indexOfContainer(container);
+    if (!index) return {};
+    layout_->layOutContainer(*index);
+    return layout_->extraLineUsedRectOfContainer(*index);
+}
+
 NSRect NSLayoutManager::lineFragmentRectForGlyphAtIndex(uint32_t glyphIndex, Range* effectiveRange) const {
     layout_->makeGlyph(glyphIndex);
     const Layout::Line* line = layout_->lineOfGlyph(glyphIndex);
@@ -226,6 +233,8 @@ struct NSLayoutManager::RunAppearance {
     Ref<NSFont> font;
     Ref<NSColor> color;
     float obliqueness = 0;
+    /// Whether the colour stands for every glyph's own.
+    bool isSilhouette = false;
 };
 
 NSLayoutManager::RunAppearance NSLayoutManager::appearanceAt(const NSTextStorage& text, uint32_t character) const {
@@ -237,6 +246,7 @@ NSLayoutManager::RunAppearance NSLayoutManager::appearanceAt(const NSTextStorage
                       .color = temporary->objectForKey<NSColor>(*NSForegroundColorAttributeName)};
     if (!run.font) run.font = defaultFont();
     if (usesScreenFonts_) run.font = substituteFontForFont(run.font);
+    run.isSilhouette = run.color != nullptr;
     if (!run.color) run.color = attributes->objectForKey<NSColor>(*NSForegroundColorAttributeName);
     if (!run.color) run.color = NSColor::blackColor();
     const Ref<NSNumber> obliqueness = attributes->objectForKey<NSNumber>(*NSObliquenessAttributeName);
@@ -265,7 +275,13 @@ void NSLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint)
         if (!line || !line->glyphs.contains(i)) line = layout_->lineOfGlyph(i);
         const NSPoint origin = {atPoint.x + line->fragment.origin.x + glyph.location.x,
                                 atPoint.y + line->fragment.origin.y + glyph.location.y};
-        drawGlyph(*context, {glyph.glyph, run.font, origin, run.obliqueness}, run.color);
+        context->setColor(run.color);
+        const GlyphAtPlace place{glyph.glyph, run.font, origin, run.obliqueness};
+        if (run.isSilhouette) {
+            fillGlyph(*context, place, *glyphCache_);
+        } else {
+            drawGlyph(*context, place, *glyphCache_);
+        }
     }
     context->setColor(formerColor);
 }

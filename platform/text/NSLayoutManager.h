@@ -6,6 +6,7 @@
 
 #include "platform/foundation/NSDictionary.h"
 #include "platform/foundation/NSGeometry.h"
+#include "platform/text/GlyphCache.h"
 #include "platform/text/NSFont.h"
 #include "platform/text/NSTextContainer.h"
 #include "platform/text/NSTextStorage.h"
@@ -51,6 +52,10 @@ public:
     /// zero rectangle when there are none. Line spacing below the last line and paragraph spacing are not part of it.
     NSRect usedRectForTextContainer(const NSTextContainer& container) const;
 
+    /// The empty line behind a text that ends with a line end, as high as it is and no wider than its padding; the zero
+    /// rectangle when there is none in the container.
+    NSRect extraLineFragmentUsedRectForTextContainer(const NSTextContainer& container) const;
+
     /// The characters that have glyphs in the range; `actualGlyphRange` receives all glyphs of these characters.
     Range characterRangeForGlyphRange(Range glyphRange, Range* actualGlyphRange = nullptr) const;
     /// The glyphs of the characters in the range; `actualCharacterRange` receives all characters of these glyphs.
@@ -92,8 +97,13 @@ public:
     virtual Ref<NSFont> substituteFontForFont(const Ref<NSFont>& font) const { return font; }
 
     /// Draws glyphs into the current graphics context, each in the foreground colour of its characters, the temporary
-    /// one first; black without one. `atPoint` is where the origin of the container lies.
+    /// one first; black without one. A colour glyph keeps its own colours, unless a temporary one lies over them.
+    /// `atPoint` is where the origin of the container lies.
     virtual void drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint);
+
+    /// What has been drawn before and can be drawn again. Never null; none given means a fresh one.
+    const Ref<GlyphCache>& glyphCache() const { return glyphCache_; }
+    void setGlyphCache(const Ref<GlyphCache>& cache) { glyphCache_ = cache ? cache : GlyphCache::init(); }
 
     std::string className() const override { return "NSLayoutManager"; }
 
@@ -113,6 +123,7 @@ private:
     std::vector<Ref<NSTextContainer>> containers_;
     std::unique_ptr<Layout> layout_;
     std::unique_ptr<TemporaryAttributes> temporaryAttributes_;
+    Ref<GlyphCache> glyphCache_ = GlyphCache::init();
     bool usesScreenFonts_ = false;
 };
 

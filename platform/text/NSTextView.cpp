@@ -1,6 +1,7 @@
 #include "platform/text/NSTextView.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/foundation/NSLog.h"
 #include "platform/text/AttributeNames.h"
@@ -38,6 +39,7 @@ NSTextView::NSTextView() {
 }
 
 NSTextView::~NSTextView() {
+    if (undo_) undo_->removeAllActionsWithTarget(*this);
     // A container that outlives its view has to stop listening to it.
     if (textContainer_ && !textContainer_->textView()) textContainer_->setTextView({});
 }
@@ -90,7 +92,9 @@ void NSTextView::setSelectedRange(Range range) {
         const uint32_t location = selectedRange_.location;
         typingAttributes_ = textStorage_->attributesAtIndex(location > 0 ? location - 1 : 0);
     }
-    if (selectedRange_ != oldRange) postSelectionChange(oldRange);
+    if (selectedRange_ == oldRange) return;
+    lastRecord_.reset();
+    postSelectionChange(oldRange);
 }
 
 void NSTextView::postSelectionChange(Range oldRange) {
@@ -129,13 +133,115 @@ bool NSTextView::deleteForward() {
 
 bool NSTextView::replaceCharacters(Range range, const NSAttributedString& text) {
     if (!shouldChangeTextInRange(range)) return false;
+    if (markedRange_.length > 0) {
+        range = markedRange_;
+        dropMarkedText();
+        range.length = 0;
+    }
+    const UndoRecord edit = {
+        {range.location, text.length()}, textStorage_->attributedSubstringFromRange(range), selectedRange()};
+    // Moving the selection would end the record that this edit may continue.
+    const std::weak_ptr<UndoRecord> lastRecord = lastRecord_;
+    if (!replaceUnrecorded(range, text)) return false;
+    lastRecord_ = lastRecord;
+    record(edit);
+    didChangeText();
+    return true;
+}
+
+bool NSTextView::replaceUnrecorded(Range range, const NSAttributedString& text) {
     const Ref<NSDictionary> typingAttributes = typingAttributes_;
     if (!textStorage_->replaceCharactersInRange(range, text)) return false;
     setSelectedRange({range.location + text.length(), 0});
-    // What was typed with goes on being typed with.
-    if (text.length() > 0) typingAttributes_ = typingAttributes;
+    // What was typed with goes on being typed with; so it is when nothing is left that could say how.
+    if (text.length() > 0 || textStorage_->length() == 0) typingAttributes_ = typingAttributes;
+    return true;
+}
+
+// Undo
+
+void NSTextView::setUndoManager(const Ref<NSUndoManager>& undoManager) {
+    forgetUndo();
+    undo_ = undoManager;
+}
+
+void NSTextView::forgetUndo() {
+    if (undo_) undo_->removeAllActionsWithTarget(*this);
+    lastRecord_.reset();
+}
+
+void NSTextView::record(UndoRecord edit) {
+    if (!undo_ || (edit.range.length == 0 && edit.former->length() == 0)) return;
+    if (!undo_->isUndoing() && !undo_->isRedoing() && continuesLastRecord(edit)) return;
+    const char* name = edit.range.length > 0 ? "Typing" : "Delete";
+    const auto kept = std::make_shared<UndoRecord>(std::move(edit));
+    undo_->prepareWithInvocationTarget(*this).invoke([this, kept] { playBack(*kept); });
+    if (undo_->isUndoing() || undo_->isRedoing()) return;
+    undo_->setActionName(name);
+    lastRecord_ = kept;
+}
+
+/// Grows the last record when the edit goes on with it: typing behind what was typed, deleting beside what was deleted.
+bool NSTextView::continuesLastRecord(const UndoRecord& edit) {
+    const std::shared_ptr<UndoRecord> last = lastRecord_.lock();
+    if (!last) return false;
+    if (edit.range.length > 0) {
+        if (edit.former->length() > 0 || last->range.length == 0 || edit.range.location != last->range.end())
+            return false;
+        last->range.length += edit.range.length;
+        return true;
+    }
+    const bool isBefore = edit.range.location + edit.former->length() == last->range.location;
+    if (last->range.length > 0 || (!isBefore && edit.range.location != last->range.location)) return false;
+    const auto former = NSMutableAttributedString::initWithAttributedString(isBefore ? *edit.former : *last->former);
+    former->appendAttributedString(isBefore ? *last->former : *edit.former);
+    last->former = former->copy();
+    last->range.location = edit.range.location;
+    return true;
+}
+
+void NSTextView::playBack(const UndoRecord& edit) {
+    if (edit.range.end() > textStorage_->length()) return;
+    if (markedRange_.length > 0) dropMarkedText();
+    const UndoRecord inverse = {{edit.range.location, edit.former->length()},
+                                textStorage_->attributedSubstringFromRange(edit.range),
+                                selectedRange()};
+    if (!replaceUnrecorded(edit.range, *edit.former)) return;
+    record(inverse);
+    setSelectedRange(edit.selection);
+    didChangeText();
+}
+
+// Marked text
+
+bool NSTextView::setMarkedText(const Ref<NSString>& text, Range selectedInside) {
+    if (!editable_) return false;
+    if (markedRange_.length == 0) {
+        if (text->length() == 0) return true;
+        const Range selection = selectedRange();
+        if (selection.length > 0) replaceCharacters(selection, *NSAttributedString::init());
+        markedRange_ = {selection.location, 0};
+    }
+    const uint32_t start = markedRange_.location;
+    replaceUnrecorded(markedRange_, *NSAttributedString::initWithString(text, typingAttributes_));
+    markedRange_ = {start, text->length()};
+    const Range inside = intersection(selectedInside, {0, text->length()});
+    setSelectedRange({start + std::min(selectedInside.location, text->length()), inside.length});
     didChangeText();
     return true;
+}
+
+void NSTextView::dropMarkedText() {
+    const Range marked = std::exchange(markedRange_, Range());
+    if (marked.end() <= textStorage_->length()) replaceUnrecorded(marked, *NSAttributedString::init());
+}
+
+void NSTextView::unmarkText() {
+    if (markedRange_.length == 0) return;
+    const Ref<NSAttributedString> text = textStorage_->attributedSubstringFromRange(markedRange_);
+    const Range marked = markedRange_;
+    dropMarkedText();
+    if (text) replaceCharacters({marked.location, 0}, *text);
 }
 
 bool NSTextView::shouldChangeTextInRange(Range range) const {

@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "platform/foundation/NSNotificationCenter.h"
+#include "platform/foundation/NSUndoManager.h"
 #include "platform/text/NSAttributedString.h"
 #include "platform/text/NSTextContainer.h"
 #include "platform/text/NSTextStorage.h"
@@ -49,6 +50,22 @@ public:
     bool isEditable() const { return editable_; }
     void setEditable(bool editable) { editable_ = editable; }
 
+    /// Where typing and deleting record their inverse; none at the start. What is typed, or deleted, in one go is
+    /// undone at once. Changes made through the text storage are not recorded; whoever exchanges the text for another
+    /// one calls `forgetUndo`.
+    void setUndoManager(const Ref<NSUndoManager>& undoManager);
+    const Ref<NSUndoManager>& undoManager() const { return undo_; }
+    void forgetUndo();
+
+    /// Text that an input method is still composing stands in the text, but is not recorded for undo. Replaces the
+    /// marked text, or else the selection, and selects `selectedInside`, counted from its start. Refused while not
+    /// editable. An empty text ends the marking.
+    bool setMarkedText(const Ref<NSString>& text, Range selectedInside);
+    /// Empty when nothing is marked.
+    Range markedRange() const { return markedRange_; }
+    /// Keeps the marked text as if it had been typed.
+    void unmarkText();
+
     // To be called around a change made through the text storage: asks whether it is allowed, and posts its
     // notification.
     bool shouldChangeTextInRange(Range range) const;
@@ -66,13 +83,29 @@ protected:
 private:
     void adoptTextContainer(const Ref<NSTextContainer>& container);
     void postSelectionChange(Range oldRange);
+    /// An edit that is to be undone: what stands in `range` now takes the place of `former`.
+    struct UndoRecord {
+        Range range;
+        Ref<NSAttributedString> former;
+        Range selection;
+    };
+
     bool replaceCharacters(Range range, const NSAttributedString& text);
+    bool replaceUnrecorded(Range range, const NSAttributedString& text);
+    void dropMarkedText();
+    void record(UndoRecord edit);
+    bool continuesLastRecord(const UndoRecord& edit);
+    void playBack(const UndoRecord& edit);
 
     Ref<NSTextStorage> textStorage_;
     Ref<NSTextContainer> textContainer_;
     Range selectedRange_;
     Ref<NSDictionary> typingAttributes_;
     bool editable_ = true;
+    Range markedRange_;
+    Ref<NSUndoManager> undo_;
+    // Owned by the undo manager's record; the next edit may grow it.
+    std::weak_ptr<UndoRecord> lastRecord_;
     std::function<void()> displayHook_;
 };
 

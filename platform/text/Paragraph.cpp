@@ -105,16 +105,19 @@ void Paragraph::findStyles(const NSAttributedString& text, uint32_t location) {
     for (uint32_t position = 0; position < length_;) {
         Range range;
         const Ref<NSDictionary> attributes = text.attributesAtIndex(location + position, &range);
+        const Ref<NSString> language = attributes->objectForKey<NSString>(*NSLanguageAttributeName);
         StyleRun style{.end = static_cast<uint32_t>(std::min<uint64_t>(range.end() - location, length_)),
                        .font = attributes->objectForKey<NSFont>(*NSFontAttributeName),
                        .kern = lengthAttribute(*attributes, *NSKernAttributeName),
-                       .baselineOffset = lengthAttribute(*attributes, *NSBaselineOffsetAttributeName)};
+                       .baselineOffset = lengthAttribute(*attributes, *NSBaselineOffsetAttributeName),
+                       .language = language ? language->utf8() : std::string()};
         if (!style.font) style.font = defaultFont();
         if (!areEqual(before, attributes)) attributeStarts_.push_back(position);
         before = attributes;
         position = style.end;
         if (!styles_.empty() && styles_.back().kern == style.kern &&
-            styles_.back().baselineOffset == style.baselineOffset && styles_.back().font->isEqual(*style.font)) {
+            styles_.back().baselineOffset == style.baselineOffset && styles_.back().language == style.language &&
+            styles_.back().font->isEqual(*style.font)) {
             styles_.back().end = style.end;
         } else {
             styles_.push_back(std::move(style));
@@ -140,12 +143,14 @@ void Paragraph::itemize(std::u16string_view paragraph) {
         // Characters that all scripts share join what stands before them; at the start of a text, what follows.
         const bool continues = item && !isFull && item->isControl == control && item->level == levels[start] &&
                                (own == USCRIPT_COMMON || own == script || script == USCRIPT_COMMON) &&
+                               item->language == styles_[style].language &&
                                (item->font == font || item->font->isEqual(*font));
         if (!continues) {
             items_.push_back({.start = start,
                               .end = end,
                               .font = font,
                               .script = scriptTag(script),
+                              .language = styles_[style].language,
                               .level = levels[start],
                               .isControl = control,
                               .glyphs = {}});
@@ -205,7 +210,7 @@ ShapingItem Paragraph::shapingItem(size_t item, std::u16string_view text, Range 
             .font = source.font,
             .script = source.script,
             .isRightToLeft = (source.level & 1) != 0,
-            .language = {}};
+            .language = source.language};
 }
 
 std::vector<Range> Paragraph::spacedRanges(Range part) const {

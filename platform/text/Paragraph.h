@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -19,6 +20,7 @@ struct StyleRun {
     Ref<NSFont> font;
     float kern = 0;            ///< points added behind each cluster
     float baselineOffset = 0;  ///< points upward
+    std::string language;      ///< BCP 47, or empty
     friend bool operator==(const StyleRun&, const StyleRun&) = default;
 };
 
@@ -28,6 +30,7 @@ struct TextItem {
     uint32_t end = 0;
     Ref<NSFont> font;
     uint32_t script = 0;
+    std::string language;
     uint8_t level = 0;       ///< bidi embedding level
     bool isControl = false;  ///< tabs, line ends, controls: one `NSControlGlyph` a cluster, never shaped
     bool isShaped = false;

@@ -61,6 +61,10 @@ public:
     NSRect usedRectOfContainer(size_t container) const;
     /// The grapheme clusters of a line, from left to right.
     std::vector<ClusterBox> clusterBoxes(const Line& line) const;
+    /// The zero rectangle when the container does not hold the extra line.
+    NSRect extraLineUsedRectOfContainer(size_t container) const {
+        return extraLine_ && extraLine_->container == container ? extraLine_->usedRect : NSRect();
+    }
     /// The glyphs of the cluster that holds the character, which has been made.
     Range glyphsOfCharacter(uint32_t characterIndex) const;
     /// The characters of the cluster of a glyph, which has been made.

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <functional>
+
+#include "platform/foundation/NSSet.h"
+#include "platform/text/NSAttributedString.h"
+
+namespace qz {
+
+// Sets of annotation keys; none counts as the empty set.
+
+Ref<NSSet> unionOf(const Ref<NSSet>& a, const Ref<NSSet>& b);
+Ref<NSSet> intersectionOf(const Ref<NSSet>& a, const Ref<NSSet>& b);
+Ref<NSSet> difference(const Ref<NSSet>& a, const Ref<NSSet>& b);
+
+/// Visits the range in runs of equal annotation lists, in order; `list` is none for a run that carries none.
+void forEachAnnoRun(const NSAttributedString& text, Range range,
+                    const std::function<void(Range run, const Ref<NSSet>& list)>& visit);
+
+}  // namespace qz

@@ -1,0 +1,76 @@
+#include <algorithm>
+
+#include "QzAnno_AnnotatedTextFramework/ui/QzAnnoPaletteAsTable.h"
+#include "platform/foundation/NSArray.h"
+#include "platform/foundation/NSNumber.h"
+
+namespace qz {
+
+bool QzAnnoPaletteAsTable::writeRows(NSTableView& /*tableView*/, const std::vector<int32_t>& rows,
+                                     const Ref<NSPasteboard>& toPasteboard) {
+    std::vector<Ref<NSObject>> numbers;
+    for (int32_t row : rows) numbers.push_back(NSNumber::numberWithInt(row));
+    toPasteboard->declareType(QzTaviAnnoPalettePboardType);
+    return toPasteboard->setPropertyList(NSArray::arrayWithObjects(std::move(numbers)), QzTaviAnnoPalettePboardType);
+}
+
+uint32_t QzAnnoPaletteAsTable::validateDrop(NSTableView& tableView, const Ref<NSPasteboard>& pasteboard,
+                                            int32_t proposedRow, NSTableViewDropOperation proposedDropOperation) {
+    if (!pasteboard->offersType(QzTaviAnnoPalettePboardType)) return NSDragOperationNone;
+    tableView.setDropRow(proposedRow, NSTableViewDropOperation::above);
+    // Between rows the rows may land, on a row they may not.
+    return proposedDropOperation == NSTableViewDropOperation::above ? NSDragOperationCopy : NSDragOperationNone;
+}
+
+bool QzAnnoPaletteAsTable::acceptDrop(NSTableView& tableView, const Ref<NSPasteboard>& pasteboard, int32_t row,
+                                      NSTableViewDropOperation /*dropOperation*/) {
+    if (!annotationPalette_) return false;
+    if (!pasteboard->offersType(QzTaviAnnoPalettePboardType)) {
+        tableView.reloadData();
+        return true;
+    }
+    std::vector<Ref<QzAnnoKey>> reselected;
+    for (int32_t selected : tableView.selectedRows()) {
+        if (const auto key = keyOfRow(selected)) reselected.push_back(key);
+    }
+    // What comes from another process may hold anything.
+    const auto rows = std::dynamic_pointer_cast<NSArray>(pasteboard->propertyListForType(QzTaviAnnoPalettePboardType));
+    std::vector<Ref<QzAnnoKey>> dropped;
+    for (const Ref<NSObject>& element : rows ? rows->elements() : std::vector<Ref<NSObject>>()) {
+        const auto number = std::dynamic_pointer_cast<NSNumber>(element);
+        const Ref<QzAnnoKey> key = number ? keyOfRow(number->intValue()) : nullptr;
+        if (key) dropped.push_back(key);
+    }
+
+    Ref<QzAnnoKey> anchor;
+    for (int32_t priority = std::max(0, maxPriority() - row + 1); priority <= maxPriority() && !anchor; ++priority) {
+        const Ref<QzAnnoKey> key = annotationPalette_->annoKeyAtPriority(priority);
+        if (std::ranges::find(dropped, key) == dropped.end()) anchor = key;
+    }
+    anchor ? moveBelow(anchor, dropped) : moveToTop(dropped);
+
+    tableView.deselectAll({});
+    for (const Ref<QzAnnoKey>& key : reselected) {
+        tableView.selectRow(maxPriority() - annotationPalette_->lookupPrio(key), true);
+    }
+    tableView.reloadData();
+    return true;
+}
+
+/// From the last to the first, so that each lands above the one before.
+void QzAnnoPaletteAsTable::moveBelow(const Ref<QzAnnoKey>& anchor, const std::vector<Ref<QzAnnoKey>>& keys) {
+    for (auto key = keys.rbegin(); key != keys.rend(); ++key) {
+        const int32_t anchorPriority = annotationPalette_->lookupPrio(anchor);
+        const bool isAbove = annotationPalette_->lookupPrio(*key) > anchorPriority - 1;
+        // Taking away a key from below moves the anchor down by one.
+        annotationPalette_->setAnnoKey(*key, isAbove ? anchorPriority : anchorPriority - 1);
+    }
+}
+
+void QzAnnoPaletteAsTable::moveToTop(const std::vector<Ref<QzAnnoKey>>& keys) {
+    for (auto key = keys.rbegin(); key != keys.rend(); ++key) {
+        annotationPalette_->setAnnoKey(*key, annotationPalette_->maxPriority());
+    }
+}
+
+}  // namespace qz

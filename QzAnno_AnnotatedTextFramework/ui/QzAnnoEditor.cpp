@@ -1,0 +1,341 @@
+#include "QzAnno_AnnotatedTextFramework/ui/QzAnnoEditor.h"
+
+#include <cmath>
+
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
+#include "QzAnno_AnnotatedTextFramework/ui/EditorFields.h"
+#include "QzAnno_AnnotatedTextFramework/ui/KeyRenaming.h"
+#include "QzAnno_AnnotatedTextFramework/ui/QzAnnoPaletteAsTable.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSNumber.h"
+#include "platform/ui/NSApplication.h"
+#include "platform/ui/NSColorPanel.h"
+#include "platform/ui/NSUserDefaults.h"
+
+namespace qz {
+namespace {
+
+// Margins read as percentages when the host knows no screen.
+constexpr NSSize kPerCentScreen = {100, 100};
+constexpr float kPanelFontSize = 24.0f;
+constexpr int32_t kPageOfNewAnno = 0;
+constexpr int32_t kPageOfOtherAnno = 1;
+
+bool isScreen(NSSize size) {
+    return std::isfinite(size.width) && std::isfinite(size.height) && size.width > 0 && size.height > 0;
+}
+
+Ref<NSMenu> menuOf(const Ref<NSString>& title, const std::vector<const char*>& items) {
+    const Ref<NSMenu> menu = NSMenu::initWithTitle(title);
+    for (size_t tag = 0; tag < items.size(); ++tag) {
+        menu->addItem(
+            NSMenuItem::initWithTitle(NSString::stringWithUTF8String(items[tag]), {}, static_cast<int32_t>(tag)));
+    }
+    return menu;
+}
+
+}  // namespace
+
+const std::vector<std::string>& QzAnnoEditor::updateAllKeys() {
+    static const std::vector<std::string> keys = {
+        "en_annoname",    "en_font",         "en_fontsize",      "en_fgcolor",      "en_shadowwidth", "en_shadowoffset",
+        "en_shadowcolor", "en_shadowwidth2", "en_shadowoffset2", "en_shadowcolor2", "en_margins",     "en_halign",
+        "en_kern",        "en_slant",        "en_baseshift",     "en_leading",      "en_valign",      "en_tbox",
+        "font",           "fontsize",        "fgcolor",          "shadowwidth",     "shadowoffset_x", "shadowoffset_y",
+        "shadowcolor",    "shadowwidth2",    "shadowoffset_x2",  "shadowoffset_y2", "shadowcolor2",   "tboxtype",
+        "tboxcolor",      "marginsl",        "marginsr",         "marginst",        "marginsb",       "halign",
+        "kern",           "slant",           "baseshift",        "leading",         "valign",         "annoname"};
+    return keys;
+}
+
+QzAnnoEditor::QzAnnoEditor() {
+    for (const std::string& key : updateAllKeys()) {
+        defineProperty(
+            key, {[this, key] { return fields_[key]; }, [this, key](const Ref<NSObject>& value) { set(key, value); }});
+    }
+    defineProperty("isEditing", {[this] { return NSNumber::numberWithBool(editing_); }, nullptr});
+    using Action = void (QzAnnoEditor::*)(const Ref<NSObject>&);
+    const std::pair<const char*, Action> actions[] = {
+        {"apply:", &QzAnnoEditor::apply},       {"revert:", &QzAnnoEditor::revert},
+        {"okay:", &QzAnnoEditor::okay},         {"cancel:", &QzAnnoEditor::cancel},
+        {"editFont:", &QzAnnoEditor::editFont}, {"changeFont:", &QzAnnoEditor::changeFont}};
+    for (const auto& [name, action] : actions) {
+        setHandler(name, [this, act = action](const Ref<NSObject>& sender) { (this->*act)(sender); });
+    }
+}
+
+Ref<QzAnnoEditor> QzAnnoEditor::init() {
+    Ref<QzAnnoEditor> editor(new QzAnnoEditor);
+    editor->copyFromAnno();
+    return editor;
+}
+
+QzAnnoEditor::~QzAnnoEditor() {
+    if (outlets_.annowindow) outlets_.annowindow->setDelegate(nullptr);
+    if (!outlets_.pages) return;
+    outlets_.pages->setDelegate(nullptr);
+    outlets_.pages->setDataSource(nullptr);
+}
+
+void QzAnnoEditor::connectOutlets(const Outlets& outlets) {
+    outlets_ = outlets;
+    outlets_.annowindow->setDelegate(this);
+    outlets_.pages->setDelegate(this);
+    outlets_.pages->setDataSource(this);
+}
+
+void QzAnnoEditor::awakeFromNib() {
+    outlets_.hpopup->setMenu(menuOf("halign"_ns, {"Left", "Right", "Center", "Justified", "Natural"}));
+    outlets_.vpopup->setMenu(menuOf("valign"_ns, {"Top", "Center", "Bottom"}));
+    NSFontManager::sharedFontManager().setDelegate(std::static_pointer_cast<QzAnnoEditor>(shared_from_this()));
+    prepareFontPanel();
+}
+
+void QzAnnoEditor::prepareFontPanel() {
+    NSFontManager& fonts = NSFontManager::sharedFontManager();
+    const auto name = std::static_pointer_cast<NSString>(fields_["font"]);
+    fontpanel_ = fonts.fontPanel(true);
+    fonts.setSelectedFont(NSFont::fontWithName(*name, kPanelFontSize), false);
+    fonts.modifyFontViaPanel(shared_from_this());
+}
+
+// Fields
+
+void QzAnnoEditor::set(const std::string& field, const Ref<NSObject>& value) {
+    fields_[field] = valueForEditorField(field, value);
+}
+
+bool QzAnnoEditor::isOn(const char* flag) const {
+    return std::static_pointer_cast<NSNumber>(fields_.at(flag))->boolValue();
+}
+
+float QzAnnoEditor::real(const char* field) const {
+    return std::static_pointer_cast<NSNumber>(fields_.at(field))->floatValue();
+}
+
+Ref<NSObject> QzAnnoEditor::valueForUndefinedKey(const std::string& key) const {
+    NSLog("QzAnno binding missing for %@\n", {key});
+    return NSKeyValueObserving::valueForUndefinedKey(key);
+}
+
+void QzAnnoEditor::setFieldsToDefaults() {
+    for (const std::string& key : updateAllKeys()) fields_[key] = defaultOfEditorField(key);
+}
+
+void QzAnnoEditor::requestScreenSize() {
+    const bool isAnswered = NSApplication::sharedApplication().sendAction("requestScreenSize:", {}, shared_from_this());
+    if (!isAnswered || !isScreen(screensize_)) screensize_ = kPerCentScreen;
+}
+
+void QzAnnoEditor::copyFromAnno() {
+    requestScreenSize();
+    for (const std::string& key : updateAllKeys()) willChangeValueForKey(key);
+    setFieldsToDefaults();
+    if (originalAnno_) {
+        const QzAnno& anno = *originalAnno_;
+        const bool isGlobal = anno.annokey()->isDefault();
+        set("annoname", isGlobal ? "Default"_ns : origannoname_);
+        set("en_annoname", NSNumber::numberWithBool(!isGlobal));
+        copyFont(anno);
+        const auto turnOn = [this](const char* flag) { set(flag, NSNumber::numberWithBool(true)); };
+        for (const PlainEditorField& field : plainEditorFields()) {
+            const Ref<NSObject> value = anno.attribute(*field.attribute);
+            if (!value) continue;
+            set(field.field, value);
+            turnOn(field.flag);
+        }
+        for (const PointEditorField& field : pointEditorFields()) {
+            const Ref<NSObject> value = anno.attribute(*field.attribute);
+            if (!value) continue;
+            const auto text = std::dynamic_pointer_cast<NSString>(value);
+            const NSPoint point = text ? NSPointFromString(*text) : NSPoint();
+            set(field.x, NSNumber::numberWithFloat(point.x));
+            set(field.y, NSNumber::numberWithFloat(point.y));
+            turnOn(field.flag);
+        }
+        if (const Ref<NSObject> value = anno.attribute(*QzTextBoundingBoxAppearanceAttribute)) {
+            const auto box = std::dynamic_pointer_cast<QzBBoxInfo>(value);
+            if (box) set("tboxcolor", box->color());
+            if (box) set("tboxtype", NSNumber::numberWithInt(box->type()));
+            turnOn("en_tbox");
+        }
+        copyMargins(anno);
+    }
+    for (const std::string& key : updateAllKeys()) didChangeValueForKey(key);
+}
+
+void QzAnnoEditor::copyFont(const QzAnno& anno) {
+    Ref<NSObject> name = anno.attribute(*QzFontAttribute);
+    if (!name) {
+        const auto family = std::dynamic_pointer_cast<NSString>(anno.attribute(*QzFontNameAttribute));
+        const auto style = std::dynamic_pointer_cast<NSString>(anno.attribute(*QzFontStyleAttribute));
+        if (family) name = fontnameWithName(family, style);
+    }
+    if (!name) return;
+    set("font", name);
+    set("en_font", NSNumber::numberWithBool(true));
+}
+
+void QzAnnoEditor::copyMargins(const QzAnno& anno) {
+    const Ref<NSObject> value = anno.attribute(*QzBoundingBoxAttribute);
+    if (!value) return;
+    const auto text = std::dynamic_pointer_cast<NSString>(value);
+    const NSRect box = text ? NSRectFromString(*text) : NSRect();
+    const auto [width, height] = screensize_;
+    const auto setMargin = [this](const char* field, float margin) { set(field, NSNumber::numberWithDouble(margin)); };
+    setMargin("marginst", box.origin.y * height);
+    setMargin("marginsb", height - (box.origin.y + box.size.height) * height);
+    setMargin("marginsl", box.origin.x * width);
+    setMargin("marginsr", width - (box.origin.x + box.size.width) * width);
+    set("en_margins", NSNumber::numberWithBool(true));
+}
+
+Ref<NSString> QzAnnoEditor::boundingBoxOfMargins() const {
+    const auto margin = [this](const char* field) {
+        return std::static_pointer_cast<NSNumber>(fields_.at(field))->doubleValue();
+    };
+    const double left = margin("marginsl"), right = margin("marginsr");
+    const double top = margin("marginst"), bottom = margin("marginsb");
+    const double width = screensize_.width, height = screensize_.height;
+    return NSStringFromRect(
+        {{static_cast<float>(left / width), static_cast<float>(top / height)},
+         {static_cast<float>((width - right - left) / width), static_cast<float>((height - bottom - top) / height)}});
+}
+
+Ref<QzAnno> QzAnnoEditor::copyToAnno() const {
+    if (!editing_ || !originalAnno_) return {};
+    const Ref<QzMutableAnno> anno = originalAnno_->mutableCopy();
+    const auto write = [&](const char* flag, const Ref<NSString>& attribute, const Ref<NSObject>& value) {
+        anno->setAttribute(attribute, isOn(flag) ? value : nullptr);
+    };
+    write("en_font", QzFontAttribute, fields_.at("font"));
+    anno->setAttribute(QzFontNameAttribute, nullptr);
+    anno->setAttribute(QzFontStyleAttribute, nullptr);
+    for (const PlainEditorField& field : plainEditorFields())
+        write(field.flag, field.attribute, fields_.at(field.field));
+    for (const PointEditorField& field : pointEditorFields()) {
+        write(field.flag, field.attribute, NSStringFromPoint({real(field.x), real(field.y)}));
+    }
+    const auto type = std::static_pointer_cast<NSNumber>(fields_.at("tboxtype"));
+    write("en_tbox", QzTextBoundingBoxAppearanceAttribute,
+          QzBBoxInfo::qzbbWithColor(std::static_pointer_cast<NSColor>(fields_.at("tboxcolor")), type->intValue()));
+    write("en_margins", QzBoundingBoxAttribute, boundingBoxOfMargins());
+    return anno;
+}
+
+// Editing
+
+Ref<QzAnnoPalette> QzAnnoEditor::palette() const {
+    const Ref<QzAnnoPaletteAsTable> host = outlets_.paletteHost.lock();
+    return host ? host->palette() : nullptr;
+}
+
+void QzAnnoEditor::setAnno(const Ref<QzAnno>& anno) {
+    if (editing_) return;
+    okay(shared_from_this());
+    if (!anno) return;
+    const Ref<NSColor> background = NSUserDefaults::standardUserDefaults().colorForKey("App Background Color");
+    if (background && outlets_.annowindow) outlets_.annowindow->setBackgroundColor(background);
+    change("isEditing", editing_, true);
+    originalAnno_ = anno->copy();
+    origannoname_ = anno->annokey()->name();
+    copyFromAnno();
+    NSColorPanel::sharedColorPanel().setShowsAlpha(true);
+    if (outlets_.annowindow) outlets_.annowindow->makeKeyAndOrderFront(shared_from_this());
+    showPage(anno->name()->utf8() == "NEW" ? kPageOfNewAnno : kPageOfOtherAnno);
+}
+
+void QzAnnoEditor::showPage(int32_t page) {
+    if (!outlets_.tabview) return;
+    outlets_.tabview->selectTabViewItemAtIndex(page);
+    if (const Ref<NSTableView> table = tv_.lock()) table->selectRow(page, false);
+}
+
+void QzAnnoEditor::applyAnno(const Ref<QzAnno>& anno) {
+    const Ref<QzAnnoPalette> palette = this->palette();
+    if (!anno || !palette) return;
+    Ref<NSString> name;
+    if (isOn("en_annoname")) {
+        name = anno == originalAnno_ ? origannoname_ : std::static_pointer_cast<NSString>(fields_["annoname"]);
+    }
+    replaceAnnoNamed(*palette, anno->copy(), name);
+}
+
+void QzAnnoEditor::apply(const Ref<NSObject>& /*sender*/) {
+    applyAnno(copyToAnno());
+}
+
+void QzAnnoEditor::revert(const Ref<NSObject>& /*sender*/) {
+    copyFromAnno();
+}
+
+void QzAnnoEditor::okay(const Ref<NSObject>& sender) {
+    apply(sender);
+    close();
+}
+
+void QzAnnoEditor::cancel(const Ref<NSObject>& /*sender*/) {
+    // The flag may have been cleared since; the name goes back all the same.
+    if (originalAnno_ && !originalAnno_->annokey()->isDefault())
+        fields_["en_annoname"] = NSNumber::numberWithBool(true);
+    applyAnno(originalAnno_);
+    close();
+}
+
+void QzAnnoEditor::close() {
+    if (fontpanel_) fontpanel_->orderOut(shared_from_this());
+    if (outlets_.annowindow) outlets_.annowindow->orderOut(shared_from_this());
+    change("isEditing", editing_, false);
+    originalAnno_.reset();
+    origannoname_.reset();
+}
+
+void QzAnnoEditor::windowWillClose(const NSNotification& /*notification*/) {
+    close();
+}
+
+Ref<NSUndoManager> QzAnnoEditor::windowWillReturnUndoManager(NSWindow& /*window*/) {
+    const Ref<QzAnnoPalette> palette = this->palette();
+    return palette ? palette->undoManager() : nullptr;
+}
+
+// Fonts
+
+void QzAnnoEditor::editFont(const Ref<NSObject>& sender) {
+    prepareFontPanel();
+    if (fontpanel_) fontpanel_->makeKeyAndOrderFront(sender);
+}
+
+void QzAnnoEditor::changeFont(const Ref<NSObject>& sender) {
+    const auto fonts = std::dynamic_pointer_cast<NSFontManager>(sender);
+    const Ref<NSFont> font = fonts ? fonts->convertFont(fonts->selectedFont()) : nullptr;
+    if (!font) {
+        NSLog("No font!!1\n");
+        return;
+    }
+    setValue(font->fontName(), "font");
+}
+
+uint32_t QzAnnoEditor::validModesForFontPanel(NSWindow& /*fontPanel*/) {
+    return NSFontPanelFaceModeMask | NSFontPanelCollectionModeMask;
+}
+
+// Pages
+
+int32_t QzAnnoEditor::numberOfRowsInTableView(NSTableView& /*tableView*/) {
+    return outlets_.tabview ? outlets_.tabview->numberOfTabViewItems() : 0;
+}
+
+Ref<NSObject> QzAnnoEditor::objectValueForTableColumn(NSTableView& tableView, NSTableColumn& /*column*/, int32_t row) {
+    if (tv_.expired()) tv_ = refTo(tableView);
+    return outlets_.tabview ? outlets_.tabview->labelOfTabViewItemAtIndex(row) : nullptr;
+}
+
+void QzAnnoEditor::tableViewSelectionDidChange(const NSNotification& notification) {
+    const auto tableView = std::dynamic_pointer_cast<NSTableView>(notification.object);
+    if (tableView && outlets_.tabview) outlets_.tabview->selectTabViewItemAtIndex(tableView->selectedRow());
+}
+
+}  // namespace qz

@@ -1,0 +1,120 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "platform/foundation/NSGeometry.h"
+#include "platform/ui/NSFontManager.h"
+#include "platform/ui/NSKeyValueObserving.h"
+#include "platform/ui/NSPopUpButton.h"
+#include "platform/ui/NSTabView.h"
+#include "platform/ui/NSTableView.h"
+#include "platform/ui/NSWindow.h"
+
+namespace qz {
+
+class QzAnnoPaletteAsTable;
+
+/// Edits one annotation in a panel: copies its attributes into fields, each group with a flag that says whether the
+/// annotation sets the attribute at all, and writes them back into the palette when asked.
+///
+/// The fields are observable properties, named as `updateAllKeys` lists them; numbers of reals, whole numbers for
+/// codes, strings and colours. Margins are in units of the screen whose size the action "requestScreenSize:" brings, or
+/// per cent when nobody answers it. "isEditing" is observable too.
+class QzAnnoEditor final : public NSResponder,
+                           public NSKeyValueObserving,
+                           public NSTableViewDataSource,
+                           public NSTableViewDelegate,
+                           public NSWindowDelegate,
+                           public NSFontPanelValidation {
+public:
+    /// What the interface file connects.
+    struct Outlets {
+        Ref<NSTabView> tabview;
+        WeakRef<QzAnnoPaletteAsTable> paletteHost;
+        Ref<NSWindow> annowindow;
+        Ref<NSPopUpButton> hpopup;
+        Ref<NSPopUpButton> vpopup;
+        /// Lists the pages; asks this editor for them.
+        Ref<NSTableView> pages;
+    };
+
+    static Ref<QzAnnoEditor> init();
+    ~QzAnnoEditor() override;
+
+    void connectOutlets(const Outlets& outlets);
+    void setPaletteHost(const Ref<QzAnnoPaletteAsTable>& host) { outlets_.paletteHost = host; }
+    /// Fills the alignment menus and readies the font panel.
+    void awakeFromNib();
+
+    /// In points. A size without area is no screen, and counts as 100 x 100.
+    void setScreenSize(NSSize size) { screensize_ = size; }
+    /// Begins to edit a copy of the annotation; ignored while another is being edited. None only closes the panel.
+    void setAnno(const Ref<QzAnno>& anno);
+    bool isEditing() const { return editing_; }
+
+    // Actions.
+    /// Writes the fields into the palette; any number of times.
+    void apply(const Ref<NSObject>& sender);
+    /// Fills the fields from the annotation as it was when editing began.
+    void revert(const Ref<NSObject>& sender);
+    void okay(const Ref<NSObject>& sender);
+    /// Puts the annotation back into the palette as it was when editing began, its name included.
+    void cancel(const Ref<NSObject>& sender);
+    void editFont(const Ref<NSObject>& sender);
+    void changeFont(const Ref<NSObject>& sender);
+    bool validateUserInterfaceItem(const NSObject& /*item*/) const { return true; }
+
+    /// Ends the edit and writes nothing back.
+    void close();
+
+    /// The names of all fields, flags first, in the order in which changes are announced.
+    static const std::vector<std::string>& updateAllKeys();
+    /// The annotation with the attributes that the fields describe; none while nothing is edited.
+    Ref<QzAnno> copyToAnno() const;
+    Ref<NSObject> valueForUndefinedKey(const std::string& key) const override;
+
+    int32_t numberOfRowsInTableView(NSTableView& tableView) override;
+    Ref<NSObject> objectValueForTableColumn(NSTableView& tableView, NSTableColumn& column, int32_t row) override;
+    bool shouldEditTableColumn(NSTableView& /*tableView*/, NSTableColumn& /*column*/, int32_t /*row*/) override {
+        return false;
+    }
+    void tableViewSelectionDidChange(const NSNotification& notification) override;
+    void windowWillClose(const NSNotification& notification) override;
+    Ref<NSUndoManager> windowWillReturnUndoManager(NSWindow& window) override;
+    uint32_t validModesForFontPanel(NSWindow& fontPanel) override;
+
+    std::string className() const override { return "QzAnnoEditor"; }
+
+private:
+    QzAnnoEditor();
+
+    void copyFromAnno();
+    void applyAnno(const Ref<QzAnno>& anno);
+    void requestScreenSize();
+    void setFieldsToDefaults();
+    void copyFont(const QzAnno& anno);
+    void copyMargins(const QzAnno& anno);
+    Ref<NSString> boundingBoxOfMargins() const;
+    void prepareFontPanel();
+    void showPage(int32_t page);
+
+    bool isOn(const char* flag) const;
+    float real(const char* field) const;
+    void set(const std::string& field, const Ref<NSObject>& value);
+    Ref<QzAnnoPalette> palette() const;
+
+    Outlets outlets_;
+    bool editing_ = false;
+    Ref<QzAnno> originalAnno_;
+    Ref<NSString> origannoname_;
+    // Every field and flag by its name.
+    std::map<std::string, Ref<NSObject>> fields_;
+    NSSize screensize_ = {100, 100};
+    Ref<NSWindow> fontpanel_;
+    WeakRef<NSTableView> tv_;
+};
+
+}  // namespace qz

@@ -1,0 +1,244 @@
+#include "QzAnno_AnnotatedTextFramework/ui/QzAnnoPaletteAsTable.h"
+
+#include <QLabel>
+#include <algorithm>
+
+#include "QzAnno_AnnotatedTextFramework/ui/AnnotationReporting.h"
+#include "QzAnno_AnnotatedTextFramework/ui/KeyRenaming.h"
+#include "QzAnno_AnnotatedTextFramework/ui/KeySets.h"
+#include "QzAnno_AnnotatedTextFramework/ui/QzAnnoEditor.h"
+#include "QzAnno_AnnotatedTextFramework/ui/QzAnnotationManager.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSNumber.h"
+#include "platform/ui/NSApplication.h"
+
+namespace qz {
+namespace {
+
+constexpr float kNameFontSize = 10.0f;
+
+bool hasIdentifier(const NSTableColumn& column, const char* identifier) {
+    return column.identifier()->utf8() == identifier;
+}
+
+bool holds(const Ref<NSSet>& set, const QzAnnoKey& key) {
+    return set && set->containsObject(key);
+}
+
+/// Equal as sets; none equals only none.
+bool areEqualSets(const Ref<NSSet>& a, const Ref<NSSet>& b) {
+    return areEqual(a, b);
+}
+
+}  // namespace
+
+QzAnnoPaletteAsTable::QzAnnoPaletteAsTable() {
+    defineProperty("palette", {[this] { return annotationPalette_; }, nullptr});
+    defineProperty("editPrio", {[this] { return NSNumber::numberWithInt(editPrio_); }, nullptr});
+    defineProperty("haveMouseSelected", {[this] { return NSNumber::numberWithBool(haveMouseSelected_); }, nullptr});
+    defineProperty("haveNonGlobalSelected",
+                   {[this] { return NSNumber::numberWithBool(haveNonGlobalSelected_); }, nullptr});
+    setHandler("newAnno:", [this](const Ref<NSObject>& sender) { newAnno(sender); });
+    setHandler("editAnno:", [this](const Ref<NSObject>& sender) { editAnno(sender); });
+    setHandler("deleteAnno:", [this](const Ref<NSObject>& sender) { deleteAnno(sender); });
+}
+
+Ref<QzAnnoPaletteAsTable> QzAnnoPaletteAsTable::init() {
+    return Ref<QzAnnoPaletteAsTable>(new QzAnnoPaletteAsTable);
+}
+
+QzAnnoPaletteAsTable::~QzAnnoPaletteAsTable() {
+    NSNotificationCenter::defaultCenter().removeObserver(this);
+    if (!outlets_.tableView) return;
+    outlets_.tableView->setDelegate(nullptr);
+    outlets_.tableView->setDataSource(nullptr);
+}
+
+void QzAnnoPaletteAsTable::connectOutlets(const Outlets& outlets) {
+    outlets_ = outlets;
+    outlets_.tableView->setMenu(outlets_.menuForTable);
+    outlets_.tableView->setDelegate(this);
+    outlets_.tableView->setDataSource(this);
+}
+
+void QzAnnoPaletteAsTable::awakeFromNib() {
+    outlets_.tableView->registerForDraggedType(QzTaviAnnoPalettePboardType);
+    const Ref<NSButtonCell> toggle = NSButtonCell::init();
+    toggle->setButtonType(NSButtonType::toggle);
+    if (const auto column = outlets_.tableView->tableColumnWithIdentifier(*"Frame"_ns)) column->setDataCell(toggle);
+}
+
+void QzAnnoPaletteAsTable::setAnnotationPalette(const Ref<QzAnnoPalette>& palette) {
+    NSNotificationCenter& notifications = NSNotificationCenter::defaultCenter();
+    willChangeValueForKey("palette");
+    // The former palette lives to the end of the change, whoever else has let go of it.
+    const Ref<QzAnnoPalette> former = std::exchange(annotationPalette_, palette);
+    notifications.removeObserver(this);
+    if (outlets_.DBGtext) {
+        // The address, cut to the width of the format, as a number that tells two palettes apart.
+        const auto identity = static_cast<int32_t>(reinterpret_cast<uintptr_t>(palette.get()));
+        outlets_.DBGtext->setText(
+            QString::fromStdString(palette ? stringWithFormat("Palette ID: %i", {identity}) : "No Palette"));
+    }
+    if (palette) {
+        notifications.addObserver(
+            this, [this](const NSNotification& notification) { reloadTable(notification); }, {}, palette.get());
+        // An undone deletion is announced by nobody else.
+        if (const Ref<NSUndoManager> undo = palette->undoManager()) {
+            notifications.addObserver(
+                this, [this](const NSNotification& notification) { reloadTable(notification); },
+                NSUndoManagerDidUndoChangeNotification, undo.get());
+            NSApplication::sharedApplication().groupUndoByEvent(undo);
+        }
+    }
+    if (outlets_.tableView) outlets_.tableView->reloadData();
+    forgetRowSelection();
+    didChangeValueForKey("palette");
+}
+
+void QzAnnoPaletteAsTable::forgetRowSelection() {
+    change("haveMouseSelected", haveMouseSelected_, false);
+    change("haveNonGlobalSelected", haveNonGlobalSelected_, false);
+}
+
+void QzAnnoPaletteAsTable::reloadTable(const NSNotification& /*notification*/) {
+    if (outlets_.tableView) outlets_.tableView->reloadData();
+}
+
+// Rows
+
+Ref<QzAnnoKey> QzAnnoPaletteAsTable::keyOfRow(int32_t row) const {
+    return annotationPalette_ ? annotationPalette_->annoKeyAtPriority(maxPriority() - row) : nullptr;
+}
+
+int32_t QzAnnoPaletteAsTable::numberOfRowsInTableView(NSTableView& /*tableView*/) {
+    return annotationPalette_ ? maxPriority() + 1 : 0;
+}
+
+int32_t QzAnnoPaletteAsTable::stateOfRow(int32_t row, const QzAnnoKey& key) const {
+    if (holds(shadedSelection_, key)) return -1;
+    return holds(currentSelection_, key) || row == maxPriority() || holds(frameSelection_, key) ? 1 : 0;
+}
+
+Ref<NSObject> QzAnnoPaletteAsTable::objectValueForTableColumn(NSTableView& /*tableView*/, NSTableColumn& column,
+                                                              int32_t row) {
+    const Ref<QzAnnoKey> key = keyOfRow(row);
+    if (!key) return {};
+    if (hasIdentifier(column, "selectionstate")) return NSNumber::numberWithInt(stateOfRow(row, *key));
+    if (hasIdentifier(column, "Annotations")) {
+        column.dataCell()->setRepresentedObject(key);
+        return row == maxPriority() ? "Default"_ns : annotationPalette_->lookupAnno(key)->name();
+    }
+    if (hasIdentifier(column, "Frame")) return NSNumber::numberWithBool(annotationPalette_->contains(key));
+    return {};
+}
+
+void QzAnnoPaletteAsTable::willDisplayCell(NSTableView& /*tableView*/, NSCell& cell, NSTableColumn& forColumn,
+                                           int32_t row) {
+    auto* button = dynamic_cast<NSButtonCell*>(&cell);
+    if (hasIdentifier(forColumn, "selectionstate") && button) button->setTransparent(row == maxPriority());
+    if (hasIdentifier(forColumn, "Annotations")) cell.setFont(NSFont::systemFontOfSize(kNameFontSize));
+    if (hasIdentifier(forColumn, "Frame") && button) {
+        button->setTitle(NSString::stringWithUTF8String(stringWithFormat("%i", {row})));
+    }
+}
+
+void QzAnnoPaletteAsTable::setObjectValue(NSTableView& /*tableView*/, const Ref<NSObject>& value, NSTableColumn& column,
+                                          int32_t row) {
+    if (hasIdentifier(column, "selectionstate")) toggleRow(row);
+    if (hasIdentifier(column, "Annotations")) renameRow(row, value);
+    if (hasIdentifier(column, "Frame")) {
+        NSApplication::sharedApplication().sendAction("toggleFrameAnno:", {}, keyOfRow(row));
+    }
+}
+
+void QzAnnoPaletteAsTable::renameRow(int32_t row, const Ref<NSObject>& toName) {
+    const auto name = std::dynamic_pointer_cast<NSString>(toName);
+    const Ref<QzAnnoKey> key = keyOfRow(row);
+    if (!name || !key || row == maxPriority()) return;
+    replaceAnnoNamed(*annotationPalette_, annotationPalette_->lookupAnno(key), name);
+}
+
+bool QzAnnoPaletteAsTable::shouldEditTableColumn(NSTableView& /*tableView*/, NSTableColumn& column, int32_t row) {
+    NSLog("Should edit?\n");
+    if (!hasIdentifier(column, "Annotations")) return true;
+    change("editPrio", editPrio_, maxPriority() - row);
+    editAnno({});
+    return false;
+}
+
+void QzAnnoPaletteAsTable::tableViewSelectionDidChange(const NSNotification& notification) {
+    const auto tableView = std::dynamic_pointer_cast<NSTableView>(notification.object);
+    const int32_t row = tableView ? tableView->selectedRow() : -1;
+    change("haveMouseSelected", haveMouseSelected_, row != -1);
+    if (row <= maxPriority()) change("editPrio", editPrio_, maxPriority() - row);
+    change("haveNonGlobalSelected", haveNonGlobalSelected_, editPrio_ > 0);
+}
+
+// What the text's selection carries
+
+void QzAnnoPaletteAsTable::annotationChangeSelectionUpdate(const NSNotification& notification) {
+    Ref<NSSet> immutable, selected, sparse;
+    if (!getImmutableAnnotationKeys(notification.object, immutable, selected, sparse)) return;
+    if (areEqualSets(immutable, frameSelection_) && areEqualSets(selected, currentSelection_) &&
+        areEqualSets(sparse, shadedSelection_)) {
+        return;
+    }
+    frameSelection_ = immutable;
+    currentSelection_ = selected;
+    shadedSelection_ = sparse;
+    updateSelection();
+}
+
+void QzAnnoPaletteAsTable::toggleRow(int32_t row) {
+    const Ref<QzAnnoKey> key = keyOfRow(row);
+    if (!key) return;
+    const Ref<NSSet> toggled = NSSet::setWithObject(key);
+    const Ref<NSSet> changed =
+        holds(currentSelection_, *key) ? difference(currentSelection_, toggled) : unionOf(currentSelection_, toggled);
+    currentSelection_ = difference(changed, NSSet::setWithObject(annotationPalette_->lookupAnno({})->annokey()));
+    updateSelection();
+    if (outlets_.delegate)
+        outlets_.delegate->sendChangeAnno(std::static_pointer_cast<QzAnnoPaletteAsTable>(shared_from_this()));
+}
+
+void QzAnnoPaletteAsTable::updateSelection() {
+    if (!outlets_.tableView) return;
+    outlets_.tableView->deselectAll({});
+    outlets_.tableView->reloadData();
+}
+
+// Actions
+
+void QzAnnoPaletteAsTable::newAnno(const Ref<NSObject>& /*sender*/) {
+    const Ref<QzAnno> anno = annotationPalette_ ? annotationPalette_->createAnno("NEW"_ns) : nullptr;
+    const Ref<QzAnnoEditor> editor = outlets_.annoAsTable.lock();
+    if (!anno || !editor) return;
+    editor->setAnno(anno);
+    editor->apply(shared_from_this());
+}
+
+void QzAnnoPaletteAsTable::editAnno(const Ref<NSObject>& /*sender*/) {
+    const Ref<QzAnnoEditor> editor = outlets_.annoAsTable.lock();
+    if (!annotationPalette_ || !editor) return;
+    editor->setAnno(annotationPalette_->lookupAnno(annotationPalette_->annoKeyAtPriority(editPrio_)));
+}
+
+void QzAnnoPaletteAsTable::deleteAnno(const Ref<NSObject>& /*sender*/) {
+    if (editPrio_ < 1 || !annotationPalette_) return;
+    annotationPalette_->removeAnno(annotationPalette_->annoKeyAtPriority(editPrio_));
+    if (outlets_.tableView) outlets_.tableView->deselectAll({});
+    forgetRowSelection();
+}
+
+bool QzAnnoPaletteAsTable::validateMenuItem(const NSMenuItem& item) {
+    const Ref<QzAnnoEditor> editor = outlets_.annoAsTable.lock();
+    if ((editor && editor->isEditing()) || !annotationPalette_ || !annotationPalette_->editable()) return false;
+    return item.action() != "deleteAnno:" || editPrio_ > 0;
+}
+
+Ref<NSMenu> QzAnnoPaletteAsTable::menuForRow(int32_t /*row*/, int32_t /*column*/) {
+    return {};
+}
+
+}  // namespace qz

@@ -1,0 +1,120 @@
+#pragma once
+
+#include "QzAnno_AnnotatedTextFramework/ui/MenuContextTableView.h"
+#include "QzAnno_AnnotatedTextFramework/ui/QzAnnoChanging.h"
+#include "platform/ui/NSKeyValueObserving.h"
+#include "platform/ui/NSMenu.h"
+#include "platform/ui/NSTableView.h"
+
+class QLabel;
+
+namespace qz {
+
+class QzAnnoEditor;
+class QzAnnotationManager;
+
+/// The pasteboard type of dragged rows: an array of row numbers.
+inline const Ref<NSString> QzTaviAnnoPalettePboardType = "Tavi Annotation Selection Pasteboard"_ns;
+
+/// Shows one palette as a table: a row for each annotation, the highest priority first and the global annotation last,
+/// with what the text selection carries, and drives everything that a user does to a palette.
+///
+/// Columns "selectionstate", "Annotations" and "Frame". Observable: "palette", "haveMouseSelected",
+/// "haveNonGlobalSelected" and "editPrio". Follows every notification of its palette. What the palette refuses changes
+/// nothing.
+class QzAnnoPaletteAsTable final : public NSResponder,
+                                   public QzAnnoChanging,
+                                   public NSKeyValueObserving,
+                                   public NSTableViewDataSource,
+                                   public NSTableViewDelegate,
+                                   public MenuContextTableViewDelegate,
+                                   public NSMenuValidation {
+public:
+    /// What the interface file connects; not owned but for the table view and its menu.
+    struct Outlets {
+        QLabel* DBGtext = nullptr;
+        Ref<MenuContextTableView> tableView;
+        Ref<NSMenu> menuForTable;
+        WeakRef<QzAnnoEditor> annoAsTable;
+        QzAnnotationManager* delegate = nullptr;
+    };
+
+    static Ref<QzAnnoPaletteAsTable> init();
+    ~QzAnnoPaletteAsTable() override;
+
+    /// Becomes the table view's data source and delegate.
+    void connectOutlets(const Outlets& outlets);
+    void setManager(QzAnnotationManager* manager) { outlets_.delegate = manager; }
+    /// Readies the connected table view for drags and toggles.
+    void awakeFromNib();
+
+    /// None shows an empty table. The text's selection stays on show until it changes.
+    void setAnnotationPalette(const Ref<QzAnnoPalette>& palette);
+    Ref<QzAnnoPalette> palette() const override { return annotationPalette_; }
+    /// The keys that are on for the text's selection, and those that the user has switched on since; none at the start.
+    Ref<NSSet> selectedAnnoKeys() const override { return currentSelection_; }
+    const Ref<NSSet>& shadedSelection() const { return shadedSelection_; }
+    const Ref<NSSet>& frameSelection() const { return frameSelection_; }
+
+    /// The priority of the annotation that editing and deletion act on; one beyond the highest while no row is
+    /// selected.
+    int32_t editPrio() const { return editPrio_; }
+    bool haveMouseSelected() const { return haveMouseSelected_; }
+    bool haveNonGlobalSelected() const { return haveNonGlobalSelected_; }
+
+    void reloadTable(const NSNotification& notification);
+    /// Switches the row's annotation on or off for the selected text.
+    void toggleRow(int32_t row);
+    /// Deselects all rows and redraws them.
+    void updateSelection();
+    /// Takes over what the notification's object, a text view, reports of its selection.
+    void annotationChangeSelectionUpdate(const NSNotification& notification);
+
+    // Actions.
+    void newAnno(const Ref<NSObject>& sender);
+    void editAnno(const Ref<NSObject>& sender);
+    void deleteAnno(const Ref<NSObject>& sender);
+    bool validateMenuItem(const NSMenuItem& item) override;
+    Ref<NSMenu> menuForRow(int32_t row, int32_t column) override;
+
+    // The table.
+    int32_t numberOfRowsInTableView(NSTableView& tableView) override;
+    Ref<NSObject> objectValueForTableColumn(NSTableView& tableView, NSTableColumn& column, int32_t row) override;
+    void setObjectValue(NSTableView& tableView, const Ref<NSObject>& value, NSTableColumn& column,
+                        int32_t row) override;
+    bool writeRows(NSTableView& tableView, const std::vector<int32_t>& rows,
+                   const Ref<NSPasteboard>& toPasteboard) override;
+    uint32_t validateDrop(NSTableView& tableView, const Ref<NSPasteboard>& pasteboard, int32_t proposedRow,
+                          NSTableViewDropOperation proposedDropOperation) override;
+    bool acceptDrop(NSTableView& tableView, const Ref<NSPasteboard>& pasteboard, int32_t row,
+                    NSTableViewDropOperation dropOperation) override;
+    void willDisplayCell(NSTableView& tableView, NSCell& cell, NSTableColumn& forColumn, int32_t row) override;
+    bool shouldEditTableColumn(NSTableView& tableView, NSTableColumn& column, int32_t row) override;
+    bool shouldSelectTableColumn(NSTableView& /*tableView*/, NSTableColumn& /*column*/) override { return false; }
+    void tableViewSelectionDidChange(const NSNotification& notification) override;
+
+    std::string className() const override { return "QzAnnoPaletteAsTable"; }
+
+private:
+    QzAnnoPaletteAsTable();
+
+    int32_t maxPriority() const { return annotationPalette_ ? annotationPalette_->maxPriority() : 0; }
+    /// None beyond the rows and without a palette.
+    Ref<QzAnnoKey> keyOfRow(int32_t row) const;
+    int32_t stateOfRow(int32_t row, const QzAnnoKey& key) const;
+    void renameRow(int32_t row, const Ref<NSObject>& toName);
+    void forgetRowSelection();
+    void moveBelow(const Ref<QzAnnoKey>& anchor, const std::vector<Ref<QzAnnoKey>>& keys);
+    void moveToTop(const std::vector<Ref<QzAnnoKey>>& keys);
+
+    Outlets outlets_;
+    Ref<QzAnnoPalette> annotationPalette_;
+    Ref<NSSet> currentSelection_;
+    Ref<NSSet> shadedSelection_;
+    Ref<NSSet> frameSelection_;
+    int32_t editPrio_ = 0;
+    bool haveMouseSelected_ = false;
+    bool haveNonGlobalSelected_ = false;
+};
+
+}  // namespace qz

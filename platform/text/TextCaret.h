@@ -1,0 +1,54 @@
+#pragma once
+
+#include <optional>
+
+#include "platform/text/CaretGeometry.h"
+#include "platform/text/NSTextView.h"
+
+namespace qz {
+
+/// Moves the insertion point and the selection of a text view by keys and by the pointer, as its text looks on the
+/// screen: left and right go by sight, also where directions mix, and no place lies inside a grapheme cluster.
+///
+/// Follows selections that others set. Points are in container coordinates. Used on the view's thread.
+class TextCaret {
+public:
+    enum class Motion { left, right, wordLeft, wordRight, up, down, lineStart, lineEnd, textStart, textEnd };
+
+    explicit TextCaret(const Ref<NSTextView>& view) : view_(view) {}
+
+    /// With `extend`, the other end of the selection stays. Without, left and right collapse a selection to its edge.
+    void move(Motion motion, bool extend);
+    void moveToPoint(NSPoint point, bool extend);
+    void selectWordAtPoint(NSPoint point);
+    void selectParagraphAtPoint(NSPoint point);
+    void selectAll();
+    /// Deletes the selection, or else the word before or behind the insertion point.
+    bool deleteWord(bool backward);
+
+    /// The end of the selection that moves.
+    uint32_t position();
+    /// The insertion point, without width. In an empty text it stands where the alignment asks, at the container's top.
+    NSRect rect();
+    /// What is shown of the selection.
+    std::vector<NSRect> selectionRects() const;
+    /// The nearest insertion point.
+    uint32_t indexAtPoint(NSPoint point) const;
+
+private:
+    std::vector<CaretLine> lines() const;
+    void followSelection();
+    void goTo(CaretPlace place, bool extend);
+    void moveSideways(const std::vector<CaretLine>& lines, bool toRight, bool extend);
+    void moveAcrossLines(const std::vector<CaretLine>& lines, bool down, bool extend);
+    NSRect rectInEmptyText() const;
+
+    const Ref<NSTextView> view_;
+    // The end of the selection that stays.
+    uint32_t anchor_ = 0;
+    CaretPlace place_;
+    // Where moves up and down aim at.
+    std::optional<float> aimX_;
+};
+
+}  // namespace qz

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QWidget>
+
+#include "platform/text/NSFont.h"
+
+class QDoubleSpinBox;
+class QLabel;
+class QLineEdit;
+class QListWidget;
+
+namespace qz {
+
+class NSFontManager;
+
+/// Families, the faces of one, and, where that is wanted, a size.
+class FontPanelWidget final : public QWidget {
+public:
+    explicit FontPanelWidget(NSFontManager& manager);
+
+    void showFont(const Ref<NSFont>& font, bool isMultiple);
+    void showControls(bool family, bool face, bool size);
+
+private:
+    void listFamilies(const QString& filter);
+    void listFaces();
+    void choose();
+
+    NSFontManager& manager_;
+    QLineEdit* search_;
+    QListWidget* families_;
+    QListWidget* faces_;
+    QDoubleSpinBox* size_;
+    QLabel* note_;
+    // Lists are being filled, which is no choice of the user.
+    bool isFilling_ = false;
+};
+
+}  // namespace qz

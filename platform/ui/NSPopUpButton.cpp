@@ -1,0 +1,37 @@
+#include "platform/ui/NSPopUpButton.h"
+
+#include <QComboBox>
+
+#include "platform/ui/QtValues.h"
+
+namespace qz {
+
+NSPopUpButton::NSPopUpButton(QComboBox* widget) : NSView(widget) {}
+
+Ref<NSPopUpButton> NSPopUpButton::popUpButtonWithWidget(QComboBox* widget) {
+    return Ref<NSPopUpButton>(new NSPopUpButton(widget));
+}
+
+QComboBox* NSPopUpButton::comboBox() const {
+    return static_cast<QComboBox*>(widget());
+}
+
+void NSPopUpButton::setMenu(const Ref<NSMenu>& menu) {
+    menu_ = menu;
+    if (!comboBox()) return;
+    comboBox()->clear();
+    for (const Ref<NSMenuItem>& item : menu->items()) comboBox()->addItem(toQt(*item->title()), item->tag());
+}
+
+bool NSPopUpButton::selectItemWithTag(int32_t tag) {
+    const int index = comboBox() ? comboBox()->findData(tag) : -1;
+    if (index >= 0) comboBox()->setCurrentIndex(index);
+    return index >= 0;
+}
+
+int32_t NSPopUpButton::selectedTag() const {
+    const QVariant tag = comboBox() ? comboBox()->currentData() : QVariant();
+    return tag.isValid() ? tag.toInt() : -1;
+}
+
+}  // namespace qz

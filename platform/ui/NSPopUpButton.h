@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/ui/NSMenu.h"
+#include "platform/ui/NSView.h"
+
+class QComboBox;
+
+namespace qz {
+
+/// A button that shows the item chosen last from a menu.
+class NSPopUpButton final : public NSView {
+public:
+    static Ref<NSPopUpButton> popUpButtonWithWidget(QComboBox* widget);
+
+    const Ref<NSMenu>& menu() const { return menu_; }
+    void setMenu(const Ref<NSMenu>& menu);
+    /// False when the menu has no item of that tag; the choice then stays.
+    bool selectItemWithTag(int32_t tag);
+    /// -1 when nothing is chosen.
+    int32_t selectedTag() const;
+
+    std::string className() const override { return "NSPopUpButton"; }
+
+private:
+    explicit NSPopUpButton(QComboBox* widget);
+    QComboBox* comboBox() const;
+
+    Ref<NSMenu> menu_;
+};
+
+}  // namespace qz

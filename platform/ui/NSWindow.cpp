@@ -1,0 +1,141 @@
+#include "platform/ui/NSWindow.h"
+
+#include <QEvent>
+#include <QKeyEvent>
+#include <QWidget>
+
+#include "platform/ui/NSApplication.h"
+#include "platform/ui/QtValues.h"
+
+namespace qz {
+
+/// Sees the events of a window's widget, and the keys of all widgets in it, before they do.
+class NSWindow::EventFilter final : public QObject {
+public:
+    explicit EventFilter(NSWindow& window) : window_(window) {}
+
+    bool eventFilter(QObject* object, QEvent* event) override {
+        if (object != window_.widget()) return false;
+        switch (event->type()) {
+            case QEvent::Close:
+                if (window_.delegate_)
+                    window_.delegate_->windowWillClose({NSWindowWillCloseNotification, refTo(window_), {}});
+                return false;
+            case QEvent::WindowStateChange:
+                if (window_.delegate_ && window_.widget()->isMinimized())
+                    window_.delegate_->windowDidMiniaturize({NSWindowDidMiniaturizeNotification, refTo(window_), {}});
+                return false;
+            case QEvent::ShortcutOverride:
+            case QEvent::KeyPress:
+                return handleKey(*static_cast<QKeyEvent*>(event));
+            default:
+                return false;
+        }
+    }
+
+private:
+    /// Keys that no view in the window has taken.
+    bool handleKey(QKeyEvent& event) {
+        const bool isUndo = event.matches(QKeySequence::Undo);
+        if (!isUndo && !event.matches(QKeySequence::Redo)) return false;
+        const Ref<NSUndoManager> undo = window_.undoManager();
+        if (!undo) return false;
+        event.accept();
+        if (event.type() == QEvent::KeyPress) isUndo ? undo->undo() : undo->redo();
+        return true;
+    }
+
+    NSWindow& window_;
+};
+
+NSWindow::NSWindow(QWidget* widget) : NSView(widget), filter_(std::make_unique<EventFilter>(*this)) {
+    if (widget) widget->installEventFilter(filter_.get());
+}
+
+NSWindow::~NSWindow() {
+    delete widget();
+}
+
+Ref<NSWindow> NSWindow::windowWithWidget(QWidget* widget) {
+    if (widget) widget->setParent(nullptr, Qt::Window);
+    return Ref<NSWindow>(new NSWindow(widget));
+}
+
+Ref<NSString> NSWindow::title() const {
+    return widget() ? fromQt(widget()->windowTitle()) : NSString::string();
+}
+
+void NSWindow::setTitle(const Ref<NSString>& title) {
+    if (widget()) widget()->setWindowTitle(toQt(*title));
+}
+
+bool NSWindow::isVisible() const {
+    return widget() && widget()->isVisible();
+}
+
+void NSWindow::makeKeyAndOrderFront(const Ref<NSObject>& /*sender*/) {
+    if (!widget()) return;
+    widget()->show();
+    widget()->raise();
+    widget()->activateWindow();
+}
+
+void NSWindow::orderFront(const Ref<NSObject>& /*sender*/) {
+    if (!widget()) return;
+    widget()->show();
+    widget()->raise();
+}
+
+void NSWindow::orderOut(const Ref<NSObject>& /*sender*/) {
+    if (widget()) widget()->hide();
+}
+
+void NSWindow::close() {
+    if (widget()) widget()->close();
+}
+
+void NSWindow::display() {
+    if (widget()) widget()->repaint();
+}
+
+void NSWindow::setBackgroundColor(const Ref<NSColor>& color) {
+    backgroundColor_ = color;
+    if (!widget()) return;
+    QPalette palette;
+    if (color) palette.setColor(QPalette::Window, toQt(*color));
+    widget()->setPalette(palette);
+    widget()->setAutoFillBackground(color != nullptr);
+}
+
+Ref<NSUndoManager> NSWindow::undoManager() {
+    return delegate_ ? delegate_->windowWillReturnUndoManager(*this) : nullptr;
+}
+
+NSPanel::NSPanel(QWidget* widget) : NSWindow(widget) {}
+
+Ref<NSPanel> NSPanel::panelWithWidget(QWidget* widget) {
+    if (widget) widget->setParent(nullptr, Qt::Tool);
+    return Ref<NSPanel>(new NSPanel(widget));
+}
+
+bool NSPanel::becomesKeyOnlyIfNeeded() const {
+    return widget() && widget()->testAttribute(Qt::WA_ShowWithoutActivating);
+}
+
+void NSPanel::setBecomesKeyOnlyIfNeeded(bool onlyIfNeeded) {
+    if (widget()) widget()->setAttribute(Qt::WA_ShowWithoutActivating, onlyIfNeeded);
+}
+
+bool NSPanel::isFloatingPanel() const {
+    return widget() && widget()->windowFlags().testFlag(Qt::WindowStaysOnTopHint);
+}
+
+void NSPanel::setFloatingPanel(bool floats) {
+    if (!widget() || floats == isFloatingPanel()) return;
+    const bool isShown = widget()->isVisible();
+    // Changing the flags hides the window.
+    widget()->setWindowFlag(Qt::WindowStaysOnTopHint, floats);
+    if (isShown) widget()->show();
+}
+
+}  // namespace qz

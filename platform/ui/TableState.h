@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QPointer>
+
+#include "platform/ui/NSTableView.h"
+#include "platform/ui/TableWidget.h"
+
+namespace qz {
+
+class NSTableView::State {
+public:
+    explicit State(NSTableView& table) : model(table) {}
+
+    bool acceptsDragOf(const NSPasteboard& pasteboard) const {
+        return draggedType && pasteboard.offersType(draggedType);
+    }
+
+    QPointer<TableWidget> widget;
+    TableModel model;
+    std::vector<Ref<NSTableColumn>> columns;
+    NSTableViewDataSource* dataSource = nullptr;
+    NSTableViewDelegate* delegate = nullptr;
+    Ref<NSMenu> menu;
+    Ref<NSString> draggedType;
+    int32_t dropRow = -1;
+    NSTableViewDropOperation dropOperation = NSTableViewDropOperation::on;
+};
+
+}  // namespace qz

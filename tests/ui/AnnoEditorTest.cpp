@@ -1,0 +1,316 @@
+#include <QAbstractButton>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QGroupBox>
+#include <QLineEdit>
+#include <QStackedWidget>
+
+#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
+#include "platform/ui/ColorWell.h"
+#include "platform/ui/NSBox.h"
+#include "platform/ui/NSColorPanel.h"
+#include "tests/ui/Desk.h"
+
+namespace qz {
+namespace {
+
+using test::number;
+
+/// Answers "requestScreenSize:" as a host of a 1920 x 1080 screen.
+class ScreenHost : public NSResponder {
+public:
+    ScreenHost() {
+        setHandler("requestScreenSize:", [](const Ref<NSObject>& sender) {
+            std::dynamic_pointer_cast<QzAnnoEditor>(sender)->setScreenSize({1920, 1080});
+        });
+    }
+};
+
+class AnnoEditor : public test::Desk {
+protected:
+    QzAnnoEditor& editor() { return *manager->editor(); }
+    std::string field(const char* name) { return editor().valueForKey(name)->description(); }
+    bool flag(const char* name) { return std::static_pointer_cast<NSNumber>(editor().valueForKey(name))->boolValue(); }
+    template <class T>
+    T* control(const char* name) {
+        return dynamic_cast<T*>(editorControl(name));
+    }
+    void click(const char* button) { control<QAbstractButton>(button)->click(); }
+    Ref<QzAnno> anno(size_t index) { return palette->lookupAnno(keys[index]); }
+    void give(size_t index, const test::Attributes& attributes) {
+        test::giveAttributes(*palette, anno(index), attributes);
+    }
+};
+
+TEST_F(AnnoEditor, fillsAnEmptyAnnotationWithDefaultsAndWritesNothing) {
+    editor().setAnno(anno(0));
+    for (const std::string& name : QzAnnoEditor::updateAllKeys()) {
+        EXPECT_TRUE(!name.starts_with("en_") || flag(name.c_str()) == (name == "en_annoname")) << name;
+    }
+    EXPECT_EQ(QzAnnoEditor::updateAllKeys().size(), 42u);
+    EXPECT_EQ(field("annoname"), "A");
+    EXPECT_EQ(field("fontsize"), "24");
+    EXPECT_EQ(field("font"), NSFont::systemFontOfSize(24)->fontName()->utf8());
+    click("applyButton");
+    EXPECT_EQ(anno(0)->allAttributes()->count(), 0u);
+}
+
+TEST_F(AnnoEditor, writesBackWhatItRead) {
+    const test::Attributes attributes = {
+        {QzFontAttribute, "DejaVuSans-Bold"_ns},
+        {QzFontSizeAttribute, number(31.5)},
+        {QzTextColorAttribute, test::rgba(1, 0.5f, 0)},
+        {QzBackgroundWidthAttribute, number(4)},
+        {QzBackgroundOffsetAttribute, "{2, 3.5}"_ns},
+        {QzBackgroundColorAttribute, test::rgba(0, 0, 0, 0.5f)},
+        {QzBackground2WidthAttribute, number(8)},
+        {QzBackground2OffsetAttribute, "{-1, 0}"_ns},
+        {QzBackground2ColorAttribute, test::rgba(1, 1, 1)},
+        {QzHorizontalAlignmentAttribute, test::integer(2)},
+        {QzVerticalAlignmentAttribute, test::integer(1)},
+        {NSKernAttributeName, number(1.5)},
+        {NSObliquenessAttributeName, number(0.25)},
+        {NSBaselineOffsetAttributeName, number(-3)},
+        {QzLeadingAttribute, number(6)},
+        {QzBoundingBoxAttribute, "{{0.25, 0.25}, {0.5, 0.5}}"_ns},
+        {"Of a host"_ns, "kept"_ns},
+    };
+    give(0, attributes);
+    give(0, {{QzTextBoundingBoxAppearanceAttribute, QzBBoxInfo::qzbbWithColor(test::rgba(0, 1, 0), 2)}});
+    editor().setAnno(anno(0));
+    for (const std::string& name : QzAnnoEditor::updateAllKeys()) {
+        EXPECT_TRUE(!name.starts_with("en_") || flag(name.c_str())) << name;
+    }
+    click("okayButton");
+    EXPECT_FALSE(editor().isEditing());
+    EXPECT_EQ(anno(0)->allAttributes()->count(), attributes.size() + 1);
+    for (const auto& [name, value] : attributes) {
+        EXPECT_TRUE(areEqual(anno(0)->attribute(*name), value)) << name->utf8();
+    }
+    const auto box = std::dynamic_pointer_cast<QzBBoxInfo>(anno(0)->attribute(*QzTextBoundingBoxAppearanceAttribute));
+    EXPECT_EQ(box->type(), 2);
+    EXPECT_TRUE(box->color()->isEqual(*test::rgba(0, 1, 0)));
+}
+
+TEST_F(AnnoEditor, joinsFontNameAndStyle) {
+    give(0, {{QzFontNameAttribute, "DejaVuSans"_ns}, {QzFontStyleAttribute, "Bold"_ns}});
+    editor().setAnno(anno(0));
+    EXPECT_EQ(control<QLineEdit>("font")->text(), "DejaVuSans-Bold");
+    click("applyButton");
+    EXPECT_EQ(anno(0)->attribute(*QzFontAttribute)->description(), "DejaVuSans-Bold");
+    EXPECT_EQ(anno(0)->allAttributes()->count(), 1u);
+}
+
+TEST_F(AnnoEditor, convertsMarginsToTheHostsScreen) {
+    give(0, {{QzBoundingBoxAttribute, "{{0.1, 0.2}, {0.8, 0.6}}"_ns}});
+    const auto marginsShown = [&] {
+        std::vector<double> margins;
+        for (const char* name : {"marginsl", "marginsr", "marginst", "marginsb"}) {
+            margins.push_back(std::round(control<QDoubleSpinBox>(name)->value() * 100) / 100);
+        }
+        return margins;
+    };
+    editor().setAnno(anno(0));
+    EXPECT_THAT(marginsShown(), testing::ElementsAre(10, 10, 20, 20)) << "per cent when nobody knows a screen";
+    editor().close();
+    const auto host = std::make_shared<ScreenHost>();
+    NSApplication::sharedApplication().setDelegate(host);
+    editor().setAnno(anno(0));
+    EXPECT_THAT(marginsShown(), testing::ElementsAre(192, 192, 216, 216));
+    click("applyButton");
+    const NSRect same =
+        NSRectFromString(*std::static_pointer_cast<NSString>(anno(0)->attribute(*QzBoundingBoxAttribute)));
+    EXPECT_NEAR(same.origin.x, 0.1, 1e-6);
+    EXPECT_NEAR(same.origin.y, 0.2, 1e-6);
+    EXPECT_NEAR(same.size.width, 0.8, 1e-6);
+    EXPECT_NEAR(same.size.height, 0.6, 1e-6);
+    control<QDoubleSpinBox>("marginsl")->setValue(480);
+    control<QDoubleSpinBox>("marginsb")->setValue(0);
+    click("applyButton");
+    const NSRect changed =
+        NSRectFromString(*std::static_pointer_cast<NSString>(anno(0)->attribute(*QzBoundingBoxAttribute)));
+    EXPECT_NEAR(changed.origin.x, 0.25, 1e-6);
+    EXPECT_NEAR(changed.size.width, 0.65, 1e-6);
+    EXPECT_NEAR(changed.size.height, 0.8, 1e-6);
+}
+
+TEST_F(AnnoEditor, aClearedFlagRemovesTheAttribute) {
+    give(0, {{QzFontSizeAttribute, number(30)}, {QzBoundingBoxAttribute, "{{0, 0}, {1, 1}}"_ns}});
+    editor().setAnno(anno(0));
+    EXPECT_TRUE(control<QWidget>("fontsize")->isEnabled());
+    control<QCheckBox>("en_fontsize")->click();
+    EXPECT_FALSE(control<QWidget>("fontsize")->isEnabled());
+    EXPECT_TRUE(control<QGroupBox>("marginsBox")->isChecked());
+    // A check box in the title of a box; offscreen it is clicked at its place.
+    control<QStackedWidget>("tabview")->setCurrentIndex(3);
+    QApplication::processEvents();
+    QTest::mouseClick(control<QGroupBox>("marginsBox"), Qt::LeftButton, {}, QPoint(12, 8));
+    EXPECT_FALSE(flag("en_margins"));
+    click("applyButton");
+    EXPECT_EQ(anno(0)->allAttributes()->count(), 0u);
+    palette->undoManager()->endEvent();
+    palette->undoManager()->undo();
+    EXPECT_EQ(anno(0)->allAttributes()->count(), 2u);
+}
+
+TEST_F(AnnoEditor, cancelTakesBackEverythingThatWasApplied) {
+    give(0, {{QzFontSizeAttribute, number(30)}});
+    editor().setAnno(anno(0));
+    auto* name = control<QLineEdit>("annoname");
+    name->selectAll();
+    QTest::keyClicks(name, "Headline");
+    control<QDoubleSpinBox>("fontsize")->setValue(50);
+    click("applyButton");
+    EXPECT_EQ(keys[0]->name()->utf8(), "Headline");
+    EXPECT_EQ(order(), "D C B Headline Default ");
+    QTest::keyClicks(name, " 2");
+    control<QCheckBox>("en_fontsize")->click();
+    click("applyButton");
+    EXPECT_FALSE(anno(0)->attribute(*QzFontSizeAttribute));
+    editor().revert({});
+    EXPECT_EQ(field("annoname"), "A");
+    EXPECT_EQ(keys[0]->name()->utf8(), "Headline 2") << "reverting only fills the fields";
+    click("cancelButton");
+    EXPECT_EQ(keys[0]->name()->utf8(), "A");
+    EXPECT_TRUE(areEqual(anno(0)->attribute(*QzFontSizeAttribute), number(30)));
+    EXPECT_FALSE(editor().isEditing());
+    EXPECT_FALSE(editorWindow()->isVisible());
+}
+
+TEST_F(AnnoEditor, undoOfARenameGivesBackTheName) {
+    editor().setAnno(anno(0));
+    palette->undoManager()->endEvent();
+    editor().setValue("Headline"_ns, "annoname");
+    click("okayButton");
+    EXPECT_EQ(order(), "D C B Headline Default ");
+    palette->undoManager()->undo();
+    EXPECT_EQ(order(), "D C B A Default ");
+}
+
+TEST_F(AnnoEditor, neverRenamesTheGlobalAnnotation) {
+    editor().setAnno(palette->lookupAnno({}));
+    EXPECT_EQ(field("annoname"), "Default");
+    EXPECT_FALSE(flag("en_annoname"));
+    click("applyButton");
+    click("cancelButton");
+    EXPECT_EQ(palette->lookupAnno({})->name()->utf8(), "GLOBALS");
+}
+
+TEST_F(AnnoEditor, leavesALockedPaletteAlone) {
+    const auto locked = QzAnnoPalette::init();
+    manager->setAnnotationPalette(locked);
+    editor().setAnno(anno(0));
+    editor().setValue("X"_ns, "annoname");
+    click("okayButton");
+    EXPECT_EQ(keys[0]->name()->utf8(), "A");
+}
+
+TEST_F(AnnoEditor, keepsToTheAnnotationUnderEdit) {
+    editor().setAnno(anno(0));
+    EXPECT_EQ(control<QStackedWidget>("tabview")->currentIndex(), 1);
+    editor().setAnno(anno(1));
+    EXPECT_EQ(field("annoname"), "A");
+    // Closing the window ends the edit and writes nothing.
+    editor().setValue("Z"_ns, "annoname");
+    editorWindow()->close();
+    EXPECT_FALSE(editor().isEditing());
+    EXPECT_EQ(keys[0]->name()->utf8(), "A");
+    table().newAnno({});
+    EXPECT_EQ(control<QStackedWidget>("tabview")->currentIndex(), 0) << "the page of a new annotation";
+    EXPECT_TRUE(NSColorPanel::sharedColorPanel().showsAlpha());
+    auto* pages = control<QTableView>("pages");
+    pages->selectRow(2);
+    EXPECT_EQ(control<QStackedWidget>("tabview")->currentIndex(), 2);
+}
+
+TEST_F(AnnoEditor, announcesItsFieldsAndTakesThemFromControls) {
+    std::vector<std::string> will, did;
+    editor().addObserver(
+        this, [&](const std::string& key) { will.push_back(key); },
+        [&](const std::string& key) { did.push_back(key); });
+    editor().revert({});
+    EXPECT_EQ(will, QzAnnoEditor::updateAllKeys());
+    EXPECT_EQ(did, QzAnnoEditor::updateAllKeys());
+    editor().removeObserver(this);
+
+    give(0, {{QzHorizontalAlignmentAttribute, test::integer(1)}});
+    editor().setAnno(anno(0));
+    auto* popup = control<QComboBox>("hpopup");
+    EXPECT_EQ(popup->currentText(), "Right");
+    popup->setFocus();
+    QTest::keyClick(popup, Qt::Key_Down);
+    EXPECT_EQ(field("halign"), "2");
+    control<QCheckBox>("en_fgcolor")->click();
+    control<QAbstractButton>("fgcolor")->click();
+    auto* panel = NSColorPanel::sharedColorPanel().widget();
+    ASSERT_TRUE(panel);
+    EXPECT_TRUE(panel->isVisible());
+    NSColorPanel::sharedColorPanel().orderOut();
+    EXPECT_FALSE(editor().valueForKey("no such field"));
+    EXPECT_THAT(log.lines(), testing::Contains("QzAnno binding missing for no such field\n"));
+}
+
+TEST_F(AnnoEditor, takesFontsFromTheFontPanel) {
+    editor().setAnno(anno(0));
+    auto& fonts = NSFontManager::sharedFontManager();
+    fonts.setSelectedFont(NSFont::fontWithName(*"DejaVu Sans Mono"_ns, 24), false);
+    editor().changeFont(refTo(fonts));
+    EXPECT_EQ(field("font"), "DejaVuSansMono");
+    fonts.setSelectedFont({}, false);
+    editor().changeFont(refTo(fonts));
+    EXPECT_EQ(field("font"), "DejaVuSansMono");
+    EXPECT_THAT(log.lines(), testing::Contains("No font!!1\n"));
+    editor().editFont({});
+    const Ref<NSWindow> panel = fonts.fontPanel(false);
+    EXPECT_TRUE(panel->isVisible());
+    EXPECT_FALSE(panel->widget()->findChild<QDoubleSpinBox*>()->isVisible())
+        << "sizes are none of the panel's business";
+    editor().close();
+    EXPECT_FALSE(panel->isVisible());
+}
+
+TEST_F(AnnoEditor, canBeReachedByKeysAndReadAloud) {
+    give(0, {});
+    editor().setAnno(anno(0));
+    for (QWidget* window : {editorWindow(), manager->window()->widget()}) {
+        for (QWidget* control : window->findChildren<QWidget*>()) {
+            if (control->property("binding").isNull() && !dynamic_cast<QAbstractButton*>(control)) continue;
+            // The parts of which the toolkit builds a control have no names.
+            if (control->objectName().isEmpty() || control->objectName().startsWith("qt_")) continue;
+            const auto* button = dynamic_cast<QAbstractButton*>(control);
+            const bool hasText = button && !button->text().isEmpty();
+            if (control->objectName() == "paletteLabel") continue;
+            EXPECT_TRUE(control->focusPolicy() & Qt::TabFocus) << control->objectName().toStdString();
+            EXPECT_TRUE(hasText || !control->accessibleName().isEmpty()) << control->objectName().toStdString();
+        }
+    }
+}
+
+TEST(Box, takesACheckBoxForATitle) {
+    QGroupBox widget("Margins");
+    const auto box = NSBox::boxWithWidget(&widget);
+    int clicks = 0;
+    const auto target = std::make_shared<NSResponder>();
+    target->setHandler("toggle:", [&](const Ref<NSObject>&) { ++clicks; });
+    box->titleCell()->setTag(7);
+    setCellBox(*box, target, "toggle:");
+    const auto cell = std::dynamic_pointer_cast<NSButtonCell>(box->titleCell());
+    ASSERT_TRUE(cell);
+    EXPECT_EQ(cell->title()->utf8(), "Margins");
+    EXPECT_EQ(cell->tag(), 7);
+    EXPECT_EQ(cell->bezelStyle(), NSBezelStyle::smallSquare);
+    EXPECT_EQ(cell->buttonType(), NSButtonType::switchButton);
+    EXPECT_TRUE(widget.isCheckable());
+    widget.resize(100, 50);
+    widget.show();
+    QTest::mouseClick(&widget, Qt::LeftButton, {}, QPoint(12, 8));
+    EXPECT_EQ(clicks, 1);
+    EXPECT_TRUE(box->titleIsOn());
+    box->setTitleCell(NSTextFieldCell::initTextCell({}));
+    EXPECT_FALSE(widget.isCheckable());
+    EXPECT_EQ(widget.title(), "Margins");
+}
+
+}  // namespace
+}  // namespace qz

@@ -1,0 +1,305 @@
+#include <QAbstractButton>
+#include <QContextMenuEvent>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMimeData>
+
+#include "platform/foundation/NSArray.h"
+#include "platform/ui/TableWidget.h"
+#include "tests/ui/Desk.h"
+
+namespace qz {
+namespace {
+
+using testing::ElementsAre;
+
+class PaletteTable : public test::Desk {
+protected:
+    PaletteTable() { manager->window()->orderFront({}); }
+};
+
+TEST_F(PaletteTable, showsTheHighestPriorityFirstAndTheGlobalAnnotationLast) {
+    EXPECT_EQ(order(), "D C B A Default ");
+    palette->setAnnoKey(keys[0], 4);
+    EXPECT_EQ(order(), "A D C B Default ") << "follows the palette";
+    palette->undoManager()->undo();
+    EXPECT_EQ(order(), "D C B A Default ");
+    EXPECT_FALSE(tableWidget()->model()->index(4, 0).data(Qt::CheckStateRole).isValid()) << "not drawn";
+    NSTableView& view_ =
+        *std::dynamic_pointer_cast<NSTableView>(NSView::responderOfWidget(tableWidget())->shared_from_this());
+    const auto state = view_.tableColumnWithIdentifier(*"selectionstate"_ns);
+    EXPECT_EQ(table().objectValueForTableColumn(view_, *state, 4)->description(), "1");
+    EXPECT_FALSE(table().objectValueForTableColumn(view_, *state, 5)) << "beyond the rows";
+    const auto lone = test::paletteWithGlobals({});
+    manager->setAnnotationPalette(lone);
+    EXPECT_EQ(order(), "Default ");
+    manager->setAnnotationPalette({});
+    EXPECT_EQ(order(), "");
+}
+
+TEST_F(PaletteTable, tellsWhatTheSelectionCarries) {
+    setTitle("abcd", {{keys[0], {0, 4}}, {keys[1], {0, 2}}, {keys[2], {0, 1}}});
+    view->setSelectedRange({0, 2});
+    EXPECT_EQ(stateOf(3), Qt::Checked) << "A, the frame";
+    EXPECT_EQ(stateOf(2), Qt::Checked) << "B covers the selection";
+    EXPECT_EQ(stateOf(1), Qt::PartiallyChecked) << "C covers a part";
+    EXPECT_EQ(stateOf(0), Qt::Unchecked) << "D is not there";
+    view->setSelectedRange({4, 0});
+    EXPECT_EQ(namesOf(table().selectedAnnoKeys()), "A") << "at an insertion point the frame is on";
+    EXPECT_EQ(namesOf(table().frameSelection()), "ABC");
+    EXPECT_EQ(stateOf(1), Qt::Checked) << "and what is used anywhere shows";
+}
+
+TEST_F(PaletteTable, keepsItsRowSelectionWhileTheSetsStayTheSame) {
+    setTitle("abcd", {{keys[0], {0, 4}}, {keys[1], {0, 2}}});
+    view->setSelectedRange({0, 2});
+    click(1, 1);
+    EXPECT_TRUE(table().haveMouseSelected());
+    view->setSelectedRange({0, 1});
+    EXPECT_TRUE(table().haveMouseSelected());
+    view->setSelectedRange({4, 0});
+    EXPECT_FALSE(table().haveMouseSelected());
+}
+
+TEST_F(PaletteTable, switchesAnnotationsByClicks) {
+    showDocument();
+    setTitle("abcd", {{keys[2], {0, 1}}});
+    view->setSelectedRange({0, 2});
+    ASSERT_EQ(stateOf(1), Qt::PartiallyChecked);
+    click(1, 0);
+    EXPECT_EQ(coverage(), "C C   ") << "a mixed row is put on the whole selection";
+    click(1, 0);
+    EXPECT_EQ(coverage(), "    ");
+    click(0, 0);
+    click(3, 0);
+    EXPECT_EQ(coverage(), "AD AD   ");
+    click(4, 0);
+    EXPECT_EQ(namesOf(table().selectedAnnoKeys()), "AD") << "the global row cannot be switched";
+    tableWidget()->setCurrentIndex(tableWidget()->model()->index(2, 0));
+    QTest::keyClick(tableWidget(), Qt::Key_Space);
+    EXPECT_EQ(coverage(), "ABD ABD   ") << "by keyboard";
+}
+
+TEST_F(PaletteTable, togglingTwiceGivesBackTheKeysThatWereOn) {
+    setTitle("abcd", {{keys[0], {0, 4}}, {keys[1], {0, 2}}});
+    view->setSelectedRange({0, 4});
+    const Ref<NSSet> before = table().selectedAnnoKeys();
+    for (int32_t row = 0; row <= 4; ++row) {
+        table().toggleRow(row);
+        table().toggleRow(row);
+        EXPECT_EQ(namesOf(table().selectedAnnoKeys()), namesOf(before)) << row;
+    }
+}
+
+TEST_F(PaletteTable, renamesAnyRowButTheGlobalOne) {
+    auto* model = tableWidget()->model();
+    model->setData(model->index(1, 1), "Lower Third", Qt::EditRole);
+    EXPECT_EQ(keys[2]->name()->utf8(), "Lower Third");
+    EXPECT_EQ(order(), "D Lower Third B A Default ");
+    model->setData(model->index(4, 1), "Mine", Qt::EditRole);
+    EXPECT_EQ(order(), "D Lower Third B A Default ");
+    EXPECT_EQ(palette->lookupAnno({})->name()->utf8(), "GLOBALS");
+    palette->undoManager()->undo();
+    EXPECT_EQ(keys[2]->name()->utf8(), "C");
+}
+
+TEST_F(PaletteTable, designatesThePriorityToEdit) {
+    click(1, 1);
+    EXPECT_EQ(table().editPrio(), 3);
+    EXPECT_TRUE(table().haveNonGlobalSelected());
+    click(4, 1);
+    EXPECT_EQ(table().editPrio(), 0);
+    EXPECT_TRUE(table().haveMouseSelected());
+    EXPECT_FALSE(table().haveNonGlobalSelected());
+    tableWidget()->clearSelection();
+    EXPECT_EQ(table().editPrio(), 5) << "one beyond the highest";
+    table().deleteAnno({});
+    EXPECT_EQ(order(), "D C B A Default ");
+    table().editAnno({});
+    EXPECT_EQ(manager->editor()->valueForKey("annoname")->description(), "Default");
+}
+
+TEST_F(PaletteTable, opensTheEditorInsteadOfEditingInPlace) {
+    QTest::mouseClick(tableWidget()->viewport(), Qt::LeftButton, {}, centerOf(2, 1));
+    QTest::mouseDClick(tableWidget()->viewport(), Qt::LeftButton, {}, centerOf(2, 1));
+    EXPECT_TRUE(manager->editor()->isEditing());
+    EXPECT_EQ(manager->editor()->valueForKey("annoname")->description(), "B");
+    EXPECT_EQ(tableWidget()->viewport()->findChild<QLineEdit*>(), nullptr);
+    EXPECT_THAT(log.lines(), testing::Contains("Should edit?\n"));
+}
+
+TEST_F(PaletteTable, makesAndDeletesAnnotations) {
+    auto* newButton = manager->window()->widget()->findChild<QAbstractButton*>("newButton");
+    auto* deleteButton = manager->window()->widget()->findChild<QAbstractButton*>("deleteButton");
+    newButton->click();
+    EXPECT_EQ(order(), "NEW D C B A Default ");
+    EXPECT_TRUE(manager->editor()->isEditing());
+    manager->editor()->cancel({});
+    EXPECT_FALSE(deleteButton->isEnabled());
+    click(2, 1);
+    EXPECT_TRUE(deleteButton->isEnabled());
+    deleteButton->click();
+    EXPECT_EQ(order(), "NEW D B A Default ");
+    EXPECT_FALSE(deleteButton->isEnabled());
+    EXPECT_FALSE(table().haveMouseSelected());
+    palette->undoManager()->endEvent();
+    palette->undoManager()->undo();
+    EXPECT_EQ(order(), "NEW D C B A Default ");
+}
+
+TEST_F(PaletteTable, disablesItsMenuWhileTheEditorEdits) {
+    const auto enabledItems = [&] {
+        QContextMenuEvent event(QContextMenuEvent::Mouse, centerOf(1, 1), {});
+        QApplication::sendEvent(tableWidget()->viewport(), &event);
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        std::string enabled;
+        if (!menu) return std::string("no menu");
+        for (const QAction* action : menu->actions())
+            enabled += action->isEnabled() ? action->text().toStdString() + " " : "";
+        menu->close();
+        return enabled;
+    };
+    click(4, 1);
+    EXPECT_EQ(enabledItems(), "New Edit… ") << "the global annotation cannot be deleted";
+    click(1, 1);
+    EXPECT_EQ(enabledItems(), "New Edit… Delete ");
+    const auto menuTable =
+        std::dynamic_pointer_cast<MenuContextTableView>(NSView::responderOfWidget(tableWidget())->shared_from_this());
+    EXPECT_EQ(menuTable->menuRow(), 1);
+    EXPECT_EQ(menuTable->menuColumn(), 1);
+    manager->editor()->setAnno(palette->lookupAnno(keys[0]));
+    EXPECT_EQ(enabledItems(), "");
+    manager->editor()->close();
+    const auto locked = QzAnnoPalette::init();
+    manager->setAnnotationPalette(locked);
+    EXPECT_EQ(enabledItems(), "") << "a locked palette";
+}
+
+/// Drags rows over the table and lets them fall; whether they were accepted.
+class PaletteTableDrop : public PaletteTable {
+protected:
+    enum Where { above, on, below };
+    bool drop(const std::vector<int>& rows, int atRow, Where where, const char* type = nullptr) {
+        tableWidget()->clearSelection();
+        for (int row : rows) click(row, 1, row == rows.front() ? Qt::NoModifier : Qt::ControlModifier);
+        std::unique_ptr<QMimeData> data(static_cast<TableWidget*>(tableWidget())->newDragData());
+        if (type) {
+            data->clear();
+            data->setData(type, "x");
+        }
+        const QRect rect = tableWidget()->visualRect(tableWidget()->model()->index(atRow, 1));
+        const int y = where == on ? rect.center().y() : where == above ? rect.top() + 1 : rect.bottom() - 1;
+        const QPoint place(rect.center().x(), y);
+        QDragEnterEvent enter(place, Qt::CopyAction, data.get(), Qt::LeftButton, {});
+        QApplication::sendEvent(tableWidget()->viewport(), &enter);
+        QDragMoveEvent move(place, Qt::CopyAction, data.get(), Qt::LeftButton, {});
+        QApplication::sendEvent(tableWidget()->viewport(), &move);
+        QDropEvent fall(place, Qt::CopyAction, data.get(), Qt::LeftButton, {});
+        QApplication::sendEvent(tableWidget()->viewport(), &fall);
+        return move.isAccepted();
+    }
+    std::string selectedNames() {
+        std::string names;
+        for (const QModelIndex& index : tableWidget()->selectionModel()->selectedRows(1))
+            names += index.data().toString().toStdString();
+        std::ranges::sort(names);
+        return names;
+    }
+};
+
+TEST_F(PaletteTableDrop, reordersThePalette) {
+    struct Case {
+        std::vector<int> rows;
+        int atRow;
+        Where where;
+        const char* order;
+        const char* reason;
+    };
+    const Case cases[] = {
+        {{2, 3}, 1, above, "D B A C Default ", "rows 2 and 3 between 0 and 1"},
+        {{2, 3}, 0, below, "D B A C Default ", "the same gap, seen from the row above it"},
+        {{1, 3}, 0, above, "C A D B Default ", "to the top, in their order"},
+        {{0, 1}, 3, below, "B A D C Default ", "down, just above the global annotation"},
+        {{0, 2}, 2, above, "C D B A Default ", "a dragged row beside the gap is no anchor"},
+        {{0}, 4, below, "D C B A Default ", "below the global annotation there is no place"},
+        {{0, 1, 2, 3}, 2, above, "D C B A Default ", "all of them"},
+        {{4}, 0, above, "D C B A Default ", "the global annotation stays"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.reason);
+        for (int32_t i = 0; i < 4; ++i) palette->setAnnoKey(keys[static_cast<size_t>(i)], i + 1);
+        ASSERT_EQ(order(), "D C B A Default ");
+        std::string dragged;
+        for (int row : c.rows) dragged += nameOf(row);
+        std::ranges::sort(dragged);
+        EXPECT_TRUE(drop(c.rows, c.atRow, c.where));
+        EXPECT_EQ(order(), c.order);
+        EXPECT_EQ(selectedNames(), dragged) << "the same annotations stay selected";
+    }
+}
+
+TEST_F(PaletteTableDrop, refusesRowsOnARowAndForeignData) {
+    EXPECT_FALSE(drop({2}, 0, on));
+    EXPECT_FALSE(drop({2}, 0, above, "text/plain"));
+    EXPECT_EQ(order(), "D C B A Default ");
+}
+
+TEST_F(PaletteTableDrop, isOneStepOfUndo) {
+    palette->undoManager()->endEvent();
+    drop({2, 3}, 1, above);
+    palette->undoManager()->undo();
+    EXPECT_EQ(order(), "D C B A Default ");
+}
+
+TEST_F(PaletteTableDrop, survivesRowsThatAreNone) {
+    const auto pasteboard = NSPasteboard::init();
+    pasteboard->declareType(QzTaviAnnoPalettePboardType);
+    pasteboard->setPropertyList(
+        NSArray::arrayWithObjects({NSNumber::numberWithInt(99), "x"_ns, NSNumber::numberWithInt(-1)}),
+        QzTaviAnnoPalettePboardType);
+    auto view_ = std::dynamic_pointer_cast<NSTableView>(NSView::responderOfWidget(tableWidget())->shared_from_this());
+    EXPECT_TRUE(table().acceptDrop(*view_, pasteboard, 1, NSTableViewDropOperation::above));
+    EXPECT_EQ(order(), "D C B A Default ");
+}
+
+/// A table of texts that may be edited in place.
+class Texts : public NSTableViewDataSource {
+public:
+    int32_t numberOfRowsInTableView(NSTableView&) override { return static_cast<int32_t>(rows.size()); }
+    Ref<NSObject> objectValueForTableColumn(NSTableView&, NSTableColumn&, int32_t row) override {
+        return NSString::stringWithUTF8String(rows[static_cast<size_t>(row)]);
+    }
+    void setObjectValue(NSTableView&, const Ref<NSObject>& value, NSTableColumn&, int32_t row) override {
+        rows[static_cast<size_t>(row)] = value->description();
+    }
+    std::vector<std::string> rows = {"one", "two"};
+};
+
+TEST_F(PaletteTable, returnEndsTheEditingOfACell) {
+    Texts texts;
+    TableWidget widget;
+    const auto tableView = MenuContextTableView::tableViewWithWidget(&widget);
+    tableView->addTableColumn(NSTableColumn::initWithIdentifier("text"_ns));
+    tableView->addTableColumn(NSTableColumn::initWithIdentifier("more"_ns));
+    tableView->setDataSource(&texts);
+    widget.show();
+    const auto editedCell = [&] {
+        auto* line = widget.viewport()->findChild<QLineEdit*>();
+        return line && line->isVisible() ? line : nullptr;
+    };
+    ASSERT_TRUE(tableView->editColumn(0, 0));
+    QTest::keyClicks(editedCell(), "first");
+    QTest::keyClick(editedCell(), Qt::Key_Return);
+    QApplication::processEvents();
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_THAT(texts.rows, ElementsAre("first", "two"));
+    EXPECT_EQ(editedCell(), nullptr) << "and does not go on to the next row";
+    ASSERT_TRUE(tableView->editColumn(0, 0));
+    QTest::keyClick(editedCell(), Qt::Key_Tab);
+    QApplication::processEvents();
+    EXPECT_EQ(widget.currentIndex().column(), 1) << "Tab goes on to the next column";
+    tableView->setDataSource(nullptr);
+}
+
+}  // namespace
+}  // namespace qz
