@@ -185,6 +185,7 @@ TEST(ShapingTest, ACacheTellsItemsApart) {
                                     ""};
                 item.allowsLigatures = !(variant & 32);
                 if (variant % 3 == 0) item.withoutLigatures = {{start + 1, 1}};
+                if (variant % 5 == 0) item.language = "ur";
                 EXPECT_TRUE(sameGlyphs(cache.shape(item), shape(item))) << variant;
             }
         }
