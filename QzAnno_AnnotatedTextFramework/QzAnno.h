@@ -7,6 +7,8 @@
 /// that use it are used from one thread at a time; different palettes with their own pipelines may be used from
 /// different threads.
 
+#include "QzAnno_AnnotatedTextFramework/archive/QzAnnoArchiver.h"
+#include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
 #include "QzAnno_AnnotatedTextFramework/format/QzAnnoStringFormatter.h"
 #include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
@@ -16,9 +18,12 @@
 #include "QzAnno_AnnotatedTextFramework/render/ExpandRectConstrainedBy.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoLayoutManager.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzRasterStrokeFilter.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzScreenTextContainer.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzTextRender.h"
+#include "QzAnno_AnnotatedTextFramework/render/RenderReport.h"
 #include "platform/foundation/Files.h"
+#include "platform/foundation/NSAlertPanel.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSDate.h"
 #include "platform/foundation/NSLog.h"
@@ -27,5 +32,6 @@
 #include "platform/foundation/NSPropertyListSerialization.h"
 #include "platform/graphics/PNG.h"
 #include "platform/text/AttributeNames.h"
+#include "platform/text/FontLibrary.h"
 #include "platform/text/NSParagraphStyle.h"
 #include "platform/text/NSTextView.h"

@@ -7,7 +7,6 @@
 namespace qz {
 namespace {
 
-constexpr uint32_t kInitialSize = 1024;
 // The size, one more than the last position, must fit 32 bits.
 constexpr uint64_t kPositionMax = std::numeric_limits<uint32_t>::max() - 1;
 

@@ -16,7 +16,9 @@ namespace qz {
 /// units. Not safe for use from two threads at once, reading included: a query may grow the row.
 class QzAnnoBits final : public NSObject {
 public:
-    /// 1024 clear positions.
+    static constexpr uint32_t kInitialSize = 1024;
+
+    /// `kInitialSize` clear positions.
     static Ref<QzAnnoBits> init();
     /// A row of stored bytes: '1' is a set position, and any other byte reads as clear and is kept as it is. None when
     /// there are more than 2^32 - 1.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "QzAnno_AnnotatedTextFramework/model/QzToken.h"
 
 namespace qz {
 
@@ -9,9 +9,10 @@ class QzAnnoPalette;
 /// The identity of one annotation style: a shared object with a name, bound to at most one palette.
 ///
 /// Palette, annotations, annotated strings and text attributes hold the same key object, so renaming it renames the
-/// annotation everywhere. Equality and hash are identity, and a copy of a key is the key itself. The back reference to
+/// annotation everywhere. Equality and hash are identity, and a copy of a key is the key itself. Archives hold keys as
+/// tokens, so that reading gives the keys of the reader's own palette. The back reference to
 /// the palette does not own; it empties when the palette dies.
-class QzAnnoKey final : public NSObject {
+class QzAnnoKey final : public QzToken {
 public:
     static Ref<QzAnnoKey> keyWithName(const Ref<NSString>& name, const Ref<QzAnnoPalette>& palette = {});
     static Ref<QzAnnoKey> initWithName(const Ref<NSString>& name, const Ref<QzAnnoPalette>& palette = {});
@@ -31,6 +32,7 @@ public:
     bool isDefault() const;
 
     bool isEqualToAnnoKey(const QzAnnoKey& other) const { return this == &other; }
+    Ref<NSString> tokenType() const override { return AnnoKeyTokenType; }
     /// "Title (Palette 3)": the name, and the palette's serial number, 0 while unbound.
     std::string description() const override;
     std::string className() const override { return "QzAnnoKey"; }

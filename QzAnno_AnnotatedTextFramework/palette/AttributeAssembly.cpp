@@ -54,18 +54,6 @@ Ref<NSParagraphStyle> paragraphStyleOf(const NSDictionary& attributes) {
     return NSParagraphStyle::paragraphStyleWithValues(values);
 }
 
-struct FontRequest {
-    Ref<NSString> name;  // none: no font is named
-    Ref<NSString> style;
-};
-
-FontRequest fontRequestOf(const NSDictionary& attributes) {
-    if (auto fullName = checkedValue<NSString>(attributes, *QzFontAttribute)) return {std::move(fullName), {}};
-    auto name = checkedValue<NSString>(attributes, *QzFontNameAttribute);
-    if (!name) return {};
-    return {std::move(name), checkedValue<NSString>(attributes, *QzFontStyleAttribute)};
-}
-
 /// Equal values. Reals are compared as 32-bit floats, since size and leading have been through fonts and paragraph
 /// styles, which hold such, while those of an annotation may be doubles from a file.
 bool areSameFormatting(const Ref<NSObject>& a, const Ref<NSObject>& b) {
@@ -103,9 +91,12 @@ Ref<NSDictionary> QzAnnoPalette::assembleCompleteAttributes(const Ref<NSDictiona
     ObjectMap complete = attributes->map();
     complete.set(NSParagraphStyleAttributeName, paragraphStyleOf(*attributes));
     const float size = fontSizeOf(*attributes);
-    const FontRequest request = fontRequestOf(*attributes);
-    Ref<NSFont> font = fontWithName(request.name, request.style, size);
-    if (request.name && !font) reportMissingFont(fontnameWithName(request.name, request.style));
+    for (const auto& name : {QzFontAttribute, QzFontNameAttribute, QzFontStyleAttribute}) {
+        checkedValue<NSString>(*attributes, *name);
+    }
+    const Ref<NSString> fontName = fontNameAskedFor(*attributes);
+    Ref<NSFont> font = fontWithName(fontName, {}, size);
+    if (fontName && !font) reportMissingFont(fontName);
     if (!font) font = NSFont::titleBarFontOfSize(size);
     complete.set(NSFontAttributeName, font);
     return NSDictionary::dictionaryWithMap(std::move(complete));

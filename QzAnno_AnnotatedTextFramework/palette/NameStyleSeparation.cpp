@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
 #include "platform/text/NSFont.h"
 
 namespace qz {
@@ -13,6 +14,12 @@ Ref<NSString> fontnameWithName(const Ref<NSString>& name, const Ref<NSString>& s
 
 Ref<NSFont> fontWithName(const Ref<NSString>& name, const Ref<NSString>& style, float size) {
     return name ? NSFont::fontWithName(*fontnameWithName(name, style), size) : Ref<NSFont>();
+}
+
+Ref<NSString> fontNameAskedFor(const NSDictionary& attributes) {
+    if (auto fullName = attributes.objectForKey<NSString>(*QzFontAttribute)) return fullName;
+    const auto name = attributes.objectForKey<NSString>(*QzFontNameAttribute);
+    return name ? fontnameWithName(name, attributes.objectForKey<NSString>(*QzFontStyleAttribute)) : nullptr;
 }
 
 Ref<NSString> fontFontName(const NSFont& font) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/NSDictionary.h"
 #include "platform/foundation/NSString.h"
 
 namespace qz {
@@ -12,6 +13,9 @@ class NSFont;
 Ref<NSString> fontnameWithName(const Ref<NSString>& name, const Ref<NSString>& style);
 /// The font of that name at the size in points; none when there is no such font.
 Ref<NSFont> fontWithName(const Ref<NSString>& name, const Ref<NSString>& style, float size);
+/// The full name of the font that attributes ask for, composed from family and style where they give none; none when
+/// they name no font.
+Ref<NSString> fontNameAskedFor(const NSDictionary& attributes);
 /// What stands before the first hyphen of the font's name; the whole name when it has none.
 Ref<NSString> fontFontName(const NSFont& font);
 /// What stands between the first hyphen and the second; empty when there is none.

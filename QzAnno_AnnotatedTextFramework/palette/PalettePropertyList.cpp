@@ -97,16 +97,18 @@ Ref<NSArray> annotationList(const Ref<NSObject>& plist, std::string& error) {
 
 }  // namespace
 
-Ref<NSData> QzAnnoPalette::pListData() const {
+Ref<NSData> QzAnnoPalette::pListData(std::string* errorDescription) const {
     std::string error;
+    const auto refuse = [&](const std::string& reason) {
+        NSLog(kSerializingFailed, {reason});
+        if (errorDescription) *errorDescription = reason;
+        return Ref<NSData>();
+    };
     std::vector<Ref<NSObject>> elements;
     for (int32_t priority = 0; priority <= maxPriority(); ++priority) {
         const Ref<QzAnno> anno = lookupAnno(annoKeyAtPriority(priority));
         auto stored = storedAttributes(*anno, error);
-        if (!stored) {
-            NSLog(kSerializingFailed, {error});
-            return {};
-        }
+        if (!stored) return refuse(error);
         ObjectMap element;
         if (priority > 0) element.set(QzAnnoPalette_AnnotationNameKey, anno->name());
         element.setAll(*stored);
@@ -117,8 +119,7 @@ Ref<NSData> QzAnnoPalette::pListData() const {
     top.set("Palette"_ns, list);
     top.set("Version"_ns, NSNumber::numberWithInt(0));
     Ref<NSData> data = serialized(NSDictionary::dictionaryWithMap(std::move(top)), &error);
-    if (!data) NSLog(kSerializingFailed, {describeRefusal(*list, error)});
-    return data;
+    return data ? data : refuse(describeRefusal(*list, error));
 }
 
 Ref<QzAnnoPalette> QzAnnoPalette::paletteFromPListData(const NSData& data, std::string* errorDescription) {

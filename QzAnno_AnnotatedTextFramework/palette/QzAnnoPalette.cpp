@@ -79,6 +79,16 @@ Ref<QzAnnoKey> QzAnnoPalette::findAnnoKey(const Ref<NSString>& name) const {
     return {};
 }
 
+Ref<NSString> QzAnnoPalette::nameForToken(const QzToken& token) const {
+    const auto* const key = dynamic_cast<const QzAnnoKey*>(&token);
+    return key ? key->name() : nullptr;
+}
+
+Ref<QzToken> QzAnnoPalette::tokenForName(const Ref<NSString>& name) const {
+    const Ref<QzAnnoKey> key = findAnnoKey(name);
+    return key ? key : globals_->annokey();
+}
+
 Ref<QzAnno> QzAnnoPalette::createAnno(const Ref<NSString>& name) {
     if (immutable_ || !name || areEqual(name, globals_->name())) return {};
     return addNewAnno(name);

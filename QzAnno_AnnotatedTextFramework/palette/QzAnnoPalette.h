@@ -10,6 +10,7 @@
 namespace qz {
 
 class NSArray;
+class NSUnarchiver;
 
 // Notifications of a palette, with the palette as object.
 
@@ -28,7 +29,7 @@ inline const Ref<NSString> QzAnnoPaletteOrderChanged = "QzAnnoPaletteOrderChange
 /// annotations that the palette holds are not changed in place: make a mutable copy, change it, and hand it to
 /// `replaceAnno`. Names need not be unique. Used from one thread at a time; different palettes may be used from
 /// different threads.
-class QzAnnoPalette final : public NSObject, public QzLogUsing {
+class QzAnnoPalette final : public NSObject, public QzLogUsing, public QzTokenTable {
 public:
     /// An empty, locked palette, whose global annotation "GLOBALS" has no attributes.
     static Ref<QzAnnoPalette> init();
@@ -83,11 +84,23 @@ public:
     /// What the attributes of a run hold, taken apart, beyond what its annotations give it.
     Ref<NSDictionary> findInlines(const Ref<NSDictionary>& attributes) const;
 
-    /// The palette as an XML property list; none, with a log line, when an attribute's value has no property-list form.
-    Ref<NSData> pListData() const;
+    /// The palette as an XML property list; none, with a log line, when an attribute's value has no property-list form;
+    /// `errorDescription` then names the annotation and the attribute.
+    Ref<NSData> pListData(std::string* errorDescription = nullptr) const;
     /// A new, locked palette; none when the data is no palette of version 0, with the reason in `errorDescription`. A
     /// list that cannot be read also gets a log line.
     static Ref<QzAnnoPalette> paletteFromPListData(const NSData& data, std::string* errorDescription = nullptr);
+
+    /// As token table the palette turns its keys into their names and back; a name that it lacks stands for the global
+    /// key.
+    Ref<NSString> tokenType() const override { return AnnoKeyTokenType; }
+    Ref<NSString> nameForToken(const QzToken& token) const override;
+    Ref<QzToken> tokenForName(const Ref<NSString>& name) const override;
+
+    /// Reads the coded form, which is the global annotation, then an array of the others in rising priority. A new,
+    /// locked palette; none when the class version is not 0, and none, with a failure of the unarchiver, when another
+    /// object stands where an annotation is due.
+    static Ref<QzAnnoPalette> initWithCoder(NSUnarchiver& unarchiver);
 
     /// Identifies the palette object: counts from 1 in the order of creation.
     int32_t serialNumber() const { return serialNumber_; }
@@ -112,6 +125,7 @@ private:
     void post(const Ref<NSString>& name, const Ref<NSDictionary>& userInfo = {});
     void reportMissingFont(const Ref<NSString>& fullName) const;
     bool loadList(const NSArray& list, std::string& error);
+    bool takeDecoded(const NSArray& annotations, NSUnarchiver& unarchiver);
 
     // Behind references, since a palette that takes over another's contents shares the very row and table.
     Ref<KeyRow> priorities_;         // element i has priority i + 1

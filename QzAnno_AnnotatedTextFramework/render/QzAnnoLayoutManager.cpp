@@ -94,6 +94,11 @@ struct QzAnnoLayoutManager::Layer {
     }
 };
 
+struct QzAnnoLayoutManager::LayerRun {
+    Range glyphs;
+    Layer layer;
+};
+
 Ref<QzAnnoLayoutManager> QzAnnoLayoutManager::init() {
     return Ref<QzAnnoLayoutManager>(new QzAnnoLayoutManager);
 }
@@ -166,29 +171,58 @@ void QzAnnoLayoutManager::drawBoundingBoxes(Range glyphRange, NSPoint origin) co
     }
 }
 
-void QzAnnoLayoutManager::drawLayer(Range glyphRange, uint32_t number, NSPoint origin) {
+std::vector<QzAnnoLayoutManager::LayerRun> QzAnnoLayoutManager::runsOfLayer(Range glyphRange, uint32_t number) const {
     // Attributes belong to characters: a run holds the glyphs whose first character lies in it, so that a ligature
     // across two runs is drawn once.
     const Ref<NSTextStorage> storage = textStorage();
     const Range characters = characterRangeForGlyphRange(glyphRange);
     const uint64_t glyphsEnd = std::min<uint64_t>(glyphRange.end(), numberOfGlyphs());
+    std::vector<LayerRun> runs;
     for (uint64_t glyph = glyphRange.location; glyph < glyphsEnd;) {
         Range run;
         const uint32_t character = characterIndexForGlyphAtIndex(static_cast<uint32_t>(glyph));
         const Layer layer = Layer::numbered(number, *storage->attributesAtIndex(character, &run, characters));
         const auto start = static_cast<uint32_t>(glyph);
         while (glyph < glyphsEnd && characterIndexForGlyphAtIndex(static_cast<uint32_t>(glyph)) < run.end()) ++glyph;
-        if (!layer.isVisible()) continue;
-        const Range glyphs = {start, static_cast<uint32_t>(glyph - start)};
-        if (contextAntialiases() && layer.width > 0)
-            strokeOutlines(glyphs, layer, origin);
-        else
-            repeatGlyphs(glyphs, layer, origin);
+        if (layer.isVisible()) runs.push_back({{start, static_cast<uint32_t>(glyph - start)}, layer});
+    }
+    return runs;
+}
+
+void QzAnnoLayoutManager::drawLayer(Range glyphRange, uint32_t number, NSPoint origin) {
+    const std::vector<LayerRun> runs = runsOfLayer(glyphRange, number);
+    if (mergesLayers_) return drawMerged(runs, origin);
+    for (const LayerRun& run : runs) drawRun(run, origin);
+}
+
+void QzAnnoLayoutManager::drawMerged(const std::vector<LayerRun>& runs, NSPoint origin) {
+    const Ref<NSGraphicsContext> context = NSGraphicsContext::currentContext();
+    std::vector<Ref<NSColor>> colors;
+    for (const LayerRun& run : runs) {
+        const auto isItsColor = [&](const Ref<NSColor>& color) { return color->isEqual(*run.layer.color); };
+        if (std::ranges::none_of(colors, isItsColor)) colors.push_back(run.layer.color);
+    }
+    for (const Ref<NSColor>& color : colors) {
+        context->beginGathering();
+        for (const LayerRun& run : runs) {
+            if (color->isEqual(*run.layer.color)) drawRun(run, origin);
+        }
+        context->setColor(color);
+        context->endGathering();
     }
 }
 
+void QzAnnoLayoutManager::drawRun(const LayerRun& run, NSPoint origin) {
+    if (contextAntialiases() && run.layer.width > 0)
+        strokeOutlines(run.glyphs, run.layer, origin);
+    else
+        repeatGlyphs(run.glyphs, run.layer, origin);
+}
+
 void QzAnnoLayoutManager::strokeOutlines(Range glyphRange, const Layer& layer, NSPoint origin) const {
-    layer.color->set();
+    const Ref<NSGraphicsContext> context = NSGraphicsContext::currentContext();
+    const GlyphStroke stroke = strokeOf(layer.width);
+    context->setColor(layer.color);
     // Every shown glyph of a cluster, not only the first: an accent wants its border as the letter below it does.
     for (uint64_t glyph = glyphRange.location; glyph < glyphRange.end(); ++glyph) {
         const auto index = static_cast<uint32_t>(glyph);
@@ -198,29 +232,25 @@ void QzAnnoLayoutManager::strokeOutlines(Range glyphRange, const Layer& layer, N
         const NSPoint pen = {origin.x + line.origin.x + layer.offset.x + location.x,
                              origin.y + line.origin.y + layer.offset.y + location.y};
         const Ref<NSFont> font = fontAtIndex(characterIndexForGlyphAtIndex(index));
-        NSBezierPath outline =
-            outlineOfGlyph({glyphAtIndex(index), font, pen, layer.obliqueness}).bezierPathByFlatteningPath();
-        if (outline.isEmpty()) continue;
-        outline.setLineWidth(layer.width);
-        applyQuality(outline);
-        outline.stroke();
-        outline.fill();
+        strokeAndFillGlyph(*context, {glyphAtIndex(index), font, pen, layer.obliqueness}, stroke, *glyphCache());
     }
 }
 
-void QzAnnoLayoutManager::applyQuality(NSBezierPath& path) const {
+GlyphStroke QzAnnoLayoutManager::strokeOf(float width) const {
+    GlyphStroke stroke{.width = width};
     if (qualityFactor_ < kCoarsestBelow)
-        path.setFlatness(kCoarsestFlatness);
+        stroke.flatness = kCoarsestFlatness;
     else if (qualityFactor_ < kCoarseBelow)
-        path.setFlatness(kCoarseFlatness);
+        stroke.flatness = kCoarseFlatness;
     if (qualityFactor_ <= kMitersUpTo) {
-        path.setLineCapStyle(NSLineCapStyle::butt);
-        path.setLineJoinStyle(NSLineJoinStyle::miter);
-        path.setMiterLimit(kLayerMiterLimit);
+        stroke.lineCap = NSLineCapStyle::butt;
+        stroke.lineJoin = NSLineJoinStyle::miter;
+        stroke.miterLimit = kLayerMiterLimit;
     } else {
-        path.setLineCapStyle(NSLineCapStyle::square);
-        path.setLineJoinStyle(NSLineJoinStyle::round);
+        stroke.lineCap = NSLineCapStyle::square;
+        stroke.lineJoin = NSLineJoinStyle::round;
     }
+    return stroke;
 }
 
 void QzAnnoLayoutManager::repeatGlyphs(Range glyphRange, const Layer& layer, NSPoint origin) {

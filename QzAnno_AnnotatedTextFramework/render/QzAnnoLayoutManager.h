@@ -4,7 +4,7 @@
 
 namespace qz {
 
-class NSBezierPath;
+struct GlyphStroke;
 
 /// Lays text out as its base does, and draws more than glyphs: from the bottom a bounding box, layer 2, layer 1, the
 /// glyphs.
@@ -24,6 +24,12 @@ public:
     float qualityFactor() const { return qualityFactor_; }
     void setQualityFactor(float quality) { qualityFactor_ = quality; }
 
+    /// Whether each layer is gathered over all that is drawn and then laid down once, so that a translucent outline or
+    /// shadow is even where glyphs, or a glyph's stroke and its fill, overlap. Runs whose layers have one colour gather
+    /// together. Off at the start: glyphs are laid one over another.
+    bool mergesLayers() const { return mergesLayers_; }
+    void setMergesLayers(bool merges) { mergesLayers_ = merges; }
+
     /// The font of a character as it is drawn: the screen font when those are used. None beyond the text.
     Ref<NSFont> fontAtIndex(uint32_t index) const;
 
@@ -41,16 +47,21 @@ private:
     QzAnnoLayoutManager() = default;
 
     struct Layer;
+    struct LayerRun;
 
     void waitForBackgroundLayout(Range glyphRange) const;
     void drawBoundingBoxes(Range glyphRange, NSPoint origin) const;
+    std::vector<LayerRun> runsOfLayer(Range glyphRange, uint32_t number) const;
     void drawLayer(Range glyphRange, uint32_t number, NSPoint origin);
+    void drawMerged(const std::vector<LayerRun>& runs, NSPoint origin);
+    void drawRun(const LayerRun& run, NSPoint origin);
     void strokeOutlines(Range glyphRange, const Layer& layer, NSPoint origin) const;
     void repeatGlyphs(Range glyphRange, const Layer& layer, NSPoint origin);
-    void applyQuality(NSBezierPath& path) const;
+    GlyphStroke strokeOf(float width) const;
 
     AntialiasingMode antialiasingMode_ = asContext;
     float qualityFactor_ = 1.0f;
+    bool mergesLayers_ = false;
     // Layers draw glyphs through this class again; those must not have layers of their own.
     bool drawing_ = false;
 };

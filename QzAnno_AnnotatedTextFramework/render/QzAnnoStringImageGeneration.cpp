@@ -60,11 +60,12 @@ Ref<NSImage> QzAnnoStringToScreen::imageInFullScreen(bool fullScreen, NSRect* bb
 }
 
 Ref<NSBitmapImageRep> QzAnnoStringToScreen::bitmapInFullScreen(bool fullScreen, NSRect* bbox) {
-    const Ref<NSImage> image = imageInFullScreen(fullScreen, bbox);
-    return image ? QzTextRender::rasterizeImage(*image) : Ref<NSBitmapImageRep>();
+    Ref<NSImage> image = imageInFullScreen(fullScreen, bbox);
+    return image ? QzTextRender::rasterizeImage(std::move(image)) : Ref<NSBitmapImageRep>();
 }
 
-bool QzAnnoStringToScreen::drawInFullScreen(bool fullScreen, const Ref<NSBitmapImageRep>& intoBitmap, NSRect* bbox) {
+bool QzAnnoStringToScreen::drawInFullScreen(bool fullScreen, const Ref<NSBitmapImageRep>& intoBitmap, NSRect* bbox,
+                                            PixelRect* changed) {
     const Ref<NSGraphicsContext> context = NSGraphicsContext::graphicsContextWithBitmapImageRep(intoBitmap, true);
     if (!context || NSEqualSizes(screensize_, {})) return false;
     NSPoint offset;
@@ -74,7 +75,17 @@ bool QzAnnoStringToScreen::drawInFullScreen(bool fullScreen, const Ref<NSBitmapI
     NSGraphicsContext::setCurrentContext(context);
     drawGlyphsAtPoint(offset);
     NSGraphicsContext::setCurrentContext(former);
+    if (changed) *changed = context->changedBox();
     return true;
+}
+
+bool QzAnnoStringToScreen::drawInFullScreen(bool fullScreen, const PixelBuffer& intoBuffer, NSRect* bbox,
+                                            PixelRect* changed) {
+    if (!intoBuffer.pixels) return false;
+    const Ref<NSBitmapImageRep> bitmap = NSBitmapImageRep::initWithBitmapDataPlanes(
+        intoBuffer.pixels,
+        {.pixelsWide = intoBuffer.width, .pixelsHigh = intoBuffer.height, .bytesPerRow = intoBuffer.bytesPerRow});
+    return bitmap && drawInFullScreen(fullScreen, bitmap, bbox, changed);
 }
 
 }  // namespace qz

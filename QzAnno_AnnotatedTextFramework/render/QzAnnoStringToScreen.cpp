@@ -1,8 +1,27 @@
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
 
 #include "platform/foundation/NSLog.h"
+#include "platform/text/AttributeNames.h"
+#include "platform/text/LanguageTag.h"
 
 namespace qz {
+namespace {
+
+Ref<NSAttributedString> textInDirection(const NSAttributedString& text, NSWritingDirection direction) {
+    const auto directed = NSMutableAttributedString::initWithAttributedString(text);
+    directed->changeAttributes({0, text.length()}, [direction](const Ref<NSDictionary>& attributes) {
+        auto style = attributes->objectForKey<NSParagraphStyle>(*NSParagraphStyleAttributeName);
+        if (!style) style = NSParagraphStyle::defaultParagraphStyle();
+        NSParagraphStyle::Values values = style->values();
+        values.baseWritingDirection = direction;
+        ObjectMap map = attributes->map();
+        map.set(NSParagraphStyleAttributeName, NSParagraphStyle::paragraphStyleWithValues(values));
+        return NSDictionary::dictionaryWithMap(std::move(map));
+    });
+    return directed;
+}
+
+}  // namespace
 
 QzAnnoStringToScreen::QzAnnoStringToScreen()
     : textStorage_ts_(QzAnnoStringFormatter::init()),
@@ -48,10 +67,35 @@ void QzAnnoStringToScreen::setAttributedString(const Ref<NSAttributedString>& st
     available_ = false;
 }
 
+void QzAnnoStringToScreen::setFontLibrary(std::shared_ptr<FontLibrary> library) {
+    fontLibrary_ = std::move(library);
+    available_ = false;
+}
+
+bool QzAnnoStringToScreen::setLanguage(std::string_view tag) {
+    if (!tag.empty() && !isLanguageTag(tag)) return false;
+    language_ = tag.empty() ? nullptr : NSString::stringWithUTF8String(std::string(tag));
+    available_ = false;
+    return true;
+}
+
+void QzAnnoStringToScreen::setBaseWritingDirection(NSWritingDirection direction) {
+    if (direction == direction_) return;
+    direction_ = direction;
+    available_ = false;
+}
+
 void QzAnnoStringToScreen::build() {
+    const FontLibrary::Use use(fontLibrary_);
     Ref<NSAttributedString> text = realString_;
     if (!text) text = textStorage_ts_->attributedStringForObjectValue(string_);
     if (!text) text = NSAttributedString::init();
+    if (language_) {
+        const auto inLanguage = NSMutableAttributedString::initWithAttributedString(*text);
+        inLanguage->addAttribute(NSLanguageAttributeName, language_, {0, text->length()});
+        text = inLanguage;
+    }
+    if (direction_ != NSWritingDirection::natural) text = textInDirection(*text, direction_);
     textStorage_->setAttributedString(*text);
     // An empty series of edits makes the text system take the new text in at once.
     textStorage_->beginEditing();

@@ -3,10 +3,22 @@
 #include "QzAnno_AnnotatedTextFramework/format/QzAnnoStringFormatter.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoLayoutManager.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzScreenTextContainer.h"
+#include "QzAnno_AnnotatedTextFramework/render/RenderReport.h"
 #include "platform/graphics/NSImage.h"
+#include "platform/text/FontLibrary.h"
+#include "platform/text/NSParagraphStyle.h"
 #include "platform/text/NSTextStorage.h"
 
 namespace qz {
+
+/// Pixels of premultiplied RGBA that the host keeps: `height` rows from the top, `bytesPerRow` bytes from one to the
+/// next, 0 for as few as hold a row.
+struct PixelBuffer {
+    uint8_t* pixels = nullptr;
+    int32_t width = 0;
+    int32_t height = 0;
+    int32_t bytesPerRow = 0;
+};
 
 /// From a title to pixels: a text system for one screen that formats an annotated string through a palette, lays it
 /// out, and draws it into images and bitmaps of the screen or of the area round the text.
@@ -30,6 +42,18 @@ public:
     void setAnnoString(const Ref<QzAnnoString>& string);
     void setAttributedString(const Ref<NSAttributedString>& string);
     Ref<QzAnnoString> annoString() const { return string_; }
+    /// The direction of every paragraph, whatever its style says; `natural`, as at the start, leaves it to the style,
+    /// and by default to the first letter that has one. Natural alignment goes with it.
+    void setBaseWritingDirection(NSWritingDirection direction);
+    NSWritingDirection baseWritingDirection() const { return direction_; }
+
+    /// The fonts that titles of this pipeline are looked up in; none, as at the start, stands for those of the machine,
+    /// or those that the thread uses. A library may be shared by pipelines on different threads.
+    void setFontLibrary(std::shared_ptr<FontLibrary> library);
+    /// The language of the titles as a BCP 47 tag, such as "ja" or "zh-Hant"; empty, as at the start, for none. It
+    /// tells which font serves characters that languages share, and which forms a font gives its letters. False, and
+    /// nothing changed, for what is no such tag.
+    bool setLanguage(std::string_view tag);
 
     const Ref<QzAnnoLayoutManager>& layoutManager() const { return layoutManager_; }
     const Ref<QzScreenTextContainer>& textContainer() const { return textContainer_; }
@@ -48,11 +72,18 @@ public:
     /// The same as a bitmap of premultiplied RGBA.
     Ref<NSBitmapImageRep> bitmapInFullScreen(bool fullScreen, NSRect* bbox = nullptr);
     /// Draws the title over what a bitmap of the host's holds, an RGBA frame of the data size or a clear one; `bbox` as
-    /// above. In box mode the box's corner comes to the bitmap's corner. False, and nothing drawn, for a bitmap of
-    /// another format or without sizes.
-    bool drawInFullScreen(bool fullScreen, const Ref<NSBitmapImageRep>& intoBitmap, NSRect* bbox = nullptr);
+    /// above. In box mode the box's corner comes to the bitmap's corner. `changed` receives the pixels that may have
+    /// changed: all that a host has to clear before the next title, or to send on. False, and nothing drawn, for a
+    /// bitmap of another format or without sizes.
+    bool drawInFullScreen(bool fullScreen, const Ref<NSBitmapImageRep>& intoBitmap, NSRect* bbox = nullptr,
+                          PixelRect* changed = nullptr);
+    /// The same over a frame in the host's own memory. False, too, when its rows do not hold their pixels.
+    bool drawInFullScreen(bool fullScreen, const PixelBuffer& intoBuffer, NSRect* bbox = nullptr,
+                          PixelRect* changed = nullptr);
     /// Where an image would sit on the screen, built first when that is due; its size rounded as the image's.
     NSRect placeInFullScreen(bool fullScreen);
+    /// What of such an image is not as it was asked for, built first when that is due.
+    RenderReport reportInFullScreen(bool fullScreen);
 
     std::string className() const override { return "QzAnnoStringToScreen"; }
 
@@ -63,6 +94,8 @@ private:
     NSRect placeInFullScreen(bool fullScreen, NSPoint& offset);
     /// Draws the glyphs at the scale data over screen into the current graphics context.
     void drawGlyphsAtPoint(NSPoint offset);
+    /// Where a glyph is drawn, with the container's origin at `offset`.
+    NSPoint originOfGlyph(uint32_t glyph, NSPoint offset) const;
 
     const Ref<QzAnnoStringFormatter> textStorage_ts_;
     WeakRef<QzAnnoPalette> palette_;
@@ -71,7 +104,10 @@ private:
     // At most one of the two is set.
     Ref<QzAnnoString> string_;
     Ref<NSAttributedString> realString_;
+    NSWritingDirection direction_ = NSWritingDirection::natural;
     bool available_ = false;
+    std::shared_ptr<FontLibrary> fontLibrary_;
+    Ref<NSString> language_;
     const Ref<NSTextStorage> textStorage_;
     const Ref<QzScreenTextContainer> textContainer_;
     const Ref<QzAnnoLayoutManager> layoutManager_;

@@ -3,6 +3,13 @@
 #include "platform/foundation/NSLog.h"
 
 namespace qz {
+namespace {
+
+void reportColorSpace(const NSBitmapImageRep& bitmap) {
+    NSLog("Bitmap rep's colorspace name is %@\n", {bitmap.colorSpaceName()});
+}
+
+}  // namespace
 
 Ref<NSBitmapImageRep> QzTextRender::rasterizeImage(const NSImage& image) {
     const NSSize size = image.size();
@@ -17,7 +24,17 @@ Ref<NSBitmapImageRep> QzTextRender::rasterizeImage(const NSImage& image) {
         return {};
     }
     NSGraphicsContext::graphicsContextWithBitmapImageRep(bitmap, true)->drawBitmap(*image.bitmap(), 0, 0);
-    NSLog("Bitmap rep's colorspace name is %@\n", {bitmap->colorSpaceName()});
+    reportColorSpace(*bitmap);
+    return bitmap;
+}
+
+Ref<NSBitmapImageRep> QzTextRender::rasterizeImage(Ref<NSImage>&& image) {
+    const Ref<NSImage> given = std::move(image);
+    const Ref<NSBitmapImageRep>& bitmap = given->bitmap();
+    const bool isWhole = static_cast<float>(bitmap->pixelsWide()) == given->size().width &&
+                         static_cast<float>(bitmap->pixelsHigh()) == given->size().height;
+    if (given.use_count() > 1 || bitmap.use_count() > 1 || !isWhole) return rasterizeImage(*given);
+    reportColorSpace(*bitmap);
     return bitmap;
 }
 

@@ -9,6 +9,9 @@ namespace qz {
 class QzTextRender {
 public:
     static Ref<NSBitmapImageRep> rasterizeImage(const NSImage& image);
+    /// The same of an image that is given away: its pixels are taken over when nobody else holds it and no fraction of
+    /// a point is to be dropped.
+    static Ref<NSBitmapImageRep> rasterizeImage(Ref<NSImage>&& image);
     static Ref<NSBitmapImageRep> rasterizeImageRep(const NSBitmapImageRep& imageRep);
 };
 

@@ -18,7 +18,59 @@ double asWritten(float value) {
     return std::stod(shortestDecimal(value));
 }
 
+nlohmann::ordered_json json(Range range) {
+    return {{"location", range.location}, {"length", range.length}};
+}
+
+nlohmann::ordered_json json(const std::vector<Range>& ranges) {
+    auto list = nlohmann::ordered_json::array();
+    for (const Range range : ranges) list.push_back(json(range));
+    return list;
+}
+
+nlohmann::ordered_json json(const std::vector<RenderReport::Substitution>& substitutions) {
+    auto list = nlohmann::ordered_json::array();
+    for (const RenderReport::Substitution& substitution : substitutions) {
+        list.push_back({{"fontAskedFor", substitution.fontAskedFor},
+                        {"fontThatServed", substitution.fontThatServed},
+                        {"characters", substitution.characters},
+                        {"ranges", json(substitution.ranges)}});
+    }
+    return list;
+}
+
+nlohmann::ordered_json json(const std::vector<RenderReport::MissingGlyph>& missing) {
+    auto list = nlohmann::ordered_json::array();
+    for (const RenderReport::MissingGlyph& glyph : missing) {
+        list.push_back({{"character", glyph.character}, {"font", glyph.font}, {"ranges", json(glyph.ranges)}});
+    }
+    return list;
+}
+
+nlohmann::ordered_json json(const std::vector<RenderReport::Clipping>& clipped) {
+    auto list = nlohmann::ordered_json::array();
+    for (const RenderReport::Clipping& clipping : clipped) {
+        list.push_back({{"part", nameOfPart(clipping.part)}, {"range", json(clipping.characters)}});
+    }
+    return list;
+}
+
 }  // namespace
+
+const char* nameOfPart(RenderReport::Clipping::Part part) {
+    using Part = RenderReport::Clipping::Part;
+    switch (part) {
+        case Part::text:
+            return "text";
+        case Part::glyphs:
+            return "glyphs";
+        case Part::layer1:
+            return "layer 1";
+        case Part::layer2:
+            break;
+    }
+    return "layer 2";
+}
 
 std::string manifestLine(const Title& title, const ManifestEntry& entry) {
     const nlohmann::ordered_json line = {
@@ -36,6 +88,9 @@ std::string manifestLine(const Title& title, const ManifestEntry& entry) {
           {"width", asWritten(entry.bbox.size.width)},
           {"height", asWritten(entry.bbox.size.height)}}},
         {"missingFonts", entry.missingFonts},
+        {"substitutions", json(entry.report.substitutions)},
+        {"missingGlyphs", json(entry.report.missingGlyphs)},
+        {"clipped", json(entry.report.clipped)},
     };
     // A file name need not be UTF-8.
     return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";

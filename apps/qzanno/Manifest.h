@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "QzAnno_AnnotatedTextFramework/render/RenderReport.h"
 #include "apps/qzanno/TitleReader.h"
 #include "platform/foundation/NSGeometry.h"
 
@@ -17,7 +18,11 @@ struct ManifestEntry {
     int32_t bytesPerRow = 0;
     NSRect bbox;  ///< screen points
     std::vector<std::string> missingFonts;
+    RenderReport report;
 };
+
+/// "text", "glyphs", "layer 1" or "layer 2".
+const char* nameOfPart(RenderReport::Clipping::Part part);
 
 /// One line of JSON, its line feed included.
 std::string manifestLine(const Title& title, const ManifestEntry& entry);

@@ -1,11 +1,14 @@
 #include "apps/qzanno/PaletteCommands.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
 #include <vector>
 
 #include "apps/qzanno/PaletteFile.h"
 #include "apps/qzanno/PaletteText.h"
+#include "platform/foundation/Files.h"
+#include "platform/foundation/NSArchiver.h"
 
 namespace qz::tool {
 namespace {
@@ -53,6 +56,29 @@ int showPalette(const std::string& path, Diagnostics& diagnostics) {
 int checkPalette(const std::string& path, Diagnostics& diagnostics) {
     if (!loadPalette(path, diagnostics) || reportFaults(path, Faults::all, diagnostics) > 0) return 1;
     diagnostics.note(path, "no faults");
+    return 0;
+}
+
+int convertPalette(const std::string& input, const std::string& output, Diagnostics& diagnostics) {
+    const std::string ending = std::filesystem::path(output).extension().string();
+    if (ending != ".plist" && ending != ".annopalette") {
+        diagnostics.error(output, "ends neither in .plist, for a property list, nor in .annopalette, for an archive");
+        return 1;
+    }
+    const Ref<QzAnnoPalette> palette = loadPalette(input, diagnostics);
+    if (!palette) return 1;
+    std::string reason;
+    const Ref<NSData> data =
+        ending == ".plist" ? palette->pListData(&reason) : NSArchiver::archivedDataWithRootObject(palette, &reason);
+    if (!data) {
+        diagnostics.error(input, reason);
+        return 1;
+    }
+    if (!writeFileAtomically(output, data->bytes(), &reason)) {
+        diagnostics.error(output, reason);
+        return 1;
+    }
+    diagnostics.note(output, "written");
     return 0;
 }
 

@@ -3,11 +3,38 @@
 #include <algorithm>
 
 #include "QzAnno_AnnotatedTextFramework/palette/PaletteFaults.h"
+#include "apps/qzanno/ArchiveFile.h"
 #include "platform/foundation/Files.h"
 #include "platform/foundation/NSPropertyListSerialization.h"
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/NSUnarchiver.h"
 
 namespace qz::tool {
+
+namespace {
+
+Ref<QzAnnoPalette> paletteOfArchive(const Ref<NSData>& file, std::string& reason) {
+    const Ref<NSUnarchiver> unarchiver = NSUnarchiver::initForReadingWithData(file);
+    const Ref<NSObject> object = unarchiver->decodeObject();
+    reason = unarchiver->versionForClassName("QzAnnoKey") ? "holds titles, no palette" : unarchiver->error();
+    auto palette = std::dynamic_pointer_cast<QzAnnoPalette>(object);
+    if (!palette && reason.empty()) {
+        reason = object ? "holds an object of class " + object->className() + ", no palette"
+                        : "holds no palette of a version that can be read";
+    }
+    return palette;
+}
+
+/// The property list to look for faults in.
+Ref<NSObject> propertyListOf(const Ref<NSData>& file) {
+    if (!isArchive(*file)) return NSPropertyListSerialization::propertyListFromData(*file);
+    std::string reason;
+    const Ref<QzAnnoPalette> palette = paletteOfArchive(file, reason);
+    const Ref<NSData> list = palette ? palette->pListData() : nullptr;
+    return list ? NSPropertyListSerialization::propertyListFromData(*list) : nullptr;
+}
+
+}  // namespace
 
 Ref<QzAnnoPalette> loadPalette(const std::string& path, Diagnostics& diagnostics) {
     if (path.empty()) return builtInPalette();
@@ -17,14 +44,15 @@ Ref<QzAnnoPalette> loadPalette(const std::string& path, Diagnostics& diagnostics
         diagnostics.error(path, reason);
         return {};
     }
-    Ref<QzAnnoPalette> palette = QzAnnoPalette::paletteFromPListData(*file, &reason);
+    Ref<QzAnnoPalette> palette =
+        isArchive(*file) ? paletteOfArchive(file, reason) : QzAnnoPalette::paletteFromPListData(*file, &reason);
     if (!palette) diagnostics.error(path, reason);
     return palette;
 }
 
 size_t reportFaults(const std::string& path, Faults which, Diagnostics& diagnostics) {
     const Ref<NSData> file = path.empty() ? nullptr : readFile(path, nullptr);
-    const Ref<NSObject> plist = file ? NSPropertyListSerialization::propertyListFromData(*file) : nullptr;
+    const Ref<NSObject> plist = file ? propertyListOf(file) : nullptr;
     if (!plist) return 0;
     size_t count = 0;
     for (const PaletteFault& fault : faultsOfPropertyList(*plist)) {

@@ -9,8 +9,8 @@
 
 namespace qz::tool {
 
-/// The palette of a property-list file; none, with an error reported, when there is none to be had. An empty path
-/// stands for the palette that is built in.
+/// The palette of a file, a property list or an archive as its first bytes tell; none, with an error reported, when
+/// there is none to be had. An empty path stands for the palette that is built in.
 Ref<QzAnnoPalette> loadPalette(const std::string& path, Diagnostics& diagnostics);
 
 enum class Faults { all, allButMissingFonts };

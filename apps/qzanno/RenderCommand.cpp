@@ -6,10 +6,12 @@
 #include <cstring>
 
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
+#include "apps/qzanno/FontFolders.h"
 #include "apps/qzanno/Manifest.h"
 #include "apps/qzanno/OutputPlan.h"
 #include "apps/qzanno/PaletteFile.h"
 #include "apps/qzanno/Progress.h"
+#include "apps/qzanno/ReportLines.h"
 #include "apps/qzanno/TitleReader.h"
 #include "platform/foundation/Files.h"
 #include "platform/graphics/PNG.h"
@@ -34,10 +36,21 @@ std::vector<uint8_t> rawBytes(const NSBitmapImageRep& picture) {
     return {data, data + static_cast<size_t>(picture.bytesPerRow()) * static_cast<size_t>(picture.pixelsHigh())};
 }
 
+/// "; there are "Noto Sans-Regular", "Noto Sans-Bold"", or nothing.
+std::string namesLike(const std::string& font, const FontLibrary& fonts) {
+    constexpr size_t kNamesMax = 6;
+    std::string list;
+    for (const std::string& name : fonts.namesLike(font, kNamesMax)) {
+        list += (list.empty() ? "; there are " : ", ") + quoted(name);
+    }
+    return list;
+}
+
 /// Renders titles one after the other with one pipeline.
 class Renderer {
 public:
-    Renderer(const RenderOptions& options, Diagnostics& diagnostics) : options_(options), diagnostics_(diagnostics) {}
+    Renderer(const RenderOptions& options, Diagnostics& diagnostics)
+        : options_(options), diagnostics_(diagnostics), reportLines_(diagnostics, options.strict) {}
 
     bool prepare();
     bool renderAll();
@@ -55,6 +68,8 @@ private:
 
     const RenderOptions& options_;
     Diagnostics& diagnostics_;
+    ReportLines reportLines_;
+    std::shared_ptr<FontLibrary> fonts_;
     Ref<QzAnnoPalette> palette_;
     Ref<MissingFonts> missingFonts_ = std::make_shared<MissingFonts>();
     std::vector<std::string> reportedFonts_;
@@ -75,13 +90,24 @@ bool Renderer::prepare() {
     const auto plan = planOutput(options_.output, options_.input, titles_.size(), diagnostics_);
     if (!plan) return false;
     plan_ = *plan;
+    const auto fonts = fontsWithFolders(options_.fontDirectories, options_.strict, diagnostics_);
+    if (!fonts) return false;
+    fonts_ = *fonts ? *fonts : FontLibrary::shared();
     palette_->setLog(missingFonts_);
     pipeline_ = QzAnnoStringToScreen::init();
     pipeline_->setPalette(palette_);
+    pipeline_->setFontLibrary(fonts_);
+    if (!pipeline_->setLanguage(options_.language)) {
+        diagnostics_.error("--lang",
+                           quoted(options_.language) + " is no language tag; write one such as ja or zh-Hant");
+        return false;
+    }
+    pipeline_->setBaseWritingDirection(options_.direction);
     pipeline_->setScreenSize(sizeOf(options_.screen), sizeOf(data_));
     // Left alone, antialiasing goes by the context, which is on.
     if (!options_.antialias) pipeline_->layoutManager()->setAntialiasing(false);
     pipeline_->layoutManager()->setQualityFactor(options_.quality);
+    pipeline_->layoutManager()->setMergesLayers(options_.mergeLayers);
     return true;
 }
 
@@ -123,7 +149,7 @@ bool Renderer::readInput() {
         return true;
     }
     bool hasUnknownClass = false;
-    auto titles = readTitles(options_.input, *palette_, diagnostics_, hasUnknownClass);
+    auto titles = readTitles(options_.input, palette_, diagnostics_, hasUnknownClass);
     if (!titles) return false;
     if (hasUnknownClass && options_.strict) {
         diagnostics_.error(options_.input,
@@ -168,7 +194,10 @@ bool Renderer::renderTitle(const Title& title) {
     pipeline_->setAnnoString(title.text);
     ManifestEntry entry;
     entry.bbox = pipeline_->placeInFullScreen(!options_.box);
-    if (!reportMissingFonts(title)) return false;
+    entry.report = pipeline_->reportInFullScreen(!options_.box);
+    // Both are to be told.
+    const bool hasFonts = reportMissingFonts(title);
+    if (!reportLines_.tell(title, entry.report) || !hasFonts) return false;
     const Ref<NSBitmapImageRep> picture = pictureFor(entry.bbox);
     if (!picture || !pipeline_->drawInFullScreen(!options_.box, picture)) {
         diagnostics_.error("title " + std::to_string(title.index),
@@ -192,8 +221,9 @@ bool Renderer::reportMissingFonts(const Title& title) {
                 "the font " + quoted(font) + " is not installed, and --strict forbids a stand-in; not rendered");
         } else if (std::ranges::find(reportedFonts_, font) == reportedFonts_.end()) {
             reportedFonts_.push_back(font);
-            diagnostics_.warning(paletteName(options_.palette),
-                                 "the font " + quoted(font) + " is not installed; the system font stands in");
+            diagnostics_.warning(
+                paletteName(options_.palette),
+                "the font " + quoted(font) + " is not installed; the system font stands in" + namesLike(font, *fonts_));
         }
     }
     return missingFonts_->names().empty() || !options_.strict;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "apps/qzanno/Diagnostics.h"
+#include "platform/text/NSParagraphStyle.h"
 
 namespace qz::tool {
 
@@ -22,11 +23,15 @@ struct RenderOptions {
     PixelSize screen = {1920, 1080};
     std::optional<PixelSize> data;
     bool box = false;
+    NSWritingDirection direction = NSWritingDirection::natural;
     std::string output;
     std::string over;
     std::string manifest;
+    std::vector<std::string> fontDirectories;
+    std::string language;
     bool antialias = true;
     float quality = 1.0f;
+    bool mergeLayers = false;
     bool strict = false;
 };
 

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "apps/qzanno/ArchiveFile.h"
 #include "captions/PlainText.h"
 #include "captions/WebVTT.h"
 #include "platform/foundation/Files.h"
@@ -33,17 +34,35 @@ std::vector<Title> titlesOfCues(const std::vector<CaptionCue>& cues) {
     return titles;
 }
 
+std::optional<std::vector<Title>> titlesOfArchive(const std::string& path, const Ref<QzAnnoPalette>& palette,
+                                                  Diagnostics& diagnostics, bool& hasUnknownName) {
+    const auto archived = readArchivedTitles(path, palette, diagnostics);
+    if (!archived) return {};
+    for (const std::string& name : archived->unknownNames) {
+        hasUnknownName = true;
+        diagnostics.warning(path, "there is no annotation " + tool::quoted(name) + " in the palette; it shows nothing");
+    }
+    std::vector<Title> titles;
+    for (const Ref<QzAnnoString>& string : archived->strings) {
+        titles.push_back({static_cast<uint32_t>(titles.size() + 1), std::nullopt, std::nullopt, string->mutableCopy()});
+    }
+    return titles;
+}
+
 }  // namespace
 
 std::vector<Title> titleOfText(const std::string& text) {
     return {{1, std::nullopt, std::nullopt, QzMutableAnnoString::initWithString(NSString::stringWithUTF8String(text))}};
 }
 
-std::optional<std::vector<Title>> readTitles(const std::string& path, const QzAnnoPalette& palette,
+std::optional<std::vector<Title>> readTitles(const std::string& path, const Ref<QzAnnoPalette>& palette,
                                              Diagnostics& diagnostics, bool& hasUnknownClass) {
     const std::string ending = endingOf(path);
+    if (ending == ".annostring") return titlesOfArchive(path, palette, diagnostics, hasUnknownClass);
     if (ending != ".vtt" && ending != ".txt") {
-        diagnostics.error(path, "is neither a .vtt nor a .txt file; give captions as WebVTT or one title as text");
+        diagnostics.error(path,
+                          "is no .vtt, .txt or .annostring file; give captions as WebVTT, one title as text, or an "
+                          "archive of titles");
         return {};
     }
     std::string reason;
@@ -59,7 +78,7 @@ std::optional<std::vector<Title>> readTitles(const std::string& path, const QzAn
         diagnostics.error(path, error.message);
         return {};
     }
-    const auto captions = readWebVTT(*file, palette, &error);
+    const auto captions = readWebVTT(*file, *palette, &error);
     if (!captions) {
         diagnostics.error(placeInFile(path, error.line), error.message);
         return {};

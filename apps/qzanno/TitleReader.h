@@ -20,9 +20,10 @@ struct Title {
     Ref<QzMutableAnnoString> text;
 };
 
-/// The titles of a caption file or a text file, by the ending of its name. None, with an error reported, when the file
-/// cannot be read; `hasUnknownClass` receives whether the file names a class that the palette lacks.
-std::optional<std::vector<Title>> readTitles(const std::string& path, const QzAnnoPalette& palette,
+/// The titles of a caption file, a text file or an archive of annotated strings, by the ending of its name. None, with
+/// an error reported, when the file cannot be read; `hasUnknownClass` receives whether the file names a class or an
+/// annotation that the palette lacks.
+std::optional<std::vector<Title>> readTitles(const std::string& path, const Ref<QzAnnoPalette>& palette,
                                              Diagnostics& diagnostics, bool& hasUnknownClass);
 
 /// One title of a text in UTF-8.

@@ -3,6 +3,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "apps/qzanno/ArchiveCommands.h"
+#include "apps/qzanno/FontFolders.h"
 #include "apps/qzanno/PaletteCommands.h"
 #include "apps/qzanno/RenderCommand.h"
 #include "platform/foundation/NSLog.h"
@@ -10,6 +12,7 @@
 namespace qz::tool {
 namespace {
 
+constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 
 constexpr const char* kRenderExamples =
@@ -22,7 +25,21 @@ constexpr const char* kRenderExamples =
 constexpr const char* kPaletteExamples =
     "Examples:\n"
     "  qzanno palette show broadcast.plist\n"
-    "  qzanno palette check broadcast.plist";
+    "  qzanno palette check broadcast.plist\n"
+    "  qzanno palette convert broadcast.plist broadcast.annopalette";
+
+constexpr const char* kArchiveExamples =
+    "Examples:\n"
+    "  qzanno archive pack captions.vtt -p broadcast.plist -o titles.annostring\n"
+    "  qzanno archive show titles.annostring -p broadcast.plist\n"
+    "  qzanno archive dump titles.annostring\n"
+    "  qzanno render titles.annostring -p broadcast.plist -o titles";
+
+const std::vector<std::pair<std::string, NSWritingDirection>> kDirections = {
+    {"auto", NSWritingDirection::natural},
+    {"ltr", NSWritingDirection::leftToRight},
+    {"rtl", NSWritingDirection::rightToLeft},
+};
 
 std::optional<PixelSize> parsedSize(const std::string& text) {
     PixelSize size;
@@ -51,13 +68,21 @@ void addSizeOption(CLI::App& command, const std::string& name, const std::string
         ->type_name("WxH");
 }
 
+void addFontFolders(CLI::App& command, std::vector<std::string>& folders) {
+    command.add_option("--font-dir", folders, "Use the fonts in this folder before those of the machine (repeatable)")
+        ->type_name("DIR")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
 void describeRender(CLI::App& command, RenderOptions& options) {
     command.footer(kRenderExamples);
-    auto* input =
-        command.add_option("INPUT", options.input, "A .vtt file of captions, or a .txt file that is one title");
+    auto* input = command.add_option(
+        "INPUT", options.input,
+        "A .vtt file of captions, a .txt file that is one title, or an archive of titles (.annostring)");
     command.add_option("--text", options.text, "Render this text instead of a file")->excludes(input);
     command.add_option("-p,--palette", options.palette,
-                       "Property list with the styles; without it a built-in palette serves");
+                       "Property list or archive with the styles; without it a built-in palette serves");
     command
         .add_option("-a,--annotate", options.annotations,
                     "Lay this annotation over the whole of every title (repeatable)")
@@ -68,16 +93,29 @@ void describeRender(CLI::App& command, RenderOptions& options) {
                   [&options](PixelSize size) { options.screen = size; });
     addSizeOption(command, "-d,--data", "The frame that the screen is scaled onto, in pixels [the screen's]",
                   [&options](PixelSize size) { options.data = size; });
+    command
+        .add_option("--direction", options.direction,
+                    "Direction of every paragraph: ltr, rtl, or auto by its first letter [auto]")
+        ->transform(CLI::CheckedTransformer(kDirections))
+        ->type_name("auto|ltr|rtl");
     auto* box = command.add_flag("-b,--box", options.box, "Only the area round the text, not the whole screen");
     command.add_option(
         "-o,--output", options.output,
         "A .png or .rgba file for one title, a directory for many, - for raw premultiplied RGBA on standard output");
     command.add_option("--over", options.over, "Composite over this frame")->type_name("FRAME.png")->excludes(box);
     command.add_option("--manifest", options.manifest, "Write what was rendered as JSON Lines")->type_name("FILE");
+    addFontFolders(command, options.fontDirectories);
+    command
+        .add_option("--lang", options.language,
+                    "The language of the titles, such as ja or zh-Hant; it decides which forms shared letters take")
+        ->type_name("TAG");
     command.add_flag("!--no-antialias", options.antialias, "Draw hard edges");
     command.add_option("--quality", options.quality, "How carefully outlines are drawn, 0 to 1 [1]")
         ->check(CLI::Range(0.0, 1.0));
-    command.add_flag("--strict", options.strict, "Fail on a missing font or an unknown class");
+    command.add_flag("--strict", options.strict,
+                     "Fail on a missing font, a missing character, cut text or an unknown class");
+    command.add_flag("--merge-layers", options.mergeLayers,
+                     "Lay each outline and shadow down as one, even where its letters overlap");
 }
 
 void addVerbosity(CLI::App& command, bool& verbose, bool& quiet) {
@@ -92,6 +130,74 @@ void routeLibraryLog(Diagnostics::Verbosity verbosity) {
     setStandardErrorHook([](std::string_view) {});
 }
 
+/// What `qzanno archive` and `qzanno palette` were asked for.
+struct FileOptions {
+    std::string input;
+    std::string palette;
+    std::string output;
+};
+
+struct Commands {
+    CLI::App* render;
+    CLI::App* showPalette;
+    CLI::App* checkPalette;
+    CLI::App* convertPalette;
+    CLI::App* packArchive;
+    CLI::App* showArchive;
+    CLI::App* dumpArchive;
+};
+
+void describePaletteCommands(CLI::App& app, FileOptions& files, Commands& commands) {
+    CLI::App& palette = *app.add_subcommand("palette", "Look at palettes");
+    palette.require_subcommand(1);
+    commands.showPalette = palette.add_subcommand("show", "Print a palette as a table, the highest priority first");
+    commands.checkPalette =
+        palette.add_subcommand("check", "Report each fault of a palette; exit with 1 when there is one");
+    commands.convertPalette =
+        palette.add_subcommand("convert", "Write a palette as a property list or an archive, by the output's name");
+    for (CLI::App* command : {commands.showPalette, commands.checkPalette, commands.convertPalette}) {
+        command->add_option("FILE", files.input, "Property list or archive with the palette")->required();
+    }
+    commands.convertPalette
+        ->add_option("OUTPUT", files.output, "A .plist file for a property list, an .annopalette file for an archive")
+        ->required();
+    for (CLI::App* command : {&palette, commands.showPalette, commands.checkPalette, commands.convertPalette}) {
+        command->footer(kPaletteExamples);
+    }
+}
+
+void describeArchiveCommands(CLI::App& app, FileOptions& files, Commands& commands) {
+    CLI::App& archive = *app.add_subcommand("archive", "Keep titles in archives, and look into archives");
+    archive.require_subcommand(1);
+    commands.packArchive = archive.add_subcommand(
+        "pack", "Write titles with their annotations as an archive; the times of captions are not kept");
+    commands.packArchive->add_option("INPUT", files.input, "A .vtt file of captions, or a .txt file that is one title")
+        ->required();
+    commands.packArchive->add_option("-p,--palette", files.palette,
+                                     "Palette with the annotations; without it the built-in one serves");
+    commands.packArchive->add_option("-o,--output", files.output, "The archive to write")
+        ->type_name("FILE.annostring")
+        ->required();
+    commands.showArchive = archive.add_subcommand("show", "Print the titles of an archive: text, annotations and runs");
+    commands.showArchive->add_option("FILE", files.input, "Archive of titles")->required();
+    commands.showArchive->add_option("-p,--palette", files.palette, "Palette to say what each run looks like");
+    commands.dumpArchive = archive.add_subcommand(
+        "dump", "List any typed-stream archive, of other programs too: classes, versions, references");
+    commands.dumpArchive->add_option("FILE", files.input, "Archive")->required();
+    for (CLI::App* command : {&archive, commands.packArchive, commands.showArchive, commands.dumpArchive}) {
+        command->footer(kArchiveExamples);
+    }
+}
+
+int perform(const Commands& commands, const FileOptions& files, Diagnostics& diagnostics) {
+    if (commands.showPalette->parsed()) return showPalette(files.input, diagnostics);
+    if (commands.checkPalette->parsed()) return checkPalette(files.input, diagnostics);
+    if (commands.convertPalette->parsed()) return convertPalette(files.input, files.output, diagnostics);
+    if (commands.packArchive->parsed()) return packArchive(files.input, files.palette, files.output, diagnostics);
+    if (commands.showArchive->parsed()) return showArchive(files.input, files.palette, diagnostics);
+    return dumpArchive(files.input, diagnostics);
+}
+
 int run(int argc, char** argv) {
     CLI::App app("Annotated titles and captions, from palette and text to pixels.", "qzanno");
     app.require_subcommand(1);
@@ -101,26 +207,23 @@ int run(int argc, char** argv) {
     bool verbose = false;
     bool quiet = false;
     RenderOptions options;
-    CLI::App& renderCommand = *app.add_subcommand("render", "Render titles to pictures");
-    describeRender(renderCommand, options);
-    addVerbosity(renderCommand, verbose, quiet);
-
-    CLI::App& paletteCommand = *app.add_subcommand("palette", "Look at palettes");
-    paletteCommand.require_subcommand(1);
-    paletteCommand.footer(kPaletteExamples);
-    std::string paletteFile;
-    CLI::App& show = *paletteCommand.add_subcommand("show", "Print a palette as a table, the highest priority first");
-    CLI::App& check =
-        *paletteCommand.add_subcommand("check", "Report each fault of a palette; exit with 1 when there is one");
-    for (CLI::App* command : {&show, &check}) {
-        command->add_option("FILE", paletteFile, "Property list with the palette")->required();
-        command->footer(kPaletteExamples);
+    FileOptions files;
+    Commands commands;
+    commands.render = app.add_subcommand("render", "Render titles to pictures");
+    describeRender(*commands.render, options);
+    describePaletteCommands(app, files, commands);
+    describeArchiveCommands(app, files, commands);
+    for (CLI::App* command : {commands.render, commands.showPalette, commands.checkPalette, commands.convertPalette,
+                              commands.packArchive, commands.showArchive, commands.dumpArchive}) {
         addVerbosity(*command, verbose, quiet);
+    }
+    for (CLI::App* command : {commands.showPalette, commands.checkPalette, commands.showArchive}) {
+        addFontFolders(*command, options.fontDirectories);
     }
 
     try {
         app.parse(argc, argv);
-        if (renderCommand.parsed() && options.input.empty() && !options.text) {
+        if (commands.render->parsed() && options.input.empty() && !options.text) {
             throw CLI::ValidationError("render", "give a file or --text; see 'qzanno render --help'");
         }
     } catch (const CLI::Success& done) {
@@ -140,8 +243,11 @@ int run(int argc, char** argv) {
     const Verbosity verbosity = verbose ? Verbosity::verbose : quiet ? Verbosity::quiet : Verbosity::normal;
     Diagnostics diagnostics(verbosity);
     routeLibraryLog(verbosity);
-    if (renderCommand.parsed()) return render(options, diagnostics);
-    return show.parsed() ? showPalette(paletteFile, diagnostics) : checkPalette(paletteFile, diagnostics);
+    if (commands.render->parsed()) return render(options, diagnostics);
+    const auto fonts = fontsWithFolders(options.fontDirectories, false, diagnostics);
+    if (!fonts) return kFailed;
+    const FontLibrary::Use use(*fonts);
+    return perform(commands, files, diagnostics);
 }
 
 }  // namespace

@@ -121,7 +121,7 @@ std::optional<uint64_t> bitsOf(const CodedValue& value, IntegerForm form) {
 
 }  // namespace
 
-void NSArchiver::writeValue(const CodedValue& coded, char code, uint32_t count) {
+void NSArchiver::writeValue(const CodedValue& coded, char code, [[maybe_unused]] uint32_t count) {
     TypedStreamWriter& writer = state_->writer;
     const auto& value = coded.value();
     if (const std::optional<IntegerForm> form = integerFormOf(code)) {

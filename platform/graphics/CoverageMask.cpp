@@ -6,7 +6,9 @@
 #include <cairo.h>
 
 #include "platform/graphics/Flattening.h"
+#include "platform/graphics/OutlineCoverage.h"
 #include "platform/graphics/PathClipping.h"
+#include "platform/graphics/PixelRows.h"
 
 namespace qz {
 namespace {
@@ -96,24 +98,54 @@ void drawShape(cairo_t* cairo, const DeviceShape& shape, const PixelRect& box) {
     cairo_fill(cairo);
 }
 
+void drawShapeInto(CoverageMask& mask, const DeviceShape& shape, bool antialias) {
+    const std::unique_ptr<cairo_surface_t, Destroy> surface(cairo_image_surface_create_for_data(
+        mask.bytes.data(), CAIRO_FORMAT_A8, mask.box.width, mask.box.height, mask.stride));
+    const std::unique_ptr<cairo_t, Destroy> cairo(cairo_create(surface.get()));
+    cairo_set_antialias(cairo.get(), antialias ? CAIRO_ANTIALIAS_DEFAULT : CAIRO_ANTIALIAS_NONE);
+    drawShape(cairo.get(), shape, mask.box);
+    cairo_surface_flush(surface.get());
+}
+
+void makeEmpty(CoverageMask& mask, const PixelRect& box) {
+    mask.box = box;
+    mask.stride = cairo_format_stride_for_width(CAIRO_FORMAT_A8, box.width);
+    mask.bytes.assign(static_cast<size_t>(mask.stride) * static_cast<size_t>(box.height), 0);
+}
+
 }  // namespace
 
-void renderCoverage(const DeviceShape& shape, const PixelRect& box, bool antialias, CoverageMask& mask) {
+CoverageMask CoverageMask::emptyOf(const PixelRect& box) {
+    CoverageMask mask;
+    makeEmpty(mask, box);
+    return mask;
+}
+
+void renderCoverage(std::span<const DeviceShape> shapes, const PixelRect& box, bool antialias, CoverageMask& mask) {
     mask.box = {};
     mask.stride = 0;
     mask.bytes.clear();
     if (box.isEmpty() || std::max(box.width, box.height) > kCoverageSideMax) return;
-    mask.box = box;
-    mask.stride = cairo_format_stride_for_width(CAIRO_FORMAT_A8, box.width);
-    mask.bytes.resize(static_cast<size_t>(mask.stride) * static_cast<size_t>(box.height));
-    if (shape.pixelBounds(box).isEmpty()) return;
+    makeEmpty(mask, box);
+    // Painted into one mask, one shape lies over another as `uniteMasks` would lay it.
+    for (const DeviceShape& shape : shapes) {
+        if (shape.pixelBounds(box).isEmpty()) continue;
+        if (antialias && isServedByAreas(shape, box)) {
+            addOutlineCoverage(shape, mask);
+        } else {
+            drawShapeInto(mask, shape, antialias);
+        }
+    }
+}
 
-    const std::unique_ptr<cairo_surface_t, Destroy> surface(
-        cairo_image_surface_create_for_data(mask.bytes.data(), CAIRO_FORMAT_A8, box.width, box.height, mask.stride));
-    const std::unique_ptr<cairo_t, Destroy> cairo(cairo_create(surface.get()));
-    cairo_set_antialias(cairo.get(), antialias ? CAIRO_ANTIALIAS_DEFAULT : CAIRO_ANTIALIAS_NONE);
-    drawShape(cairo.get(), shape, box);
-    cairo_surface_flush(surface.get());
+PixelRect uniteMasks(const CoverageMask& mask, int32_t dx, int32_t dy, CoverageMask& target) {
+    const PixelRect common = intersectionOfMoved(mask.box, dx, dy, target.box);
+    const int64_t left = int64_t{common.x} - dx - mask.box.x, top = int64_t{common.y} - dy - mask.box.y;
+    for (int32_t i = 0; i < common.height; ++i) {
+        uniteCoverageRow(mask.row(static_cast<int32_t>(top + i)) + left, static_cast<size_t>(common.width),
+                         target.row(common.y - target.box.y + i) + (common.x - target.box.x));
+    }
+    return common;
 }
 
 }  // namespace qz

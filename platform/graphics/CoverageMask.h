@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <vector>
 
 #include "platform/graphics/DeviceShape.h"
@@ -19,13 +20,24 @@ struct CoverageMask {
     const uint8_t* row(int32_t index) const {
         return bytes.data() + static_cast<size_t>(index) * static_cast<size_t>(stride);
     }
+    uint8_t* row(int32_t index) { return bytes.data() + static_cast<size_t>(index) * static_cast<size_t>(stride); }
+    /// Nothing covered of a box.
+    static CoverageMask emptyOf(const PixelRect& box);
 };
 
 /// The longest side of a box that can be rendered at once, in pixels.
 inline constexpr int32_t kCoverageSideMax = 16384;
 
-/// Renders what `shape` covers of `box` into `mask`, whose storage is used again. Without antialiasing each value is 0
-/// or 255. A box that is empty or has a side beyond `kCoverageSideMax` gives the empty mask.
-void renderCoverage(const DeviceShape& shape, const PixelRect& box, bool antialias, CoverageMask& mask);
+/// Renders what `shapes` cover between them of `box` into `mask`, whose storage is used again; where they overlap, as
+/// `uniteMasks` says. Without antialiasing each value is 0 or 255. A box that is empty or has a side beyond
+/// `kCoverageSideMax` gives the empty mask.
+void renderCoverage(std::span<const DeviceShape> shapes, const PixelRect& box, bool antialias, CoverageMask& mask);
+inline void renderCoverage(const DeviceShape& shape, const PixelRect& box, bool antialias, CoverageMask& mask) {
+    renderCoverage(std::span(&shape, 1), box, antialias, mask);
+}
+
+/// Adds to `target`, within its box, what another mask covers when moved by (dx, dy) pixels: 1 - (1 - a) (1 - b), as
+/// drawing one over the other in an opaque colour would. Returns the box of what it covers.
+PixelRect uniteMasks(const CoverageMask& mask, int32_t dx, int32_t dy, CoverageMask& target);
 
 }  // namespace qz

@@ -206,6 +206,18 @@ void DeviceBox::include(Point point, double reachX, double reachY) {
     maxY = first ? point.y + reachY : std::max(maxY, point.y + reachY);
 }
 
+PixelRect DeviceBox::pixels(const PixelRect& within) const {
+    if (isEmpty()) return {};
+    // Cut before the conversion to integers, which these doubles may not fit.
+    const double left = std::max<double>(std::floor(minX), within.x);
+    const double top = std::max<double>(std::floor(minY), within.y);
+    const double right = std::min(std::ceil(maxX), static_cast<double>(within.right()));
+    const double bottom = std::min(std::ceil(maxY), static_cast<double>(within.bottom()));
+    if (!(left < right && top < bottom)) return {};
+    return {static_cast<int32_t>(left), static_cast<int32_t>(top), static_cast<int32_t>(right - left),
+            static_cast<int32_t>(bottom - top)};
+}
+
 double DevicePen::reach() const {
     return halfWidth * std::max(std::numbers::sqrt2, join == NSLineJoinStyle::miter ? miterLimit : 1);
 }
@@ -234,18 +246,6 @@ DeviceShape DeviceShape::strokeOf(const NSBezierPath& path, const NSAffineTransf
     shape.pen_ = penOf(path, toDevice);
     if (shape.pen_ && !shape.pathBounds_.isEmpty()) shape.bounds_ = strokeBounds(shape.path_, *shape.pen_);
     return shape;
-}
-
-PixelRect DeviceShape::pixelBounds(const PixelRect& within) const {
-    if (bounds_.isEmpty()) return {};
-    // Cut before the conversion to integers, which these doubles may not fit.
-    const double left = std::max<double>(std::floor(bounds_.minX), within.x);
-    const double top = std::max<double>(std::floor(bounds_.minY), within.y);
-    const double right = std::min(std::ceil(bounds_.maxX), static_cast<double>(within.right()));
-    const double bottom = std::min(std::ceil(bounds_.maxY), static_cast<double>(within.bottom()));
-    if (!(left < right && top < bottom)) return {};
-    return {static_cast<int32_t>(left), static_cast<int32_t>(top), static_cast<int32_t>(right - left),
-            static_cast<int32_t>(bottom - top)};
 }
 
 }  // namespace qz

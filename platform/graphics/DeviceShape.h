@@ -15,6 +15,8 @@ struct DeviceBox {
     DeviceBox grownBy(double margin) const { return {minX - margin, minY - margin, maxX + margin, maxY + margin}; }
     /// Takes in the points up to (reachX, reachY) on each side of `point`.
     void include(NSBezierPath::Point point, double reachX = 0, double reachY = 0);
+    /// The pixels of `within` that it touches; the zero rectangle when there are none.
+    PixelRect pixels(const PixelRect& within) const;
 };
 
 /// What a line is drawn with: a circle in user space, hence an ellipse on the device under an uneven transform.
@@ -47,7 +49,12 @@ public:
 
     /// The pixels of `within` that the shape may touch; the zero rectangle when it touches none. A shape with a
     /// coordinate that is not finite, or with a pen flattened to nothing, touches none.
-    PixelRect pixelBounds(const PixelRect& within) const;
+    PixelRect pixelBounds(const PixelRect& within) const { return bounds_.pixels(within); }
+
+    /// The outline of a glyph: closed contours that wind one way round what is filled. Such shapes are rasterised
+    /// faster.
+    bool isGlyphOutline() const { return isGlyphOutline_; }
+    void setIsGlyphOutline(bool isOutline) { isGlyphOutline_ = isOutline; }
 
     /// In device pixels.
     const NSBezierPath& path() const { return path_; }
@@ -61,6 +68,7 @@ private:
 
     NSBezierPath path_;
     std::optional<DevicePen> pen_;
+    bool isGlyphOutline_ = false;
     DeviceBox pathBounds_;
     // Empty for what cannot be drawn.
     DeviceBox bounds_;

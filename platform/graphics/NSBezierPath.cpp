@@ -98,6 +98,30 @@ NSBezierPath NSBezierPath::bezierPathByFlatteningPath() const {
     return flat;
 }
 
+NSBezierPath NSBezierPath::bezierPathByReversingPath() const {
+    NSBezierPath reversed = *this;
+    reversed.verbs_.clear();
+    reversed.points_.clear();
+    const Point* point = points_.data() + points_.size();
+    for (size_t end = verbs_.size(); end > 0;) {
+        // One subpath, from its last element to its move.
+        const bool isClosed = verbs_[end - 1] == Verb::close;
+        if (isClosed) --end;
+        reversed.moveToPoint(*--point);
+        for (; verbs_[end - 1] != Verb::move; --end) {
+            if (verbs_[end - 1] == Verb::line) {
+                reversed.lineToPoint(*--point);
+            } else {
+                point -= 3;
+                reversed.curveToPoint(point[0], point[2], point[1]);
+            }
+        }
+        --end;
+        if (isClosed) reversed.closePath();
+    }
+    return reversed;
+}
+
 NSBezierPath::Point NSBezierPath::currentPoint() const {
     if (isEmpty()) return {0, 0};
     return verbs_.back() == Verb::close ? points_[subpathStart_] : points_.back();

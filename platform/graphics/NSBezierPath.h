@@ -38,6 +38,9 @@ public:
     /// where it would show; the drawing parameters are kept.
     NSBezierPath bezierPathByFlatteningPath() const;
 
+    /// The same lines and curves run through backwards; the drawing parameters are kept.
+    NSBezierPath bezierPathByReversingPath() const;
+
     bool isEmpty() const { return verbs_.empty(); }
     /// The end of the last element; the origin when there is none.
     Point currentPoint() const;

@@ -41,7 +41,9 @@ NSBitmapImageRep::NSBitmapImageRep(const Format& format, uint8_t* data, std::uni
     : format_(format),
       storage_(std::move(storage)),
       data_(data),
-      size_{static_cast<float>(format.pixelsWide), static_cast<float>(format.pixelsHigh)} {}
+      size_{static_cast<float>(format.pixelsWide), static_cast<float>(format.pixelsHigh)} {
+    if (!storage_) drawnBox_ = bounds();
+}
 
 Ref<NSBitmapImageRep> NSBitmapImageRep::initWithBitmapDataPlanes(uint8_t* data, const Format& format) {
     const auto complete = completed(format);

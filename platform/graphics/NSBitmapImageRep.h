@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "platform/foundation/NSGeometry.h"
+#include "platform/graphics/PixelRect.h"
 
 namespace qz {
 
@@ -33,7 +34,11 @@ public:
     /// The most bytes of pixels that a bitmap may own: 1 GiB, 16384 x 16384 pixels.
     static constexpr uint64_t kBytesMax = uint64_t{1} << 30;
 
-    uint8_t* bitmapData() { return data_; }
+    /// The pixels. Whoever takes them for writing may draw anywhere, so from then on `drawnBox` is the whole bitmap.
+    uint8_t* bitmapData() {
+        noteDrawn(bounds());
+        return data_;
+    }
     const uint8_t* bitmapData() const { return data_; }
     int32_t pixelsWide() const { return format_.pixelsWide; }
     int32_t pixelsHigh() const { return format_.pixelsHigh; }
@@ -47,10 +52,16 @@ public:
     NSSize size() const { return size_; }
     void setSize(NSSize size) { size_ = size; }
     /// The first byte of a row counted from the top.
-    uint8_t* row(int32_t y) { return data_ + static_cast<size_t>(y) * static_cast<size_t>(format_.bytesPerRow); }
-    const uint8_t* row(int32_t y) const {
-        return data_ + static_cast<size_t>(y) * static_cast<size_t>(format_.bytesPerRow);
-    }
+    uint8_t* row(int32_t y) { return bitmapData() + offsetOfRow(y); }
+    const uint8_t* row(int32_t y) const { return data_ + offsetOfRow(y); }
+
+    PixelRect bounds() const { return {0, 0, format_.pixelsWide, format_.pixelsHigh}; }
+    /// Every pixel outside is still zero, as it was made; so a title costs its own rows and not the screen's. All of a
+    /// bitmap over a caller's data.
+    const PixelRect& drawnBox() const { return drawnBox_; }
+    /// For drawing that keeps the drawn box: widens it to hold `box`, which is then written by `rowWithin`.
+    void noteDrawn(const PixelRect& box) { drawnBox_ = unionOf(drawnBox_, box); }
+    uint8_t* rowWithin(int32_t y) { return data_ + offsetOfRow(y); }
 
     std::string className() const override { return "NSBitmapImageRep"; }
 
@@ -59,12 +70,15 @@ private:
         void operator()(uint8_t* data) const;
     };
 
+    size_t offsetOfRow(int32_t y) const { return static_cast<size_t>(y) * static_cast<size_t>(format_.bytesPerRow); }
+
     NSBitmapImageRep(const Format& format, uint8_t* data, std::unique_ptr<uint8_t[], Free> storage);
 
     const Format format_;
     const std::unique_ptr<uint8_t[], Free> storage_;
     uint8_t* const data_;
     NSSize size_;
+    PixelRect drawnBox_;
 };
 
 }  // namespace qz

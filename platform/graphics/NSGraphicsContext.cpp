@@ -13,6 +13,8 @@ namespace {
 // Larger shapes are drawn in bands of rows, so that a mask never takes more than this.
 constexpr int32_t kMaskBytesMax = 4 << 20;
 
+constexpr PixelRect kAnyPixels{-(1 << 30), -(1 << 30), INT32_MAX, INT32_MAX};
+
 thread_local Ref<NSGraphicsContext> currentOfThread;
 
 uint8_t byteOf(float component) {
@@ -60,32 +62,66 @@ void NSGraphicsContext::restoreGraphicsState() {
 }
 
 void NSGraphicsContext::fill(const NSBezierPath& path) {
-    paint(DeviceShape::fillOf(path, state_.transform));
+    const DeviceShape shape = DeviceShape::fillOf(path, state_.transform);
+    drawShapes({&shape, 1}, 0, 0);
 }
 
 void NSGraphicsContext::stroke(const NSBezierPath& path) {
-    paint(DeviceShape::strokeOf(path, state_.transform));
+    const DeviceShape shape = DeviceShape::strokeOf(path, state_.transform);
+    drawShapes({&shape, 1}, 0, 0);
 }
 
-void NSGraphicsContext::paint(const DeviceShape& shape) {
-    if (!state_.color) return;
-    const StraightColor color = straightColorOf(*state_.color);
-    const PixelRect box = shape.pixelBounds({0, 0, bitmap_->pixelsWide(), bitmap_->pixelsHigh()});
-    if (color.alpha == 0 || box.isEmpty()) return;
+void NSGraphicsContext::drawShapes(std::span<const DeviceShape> shapes, int32_t dx, int32_t dy) {
+    if (!state_.color || byteOf(state_.color->alphaComponent()) == 0) return;
+    const PixelRect within = intersectionOfMoved(bitmap_->bounds(), -dx, -dy, kAnyPixels);
+    PixelRect box;
+    for (const DeviceShape& shape : shapes) box = unionOf(box, shape.pixelBounds(within));
+    if (box.isEmpty()) return;
     const int32_t tileWidth = std::min(box.width, kCoverageSideMax);
     const int32_t tileHeight = std::min(kMaskBytesMax / tileWidth, kCoverageSideMax);
     for (int64_t y = box.y; y < box.bottom(); y += tileHeight) {
         for (int64_t x = box.x; x < box.right(); x += tileWidth) {
             const PixelRect tile{static_cast<int32_t>(x), static_cast<int32_t>(y), tileWidth, tileHeight};
-            renderCoverage(shape, intersection(tile, box), state_.shouldAntialias, *mask_);
-            blendMask(*mask_, color, *bitmap_);
+            renderCoverage(shapes, intersection(tile, box), state_.shouldAntialias, *mask_);
+            drawMask(*mask_, dx, dy);
         }
     }
 }
 
-void NSGraphicsContext::drawBitmap(const NSBitmapImageRep& bitmap, int32_t x, int32_t y) {
+void NSGraphicsContext::drawMask(const CoverageMask& mask, int32_t dx, int32_t dy) {
+    if (!state_.color) return;
+    if (gathered_) return gather(mask, dx, dy);
+    changedBox_ = unionOf(changedBox_, blendMask(mask, straightColorOf(*state_.color), *bitmap_, dx, dy));
+}
+
+void NSGraphicsContext::drawBitmap(const NSBitmapImageRep& bitmap, int32_t x, int32_t y, uint8_t alpha) {
     if (!isRGBA8(bitmap) || &bitmap == bitmap_.get()) return;
-    blendBitmap(bitmap, x, y, *bitmap_);
+    changedBox_ = unionOf(changedBox_, blendBitmap(bitmap, x, y, *bitmap_, alpha));
+}
+
+void NSGraphicsContext::beginGathering() {
+    gathered_ = std::make_unique<CoverageMask>();
+}
+
+// A title's layer is a strip of the screen: the mask grows to where there is something, by so much at a time that
+// growing stays cheap.
+void NSGraphicsContext::gather(const CoverageMask& mask, int32_t dx, int32_t dy) {
+    const PixelRect box = intersectionOfMoved(mask.box, dx, dy, bitmap_->bounds());
+    if (box.isEmpty()) return;
+    const PixelRect needed = unionOf(gathered_->box, box);
+    if (needed != gathered_->box) {
+        const PixelRect roomy{needed.x - needed.width / 2, needed.y - needed.height / 2, 2 * needed.width,
+                              2 * needed.height};
+        CoverageMask grown = CoverageMask::emptyOf(intersection(roomy, bitmap_->bounds()));
+        uniteMasks(*gathered_, 0, 0, grown);
+        *gathered_ = std::move(grown);
+    }
+    uniteMasks(mask, dx, dy, *gathered_);
+}
+
+void NSGraphicsContext::endGathering() {
+    const std::unique_ptr<CoverageMask> gathered = std::move(gathered_);
+    if (gathered) drawMask(*gathered, 0, 0);
 }
 
 }  // namespace qz

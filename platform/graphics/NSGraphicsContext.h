@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "platform/graphics/NSAffineTransform.h"
@@ -45,9 +46,21 @@ public:
     void fill(const NSBezierPath& path);
     /// Strokes with the path's width, caps, joins and miter limit, in user space.
     void stroke(const NSBezierPath& path);
-    /// Draws a premultiplied RGBA bitmap, unscaled, its top left pixel on the pixel (x, y) of the target. A bitmap of
-    /// another kind, or the target itself, draws nothing.
-    void drawBitmap(const NSBitmapImageRep& bitmap, int32_t x, int32_t y);
+    /// Draws a premultiplied RGBA bitmap, unscaled, its top left pixel on the pixel (x, y) of the target, thinned to
+    /// `alpha` of 255. A bitmap of another kind, or the target itself, draws nothing.
+    void drawBitmap(const NSBitmapImageRep& bitmap, int32_t x, int32_t y, uint8_t alpha = 255);
+    /// Fills what a mask covers, its box moved by (dx, dy) pixels, and what shapes cover between them.
+    void drawMask(const CoverageMask& mask, int32_t dx, int32_t dy);
+    void drawShapes(std::span<const DeviceShape> shapes, int32_t dx, int32_t dy);
+
+    /// Until `endGathering`, fills and strokes draw nothing; what they cover, each point of it once, is then filled in
+    /// the colour of that time. Bitmaps are drawn at once. Pairs do not nest.
+    void beginGathering();
+    void endGathering();
+    bool isGathering() const { return gathered_ != nullptr; }
+
+    /// The pixels that anything drawn through this context may have changed.
+    const PixelRect& changedBox() const { return changedBox_; }
 
     const Ref<NSBitmapImageRep>& bitmap() const { return bitmap_; }
 
@@ -62,13 +75,16 @@ private:
 
     NSGraphicsContext(Ref<NSBitmapImageRep> bitmap, const NSAffineTransform& transform);
 
-    void paint(const DeviceShape& shape);
+    void gather(const CoverageMask& mask, int32_t dx, int32_t dy);
 
     const Ref<NSBitmapImageRep> bitmap_;
     State state_;
     std::vector<State> saved_;
     // Its storage serves one shape after another.
     const std::unique_ptr<CoverageMask> mask_;
+    // None while drawing goes straight to the bitmap.
+    std::unique_ptr<CoverageMask> gathered_;
+    PixelRect changedBox_;
 };
 
 }  // namespace qz

@@ -15,5 +15,8 @@ inline const Ref<NSString> NSBaselineOffsetAttributeName = "NSBaselineOffset"_ns
 /// `NSFont`: the font that was asked for where another serves, because it lacks the characters. Set by the text
 /// storage.
 inline const Ref<NSString> NSOriginalFontAttributeName = "NSOriginalFont"_ns;
+/// String: the language of the text as a BCP 47 tag. It tells which fonts serve characters that the font asked for
+/// lacks, and how a font shapes its letters.
+inline const Ref<NSString> NSLanguageAttributeName = "NSLanguage"_ns;
 
 }  // namespace qz

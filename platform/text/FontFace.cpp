@@ -1,97 +1,29 @@
 #include "platform/text/FontFace.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <mutex>
 #include <unordered_map>
+#include <unordered_set>
 
 #include <ft2build.h>
 #include FT_FREETYPE_H
-#include FT_OUTLINE_H
 #include FT_TRUETYPE_TABLES_H
 #include <hb-ot.h>
 
+#include "platform/foundation/NSLog.h"
+#include "platform/text/ColourGlyphs.h"
+#include "platform/text/GlyphOutline.h"
 #include "platform/text/TextCoverage.h"
 
 namespace qz {
 namespace {
 
-// Builds the path from what FreeType finds in an outline. A contour of a single point, which some fonts use as an
-// anchor, is left out: stroked with round caps it would be a dot.
-class ContourSink {
-public:
-    void move(const FT_Vector& to) {
-        close();
-        start_ = last_ = pointOf(to);
-    }
-    void line(const FT_Vector& to) {
-        const NSBezierPath::Point end = pointOf(to);
-        if (end == last_) return;
-        begin();
-        path_.lineToPoint(end);
-        last_ = end;
-    }
-    // The cubic whose controls lie two thirds of the way to the quadratic's control is the same curve.
-    void quadratic(const FT_Vector& control, const FT_Vector& to) {
-        const NSBezierPath::Point q = pointOf(control);
-        const NSBezierPath::Point end = pointOf(to);
-        const auto raised = [q](NSBezierPath::Point p) {
-            return NSBezierPath::Point{(p.x + 2 * q.x) / 3, (p.y + 2 * q.y) / 3};
-        };
-        begin();
-        path_.curveToPoint(end, raised(last_), raised(end));
-        last_ = end;
-    }
-    void cubic(const FT_Vector& control1, const FT_Vector& control2, const FT_Vector& to) {
-        begin();
-        last_ = pointOf(to);
-        path_.curveToPoint(last_, pointOf(control1), pointOf(control2));
-    }
-    NSBezierPath finish() {
-        close();
-        return std::move(path_);
-    }
-
-private:
-    static NSBezierPath::Point pointOf(const FT_Vector& vector) {
-        return {static_cast<double>(vector.x), static_cast<double>(vector.y)};
-    }
-    void begin() {
-        if (!isOpen_) path_.moveToPoint(start_);
-        isOpen_ = true;
-    }
-    void close() {
-        if (isOpen_) path_.closePath();
-        isOpen_ = false;
-    }
-
-    NSBezierPath path_;
-    NSBezierPath::Point start_ = {0, 0};
-    NSBezierPath::Point last_ = {0, 0};
-    bool isOpen_ = false;
-};
-
-NSBezierPath pathOfOutline(FT_Outline& outline) {
-    FT_Outline_Funcs funcs = {};
-    funcs.move_to = [](const FT_Vector* to, void* sink) {
-        static_cast<ContourSink*>(sink)->move(*to);
-        return 0;
-    };
-    funcs.line_to = [](const FT_Vector* to, void* sink) {
-        static_cast<ContourSink*>(sink)->line(*to);
-        return 0;
-    };
-    funcs.conic_to = [](const FT_Vector* control, const FT_Vector* to, void* sink) {
-        static_cast<ContourSink*>(sink)->quadratic(*control, *to);
-        return 0;
-    };
-    funcs.cubic_to = [](const FT_Vector* control1, const FT_Vector* control2, const FT_Vector* to, void* sink) {
-        static_cast<ContourSink*>(sink)->cubic(*control1, *control2, *to);
-        return 0;
-    };
-    ContourSink sink;
-    if (FT_Outline_Decompose(&outline, &funcs, &sink) != 0) return {};
-    return sink.finish();
+std::span<const uint8_t> bytesOf(hb_blob_t* file) {
+    unsigned int size = 0;
+    const char* const bytes = hb_blob_get_data(file, &size);
+    return {reinterpret_cast<const uint8_t*>(bytes), size};
 }
 
 }  // namespace
@@ -105,20 +37,18 @@ public:
     }
 
     bool open(hb_blob_t* file, int index) {
-        unsigned int size = 0;
-        const char* const bytes = hb_blob_get_data(file, &size);
+        const std::span<const uint8_t> bytes = bytesOf(file);
         return FT_Init_FreeType(&library_) == 0 &&
-               FT_New_Memory_Face(library_, reinterpret_cast<const FT_Byte*>(bytes), static_cast<FT_Long>(size), index,
-                                  &face_) == 0 &&
+               FT_New_Memory_Face(library_, bytes.data(), static_cast<FT_Long>(bytes.size()), index, &face_) == 0 &&
                FT_IS_SFNT(face_) && (FT_IS_SCALABLE(face_) || FT_HAS_COLOR(face_));
     }
 
     FT_Face face() const { return face_; }
 
-    std::shared_ptr<const NSBezierPath> outline(NSGlyph glyph) {
+    std::shared_ptr<const NSBezierPath> outline(NSGlyph glyph, const ColourGlyphs* colourGlyphs) {
         const std::lock_guard lock(mutex_);
         if (const auto found = outlines_.find(glyph); found != outlines_.end()) return found->second;
-        auto path = std::make_shared<const NSBezierPath>(load(glyph));
+        auto path = std::make_shared<const NSBezierPath>(load(glyph, colourGlyphs));
         const size_t size = path->points().size() + kPointsPerEntry;
         if (pointsHeld_ + size > kPointsHeldMax) {
             outlines_.clear();
@@ -129,14 +59,29 @@ public:
         return path;
     }
 
+    /// Whether some glyph could not be read so far.
+    bool hasDamage() const { return hasDamage_; }
+    bool isDamaged(NSGlyph glyph) {
+        const std::lock_guard lock(mutex_);
+        return damaged_.contains(glyph);
+    }
+    /// True for the first caller after a glyph could not be read.
+    bool mustReportDamage() { return hasDamage_ && !isDamageReported_.exchange(true); }
+
 private:
     static constexpr size_t kPointsHeldMax = 1 << 18;  // 4 MiB
     static constexpr size_t kPointsPerEntry = 16;      // what an entry takes besides its points, in points
 
-    NSBezierPath load(NSGlyph glyph) {
+    NSBezierPath load(NSGlyph glyph, const ColourGlyphs* colourGlyphs) {
+        if (colourGlyphs && colourGlyphs->hasGlyph(glyph)) return colourGlyphs->silhouette(glyph);
         if (!FT_IS_SCALABLE(face_)) return {};
         constexpr FT_Int32 flags = FT_LOAD_NO_SCALE | FT_LOAD_NO_HINTING | FT_LOAD_NO_BITMAP;
-        if (FT_Load_Glyph(face_, glyph, flags) != 0 || face_->glyph->format != FT_GLYPH_FORMAT_OUTLINE) return {};
+        if (FT_Load_Glyph(face_, glyph, flags) != 0) {
+            damaged_.insert(glyph);
+            hasDamage_ = true;
+            return {};
+        }
+        if (face_->glyph->format != FT_GLYPH_FORMAT_OUTLINE) return {};
         return pathOfOutline(face_->glyph->outline);
     }
 
@@ -145,6 +90,9 @@ private:
     FT_Face face_ = nullptr;
     std::unordered_map<NSGlyph, std::shared_ptr<const NSBezierPath>> outlines_;
     size_t pointsHeld_ = 0;
+    std::unordered_set<NSGlyph> damaged_;
+    std::atomic<bool> hasDamage_ = false;
+    std::atomic<bool> isDamageReported_ = false;
 };
 
 FontFace::FontFace(const InstalledFont& font, HarfBuzzRef<hb_blob_t> file)
@@ -165,6 +113,7 @@ FontFace::FontFace(const InstalledFont& font, HarfBuzzRef<hb_blob_t> file)
         hasColourGlyphs_ = FT_HAS_COLOR(outlines_->face()) || hb_ot_color_has_png(tables.get()) ||
                            hb_ot_color_has_layers(tables.get()) || hb_ot_color_has_svg(tables.get());
     }
+    if (hasColourGlyphs_) colourGlyphs_ = std::make_unique<ColourGlyphs>(bytesOf(file_.get()), font.index, unitsPerEm_);
     hb_face_make_immutable(tables.get());
     shaper_.reset(hb_font_create(tables.get()));
     if (instance > 0) hb_font_set_var_named_instance(shaper_.get(), instance - 1);
@@ -177,7 +126,7 @@ std::shared_ptr<const FontFace> FontFace::open(const InstalledFont& font) {
     HarfBuzzRef<hb_blob_t> file(hb_blob_create_from_file_or_fail(font.path.c_str()));
     if (!file) return {};
     std::shared_ptr<const FontFace> face(new FontFace(font, std::move(file)));
-    return face->outlines_ ? face : nullptr;
+    return face->outlines_ && face->showsLetters() ? face : nullptr;
 }
 
 std::shared_ptr<const FontFace> FontFace::withoutGlyphs() {
@@ -222,12 +171,44 @@ double FontFace::advanceOfGlyph(NSGlyph glyph) const {
 
 std::shared_ptr<const NSBezierPath> FontFace::outlineOfGlyph(NSGlyph glyph) const {
     static const auto empty = std::make_shared<const NSBezierPath>();
-    return glyph < glyphCount_ ? outlines_->outline(glyph) : empty;
+    return glyph < glyphCount_ ? outlines_->outline(glyph, colourGlyphs_.get()) : empty;
+}
+
+bool FontFace::isGlyphDamaged(NSGlyph glyph) const {
+    if (glyph >= glyphCount_) return false;
+    outlines_->outline(glyph, colourGlyphs_.get());
+    if (!outlines_->hasDamage()) return false;
+    // Outside the outlines' lock, since a log hook may well ask for an outline.
+    if (outlines_->mustReportDamage()) {
+        NSLog("%@: glyph %i of \"%@\" is damaged, and others may be; other fonts stand in, install the font again\n",
+              {installedFont_.path, static_cast<int32_t>(glyph), installedFont_.fontName});
+    }
+    return outlines_->isDamaged(glyph);
+}
+
+bool FontFace::canShow(char32_t character) const {
+    const NSGlyph glyph = glyphForCharacter(character);
+    // Once a glyph has turned out to be damaged, each is looked at before it is relied on.
+    return glyph != 0 && !(outlines_->hasDamage() && isGlyphDamaged(glyph));
+}
+
+bool FontFace::showsLetters() const {
+    if (hasColourGlyphs_ || !FT_IS_SCALABLE(outlines_->face())) return true;
+    // Letters of the scripts that most fonts are made for; a font of none of them is taken on trust.
+    constexpr std::u32string_view kLetters = U"AHeno\u0414\u03A9\u05D0\u0627\u0915\u0E01\u3042\u4E00\uAC00";
+    bool hasLetters = false;
+    for (const char32_t letter : kLetters) {
+        const NSGlyph glyph = glyphForCharacter(letter);
+        if (glyph == 0) continue;
+        hasLetters = true;
+        if (!outlines_->outline(glyph, colourGlyphs_.get())->isEmpty()) return true;
+    }
+    return !hasLetters;
 }
 
 bool FontFace::coversText(std::u16string_view text) const {
     return isTextCovered(
-        text, [this](char32_t character) { return glyphForCharacter(character) != 0; }, hasColourGlyphs_);
+        text, [this](char32_t character) { return canShow(character); }, hasColourGlyphs_);
 }
 
 }  // namespace qz

@@ -11,6 +11,8 @@
 
 namespace qz {
 
+class ColourGlyphs;
+
 struct HarfBuzzRelease {
     void operator()(hb_blob_t* blob) const { hb_blob_destroy(blob); }
     void operator()(hb_face_t* face) const { hb_face_destroy(face); }
@@ -29,7 +31,8 @@ public:
         double ascender, descender, lineGap;
     };
 
-    /// None when the file cannot be read or holds no such font.
+    /// None when the file cannot be read, holds no such font, or has letters that all lack an outline, which is what a
+    /// damaged file looks like.
     static std::shared_ptr<const FontFace> open(const InstalledFont& font);
     /// A face whose only glyph, 0, is empty; for a machine without fonts.
     static std::shared_ptr<const FontFace> withoutGlyphs();
@@ -44,13 +47,21 @@ public:
     /// Whether it has colour glyphs: layers, pictures or SVG documents.
     bool hasColourGlyphs() const { return hasColourGlyphs_; }
 
+    /// None when there are none.
+    const ColourGlyphs* colourGlyphs() const { return colourGlyphs_.get(); }
+
     /// 0 when the font lacks the character.
     NSGlyph glyphForCharacter(char32_t character) const;
+    /// Whether there is a glyph for the character that is not known to be damaged.
+    bool canShow(char32_t character) const;
     /// As `NSFont::coversText`.
     bool coversText(std::u16string_view text) const;
     double advanceOfGlyph(NSGlyph glyph) const;
-    /// Unhinted, quadratic curves raised to cubics; empty for a glyph without an outline.
+    /// Unhinted, quadratic curves raised to cubics; of a colour glyph the border of what it shows. Empty for a glyph
+    /// without an outline.
     std::shared_ptr<const NSBezierPath> outlineOfGlyph(NSGlyph glyph) const;
+    /// Whether the outline cannot be read; the log tells of the first one of a face, and `canShow` knows from then on.
+    bool isGlyphDamaged(NSGlyph glyph) const;
 
     /// For shaping; one unit of its scale is a font unit. Immutable.
     hb_font_t* shaper() const { return shaper_.get(); }
@@ -61,10 +72,12 @@ private:
     FontFace(const InstalledFont& font, HarfBuzzRef<hb_blob_t> file);
 
     Metrics readMetrics() const;
+    bool showsLetters() const;
 
     const InstalledFont installedFont_;
     HarfBuzzRef<hb_blob_t> file_;
     std::unique_ptr<OutlineSource> outlines_;  // none: the file cannot be used
+    std::unique_ptr<const ColourGlyphs> colourGlyphs_;
     HarfBuzzRef<hb_font_t> shaper_;
     double unitsPerEm_ = 1000;
     uint32_t glyphCount_ = 0;

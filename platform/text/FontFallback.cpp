@@ -1,14 +1,9 @@
 #include "platform/text/FontFallback.h"
 
 #include <algorithm>
+#include <array>
 #include <functional>
-#include <map>
-#include <memory>
-#include <mutex>
 #include <optional>
-#include <string>
-#include <tuple>
-#include <unordered_map>
 #include <vector>
 
 #include <unicode/locid.h>
@@ -16,7 +11,6 @@
 
 #include "platform/text/FontFace.h"
 #include "platform/text/FontLibrary.h"
-#include "platform/text/FontconfigRef.h"
 #include "platform/text/TextCoverage.h"
 
 namespace qz {
@@ -64,13 +58,41 @@ std::string languageOfText(std::u16string_view text) {
     return hasHan ? languageOfHan(text) : "en";
 }
 
-// Fontconfig knows a language by its code, and tells the forms of Chinese apart by country.
-std::string fontconfigLanguage(std::string_view language, std::u16string_view text) {
-    const std::string tag = language.empty() ? languageOfText(text) : std::string(language);
+// Whether some character of the text is of a script that the language is written in.
+bool isWrittenIn(const icu::Locale& language, std::u16string_view text) {
+    constexpr int kScriptsMax = 8;
+    std::array<UScriptCode, kScriptsMax> scripts = {};
+    UErrorCode error = U_ZERO_ERROR;
+    const int32_t count = uscript_getCode(language.getName(), scripts.data(), kScriptsMax, &error);
+    if (U_FAILURE(error)) return false;
+    for (size_t i = 0; i < text.size();) {
+        const auto character = static_cast<UChar32>(nextCharacter(text, i));
+        for (int32_t k = 0; k < count; ++k) {
+            const UScriptCode script = scripts[static_cast<size_t>(k)];
+            // Characters know no difference between the forms of Han.
+            const bool isHan = script == USCRIPT_SIMPLIFIED_HAN || script == USCRIPT_TRADITIONAL_HAN;
+            const UScriptCode known = isHan ? USCRIPT_HAN : script;
+            // Also one that several scripts share, such as the Japanese length mark.
+            if (known > USCRIPT_INHERITED && uscript_hasScript(character, known)) return true;
+        }
+    }
+    return false;
+}
+
+icu::Locale localeOf(const std::string& tag) {
     UErrorCode error = U_ZERO_ERROR;
     icu::Locale locale = icu::Locale::forLanguageTag(tag, error);
     locale.addLikelySubtags(error);
-    if (U_FAILURE(error) || locale.isBogus() || *locale.getLanguage() == '\0') return "en";
+    if (U_FAILURE(error)) locale.setToBogus();
+    return locale;
+}
+
+// Fontconfig knows a language by its code, and tells the forms of Chinese apart by country.
+std::string fontconfigLanguage(std::string_view language, std::u16string_view text) {
+    icu::Locale locale = localeOf(std::string(language));
+    // A language says nothing about a text of another script: a foreign name in a title, say.
+    if (language.empty() || locale.isBogus() || !isWrittenIn(locale, text)) locale = localeOf(languageOfText(text));
+    if (locale.isBogus() || *locale.getLanguage() == '\0') return "en";
     const std::string code = locale.getLanguage();
     if (code == "und") return "en";
     return code == "zh" ? code + "-" + locale.getCountry() : code;
@@ -94,28 +116,37 @@ bool meets(Demand demand, std::u16string_view text, bool hasColourGlyphs,
 }
 
 bool meets(Demand demand, std::u16string_view text, const FontFace& face) {
-    const auto hasGlyph = [&face](char32_t character) { return face.glyphForCharacter(character) != 0; };
+    const auto hasGlyph = [&face](char32_t character) { return face.canShow(character); };
     return meets(demand, text, face.hasColourGlyphs(), hasGlyph);
 }
 
+}  // namespace
+
 // The usable fonts in the order in which they suit a font and a language. Finding it takes Fontconfig milliseconds.
-class Ranking {
+class FontFallback::Ranking {
 public:
-    Ranking(const InstalledFont& look, const std::string& language) {
+    Ranking(FontLibrary& library, FcConfig* config, const InstalledFont& look, const std::string& language)
+        : library_(library) {
         const FontconfigRef<FcPattern> wish(FcPatternCreate());
         FcPatternAddString(wish.get(), FC_FAMILY, fontconfigText(look.familyName.c_str()));
         FcPatternAddString(wish.get(), FC_LANG, fontconfigText(language.c_str()));
         FcPatternAddDouble(wish.get(), FC_WEIGHT, look.weight);
         FcPatternAddDouble(wish.get(), FC_WIDTH, look.width);
         FcPatternAddInteger(wish.get(), FC_SLANT, look.slant);
-        FcConfigSubstitute(nullptr, wish.get(), FcMatchPattern);
+        FcConfigSubstitute(config, wish.get(), FcMatchPattern);
         FcDefaultSubstitute(wish.get());
         FcResult result = FcResultMatch;
-        set_.reset(FcFontSort(nullptr, wish.get(), FcFalse, nullptr, &result));
-        for (int i = 0; set_ && i < set_->nfont; ++i) addCandidate(set_->fonts[i]);
+        set_.reset(FcFontSort(config, wish.get(), FcFalse, nullptr, &result));
+        for (int i = 0; set_ && i < set_->nfont; ++i) addCandidate(set_->fonts[i], language);
+        // "Noto Sans Arabic" goes with "Noto Sans" better than whatever a machine prefers for Arabic.
+        const std::string family = look.familyName + " ";
+        std::ranges::stable_partition(candidates_,
+                                      [&](const Candidate& c) { return c.font->familyName.starts_with(family); });
+        // Who gives a folder of fonts means them to be used, before any that happens to be on the machine; but Japanese
+        // does not want Chinese letters for that.
+        std::ranges::stable_partition(candidates_, [](const Candidate& c) { return c.isAddedForLanguage; });
         // Some colour fonts have plain symbols too. Emoji find them at the end as well: no other font serves those.
-        std::stable_partition(candidates_.begin(), candidates_.end(),
-                              [](const Candidate& c) { return !c.font->isColour; });
+        std::ranges::stable_partition(candidates_, [](const Candidate& c) { return !c.font->isColour; });
     }
 
     const InstalledFont* bestFont(Demand demand, std::u16string_view text) const {
@@ -123,7 +154,7 @@ public:
             // What the character set tells spares opening most files; the font itself has the last word.
             const auto listed = [&](char32_t c) { return FcCharSetHasChar(candidate.characters, c) == FcTrue; };
             if (!meets(demand, text, candidate.font->isColour, listed)) continue;
-            const auto face = FontLibrary::shared().face(*candidate.font);
+            const auto face = library_.face(*candidate.font);
             if (face && meets(demand, text, *face)) return candidate.font;
         }
         return nullptr;
@@ -133,72 +164,75 @@ private:
     struct Candidate {
         const InstalledFont* font;
         FcCharSet* characters;  // lives as long as `set_`
+        bool isAddedForLanguage;
     };
 
-    void addCandidate(FcPattern* pattern) {
+    void addCandidate(FcPattern* pattern, const std::string& language) {
         FcChar8* path = nullptr;
         int index = 0;
         FcCharSet* characters = nullptr;
+        FcLangSet* languages = nullptr;
         if (FcPatternGetString(pattern, FC_FILE, 0, &path) != FcResultMatch) return;
         if (FcPatternGetInteger(pattern, FC_INDEX, 0, &index) != FcResultMatch) return;
         if (FcPatternGetCharSet(pattern, FC_CHARSET, 0, &characters) != FcResultMatch) return;
-        const InstalledFont* const font = FontLibrary::shared().fontOfFile(textOf(path), index);
-        if (font) candidates_.push_back({font, characters});
+        const InstalledFont* const font = library_.fontOfFile(textOf(path), index);
+        if (!font) return;
+        const bool isAddedForLanguage =
+            font->isAdded && FcPatternGetLangSet(pattern, FC_LANG, 0, &languages) == FcResultMatch &&
+            FcLangSetHasLang(languages, fontconfigText(language.c_str())) != FcLangDifferentLang;
+        candidates_.push_back({font, characters, isAddedForLanguage});
     }
 
+    FontLibrary& library_;
     FontconfigRef<FcFontSet> set_;
     std::vector<Candidate> candidates_;
 };
 
-// The rankings and answers so far, for all threads.
-class Fallback {
-public:
-    static Fallback& shared() {
-        static Fallback& fallback = *new Fallback;
-        return fallback;
-    }
-
-    /// None when the face itself serves best.
-    const InstalledFont* fontForText(const FontFace& face, std::u16string_view text, const std::string& language) {
-        const InstalledFont& look = face.installedFont();
-        std::string key = look.path + '\n' + std::to_string(look.index) + '\n' + language + '\n';
+const InstalledFont* FontFallback::fontForText(const FontFace& face, std::u16string_view text,
+                                               std::string_view language) {
+    const std::string known = fontconfigLanguage(language, text);
+    if (text.size() > kRememberedUnitsMax) return find(face, text, known);
+    const InstalledFont& look = face.installedFont();
+    std::string key = look.path + '\n' + std::to_string(look.index) + '\n' + known + '\n';
+    key.append(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t));
+    {
         const std::lock_guard lock(mutex_);
-        if (text.size() > kRememberedUnitsMax) return find(face, text, language);
-        key.append(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t));
-        if (const auto known = answers_.find(key); known != answers_.end()) return known->second;
-        if (answers_.size() == kAnswersMax) answers_.clear();
-        return answers_[key] = find(face, text, language);
+        if (const auto answer = answers_.find(key); answer != answers_.end()) return answer->second;
     }
+    const InstalledFont* const font = find(face, text, known);
+    const std::lock_guard lock(mutex_);
+    if (answers_.size() >= kAnswersMax) answers_.clear();
+    answers_[key] = font;
+    return font;
+}
 
-private:
-    const InstalledFont* find(const FontFace& face, std::u16string_view text, const std::string& language) {
-        const Ranking& ranking = rankingFor(face.installedFont(), language);
-        for (const Demand demand : {Demand::everyCharacterInItsForm, Demand::everyCharacter, Demand::firstCharacter}) {
-            if (meets(demand, text, face)) return nullptr;
-            if (const InstalledFont* font = ranking.bestFont(demand, text)) return font;
-        }
-        return nullptr;
+const InstalledFont* FontFallback::find(const FontFace& face, std::u16string_view text, const std::string& language) {
+    const std::shared_ptr<const Ranking> ranking = rankingFor(face.installedFont(), language);
+    for (const Demand demand : {Demand::everyCharacterInItsForm, Demand::everyCharacter, Demand::firstCharacter}) {
+        if (meets(demand, text, face)) return nullptr;
+        if (const InstalledFont* font = ranking->bestFont(demand, text)) return font;
     }
+    return nullptr;
+}
 
-    const Ranking& rankingFor(const InstalledFont& look, const std::string& language) {
-        const std::tuple key(look.familyName, look.weight, look.width, look.slant, language);
+std::shared_ptr<const FontFallback::Ranking> FontFallback::rankingFor(const InstalledFont& look,
+                                                                      const std::string& language) {
+    const RankingKey key(look.familyName, look.weight, look.width, look.slant, language);
+    {
+        const std::lock_guard lock(mutex_);
         if (const auto known = rankings_.find(key); known != rankings_.end()) return known->second;
-        if (rankings_.size() == kRankingsMax) rankings_.clear();
-        return rankings_.try_emplace(key, look, language).first->second;
     }
-
-    std::mutex mutex_;
-    std::map<std::tuple<std::string, double, double, int, std::string>, Ranking> rankings_;
-    std::unordered_map<std::string, const InstalledFont*> answers_;
-};
-
-}  // namespace
+    auto ranking = std::make_shared<const Ranking>(library_, config_, look, language);
+    const std::lock_guard lock(mutex_);
+    if (rankings_.size() >= kRankingsMax) rankings_.clear();
+    return rankings_.try_emplace(key, std::move(ranking)).first->second;
+}
 
 Ref<NSFont> fontForText(const Ref<NSFont>& font, std::u16string_view text, std::string_view language) {
     if (font->coversText(text)) return font;
-    const InstalledFont* const other =
-        Fallback::shared().fontForText(font->face(), text, fontconfigLanguage(language, text));
-    std::shared_ptr<const FontFace> face = other ? FontLibrary::shared().face(*other) : nullptr;
+    FontLibrary& library = FontLibrary::current();
+    const InstalledFont* const other = library.fallback().fontForText(font->face(), text, language);
+    std::shared_ptr<const FontFace> face = other ? library.face(*other) : nullptr;
     return face ? std::make_shared<NSFont>(std::move(face), font->pointSize()) : font;
 }
 

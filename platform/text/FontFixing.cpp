@@ -2,8 +2,10 @@
 
 #include <algorithm>
 
+#include "platform/text/FontFace.h"
 #include "platform/text/FontFallback.h"
 #include "platform/text/TextBreaker.h"
+#include "platform/text/TextCoverage.h"
 
 namespace qz {
 namespace {
@@ -19,19 +21,94 @@ uint32_t clusterEnd(const std::vector<uint8_t>& clusters, uint32_t start) {
     return end;
 }
 
-/// A font for the cluster that the asked one lacks, best one for the clusters behind it as well.
-Ref<NSFont> fallbackFont(const Ref<NSFont>& font, std::u16string_view text, const std::vector<uint8_t>& clusters,
-                         uint32_t start, uint32_t end) {
-    uint32_t stretchEnd = end;
-    while (stretchEnd < text.size()) {
-        const uint32_t next = clusterEnd(clusters, stretchEnd);
-        if (next - start > kUnitsAheadMax || font->coversText(text.substr(stretchEnd, next - stretchEnd))) break;
-        stretchEnd = next;
+/// Chooses the font of each cluster of a text.
+class FontChoice {
+public:
+    FontChoice(const Ref<NSFont>& font, std::u16string_view text, std::string_view language)
+        : font_(font), text_(text), language_(language), clusters_(TextBreaker().clustersInText(text)) {}
+
+    std::vector<FontStretch> stretches() {
+        for (uint32_t start = 0, end = 0; start < text_.size(); start = end) {
+            end = clusterEnd(clusters_, start);
+            const std::u16string_view cluster = text_.substr(start, end - start);
+            if (font_->coversText(cluster)) {
+                append(end, font_, belongsToAnyScript(cluster));
+            } else {
+                if (!goesOnServing(cluster)) fallback_ = fallbackFont(start, end);
+                append(end, fallback_, false);
+            }
+        }
+        return joined();
     }
-    const std::u16string_view cluster = text.substr(start, end - start);
-    const Ref<NSFont> forStretch = fontForText(font, text.substr(start, stretchEnd - start));
-    return forStretch->coversText(cluster) ? forStretch : fontForText(font, cluster);
-}
+
+private:
+    /// A stretch of clusters that one font serves, before stretches of neutral ones join their neighbours.
+    struct Piece {
+        uint32_t end;
+        Ref<NSFont> font;
+        bool isNeutral;
+    };
+
+    bool goesOnServing(std::u16string_view cluster) const {
+        if (!fallback_ || !fallback_->coversText(cluster)) return false;
+        // A symbol that happens to follow an emoji is no emoji for that.
+        return !fallback_->face().hasColourGlyphs() || hasEmojiForm(cluster);
+    }
+
+    /// A font for the cluster, best one for the clusters behind it as well.
+    Ref<NSFont> fallbackFont(uint32_t start, uint32_t end) const {
+        uint32_t stretchEnd = end;
+        while (stretchEnd < text_.size()) {
+            const uint32_t next = clusterEnd(clusters_, stretchEnd);
+            const std::u16string_view cluster = text_.substr(stretchEnd, next - stretchEnd);
+            if (next - start > kUnitsAheadMax || font_->coversText(cluster)) break;
+            stretchEnd = next;
+        }
+        const std::u16string_view cluster = text_.substr(start, end - start);
+        const Ref<NSFont> forStretch = fontForText(font_, text_.substr(start, stretchEnd - start), language_);
+        return forStretch->coversText(cluster) ? forStretch : fontForText(font_, cluster, language_);
+    }
+
+    void append(uint32_t end, const Ref<NSFont>& font, bool isNeutral) {
+        if (!pieces_.empty() && pieces_.back().isNeutral == isNeutral && pieces_.back().font->isEqual(*font))
+            pieces_.back().end = end;
+        else
+            pieces_.push_back({end, font, isNeutral});
+    }
+
+    /// The font of the pieces round a neutral one when that is one fallback font that can show it.
+    const Ref<NSFont>& servingFont(size_t index, uint32_t start) const {
+        const Piece& piece = pieces_[index];
+        if (!piece.isNeutral || index == 0 || index + 1 == pieces_.size()) return piece.font;
+        const Ref<NSFont>& around = pieces_[index - 1].font;
+        const bool isOne = pieces_[index + 1].font->isEqual(*around) && !around->isEqual(*font_);
+        // The digits of an emoji font are parts of keycaps.
+        return isOne && !around->face().hasColourGlyphs() && around->coversText(text_.substr(start, piece.end - start))
+                   ? around
+                   : piece.font;
+    }
+
+    std::vector<FontStretch> joined() const {
+        std::vector<FontStretch> stretches;
+        uint32_t start = 0;
+        for (size_t i = 0; i < pieces_.size(); ++i) {
+            const Ref<NSFont>& font = servingFont(i, start);
+            start = pieces_[i].end;
+            if (!stretches.empty() && stretches.back().font->isEqual(*font))
+                stretches.back().end = start;
+            else
+                stretches.push_back({start, font});
+        }
+        return stretches;
+    }
+
+    const Ref<NSFont>& font_;
+    const std::u16string_view text_;
+    const std::string_view language_;
+    const std::vector<uint8_t> clusters_;
+    Ref<NSFont> fallback_;
+    std::vector<Piece> pieces_;
+};
 
 }  // namespace
 
@@ -39,27 +116,9 @@ Ref<NSFont> defaultFont() {
     return NSFont::systemFontOfSize(kDefaultPointSize);
 }
 
-std::vector<FontStretch> fontsForText(const Ref<NSFont>& font, std::u16string_view text) {
-    const auto length = static_cast<uint32_t>(text.size());
-    if (font->coversText(text)) return {{length, font}};
-
-    std::vector<FontStretch> stretches;
-    Ref<NSFont> fallback;
-    const std::vector<uint8_t> clusters = TextBreaker().clustersInText(text);
-    for (uint32_t start = 0, end = 0; start < length; start = end) {
-        end = clusterEnd(clusters, start);
-        const std::u16string_view cluster = text.substr(start, end - start);
-        const bool isCovered = font->coversText(cluster);
-        if (!isCovered && !(fallback && fallback->coversText(cluster))) {
-            fallback = fallbackFont(font, text, clusters, start, end);
-        }
-        const Ref<NSFont>& serving = isCovered ? font : fallback;
-        if (!stretches.empty() && stretches.back().font->isEqual(*serving))
-            stretches.back().end = end;
-        else
-            stretches.push_back({end, serving});
-    }
-    return stretches;
+std::vector<FontStretch> fontsForText(const Ref<NSFont>& font, std::u16string_view text, std::string_view language) {
+    if (font->coversText(text)) return {{static_cast<uint32_t>(text.size()), font}};
+    return FontChoice(font, text, language).stretches();
 }
 
 }  // namespace qz

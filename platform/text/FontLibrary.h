@@ -9,6 +9,7 @@
 namespace qz {
 
 class FontFace;
+class FontFallback;
 
 /// A font as Fontconfig lists it, without opening its file. A named instance of a variable font is a font of its own.
 struct InstalledFont {
@@ -26,43 +27,78 @@ struct InstalledFont {
     int slant = 0;       ///< 0 upright, 100 italic, 110 oblique
     int version = 0;
     bool isColour = false;
+    bool isAdded = false;  ///< from a folder given to the library
 };
 
-/// The scalable fonts of this machine in SFNT files, listed once per process, and the opened faces.
+/// Something about a folder of fonts, or a file in it, that its owner should know.
+struct FontProblem {
+    std::string path;
+    std::string what;
+};
+
+/// The scalable fonts in SFNT files that text may use, and the opened faces: those of this machine, listed once per
+/// process, or these and the ones in folders of the host's.
 ///
-/// May be used from several threads: the list never changes, and a lock guards the faces. A font whose file has gone or
-/// is damaged is as good as not installed, which the log says once.
+/// Threads may share a library: the list never changes, and locks guard the faces and what fallback remembers. A font
+/// whose file has gone or is damaged is as good as not there, which the log says once.
 class FontLibrary {
 public:
-    static FontLibrary& shared();
+    /// The fonts of this machine.
+    static const std::shared_ptr<FontLibrary>& shared();
+    /// The fonts of this machine, and before them those in the folders and the folders below; nothing is installed, and
+    /// other libraries do not change. None when a folder cannot be read. `problems`, when given, receives what is wrong
+    /// with folders and files; a file that is no font is left out. Reads every font file of the folders.
+    static std::shared_ptr<FontLibrary> withDirectories(const std::vector<std::string>& directories,
+                                                        std::vector<FontProblem>* problems = nullptr);
+    /// The library in which this thread looks fonts up: that of the innermost `Use`, or the shared one.
+    static FontLibrary& current();
     ~FontLibrary();
+
+    /// Makes a library the current one of this thread for a scope; none leaves all as it is.
+    class Use {
+    public:
+        explicit Use(std::shared_ptr<FontLibrary> library);
+        ~Use();
+        Use(const Use&) = delete;
+        Use& operator=(const Use&) = delete;
+
+    private:
+        const std::shared_ptr<FontLibrary> library_;
+        FontLibrary* const former_;
+    };
 
     const std::vector<InstalledFont>& fonts() const;
     /// The font of that PostScript name, full name, "family-style" or family, in this order, in any language of the
     /// font's own names and without regard to case; none when there is none.
     const InstalledFont* fontWithName(std::string_view name) const;
+    /// Names, at most `count`, that whoever wrote this one may have meant: fonts of the family that it begins with, the
+    /// most regular first, or else of the family whose name differs least, by two letters at most. For messages.
+    std::vector<std::string> namesLike(std::string_view name, size_t count) const;
     const InstalledFont* fontOfFile(std::string_view path, int index) const;
 
     /// The face of a font of this library; the same one as long as anybody holds it. None when its file is of no use.
     std::shared_ptr<const FontFace> face(const InstalledFont& font);
     std::shared_ptr<const FontFace> faceWithName(std::string_view name);
-    /// The face that serves where none is named; one without glyphs when the machine has no fonts.
+    /// The face that serves where none is named; one without glyphs when there are no fonts.
     std::shared_ptr<const FontFace> systemFace();
+    FontFallback& fallback() { return *fallback_; }
 
 private:
-    FontLibrary();
-
+    struct Configuration;
     struct OpenedFace;
     class Index;
 
+    explicit FontLibrary(std::unique_ptr<const Configuration> configuration);
+
     std::shared_ptr<const FontFace> chooseSystemFace();
 
+    const std::unique_ptr<const Configuration> configuration_;
     const std::unique_ptr<const Index> index_;
+    const std::unique_ptr<FontFallback> fallback_;
     std::mutex mutex_;
     std::vector<OpenedFace> faces_;  // one for each font of the index
     // The faces used last; they stay open between two titles that use them.
     std::vector<std::shared_ptr<const FontFace>> recent_;
-    std::once_flag systemFaceChosen_;
     std::shared_ptr<const FontFace> systemFace_;
 };
 

@@ -7,6 +7,7 @@
 namespace qz {
 
 struct FontconfigRelease {
+    void operator()(FcConfig* config) const { FcConfigDestroy(config); }
     void operator()(FcPattern* pattern) const { FcPatternDestroy(pattern); }
     void operator()(FcFontSet* set) const { FcFontSetDestroy(set); }
     void operator()(FcObjectSet* objects) const { FcObjectSetDestroy(objects); }

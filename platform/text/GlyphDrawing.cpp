@@ -1,23 +1,248 @@
 #include "platform/text/GlyphDrawing.h"
 
-namespace qz {
+#include <cmath>
+#include <optional>
+#include <span>
 
-NSBezierPath outlineOfGlyph(const GlyphAtPlace& place) {
+#include "platform/graphics/DeviceShape.h"
+#include "platform/text/ColourGlyphs.h"
+#include "platform/text/FontFace.h"
+#include "platform/text/GlyphImage.h"
+
+namespace qz {
+namespace {
+
+constexpr int32_t kPhases = 8;
+// No bitmap is as wide, so nothing farther away shows; and phases of it fit in 32 bits.
+constexpr double kFarthest = 1 << 27;
+// A longer side or larger area, in pixels, is drawn anew each time, as far as it lies on the bitmap.
+constexpr int32_t kKeptSideMax = 2048;
+constexpr int64_t kKeptAreaMax = 1 << 20;
+constexpr PixelRect kAnyPixels{-(1 << 29), -(1 << 29), 1 << 30, 1 << 30};
+
+/// The pixel that a glyph's origin falls into, and where in it.
+struct Place {
+    int32_t x, y;
+    uint8_t phaseX, phaseY;
+};
+
+std::optional<Place> placeOf(NSPoint origin, const NSAffineTransform& t) {
+    const double x = t.m11 * origin.x + t.m21 * origin.y + t.tX;
+    const double y = t.m12 * origin.x + t.m22 * origin.y + t.tY;
+    if (!(std::fabs(x) < kFarthest && std::fabs(y) < kFarthest)) return std::nullopt;
+    const auto phases = [](double value) { return static_cast<int32_t>(std::floor(value * kPhases + 0.5)); };
+    const int32_t px = phases(x), py = phases(y);
+    return Place{px >> 3, py >> 3, static_cast<uint8_t>(px & (kPhases - 1)), static_cast<uint8_t>(py & (kPhases - 1))};
+}
+
+GlyphKey keyOf(const NSGraphicsContext& context, const GlyphAtPlace& glyph, const Place& place, GlyphPart part) {
+    const NSAffineTransform& t = context.transform();
+    return {.face = &glyph.font->face(),
+            .glyph = glyph.glyph,
+            .pointSize = glyph.font->pointSize(),
+            .m11 = t.m11,
+            .m12 = t.m12,
+            .m21 = t.m21,
+            .m22 = t.m22,
+            .obliqueness = glyph.obliqueness,
+            .part = part,
+            .antialias = context.shouldAntialias(),
+            .phaseX = place.phaseX,
+            .phaseY = place.phaseY};
+}
+
+/// From points, y downward and the glyph's origin at theirs, to pixels, its origin in the pixel (0, 0).
+NSAffineTransform toPixels(const GlyphKey& key) {
+    return {.m11 = key.m11,
+            .m12 = key.m12,
+            .m21 = key.m21,
+            .m22 = key.m22,
+            .tX = static_cast<double>(key.phaseX) / kPhases,
+            .tY = static_cast<double>(key.phaseY) / kPhases};
+}
+
+// Outlines grow upward, the space they are drawn in downward.
+NSAffineTransform upright(float obliqueness) {
+    return {.m21 = obliqueness, .m22 = -1};
+}
+
+NSBezierPath outlineOf(const GlyphAtPlace& glyph) {
     NSBezierPath path;
-    if (place.glyph == NSControlGlyph || !place.font) return path;
     path.moveToPoint({0, 0});
-    appendBezierPathWithGlyph(path, place.glyph, *place.font);
-    // Outlines grow upward, the space they are drawn in downward.
-    path.transformUsingAffineTransform(
-        {.m11 = 1, .m12 = 0, .m21 = place.obliqueness, .m22 = -1, .tX = place.origin.x, .tY = place.origin.y});
+    appendBezierPathWithGlyph(path, glyph.glyph, *glyph.font);
+    path.transformUsingAffineTransform(upright(glyph.obliqueness));
     return path;
 }
 
-void drawGlyph(NSGraphicsContext& context, const GlyphAtPlace& place, const Ref<NSColor>& color) {
-    const NSBezierPath outline = outlineOfGlyph(place);
-    if (outline.isEmpty()) return;
-    context.setColor(color);
-    context.fill(outline);
+DeviceShape shapeOf(const GlyphAtPlace& glyph, const GlyphKey& key) {
+    NSBezierPath outline = outlineOf(glyph);
+    DeviceShape shape = DeviceShape::fillOf(outline, toPixels(key));
+    if (key.part == GlyphPart::stroke) {
+        // Flattened first, so that the flatness asked for is that of the joins; in points, finer by as much as they grow.
+        const double scale = std::max(std::hypot(key.m11, key.m12), std::hypot(key.m21, key.m22));
+        if (scale > 1) outline.setFlatness(outline.flatness() / static_cast<float>(scale));
+        outline = outline.bezierPathByFlatteningPath();
+        outline.setLineWidth(key.strokeWidth);
+        outline.setLineCapStyle(static_cast<NSLineCapStyle>(key.lineCap));
+        outline.setLineJoinStyle(static_cast<NSLineJoinStyle>(key.lineJoin));
+        outline.setMiterLimit(key.miterLimit);
+        outline.setFlatness(key.flatness);
+        shape = DeviceShape::strokeOf(outline, toPixels(key));
+    }
+    shape.setIsGlyphOutline(true);
+    return shape;
+}
+
+bool isWorthKeeping(const PixelRect& box, uint64_t bytesPerPixel, const GlyphCache& cache) {
+    const int64_t area = int64_t{box.width} * box.height;
+    return std::max(box.width, box.height) <= kKeptSideMax && area <= kKeptAreaMax &&
+           cache.hasRoomFor(static_cast<uint64_t>(area) * bytesPerPixel);
+}
+
+bool isVisible(const PixelRect& box, const Place& place, const NSGraphicsContext& context) {
+    return !intersectionOfMoved(box, place.x, place.y, context.bitmap()->bounds()).isEmpty();
+}
+
+GlyphKey partOf(GlyphKey key, GlyphPart part) {
+    key.part = part;
+    if (part == GlyphPart::fill) key.strokeWidth = key.flatness = key.miterLimit = key.lineCap = key.lineJoin = 0;
+    return key;
+}
+
+/// The shapes that cover a part between them.
+std::vector<DeviceShape> shapesOf(const GlyphAtPlace& glyph, const GlyphKey& key) {
+    if (key.part != GlyphPart::strokeAndFill) return {shapeOf(glyph, key)};
+    return {shapeOf(glyph, partOf(key, GlyphPart::stroke)), shapeOf(glyph, partOf(key, GlyphPart::fill))};
+}
+
+/// The mask of a part from the masks of what it is made of, which are kept too: stroke and fill of one glyph serve an
+/// outline, a shadow and the glyph itself.
+CoverageMask maskOf(const GlyphAtPlace& glyph, const GlyphKey& key, const std::vector<DeviceShape>& shapes,
+                    const PixelRect& box, GlyphCache& cache) {
+    CoverageMask mask;
+    if (shapes.size() == 1) {
+        renderCoverage(shapes, box, key.antialias, mask);
+        return mask;
+    }
+    mask = CoverageMask::emptyOf(box);
+    for (size_t i = 0; i < shapes.size(); ++i) {
+        const GlyphKey partKey = partOf(key, i == 0 ? GlyphPart::stroke : GlyphPart::fill);
+        if (const GlyphImage* const kept = cache.find(partKey)) {
+            uniteMasks(kept->mask, 0, 0, mask);
+            continue;
+        }
+        GlyphImage part{.font = glyph.font, .mask = {}, .picture = {}};
+        renderCoverage({&shapes[i], 1}, shapes[i].pixelBounds(kAnyPixels), key.antialias, part.mask);
+        uniteMasks(part.mask, 0, 0, mask);
+        cache.add(partKey, std::move(part));
+    }
+    return mask;
+}
+
+void drawPart(NSGraphicsContext& context, const GlyphAtPlace& glyph, const Place& place, const GlyphKey& key,
+              GlyphCache& cache) {
+    if (const GlyphImage* const kept = cache.find(key)) return context.drawMask(kept->mask, place.x, place.y);
+    const std::vector<DeviceShape> shapes = shapesOf(glyph, key);
+    PixelRect box;
+    for (const DeviceShape& shape : shapes) box = unionOf(box, shape.pixelBounds(kAnyPixels));
+    if (!box.isEmpty() && !isVisible(box, place, context)) return;
+    if (!isWorthKeeping(box, 1, cache)) return context.drawShapes(shapes, place.x, place.y);
+    GlyphImage image{.font = glyph.font, .mask = maskOf(glyph, key, shapes, box, cache), .picture = {}};
+    context.drawMask(image.mask, place.x, place.y);
+    cache.add(key, std::move(image));
+}
+
+bool isDrawable(const NSGraphicsContext& context, const GlyphAtPlace& glyph) {
+    return glyph.glyph != NSControlGlyph && glyph.font && context.color();
+}
+
+uint8_t byteOf(float component) {
+    return static_cast<uint8_t>(std::lround(component * 255));
+}
+
+/// Draws a colour glyph's own picture; false when the glyph has none.
+bool drawPicture(NSGraphicsContext& context, const GlyphAtPlace& glyph, const Place& place, GlyphCache& cache) {
+    const ColourGlyphs* const colours = glyph.font->face().colourGlyphs();
+    if (!colours) return false;
+    const NSColor& color = *context.color();
+    const StraightColor foreground{byteOf(color.redComponent()), byteOf(color.greenComponent()),
+                                   byteOf(color.blueComponent()), 255};
+    const uint8_t alpha = byteOf(color.alphaComponent());
+    GlyphKey key = keyOf(context, glyph, place, GlyphPart::picture);
+    key.antialias = true;
+    key.red = foreground.red;
+    key.green = foreground.green;
+    key.blue = foreground.blue;
+    const auto draw = [&](const NSBitmapImageRep& picture, const PixelRect& box) {
+        context.drawBitmap(picture, place.x + box.x, place.y + box.y, alpha);
+    };
+    if (const GlyphImage* const kept = cache.find(key)) {
+        if (kept->picture) draw(*kept->picture, kept->mask.box);
+        return kept->picture != nullptr;
+    }
+
+    const double scale = glyph.font->pointSize() / glyph.font->face().unitsPerEm();
+    NSAffineTransform transform = toPixels(key);
+    transform.prependTransform(upright(glyph.obliqueness));
+    transform.prependTransform({.m11 = scale, .m22 = scale});
+    const PixelRect box = colours->bounds(glyph.glyph, transform).pixels(kAnyPixels);
+    if (box.isEmpty()) {
+        // Kept as a glyph without a picture, so that its font is not asked again.
+        cache.add(key, {.font = glyph.font, .mask = {}, .picture = {}});
+        return false;
+    }
+    if (!isVisible(box, place, context)) return true;
+    const bool isKept = isWorthKeeping(box, 4, cache);
+    const PixelRect shown = isKept ? box : intersectionOfMoved(context.bitmap()->bounds(), -place.x, -place.y, box);
+    GlyphImage image{.font = glyph.font,
+                     .mask = {.box = shown, .stride = 0, .bytes = {}},
+                     .picture = colours->picture(glyph.glyph, transform, foreground, shown)};
+    if (!image.picture) return false;
+    draw(*image.picture, shown);
+    if (isKept) cache.add(key, std::move(image));
+    return true;
+}
+
+}  // namespace
+
+NSBezierPath outlineOfGlyph(const GlyphAtPlace& place) {
+    if (place.glyph == NSControlGlyph || !place.font) return {};
+    NSBezierPath path = outlineOf(place);
+    path.transformUsingAffineTransform({.tX = place.origin.x, .tY = place.origin.y});
+    return path;
+}
+
+void drawGlyph(NSGraphicsContext& context, const GlyphAtPlace& glyph, GlyphCache& cache) {
+    if (!isDrawable(context, glyph)) return;
+    const std::optional<Place> place = placeOf(glyph.origin, context.transform());
+    if (!place || drawPicture(context, glyph, *place, cache)) return;
+    drawPart(context, glyph, *place, keyOf(context, glyph, *place, GlyphPart::fill), cache);
+}
+
+void fillGlyph(NSGraphicsContext& context, const GlyphAtPlace& glyph, GlyphCache& cache) {
+    if (!isDrawable(context, glyph)) return;
+    if (const std::optional<Place> place = placeOf(glyph.origin, context.transform())) {
+        drawPart(context, glyph, *place, keyOf(context, glyph, *place, GlyphPart::fill), cache);
+    }
+}
+
+void strokeAndFillGlyph(NSGraphicsContext& context, const GlyphAtPlace& glyph, const GlyphStroke& stroke,
+                        GlyphCache& cache) {
+    if (!isDrawable(context, glyph)) return;
+    const std::optional<Place> place = placeOf(glyph.origin, context.transform());
+    if (!place) return;
+    GlyphKey key = keyOf(context, glyph, *place, GlyphPart::strokeAndFill);
+    key.strokeWidth = stroke.width;
+    key.flatness = stroke.flatness;
+    key.miterLimit = stroke.miterLimit;
+    key.lineCap = static_cast<uint8_t>(stroke.lineCap);
+    key.lineJoin = static_cast<uint8_t>(stroke.lineJoin);
+    // In an opaque colour, or gathered, stroke and fill lie over each other as they do in one mask.
+    if (context.isGathering() || byteOf(context.color()->alphaComponent()) == 255) {
+        return drawPart(context, glyph, *place, key, cache);
+    }
+    drawPart(context, glyph, *place, partOf(key, GlyphPart::stroke), cache);
+    drawPart(context, glyph, *place, partOf(key, GlyphPart::fill), cache);
 }
 
 }  // namespace qz

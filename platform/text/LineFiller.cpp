@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include <unicode/uchar.h>
+
+#include "platform/text/Joining.h"
 #include "platform/text/ParagraphRange.h"
 
 namespace qz {
@@ -51,9 +54,8 @@ uint32_t safeEnd(const std::vector<ShapedGlyph>& glyphs, const TextItem& item, u
     return item.start;
 }
 
-// A tab stop that has been reached but for rounding is behind.
-double nextTabStop(double width) {
-    return (std::floor((width + kTolerance) / LineFiller::kTabInterval) + 1) * LineFiller::kTabInterval;
+bool isDigit(char16_t unit) {
+    return u_charType(unit) == U_DECIMAL_DIGIT_NUMBER;
 }
 
 LineGlyph lineGlyph(const ShapedGlyph& shaped, uint8_t level) {
@@ -114,7 +116,9 @@ void LineFiller::addKern(std::vector<LineGlyph>& glyphs, size_t firstGlyph) cons
     for (size_t first = firstGlyph, last = 0; first < glyphs.size(); first = last) {
         last = endOfCluster(glyphs, first);
         while (styles[style].end <= glyphs[first].cluster) ++style;
-        if (styles[style].kern != 0 && glyphs[first].glyph != NSControlGlyph) {
+        const uint32_t end = last < glyphs.size() ? glyphs[last].cluster : static_cast<uint32_t>(text_.size());
+        // Room between joined letters would part them.
+        if (styles[style].kern != 0 && glyphs[first].glyph != NSControlGlyph && !isJoined(text_, end)) {
             addSpaceBehind(glyphs, first, last, styles[style].kern);
         }
     }
@@ -136,21 +140,23 @@ uint32_t LineFiller::firstScanEnd(size_t item, uint32_t from) {
 }
 
 std::optional<LineFiller::Overflow> LineFiller::scan(const std::vector<LineGlyph>& glyphs, uint32_t end,
-                                                     uint32_t lineStart, double available, double& width) const {
+                                                     uint32_t lineStart, double lineEnd, LinePen& pen) const {
     for (size_t first = 0, last = 0; first < glyphs.size(); first = last) {
         last = endOfCluster(glyphs, first);
         const uint32_t cluster = glyphs[first].cluster;
         if (cluster > lineStart && paragraph_.breaks()[cluster] & TextBreak::lineMustBegin) return Overflow{cluster, 0};
         const uint32_t clusterEnd = last < glyphs.size() ? glyphs[last].cluster : end;
-        for (size_t i = first; i < last; ++i) width += glyphs[i].advance;
-        if (text_[cluster] == u'\t') width = nextTabStop(width);
-        if (width > available + kTolerance && !isHangingCluster(cluster, clusterEnd)) return Overflow{0, clusterEnd};
+        if (isDecimalPoint(cluster)) pen.passDecimalPoint();
+        if (text_[cluster] == u'\t') pen.tab();
+        for (size_t i = first; i < last; ++i) pen.advance(glyphs[i].advance);
+        if (pen.position() > lineEnd && !isHangingCluster(cluster, clusterEnd)) return Overflow{0, clusterEnd};
     }
     return std::nullopt;
 }
 
 LineFiller::Overflow LineFiller::findOverflow(uint32_t start, double available) {
-    double width = 0;
+    LinePen pen = penAt(start);
+    const double lineEnd = pen.position() + available + kTolerance;
     std::vector<LineGlyph> glyphs;
     for (size_t item = paragraph_.itemIndexAt(start); item < paragraph_.items().size(); ++item) {
         const TextItem& source = paragraph_.items()[item];
@@ -159,18 +165,37 @@ LineFiller::Overflow LineFiller::findOverflow(uint32_t start, double available) 
         for (;;) {
             glyphs.clear();
             appendItem(glyphs, item, from, to);
-            double scanned = width;
-            const std::optional<Overflow> overflow = scan(glyphs, to, start, available, scanned);
+            LinePen scanned = pen;
+            const std::optional<Overflow> overflow = scan(glyphs, to, start, lineEnd, scanned);
             // Near a cut, glyphs may still change with what follows.
             if (to == source.end || (overflow && overflow->clusterEnd + kContextUnits <= to)) {
                 if (overflow) return *overflow;
-                width = scanned;
+                pen = scanned;
                 break;
             }
             to = clusterStartFrom(uint64_t{from} + 2 * uint64_t{to - from}, source.end);
         }
     }
     return {paragraph_.length(), 0};
+}
+
+double LineFiller::headIndent(uint32_t start) const {
+    return start == 0 ? paragraph_.style().firstLineHeadIndent : paragraph_.style().headIndent;
+}
+
+LineSpan LineFiller::span(uint32_t start, float fragmentWidth, float padding) const {
+    const double tailIndent = paragraph_.style().tailIndent, head = headIndent(start);
+    const double width = double{fragmentWidth} - 2 * double{padding};
+    const double lineEnd = tailIndent > 0 ? std::min(tailIndent, width) : width + tailIndent;
+    const bool isUnbounded = fragmentWidth >= kUnboundedLength && tailIndent <= 0;
+    const bool isIndentedAtRight = paragraph_.isRightToLeft() && fragmentWidth < kUnboundedLength;
+    return {padding + (isIndentedAtRight ? width - lineEnd : head), lineEnd - head, isUnbounded};
+}
+
+bool LineFiller::isDecimalPoint(uint32_t position) const {
+    const char16_t unit = text_[position];
+    if (unit != u'.' && unit != u',' && unit != 0x066B) return false;
+    return position > 0 && position + 1 < text_.size() && isDigit(text_[position - 1]) && isDigit(text_[position + 1]);
 }
 
 LineContent LineFiller::fill(uint32_t start, double available) {
@@ -201,8 +226,8 @@ LineContent LineFiller::content(uint32_t start, uint32_t end, bool isWrapped) {
         appendItem(line.glyphs, item, std::max(start, source.start), std::min(end, source.end));
     }
     if (isWrapped) showHyphen(line);
-    setTabs(line.glyphs);
     hangWhiteSpace(line);
+    setTabs(line);
     for (const LineGlyph& glyph : line.glyphs) line.width += glyph.advance;
     return line;
 }
@@ -217,17 +242,24 @@ void LineFiller::showHyphen(LineContent& content) const {
     last.advance = font.advancementForGlyph(last.glyph).width;
 }
 
-void LineFiller::setTabs(std::vector<LineGlyph>& glyphs) const {
-    double width = 0;
-    for (LineGlyph& glyph : glyphs) {
-        if (text_[glyph.cluster] != u'\t') {
-            width += glyph.advance;
-            continue;
+void LineFiller::setTabs(LineContent& content) const {
+    LinePen pen = penAt(content.start);
+    LineGlyph* tab = nullptr;
+    const auto finishTab = [&] {
+        if (tab) tab->advance = static_cast<float>(pen.tabWidth());
+    };
+    for (LineGlyph& glyph : content.glyphs) {
+        if (glyph.hangs) break;
+        if (isDecimalPoint(glyph.cluster)) pen.passDecimalPoint();
+        if (text_[glyph.cluster] == u'\t') {
+            finishTab();
+            pen.tab();
+            tab = &glyph;
+        } else {
+            pen.advance(glyph.advance);
         }
-        const double stop = nextTabStop(width);
-        glyph.advance = static_cast<float>(stop - width);
-        width = stop;
     }
+    finishTab();
 }
 
 void LineFiller::hangWhiteSpace(LineContent& content) const {
@@ -260,6 +292,7 @@ LineMetrics LineFiller::metrics(uint32_t start, uint32_t end) const {
     }
     float height = ascent + descent + leading;
     const NSParagraphStyle::Values& limits = paragraph_.style();
+    if (limits.lineHeightMultiple > 0) height *= limits.lineHeightMultiple;
     if (limits.maximumLineHeight > 0) height = std::min(height, limits.maximumLineHeight);
     height = std::max(height, limits.minimumLineHeight);
     return {height, height - descent - leading};

@@ -2,6 +2,12 @@
 
 #include <algorithm>
 
+#include <unicode/uchar.h>
+#include <unicode/uscript.h>
+#include <unicode/utf16.h>
+
+#include "platform/text/Kashida.h"
+
 namespace qz {
 namespace {
 
@@ -29,28 +35,50 @@ bool isBlank(char16_t unit) {
     return unit == u' ' || unit == 0x00A0 || unit == 0x3000;
 }
 
-/// The clusters behind which a justified line gets room: its blanks, or without any, those behind which a line may
-/// break. Those before a tab stay, since the tab stop holds what follows.
+/// How characters without blanks between their words are spread over a justified line.
+enum class Spreading { none, ideographs, syllables };
+
+Spreading spreadingOf(std::u16string_view text, size_t index) {
+    UChar32 character;
+    U16_GET(text.data(), 0, index, text.size(), character);
+    // Thai, Lao, Khmer, Burmese
+    if (u_getIntPropertyValue(character, UCHAR_LINE_BREAK) == U_LB_COMPLEX_CONTEXT) return Spreading::syllables;
+    const int32_t width = u_getIntPropertyValue(character, UCHAR_EAST_ASIAN_WIDTH);
+    if (width != U_EA_WIDE && width != U_EA_FULLWIDTH) return Spreading::none;
+    UErrorCode status = U_ZERO_ERROR;
+    return uscript_getScript(character, &status) == USCRIPT_HANGUL ? Spreading::none : Spreading::ideographs;
+}
+
+/// The clusters behind which a justified line gets room: its blanks, the places between two ideographs where a line may
+/// break, and those between clusters of a script that marks no words; without any, those behind which a line may break.
+/// Those before a tab stay, since the tab stop holds what follows.
 std::vector<size_t> stretchableClusters(const LineContent& content, const Paragraph& paragraph,
                                         std::u16string_view text) {
-    std::vector<size_t> blanks, breaks;
+    std::vector<size_t> best, breaks;
     for (size_t first = 0, last = 0; first < content.glyphs.size() && !content.glyphs[first].hangs; first = last) {
         last = endOfCluster(content.glyphs, first);
         const uint32_t cluster = content.glyphs[first].cluster;
         if (text[cluster] == u'\t') {
-            blanks.clear();
+            best.clear();
             breaks.clear();
         }
         if (last == content.glyphs.size() || content.glyphs[last].hangs) break;
-        if (isBlank(text[cluster])) blanks.push_back(first);
-        if (paragraph.breaks()[content.glyphs[last].cluster] & TextBreak::lineMayBegin) breaks.push_back(first);
+        const uint32_t next = content.glyphs[last].cluster;
+        const bool isBreak = paragraph.breaks()[next] & TextBreak::lineMayBegin;
+        const Spreading spreading = spreadingOf(text, cluster);
+        const bool isSpread = spreading != Spreading::none && spreading == spreadingOf(text, next) &&
+                              (isBreak || spreading == Spreading::syllables);
+        if (isBlank(text[cluster]) || isSpread) best.push_back(first);
+        if (isBreak) breaks.push_back(first);
     }
-    return blanks.empty() ? breaks : blanks;
+    return best.empty() ? breaks : best;
 }
 
 void justify(LineContent& content, const Paragraph& paragraph, std::u16string_view text, double available) {
+    if (content.width >= available) return;
+    stretchByKashidas(content, paragraph, text, available - content.width);
     const std::vector<size_t> clusters = stretchableClusters(content, paragraph, text);
-    if (clusters.empty() || content.width >= available) return;
+    if (clusters.empty()) return;
     const double space = (available - content.width) / static_cast<double>(clusters.size());
     for (const size_t first : clusters) {
         addSpaceBehind(content.glyphs, first, endOfCluster(content.glyphs, first), static_cast<float>(space));
@@ -77,6 +105,7 @@ std::vector<GlyphRun> runsInVisualOrder(const std::vector<LineGlyph>& glyphs) {
 void setPens(const std::vector<LineGlyph>& glyphs, double pen, std::vector<PlacedGlyph>& placed) {
     const auto setCluster = [&](size_t first, size_t last) {
         for (size_t i = first; i < last; ++i) {
+            placed[i].pen = static_cast<float>(pen);
             placed[i].location.x = static_cast<float>(pen + glyphs[i].offsetX);
             pen += glyphs[i].advance;
         }
@@ -108,21 +137,17 @@ void setBaselines(const LineContent& content, const Paragraph& paragraph, float 
 
 PlacedLine placeLine(LineContent content, const Paragraph& paragraph, std::u16string_view paragraphText,
                      uint32_t location, const LineMetrics& metrics, const LineRoom& room) {
-    const double available = double{room.fragment.size.width} - 2 * double{room.padding};
-    const bool isUnbounded = room.fragment.size.width >= kUnboundedLength;
     const NSTextAlignment alignment = alignmentOf(content, paragraph);
-    if (alignment == NSTextAlignment::justified && !isUnbounded) {
-        justify(content, paragraph, paragraphText, available);
-    }
-
     double start = 0;
-    if (!isUnbounded) {
-        const double free = available - content.width;
+    if (!room.span.isUnbounded) {
+        if (alignment == NSTextAlignment::justified) justify(content, paragraph, paragraphText, room.span.width);
+        const double free = room.span.width - content.width;
         if (alignment == NSTextAlignment::right) start = free;
         if (alignment == NSTextAlignment::center) start = free / 2;
         // What is wider than its line sticks out at the end.
         if (free < 0) start = paragraph.isRightToLeft() ? free : 0;
     }
+    start += room.span.left;
 
     PlacedLine line;
     line.glyphs.reserve(content.glyphs.size());
@@ -130,16 +155,17 @@ PlacedLine placeLine(LineContent content, const Paragraph& paragraph, std::u16st
         line.glyphs.push_back({.glyph = glyph.glyph,
                                .character = location + glyph.cluster,
                                .location = {},
+                               .pen = 0,
                                .advance = glyph.advance,
                                .isNotShown = glyph.hangs || glyph.glyph == NSControlGlyph,
                                .isRightToLeft = (glyph.level & 1) != 0});
     }
-    setPens(content.glyphs, room.padding + start, line.glyphs);
+    setPens(content.glyphs, start, line.glyphs);
     setBaselines(content, paragraph, metrics.baseline, line.glyphs);
 
     const NSRect& fragment = room.fragment;
-    const double left = std::max(0.0, start);
-    const double right = std::min(double{fragment.size.width}, start + content.width + 2 * double{room.padding});
+    const double left = std::max(0.0, start - room.padding);
+    const double right = std::min(double{fragment.size.width}, start + content.width + room.padding);
     line.usedRect = {{static_cast<float>(fragment.origin.x + left), fragment.origin.y},
                      {static_cast<float>(std::max(0.0, right - left)), std::min(metrics.height, fragment.size.height)}};
     return line;

@@ -10,6 +10,7 @@ struct PlacedGlyph {
     NSGlyph glyph = 0;
     uint32_t character = 0;  ///< the first character of its cluster, counted from the start of the text
     NSPoint location;        ///< of its origin, from the origin of the line fragment
+    float pen = 0;           ///< where its advance begins, x from the origin of the line fragment
     float advance = 0;
     bool isNotShown = false;
     bool isRightToLeft = false;
@@ -20,10 +21,8 @@ struct LineRoom {
     NSRect fragment;
     /// Points kept free at either end.
     float padding = 0;
+    LineSpan span;
 };
-
-/// A width from which on a line has no far end: text cannot be aligned to it, and starts at the left.
-inline constexpr float kUnboundedLength = 1e7f;
 
 /// The text of a line at its place.
 struct PlacedLine {

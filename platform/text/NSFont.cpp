@@ -22,7 +22,7 @@ NSFont::NSFont(std::shared_ptr<const FontFace> face, float pointSize) : face_(st
 
 Ref<NSFont> NSFont::fontWithName(const NSString& name, float size) {
     if (!isUsableSize(size)) return {};
-    auto face = FontLibrary::shared().faceWithName(name.utf8());
+    auto face = FontLibrary::current().faceWithName(name.utf8());
     if (!face) return {};
     return std::make_shared<NSFont>(std::move(face), size > 0 ? size : kPointSizeOtherwise);
 }
@@ -32,7 +32,7 @@ Ref<NSFont> NSFont::titleBarFontOfSize(float size) {
 }
 
 Ref<NSFont> NSFont::systemFontOfSize(float size) {
-    return std::make_shared<NSFont>(FontLibrary::shared().systemFace(),
+    return std::make_shared<NSFont>(FontLibrary::current().systemFace(),
                                     size > 0 ? std::min(size, kPointSizeMax) : systemFontSize());
 }
 
@@ -71,6 +71,15 @@ bool NSFont::coversText(std::u16string_view text) const {
 
 NSSize NSFont::advancementForGlyph(NSGlyph glyph) const {
     return {points(face_->advanceOfGlyph(glyph)), 0};
+}
+
+NSRect NSFont::boundingRectForGlyph(NSGlyph glyph) const {
+    const NSRect box = face_->outlineOfGlyph(glyph)->controlPointBounds();
+    return {{points(box.origin.x), points(box.origin.y)}, {points(box.size.width), points(box.size.height)}};
+}
+
+bool NSFont::isGlyphDamaged(NSGlyph glyph) const {
+    return face_->isGlyphDamaged(glyph);
 }
 
 float NSFont::points(double fontUnits) const {

@@ -49,6 +49,11 @@ public:
     /// that is followed by U+FE0E, only in a font without.
     bool coversText(std::u16string_view text) const;
     NSSize advancementForGlyph(NSGlyph glyph) const;
+    /// A box round the glyph's outline, in points from its origin, y upward. Made of the outline's control points, so
+    /// it may be larger than the ink; the zero rectangle for a glyph without an outline.
+    NSRect boundingRectForGlyph(NSGlyph glyph) const;
+    /// Whether the glyph's outline cannot be read from the font's file; nothing is drawn for it then.
+    bool isGlyphDamaged(NSGlyph glyph) const;
 
     const FontFace& face() const { return *face_; }
 

@@ -233,6 +233,8 @@ struct NSLayoutManager::RunAppearance {
     Ref<NSFont> font;
     Ref<NSColor> color;
     float obliqueness = 0;
+    /// Whether the colour stands for every glyph's own.
+    bool isSilhouette = false;
 };
 
 NSLayoutManager::RunAppearance NSLayoutManager::appearanceAt(const NSTextStorage& text, uint32_t character) const {
@@ -244,6 +246,7 @@ NSLayoutManager::RunAppearance NSLayoutManager::appearanceAt(const NSTextStorage
                       .color = temporary->objectForKey<NSColor>(*NSForegroundColorAttributeName)};
     if (!run.font) run.font = defaultFont();
     if (usesScreenFonts_) run.font = substituteFontForFont(run.font);
+    run.isSilhouette = run.color != nullptr;
     if (!run.color) run.color = attributes->objectForKey<NSColor>(*NSForegroundColorAttributeName);
     if (!run.color) run.color = NSColor::blackColor();
     const Ref<NSNumber> obliqueness = attributes->objectForKey<NSNumber>(*NSObliquenessAttributeName);
@@ -272,7 +275,13 @@ void NSLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint)
         if (!line || !line->glyphs.contains(i)) line = layout_->lineOfGlyph(i);
         const NSPoint origin = {atPoint.x + line->fragment.origin.x + glyph.location.x,
                                 atPoint.y + line->fragment.origin.y + glyph.location.y};
-        drawGlyph(*context, {glyph.glyph, run.font, origin, run.obliqueness}, run.color);
+        context->setColor(run.color);
+        const GlyphAtPlace place{glyph.glyph, run.font, origin, run.obliqueness};
+        if (run.isSilhouette) {
+            fillGlyph(*context, place, *glyphCache_);
+        } else {
+            drawGlyph(*context, place, *glyphCache_);
+        }
     }
     context->setColor(formerColor);
 }

@@ -6,6 +6,7 @@
 
 #include "platform/foundation/NSDictionary.h"
 #include "platform/foundation/NSGeometry.h"
+#include "platform/text/GlyphCache.h"
 #include "platform/text/NSFont.h"
 #include "platform/text/NSTextContainer.h"
 #include "platform/text/NSTextStorage.h"
@@ -74,6 +75,16 @@ public:
     /// Whether the glyph was laid out in a right-to-left run.
     bool isRightToLeftGlyphAtIndex(uint32_t glyphIndex) const;
 
+    /// What a selection of the characters covers in the container: for each line, a rectangle of the line fragment's
+    /// height for every stretch that stands together from left to right. A part of a ligature is the part that the font
+    /// marks, or an equal share. Characters that take no room have none.
+    std::vector<NSRect> rectArrayForCharacterRange(Range characterRange, const NSTextContainer& inTextContainer) const;
+    /// The character (the first of its grapheme cluster) under a point of the container, or else the nearest one of the
+    /// nearest line; the length of the text when the container holds none. `fraction` receives how far through it, from
+    /// 0 where the reader comes to it to below 1; from 0.5 on, text is inserted behind it.
+    uint32_t characterIndexForPoint(NSPoint point, const NSTextContainer& inTextContainer,
+                                    float* fraction = nullptr) const;
+
     // Attributes that serve drawing only: they lie over those of the text storage and change no layout.
     void addTemporaryAttributes(const NSDictionary& attributes, Range forCharacterRange);
     void removeTemporaryAttribute(const NSString& name, Range forCharacterRange);
@@ -86,8 +97,13 @@ public:
     virtual Ref<NSFont> substituteFontForFont(const Ref<NSFont>& font) const { return font; }
 
     /// Draws glyphs into the current graphics context, each in the foreground colour of its characters, the temporary
-    /// one first; black without one. `atPoint` is where the origin of the container lies.
+    /// one first; black without one. A colour glyph keeps its own colours, unless a temporary one lies over them.
+    /// `atPoint` is where the origin of the container lies.
     virtual void drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint);
+
+    /// What has been drawn before and can be drawn again. Never null; none given means a fresh one.
+    const Ref<GlyphCache>& glyphCache() const { return glyphCache_; }
+    void setGlyphCache(const Ref<GlyphCache>& cache) { glyphCache_ = cache ? cache : GlyphCache::init(); }
 
     std::string className() const override { return "NSLayoutManager"; }
 
@@ -107,6 +123,7 @@ private:
     std::vector<Ref<NSTextContainer>> containers_;
     std::unique_ptr<Layout> layout_;
     std::unique_ptr<TemporaryAttributes> temporaryAttributes_;
+    Ref<GlyphCache> glyphCache_ = GlyphCache::init();
     bool usesScreenFonts_ = false;
 };
 

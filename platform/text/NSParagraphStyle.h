@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "platform/foundation/NSObject.h"
 
 namespace qz {
@@ -8,6 +10,16 @@ namespace qz {
 enum class NSTextAlignment : int32_t { left = 0, right = 1, center = 2, justified = 3, natural = 4 };
 enum class NSWritingDirection : int32_t { natural = -1, leftToRight = 0, rightToLeft = 1 };
 
+/// Where text behind a tab is placed. `location` is in points from the leading margin, the right one in a paragraph
+/// from right to left; up to the next tab or the line's end, the text begins there, ends there, has its middle there,
+/// or its first decimal point ('.' or ',' between digits; its end without one).
+struct NSTextTab {
+    enum class Alignment { left, right, center, decimal };
+    float location = 0;
+    Alignment alignment = Alignment::left;
+    friend bool operator==(const NSTextTab&, const NSTextTab&) = default;
+};
+
 /// How the lines of a paragraph are placed; immutable. To vary one, copy its `values()`, change that, make a new style.
 /// The style of a paragraph is that of its first character. Equal when the values are.
 class NSParagraphStyle final : public NSObject {
@@ -15,10 +27,18 @@ public:
     struct Values {
         NSTextAlignment alignment = NSTextAlignment::natural;
         NSWritingDirection baseWritingDirection = NSWritingDirection::natural;
-        float lineSpacing = 0;        ///< points below each line
-        float paragraphSpacing = 0;   ///< points below the last line of a paragraph, besides its line spacing
-        float minimumLineHeight = 0;  ///< points; 0: none
-        float maximumLineHeight = 0;  ///< points; 0: none
+        float lineSpacing = 0;             ///< points below each line
+        float paragraphSpacing = 0;        ///< points below the last line of a paragraph, besides its line spacing
+        float paragraphSpacingBefore = 0;  ///< points above the first line, unless it is the first of its container
+        float minimumLineHeight = 0;       ///< points; 0: none
+        float maximumLineHeight = 0;       ///< points; 0: none
+        float lineHeightMultiple = 0;      ///< times the height of the fonts, before the limits; 0: once
+        // Points from the leading margin, which is the right one in a paragraph from right to left.
+        float firstLineHeadIndent = 0;
+        float headIndent = 0;                  ///< of the other lines
+        float tailIndent = 0;                  ///< where lines end; 0 or less: points before the trailing margin
+        std::vector<NSTextTab> tabStops = {};  ///< in the order of their locations
+        float defaultTabInterval = 28;         ///< points; behind the last tab stop, tabs lead to multiples of it
         friend bool operator==(const Values&, const Values&) = default;
     };
 

@@ -18,6 +18,21 @@ Ref<NSFont> askedFont(const NSDictionary& attributes) {
     return font ? font : defaultFont();
 }
 
+std::string languageOf(const NSDictionary& attributes) {
+    const auto language = attributes.objectForKey<NSString>(*NSLanguageAttributeName);
+    return language ? language->utf8() : std::string();
+}
+
+bool areSame(const Ref<NSString>& a, const Ref<NSString>& b) {
+    return a == b || (a && b && a->isEqualToString(*b));
+}
+
+/// Whether fonts are chosen alike for two runs.
+bool askAlike(const NSDictionary& a, const NSDictionary& b) {
+    return askedFont(a)->isEqual(*askedFont(b)) && areSame(a.objectForKey<NSString>(*NSLanguageAttributeName),
+                                                           b.objectForKey<NSString>(*NSLanguageAttributeName));
+}
+
 Ref<NSDictionary> attributesWithFont(const Ref<NSDictionary>& attributes, const Ref<NSFont>& asked,
                                      const Ref<NSFont>& serving) {
     const bool isSubstitute = !serving->isEqual(*asked);
@@ -96,10 +111,8 @@ void NSTextStorage::processEditing() {
 }
 
 uint32_t NSTextStorage::endOfAskedFont(size_t run, uint32_t end) const {
-    const Ref<NSFont> asked = askedFont(*runs_[run].attributes);
-    while (run + 1 < runs_.size() && runs_[run].end < end && askedFont(*runs_[run + 1].attributes)->isEqual(*asked)) {
-        ++run;
-    }
+    const NSDictionary& first = *runs_[run].attributes;
+    while (run + 1 < runs_.size() && runs_[run].end < end && askAlike(*runs_[run + 1].attributes, first)) ++run;
     return std::min(runs_[run].end, end);
 }
 
@@ -114,7 +127,7 @@ void NSTextStorage::fixFontsInRange(Range range) {
         const uint32_t start = position;
         const uint32_t end = endOfAskedFont(run, static_cast<uint32_t>(range.end()));
         const auto text = std::u16string_view(characters_).substr(start, end - start);
-        for (const FontStretch& stretch : fontsForText(asked, text)) {
+        for (const FontStretch& stretch : fontsForText(asked, text, languageOf(*runs_[run].attributes))) {
             while (position < start + stretch.end) {
                 const Ref<NSDictionary>& attributes = runs_[run].attributes;
                 Ref<NSDictionary>& withFont = made[{attributes.get(), stretch.font}];

@@ -40,7 +40,7 @@ private:
     void edited(Range range, int64_t changeInLength, bool charactersChanged) override;
     void processEditing();
     void fixFontsInRange(Range range);
-    /// Where the stretch that asks for the same font as the run ends, at `end` at the latest.
+    /// Where the stretch that asks for the same font and language as the run ends, at `end` at the latest.
     uint32_t endOfAskedFont(size_t run, uint32_t end) const;
 
     std::vector<Ref<NSLayoutManager>> layoutManagers_;

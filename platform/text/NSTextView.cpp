@@ -22,7 +22,7 @@ const Ref<NSString>& oldRangeKey() {
 Range clusterAt(std::u16string_view text, uint32_t index) {
     const Range paragraph = paragraphRange(text, {index, 1});
     const std::vector<uint8_t> clusters =
-        TextBreaker().clustersInText(text.substr(paragraph.location, paragraph.length));
+        TextBreaker::clustersInText(text.substr(paragraph.location, paragraph.length));
     uint32_t start = index - paragraph.location;
     while (start > 0 && !clusters[start]) --start;
     uint32_t end = index - paragraph.location + 1;

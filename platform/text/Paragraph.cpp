@@ -33,13 +33,22 @@ float lengthOrNone(float length) {
     return std::isfinite(length) ? std::clamp(length, 0.0f, kLengthMax) : 0;
 }
 
+std::vector<NSTextTab> usableTabs(std::vector<NSTextTab> tabs) {
+    std::erase_if(tabs, [](const NSTextTab& tab) { return !(tab.location > 0 && tab.location <= kLengthMax); });
+    std::ranges::stable_sort(tabs, {}, &NSTextTab::location);
+    return tabs;
+}
+
 NSParagraphStyle::Values paragraphStyle(const NSDictionary& attributes) {
     const Ref<NSParagraphStyle> style = attributes.objectForKey<NSParagraphStyle>(*NSParagraphStyleAttributeName);
     NSParagraphStyle::Values values = style ? style->values() : NSParagraphStyle::Values();
-    for (float* length :
-         {&values.lineSpacing, &values.paragraphSpacing, &values.minimumLineHeight, &values.maximumLineHeight}) {
+    for (float* length : {&values.lineSpacing, &values.paragraphSpacing, &values.paragraphSpacingBefore,
+                          &values.minimumLineHeight, &values.maximumLineHeight, &values.lineHeightMultiple,
+                          &values.firstLineHeadIndent, &values.headIndent, &values.defaultTabInterval}) {
         *length = lengthOrNone(*length);
     }
+    values.tailIndent = std::isfinite(values.tailIndent) ? std::clamp(values.tailIndent, -kLengthMax, kLengthMax) : 0;
+    values.tabStops = usableTabs(std::move(values.tabStops));
     return values;
 }
 
@@ -80,28 +89,35 @@ std::vector<ShapedGlyph> controlGlyphs(const std::vector<uint8_t>& breaks, Range
 
 }  // namespace
 
-void Paragraph::analyse(const NSAttributedString& text, uint32_t location, TextBreaker& breaker) {
+void Paragraph::analyse(const NSAttributedString& text, uint32_t location, ShapingCache& shapingCache) {
     if (isAnalysed_) return;
     isAnalysed_ = true;
+    shapingCache_ = &shapingCache;
     const std::u16string_view paragraph = std::u16string_view(text.characters()).substr(location, length_);
     if (length_ > 0) style_ = paragraphStyle(*text.attributesAtIndex(location));
-    breaks_ = breaker.breaksInParagraph(paragraph);
+    breaks_ = TextBreaker::breaksInParagraph(paragraph);
     findStyles(text, location);
     itemize(paragraph);
 }
 
 void Paragraph::findStyles(const NSAttributedString& text, uint32_t location) {
+    Ref<NSDictionary> before;
     for (uint32_t position = 0; position < length_;) {
         Range range;
         const Ref<NSDictionary> attributes = text.attributesAtIndex(location + position, &range);
+        const Ref<NSString> language = attributes->objectForKey<NSString>(*NSLanguageAttributeName);
         StyleRun style{.end = static_cast<uint32_t>(std::min<uint64_t>(range.end() - location, length_)),
                        .font = attributes->objectForKey<NSFont>(*NSFontAttributeName),
                        .kern = lengthAttribute(*attributes, *NSKernAttributeName),
-                       .baselineOffset = lengthAttribute(*attributes, *NSBaselineOffsetAttributeName)};
+                       .baselineOffset = lengthAttribute(*attributes, *NSBaselineOffsetAttributeName),
+                       .language = language ? language->utf8() : std::string()};
         if (!style.font) style.font = defaultFont();
+        if (!areEqual(before, attributes)) attributeStarts_.push_back(position);
+        before = attributes;
         position = style.end;
         if (!styles_.empty() && styles_.back().kern == style.kern &&
-            styles_.back().baselineOffset == style.baselineOffset && styles_.back().font->isEqual(*style.font)) {
+            styles_.back().baselineOffset == style.baselineOffset && styles_.back().language == style.language &&
+            styles_.back().font->isEqual(*style.font)) {
             styles_.back().end = style.end;
         } else {
             styles_.push_back(std::move(style));
@@ -127,12 +143,14 @@ void Paragraph::itemize(std::u16string_view paragraph) {
         // Characters that all scripts share join what stands before them; at the start of a text, what follows.
         const bool continues = item && !isFull && item->isControl == control && item->level == levels[start] &&
                                (own == USCRIPT_COMMON || own == script || script == USCRIPT_COMMON) &&
+                               item->language == styles_[style].language &&
                                (item->font == font || item->font->isEqual(*font));
         if (!continues) {
             items_.push_back({.start = start,
                               .end = end,
                               .font = font,
                               .script = scriptTag(script),
+                              .language = styles_[style].language,
                               .level = levels[start],
                               .isControl = control,
                               .glyphs = {}});
@@ -142,6 +160,23 @@ void Paragraph::itemize(std::u16string_view paragraph) {
             script = own;
             items_.back().script = scriptTag(own);
         }
+    }
+}
+
+void Paragraph::joinGraphemes(std::vector<ShapedGlyph>& glyphs, bool isRightToLeft) const {
+    const auto at = [&](size_t glyph) { return glyphs.begin() + static_cast<std::ptrdiff_t>(glyph); };
+    size_t group = 0;  // the first glyph of the grapheme cluster
+    for (size_t first = 0, last = 0; first < glyphs.size(); first = last) {
+        const uint32_t cluster = glyphs[first].cluster;
+        for (last = first; last < glyphs.size() && glyphs[last].cluster == cluster; ++last) {
+        }
+        if (first == 0 || breaks_[cluster] & TextBreak::clusterStart) {
+            group = first;
+            continue;
+        }
+        for (size_t i = first; i < last; ++i) glyphs[i].cluster = glyphs[group].cluster;
+        // Within a cluster glyphs come in drawing order: from right to left, the later ones first.
+        if (isRightToLeft) std::rotate(at(group), at(first), at(last));
     }
 }
 
@@ -168,18 +203,60 @@ const std::vector<ShapedGlyph>& Paragraph::glyphsOfItem(size_t item, std::u16str
     return shaped.glyphs;
 }
 
+ShapingItem Paragraph::shapingItem(size_t item, std::u16string_view text, Range range) const {
+    const TextItem& source = items_[item];
+    return {.text = text,
+            .range = range,
+            .font = source.font,
+            .script = source.script,
+            .isRightToLeft = (source.level & 1) != 0,
+            .language = source.language};
+}
+
+std::vector<Range> Paragraph::spacedRanges(Range part) const {
+    std::vector<Range> ranges;
+    uint32_t start = part.location;
+    for (size_t style = styleIndexAt(start); style < styles_.size() && start < part.end(); ++style) {
+        const auto end = static_cast<uint32_t>(std::min<uint64_t>(styles_[style].end, part.end()));
+        if (styles_[style].kern != 0) ranges.push_back({start, end - start});
+        start = end;
+    }
+    return ranges;
+}
+
+std::vector<Range> Paragraph::hiddenStyleStarts(const std::vector<ShapedGlyph>& glyphs, Range part) const {
+    std::vector<Range> ranges;
+    size_t glyph = 0;
+    for (auto at = std::ranges::upper_bound(attributeStarts_, part.location); at != attributeStarts_.end(); ++at) {
+        if (*at >= part.end()) break;
+        while (glyph < glyphs.size() && glyphs[glyph].cluster < *at) ++glyph;
+        const auto ligatureEnd = static_cast<uint32_t>(glyph < glyphs.size() ? glyphs[glyph].cluster : part.end());
+        if (ligatureEnd == *at || glyph == 0 || !(breaks_[*at] & TextBreak::clusterStart)) continue;
+        // The shorter side stands alone, so that the other may still be a ligature.
+        const uint32_t ligature = glyphs[glyph - 1].cluster;
+        if (*at - ligature < ligatureEnd - *at)
+            ranges.push_back({ligature, *at - ligature});
+        else
+            ranges.push_back({*at, ligatureEnd - *at});
+    }
+    return ranges;
+}
+
 std::vector<ShapedGlyph> Paragraph::shapePart(size_t item, std::u16string_view paragraph, Range part) const {
     const TextItem& source = items_[item];
     if (source.isControl) return controlGlyphs(breaks_, part);
-    std::vector<ShapedGlyph> glyphs = shape({.text = paragraph,
-                                             .range = part,
-                                             .font = source.font,
-                                             .script = source.script,
-                                             .isRightToLeft = (source.level & 1) != 0,
-                                             .language = {}});
+    ShapingItem shaping = shapingItem(item, paragraph, part);
+    shaping.withoutLigatures = spacedRanges(part);
+    std::vector<ShapedGlyph> glyphs = shapingCache_->shape(shaping);
+    const std::vector<Range> hidden = hiddenStyleStarts(glyphs, part);
+    if (!hidden.empty()) {
+        shaping.withoutLigatures.insert(shaping.withoutLigatures.end(), hidden.begin(), hidden.end());
+        glyphs = shapingCache_->shape(shaping);
+    }
     // Every character must lie in the cluster of some glyph, whatever the font does.
     if (glyphs.empty()) return controlGlyphs(breaks_, part);
     glyphs.front().cluster = part.location;
+    joinGraphemes(glyphs, source.level & 1);
     for (size_t i = 0; i < glyphs.size(); ++i) {
         const bool isAlone = (i == 0 || glyphs[i - 1].cluster != glyphs[i].cluster) &&
                              (i + 1 == glyphs.size() || glyphs[i + 1].cluster == glyphs[i].cluster + 1);

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/text/NSAttributedString.h"
 #include "platform/text/NSParagraphStyle.h"
 #include "platform/text/Shaping.h"
+#include "platform/text/ShapingCache.h"
 #include "platform/text/TextBreaker.h"
 
 namespace qz {
@@ -18,6 +20,7 @@ struct StyleRun {
     Ref<NSFont> font;
     float kern = 0;            ///< points added behind each cluster
     float baselineOffset = 0;  ///< points upward
+    std::string language;      ///< BCP 47, or empty
     friend bool operator==(const StyleRun&, const StyleRun&) = default;
 };
 
@@ -27,6 +30,7 @@ struct TextItem {
     uint32_t end = 0;
     Ref<NSFont> font;
     uint32_t script = 0;
+    std::string language;
     uint8_t level = 0;       ///< bidi embedding level
     bool isControl = false;  ///< tabs, line ends, controls: one `NSControlGlyph` a cluster, never shaped
     bool isShaped = false;
@@ -41,7 +45,8 @@ public:
 
     uint32_t length() const { return length_; }
     /// Finds everything but the glyphs, once. `location` is where the paragraph begins in `text`.
-    void analyse(const NSAttributedString& text, uint32_t location, TextBreaker& breaker);
+    /// The cache must live as long as the paragraph.
+    void analyse(const NSAttributedString& text, uint32_t location, ShapingCache& shapingCache);
 
     /// Of `TextBreak`, one a unit.
     const std::vector<uint8_t>& breaks() const { return breaks_; }
@@ -57,19 +62,30 @@ public:
 
     /// The glyphs of an item, shaped in the context of the whole paragraph. `paragraph` is the paragraph's characters.
     const std::vector<ShapedGlyph>& glyphsOfItem(size_t item, std::u16string_view paragraph);
-    /// The glyphs of a part of an item, shaped as if lines broke at its ends.
+    /// The glyphs of a part of an item, shaped as if lines broke at its ends. No optional ligature hides the start of
+    /// other attributes, and none is formed where letters are spaced.
     std::vector<ShapedGlyph> shapePart(size_t item, std::u16string_view paragraph, Range part) const;
+    /// As `shape` has it, with the item's properties; for text that is not the paragraph's.
+    ShapingItem shapingItem(size_t item, std::u16string_view text, Range range) const;
 
 private:
     void findStyles(const NSAttributedString& text, uint32_t location);
     void itemize(std::u16string_view paragraph);
+    /// A font may give the parts of a grapheme cluster, such as the letters of a conjunct, clusters of their own.
+    void joinGraphemes(std::vector<ShapedGlyph>& glyphs, bool isRightToLeft) const;
+    std::vector<Range> spacedRanges(Range part) const;
+    /// What must stand alone, so that no run of attributes begins within a ligature of these glyphs.
+    std::vector<Range> hiddenStyleStarts(const std::vector<ShapedGlyph>& glyphs, Range part) const;
 
     uint32_t length_;
+    ShapingCache* shapingCache_ = nullptr;
     bool isAnalysed_ = false;
     uint8_t baseLevel_ = 0;
     NSParagraphStyle::Values style_;
     std::vector<uint8_t> breaks_;
     std::vector<StyleRun> styles_;
+    /// Where runs of attributes begin, those that change no font included.
+    std::vector<uint32_t> attributeStarts_;
     std::vector<TextItem> items_;
 };
 

@@ -13,15 +13,22 @@
 namespace qz {
 namespace {
 
-// More than the context that HarfBuzz looks at, five characters on either side.
-constexpr size_t kContextUnits = 16;
-
 constexpr uint32_t kZeroWidthSpace = 0x200B;
+constexpr std::string_view kNoLanguage = "und";
 
-constexpr std::array kNoLigatures = {
-    hb_feature_t{HB_TAG('l', 'i', 'g', 'a'), 0, HB_FEATURE_GLOBAL_START, HB_FEATURE_GLOBAL_END},
-    hb_feature_t{HB_TAG('c', 'l', 'i', 'g'), 0, HB_FEATURE_GLOBAL_START, HB_FEATURE_GLOBAL_END},
-};
+constexpr std::array kOptionalLigatures = {HB_TAG('l', 'i', 'g', 'a'), HB_TAG('c', 'l', 'i', 'g')};
+
+// Features count positions from where the buffer's text begins.
+std::vector<hb_feature_t> featuresOf(const ShapingItem& item, uint32_t firstPosition) {
+    std::vector<hb_feature_t> features;
+    for (const hb_tag_t tag : kOptionalLigatures) {
+        if (!item.allowsLigatures) features.push_back({tag, 0, HB_FEATURE_GLOBAL_START, HB_FEATURE_GLOBAL_END});
+        for (const Range& range : item.withoutLigatures) {
+            features.push_back({tag, 0, range.location - firstPosition, range.location - firstPosition + range.length});
+        }
+    }
+    return features;
+}
 
 hb_buffer_t* bufferOfThread() {
     thread_local const HarfBuzzRef<hb_buffer_t> buffer(hb_buffer_create());
@@ -31,8 +38,9 @@ hb_buffer_t* bufferOfThread() {
 
 // Fills the buffer with the item and some text around it; returns where in the text the buffer's positions begin.
 uint32_t fill(hb_buffer_t* buffer, const ShapingItem& item) {
-    const size_t contextStart = item.range.location - std::min<size_t>(item.range.location, kContextUnits);
-    const std::u16string_view context = item.text.substr(contextStart, item.range.end() + kContextUnits - contextStart);
+    const size_t contextStart = item.range.location - std::min<size_t>(item.range.location, kShapingContextUnits);
+    const std::u16string_view context =
+        item.text.substr(contextStart, item.range.end() + kShapingContextUnits - contextStart);
 
     hb_buffer_clear_contents(buffer);
     hb_buffer_add_utf16(buffer, reinterpret_cast<const uint16_t*>(context.data()), static_cast<int>(context.size()),
@@ -50,10 +58,8 @@ uint32_t fill(hb_buffer_t* buffer, const ShapingItem& item) {
 void setProperties(hb_buffer_t* buffer, const ShapingItem& item) {
     hb_buffer_set_direction(buffer, item.isRightToLeft ? HB_DIRECTION_RTL : HB_DIRECTION_LTR);
     if (item.script != 0) hb_buffer_set_script(buffer, hb_script_from_iso15924_tag(item.script));
-    if (!item.language.empty()) {
-        hb_buffer_set_language(buffer,
-                               hb_language_from_string(item.language.data(), static_cast<int>(item.language.size())));
-    }
+    const std::string_view language = item.language.empty() ? kNoLanguage : std::string_view(item.language);
+    hb_buffer_set_language(buffer, hb_language_from_string(language.data(), static_cast<int>(language.size())));
     unsigned int flags = HB_BUFFER_FLAG_DEFAULT;
     if (item.range.location == 0) flags |= HB_BUFFER_FLAG_BOT;
     if (item.range.end() == item.text.size()) flags |= HB_BUFFER_FLAG_EOT;
@@ -73,7 +79,8 @@ std::vector<ShapedGlyph> shape(const ShapingItem& item) {
     hb_buffer_t* const buffer = bufferOfThread();
     const uint32_t firstPosition = fill(buffer, item);
     setProperties(buffer, item);
-    hb_shape(face.shaper(), buffer, kNoLigatures.data(), item.allowsLigatures ? 0 : kNoLigatures.size());
+    const std::vector<hb_feature_t> features = featuresOf(item, firstPosition);
+    hb_shape(face.shaper(), buffer, features.data(), static_cast<unsigned int>(features.size()));
     if (!hb_buffer_allocation_successful(buffer)) throw std::bad_alloc();
     // HarfBuzz gives visual order, the first glyph at the left.
     if (item.isRightToLeft) hb_buffer_reverse_clusters(buffer);

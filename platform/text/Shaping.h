@@ -17,11 +17,13 @@ struct ShapingItem {
     /// ISO 15924 as a tag of four characters, such as 'Arab'; 0 lets the text decide.
     uint32_t script = 0;
     bool isRightToLeft = false;
-    /// A BCP 47 tag or empty.
+    /// A BCP 47 tag or empty. The locale of the process has no say in either case.
     std::string language;
     /// Whether the font's optional ligatures may be formed; text with extra space between its letters wants none. Those
     /// that a script cannot do without are formed in any case.
     bool allowsLigatures = true;
+    /// Stretches whose characters take part in no optional ligature even so.
+    std::vector<Range> withoutLigatures = {};
 };
 
 /// One glyph, in points. Offsets move the glyph from the pen, x to the right and y upward, and do not move the pen.
@@ -44,5 +46,8 @@ struct ShapedGlyph {
 std::vector<ShapedGlyph> shape(const ShapingItem& item);
 
 inline constexpr uint32_t kShapingUnitsMax = 4096;
+/// How much text on either side of an item its shape may depend on: more than the five characters that HarfBuzz looks
+/// at.
+inline constexpr uint32_t kShapingContextUnits = 16;
 
 }  // namespace qz

@@ -1,11 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <string_view>
 #include <vector>
-
-struct UBreakIterator;
 
 namespace qz {
 
@@ -17,32 +14,18 @@ inline constexpr uint8_t lineMustBegin = 4;  ///< a line ends before this unit i
 inline constexpr uint8_t hangs = 8;          ///< white space, which hangs over the end of a line; no no-break space
 }  // namespace TextBreak
 
-/// Finds grapheme clusters and places where lines may break, by Unicode's rules. Used by one thread at a time.
+/// Finds grapheme clusters and places where lines may break, by Unicode's rules, whatever the locale of the process:
+/// between words of a dictionary in Thai, Lao, Khmer and Burmese, by the strict rules in Japanese, where no line begins
+/// with a small kana. Korean words, which have blanks between them, are kept whole. May be used from several threads.
 class TextBreaker {
 public:
-    TextBreaker();
-    ~TextBreaker();
-
     /// Flags for every unit of a paragraph. A line never begins within a cluster.
-    std::vector<uint8_t> breaksInParagraph(std::u16string_view paragraph);
+    static std::vector<uint8_t> breaksInParagraph(std::u16string_view paragraph);
     /// Flags that tell only where clusters begin.
-    std::vector<uint8_t> clustersInText(std::u16string_view text);
+    static std::vector<uint8_t> clustersInText(std::u16string_view text);
 
     /// Longer clusters (piled-up marks) are taken apart, so that what works cluster by cluster stays bounded.
     static constexpr uint32_t kClusterUnitsMax = 512;
-
-private:
-    struct Close {
-        void operator()(UBreakIterator* iterator) const;
-    };
-    using Iterator = std::unique_ptr<UBreakIterator, Close>;
-
-    static Iterator open(int kind);
-    template <class Visit>
-    static void forEachBoundary(UBreakIterator& iterator, std::u16string_view text, const Visit& visit);
-
-    const Iterator clusters_;
-    const Iterator lines_;
 };
 
 }  // namespace qz

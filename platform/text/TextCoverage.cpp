@@ -4,6 +4,7 @@
 
 #include <unicode/normalizer2.h>
 #include <unicode/uchar.h>
+#include <unicode/uscript.h>
 #include <unicode/utf16.h>
 
 namespace qz {
@@ -70,6 +71,27 @@ char32_t nextCharacter(std::u16string_view text, size_t& index) {
 
 bool isLayoutControl(char32_t character) {
     return character < 0x20 || (character >= 0x7F && character < 0xA0) || character == 0x2028 || character == 0x2029;
+}
+
+bool hasEmojiForm(std::u16string_view cluster) {
+    size_t index = 0;
+    const char32_t first = nextCharacter(cluster, index);
+    size_t nextIndex = index;
+    const char32_t second = nextCharacter(cluster, nextIndex);
+    constexpr char32_t kKeycap = 0x20E3;
+    return isShownAsEmoji(first, second) || cluster.find(static_cast<char16_t>(kKeycap)) != cluster.npos;
+}
+
+bool belongsToAnyScript(std::u16string_view cluster) {
+    for (size_t index = 0; index < cluster.size();) {
+        const char32_t character = nextCharacter(cluster, index);
+        UErrorCode error = U_ZERO_ERROR;
+        const UScriptCode script = uscript_getScript(static_cast<UChar32>(character), &error);
+        const bool isShared = script == USCRIPT_COMMON || script == USCRIPT_INHERITED;
+        if (U_FAILURE(error) || !isShared || isLayoutControl(character)) return false;
+        if (u_isalpha(static_cast<UChar32>(character))) return false;
+    }
+    return !hasEmojiForm(cluster);
 }
 
 bool isTextCovered(std::u16string_view text, const std::function<bool(char32_t)>& hasGlyph,

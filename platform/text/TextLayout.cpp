@@ -87,7 +87,7 @@ void NSLayoutManager::Layout::forgetUnplacedGlyphs() {
 
 Paragraph& NSLayoutManager::Layout::analysed(const NSAttributedString& text, Entry& entry) {
     if (!entry.paragraph) entry.paragraph = std::make_unique<Paragraph>(entry.length);
-    entry.paragraph->analyse(text, entry.location, breaker_);
+    entry.paragraph->analyse(text, entry.location, shapingCache_);
     return *entry.paragraph;
 }
 
@@ -97,10 +97,15 @@ std::u16string_view NSLayoutManager::Layout::textOf(const NSAttributedString& te
 
 // Lines
 
-std::optional<NSRect> NSLayoutManager::Layout::askForFragment(float height) {
+float NSLayoutManager::Layout::spacingBefore(const Paragraph& paragraph) const {
+    const bool isFirst = lines_.empty() || lines_.back().container != container_;
+    return isFirst ? 0 : paragraph.style().paragraphSpacingBefore;
+}
+
+std::optional<NSRect> NSLayoutManager::Layout::askForFragment(float height, float spacingBefore) {
     const Ref<NSTextContainer> container = manager_.containers_[container_];
     const float width = container->containerSize().width;
-    const NSRect proposed = {{0, y_}, {width > 0 ? width : kUnboundedLength, height}};
+    const NSRect proposed = {{0, y_ + spacingBefore}, {width > 0 ? width : kUnboundedLength, height}};
     NSRect remaining;
     const uint64_t generation = generation_;
     const NSRect fragment = container->lineFragmentRectForProposedRect(proposed, NSLineSweepDirection::right,
@@ -124,15 +129,15 @@ auto NSLayoutManager::Layout::inNextContainer(const Fit& fit) -> decltype(fit())
 }
 
 std::optional<NSLayoutManager::Layout::FittedLine> NSLayoutManager::Layout::fitLine(LineFiller& filler,
+                                                                                    const Paragraph& paragraph,
                                                                                     uint32_t start) {
     const float padding = manager_.containers_[container_]->lineFragmentPadding();
     float height = filler.metrics(start, start + 1).height;
     for (int tries = 1;; ++tries) {
-        const std::optional<NSRect> fragment = askForFragment(height);
+        const std::optional<NSRect> fragment = askForFragment(height, start == 0 ? spacingBefore(paragraph) : 0);
         if (!fragment) return std::nullopt;
-        FittedLine line{.content = filler.fill(start, double{fragment->size.width} - 2 * double{padding}),
-                        .metrics = {},
-                        .fragment = *fragment};
+        const LineSpan span = filler.span(start, fragment->size.width, padding);
+        FittedLine line{.content = filler.fill(start, span.width), .metrics = {}, .fragment = *fragment, .span = span};
         line.metrics = filler.metrics(line.content.start, line.content.end);
         if (line.metrics.height <= height + kHeightTolerance || tries == kFragmentTriesMax) {
             // The height of an earlier try may have been more than this one needs.
@@ -152,8 +157,9 @@ bool NSLayoutManager::Layout::layOutLine() {
     bool isLaidOut = false;
     if (nextLine_.paragraph < paragraphs_.size()) {
         Entry& entry = paragraphs_[nextLine_.paragraph];
-        LineFiller filler(analysed(*storage, entry), textOf(*storage, entry));
-        std::optional<FittedLine> line = inNextContainer([&] { return fitLine(filler, nextLine_.offset); });
+        Paragraph& paragraph = analysed(*storage, entry);
+        LineFiller filler(paragraph, textOf(*storage, entry));
+        std::optional<FittedLine> line = inNextContainer([&] { return fitLine(filler, paragraph, nextLine_.offset); });
         isLaidOut = line.has_value();
         if (line) addLine(entry, textOf(*storage, entry), std::move(*line));
     } else {
@@ -168,8 +174,9 @@ void NSLayoutManager::Layout::addLine(const Entry& entry, std::u16string_view pa
     const Paragraph& paragraph = *entry.paragraph;
     const uint32_t start = fitted.content.start;
     const uint32_t end = fitted.content.end;
-    PlacedLine placed = placeLine(std::move(fitted.content), paragraph, paragraphText, entry.location, fitted.metrics,
-                                  {fitted.fragment, manager_.containers_[container_]->lineFragmentPadding()});
+    PlacedLine placed =
+        placeLine(std::move(fitted.content), paragraph, paragraphText, entry.location, fitted.metrics,
+                  {fitted.fragment, manager_.containers_[container_]->lineFragmentPadding(), fitted.span});
     // Spacing needs no room of its own: at the end of a container it is what remains there.
     const bool endsItsParagraph = end == entry.length;
     fitted.fragment.size.height += paragraph.style().lineSpacing;
@@ -192,14 +199,18 @@ void NSLayoutManager::Layout::layOutExtraLine(const NSAttributedString& text) {
     const char16_t last = text.characters().back();
     if (!endsLine(last) && !endsParagraph(text.characters(), text.length() - 1)) return;
     Entry& entry = paragraphs_.back();
-    LineFiller filler(analysed(text, entry), textOf(text, entry));
+    const Paragraph& paragraph = analysed(text, entry);
+    LineFiller filler(*entry.paragraph, textOf(text, entry));
     const LineMetrics metrics = filler.metrics(entry.length - 1, entry.length);
-    const std::optional<NSRect> fragment = inNextContainer([&] { return askForFragment(metrics.height); });
+    const bool beginsParagraph = endsParagraph(text.characters(), text.length() - 1);
+    const std::optional<NSRect> fragment =
+        inNextContainer([&] { return askForFragment(metrics.height, beginsParagraph ? spacingBefore(paragraph) : 0); });
     if (!fragment) return;
     const float padding = manager_.containers_[container_]->lineFragmentPadding();
+    const LineSpan span = filler.span(beginsParagraph ? 0 : entry.length, fragment->size.width, padding);
     const LineContent content{.start = entry.length, .end = entry.length, .glyphs = {}};
     const PlacedLine placed =
-        placeLine(content, *entry.paragraph, textOf(text, entry), entry.location, metrics, {*fragment, padding});
+        placeLine(content, paragraph, textOf(text, entry), entry.location, metrics, {*fragment, padding, span});
     extraLine_ = {placed.usedRect, container_};
 }
 
@@ -247,6 +258,7 @@ bool NSLayoutManager::Layout::makeUnplacedGlyphs() {
         glyphs_.push_back({.glyph = glyph.glyph,
                            .character = entry.location + glyph.cluster,
                            .location = {},
+                           .pen = 0,
                            .advance = glyph.advance,
                            .isNotShown = glyph.glyph == NSControlGlyph,
                            .isRightToLeft = (glyph.level & 1) != 0});

@@ -26,6 +26,14 @@ public:
         size_t paragraph;
     };
 
+    /// A character as the reader sees it, in its line; x in container coordinates.
+    struct ClusterBox {
+        Range characters;
+        float left;
+        float right;
+        bool isRightToLeft;
+    };
+
     explicit Layout(const NSLayoutManager& manager) : manager_(manager) {}
 
     /// The text; none when it has been edited in a way that nobody has told of yet, and so does not fit the glyphs.
@@ -51,6 +59,8 @@ public:
     /// The line of a glyph; none when it has no place.
     const Line* lineOfGlyph(uint32_t glyphIndex) const;
     NSRect usedRectOfContainer(size_t container) const;
+    /// The grapheme clusters of a line, from left to right.
+    std::vector<ClusterBox> clusterBoxes(const Line& line) const;
     /// The zero rectangle when the container does not hold the extra line.
     NSRect extraLineUsedRectOfContainer(size_t container) const {
         return extraLine_ && extraLine_->container == container ? extraLine_->usedRect : NSRect();
@@ -75,6 +85,7 @@ private:
         LineContent content;
         LineMetrics metrics;
         NSRect fragment;
+        LineSpan span;
     };
     /// The empty line behind a text that ends with a line end.
     struct ExtraLine {
@@ -87,8 +98,10 @@ private:
     /// Finds room for a line, from the current container on; none when no container has any.
     template <class Fit>
     auto inNextContainer(const Fit& fit) -> decltype(fit());
-    std::optional<NSRect> askForFragment(float height);
-    std::optional<FittedLine> fitLine(LineFiller& filler, uint32_t start);
+    std::optional<NSRect> askForFragment(float height, float spacingBefore);
+    std::optional<FittedLine> fitLine(LineFiller& filler, const Paragraph& paragraph, uint32_t start);
+    /// What stays free above the first line of a paragraph; none at the top of a container.
+    float spacingBefore(const Paragraph& paragraph) const;
     void addLine(const Entry& entry, std::u16string_view paragraphText, FittedLine fitted);
     bool makeUnplacedGlyphs();
 
@@ -98,9 +111,11 @@ private:
     void forgetLinesFrom(size_t line);
     void splitText(Range region, size_t at);
     uint32_t locationOf(Position position) const;
+    void addClusterBoxes(const Line& line, uint32_t firstGlyph, uint32_t lastGlyph, uint32_t charactersEnd,
+                         std::vector<ClusterBox>& boxes) const;
 
     const NSLayoutManager& manager_;
-    TextBreaker breaker_;
+    ShapingCache shapingCache_;  // before the paragraphs, which use it
     std::vector<Entry> paragraphs_;
     uint32_t length_ = 0;
 

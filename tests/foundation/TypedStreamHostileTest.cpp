@@ -1,10 +1,7 @@
 #include <chrono>
-#include <cstdlib>
-#include <new>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <malloc.h>
 
 #include "platform/foundation/NSArchiver.h"
 #include "platform/foundation/NSArray.h"
@@ -19,46 +16,8 @@
 #include "platform/foundation/TypedStreamListing.h"
 #include "platform/foundation/TypedStreamTypes.h"
 #include "tests/foundation/StreamBytes.h"
+#include "tests/support/AllocationCount.h"
 #include "tests/support/LogCapture.h"
-
-namespace {
-
-// Bytes that are allocated by `new` now, and the most since the last `startCounting`.
-size_t liveBytes = 0;
-size_t peakBytes = 0;
-
-void* counted(void* memory) {
-    if (!memory) throw std::bad_alloc();
-    liveBytes += malloc_usable_size(memory);
-    peakBytes = std::max(peakBytes, liveBytes);
-    return memory;
-}
-
-void release(void* memory) {
-    if (memory) liveBytes -= malloc_usable_size(memory);
-    std::free(memory);
-}
-
-}  // namespace
-
-void* operator new(size_t size) {
-    return counted(std::malloc(size));
-}
-void* operator new[](size_t size) {
-    return counted(std::malloc(size));
-}
-void operator delete(void* memory) noexcept {
-    release(memory);
-}
-void operator delete[](void* memory) noexcept {
-    release(memory);
-}
-void operator delete(void* memory, size_t) noexcept {
-    release(memory);
-}
-void operator delete[](void* memory, size_t) noexcept {
-    release(memory);
-}
 
 namespace qz {
 namespace {
@@ -78,13 +37,12 @@ struct Outcome {
 // Reads the stream both ways; the object, if any, is freed at the end.
 Outcome outcomeOf(const Ref<NSData>& data) {
     test::LogCapture log;
-    const size_t before = liveBytes;
-    peakBytes = before;
+    const test::AllocationPeak peak;
     Outcome outcome;
     {
         std::string error;
         const Ref<NSObject> object = NSUnarchiver::unarchiveObjectWithData(data, &error);
-        outcome.peakBytes = peakBytes - before;
+        outcome.peakBytes = peak.bytes();
         outcome.text = object ? "(read)" : error;
     }
     EXPECT_THAT(outcome.text, Not(HasSubstr("\n")));

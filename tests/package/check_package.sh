@@ -11,9 +11,16 @@ cmake --install "$build" --prefix "$work/prefix" >/dev/null
 cmake -S "$host" -B "$work/host" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
 cmake --build "$work/host"
 "$work/host/host"
+"$work/host/static_host"
+if ldd "$work/host/static_host" | grep libQzAnno; then
+  echo "the static host needs the shared library" >&2
+  exit 1
+fi
 
 libdir=$(dirname "$(find "$work/prefix" -name QzAnno.pc)")/..
-flags=$(PKG_CONFIG_PATH="$libdir/pkgconfig" pkg-config --define-variable=prefix="$work/prefix" --cflags --libs QzAnno)
-# shellcheck disable=SC2086
-g++ -std=c++20 "$host/host.cpp" -o "$work/by-pkg-config" $flags
-LD_LIBRARY_PATH="$libdir" "$work/by-pkg-config"
+for package in QzAnno QzAnno-static; do
+  flags=$(PKG_CONFIG_PATH="$libdir/pkgconfig" pkg-config --define-variable=prefix="$work/prefix" --cflags --libs "$package")
+  # shellcheck disable=SC2086
+  g++ -std=c++20 "$host/host.cpp" -o "$work/by-pkg-config" $flags
+  LD_LIBRARY_PATH="$libdir" "$work/by-pkg-config"
+done

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/qzanno/Tool.h"
+#include "tests/support/FontFiles.h"
 #include "tests/support/Pixels.h"
 
 namespace qz {
@@ -40,7 +41,7 @@ TEST_F(RenderTest, OneTitleBecomesAPictureOfTheScreen) {
 
 TEST_F(RenderTest, EveryCueBecomesAFileNamedByItsNumberAndALineOfTheManifest) {
     const ToolResult result = run("render " QZANNO_EXAMPLES "/first-title.vtt -p " QZANNO_EXAMPLES
-                                  "/broadcast.plist -s 960x540 -o titles --manifest titles.jsonl");
+                                  "/broadcast.plist -d 960x540 -o titles --manifest titles.jsonl");
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_THAT(result.err, IsEmpty());
     const auto lines = manifest("titles.jsonl");
@@ -60,7 +61,7 @@ TEST_F(RenderTest, EveryCueBecomesAFileNamedByItsNumberAndALineOfTheManifest) {
     EXPECT_EQ(lines[1]["start"], 4.5);
     EXPECT_EQ(lines[1]["end"], 8);
     EXPECT_EQ(lines[0]["text"], "Ada Lovelace\nMathematician, author of the first program");
-    EXPECT_EQ(lines[0]["bbox"], (nlohmann::json{{"x", 0}, {"y", 0}, {"width", 960}, {"height", 540}}));
+    EXPECT_EQ(lines[0]["bbox"], (nlohmann::json{{"x", 0}, {"y", 0}, {"width", 1920}, {"height", 1080}}));
 }
 
 TEST_F(RenderTest, TheBoxIsCutOutOfTheScreen) {
@@ -75,6 +76,19 @@ TEST_F(RenderTest, TheBoxIsCutOutOfTheScreen) {
     EXPECT_EQ(inFull.left, inBox.left + static_cast<int>(place["x"]));
     EXPECT_EQ(inFull.top, inBox.top + static_cast<int>(place["y"]));
     EXPECT_EQ(inFull.width(), inBox.width());
+}
+
+TEST_F(RenderTest, TheDirectionOfParagraphsCanBeForced) {
+    // The full stop stands at the end of the paragraph's direction.
+    ASSERT_EQ(run("render --text Hello. -s 640x180 --direction ltr -o ltr.rgba").exitCode, 0);
+    ASSERT_EQ(run("render --text Hello. -s 640x180 -o auto.rgba").exitCode, 0);
+    ASSERT_EQ(run("render --text Hello. -s 640x180 --direction rtl -o rtl.rgba").exitCode, 0);
+    ASSERT_EQ(run("render --text .Hello -s 640x180 --direction ltr -o turned.rgba").exitCode, 0);
+    EXPECT_EQ(contentOf("auto.rgba"), contentOf("ltr.rgba"));
+    EXPECT_EQ(contentOf("rtl.rgba"), contentOf("turned.rgba"));
+    const ToolResult wrong = run("render --text Hello --direction up -o x.png");
+    EXPECT_EQ(wrong.exitCode, 2);
+    EXPECT_THAT(wrong.err, HasSubstr("--direction"));
 }
 
 TEST_F(RenderTest, ThePictureHasTheSizeOfTheData) {
@@ -159,6 +173,59 @@ TEST_F(RenderTest, StrictFailsOnWhatIsOtherwiseStoodInFor) {
     EXPECT_FALSE(exists("strict.png"));
 }
 
+TEST_F(RenderTest, TheManifestTellsWhatIsNotShownAsAskedFor) {
+    write("p.plist", paletteFile(kWhiteText + "<key>Full FontName as NSString</key><string>Noto Sans</string>"));
+    const ToolResult plain = run("render --text 'Title 東京' -p p.plist -o x.png --manifest x.jsonl");
+    EXPECT_THAT(plain.err, IsEmpty()) << "a font that serves is no warning";
+    const nlohmann::json line = manifest("x.jsonl").at(0);
+    EXPECT_EQ(line["substitutions"], nlohmann::json::parse(R"([{
+        "fontAskedFor": "Noto Sans", "fontThatServed": "NotoSansCJKjp-Regular", "characters": "東京",
+        "ranges": [{"location": 6, "length": 2}]}])"));
+    EXPECT_EQ(line["missingGlyphs"], nlohmann::json::array());
+    EXPECT_EQ(line["clipped"], nlohmann::json::array());
+
+    const struct {
+        const char *arguments, *line;
+        bool isWarning;  // otherwise shown when verbose
+    } cases[] = {
+        {"--text 'Title 東京'", "the font \"Noto Sans\" lacks \"東京\"; \"NotoSansCJKjp-Regular\"", false},
+        {"--text '\xF3\xBF\xBF\xB0'", "(U+FFFF0) that \"NotoSans-Regular\" lacks", true},
+        {"--text 'A title' -s 30x16", "the box has no room for \"title\", from character 3 on", true},
+    };
+    for (const auto& [arguments, expected, isWarning] : cases) {
+        SCOPED_TRACE(arguments);
+        const std::string command = std::string("render ") + arguments + " -p p.plist -o x.png";
+        EXPECT_EQ(run(command).err.find(expected) != std::string::npos, isWarning);
+        const ToolResult verbose = run(command + " -v");
+        EXPECT_EQ(verbose.exitCode, 0);
+        EXPECT_THAT(verbose.err, HasSubstr(std::string("qzanno: title 1: ")));
+        EXPECT_THAT(verbose.err, HasSubstr(expected));
+        std::filesystem::remove(path("x.png"));
+        const ToolResult strict = run(command + " --strict");
+        EXPECT_EQ(strict.exitCode, 1);
+        EXPECT_THAT(strict.err, HasSubstr(expected));
+        EXPECT_FALSE(exists("x.png"));
+    }
+}
+
+TEST_F(RenderTest, FontFoldersAndTheLanguageServeOneRun) {
+    std::filesystem::create_directory(path("fonts"));
+    write("fonts/q.ttf", quokka(fontFile("DejaVu Serif")));
+    write("fonts/broken.ttf", "this is no font");
+    write("p.plist", paletteFile(kWhiteText + "<key>Full FontName as NSString</key><string>Quokka Serif</string>"));
+    EXPECT_THAT(run("render --text Hello -p p.plist -o without.png").err, HasSubstr("Quokka Serif"));
+    const ToolResult with = run("render --text Hello -p p.plist -o with.png --font-dir fonts");
+    EXPECT_EQ(with.exitCode, 0);
+    EXPECT_EQ(with.err, "qzanno: fonts/broken.ttf: cannot be read as a font and is left out\n");
+    EXPECT_NE(contentOf("with.png"), contentOf("without.png"));
+    EXPECT_EQ(run("palette check p.plist --font-dir fonts").exitCode, 0);
+    EXPECT_EQ(run("palette check p.plist").exitCode, 1);
+
+    EXPECT_EQ(run("render --text 骨 -o ja.png --lang ja").exitCode, 0);
+    EXPECT_EQ(run("render --text 骨 -o zh.png --lang zh-Hans").exitCode, 0);
+    EXPECT_NE(contentOf("ja.png"), contentOf("zh.png"));
+}
+
 TEST_F(RenderTest, BadInputGetsALineAndLeavesFilesAlone) {
     write("old.png", "an older picture");
     write("text.txt", "Hello");
@@ -181,7 +248,7 @@ TEST_F(RenderTest, BadInputGetsALineAndLeavesFilesAlone) {
         {"render text.txt -p later.plist -o old.png", 1, "later.plist: "},
         {"render text.txt -p missing.plist -o old.png", 1, "missing.plist: "},
         {"render missing.txt -o old.png", 1, "missing.txt: "},
-        {"render text.doc -o old.png", 1, "text.doc: is neither a .vtt nor a .txt file"},
+        {"render text.doc -o old.png", 1, "text.doc: is no .vtt, .txt or .annostring file"},
         {"render utf16.vtt -o old.png", 1, "utf16.vtt:1: "},
         {"render none.vtt -o old.png", 1, "none.vtt:1: "},
         {"render latin.txt -o old.png", 1, "latin.txt: "},
@@ -194,6 +261,9 @@ TEST_F(RenderTest, BadInputGetsALineAndLeavesFilesAlone) {
         {"render text.txt --quality 7 -o old.png", 2, "--quality"},
         {"render text.txt --over text.txt -o old.png", 1, "text.txt: "},
         {"render text.txt -o text.txt/x.png", 1, "text.txt/x.png: "},
+        {"render text.txt --font-dir nowhere -o old.png", 1, "nowhere: the folder of fonts cannot be read"},
+        {"render text.txt --font-dir text.txt -o old.png", 1, "text.txt: the folder of fonts cannot be read"},
+        {"render text.txt --lang 'no tag' -o old.png", 1, "--lang: \"no tag\" is no language tag"},
         {"", 2, "subcommand"},
         {"fly", 2, "there is no command fly"},
     };

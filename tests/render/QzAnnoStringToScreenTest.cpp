@@ -98,6 +98,24 @@ TEST_F(PipelineTest, TheTextStaysInsideItsMargins) {
     }
 }
 
+TEST_F(PipelineTest, ADirectionOverrulesTheTextsOwn) {
+    const Ref<QzAnnoPalette> natural = paletteWithGlobals({{QzFontSizeAttribute, number(40)},
+                                                           {QzTextColorAttribute, NSColor::whiteColor()},
+                                                           {QzHorizontalAlignmentAttribute, integer(4)}});
+    pipeline->setPalette(natural);
+    const auto inkOfTitle = [&](const char* text, NSWritingDirection direction) {
+        pipeline->setAnnoString(QzAnnoString::initWithString(NSString::stringWithUTF8String(text)));
+        pipeline->setBaseWritingDirection(direction);
+        return inkOf(*pipeline->bitmapInFullScreen(true));
+    };
+    EXPECT_LT(inkOfTitle("Title", NSWritingDirection::natural).left, 20);
+    EXPECT_GT(inkOfTitle("Title", NSWritingDirection::rightToLeft).right, 380) << "aligned to the right";
+    EXPECT_GT(inkOfTitle("שלום", NSWritingDirection::natural).right, 380);
+    EXPECT_LT(inkOfTitle("שלום", NSWritingDirection::leftToRight).left, 20);
+    // Back on its own direction, the same title again.
+    EXPECT_GT(inkOfTitle("שלום", NSWritingDirection::natural).right, 380);
+}
+
 TEST_F(PipelineTest, EitherStringDropsTheOther) {
     const auto attributed = NSAttributedString::initWithString("ready"_ns, NSDictionary::dictionary());
     pipeline->setAttributedString(attributed);

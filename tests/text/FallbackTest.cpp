@@ -103,6 +103,9 @@ TEST(FallbackTest, KeepsTheLookAndFollowsTheLanguage) {
     EXPECT_EQ(fallbackName("NotoSans-Regular", u"骨とスープ"), "NotoSansCJKjp-Regular") << "Kana tells";
     EXPECT_EQ(fallbackName("NotoSans-Regular", u"漢字와 한글"), "NotoSansCJKkr-Regular") << "Hangul tells";
     EXPECT_EQ(fallbackName("NotoSans-Regular", u"视频标题"), "NotoSansCJKsc-Regular") << "simplified letters tell";
+    EXPECT_EQ(fallbackName("NotoSans-Regular", u"عنوان", "ja"), "NotoSansArabic-Regular") << "not a Japanese matter";
+    EXPECT_EQ(fallbackName("NotoSans-Bold", u"ー", "ja"), "NotoSansCJKjp-Bold") << "a mark that two scripts share";
+    EXPECT_EQ(fallbackName("NotoSans-Regular", u"骨", "en"), "NotoSansCJKjp-Regular") << "English has no Han";
     EXPECT_FALSE(fontForText(fontNamed("NotoSans-Regular"), u"骨", "no language at all!")->fontName()->utf8().empty());
 }
 

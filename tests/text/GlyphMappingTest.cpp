@@ -50,20 +50,50 @@ TEST(Bidi, theTextOfEachLineIsOrderedByItself) {
     EXPECT_NEAR(system.xOfCharacter(10), widthOf("ab אבג דהו"), 0.01);
 }
 
+/// The glyphs of the text, each with its place, when every other character has another colour.
+std::vector<std::pair<NSGlyph, float>> glyphsInColours(const Ref<NSAttributedString>& text) {
+    const auto colored = NSMutableAttributedString::initWithAttributedString(*text);
+    for (uint32_t i = 0; i < colored->length(); i += 2) {
+        colored->addAttribute(NSForegroundColorAttributeName, NSColor::whiteColor(), {i, 1});
+    }
+    const TextSystem system(*colored);
+    std::vector<std::pair<NSGlyph, float>> glyphs;
+    for (uint32_t i = 0; i < system.manager->numberOfGlyphs(); ++i) {
+        glyphs.emplace_back(system.manager->glyphAtIndex(i), system.manager->locationForGlyphAtIndex(i).x);
+    }
+    return glyphs;
+}
+
 TEST(Shaping, seesTheTextAcrossChangesOfColour) {
-    for (const char* text : {"سلام عليكم", "क्षत्रिय", "office AVATAR"}) {
-        const Ref<NSAttributedString> plain = attributedString(text);
-        const auto colored = NSMutableAttributedString::initWithAttributedString(*plain);
-        for (uint32_t i = 0; i < colored->length(); i += 2) {
-            colored->addAttribute(NSForegroundColorAttributeName, NSColor::whiteColor(), {i, 1});
-        }
-        const TextSystem one(*plain), two(*colored);
-        ASSERT_EQ(one.manager->numberOfGlyphs(), two.manager->numberOfGlyphs()) << text;
-        for (uint32_t i = 0; i < one.manager->numberOfGlyphs(); ++i) {
-            EXPECT_EQ(one.manager->glyphAtIndex(i), two.manager->glyphAtIndex(i)) << text << " glyph " << i;
-            EXPECT_EQ(one.manager->locationForGlyphAtIndex(i), two.manager->locationForGlyphAtIndex(i));
+    for (const char* text : {"سلام عليكم", "क्षत्रिय", "AVATAR To"}) {
+        const TextSystem plain(*attributedString(text));
+        const auto colored = glyphsInColours(attributedString(text));
+        ASSERT_EQ(plain.manager->numberOfGlyphs(), colored.size()) << text;
+        for (uint32_t i = 0; i < colored.size(); ++i) {
+            EXPECT_EQ(plain.manager->glyphAtIndex(i), colored[i].first) << text << " glyph " << i;
+            EXPECT_EQ(plain.manager->locationForGlyphAtIndex(i).x, colored[i].second);
         }
     }
+}
+
+TEST(Shaping, aStyleThatBeginsInALigatureBreaksIt) {
+    EXPECT_EQ(glyphsInColours(attributedString("office")).size(), 6u) << "f|f and f|i have two colours";
+    const auto glyphsWith = [](Range styled, const Ref<NSString>& name, const Ref<NSObject>& value) {
+        const auto text = NSMutableAttributedString::initWithAttributedString(*attributedString("office"));
+        text->addAttribute(name, value, styled);
+        return TextSystem(*text).manager->numberOfGlyphs();
+    };
+    const Ref<NSString> layer = "Layer colour"_ns;
+    EXPECT_EQ(glyphsWith({3, 3}, layer, NSColor::whiteColor()), 5u) << "ff stays one: only i is another style";
+    EXPECT_EQ(glyphsWith({2, 4}, layer, NSColor::whiteColor()), 5u) << "f and then fi, which has one style";
+    EXPECT_EQ(glyphsWith({1, 3}, layer, NSColor::whiteColor()), 4u) << "the ligature has one style";
+    EXPECT_EQ(glyphsWith({0, 6}, NSKernAttributeName, NSNumber::numberWithFloat(2)), 6u) << "letters are spaced";
+    // Equal attributes are no change, even in dictionaries of their own.
+    const auto pieces = NSMutableAttributedString::init();
+    for (const char16_t unit : std::u16string_view(u"office")) pieces->appendString({&unit, 1}, textAttributes());
+    EXPECT_EQ(TextSystem(*pieces).manager->numberOfGlyphs(), 4u);
+    // What a script demands stays joined.
+    EXPECT_EQ(glyphsInColours(attributedString("لا")).size(), 1u);
 }
 
 TEST(Shaping, aWordThatIsCutKeepsItsJoinedForms) {

@@ -33,6 +33,8 @@ TEST(LineBreaking, followsTheRulesOfScripts) {
         {"日本語。文字", "日本語。", "no Japanese line begins with a full stop"},
         {"「日本」", "「日", "no Japanese line ends with an opening bracket"},
         {"ein-fach", "ein-", "a hyphen may end a line"},
+        {"おちゃっと", "お", "no Japanese line begins with a small kana"},
+        {"좋은 저녁", "좋은 ", "Korean words are kept whole"},
     };
     for (const auto& row : cases) {
         const std::string_view text = row.text;

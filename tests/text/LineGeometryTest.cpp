@@ -77,6 +77,162 @@ TEST(LineGeometry, paragraphStylesSetSpacingAndLimits) {
     EXPECT_NEAR(high.manager->locationForGlyphAtIndex(0).y, 100 + font->descender() - font->leading(), 0.01);
 }
 
+TEST(LineGeometry, linesAreMultipliedBeforeTheyAreLimited) {
+    const float natural = TextSystem(*attributedString("x")).usedRect().size.height;
+    const auto systemWith = [](const NSParagraphStyle::Values& style) {
+        return TextSystem(*attributedString("x\nx", textAttributes(paragraphStyle(style))));
+    };
+    EXPECT_NEAR(systemWith({.lineHeightMultiple = 1.5f}).usedRect().size.height, 3 * natural, 0.01);
+    EXPECT_NEAR(systemWith({.maximumLineHeight = 10, .lineHeightMultiple = 1.5f}).usedRect().size.height, 20, 0.01);
+    EXPECT_NEAR(systemWith({.minimumLineHeight = 50, .lineHeightMultiple = 0.5f}).usedRect().size.height, 100, 0.01);
+    // Baselines stand as far apart as the lines are high.
+    const TextSystem system = systemWith({.lineHeightMultiple = 2});
+    const auto baseline = [&](uint32_t glyph) {
+        return system.manager->lineFragmentRectForGlyphAtIndex(glyph).origin.y +
+               system.manager->locationForGlyphAtIndex(glyph).y;
+    };
+    EXPECT_NEAR(baseline(2) - baseline(0), 2 * natural, 0.01);
+}
+
+TEST(LineGeometry, spacingBeforeParagraphsAddsToThatBehindThem) {
+    const float natural = TextSystem(*attributedString("x")).usedRect().size.height;
+    const auto attributes = textAttributes(paragraphStyle({.paragraphSpacing = 8, .paragraphSpacingBefore = 5}));
+    const TextSystem system(*attributedString("x\u2028x\nx", attributes), {100, 0});
+    EXPECT_EQ(system.manager->lineFragmentRectForGlyphAtIndex(0).origin.y, 0) << "none at the top of a container";
+    EXPECT_NEAR(system.manager->lineFragmentRectForGlyphAtIndex(2).origin.y, natural, 0.01) << "none between lines";
+    EXPECT_NEAR(system.manager->lineFragmentRectForGlyphAtIndex(4).origin.y, 2 * natural + 13, 0.01);
+    EXPECT_NEAR(system.usedRect().size.height, 3 * natural + 13, 0.01);
+}
+
+TEST(LineGeometry, indentsNarrowLinesFromTheLeadingMargin) {
+    const struct {
+        const char* text;
+        NSParagraphStyle::Values style;
+        float firstLine, otherLines;  // where text begins, or in a text from right to left ends, in 300 points
+        const char* why;
+    } cases[] = {
+        {"aa\u2028bb", {.firstLineHeadIndent = 30, .headIndent = 10}, 30, 10, "a line end begins no paragraph"},
+        {"aa\nbb", {.firstLineHeadIndent = 30, .headIndent = 10}, 30, 30, "a paragraph end does"},
+        {"אב\u2028גד", {.firstLineHeadIndent = 30, .headIndent = 10}, 270, 290, "the leading margin is at the right"},
+        {"aa\u2028bb",
+         {.alignment = NSTextAlignment::center, .headIndent = 100, .tailIndent = -100},
+         100 - widthOf("aa") / 2,
+         150 - widthOf("bb") / 2,
+         "centred between the indents"},
+        {"aa\u2028bb",
+         {.alignment = NSTextAlignment::right, .tailIndent = 120},
+         120 - widthOf("aa"),
+         120 - widthOf("bb"),
+         "a positive tail indent counts from the leading margin"},
+        {"אב\u2028גד",
+         {.alignment = NSTextAlignment::left, .tailIndent = -40},
+         40 + widthOf("אב"),
+         40 + widthOf("גד"),
+         "the tail is at the left"},
+    };
+    for (const auto& row : cases) {
+        const TextSystem system(*attributedString(row.text, textAttributes(paragraphStyle(row.style))), {310, 0}, 5);
+        const auto edge = [&](uint32_t character) {
+            const NSRect used = system.manager->lineFragmentUsedRectForGlyphAtIndex(character);
+            return (system.manager->isRightToLeftGlyphAtIndex(character) ? used.maxX() - 5 : used.origin.x + 5) - 5;
+        };
+        EXPECT_NEAR(edge(0), row.firstLine, 0.01) << row.why;
+        EXPECT_NEAR(edge(3), row.otherLines, 0.01) << row.why;
+    }
+    // The width that is left is what lines are broken by, also where the container has no end.
+    const float room = widthOf("one two");
+    const auto lines = [&](float width, const NSParagraphStyle::Values& style) {
+        return TextSystem(*attributedString("one two three", textAttributes(paragraphStyle(style))), {width, 0})
+            .lineTexts();
+    };
+    EXPECT_EQ(lines(room + 20, {.firstLineHeadIndent = 20})[0], "one two ");
+    EXPECT_EQ(lines(room + 19, {.firstLineHeadIndent = 20})[0], "one ");
+    EXPECT_EQ(lines(0, {.tailIndent = room + 1})[0], "one two ");
+}
+
+TEST(LineGeometry, tabStopsAlignWhatStandsBehindThem) {
+    using Alignment = NSTextTab::Alignment;
+    const struct {
+        const char* text;
+        std::vector<NSTextTab> tabs;
+        uint32_t character;
+        float x;
+        const char* why;
+    } cases[] = {
+        {"a\tbb\tc", {{100}, {150}}, 2, 100, "the first stop"},
+        {"a\tbb\tc", {{150}, {100}}, 5, 150, "in the order of their places"},
+        {"a\tbb\tc", {{100}}, 5, 140, "behind the last stop, multiples of 28"},
+        {"a\tbb\tc", {{100, Alignment::right}}, 2, 100 - widthOf("bb"), "ends at the stop"},
+        {"a\tbb", {{100, Alignment::center}}, 2, 100 - widthOf("bb") / 2, "its middle at the stop"},
+        {"a\t1.75", {{100, Alignment::decimal}}, 2, 100 - widthOf("1"), "its decimal point at the stop"},
+        {"a\tbb", {{100, Alignment::decimal}}, 2, 100 - widthOf("bb"), "without one, its end"},
+        {"wide\tbbbbbb", {{60, Alignment::right}}, 5, widthOf("wide"), "no room to the left of the stop"},
+    };
+    for (const auto& row : cases) {
+        const TextSystem system(*attributedString(row.text, textAttributes(paragraphStyle({.tabStops = row.tabs}))),
+                                {500, 0});
+        EXPECT_NEAR(system.xOfCharacter(row.character), row.x, 0.01) << row.text << ": " << row.why;
+    }
+    const NSParagraphStyle::Values indented = {.firstLineHeadIndent = 30, .defaultTabInterval = 50};
+    const TextSystem system(*attributedString("a\tb", textAttributes(paragraphStyle(indented))), {500, 0});
+    EXPECT_NEAR(system.xOfCharacter(2), 50, 0.01) << "stops count from the margin, not from the indent";
+    const TextSystem hebrew(*attributedString("א\tב", textAttributes(paragraphStyle({.tabStops = {{100}}}))), {500, 0});
+    EXPECT_NEAR(hebrew.xOfCharacter(2) + widthOf("ב"), 400, 0.01) << "from the right";
+}
+
+TEST(Justification, lengthensArabicWordsByKashidas) {
+    const Ref<NSFont> font = NSFont::fontWithName(*"NotoNaskhArabic-Regular"_ns, 20);
+    const NSGlyph kashida = font->glyphForCharacter(0x0640);
+    const auto kashidas = [&](const TextSystem& system, Range glyphs) {
+        std::vector<uint32_t> characters;
+        for (uint32_t i = glyphs.location; i < glyphs.end(); ++i) {
+            if (system.manager->glyphAtIndex(i) != kashida) continue;
+            characters.push_back(system.manager->characterIndexForGlyphAtIndex(i));
+            EXPECT_NEAR(system.manager->locationForGlyphAtIndex(i).y, system.manager->locationForGlyphAtIndex(0).y,
+                        0.01);
+        }
+        return characters;
+    };
+    ObjectMap style = paragraphStyle({.alignment = NSTextAlignment::justified});
+    style.set(NSFontAttributeName, font);
+    const auto attributes = NSDictionary::dictionaryWithMap(style);
+    const std::string text = "سلام على مسلم دار مسلم سلام";
+    const float room = widthOf("سلام على مسلم دار", attributes) + 30;
+    const TextSystem system(*attributedString(text, attributes), {room, 0});
+    ASSERT_EQ(system.lines().size(), 2u);
+    const std::vector<uint32_t> found = kashidas(system, system.lines()[0]);
+    ASSERT_FALSE(found.empty());
+    // Behind the seen of words that have one; never in a word whose letters do not join.
+    for (const uint32_t character : found) EXPECT_THAT(character, testing::AnyOf(0u, 5u, 6u, 10u)) << character;
+    EXPECT_NEAR(system.manager->lineFragmentUsedRectForGlyphAtIndex(0).size.width, room, 0.01)
+        << "blanks take the rest";
+    EXPECT_TRUE(kashidas(system, system.lines()[1]).empty()) << "the last line is not stretched";
+    // Every character is still found by its glyphs, and the other way round.
+    const Range line = system.lines()[0];
+    EXPECT_EQ(system.manager->glyphRangeForCharacterRange(system.manager->characterRangeForGlyphRange(line)), line);
+    // A sloping script has no level strokes to lengthen.
+    style.set(NSFontAttributeName, NSFont::fontWithName(*"NotoNastaliqUrdu-Regular"_ns, 20));
+    const TextSystem nastaliq(*attributedString(text, NSDictionary::dictionaryWithMap(style)), {200, 0});
+    EXPECT_GT(nastaliq.lines().size(), 1u);
+    EXPECT_NEAR(nastaliq.manager->lineFragmentUsedRectForGlyphAtIndex(0).size.width, 200, 0.01);
+    EXPECT_EQ(nastaliq.manager->numberOfGlyphs(),
+              TextSystem(*attributedString(text, textAttributes(attributePair(NSFontAttributeName,
+                                                                              style.find(*NSFontAttributeName)))))
+                  .manager->numberOfGlyphs());
+}
+
+TEST(Justification, putsRoomBetweenIdeographsAsWellAsWords) {
+    const TextSystem system = aligned("日本 語日本語日本語", NSTextAlignment::justified, {110, 0});
+    // Five characters of 20 points and a blank in the first line: 日|本| |語|日.
+    const float gap = system.xOfCharacter(1) - system.xOfCharacter(0) - 20;
+    EXPECT_GT(gap, 0.5f);
+    EXPECT_NEAR(system.xOfCharacter(4) - system.xOfCharacter(3) - 20, gap, 0.01);
+    const TextSystem thai = aligned("สวัสดี ชาวโลก สวัสดี", NSTextAlignment::justified, {widthOf("สวัสดี ชาวโลก") + 20, 0});
+    EXPECT_NEAR(thai.xOfCharacter(1) - thai.xOfCharacter(0) - widthOf("ส"), 2, 0.5) << "a little behind each syllable";
+    const TextSystem korean = aligned("한국 어한국어 한국어", NSTextAlignment::justified, {130, 0});
+    EXPECT_NEAR(korean.xOfCharacter(1) - korean.xOfCharacter(0), widthOf("한"), 0.01) << "Korean parts words by blanks";
+}
+
 TEST(LineGeometry, anEmptyLineFollowsATextThatEndsWithALineEnd) {
     const float line = TextSystem(*attributedString("x")).usedRect().size.height;
     for (const char* text : {"x\n", "x\r\n", "x\u2029", "x\u2028"}) {
@@ -91,6 +247,8 @@ TEST(LineGeometry, kerningAddsToEachClusterAndBaselineOffsetRaises) {
     EXPECT_NEAR(widthOf("e\u0301e\u0301", kerned), widthOf("e\u0301e\u0301") + 2 * 3, 0.01)
         << "marks stay on their letters";
     EXPECT_NEAR(widthOf("שלום", kerned), widthOf("שלום") + 4 * 3, 0.01);
+    // Joined letters stay joined: room stands behind the alef and at the end only.
+    EXPECT_NEAR(widthOf("بابب", kerned), widthOf("بابب") + 2 * 3, 0.01);
     // Behind each letter, in its direction: the first letter of a right-to-left line stays at the right end.
     const TextSystem hebrew(*attributedString("שלום", kerned)), plain(*attributedString("שלום"));
     EXPECT_NEAR(hebrew.xOfCharacter(0) - plain.xOfCharacter(0), 4 * 3, 0.01);

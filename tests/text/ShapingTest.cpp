@@ -6,6 +6,7 @@
 #include "platform/foundation/NSLog.h"
 #include "platform/text/FontFallback.h"
 #include "platform/text/Shaping.h"
+#include "platform/text/ShapingCache.h"
 
 namespace qz {
 
@@ -223,6 +224,34 @@ TEST(ShapingTest, AnItemFullOfMarksIsNotSlow) {
         EXPECT_GE(shapeAll({"DejaVuSans", text, false}).size(), kShapingUnitsMax / 2);
     }
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+// Whatever differs between two items, the cache gives each its own glyphs.
+TEST(ShapingTest, ACacheTellsItemsApart) {
+    const std::u16string_view texts[] = {u"office", u"بيت بيت", u"xoffice", u"بيتبيت", u"of fice"};
+    ShapingCache cache;
+    for (int round = 0; round < 2; ++round) {
+        for (const std::u16string_view text : texts) {
+            for (int variant = 0; variant < 64; ++variant) {
+                const auto start = static_cast<uint32_t>(variant & 1),
+                           end = static_cast<uint32_t>(text.size() - (variant >> 1 & 1));
+                ShapingItem item = {text,
+                                    {start, end - start},
+                                    fontNamed(variant & 4 ? "DejaVuSans" : "DejaVuSans-Bold", variant & 8 ? 20 : 21),
+                                    0,
+                                    (variant & 16) != 0,
+                                    ""};
+                item.allowsLigatures = !(variant & 32);
+                if (variant % 3 == 0) item.withoutLigatures = {{start + 1, 1}};
+                EXPECT_TRUE(sameGlyphs(cache.shape(item), shape(item))) << variant;
+            }
+        }
+    }
+    EXPECT_GE(cache.hits(), std::size(texts) * 64) << "the second round finds all of the first";
+    // Full, it begins anew and serves on.
+    for (char16_t c = 0x4E00; c < 0x5E00; ++c) cache.shape({{&c, 1}, {0, 1}, fontNamed("DejaVuSans"), 0, false, ""});
+    EXPECT_TRUE(sameGlyphs(cache.shape({u"fi", {0, 2}, fontNamed("DejaVuSans"), 0, false, ""}),
+                           shape({u"fi", {0, 2}, fontNamed("DejaVuSans"), 0, false, ""})));
 }
 
 TEST(ShapingTest, AnyTextKeepsTheOrder) {

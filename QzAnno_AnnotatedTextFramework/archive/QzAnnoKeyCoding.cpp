@@ -1,0 +1,55 @@
+// The coded form of keys stands here and not in the model, since only the archivers of this folder can write and read
+// them.
+#include "QzAnno_AnnotatedTextFramework/archive/QzAnnoArchiver.h"
+#include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
+#include "platform/foundation/NSAlertPanel.h"
+
+namespace qz {
+namespace {
+
+void encodeKey(const NSObject& object, NSArchiver& archiver) {
+    if (auto* const tokening = dynamic_cast<QzTokeningArchiver*>(&archiver))
+        tokening->encodeTokenObject(static_cast<const QzAnnoKey&>(object));
+    else
+        archiver.fail("an annotation key is written by a QzTokeningArchiver only");
+}
+
+Ref<NSObject> decodeToken(NSUnarchiver& unarchiver) {
+    if (auto* const tokening = dynamic_cast<QzTokeningUnarchiver*>(&unarchiver)) return tokening->decodeTokenObject();
+    unarchiver.fail("an annotation key that stands for one of a palette; it is read by a QzTokeningUnarchiver");
+    return {};
+}
+
+// The form of older archives: the name alone.
+Ref<NSObject> decodeName(NSUnarchiver& unarchiver) {
+    const auto* const bound = dynamic_cast<const QzAnnoUnarchiver*>(&unarchiver);
+    if (!bound) {
+        unarchiver.fail("an annotation key of the older form, a mere name; it is read by a QzAnnoUnarchiver");
+        return {};
+    }
+    const auto name = unarchiver.decodeObjectOfClass<NSString>("NSString");
+    if (unarchiver.hasFailed()) return {};
+    if (!name) {
+        NSRunCriticalAlertPanel({.title = "Internal Error",
+                                 .message = "Nil annokey name from file.  Wha?",
+                                 .defaultButton = "sweet",
+                                 .alternateButton = "nilly",
+                                 .otherButton = "dilly"});
+        return {};
+    }
+    const Ref<QzAnnoKey> known = bound->palette() ? bound->palette()->findAnnoKey(name) : nullptr;
+    return known ? known : QzAnnoKey::initWithName(name);
+}
+
+Ref<NSObject> decodeKey(NSUnarchiver& unarchiver) {
+    const std::optional<int32_t> version = unarchiver.versionForClassName("QzAnnoKey");
+    if (version == 1) return decodeToken(unarchiver);
+    if (version == 0) return decodeName(unarchiver);
+    return {};
+}
+
+const CodedClassRegistration registration(
+    {.name = "QzAnnoKey", .version = 1, .encode = encodeKey, .decode = decodeKey});
+
+}  // namespace
+}  // namespace qz

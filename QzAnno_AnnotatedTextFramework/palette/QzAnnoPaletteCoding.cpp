@@ -1,0 +1,56 @@
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "platform/foundation/NSArchiver.h"
+#include "platform/foundation/NSArray.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSUnarchiver.h"
+
+namespace qz {
+namespace {
+
+void encodePalette(const NSObject& object, NSArchiver& archiver) {
+    const auto& palette = static_cast<const QzAnnoPalette&>(object);
+    std::vector<Ref<NSObject>> annotations;
+    for (int32_t priority = 1; priority <= palette.maxPriority(); ++priority) {
+        annotations.push_back(palette.lookupAnno(palette.annoKeyAtPriority(priority)));
+    }
+    archiver.encodeObject(palette.lookupAnno({})) &&
+        archiver.encodeObject(NSArray::arrayWithObjects(std::move(annotations)));
+}
+
+Ref<NSObject> decodePalette(NSUnarchiver& unarchiver) {
+    return QzAnnoPalette::initWithCoder(unarchiver);
+}
+
+const CodedClassRegistration registration({.name = "QzAnnoPalette", .encode = encodePalette, .decode = decodePalette});
+
+}  // namespace
+
+Ref<QzAnnoPalette> QzAnnoPalette::initWithCoder(NSUnarchiver& unarchiver) {
+    if (unarchiver.versionForClassName("QzAnnoPalette") != 0) return {};
+    const auto globals = unarchiver.decodeObjectOfClass<QzAnno>("QzAnno");
+    const auto annotations = unarchiver.decodeObjectOfClass<NSArray>("NSArray");
+    if (!globals || !annotations) unarchiver.fail("a palette needs its global annotation and an array of the others");
+    if (unarchiver.hasFailed()) return {};
+    const Ref<QzAnnoPalette> palette = init();
+    // Of the global annotation only the attributes count: its key is the palette's own.
+    palette->globals_ = QzAnno::initWithKey(palette->globals_->annokey(), globals->allAttributes());
+    return palette->takeDecoded(*annotations, unarchiver) ? palette : nullptr;
+}
+
+bool QzAnnoPalette::takeDecoded(const NSArray& annotations, NSUnarchiver& unarchiver) {
+    for (const Ref<NSObject>& element : annotations.elements()) {
+        const auto anno = std::dynamic_pointer_cast<QzAnno>(element);
+        if (!anno || contains(anno->annokey())) {
+            unarchiver.fail(anno ? "the annotation " + anno->name()->utf8() + " stands in its palette twice"
+                                 : "an object of class " + element->className() + " stands among the annotations");
+            return false;
+        }
+        const Ref<QzAnnoKey> key = anno->annokey();
+        if (!key->setPalette(refTo(*this))) NSLog("nonglobal %@ would not set palette\n", {key});
+        priorities_->push_back(key);
+        reverse_lookup_->set(key, anno);
+    }
+    return true;
+}
+
+}  // namespace qz

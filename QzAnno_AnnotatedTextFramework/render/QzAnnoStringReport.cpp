@@ -1,0 +1,263 @@
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <map>
+#include <optional>
+#include <set>
+
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
+#include "platform/foundation/NSNumber.h"
+#include "platform/graphics/NSColor.h"
+#include "platform/text/GlyphDrawing.h"
+#include "platform/text/TextCoverage.h"
+
+namespace qz {
+namespace {
+
+// Points by which ink may pass the edge of a picture before it is worth telling: less leaves no visible flat side.
+constexpr float kUnseenCut = 0.25f;
+// A colour that hides less than this is not drawn.
+constexpr float kVisibleAlpha = 0.001f;
+
+using Clipping = RenderReport::Clipping;
+
+std::string utf8(std::u16string_view text) {
+    return NSString::stringWithCharacters(std::u16string(text))->utf8();
+}
+
+void append(std::vector<Range>& ranges, Range range) {
+    if (!ranges.empty() && ranges.back().end() >= range.location) {
+        const uint64_t end = std::max(ranges.back().end(), range.end());
+        ranges.back().length = static_cast<uint32_t>(end - ranges.back().location);
+    } else {
+        ranges.push_back(range);
+    }
+}
+
+/// Gathers the substitutions of a text whose fonts are fixed, run by run.
+class SubstitutionFinder {
+public:
+    explicit SubstitutionFinder(std::u16string_view text) : text_(text) {}
+
+    void addRun(const NSDictionary& attributes, Range range) {
+        const auto serving = attributes.objectForKey<NSFont>(*NSFontAttributeName);
+        if (!serving) return;
+        const auto original = attributes.objectForKey<NSFont>(*NSOriginalFontAttributeName);
+        const Ref<NSString> named = fontNameAskedFor(attributes);
+        const bool isMissing = named && isFontMissing(*named);
+        if (!original && !isMissing) return;
+        const std::string asked = (named ? named : (original ? original : serving)->fontName())->utf8();
+        const Found found = entryFor(asked, serving->fontName()->utf8(), isMissing);
+        append(found.substitution->ranges, range);
+        addCharacters(found, text_.substr(range.location, range.length));
+    }
+
+    std::vector<RenderReport::Substitution> substitutions() && { return std::move(substitutions_); }
+
+private:
+    struct Found {
+        RenderReport::Substitution* substitution;
+        std::set<char32_t>* seen;
+    };
+
+    bool isFontMissing(const NSString& name) {
+        const auto [known, isNew] = isMissing_.try_emplace(name.utf8());
+        if (isNew) known->second = !NSFont::fontWithName(name, 0);
+        return known->second;
+    }
+
+    Found entryFor(const std::string& asked, const std::string& served, bool isMissing) {
+        auto same = [&](const auto& s) { return s.fontAskedFor == asked && s.fontThatServed == served; };
+        const auto found = std::ranges::find_if(substitutions_, same);
+        const auto index = static_cast<size_t>(found - substitutions_.begin());
+        if (found == substitutions_.end()) {
+            substitutions_.push_back({asked, served, isMissing, {}, {}});
+            seen_.emplace_back();
+        }
+        return {&substitutions_[index], &seen_[index]};
+    }
+
+    static void addCharacters(const Found& found, std::u16string_view text) {
+        for (size_t i = 0; i < text.size();) {
+            const size_t start = i;
+            const char32_t character = nextCharacter(text, i);
+            if (isLayoutControl(character) || !found.seen->insert(character).second) continue;
+            found.substitution->characters += utf8(text.substr(start, i - start));
+        }
+    }
+
+    const std::u16string_view text_;
+    std::vector<RenderReport::Substitution> substitutions_;
+    std::vector<std::set<char32_t>> seen_;  // one for each substitution
+    std::map<std::string, bool> isMissing_;
+};
+
+void addMissing(std::vector<RenderReport::MissingGlyph>& missing, const std::string& character, const NSFont& font,
+                Range range) {
+    const std::string name = font.fontName()->utf8();
+    auto same = [&](const auto& m) { return m.character == character && m.font == name; };
+    auto found = std::ranges::find_if(missing, same);
+    if (found == missing.end()) found = missing.insert(missing.end(), {character, name, {}});
+    append(found->ranges, range);
+}
+
+/// The characters of a cluster that the font has no glyph for; the first one when it has one for each, and yet could
+/// not show them together.
+void addMissingOfCluster(std::vector<RenderReport::MissingGlyph>& missing, std::u16string_view text, Range cluster,
+                         const NSFont& font) {
+    const std::u16string_view characters = text.substr(cluster.location, cluster.length);
+    bool isAnyMissing = false;
+    for (size_t i = 0; i < characters.size();) {
+        const size_t start = i;
+        const char32_t character = nextCharacter(characters, i);
+        const std::u16string_view alone = characters.substr(start, i - start);
+        if (font.glyphForCharacter(character) != 0 || font.coversText(alone)) continue;
+        isAnyMissing = true;
+        addMissing(missing, utf8(alone), font,
+                   {cluster.location + static_cast<uint32_t>(start), static_cast<uint32_t>(alone.size())});
+    }
+    if (isAnyMissing) return;
+    size_t end = 0;
+    nextCharacter(characters, end);
+    addMissing(missing, utf8(characters.substr(0, end)), font, {cluster.location, static_cast<uint32_t>(end)});
+}
+
+/// How far a layer reaches beyond the glyphs beneath which it lies, in points; none when it is not drawn.
+struct Reach {
+    float left, right, top, bottom;
+};
+
+std::optional<Reach> reachOfLayer(const NSDictionary& attributes, const NSString& colorName, const NSString& widthName,
+                                  const NSString& offsetName) {
+    const auto color = attributes.objectForKey<NSColor>(colorName);
+    if (!color || color->alphaComponent() <= kVisibleAlpha) return {};
+    const auto width = attributes.objectForKey<NSNumber>(widthName);
+    const auto offset = attributes.objectForKey<NSString>(offsetName);
+    const float half = width && std::isfinite(width->floatValue()) ? std::max(width->floatValue(), 0.0f) / 2 : 0;
+    const NSPoint shift = offset ? NSPointFromString(*offset) : NSPoint{};
+    return Reach{half - shift.x, half + shift.x, half - shift.y, half + shift.y};
+}
+
+/// How a run is drawn.
+struct DrawnRun {
+    uint64_t end = 0;
+    Ref<NSFont> font;
+    float obliqueness = 0;
+    std::optional<Reach> layer1;
+    std::optional<Reach> layer2;
+};
+
+DrawnRun drawnRunAt(const NSAttributedString& text, uint32_t character) {
+    Range run;
+    const Ref<NSDictionary> attributes = text.attributesAtIndex(character, &run);
+    const auto obliqueness = attributes->objectForKey<NSNumber>(*NSObliquenessAttributeName);
+    return {run.end(), attributes->objectForKey<NSFont>(*NSFontAttributeName),
+            obliqueness ? obliqueness->floatValue() : 0,
+            reachOfLayer(*attributes, *QzBackgroundColorAttribute, *QzBackgroundWidthAttribute,
+                         *QzBackgroundOffsetAttribute),
+            reachOfLayer(*attributes, *QzBackground2ColorAttribute, *QzBackground2WidthAttribute,
+                         *QzBackground2OffsetAttribute)};
+}
+
+/// Tells what of the glyphs lies beyond a picture.
+class EdgeCheck {
+public:
+    explicit EdgeCheck(NSSize picture) : picture_(picture) {}
+
+    void addGlyph(const GlyphAtPlace& place, const DrawnRun& run, Range cluster) {
+        // A box of control points is quick to have, and may be larger than the ink.
+        NSRect ink = boxOf(place);
+        if (NSIsEmptyRect(ink)) return;
+        const std::array<std::optional<Reach>, 3> reaches = {Reach{}, run.layer1, run.layer2};
+        const auto isCut = [&](const auto& reach) { return reach && isBeyond(ink, *reach); };
+        if (std::ranges::none_of(reaches, isCut)) return;
+        ink = outlineOfGlyph(place).bezierPathByFlatteningPath().controlPointBounds();
+        for (size_t i = 0; i < reaches.size(); ++i) {
+            if (isCut(reaches[i])) append(cut_[i], cluster);
+            // A layer of letters that are cut tells nothing more.
+            if (i == 0 && isCut(reaches[0])) break;
+        }
+    }
+
+    void tell(std::vector<Clipping>& clipped) const {
+        constexpr std::array kParts = {Clipping::Part::glyphs, Clipping::Part::layer1, Clipping::Part::layer2};
+        for (size_t i = 0; i < kParts.size(); ++i) {
+            for (const Range range : cut_[i]) clipped.push_back({kParts[i], range});
+        }
+    }
+
+private:
+    static NSRect boxOf(const GlyphAtPlace& place) {
+        const NSRect box = place.font->boundingRectForGlyph(place.glyph);
+        const float slantAtBottom = place.obliqueness * box.origin.y;
+        const float slantAtTop = place.obliqueness * box.maxY();
+        return {{place.origin.x + box.origin.x + std::min(slantAtBottom, slantAtTop), place.origin.y - box.maxY()},
+                {box.size.width + std::abs(slantAtTop - slantAtBottom), box.size.height}};
+    }
+
+    bool isBeyond(const NSRect& ink, const Reach& reach) const {
+        return ink.origin.x - reach.left < -kUnseenCut || ink.origin.y - reach.top < -kUnseenCut ||
+               ink.maxX() + reach.right > picture_.width + kUnseenCut ||
+               ink.maxY() + reach.bottom > picture_.height + kUnseenCut;
+    }
+
+    const NSSize picture_;
+    std::array<std::vector<Range>, 3> cut_;  // of the glyphs and the two layers
+};
+
+bool showsNothing(std::u16string_view text) {
+    return std::ranges::all_of(text, [](char16_t unit) { return unit == u' ' || isLayoutControl(unit); });
+}
+
+}  // namespace
+
+RenderReport QzAnnoStringToScreen::reportInFullScreen(bool fullScreen) {
+    NSPoint offset;
+    const NSRect place = placeInFullScreen(fullScreen, offset);
+    const FontLibrary::Use use(fontLibrary_);
+    RenderReport report;
+    const std::u16string_view text = textStorage_->characters();
+
+    SubstitutionFinder substitutions(text);
+    for (Range run; run.end() < text.size();) {
+        const auto position = static_cast<uint32_t>(run.end());
+        const Ref<NSDictionary> attributes = textStorage_->attributesAtIndex(position, &run);
+        substitutions.addRun(*attributes, run);
+    }
+    report.substitutions = std::move(substitutions).substitutions();
+
+    const Range glyphs = layoutManager_->glyphRangeForTextContainer(*textContainer_);
+    const uint64_t laidOutEnd = glyphs.length > 0 ? layoutManager_->characterRangeForGlyphRange(glyphs).end() : 0;
+    if (laidOutEnd < text.size() && !showsNothing(text.substr(laidOutEnd))) {
+        report.clipped.push_back(
+            {Clipping::Part::text,
+             {static_cast<uint32_t>(laidOutEnd), static_cast<uint32_t>(text.size() - laidOutEnd)}});
+    }
+
+    EdgeCheck edges(place.size);
+    DrawnRun run;
+    for (uint64_t i = glyphs.location; i < glyphs.end(); ++i) {
+        const auto glyph = static_cast<uint32_t>(i);
+        if (layoutManager_->notShownAttributeForGlyphAtIndex(glyph)) continue;
+        const Range cluster = layoutManager_->characterRangeForGlyphRange({glyph, 1});
+        if (cluster.location >= run.end) run = drawnRunAt(*textStorage_, cluster.location);
+        if (!run.font) continue;
+        const NSGlyph number = layoutManager_->glyphAtIndex(glyph);
+        if (number == 0 || run.font->isGlyphDamaged(number)) {
+            addMissingOfCluster(report.missingGlyphs, text, cluster, *run.font);
+        }
+        edges.addGlyph({number, run.font, originOfGlyph(glyph, offset), run.obliqueness}, run, cluster);
+    }
+    edges.tell(report.clipped);
+    return report;
+}
+
+NSPoint QzAnnoStringToScreen::originOfGlyph(uint32_t glyph, NSPoint offset) const {
+    const NSRect line = layoutManager_->lineFragmentRectForGlyphAtIndex(glyph);
+    const NSPoint location = layoutManager_->locationForGlyphAtIndex(glyph);
+    return {offset.x + line.origin.x + location.x, offset.y + line.origin.y + location.y};
+}
+
+}  // namespace qz

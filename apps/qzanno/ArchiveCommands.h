@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+#include "apps/qzanno/Diagnostics.h"
+
+namespace qz::tool {
+
+// Each returns the exit code: 0, or 1 when something failed.
+
+/// Writes the titles of a caption, text or archive file as an archive: one annotated string, or an array of them.
+int packArchive(const std::string& input, const std::string& palette, const std::string& output,
+                Diagnostics& diagnostics);
+
+/// Prints the annotated strings of an archive: text, keys and runs. With a palette, also what each run looks like.
+int showArchive(const std::string& path, const std::string& palette, Diagnostics& diagnostics);
+
+/// Prints any archive of the platform's as an indented listing, without knowing its classes.
+int dumpArchive(const std::string& path, Diagnostics& diagnostics);
+
+}  // namespace qz::tool

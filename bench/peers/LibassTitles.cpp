@@ -1,0 +1,86 @@
+#include <cstdio>
+#include <cstring>
+
+#include <ass/ass.h>
+
+#include "bench/peers/Titles.h"
+
+namespace qz::peers {
+namespace {
+
+// The size of a script counts ascent and descent: this much for an em of DejaVu Sans.
+constexpr double kLineHeightOfEm = 1.164;
+
+void blend(const ASS_Image& image, Frame& frame) {
+    const uint32_t red = image.color >> 24, green = image.color >> 16 & 255, blue = image.color >> 8 & 255;
+    const uint32_t alpha = 255 - (image.color & 255);
+    for (int y = 0; y < image.h; ++y) {
+        const uint8_t* source = image.bitmap + y * image.stride;
+        uint8_t* pixel = frame.bytes.data() + (size_t(image.dst_y + y) * size_t(frame.width) + size_t(image.dst_x)) * 4;
+        for (int x = 0; x < image.w; ++x, pixel += 4) {
+            const uint32_t coverage = (source[x] * alpha + 127) / 255, rest = 255 - coverage;
+            pixel[0] = uint8_t((red * coverage + pixel[0] * rest + 127) / 255);
+            pixel[1] = uint8_t((green * coverage + pixel[1] * rest + 127) / 255);
+            pixel[2] = uint8_t((blue * coverage + pixel[2] * rest + 127) / 255);
+            pixel[3] = uint8_t((255 * coverage + pixel[3] * rest + 127) / 255);
+        }
+    }
+}
+
+class LibassTitles final : public TitlePeer {
+public:
+    LibassTitles(int width, int height) : library_(ass_library_init()), renderer_(ass_renderer_init(library_)) {
+        ass_set_message_cb(
+            library_, [](int, const char*, va_list, void*) {}, nullptr);
+        ass_set_frame_size(renderer_, width, height);
+        ass_set_fonts(renderer_, QZ_PEERS_FONT_FILE, "DejaVu Sans", ASS_FONTPROVIDER_FONTCONFIG, nullptr, 1);
+    }
+    ~LibassTitles() override {
+        ass_renderer_done(renderer_);
+        ass_library_done(library_);
+    }
+
+    void draw(const Title& title, Frame& frame) override {
+        std::string script = header(title, frame);
+        for (size_t i = 0; i < title.lines.size(); ++i) script += (i ? "\\N" : "") + title.lines[i];
+        script += '\n';
+        ASS_Track* track = ass_read_memory(library_, script.data(), script.size(), nullptr);
+        std::memset(frame.bytes.data(), 0, frame.bytes.size());
+        for (const ASS_Image* image = ass_render_frame(renderer_, track, 1000, nullptr); image; image = image->next)
+            blend(*image, frame);
+        ass_free_track(track);
+    }
+
+private:
+    static ASS_Library* quietLibrary() {
+        ASS_Library* library = ass_library_init();
+        ass_set_message_cb(
+            library, [](int, const char*, va_list, void*) {}, nullptr);
+        return library;
+    }
+    static std::string header(const Title& title, const Frame& frame) {
+        char text[1024];
+        std::snprintf(text, sizeof text,
+                      "[Script Info]\nScriptType: v4.00+\nPlayResX: %d\nPlayResY: %d\nWrapStyle: 2\n\n[V4+ Styles]\n"
+                      "Format: Name, Fontname, Fontsize, PrimaryColour, SecondaryColour, OutlineColour, BackColour, "
+                      "Bold, Italic, Underline, StrikeOut, ScaleX, ScaleY, Spacing, Angle, BorderStyle, Outline, "
+                      "Shadow, Alignment, MarginL, MarginR, MarginV, Encoding\n"
+                      "Style: D,DejaVu Sans,%g,&H00FFFFFF,&H0,&H00000000,&H80000000,-1,0,0,0,100,100,0,0,1,%g,%g,2,10,"
+                      "10,40,1\n\n[Events]\n"
+                      "Format: Layer, Start, End, Style, Name, MarginL, MarginR, MarginV, Effect, Text\n"
+                      "Dialogue: 0,0:00:00.00,0:00:10.00,D,,0,0,0,,",
+                      frame.width, frame.height, title.size * kLineHeightOfEm, title.outline / 2, title.offset);
+        return text;
+    }
+
+    ASS_Library* const library_;
+    ASS_Renderer* const renderer_;
+};
+
+}  // namespace
+
+std::unique_ptr<TitlePeer> libassTitles(int width, int height) {
+    return std::make_unique<LibassTitles>(width, height);
+}
+
+}  // namespace qz::peers

@@ -1,0 +1,83 @@
+#include "bench/peers/OwnTitles.h"
+
+#include <cstring>
+
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "platform/foundation/NSArray.h"
+#include "platform/foundation/NSNumber.h"
+#include "platform/foundation/NSUndoManager.h"
+#include "platform/graphics/NSColor.h"
+
+namespace qz::peers {
+namespace {
+
+Ref<NSNumber> number(double value) {
+    return NSNumber::numberWithFloat(static_cast<float>(value));
+}
+
+Ref<QzAnnoPalette> editablePalette() {
+    const Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
+    palette->setUndoManager(NSUndoManager::init());
+    return palette;
+}
+
+class OwnTitles final : public TitlePeer {
+public:
+    OwnTitles(int width, int height) : pipeline_(width, height) {}
+
+    void draw(const Title& title, Frame& frame) override {
+        std::memset(frame.bytes.data(), 0, frame.bytes.size());
+        const auto bitmap = NSBitmapImageRep::initWithBitmapDataPlanes(
+            frame.bytes.data(), {.pixelsWide = frame.width, .pixelsHigh = frame.height});
+        pipeline_.setTitle(title);
+        pipeline_.screen().drawInFullScreen(true, bitmap);
+    }
+
+private:
+    OwnPipeline pipeline_;
+};
+
+}  // namespace
+
+OwnPipeline::OwnPipeline(int width, int height)
+    : palette_(editablePalette()),
+      screen_(QzAnnoStringToScreen::init()),
+      key_(palette_->createAnno("Title"_ns)->annokey()) {
+    const NSSize size = {static_cast<float>(width), static_cast<float>(height)};
+    screen_->setPalette(palette_);
+    screen_->setScreenSize(size, size);
+}
+
+void OwnPipeline::setTitle(const Title& title) {
+    if (title.size != size_) setStyle(title);
+    std::string text;
+    for (size_t i = 0; i < title.lines.size(); ++i) text += (i ? "\n" : "") + title.lines[i];
+    const auto string = QzMutableAnnoString::initWithString(NSString::stringWithUTF8String(text));
+    string->addFrameAnno(key_);
+    screen_->setAnnoString(string);
+}
+
+void OwnPipeline::setStyle(const Title& title) {
+    size_ = title.size;
+    const Ref<QzMutableAnno> style = palette_->lookupAnno(key_)->mutableCopy();
+    const auto set = [&](const Ref<NSString>& name, const Ref<NSObject>& value) { style->setAttribute(name, value); };
+    set(QzFontAttribute, "DejaVu Sans-Bold"_ns);
+    set(QzFontSizeAttribute, number(title.size));
+    set(QzTextColorAttribute, NSColor::colorWithCalibratedRed(1, 1, 1, 1));
+    set(QzHorizontalAlignmentAttribute, NSNumber::numberWithInt(2));
+    set(QzVerticalAlignmentAttribute, NSNumber::numberWithInt(2));
+    set(QzBoundingMarginsAttribute, NSArray::arrayWithObjects({number(0), number(0), number(0), number(40)}));
+    set(QzBackgroundColorAttribute, NSColor::colorWithCalibratedRed(0, 0, 0, 1));
+    set(QzBackgroundWidthAttribute, number(title.outline));
+    set(QzBackground2ColorAttribute, NSColor::colorWithCalibratedRed(0, 0, 0, 0.5f));
+    set(QzBackground2WidthAttribute, number(title.outline));
+    const float offset = static_cast<float>(title.offset);
+    set(QzBackground2OffsetAttribute, NSStringFromPoint({offset, offset}));
+    palette_->replaceAnno(style);
+}
+
+std::unique_ptr<TitlePeer> ownTitles(int width, int height) {
+    return std::make_unique<OwnTitles>(width, height);
+}
+
+}  // namespace qz::peers

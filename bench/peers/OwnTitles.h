@@ -1,0 +1,26 @@
+#pragma once
+
+#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
+#include "bench/peers/Titles.h"
+
+namespace qz::peers {
+
+/// The library as a host uses it: a palette of one style and a pipeline for one screen, kept from title to title.
+class OwnPipeline {
+public:
+    /// One pixel a point.
+    OwnPipeline(int width, int height);
+    /// The next image shows this title. Every call makes a new annotated string.
+    void setTitle(const Title& title);
+    QzAnnoStringToScreen& screen() { return *screen_; }
+
+private:
+    void setStyle(const Title& title);
+
+    const Ref<QzAnnoPalette> palette_;
+    const Ref<QzAnnoStringToScreen> screen_;
+    const Ref<QzAnnoKey> key_;
+    double size_ = 0;
+};
+
+}  // namespace qz::peers

@@ -1,0 +1,75 @@
+#include <algorithm>
+#include <cstdio>
+
+#include "bench/peers/Case.h"
+#include "bench/peers/OwnTitles.h"
+#include "bench/peers/SampleTitles.h"
+
+namespace qz::peers {
+namespace {
+
+constexpr size_t kPeerCount = std::size(kTitlePeers);
+// Of Pango + Cairo and of Qt, in every case of titles.
+constexpr double kPathPeersBound = 0.10;
+
+struct Peers {
+    Frame frame{kWidth, kHeight};
+    std::vector<std::unique_ptr<TitlePeer>> list;
+
+    Peers() {
+        for (size_t i = 0; i < kPeerCount; ++i) list.push_back(titlePeer(i, kWidth, kHeight));
+    }
+};
+
+/// `titleOfRound` is asked for a second title of a round by a negative number: drawn just before the one that is
+/// measured, so that every peer starts from caches of its own.
+void compare(Peers& peers, const std::string& work, const std::function<Title(int)>& titleOfRound, int rounds,
+             double libassBound, std::vector<Ratio>& ratios) {
+    std::vector<std::vector<double>> times(kPeerCount);
+    for (int round = 0; round < rounds; ++round) {
+        const Title before = titleOfRound(-1 - round), title = titleOfRound(round);
+        for (size_t i = 0; i < kPeerCount; ++i) {
+            const bool slow = !times[i].empty() && times[i].front() > 333;
+            if (slow && times[i].size() >= 3) continue;
+            if (!slow) peers.list[i]->draw(before, peers.frame);
+            times[i].push_back(millisecondsOf([&] { peers.list[i]->draw(title, peers.frame); }));
+        }
+    }
+    for (size_t i = 1; i < kPeerCount; ++i)
+        ratios.push_back({work, kTitlePeers[0], kTitlePeers[i], median(times[0]), median(times[i]),
+                          i == 1 ? libassBound : kPathPeersBound});
+}
+
+/// The two-line title with a number in its first line and its second line turned, neither of them ever again.
+Title newTitle(int round) {
+    Title title = twoLineTitle();
+    char number[16];
+    std::snprintf(number, sizeof number, "%05d", (round + 50'000) * 7919 % 100'000);
+    title.lines[0].replace(0, 5, number);
+    std::string& second = title.lines[1];
+    std::rotate(second.begin(), second.begin() + (round + 50'000) % static_cast<int>(second.size()), second.end());
+    return title;
+}
+
+}  // namespace
+
+void titleCases(std::vector<Ratio>& ratios) {
+    Peers peers;
+    compare(
+        peers, "same title", [](int) { return twoLineTitle(); }, 25, 0.20, ratios);
+    compare(peers, "new text every frame", newTitle, 25, 0.35, ratios);
+    compare(
+        peers, "page of 36 lines", [](int) { return pageOfLines(); }, 9, 0.25, ratios);
+}
+
+void largeFrameCase(std::vector<Ratio>& ratios) {
+    OwnPipeline small(kWidth, kHeight), large(2 * kWidth, 2 * kHeight);
+    const auto bitmap = [](OwnPipeline& pipeline) {
+        pipeline.setTitle(twoLineTitle());
+        pipeline.screen().bitmapInFullScreen(true);
+    };
+    const auto times = interleavedMedians({[&](int) { bitmap(large); }, [&](int) { bitmap(small); }}, 25);
+    ratios.push_back({"bitmap of the full screen", "3840 x 2160", "1920 x 1080", times[0], times[1], 1.5});
+}
+
+}  // namespace qz::peers

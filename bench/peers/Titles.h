@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace qz::peers {
+
+/// Lines of white DejaVu Sans Bold above a black outline above a displaced half-transparent one, centred, the last line
+/// 40 pixels above the frame's bottom. Lengths are in pixels; `outline` is the whole width of the stroke.
+struct Title {
+    std::vector<std::string> lines;
+    double size, outline, offset;
+};
+
+/// A frame of premultiplied RGBA rows without gaps.
+struct Frame {
+    int width, height;
+    std::vector<uint8_t> bytes;
+
+    Frame(int w, int h) : width(w), height(h), bytes(size_t(w) * size_t(h) * 4) {}
+};
+
+/// One library that draws titles.
+class TitlePeer {
+public:
+    virtual ~TitlePeer() = default;
+    /// From the text to the pixels of a frame that shows nothing else: clears all of it first.
+    virtual void draw(const Title& title, Frame& frame) = 0;
+};
+
+inline constexpr const char* kTitlePeers[] = {"QzAnno", "libass", "Pango + Cairo", "Qt raster"};
+
+std::unique_ptr<TitlePeer> ownTitles(int width, int height);
+std::unique_ptr<TitlePeer> libassTitles(int width, int height);
+std::unique_ptr<TitlePeer> pangoTitles(int width, int height);
+std::unique_ptr<TitlePeer> qtTitles(int width, int height);
+
+/// The peer of that place in `kTitlePeers`.
+std::unique_ptr<TitlePeer> titlePeer(size_t index, int width, int height);
+
+/// Pixels of Cairo and others, 32-bit ARGB words, as RGBA bytes.
+void storeARGB(const uint32_t* pixels, Frame& frame);
+
+}  // namespace qz::peers

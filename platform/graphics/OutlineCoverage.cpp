@@ -1,0 +1,297 @@
+#include "platform/graphics/OutlineCoverage.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "platform/graphics/Flattening.h"
+#include "platform/graphics/PixelRows.h"
+
+namespace qz {
+namespace {
+
+using Point = NSBezierPath::Point;
+using Verb = NSBezierPath::Verb;
+
+// Sums of this many pixels at a time: 1 MiB, however large the mask.
+constexpr int32_t kSumsMax = 1 << 18;
+// Single precision then still tells 1/512 of a pixel.
+constexpr double kReachMax = 1 << 14;
+// Points nearer to each other than this, in pixels, are one.
+constexpr double kSamePoint = 1.0 / 512;
+
+/// The areas to the right of lines, row by row. Each line adds to the pixels that it passes how much of them lies to
+/// its right, and to the next ones what is missing there; the sums from the left are what is covered.
+class AreaSums {
+public:
+    AreaSums(int32_t width, int32_t height)
+        : width_(width),
+          height_(height),
+          stride_(static_cast<size_t>(width) + 2),
+          sums_(stride_ * static_cast<size_t>(height)) {}
+
+    void addLine(Point from, Point to) {
+        if (from.y < to.y) {
+            addDownward(from, to, 1);
+        } else if (to.y < from.y) {
+            addDownward(to, from, -1);
+        }
+    }
+
+    /// The coverage of a row, `width` bytes.
+    void coverRow(int32_t y, uint8_t* coverage) const {
+        const float* const sums = sums_.data() + stride_ * static_cast<size_t>(y);
+        float sum = 0;
+        for (int32_t x = 0; x < width_; ++x) {
+            sum += sums[x];
+            coverage[x] = static_cast<uint8_t>(std::min(std::fabs(sum), 1.0f) * 255.0f + 0.5f);
+        }
+    }
+
+private:
+    void addDownward(Point top, Point bottom, float sign) {
+        const double slope = (bottom.x - top.x) / (bottom.y - top.y);
+        if (top.y < 0) top = {top.x - top.y * slope, 0};
+        if (bottom.y > height_) bottom = {bottom.x - (bottom.y - height_) * slope, double(height_)};
+        if (!(top.y < bottom.y)) return;
+        // Left of the box a line lies left of every pixel; right of it, of none.
+        if (std::max(top.x, bottom.x) <= 0) return addInside({0, top.y}, {0, bottom.y}, sign);
+        if (std::min(top.x, bottom.x) >= width_) return;
+        if (std::min(top.x, bottom.x) < 0) return addCut(top, bottom, 0, sign);
+        if (std::max(top.x, bottom.x) > width_) return addCut(top, bottom, width_, sign);
+        addInside(top, bottom, sign);
+    }
+
+    void addCut(Point top, Point bottom, double x, float sign) {
+        const double y = std::clamp(top.y + (x - top.x) * (bottom.y - top.y) / (bottom.x - top.x), top.y, bottom.y);
+        if (y > top.y) addDownward(top, {x, y}, sign);
+        if (y < bottom.y) addDownward({x, y}, bottom, sign);
+    }
+
+    void addInside(Point top, Point bottom, float sign) {
+        const auto slope = static_cast<float>((bottom.x - top.x) / (bottom.y - top.y));
+        const auto y0 = static_cast<float>(top.y), y1 = static_cast<float>(bottom.y);
+        const auto limit = static_cast<float>(width_);
+        auto x = static_cast<float>(top.x);
+        const int32_t last = std::min(height_, static_cast<int32_t>(std::ceil(y1)));
+        for (auto row = static_cast<int32_t>(y0); row < last; ++row) {
+            const float height = std::min(static_cast<float>(row + 1), y1) - std::max(static_cast<float>(row), y0);
+            const float next = std::clamp(x + slope * height, 0.0f, limit);
+            addInRow(sums_.data() + stride_ * static_cast<size_t>(row), x, next, sign * height);
+            x = next;
+        }
+    }
+
+    // A line through one row, from x to next, as a trapezium over each pixel that it passes.
+    static void addInRow(float* sums, float x, float next, float height) {
+        const float left = std::min(x, next), right = std::max(x, next);
+        const auto first = static_cast<int32_t>(left);
+        const auto end = static_cast<int32_t>(std::ceil(right));
+        if (end <= first + 1) {
+            const float missing = height * (0.5f * (left + right) - static_cast<float>(first));
+            sums[first] += height - missing;
+            sums[first + 1] += missing;
+            return;
+        }
+        const float heightPerPixel = height / (right - left);
+        const float inFirst = static_cast<float>(first + 1) - left;
+        // What the line has added so far to the pixel at hand and those behind it.
+        float added = 0.5f * heightPerPixel * inFirst * inFirst;
+        sums[first] += added;
+        float reached = heightPerPixel * inFirst;
+        for (int32_t i = first + 1; i < end - 1; ++i) {
+            const float covered = reached + 0.5f * heightPerPixel;
+            sums[i] += covered - added;
+            added = covered;
+            reached += heightPerPixel;
+        }
+        const float inLast = right - static_cast<float>(end - 1);
+        const float covered = height - 0.5f * heightPerPixel * inLast * inLast;
+        sums[end - 1] += covered - added;
+        sums[end] += height - covered;
+    }
+
+    const int32_t width_, height_;
+    const size_t stride_;
+    std::vector<float> sums_;
+};
+
+using Contour = std::vector<Point>;
+
+// The contours of a path as lines, closed, without equal neighbours, its origin at the box's corner.
+std::vector<Contour> contoursOf(const DeviceShape& shape, const PixelRect& box) {
+    std::vector<Contour> contours;
+    const double tolerance = curveTolerance(shape.path().flatness());
+    const Point* point = shape.path().points().data();
+    std::vector<Point> ends;
+    const auto add = [&](Point p) {
+        Contour& contour = contours.back();
+        const Point moved{p.x - box.x, p.y - box.y};
+        const bool isSame = !contour.empty() && std::fabs(contour.back().x - moved.x) < kSamePoint &&
+                            std::fabs(contour.back().y - moved.y) < kSamePoint;
+        if (!isSame) contour.push_back(moved);
+    };
+    Point current{0, 0};
+    for (const Verb verb : shape.path().verbs()) {
+        switch (verb) {
+            case Verb::move:
+                contours.emplace_back();
+                add(current = *point++);
+                break;
+            case Verb::line:
+                add(current = *point++);
+                break;
+            case Verb::curve:
+                ends.clear();
+                appendFlattenedCurve(current, point[0], point[1], point[2], tolerance, ends);
+                for (const Point end : ends) add(end);
+                current = point[2];
+                point += 3;
+                break;
+            case Verb::close:
+                break;
+        }
+    }
+    for (Contour& contour : contours) {
+        const auto isClosedTwice = [&] {
+            return contour.size() > 1 && std::fabs(contour.front().x - contour.back().x) < kSamePoint &&
+                   std::fabs(contour.front().y - contour.back().y) < kSamePoint;
+        };
+        while (isClosedTwice()) contour.pop_back();
+    }
+    return contours;
+}
+
+/// The border on one side of a contour, at half the pen's width from it.
+class BorderMaker {
+public:
+    explicit BorderMaker(const DevicePen& pen, double tolerance)
+        : half_(pen.halfWidth),
+          join_(pen.join),
+          miterLimit_(pen.miterLimit),
+          // An arc leaves its chord by r (1 - cos(angle / 2)).
+          cosStep_(2 * std::pow(std::max(1 - tolerance / pen.halfWidth, 0.5), 2) - 1) {}
+
+    /// To the left of its lines, seen along them with y upward.
+    const Contour& borderOf(const Contour& contour) {
+        border_.clear();
+        const size_t count = contour.size();
+        if (count < 2) return border_;
+        sides_.clear();
+        for (size_t i = 0; i < count; ++i) {
+            const Point a = contour[i], b = contour[i + 1 == count ? 0 : i + 1];
+            const double dx = b.x - a.x, dy = b.y - a.y, length = std::sqrt(dx * dx + dy * dy);
+            sides_.push_back({{dx / length, dy / length}, length});
+        }
+        for (size_t i = 0; i < count; ++i) turn(contour[i], sides_[i == 0 ? count - 1 : i - 1], sides_[i]);
+        return border_;
+    }
+
+private:
+    struct Side {
+        Point direction;
+        double length;
+    };
+
+    void add(Point corner, double x, double y) { border_.push_back({corner.x + half_ * x, corner.y + half_ * y}); }
+
+    void turn(Point corner, const Side& before, const Side& after) {
+        const auto [ax, ay] = before.direction;
+        const auto [bx, by] = after.direction;
+        const double cross = ax * by - ay * bx, dot = ax * bx + ay * by;
+        if (cross > 0) return turnInside(corner, before, after, cross, dot);
+        add(corner, -ay, ax);
+        if (join_ == NSLineJoinStyle::round && dot < cosStep_) addArc(corner, {-ay, ax}, std::atan2(cross, dot));
+        // Miter length over line width is 1 / cos(turn / 2), and 2 cos^2(turn / 2) = 1 + cos(turn).
+        if (join_ == NSLineJoinStyle::miter && 2 <= miterLimit_ * miterLimit_ * (1 + dot)) {
+            add(corner, -(ay + by) / (1 + dot), (ax + bx) / (1 + dot));
+        }
+        add(corner, -by, bx);
+    }
+
+    // Where the border turns towards the contour, its lines meet; on lines too short for that it runs through the
+    // corner itself, so that it winds no other way round than the lines' own strips do.
+    void turnInside(Point corner, const Side& before, const Side& after, double cross, double dot) {
+        const auto [ax, ay] = before.direction;
+        const auto [bx, by] = after.direction;
+        const double cut = half_ * cross;
+        if (2 * cut <= std::min(before.length, after.length) * (1 + dot)) {
+            return add(corner, -(ay + by) / (1 + dot), (ax + bx) / (1 + dot));
+        }
+        add(corner, -ay, ax);
+        border_.push_back(corner);
+        add(corner, -by, bx);
+    }
+
+    // Points between the ends of an arc that begins at a normal; `angle` is below 0.
+    void addArc(Point corner, Point normal, double angle) {
+        const auto steps = static_cast<int>(std::ceil(angle / -std::acos(cosStep_)));
+        const double c = std::cos(angle / steps), s = std::sin(angle / steps);
+        for (int i = 1; i < steps; ++i) {
+            normal = {c * normal.x - s * normal.y, s * normal.x + c * normal.y};
+            add(corner, normal.x, normal.y);
+        }
+    }
+
+    const double half_;
+    const NSLineJoinStyle join_;
+    const double miterLimit_;
+    const double cosStep_;
+    std::vector<Side> sides_;
+    Contour border_;
+};
+
+std::vector<Contour> bordersOf(std::vector<Contour> contours, const DevicePen& pen, double tolerance) {
+    BorderMaker maker(pen, tolerance);
+    std::vector<Contour> borders;
+    for (Contour& contour : contours) {
+        borders.push_back(maker.borderOf(contour));
+        std::ranges::reverse(contour);
+        borders.push_back(maker.borderOf(contour));
+    }
+    return borders;
+}
+
+bool isEven(const DevicePen& pen) {
+    const NSAffineTransform& t = pen.circleToDevice;
+    constexpr double kTolerance = 1e-6;
+    return std::fabs(t.m11 * t.m21 + t.m12 * t.m22) < kTolerance &&
+           std::fabs(t.m11 * t.m11 + t.m12 * t.m12 - t.m21 * t.m21 - t.m22 * t.m22) < kTolerance;
+}
+
+void addRows(const std::vector<Contour>& contours, int32_t first, int32_t count, CoverageMask& mask) {
+    AreaSums sums(mask.box.width, count);
+    for (const Contour& contour : contours) {
+        for (size_t i = 0; i < contour.size(); ++i) {
+            const Point from = contour[i], to = contour[i + 1 == contour.size() ? 0 : i + 1];
+            sums.addLine({from.x, from.y - first}, {to.x, to.y - first});
+        }
+    }
+    std::vector<uint8_t> row(static_cast<size_t>(mask.box.width));
+    for (int32_t y = 0; y < count; ++y) {
+        sums.coverRow(y, row.data());
+        uniteCoverageRow(row.data(), row.size(), mask.row(first + y));
+    }
+}
+
+}  // namespace
+
+bool isServedByAreas(const DeviceShape& shape, const PixelRect& box) {
+    const DeviceBox& path = shape.pathBounds();
+    return shape.isGlyphOutline() && !path.isEmpty() && (!shape.pen() || isEven(*shape.pen())) &&
+           box.width <= kReachMax && path.minX >= box.x - kReachMax && path.minY >= box.y - kReachMax &&
+           path.maxX <= static_cast<double>(box.right()) + kReachMax &&
+           path.maxY <= static_cast<double>(box.bottom()) + kReachMax;
+}
+
+void addOutlineCoverage(const DeviceShape& shape, CoverageMask& mask) {
+    std::vector<Contour> contours = contoursOf(shape, mask.box);
+    if (shape.pen()) {
+        contours = bordersOf(std::move(contours), *shape.pen(), curveTolerance(shape.path().flatness()));
+    }
+    const int32_t rowsAtOnce = std::max(1, kSumsMax / mask.box.width);
+    for (int32_t y = 0; y < mask.box.height; y += rowsAtOnce) {
+        addRows(contours, y, std::min(rowsAtOnce, mask.box.height - y), mask);
+    }
+}
+
+}  // namespace qz

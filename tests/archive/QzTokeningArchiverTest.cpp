@@ -1,0 +1,176 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "QzAnno_AnnotatedTextFramework/archive/QzAnnoArchiver.h"
+#include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
+#include "tests/archive/Archives.h"
+#include "tests/foundation/StreamBytes.h"
+#include "tests/support/LogCapture.h"
+
+namespace qz {
+namespace {
+
+using test::keyIn;
+using test::paletteOf;
+using test::readString;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+/// "One two", with Bold on its first word and Red from the second letter on.
+Ref<QzMutableAnnoString> sampleString(const QzAnnoPalette& palette) {
+    const Ref<QzMutableAnnoString> string = QzMutableAnnoString::initWithString("One two"_ns);
+    string->addAnno(keyIn(palette, "Bold"), {0, 3});
+    string->addAnno(keyIn(palette, "Red"), {1, 6});
+    return string;
+}
+
+TEST(QzTokeningArchiver, KeysBecomeThoseOfTheReadersPalette) {
+    test::LogCapture log;
+    const Ref<QzAnnoPalette> writers = paletteOf({"Bold", "Red"});
+    const Ref<QzAnnoString> string = sampleString(*writers)->copy();
+    const Ref<NSData> data = QzTokeningArchiver::archivedDataWithRootObject(string, {writers});
+
+    const Ref<QzAnnoString> same = readString(data, {writers});
+    ASSERT_TRUE(same);
+    EXPECT_TRUE(same->isEqual(*string));
+
+    const Ref<QzAnnoPalette> readers = paletteOf({"Red", "Italic", "Bold"});
+    const Ref<QzAnnoString> other = readString(data, {readers});
+    ASSERT_TRUE(other);
+    EXPECT_FALSE(other->isEqual(*string));
+    EXPECT_TRUE(other->isEqual(*sampleString(*readers)->copy()));
+
+    // A name that the palette lacks stands for what always applies, and what it marked is kept under that key.
+    const Ref<QzAnnoPalette> lacking = paletteOf({"Red"});
+    const Ref<QzAnnoKey> global = lacking->annoKeyAtPriority(0);
+    const Ref<QzAnnoString> partly = readString(data, {lacking});
+    ASSERT_TRUE(partly);
+    Range run;
+    EXPECT_TRUE(partly->annotation(*global, 0, &run));
+    EXPECT_EQ(run, (Range{0, 3}));
+    EXPECT_TRUE(partly->annotation(*keyIn(*lacking, "Red"), 6));
+}
+
+TEST(QzTokeningArchiver, SharedKeysStandOnceAndKeepTheNameTheyWereWrittenWith) {
+    test::LogCapture log;
+    const Ref<QzAnnoPalette> palette = paletteOf({"Bold", "Red"});
+    const Ref<NSArray> strings =
+        NSArray::arrayWithObjects({sampleString(*palette), sampleString(*palette), sampleString(*palette)->copy()});
+    const Ref<NSData> data = QzTokeningArchiver::archivedDataWithRootObject(strings, {palette});
+    EXPECT_EQ(log.lines().size(), 2u) << "one line for each key, however many strings use it";
+    EXPECT_THAT(log.lines(), Contains("Encoded Bold for " + keyIn(*palette, "Bold")->description() + "\n"));
+
+    log.clear();
+    keyIn(*palette, "Bold")->setName("Strong"_ns);
+    const Ref<QzAnnoPalette> readers = paletteOf({"Bold", "Red"});
+    const auto read =
+        std::dynamic_pointer_cast<NSArray>(QzTokeningUnarchiver::unarchiveObjectWithData(data, {readers}));
+    ASSERT_TRUE(read);
+    ASSERT_EQ(read->count(), 3u);
+    EXPECT_EQ(read->elements()[0]->className(), "QzMutableAnnoString");
+    EXPECT_EQ(read->elements()[2]->className(), "QzAnnoString");
+    EXPECT_TRUE(read->elements()[2]->isEqual(*sampleString(*readers)->copy()));
+    EXPECT_THAT(log.lines(), Contains("Decoded " + keyIn(*readers, "Bold")->description() + " for Bold\n"));
+}
+
+TEST(QzTokeningArchiver, WithoutATableAPlaceholderIsWritten) {
+    test::LogCapture log;
+    const Ref<QzAnnoPalette> palette = paletteOf({"Bold", "Red"});
+    const Ref<NSData> data = QzTokeningArchiver::archivedDataWithRootObject(sampleString(*palette), {});
+    ASSERT_TRUE(data);
+    EXPECT_THAT(log.lines(), ElementsAre("No table to encode token of type QzAnnoKey\n",
+                                         "No table to encode token of type QzAnnoKey\n"));
+    log.clear();
+    const Ref<QzAnnoString> read = readString(data, {palette});
+    ASSERT_TRUE(read);
+    EXPECT_TRUE(read->string()->isEqual(*"One two"_ns));
+    EXPECT_EQ(read->allKeys()->count(), 0u);
+    EXPECT_THAT(log.lines(), ElementsAre("No table to decode token of type __IGotFarkle\n",
+                                         "No table to decode token of type __IGotFarkle\n",
+                                         "2 of 2 entries of a dictionary decode as no object and are dropped\n"));
+}
+
+TEST(QzTokeningArchiver, BytesOfAnArchivedString) {
+    test::LogCapture log;
+    const Ref<QzAnnoPalette> palette = paletteOf({"B"});
+    ObjectMap annotations;
+    annotations.set(keyIn(*palette, "B"), QzAnnoBits::initWithBytes("110"));
+    const Ref<QzAnnoString> string = QzAnnoString::initWithString("ab"_ns);
+    string->setAnnotations(NSDictionary::dictionaryWithMap(annotations), false);
+
+    // Shared strings: 0 "@", 1 QzAnnoString, 2 NSObject, 3 NSDictionary, 4 "i", 5 QzAnnoKey, 6 NSNumber, 7 NSValue,
+    // 8 "*", 9 NSString, 10 "+", 11 QzAnnoBits, 12 "I", 13 "[3c]". Objects, classes and C strings: 0 the string,
+    // 1 QzAnnoString, 2 NSObject, 3 the dictionary, 4 NSDictionary, 5 the key, 6 QzAnnoKey, 7 the number, 8 NSNumber,
+    // 9 NSValue, 10 its type code, 11 the type's name, 12 NSString, 13 the key's name, 14 the bits, 15 QzAnnoBits.
+    test::StreamBytes bytes;
+    bytes.text("@").object().cls("QzAnnoString", 1).cls("NSObject").nil();
+    bytes.ref(0).object().cls("NSDictionary").ref(2).text("i").byte(1);
+    bytes.ref(0).object().cls("QzAnnoKey", 1).ref(2);
+    bytes.ref(0).object().cls("NSNumber").cls("NSValue").ref(2).text("*").byte(0x84).ref(4).ref(4).byte(1).end();
+    bytes.ref(0).object().cls("NSString", 1).ref(2).text("+").byte(9).raw("QzAnnoKey").end();
+    bytes.ref(0).object().ref(12).ref(10).byte(1).raw("B").end().end();
+    bytes.ref(0).object().cls("QzAnnoBits").ref(2).text("I").byte(3).text("[3c]").raw("110").end().end();
+    bytes.ref(0).object().ref(12).ref(10).byte(2).raw("ab").end().end();
+    EXPECT_EQ(QzTokeningArchiver::archivedDataWithRootObject(string, {palette})->view(), bytes.bytes());
+}
+
+TEST(QzTokeningArchiver, OtherCodersSayWhichOneIsNeeded) {
+    test::LogCapture log;
+    const Ref<QzAnnoPalette> palette = paletteOf({"Bold", "Red"});
+    const Ref<QzAnnoString> string = sampleString(*palette);
+    std::string error;
+    EXPECT_FALSE(NSArchiver::archivedDataWithRootObject(string, &error));
+    EXPECT_THAT(error, HasSubstr("written by a QzTokeningArchiver"));
+    EXPECT_FALSE(QzAnnoArchiver::archivedDataWithRootObject(string, palette, &error));
+    EXPECT_THAT(error, HasSubstr("written by a QzTokeningArchiver"));
+
+    const Ref<NSData> data = QzTokeningArchiver::archivedDataWithRootObject(string, {palette});
+    EXPECT_FALSE(QzAnnoUnarchiver::unarchiveObjectWithData(data, palette, &error));
+    EXPECT_THAT(error, HasSubstr("read by a QzTokeningUnarchiver"));
+}
+
+// A table of a host's own kind of tokens, which remembers what it was asked.
+class Speakers final : public QzTokenTable {
+public:
+    struct Speaker final : public QzToken {
+        explicit Speaker(Ref<NSString> speakerName) : name(std::move(speakerName)) {}
+        Ref<NSString> tokenType() const override { return "Speaker"_ns; }
+        std::string className() const override { return "QzSpeakerOfATest"; }
+        Ref<NSString> name;
+    };
+
+    Ref<NSString> tokenType() const override { return "Speaker"_ns; }
+    Ref<NSString> nameForToken(const QzToken& token) const override { return static_cast<const Speaker&>(token).name; }
+    Ref<QzToken> tokenForName(const Ref<NSString>& name) const override { return std::make_shared<Speaker>(name); }
+};
+
+const CodedClassRegistration speakerRegistration(
+    {.name = "QzSpeakerOfATest",
+     .encode =
+         [](const NSObject& speaker, NSArchiver& archiver) {
+             static_cast<QzTokeningArchiver&>(archiver).encodeTokenObject(static_cast<const QzToken&>(speaker));
+         },
+     .decode = [](NSUnarchiver& unarchiver) -> Ref<NSObject> {
+         return static_cast<QzTokeningUnarchiver&>(unarchiver).decodeTokenObject();
+     }});
+
+TEST(QzTokeningArchiver, TokensOfSeveralTypesGoToTheirTablesAndTheLaterTableOfATypeServes) {
+    test::LogCapture log;
+    const Ref<QzAnnoPalette> palette = paletteOf({"Bold"});
+    const Ref<QzAnnoPalette> later = paletteOf({"Bold"});
+    const auto speakers = std::make_shared<Speakers>();
+    const Ref<NSArray> tokens = NSArray::arrayWithObjects(
+        {std::make_shared<Speakers::Speaker>("Ann"_ns), keyIn(*palette, "Bold"), palette->annoKeyAtPriority(0)});
+    const std::vector<Ref<QzTokenTable>> tables = {palette, speakers, later};
+    const Ref<NSData> data = QzTokeningArchiver::archivedDataWithRootObject(tokens, tables);
+    const auto read = std::dynamic_pointer_cast<NSArray>(QzTokeningUnarchiver::unarchiveObjectWithData(data, tables));
+    ASSERT_TRUE(read);
+    ASSERT_EQ(read->count(), 3u);
+    EXPECT_TRUE(dynamic_cast<const Speakers::Speaker&>(*read->elements()[0]).name->isEqual(*"Ann"_ns));
+    EXPECT_EQ(read->elements()[1], keyIn(*later, "Bold"));
+    EXPECT_EQ(read->elements()[2], later->annoKeyAtPriority(0));
+}
+
+}  // namespace
+}  // namespace qz

@@ -1,0 +1,227 @@
+#include <filesystem>
+#include <set>
+#include <thread>
+
+#include <ft2build.h>
+
+#include "platform/text/FontLibrary.h"
+#include FT_FREETYPE_H
+#include FT_OUTLINE_H
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include "platform/text/FontFace.h"
+#include "platform/text/FontFallback.h"
+#include "tests/support/FontFiles.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace qz {
+namespace {
+
+using namespace test;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+// Of the package fonts-inter-variable.
+const char* const kVariableFonts = "/usr/share/fonts/truetype/inter-vf";
+
+std::string nameFound(FontLibrary& library, std::string_view asked) {
+    const auto face = library.faceWithName(asked);
+    return face ? face->installedFont().fontName : "none";
+}
+
+TEST(FontLibraryTest, FindsNamedInstancesByTheNamesThatTheFontGivesThem) {
+    const auto library = FontLibrary::withDirectories({kVariableFonts});
+    ASSERT_TRUE(library);
+    const struct {
+        const char *asked, *found, *reason;
+    } cases[] = {
+        {"Inter-ExtraBold", "Inter-ExtraBold", "PostScript name of the instance"},
+        {"Inter Extra Bold", "Inter-ExtraBold", "full name"},
+        {"Inter-Extra Bold", "Inter-ExtraBold", "family and style"},
+        {"inter-thinitalic", "Inter-ThinItalic", "an instance on two axes"},
+        {"Inter", "Inter-Regular", "the family: its regular instance, which is the font without variation"},
+        {"Inter-Regular", "Inter-Regular", "the same by the name of the instance"},
+        {"Inter Display-Bold", "InterDisplay-Bold", "family and style"},
+        {"InterDisplay-ThinItalic", "InterDisplay-ThinItalic", "a font that gives instances no PostScript names"},
+        {"Inter-Heavy", "none", "no such instance"},
+    };
+    for (const auto& [asked, found, reason] : cases) EXPECT_EQ(nameFound(*library, asked), found) << reason;
+}
+
+TEST(FontLibraryTest, KnowsWhatAWrongNameMayHaveMeant) {
+    const struct {
+        const char *name, *first, *reason;
+    } cases[] = {
+        {"DejaVu Sans-Heavy", "DejaVu Sans-Book", "a style that the family lacks"},
+        {"DejaVuSansMono-Medium", "DejaVu Sans Mono-Book", "the longer of two families, written as one word"},
+        {"Deja Vu Serif", "DejaVu Serif-Book", "a blank too many"},
+        {"DejVu Serff-Bold", "DejaVu Serif-Book", "two letters"},
+        {"Gone Grotesk", "none", "nothing like it"},
+        {"", "none", "no name"},
+    };
+    for (const auto& [name, first, reason] : cases) {
+        const auto names = FontLibrary::shared()->namesLike(name, 3);
+        EXPECT_LE(names.size(), 3u);
+        EXPECT_EQ(names.empty() ? "none" : names[0], first) << reason;
+    }
+}
+
+// Outlines and advances come from two libraries, each of which has to be told where in the design space it is.
+TEST(FontLibraryTest, InstancesHaveOutlinesAndAdvancesOfTheirOwn) {
+    const auto library = FontLibrary::withDirectories({kVariableFonts});
+    ASSERT_TRUE(library);
+    FT_Library freeType = nullptr;
+    FT_Init_FreeType(&freeType);
+    std::set<double> advances;
+    for (const char* name : {"Inter-Thin", "Inter-Regular", "Inter-Bold", "Inter-Black"}) {
+        const auto face = library->faceWithName(name);
+        ASSERT_TRUE(face) << name;
+        FT_Face plain = nullptr;
+        FT_New_Face(freeType, face->installedFont().path.c_str(), face->installedFont().index, &plain);
+        const NSGlyph glyph = face->glyphForCharacter(U'H');
+        FT_Load_Glyph(plain, glyph, FT_LOAD_NO_SCALE);
+        EXPECT_NEAR(face->advanceOfGlyph(glyph), static_cast<double>(plain->glyph->advance.x), 1) << name;
+        const NSRect bounds = face->outlineOfGlyph(glyph)->controlPointBounds();
+        FT_Outline_Get_CBox(&plain->glyph->outline, &plain->bbox);
+        EXPECT_NEAR(bounds.size.width, static_cast<double>(plain->bbox.xMax - plain->bbox.xMin), 1) << name;
+        advances.insert(face->advanceOfGlyph(glyph));
+        FT_Done_Face(plain);
+    }
+    FT_Done_FreeType(freeType);
+    EXPECT_EQ(advances.size(), 4u) << "four weights, four widths";
+}
+
+TEST(FontLibraryTest, FoldersServeTheLibraryTheyWereGivenTo) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder.file("below"));
+    writeText(folder.file("below/q.TTF"), quokka(fontFile("DejaVu Serif-Bold")));
+    const auto library = FontLibrary::withDirectories({folder.path().string()});
+    ASSERT_TRUE(library);
+    const Ref<NSString> name = "Quokka Serif-Bold"_ns;
+    const auto isFound = [&] { return NSFont::fontWithName(*name, 20) != nullptr; };
+    EXPECT_FALSE(isFound());
+    {
+        const FontLibrary::Use use(library);
+        EXPECT_TRUE(isFound());
+        EXPECT_EQ(NSFont::fontWithName(*name, 20)->fontName()->utf8(), "QuokkaSerif-Bold");
+        EXPECT_TRUE(NSFont::fontWithName(*"DejaVu Sans"_ns, 20)) << "those of the machine serve as well";
+        bool isFoundElsewhere = true;
+        std::thread([&] { isFoundElsewhere = isFound(); }).join();
+        EXPECT_FALSE(isFoundElsewhere);
+        const FontLibrary::Use machine(FontLibrary::shared());
+        EXPECT_FALSE(isFound());
+    }
+    EXPECT_FALSE(isFound());
+}
+
+TEST(FontLibraryTest, FoldersComeBeforeTheMachine) {
+    const TemporaryFolder folder;
+    writeText(folder.file("same.ttf"), fontFile("DejaVu Sans"));
+    writeText(folder.file("other.ttf"), quokka(fontFile("DejaVu Sans")));
+    const auto library = FontLibrary::withDirectories({folder.path().string()});
+    ASSERT_TRUE(library);
+    EXPECT_EQ(library->faceWithName("DejaVu Sans")->installedFont().path, folder.file("same.ttf"));
+    const FontLibrary::Use use(library);
+    const Ref<NSFont> arabic = fontForText(NSFont::fontWithName(*"Noto Sans"_ns, 20), u"عنوان");
+    EXPECT_TRUE(arabic->face().installedFont().isAdded) << arabic->description();
+    const Ref<NSFont> japanese = fontForText(NSFont::fontWithName(*"Noto Sans"_ns, 20), u"字幕");
+    EXPECT_FALSE(japanese->face().installedFont().isAdded) << "they lack it";
+}
+
+TEST(FontLibraryTest, ProblemsOfFoldersAreNamed) {
+    const TemporaryFolder folder;
+    const std::string whole = quokka(fontFile("DejaVu Serif"));
+    std::string blank = whole;
+    const auto [offset, length] = tableOf(blank, "glyf");
+    blank.replace(offset, length, length, '\xff');
+    const struct {
+        const char* file;
+        std::string content;
+        const char* what;  // none: nothing is wrong
+    } cases[] = {
+        {"good.ttf", whole, nullptr},
+        {"README", "no font, and not called one", nullptr},
+        {"text.otf", "this is no font", "cannot be read"},
+        {"half.ttf", whole.substr(0, whole.size() / 2), "cannot be read"},
+        {"blank.ttf", blank, "is damaged"},
+        {"packed.woff2", "wOF2", "convert it"},
+    };
+    for (const auto& [file, content, what] : cases) {
+        SCOPED_TRACE(file);
+        const TemporaryFolder alone;
+        writeText(alone.file(file), content);
+        std::vector<FontProblem> problems;
+        const LogCapture log;
+        EXPECT_TRUE(FontLibrary::withDirectories({alone.path().string()}, &problems));
+        std::erase_if(problems, [&](const FontProblem& p) { return p.path != alone.file(file); });
+        ASSERT_EQ(problems.size(), what ? 1u : 0u);
+        EXPECT_THAT(problems.empty() ? "" : problems[0].what, HasSubstr(what ? what : ""));
+    }
+    for (const std::string& wrong : {folder.file("missing"), std::string(kVariableFonts) + "/Inter.var.ttf"}) {
+        std::vector<FontProblem> problems;
+        EXPECT_FALSE(FontLibrary::withDirectories({wrong}, &problems)) << wrong;
+        ASSERT_EQ(problems.size(), 1u);
+        EXPECT_EQ(problems[0].path, wrong);
+    }
+}
+
+TEST(FontLibraryTest, AWholeFontServesWhereOneOfThatNameIsDamaged) {
+    const TemporaryFolder folder;
+    const std::string whole = fontFile("DejaVu Serif");
+    writeText(folder.file("a.ttf"), whole);
+    const auto library = FontLibrary::withDirectories({folder.path().string()});
+    ASSERT_TRUE(library);
+    // Listed while it was whole.
+    writeText(folder.file("a.ttf"), "this is no font");
+    const LogCapture log;
+    const auto face = library->faceWithName("DejaVu Serif");
+    ASSERT_TRUE(face);
+    EXPECT_NE(face->installedFont().path, folder.file("a.ttf"));
+    EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("a.ttf: cannot be read as a font")));
+}
+
+TEST(FontLibraryTest, OtherFontsStandInForDamagedGlyphs) {
+    const TemporaryFolder folder;
+    std::string file = quokka(fontFile("DejaVu Sans"));
+    // Letters come first in it; what lies behind them is overwritten.
+    const auto [offset, length] = tableOf(file, "glyf");
+    file.replace(offset + length / 4, length * 3 / 4, length * 3 / 4, '\xff');
+    writeText(folder.file("q.ttf"), file);
+    const auto library = FontLibrary::withDirectories({folder.path().string()});
+    const FontLibrary::Use use(library);
+    const Ref<NSFont> font = NSFont::fontWithName(*"Quokka Sans"_ns, 20);
+    ASSERT_TRUE(font);
+    const LogCapture log;
+    EXPECT_TRUE(font->isGlyphDamaged(font->glyphForCharacter(U'\u2603')));
+    EXPECT_TRUE(font->coversText(u"Title"));
+    EXPECT_FALSE(font->coversText(u"\u2603")) << "a snowman that cannot be drawn";
+    EXPECT_TRUE(fontForText(font, u"\u2603")->coversText(u"\u2603"));
+    EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("q.ttf: glyph"))) << "told once";
+}
+
+TEST(FontLibraryTest, ALogHookMayAskForFontsWhileADamagedOneIsReported) {
+    const TemporaryFolder folder;
+    writeText(folder.file("q.ttf"), quokka(fontFile("DejaVu Sans")));
+    const auto library = FontLibrary::withDirectories({folder.path().string()});
+    ASSERT_TRUE(library);
+    writeText(folder.file("q.ttf"), "this is no font");
+    const FontLibrary::Use use(library);
+    const Ref<NSFont> font = NSFont::fontWithName(*"Noto Sans"_ns, 20);
+    int reports = 0;
+    setLogHook([&](std::string_view) {
+        ++reports;
+        EXPECT_TRUE(fontForText(font, u"عنوان")->coversText(u"عنوان"));
+        EXPECT_TRUE(NSFont::systemFontOfSize(12)->coversText(u"Title"));
+    });
+    // A lock held while reporting would last for ever.
+    alarm(30);
+    EXPECT_TRUE(fontForText(font, u"عنوان")->coversText(u"عنوان")) << "the folder's font was to serve";
+    alarm(0);
+    setLogHook({});
+    EXPECT_EQ(reports, 1);
+}
+
+}  // namespace
+}  // namespace qz
