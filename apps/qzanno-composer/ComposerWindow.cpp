@@ -57,12 +57,13 @@ void ComposerWindow::addMenus() {
     };
     QMenu* file = menuBar()->addMenu("&File");
     file->addAction("&Open Titles…", QKeySequence::Open, this,
-                    choose("Open Titles", "Titles (*.vtt *.txt)", &ComposerWindow::openTitles));
+                    choose("Open Titles", "Titles (*.vtt *.txt *.annostring)", &ComposerWindow::openTitles));
     file->addAction("Open &Palette…", this, choose("Open Palette", "Palettes (*.plist)", &ComposerWindow::openPalette));
     file->addAction("Open &Frame…", this, choose("Open Frame", "Pictures (*.png)", &ComposerWindow::openFrame));
     file->addSeparator();
-    file->addAction("&Save Palette…", QKeySequence::Save, this,
-                    save("Save Palette", "Palettes (*.plist)", &ComposerWindow::savePalette));
+    file->addAction("&Save Titles…", QKeySequence::Save, this,
+                    save("Save Titles", "Titles (*.annostring)", &ComposerWindow::saveTitles));
+    file->addAction("Save P&alette…", this, save("Save Palette", "Palettes (*.plist)", &ComposerWindow::savePalette));
     file->addAction("Save P&icture…", this, save("Save Picture", "Pictures (*.png)", &ComposerWindow::savePicture));
     file->addSeparator();
     file->addAction("&Quit", QKeySequence::Quit, this, &QWidget::close);
@@ -120,7 +121,7 @@ bool ComposerWindow::report(const std::string& message) {
 
 bool ComposerWindow::openTitles(const std::string& path) {
     std::string error;
-    auto file = readTitleFile(path, *document_->palette(), error);
+    auto file = readTitleFile(path, document_->palette(), error);
     if (!file) return report(error);
     document_->setTitles(std::move(file->titles));
     describe();
@@ -143,6 +144,11 @@ bool ComposerWindow::openFrame(const std::string& path) {
     if (!frame) return report(path + ": " + reason);
     setFrame(frame);
     return true;
+}
+
+bool ComposerWindow::saveTitles(const std::string& path) {
+    std::string error;
+    return writeTitleFile(path, document_->titles(), document_->palette(), error) || report(error);
 }
 
 bool ComposerWindow::savePalette(const std::string& path) {

@@ -22,6 +22,7 @@ public:
     bool openTitles(const std::string& path);
     bool openPalette(const std::string& path);
     bool openFrame(const std::string& path);
+    bool saveTitles(const std::string& path);
     bool savePalette(const std::string& path);
     bool savePicture(const std::string& path);
 

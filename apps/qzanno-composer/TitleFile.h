@@ -17,16 +17,22 @@ struct Title {
 };
 
 struct TitleFile {
+    /// At least one.
     std::vector<Title> titles;
     /// What is wrong in it, one line each with its place.
     std::vector<std::string> warnings;
 };
 
-/// The titles of a WebVTT file (.vtt) or a text file (.txt). None, with one line that names the file in `error`, when
-/// it cannot be read.
-std::optional<TitleFile> readTitleFile(const std::string& path, const QzAnnoPalette& palette, std::string& error);
+/// The titles of a WebVTT file (.vtt), a text file (.txt) or an archive of annotated strings (.annostring). None, with
+/// one line that names the file in `error`, when it cannot be read.
+std::optional<TitleFile> readTitleFile(const std::string& path, const Ref<QzAnnoPalette>& palette, std::string& error);
 
-/// The palette of a property-list file; none likewise.
+/// Writes the titles as an archive: one annotated string, or an array of them. Times are not part of it. False, with
+/// one line in `error` and a former file as it was, when that fails.
+bool writeTitleFile(const std::string& path, const std::vector<Title>& titles, const Ref<QzAnnoPalette>& palette,
+                    std::string& error);
+
+/// The palette of a property-list file. None, with one line that names the file in `error`, when it cannot be read.
 Ref<QzAnnoPalette> readPaletteFile(const std::string& path, std::string& error);
 
 }  // namespace qz::composer

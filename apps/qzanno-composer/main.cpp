@@ -2,7 +2,7 @@
 #include <QCommandLineParser>
 #include <QStyle>
 #include <QStyleFactory>
-#include <algorithm>
+#include <QTemporaryDir>
 #include <cstdio>
 #include <string_view>
 
@@ -60,7 +60,8 @@ QPalette darkPalette() {
 bool parse(const QStringList& arguments, Options& options, std::string& error, QString& help) {
     QCommandLineParser parser;
     parser.setApplicationDescription("Composes titles: type over a frame, style with annotations.");
-    parser.addPositionalArgument("TITLES", "WebVTT captions (.vtt) or one title as text (.txt)", "[TITLES]");
+    parser.addPositionalArgument(
+        "TITLES", "WebVTT captions (.vtt), one title as text (.txt), or archived titles (.annostring)", "[TITLES]");
     parser.addOptions({{{"p", "palette"}, "The palette, a property list.", "FILE"},
                        {{"f", "frame"}, "A PNG picture to lie beneath the text; a checkerboard without.", "FILE"},
                        {{"s", "screen"}, "The screen in points; 1920x1080 without.", "WxH"},
@@ -112,7 +113,7 @@ int run(const Options& options) {
     if (!palette) return fail(kFailed, error);
     const Ref<TitleDocument> document = TitleDocument::documentWithPalette(palette, options.screen);
     if (!options.titles.isEmpty()) {
-        auto file = readTitleFile(options.titles.toStdString(), *palette, error);
+        auto file = readTitleFile(options.titles.toStdString(), palette, error);
         if (!file) return fail(kFailed, error);
         for (const std::string& warning : file->warnings) fail(0, warning);
         document->setTitles(std::move(file->titles));
@@ -130,13 +131,19 @@ int run(const Options& options) {
         if (!frame) return fail(kFailed, path + ": " + error);
     }
 
+    // A picture of the windows must neither depend on the user's settings nor change them.
+    const QTemporaryDir settings;
+    const bool isForPicture = !options.screenshot.isEmpty();
+    auto& defaults = NSUserDefaults::standardUserDefaults();
+    if (isForPicture) defaults.useFile(settings.filePath("defaults.ini").toStdString());
     NSApplication::sharedApplication().setDelegate(document);
     ComposerWindow window(document);
     window.setFrame(frame);
     window.show();
     const Ref<QzAnnotationManager> manager = QzAnnotationManager::sharedAnnotationManager();
     manager->setAnnotationPalette(palette);
-    manager->showWindow({});
+    // Whoever has closed the panel opens it by the menu.
+    if (!defaults.hasValueForKey("AnnoationPaletteVisible")) manager->showWindow({});
     if (!options.edit.isEmpty()) {
         const Ref<QzAnnoKey> key = palette->findAnnoKey(NSString::stringWithUTF8String(options.edit.toStdString()));
         if (!key) return fail(kFailed, "the palette has no annotation \"" + options.edit.toStdString() + "\"");
@@ -144,12 +151,14 @@ int run(const Options& options) {
     }
     window.activateWindow();
     window.textWidget()->setFocus();
-    if (options.screenshot.isEmpty()) return QApplication::exec();
+    if (!isForPicture) return QApplication::exec();
 
     std::vector<QWidget*> windows = {&window, manager->window()->widget()};
     if (manager->editor()->isEditing()) windows.push_back(manager->editor()->window()->widget());
     const std::string path = options.screenshot.toStdString();
-    return writeScreenshot(windows, path, error) ? 0 : fail(kFailed, path + ": " + error);
+    const bool isWritten = writeScreenshot(windows, path, error);
+    defaults.useFile({});
+    return isWritten ? 0 : fail(kFailed, path + ": " + error);
 }
 
 }  // namespace
@@ -161,17 +170,7 @@ int main(int argc, char** argv) {
     // Windows that nobody is to see need no screen; without one, the toolkit would end the process in its own words.
     const bool hasScreen = qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
                            qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
-    if (!hasScreen) {
-        const auto isQuiet = [](std::string_view argument) {
-            return argument.starts_with("--screenshot") || argument == "--help" || argument == "-h" ||
-                   argument == "--version";
-        };
-        if (std::none_of(argv + 1, argv + argc, isQuiet)) {
-            return fail(kFailed,
-                        "there is no screen to open a window on; run it on a desktop, or with --screenshot FILE");
-        }
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
+    if (!hasScreen) qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
     Options options;
     std::string error;
@@ -182,6 +181,9 @@ int main(int argc, char** argv) {
     if (!help.isEmpty()) {
         std::fputs(help.toUtf8().constData(), stdout);
         return 0;
+    }
+    if (!hasScreen && options.screenshot.isEmpty()) {
+        return fail(kFailed, "there is no screen to open a window on; run it on a desktop, or with --screenshot FILE");
     }
     if (!options.isVerbose) {
         qz::setLogHook([](std::string_view) {});
