@@ -31,6 +31,7 @@ ComposerWindow::ComposerWindow(const Ref<TitleDocument>& document) : document_(d
     setWindowTitle("QzAnno Composer");
     text_ = NSTextViewWidget::initWithTextView(document_->textView(), this);
     text_->setAccessibleName("Title");
+    text_->setInsertionPointOfEmptyText([this] { return document_->insertionPointOfEmptyTitle(); });
     setCentralWidget(text_->widget());
     place_ = new QLabel;
     statusBar()->addPermanentWidget(place_);

@@ -7,6 +7,8 @@
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoLayoutManager.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
 #include "QzAnno_AnnotatedTextFramework/ui/QzAnnoEditor.h"
+#include "platform/text/AttributeNames.h"
+#include "platform/text/NSParagraphStyle.h"
 
 namespace qz::composer {
 
@@ -126,6 +128,21 @@ void TitleDocument::replacePalette(const Ref<QzAnnoPalette>& palette) {
     }
     undo_->removeAllActions();
     palette_->retainContentsOfAnnoPalette(palette);
+}
+
+NSRect TitleDocument::insertionPointOfEmptyTitle() const {
+    const auto pipeline = QzAnnoStringToScreen::init();
+    pipeline->setPalette(palette_);
+    pipeline->setScreenSize(screenSize(), screenSize());
+    pipeline->setAttributedString(NSAttributedString::initWithString("x"_ns, view_->typingAttributes()));
+    pipeline->placeInFullScreen(true);
+    const NSRect box = pipeline->textContainer()->textBox();
+    const auto style = view_->typingAttributes()->objectForKey<NSParagraphStyle>(*NSParagraphStyleAttributeName);
+    const NSTextAlignment alignment = style ? style->alignment() : NSTextAlignment::natural;
+    float x = box.origin.x;
+    if (alignment == NSTextAlignment::center) x += box.size.width / 2;
+    if (alignment == NSTextAlignment::right) x += box.size.width;
+    return {{x, box.origin.y}, {0, box.size.height}};
 }
 
 Ref<NSBitmapImageRep> TitleDocument::picture() const {

@@ -37,6 +37,9 @@ public:
     /// The title of the screen's size in pixels, over nothing.
     Ref<NSBitmapImageRep> picture() const;
 
+    /// Where the insertion point of an empty title stands, in screen points: where its first character would.
+    NSRect insertionPointOfEmptyTitle() const;
+
     /// Moves the contents of another palette into this document's, whose keys of the same names take over the titles.
     void replacePalette(const Ref<QzAnnoPalette>& palette);
     void toggleFrameAnno(const Ref<QzAnnoKey>& key);

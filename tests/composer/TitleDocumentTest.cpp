@@ -133,6 +133,22 @@ TEST_F(Document, movesToAnotherPaletteByName) {
     EXPECT_FALSE(palette->findAnnoKey("Red"_ns));
 }
 
+TEST_F(Document, showsTheInsertionPointOfAnEmptyTitleWhereTypingBegins) {
+    test::giveAttributes(*palette, palette->lookupAnno({}),
+                         {{QzBoundingBoxAttribute, "{{0.5, 0.5}, {0.25, 0.5}}"_ns},
+                          {QzHorizontalAlignmentAttribute, test::integer(1)},
+                          {QzVerticalAlignmentAttribute, test::integer(2)}});
+    key(Qt::Key_A, Qt::ControlModifier);
+    key(Qt::Key_Delete);
+    const QRectF empty = window.textWidget()->inputMethodQuery(Qt::ImCursorRectangle).toRectF();
+    QTest::keyClicks(window.textWidget(), "x");
+    const QRectF typed = window.textWidget()->inputMethodQuery(Qt::ImCursorRectangle).toRectF();
+    // Aligned right, the insertion point stays where it is while the text grows to the left of it.
+    EXPECT_NEAR(empty.left(), typed.left(), 12);
+    EXPECT_NEAR(empty.top(), typed.top(), 2);
+    EXPECT_NEAR(empty.height(), typed.height(), 2);
+}
+
 TEST_F(Document, showsWhatItRenders) {
     // The window draws the title where the renderer does, at the window's scale.
     view->setSelectedRange({0, 7});
