@@ -116,7 +116,7 @@ Ref<QzAnnoBits> QzAnnoBits::copy() const {
     return copy;
 }
 
-bool QzAnnoBits::getValueAtIndex(uint32_t index, Range* effectiveRange) const {
+bool QzAnnoBits::findValueAtIndex(uint32_t index, Range* effectiveRange) const {
     if (!cover(uint64_t{index} + 1)) return false;
     if (effectiveRange) {
         if (!knownStretch_.contains(index)) {
@@ -127,14 +127,6 @@ bool QzAnnoBits::getValueAtIndex(uint32_t index, Range* effectiveRange) const {
         *effectiveRange = knownStretch_;
     }
     return isSet(index);
-}
-
-bool QzAnnoBits::getValueAtIndex(uint32_t index, Range* effectiveRange, uint32_t textLength) const {
-    const bool value = getValueAtIndex(index, effectiveRange);
-    if (effectiveRange && (effectiveRange->end() == size() || effectiveRange->end() > textLength)) {
-        effectiveRange->length = textLength - effectiveRange->location;
-    }
-    return value;
 }
 
 bool QzAnnoBits::equalToAnnoBits(const QzAnnoBits& other, Range inRange) const {

@@ -53,10 +53,20 @@ public:
     /// unwritten.
     ///
     /// The last run is remembered: walking a row run by run, forward or backward, takes time in proportion to its size.
-    bool getValueAtIndex(uint32_t index, Range* effectiveRange = nullptr) const;
+    bool getValueAtIndex(uint32_t index, Range* effectiveRange = nullptr) const {
+        if (!knownStretchIsRun_ || !knownStretch_.contains(index) || index + 1 >= bits_.size())
+            return findValueAtIndex(index, effectiveRange);
+        if (effectiveRange) *effectiveRange = knownStretch_;
+        return isSet(index);
+    }
     /// The same within a text of `textLength` positions, `index` being one of them: the run is clipped to the text, and
     /// a run that reaches the end of the row goes on to the end of the text.
-    bool getValueAtIndex(uint32_t index, Range* effectiveRange, uint32_t textLength) const;
+    bool getValueAtIndex(uint32_t index, Range* effectiveRange, uint32_t textLength) const {
+        const bool value = getValueAtIndex(index, effectiveRange);
+        if (effectiveRange && (effectiveRange->end() == size() || effectiveRange->end() > textLength))
+            effectiveRange->length = textLength - effectiveRange->location;
+        return value;
+    }
     /// Whether both hold the same bytes in the range; two ranges that cannot be held differ unless they are empty.
     bool equalToAnnoBits(const QzAnnoBits& other, Range inRange) const;
 
@@ -71,6 +81,8 @@ private:
     bool cover(uint64_t position) const;
     bool isSet(uint32_t index) const { return bits_[index] == '1'; }
     uint32_t endOfRun(uint32_t index) const;
+    /// As `getValueAtIndex`, for an index outside the known stretch or near the row's end.
+    bool findValueAtIndex(uint32_t index, Range* effectiveRange) const;
     void fill(Range range, char byte);
     void extendKnownStretch() const;
     void trimKnownStretch(Range edited);

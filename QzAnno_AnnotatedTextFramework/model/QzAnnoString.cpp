@@ -108,13 +108,24 @@ Ref<NSSet> QzAnnoString::annotationsAtIndex(uint32_t index, Range* longestEffect
 std::vector<QzAnnoString::Run> QzAnnoString::runs() const {
     std::vector<Run> runs;
     std::unordered_map<std::vector<bool>, Ref<NSSet>> sets;
-    std::vector<bool> holding;
-    for (uint32_t i = 0; i < length();) {
-        const Range range = statesAt(i, {0, length()}, true, holding);
+    const std::vector<Entry>& entries = annotations_->map().entries();
+    std::vector<bool> holding(entries.size());
+    // Where the run of each key ends. Only keys whose run has ended are asked again.
+    std::vector<uint32_t> ends(entries.size(), 0);
+    for (uint32_t start = 0; start < length();) {
+        uint32_t end = length();
+        for (size_t k = 0; k < entries.size(); ++k) {
+            if (ends[k] == start) {
+                Range run;
+                holding[k] = bitsOf(entries[k]).getValueAtIndex(start, &run, length());
+                ends[k] = static_cast<uint32_t>(run.end());
+            }
+            end = std::min(end, ends[k]);
+        }
         Ref<NSSet>& keys = sets[holding];
         if (!keys) keys = keysHolding(holding);
-        runs.push_back({range, keys});
-        i = range.location + range.length;
+        runs.push_back({{start, end - start}, keys});
+        start = end;
     }
     return runs;
 }

@@ -208,7 +208,9 @@ private:
 };
 
 bool showsNothing(std::u16string_view text) {
-    return std::ranges::all_of(text, [](char16_t unit) { return unit == u' ' || isLayoutControl(unit); });
+    constexpr std::u16string_view kBlanks = u" \u00A0\u3000";
+    const auto isBlank = [&](char16_t unit) { return kBlanks.find(unit) != kBlanks.npos || isLayoutControl(unit); };
+    return std::ranges::all_of(text, isBlank);
 }
 
 }  // namespace

@@ -82,7 +82,8 @@ public:
                           PixelRect* changed = nullptr);
     /// Where an image would sit on the screen, built first when that is due; its size rounded as the image's.
     NSRect placeInFullScreen(bool fullScreen);
-    /// What of such an image is not as it was asked for, built first when that is due.
+    /// What of the title is not shown as it was asked for when it is drawn over a whole frame, or into a bitmap of the
+    /// text box's place; built first when that is due.
     RenderReport reportInFullScreen(bool fullScreen);
 
     std::string className() const override { return "QzAnnoStringToScreen"; }

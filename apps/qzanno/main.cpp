@@ -113,7 +113,7 @@ void describeRender(CLI::App& command, RenderOptions& options) {
     command.add_option("--quality", options.quality, "How carefully outlines are drawn, 0 to 1 [1]")
         ->check(CLI::Range(0.0, 1.0));
     command.add_flag("--strict", options.strict,
-                     "Fail on a missing font, a missing character, cut text or an unknown class");
+                     "Fail on a font that is missing or lacks characters, on cut text and on unknown classes");
     command.add_flag("--merge-layers", options.mergeLayers,
                      "Lay each outline and shadow down as one, even where its letters overlap");
 }

@@ -43,9 +43,17 @@ std::string utf8FromUtf16(std::u16string_view utf16) {
     return utf8;
 }
 
-NSString::NSString(std::u16string characters)
-    : characters_(std::move(characters)), hash_(std::hash<std::u16string>()(characters_)) {
+NSString::NSString(std::u16string characters) : characters_(std::move(characters)) {
     checkedLength(characters_);
+}
+
+size_t NSString::hash() const {
+    size_t hash = hash_.load(std::memory_order_relaxed);
+    if (hash == 0) {
+        hash = std::hash<std::u16string>()(characters_);
+        hash_.store(hash, std::memory_order_relaxed);
+    }
+    return hash;
 }
 
 Ref<NSString> NSString::string() {
@@ -73,7 +81,7 @@ Ref<NSString> NSString::substringWithRange(Range range) const {
 bool NSString::isEqual(const NSObject& other) const {
     if (this == &other) return true;
     const auto* string = dynamic_cast<const NSString*>(&other);
-    return string && hash_ == string->hash_ && isEqualToString(*string);
+    return string && isEqualToString(*string);
 }
 
 }  // namespace qz

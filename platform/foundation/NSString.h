@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <string>
 #include <string_view>
 
@@ -26,7 +27,7 @@ public:
     bool isEqualToString(const NSString& other) const { return characters_ == other.characters_; }
 
     bool isEqual(const NSObject& other) const override;
-    size_t hash() const override { return hash_; }
+    size_t hash() const override;
     std::string description() const override { return utf8(); }
     std::string className() const override { return "NSString"; }
 
@@ -34,7 +35,9 @@ private:
     explicit NSString(std::u16string characters);
 
     const std::u16string characters_;
-    const size_t hash_;
+    // Made when it is first asked for, which long texts are not: each keystroke makes one. 0 until then. Threads that
+    // ask at once find the same.
+    mutable std::atomic<size_t> hash_ = 0;
 };
 
 std::u16string utf16FromUtf8(std::string_view utf8);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bitset>
 #include <cmath>
 #include <mutex>
 #include <unordered_map>
@@ -190,6 +191,19 @@ bool FontFace::canShow(char32_t character) const {
     const NSGlyph glyph = glyphForCharacter(character);
     // Once a glyph has turned out to be damaged, each is looked at before it is relied on.
     return glyph != 0 && !(outlines_->hasDamage() && isGlyphDamaged(glyph));
+}
+
+void FontFace::checkGlyphs(std::u16string_view text) const {
+    // A long text has few characters, many times each.
+    std::bitset<0x10000> isChecked;
+    for (size_t i = 0; i < text.size();) {
+        const char32_t character = nextCharacter(text, i);
+        if (character < isChecked.size()) {
+            if (isChecked[character]) continue;
+            isChecked.set(character);
+        }
+        isGlyphDamaged(glyphForCharacter(character));
+    }
 }
 
 bool FontFace::showsLetters() const {

@@ -54,6 +54,8 @@ public:
     NSGlyph glyphForCharacter(char32_t character) const;
     /// Whether there is a glyph for the character that is not known to be damaged.
     bool canShow(char32_t character) const;
+    /// Reads the glyphs of the text's characters, so that `canShow` knows which are damaged.
+    void checkGlyphs(std::u16string_view text) const;
     /// As `NSFont::coversText`.
     bool coversText(std::u16string_view text) const;
     double advanceOfGlyph(NSGlyph glyph) const;

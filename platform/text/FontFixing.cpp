@@ -117,6 +117,8 @@ Ref<NSFont> defaultFont() {
 }
 
 std::vector<FontStretch> fontsForText(const Ref<NSFont>& font, std::u16string_view text, std::string_view language) {
+    // What is drawn later would show that a glyph is damaged, but too late for another font to serve.
+    font->face().checkGlyphs(text);
     if (font->coversText(text)) return {{static_cast<uint32_t>(text.size()), font}};
     return FontChoice(font, text, language).stretches();
 }

@@ -53,9 +53,8 @@ FontPanelWidget::FontPanelWidget(NSFontManager& manager)
 void FontPanelWidget::listFamilies(const QString& filter) {
     isFilling_ = true;
     const QString current = families_->currentItem() ? families_->currentItem()->text() : QString();
-    const auto library = FontLibrary::shared();
     std::set<std::string> names;
-    for (const InstalledFont& font : library->fonts()) names.insert(font.familyName);
+    for (const InstalledFont& font : FontLibrary::current().fonts()) names.insert(font.familyName);
     families_->clear();
     for (const std::string& name : names) {
         const QString family = toQt(name);
@@ -73,8 +72,7 @@ void FontPanelWidget::listFaces() {
         families_->currentItem() ? families_->currentItem()->text().toStdString() : std::string();
     // From light to bold, upright before slanted.
     std::multimap<std::pair<double, int>, const InstalledFont*> faces;
-    const auto library = FontLibrary::shared();
-    for (const InstalledFont& font : library->fonts()) {
+    for (const InstalledFont& font : FontLibrary::current().fonts()) {
         if (font.familyName == family) faces.emplace(std::pair(font.weight, font.slant), &font);
     }
     int regular = 0;
@@ -97,8 +95,7 @@ void FontPanelWidget::choose() {
 void FontPanelWidget::showFont(const Ref<NSFont>& font, bool isMultiple) {
     isFilling_ = true;
     note_->setText(isMultiple ? "Several fonts" : QString());
-    const auto library = FontLibrary::shared();
-    const InstalledFont* installed = font ? library->fontWithName(font->fontName()->utf8()) : nullptr;
+    const InstalledFont* installed = font ? FontLibrary::current().fontWithName(font->fontName()->utf8()) : nullptr;
     if (installed) {
         search_->clear();
         const auto families = families_->findItems(toQt(installed->familyName), Qt::MatchExactly);

@@ -17,70 +17,43 @@ Ref<QzAnnoBits> bitsWith(std::initializer_list<Range> setRanges) {
     return bits;
 }
 
-TEST(QzAnnoBits, EditsGrowShiftAndDescribe) {
+TEST(QzAnnoBits, EditsGrowAndShift) {
     const struct {
         const char* reason;
-        Ref<QzAnnoBits> bits;
-        std::function<void(QzAnnoBits&)> edit;
-        uint32_t size;
-        const char* description;
+        const char* before;
+        void (QzAnnoBits::*edit)(Range);
+        Range range;
+        const char* after;
     } cases[] = {
-        {"a new row is clear", bitsWith({}), [](QzAnnoBits&) {}, 1024, "none"},
-        {"ends are exclusive", bitsWith({{2, 3}, {7, 2}}), [](QzAnnoBits&) {}, 1024, "2-5, 7-9"},
-        {"one position beyond the range exists", bitsWith({{1020, 10}}), [](QzAnnoBits&) {}, 1031, "1020-1030"},
-        {"an empty range still grows the row", bitsWith({{2000, 0}}), [](QzAnnoBits&) {}, 2001, "none"},
-        {"removal keeps the last stretch, and a run at the end has no end number",
-         QzAnnoBits::initWithBytes(std::string(1020, '0') + "1111"),
-         [](QzAnnoBits& b) {
-             b.removeRange({0, 4});
-         },
-         1024, "1016-"},
-        {"growth repeats a set last position", QzAnnoBits::initWithBytes(std::string(1023, '0') + "1"),
-         [](QzAnnoBits& b) { b.getValueAtIndex(1500); }, 1502, "1023-"},
-        {"inserted positions take the state before them", bitsWith({{2, 1}, {8, 1}}),
-         [](QzAnnoBits& b) {
-             b.insertRange({3, 2});
-         },
-         1027, "2-5, 10-11"},
-        {"insertion at the start is clear", bitsWith({{0, 3}}),
-         [](QzAnnoBits& b) {
-             b.insertRange({0, 2});
-         },
-         1027, "2-5"},
-        {"insertion past the end repeats the last state", QzAnnoBits::initWithBytes("01"),
-         [](QzAnnoBits& b) {
-             b.insertRange({5, 2});
-         },
-         8, "1-"},
-        {"a toggle flips each position", bitsWith({{1, 2}}),
-         [](QzAnnoBits& b) {
-             b.toggleRange({0, 4});
-         },
-         1024, "0-1, 3-4"},
-        {"copying takes the other's first positions", bitsWith({}),
-         [](QzAnnoBits& b) {
-             b.copyBits(*bitsWith({{1, 1}, {11, 1}}), {10, 3});
-         },
-         1024, "11-12"},
-        {"foreign bytes read as clear and are repeated by growth", QzAnnoBits::initWithBytes("1x"),
-         [](QzAnnoBits& b) { b.getValueAtIndex(3); }, 5, "0-1"},
+        {"one position beyond the range exists", "0", &QzAnnoBits::setRange, {1, 2}, "0110"},
+        {"an empty range still grows the row", "01", &QzAnnoBits::clearRange, {3, 0}, "0111"},
+        {"a toggle flips each position", "0110", &QzAnnoBits::toggleRange, {0, 3}, "1000"},
+        {"removal keeps the last stretch", "001011", &QzAnnoBits::removeRange, {0, 2}, "101111"},
+        {"inserted positions take the state before them", "0100", &QzAnnoBits::insertRange, {2, 2}, "0111000"},
+        {"insertion at the start is clear", "11", &QzAnnoBits::insertRange, {0, 2}, "00111"},
+        {"insertion past the end repeats the last state", "01", &QzAnnoBits::insertRange, {5, 2}, "01111111"},
+        {"foreign bytes read as clear and are repeated by growth", "1x", &QzAnnoBits::setRange, {3, 0}, "1xxx"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.reason);
-        c.edit(*c.bits);
-        EXPECT_EQ(c.bits->size(), c.size);
-        EXPECT_EQ(c.bits->description(), c.description);
+        const Ref<QzAnnoBits> bits = QzAnnoBits::initWithBytes(c.before);
+        (*bits.*c.edit)(c.range);
+        EXPECT_EQ(bits->bytes(), c.after);
     }
 }
 
+TEST(QzAnnoBits, DescribesItsSetRuns) {
+    EXPECT_EQ(QzAnnoBits::init()->description(), "none");
+    EXPECT_EQ(bitsWith({{2, 3}, {7, 2}})->description(), "2-5, 7-9");
+    EXPECT_EQ(QzAnnoBits::initWithBytes("0x11")->description(), "2-") << "a run at the row's end has no end number";
+}
+
 TEST(QzAnnoBits, CopiesAndSubsetsGrowTheSource) {
-    const Ref<QzAnnoBits> bits = bitsWith({{3, 2}});
-    const Ref<QzAnnoBits> copy = bits->copy();
+    const Ref<QzAnnoBits> bits = bitsWith({{3, 2}}), copy = bits->copy();
     EXPECT_EQ(copy->size(), 1024u);
     EXPECT_EQ(bits->size(), 1025u);
     EXPECT_EQ(bits->annoSubbitsFromRange({1000, 2000})->size(), 2000u);
     EXPECT_EQ(bits->size(), 3001u);
-    EXPECT_EQ(bits->annoSubbitsFromRange({4, 0})->size(), 0u);
     copy->clearRange({0, 10});
     EXPECT_EQ(bits->description(), "3-5");
 }

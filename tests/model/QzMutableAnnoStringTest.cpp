@@ -23,151 +23,81 @@ std::string mask(const QzAnnoString& string, const Ref<QzAnnoKey>& key) {
     return mask;
 }
 
-Ref<QzMutableAnnoString> annotated(const Ref<NSString>& text, const Ref<QzAnnoKey>& key,
-                                   std::initializer_list<Range> ranges) {
+Ref<QzMutableAnnoString> annotated(const Ref<NSString>& text, const Ref<QzAnnoKey>& key, const std::string& mask) {
     const auto string = QzMutableAnnoString::initWithString(text);
-    for (Range range : ranges) string->addAnno(key, range);
+    string->removeAnno(key, {0, 0});
+    for (uint32_t i = 0; i < mask.size(); ++i) {
+        if (mask[i] == '1') string->addAnno(key, {i, 1});
+    }
     return string;
 }
 
-TEST(QzMutableAnnoString, EditsOfTheTextCarryAnnotationsAlong) {
-    const auto xyWithB = annotated("XY"_ns, B, {{0, 2}});
+TEST(QzMutableAnnoString, ReplacedTextCarriesAnnotationsAlong) {
     const struct {
         const char* reason;
-        std::initializer_list<Range> a;  // in abcdef
-        std::function<bool(QzMutableAnnoString&)> edit;
+        const char* before;  // where the key holds in abcdef
+        Range range;
+        Ref<NSString> with;
         const char* text;  // none: refused
-        const char* maskOfA;
+        const char* after;
     } cases[] = {
-        {"an insertion takes the state before it",
-         {{2, 2}},
-         [](auto& s) {
-             return s.replaceCharactersInRange({3, 0}, "XY"_ns);
-         },
-         "abcXYdef",
-         "00111100"},
-        {"nothing is before the start",
-         {{0, 6}},
-         [](auto& s) {
-             return s.replaceCharactersInRange({0, 0}, "XY"_ns);
-         },
-         "XYabcdef",
-         "00111111"},
-        {"a shorter text keeps the first annotations",
-         {{1, 1}, {4, 1}},
-         [](auto& s) {
-             return s.replaceCharactersInRange({1, 3}, "Z"_ns);
-         },
-         "aZef",
-         "0110"},
-        {"a longer text repeats the last replaced one",
-         {{1, 1}},
-         [](auto& s) {
-             return s.replaceCharactersInRange({1, 1}, "XYZ"_ns);
-         },
-         "aXYZcdef",
-         "01110000"},
-        {"a deletion shifts",
-         {{2, 2}},
-         [](auto& s) {
-             return s.deleteCharactersInRange({0, 2});
-         },
-         "cdef",
-         "1100"},
-        {"a key that only the receiver uses goes on over inserted text",
-         {{0, 1}},
-         [&](auto& s) { return s.insertAnnoString(*xyWithB, 1); },
-         "aXYbcdef",
-         "11100000"},
-        {"a replacement by annotated text deletes and inserts",
-         {{2, 4}},
-         [&](auto& s) {
-             return s.replaceCharactersInRange({1, 3}, *xyWithB);
-         },
-         "aXYef",
-         "00011"},
-        {"inserted into itself",
-         {{1, 1}},
-         [](auto& s) { return s.insertAnnoString(s, 2); },
-         "ababcdefcdef",
-         "010100000000"},
-        {"replaced by itself",
-         {{1, 1}},
-         [](auto& s) {
-             return s.replaceCharactersInRange({0, 5}, s);
-         },
-         "abcdeff",
-         "0100000"},
-        {"appended to itself",
-         {{1, 1}, {9, 1}},
-         [](auto& s) { return s.appendAnnoString(s), true; },
-         "abcdefabcdef",
-         "010000010000"},
-        {"past the end",
-         {{1, 1}},
-         [](auto& s) {
-             return s.replaceCharactersInRange({5, 2}, "X"_ns);
-         },
-         nullptr,
-         "010000"},
-        {"an end that wraps",
-         {{1, 1}},
-         [](auto& s) {
-             return s.deleteCharactersInRange({2, 0xFFFFFFFF});
-         },
-         nullptr,
-         "010000"},
-        {"an insertion past the end",
-         {{1, 1}},
-         [&](auto& s) { return s.insertAnnoString(*xyWithB, 7); },
-         nullptr,
-         "010000"},
-        {"a replacement past the end",
-         {{1, 1}},
-         [&](auto& s) {
-             return s.replaceCharactersInRange({7, 0}, *xyWithB);
-         },
-         nullptr,
-         "010000"},
-        {"no text",
-         {{1, 1}},
-         [](auto& s) {
-             return s.replaceCharactersInRange({0, 1}, Ref<NSString>());
-         },
-         nullptr,
-         "010000"},
+        {"an insertion takes the state before it", "001100", {3, 0}, "XY"_ns, "abcXYdef", "00111100"},
+        {"nothing is before the start", "111111", {0, 0}, "XY"_ns, "XYabcdef", "00111111"},
+        {"a shorter text keeps the first annotations", "010010", {1, 3}, "Z"_ns, "aZef", "0110"},
+        {"a longer text repeats the last replaced one", "010000", {1, 1}, "XYZ"_ns, "aXYZcdef", "01110000"},
+        {"a deletion shifts", "001100", {0, 2}, ""_ns, "cdef", "1100"},
+        {"past the end", "010000", {5, 2}, "X"_ns, nullptr, "010000"},
+        {"an end that wraps", "010000", {2, 0xFFFFFFFF}, ""_ns, nullptr, "010000"},
+        {"no text", "010000", {0, 1}, {}, nullptr, "010000"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.reason);
-        const auto string = annotated("abcdef"_ns, A, c.a);
-        EXPECT_EQ(c.edit(*string), c.text != nullptr);
+        const auto string = annotated("abcdef"_ns, A, c.before);
+        EXPECT_EQ(string->replaceCharactersInRange(c.range, c.with), c.text != nullptr);
         EXPECT_EQ(string->string()->utf8(), c.text ? c.text : "abcdef");
-        EXPECT_EQ(mask(*string, A), c.maskOfA);
-        EXPECT_TRUE(c.text || string->allKeys()->count() == 1);
+        EXPECT_EQ(mask(*string, A), c.after);
     }
-    EXPECT_EQ(xyWithB->string()->utf8(), "XY");
+}
+
+TEST(QzMutableAnnoString, TakesInAnnotatedTextItsOwnIncluded) {
+    const auto other = annotated("XY"_ns, B, "11");
+    const auto string = annotated("abcdef"_ns, A, "010000");
+    EXPECT_FALSE(string->insertAnnoString(*other, 7));
+    EXPECT_FALSE(string->replaceCharactersInRange({7, 0}, *other));
+    EXPECT_EQ(string->allKeys()->count(), 1u) << "a refusal changes nothing";
+    EXPECT_TRUE(string->insertAnnoString(*string, 2));
+    EXPECT_EQ(string->string()->utf8(), "ababcdefcdef");
+    EXPECT_EQ(mask(*string, A), "010100000000");
+    EXPECT_TRUE(string->replaceCharactersInRange({3, 9}, *string));
+    EXPECT_EQ(string->string()->utf8(), "abaababcdefcdef");
+    EXPECT_EQ(mask(*string, A), "010010100000000");
+    EXPECT_TRUE(string->replaceCharactersInRange({2, 13}, *other));
+    string->appendAnnoString(*string);
+    EXPECT_EQ(string->string()->utf8(), "abXYabXY");
+    EXPECT_EQ(mask(*string, A), "01110111") << "a key of the receiver alone goes on over inserted text";
+    EXPECT_EQ(mask(*string, B), "00110011");
 }
 
 TEST(QzMutableAnnoString, AppendedTextShowsTheTailOfOtherKeys) {
     const auto plain = QzAnnoString::initWithString("xyz"_ns);
-    const auto clearTail = annotated("abcde"_ns, A, {{0, 5}});
+    const auto clearTail = annotated("abcde"_ns, A, "11111");
     clearTail->appendAnnoString(*plain);
     EXPECT_EQ(mask(*clearTail, A), "11111000");
     EXPECT_EQ(clearTail->frame()->count(), 0u);
 
-    const auto setTail = annotated("abcde"_ns, A, {{6, 1}});
+    const auto setTail = annotated("abcde"_ns, A, "0000001");
     setTail->appendAnnoString(*plain);
     EXPECT_EQ(mask(*setTail, A), "00000010");
 
     // A substring's bit set ends with its text, so growth repeats its last state.
-    const auto grown = annotated("abcde"_ns, A, {{3, 2}})->annoSubstringFromRange({2, 3})->mutableCopy();
-    grown->appendAnnoString(*annotated("xyz"_ns, B, {{1, 1}}));
+    const auto grown = annotated("abcde"_ns, A, "00011")->annoSubstringFromRange({2, 3})->mutableCopy();
+    grown->appendAnnoString(*annotated("xyz"_ns, B, "010"));
     EXPECT_EQ(mask(*grown, A), "011111");
     EXPECT_EQ(mask(*grown, B), "000010");
 }
 
 TEST(QzMutableAnnoString, FrameTogglesSetFirstUnlessEverywhere) {
-    const auto string = annotated("abcde"_ns, A, {{1, 2}});
+    const auto string = annotated("abcde"_ns, A, "011");
     string->toggleFrameAnno(A);
     EXPECT_EQ(mask(*string, A), "11111");
     string->toggleFrameAnno(A);
@@ -179,7 +109,7 @@ TEST(QzMutableAnnoString, FrameTogglesSetFirstUnlessEverywhere) {
 }
 
 TEST(QzMutableAnnoString, NamingNoKeyOrAnUnholdableRangeSetsNothing) {
-    const auto string = annotated("abc"_ns, A, {{1, 1}});
+    const auto string = annotated("abc"_ns, A, "010");
     string->addAnno({}, {0, 3});
     string->toggleFrameAnno({});
     string->setAnnos({}, {0, 3});
@@ -191,8 +121,8 @@ TEST(QzMutableAnnoString, NamingNoKeyOrAnUnholdableRangeSetsNothing) {
 }
 
 TEST(QzMutableAnnoString, TakesOverAnotherStringWithoutSharing) {
-    const auto source = annotated("abc"_ns, A, {{1, 1}});
-    const auto string = annotated("longer text"_ns, B, {{0, 11}});
+    const auto source = annotated("abc"_ns, A, "010");
+    const auto string = annotated("longer text"_ns, B, "11111111111");
     string->setAnnoString(*source);
     EXPECT_TRUE(string->isEqual(*source));
     string->addFrameAnno(A);
