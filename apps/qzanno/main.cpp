@@ -96,7 +96,7 @@ void describeRender(CLI::App& command, RenderOptions& options) {
     command
         .add_option("--direction", options.direction,
                     "Direction of every paragraph: ltr, rtl, or auto by its first letter [auto]")
-        ->transform(CLI::CheckedTransformer(kDirections))
+        ->transform(CLI::CheckedTransformer(kDirections).description(""))
         ->type_name("auto|ltr|rtl");
     auto* box = command.add_flag("-b,--box", options.box, "Only the area round the text, not the whole screen");
     command.add_option(
