@@ -2,10 +2,7 @@
 
 #include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoLayoutManager.h"
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/Palettes.h"
-#include "tests/support/Pixels.h"
+#include "tests/render/MiddleOfScreen.h"
 
 namespace qz {
 namespace {
@@ -20,23 +17,13 @@ constexpr Pixel kRed = {255, 0, 0, 255};
 constexpr Pixel kBlue = {0, 0, 255, 255};
 constexpr Pixel kGreen = {0, 255, 0, 255};
 
-/// Draws one block, white, in the middle of a screen of 400 x 300.
-class LayersTest : public testing::Test {
+/// Draws one block.
+class LayersTest : public MiddleOfScreen {
 protected:
-    LayersTest() { pipeline->setScreenSize({400, 300}, {400, 300}); }
+    LayersTest() : MiddleOfScreen(100) {}
 
     Ref<NSBitmapImageRep> draw(const Attributes& attributes, const char* text = kBlock) {
-        palette = paletteWithGlobals({
-            {QzFontAttribute, "DejaVuSans"_ns},
-            {QzFontSizeAttribute, number(100)},
-            {QzTextColorAttribute, NSColor::whiteColor()},
-            {QzHorizontalAlignmentAttribute, integer(2)},
-            {QzVerticalAlignmentAttribute, integer(1)},
-        });
-        giveAttributes(*palette, palette->lookupAnno({}), attributes);
-        pipeline->setPalette(palette);
-        pipeline->setAnnoString(QzAnnoString::initWithString(NSString::stringWithUTF8String(text)));
-        return pipeline->bitmapInFullScreen(true);
+        return drawText(text, attributes);
     }
 
     /// Where the block alone is drawn: the pixels that it covers wholly.
@@ -55,10 +42,6 @@ protected:
         }
         return runs;
     }
-
-    LogCapture log;
-    Ref<QzAnnoPalette> palette;
-    Ref<QzAnnoStringToScreen> pipeline = QzAnnoStringToScreen::init();
 };
 
 TEST_F(LayersTest, LieInOrderBoxLayerTwoLayerOneGlyphs) {
