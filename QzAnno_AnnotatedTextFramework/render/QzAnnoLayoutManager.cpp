@@ -72,8 +72,6 @@ struct QzAnnoLayoutManager::Layer {
     float width = 0;
     NSPoint offset;
     Ref<NSColor> color;
-    // The slant of the run's glyphs, which their copies share.
-    float obliqueness = 0;
 
     bool isVisible() const { return color && color->alphaComponent() > kVisibleAlpha; }
 
@@ -88,8 +86,6 @@ struct QzAnnoLayoutManager::Layer {
         const auto offset =
             attributes.objectForKey<NSString>(isFirst ? *QzBackgroundOffsetAttribute : *QzBackground2OffsetAttribute);
         if (offset) layer.offset = NSPointFromString(*offset);
-        const auto obliqueness = attributes.objectForKey<NSNumber>(*NSObliquenessAttributeName);
-        if (obliqueness) layer.obliqueness = obliqueness->floatValue();
         return layer;
     }
 };
@@ -224,15 +220,9 @@ void QzAnnoLayoutManager::strokeOutlines(Range glyphRange, const Layer& layer, N
     const GlyphStroke stroke = strokeOf(layer.width);
     context->setColor(layer.color);
     // Every shown glyph of a cluster, not only the first: an accent wants its border as the letter below it does.
-    for (uint64_t glyph = glyphRange.location; glyph < glyphRange.end(); ++glyph) {
-        const auto index = static_cast<uint32_t>(glyph);
-        if (notShownAttributeForGlyphAtIndex(index)) continue;
-        const NSRect line = lineFragmentRectForGlyphAtIndex(index);
-        const NSPoint location = locationForGlyphAtIndex(index);
-        const NSPoint pen = {origin.x + line.origin.x + layer.offset.x + location.x,
-                             origin.y + line.origin.y + layer.offset.y + location.y};
-        const Ref<NSFont> font = fontAtIndex(characterIndexForGlyphAtIndex(index));
-        strokeAndFillGlyph(*context, {glyphAtIndex(index), font, pen, layer.obliqueness}, stroke, *glyphCache());
+    const NSPoint displaced = {origin.x + layer.offset.x, origin.y + layer.offset.y};
+    for (const GlyphAtPlace& glyph : shownGlyphs(glyphRange, displaced)) {
+        strokeAndFillGlyph(*context, glyph, stroke, *glyphCache());
     }
 }
 

@@ -250,7 +250,9 @@ void QzAnnoEditor::setAnno(const Ref<QzAnno>& anno) {
 void QzAnnoEditor::showPage(int32_t page) {
     if (!outlets_.tabview) return;
     outlets_.tabview->selectTabViewItemAtIndex(page);
-    if (const Ref<NSTableView> table = tv_.lock()) table->selectRow(page, false);
+    // A table that has not been drawn yet has not asked for anything.
+    const Ref<NSTableView> asked = tv_.lock();
+    if (const Ref<NSTableView>& table = asked ? asked : outlets_.pages) table->selectRow(page, false);
 }
 
 void QzAnnoEditor::applyAnno(const Ref<QzAnno>& anno) {

@@ -54,6 +54,7 @@ public:
     /// Begins to edit a copy of the annotation; ignored while another is being edited. None only closes the panel.
     void setAnno(const Ref<QzAnno>& anno);
     bool isEditing() const { return editing_; }
+    const Ref<NSWindow>& window() const { return outlets_.annowindow; }
 
     // Actions.
     /// Writes the fields into the palette; any number of times.

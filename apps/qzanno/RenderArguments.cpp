@@ -87,7 +87,7 @@ void addDrawingOptions(CLI::App& command, DrawingOptions& options) {
     command
         .add_option("--direction", options.direction,
                     "Direction of every paragraph: ltr, rtl, or auto by its first letter [auto]")
-        ->transform(CLI::CheckedTransformer(kDirections))
+        ->transform(CLI::CheckedTransformer(kDirections).description(""))
         ->type_name("auto|ltr|rtl");
     addFontFolders(command, options.fontDirectories);
     command
@@ -125,7 +125,7 @@ void describeRender(CLI::App& command, RenderArguments& arguments) {
     command
         .add_option("-j,--jobs", options.jobs,
                     "How many threads render [" + std::to_string(options.jobs) + ", the processors]")
-        ->check(CLI::Range(1u, kJobsMax))
+        ->check(CLI::Range(1u, kJobsMax).description(""))
         ->type_name("N");
     command
         .add_flag("--resume", options.resume, "Leave alone what the manifest says is rendered and whose file is whole")
@@ -145,7 +145,7 @@ void describeRender(CLI::App& command, RenderArguments& arguments) {
     command
         .add_option("--list-commands", arguments.listedShares,
                     "Render nothing; print the commands that render the titles in N shares")
-        ->check(CLI::Range(1u, 1000000u))
+        ->check(CLI::Range(1u, 1000000u).description(""))
         ->type_name("N")
         ->excludes(shard);
 }
@@ -169,10 +169,10 @@ void describeStream(CLI::App& command, StreamOptions& options) {
         ->required();
     addDrawingOptions(command, options.drawing);
     command.add_option("--alpha", options.isStraight, "How colours stand to alpha [straight]")
-        ->transform(CLI::CheckedTransformer(kAlphas))
+        ->transform(CLI::CheckedTransformer(kAlphas).description(""))
         ->type_name("straight|premultiplied");
     command.add_option("--duration", options.duration, "Seconds to write [up to the end of the last caption]")
-        ->check(CLI::Range(0.0, 1e9))
+        ->check(CLI::Range(0.0, 1e9).description(""))
         ->type_name("S");
     command.add_flag("--changes", options.onlyChanges,
                      "Write only frames at which a caption comes or goes, each behind a line with its number, its "

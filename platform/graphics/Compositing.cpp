@@ -22,9 +22,14 @@ PixelRect blendMask(const CoverageMask& mask, StraightColor color, NSBitmapImage
     target.noteDrawn(visible);
     const uint8_t opaque[4] = {color.red, color.green, color.blue, 255};
     const int64_t left = int64_t{visible.x} - dx - mask.box.x, top = int64_t{visible.y} - dy - mask.box.y;
+    // Beyond a mask's edge its rows hold zeros, which change nothing.
+    const size_t whole = (static_cast<size_t>(visible.width) + kPixelBlock - 1) / kPixelBlock * kPixelBlock;
+    const bool hasRoom = int64_t{visible.x} + static_cast<int64_t>(whole) <= target.pixelsWide() &&
+                         left + static_cast<int64_t>(whole) <= mask.stride;
+    const size_t width = hasRoom ? whole : static_cast<size_t>(visible.width);
     for (int32_t i = 0; i < visible.height; ++i) {
-        blendCoverageRow(mask.row(static_cast<int32_t>(top + i)) + left, static_cast<size_t>(visible.width), opaque,
-                         color.alpha, pixelWithin(target, visible.x, visible.y + i));
+        pixelRows().blendCoverage(mask.row(static_cast<int32_t>(top + i)) + left, width, opaque, color.alpha,
+                                  pixelWithin(target, visible.x, visible.y + i));
     }
     return visible;
 }
@@ -35,8 +40,9 @@ PixelRect blendBitmap(const NSBitmapImageRep& source, int32_t x, int32_t y, NSBi
     target.noteDrawn(visible);
     const int64_t left = int64_t{visible.x} - x, top = int64_t{visible.y} - y;
     for (int32_t i = 0; i < visible.height; ++i) {
-        blendPixelRow(source.row(static_cast<int32_t>(top + i)) + 4 * left, static_cast<size_t>(visible.width), alpha,
-                      pixelWithin(target, visible.x, visible.y + i));
+        pixelRows().blendPixels(source.row(static_cast<int32_t>(top + i)) + 4 * left,
+                                static_cast<size_t>(visible.width), alpha,
+                                pixelWithin(target, visible.x, visible.y + i));
     }
     return visible;
 }

@@ -109,7 +109,8 @@ void drawShapeInto(CoverageMask& mask, const DeviceShape& shape, bool antialias)
 
 void makeEmpty(CoverageMask& mask, const PixelRect& box) {
     mask.box = box;
-    mask.stride = cairo_format_stride_for_width(CAIRO_FORMAT_A8, box.width);
+    // Rows of whole blocks, as they are blended; Cairo takes any multiple of four.
+    mask.stride = (box.width + 7) / 8 * 8;
     mask.bytes.assign(static_cast<size_t>(mask.stride) * static_cast<size_t>(box.height), 0);
 }
 
@@ -128,13 +129,15 @@ void renderCoverage(std::span<const DeviceShape> shapes, const PixelRect& box, b
     if (box.isEmpty() || std::max(box.width, box.height) > kCoverageSideMax) return;
     makeEmpty(mask, box);
     // Painted into one mask, one shape lies over another as `uniteMasks` would lay it.
+    bool isFirst = true;
     for (const DeviceShape& shape : shapes) {
         if (shape.pixelBounds(box).isEmpty()) continue;
         if (antialias && isServedByAreas(shape, box)) {
-            addOutlineCoverage(shape, mask);
+            addOutlineCoverage(shape, isFirst, mask);
         } else {
             drawShapeInto(mask, shape, antialias);
         }
+        isFirst = false;
     }
 }
 
@@ -142,8 +145,8 @@ PixelRect uniteMasks(const CoverageMask& mask, int32_t dx, int32_t dy, CoverageM
     const PixelRect common = intersectionOfMoved(mask.box, dx, dy, target.box);
     const int64_t left = int64_t{common.x} - dx - mask.box.x, top = int64_t{common.y} - dy - mask.box.y;
     for (int32_t i = 0; i < common.height; ++i) {
-        uniteCoverageRow(mask.row(static_cast<int32_t>(top + i)) + left, static_cast<size_t>(common.width),
-                         target.row(common.y - target.box.y + i) + (common.x - target.box.x));
+        pixelRows().uniteCoverage(mask.row(static_cast<int32_t>(top + i)) + left, static_cast<size_t>(common.width),
+                                  target.row(common.y - target.box.y + i) + (common.x - target.box.x));
     }
     return common;
 }

@@ -12,9 +12,9 @@ namespace qz {
 /// colour, so it may be kept and blended again, elsewhere and in another colour.
 struct CoverageMask {
     PixelRect box;
-    /// Bytes from one row to the next, a multiple of 4 and at least the box's width.
+    /// Bytes from one row to the next, a multiple of 8 and at least the box's width.
     int32_t stride = 0;
-    /// Rows from the top, stride x height bytes.
+    /// Rows from the top, stride x height bytes; those beyond the width are 0.
     std::vector<uint8_t> bytes;
 
     const uint8_t* row(int32_t index) const {

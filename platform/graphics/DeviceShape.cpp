@@ -248,4 +248,24 @@ DeviceShape DeviceShape::strokeOf(const NSBezierPath& path, const NSAffineTransf
     return shape;
 }
 
+DeviceShape DeviceShape::fillOfGlyph(const NSBezierPath& outline, const NSAffineTransform& toDevice) {
+    DeviceShape shape = fillOf(outline, toDevice);
+    shape.isGlyphOutline_ = true;
+    return shape;
+}
+
+DeviceShape DeviceShape::strokeOfGlyph(const NSBezierPath& outline, const NSAffineTransform& toDevice) {
+    if (outline.lineJoinStyle() == NSLineJoinStyle::miter) {
+        DeviceShape shape = strokeOf(outline, toDevice);
+        shape.isGlyphOutline_ = true;
+        return shape;
+    }
+    // Closed contours have no caps, so the pen reaches as far everywhere.
+    DeviceShape shape = fillOfGlyph(outline, toDevice);
+    shape.pen_ = penOf(outline, toDevice);
+    shape.bounds_ = {};
+    if (shape.pen_ && !shape.pathBounds_.isEmpty()) shape.bounds_ = shape.pathBounds_.grownBy(shape.pen_->halfWidth);
+    return shape;
+}
+
 }  // namespace qz

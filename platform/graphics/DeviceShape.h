@@ -47,6 +47,11 @@ public:
     /// pixel wide.
     static DeviceShape strokeOf(const NSBezierPath& path, const NSAffineTransform& toDevice);
 
+    /// The same of the outline of a glyph: closed contours that wind one way round what is filled. Such shapes are
+    /// rasterised faster.
+    static DeviceShape fillOfGlyph(const NSBezierPath& outline, const NSAffineTransform& toDevice);
+    static DeviceShape strokeOfGlyph(const NSBezierPath& outline, const NSAffineTransform& toDevice);
+
     /// The pixels of `within` that the shape may touch; the zero rectangle when it touches none. A shape with a
     /// coordinate that is not finite, or with a pen flattened to nothing, touches none.
     PixelRect pixelBounds(const PixelRect& within) const { return bounds_.pixels(within); }

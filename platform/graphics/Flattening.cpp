@@ -15,7 +15,8 @@ constexpr double kToleranceMin = 1.0 / 256;
 constexpr double kToleranceMax = 1024;
 
 double secondDifference(Point a, Point b, Point c) {
-    return std::hypot(a.x - 2 * b.x + c.x, a.y - 2 * b.y + c.y);
+    const double x = a.x - 2 * b.x + c.x, y = a.y - 2 * b.y + c.y;
+    return std::sqrt(x * x + y * y);  // coordinates are far from where squares overflow
 }
 
 // Wang's formula: a curve of degree d cut at n equal steps of its parameter leaves its chords by at most d (d - 1) / 8

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
+#include <cstring>
 #include <optional>
+#include <utility>
+
+#include <sys/mman.h>
 
 namespace qz {
 namespace {
@@ -11,6 +14,8 @@ namespace {
 constexpr std::array kBitsPerSample = {1, 2, 4, 8, 12, 16, 32};
 // CMYK and alpha.
 constexpr int32_t kSamplesPerPixelMax = 5;
+// Smaller ones an allocator serves as well.
+constexpr uint64_t kSpareBytesMin = uint64_t{1} << 18;
 
 bool isPossible(const NSBitmapImageRep::Format& format) {
     return !format.isPlanar && format.pixelsWide > 0 && format.pixelsHigh > 0 && format.samplesPerPixel > 0 &&
@@ -33,11 +38,64 @@ std::optional<NSBitmapImageRep::Format> completed(NSBitmapImageRep::Format forma
 
 }  // namespace
 
-void NSBitmapImageRep::Free::operator()(uint8_t* data) const {
-    std::free(data);
+void NSBitmapImageRep::Unmap::operator()(uint8_t* data) const {
+    ::munmap(data, bytes);
 }
 
-NSBitmapImageRep::NSBitmapImageRep(const Format& format, uint8_t* data, std::unique_ptr<uint8_t[], Free> storage)
+/// What a bitmap has left behind, and where it has drawn.
+struct NSBitmapImageRep::Spare {
+    Storage storage{nullptr, Unmap{}};
+    size_t bytesPerRow = 0;
+    PixelRect drawnBox;
+    bool isAllDrawn = false;
+
+    ~Spare() { isGone = true; }
+
+    /// The spare of this thread; none when its last hour has come, which bitmaps of static life outlast.
+    static Spare* ofThread() {
+        thread_local Spare spare;
+        return isGone ? nullptr : &spare;
+    }
+
+    Storage takeCleared() {
+        if (isAllDrawn) {
+            std::memset(storage.get(), 0, storage.get_deleter().bytes);  // a host may have written between rows too
+        } else {
+            const auto left = 4 * static_cast<size_t>(drawnBox.x), width = 4 * static_cast<size_t>(drawnBox.width);
+            uint8_t* row = storage.get() + static_cast<size_t>(drawnBox.y) * bytesPerRow + left;
+            for (int32_t y = 0; y < drawnBox.height; ++y, row += bytesPerRow) std::memset(row, 0, width);
+        }
+        return std::exchange(storage, Storage(nullptr, Unmap{}));
+    }
+
+private:
+    static inline thread_local bool isGone = false;
+};
+
+// Straight from the system, so that pages cost nothing until a row is touched: an allocator that has seen one large
+// block go keeps the next in its own heap, and clears all of it.
+NSBitmapImageRep::Storage NSBitmapImageRep::zeroedStorage(const Format& format) {
+    const uint64_t bytes = static_cast<uint64_t>(format.bytesPerRow) * static_cast<uint64_t>(format.pixelsHigh);
+    if (bytes > kBytesMax) return {nullptr, Unmap{}};
+    Spare* const spare = Spare::ofThread();
+    if (spare && spare->storage && spare->storage.get_deleter().bytes == bytes) return spare->takeCleared();
+    void* const data = ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    return {data == MAP_FAILED ? nullptr : static_cast<uint8_t*>(data), Unmap{bytes}};
+}
+
+NSBitmapImageRep::~NSBitmapImageRep() {
+    const bool isWorthKeeping = storage_ && format_.bitsPerPixel == 32 &&
+                                storage_.get_deleter().bytes >= kSpareBytesMin &&
+                                storage_.get_deleter().bytes <= kSpareBytesMax;
+    Spare* const spare = isWorthKeeping ? Spare::ofThread() : nullptr;
+    if (!spare) return;
+    spare->storage = std::move(storage_);
+    spare->bytesPerRow = static_cast<size_t>(format_.bytesPerRow);
+    spare->drawnBox = drawnBox_;
+    spare->isAllDrawn = drawnBox_ == bounds();
+}
+
+NSBitmapImageRep::NSBitmapImageRep(const Format& format, uint8_t* data, Storage storage)
     : format_(format),
       storage_(std::move(storage)),
       data_(data),
@@ -48,11 +106,8 @@ NSBitmapImageRep::NSBitmapImageRep(const Format& format, uint8_t* data, std::uni
 Ref<NSBitmapImageRep> NSBitmapImageRep::initWithBitmapDataPlanes(uint8_t* data, const Format& format) {
     const auto complete = completed(format);
     if (!complete) return {};
-    if (data) return Ref<NSBitmapImageRep>(new NSBitmapImageRep(*complete, data, nullptr));
-    const uint64_t bytes = static_cast<uint64_t>(complete->bytesPerRow) * static_cast<uint64_t>(complete->pixelsHigh);
-    if (bytes > kBytesMax) return {};
-    // Pages that calloc takes fresh from the system cost nothing until a row is touched.
-    std::unique_ptr<uint8_t[], Free> storage(static_cast<uint8_t*>(std::calloc(bytes, 1)));
+    if (data) return Ref<NSBitmapImageRep>(new NSBitmapImageRep(*complete, data, {nullptr, Unmap{}}));
+    Storage storage = zeroedStorage(*complete);
     if (!storage) return {};
     uint8_t* const pixels = storage.get();
     return Ref<NSBitmapImageRep>(new NSBitmapImageRep(*complete, pixels, std::move(storage)));

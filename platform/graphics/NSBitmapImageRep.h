@@ -29,10 +29,17 @@ public:
     /// Storage of this bitmap's own, zeroed, when `data` is null; otherwise `data` is used as it stands, must hold
     /// bytesPerRow x pixelsHigh bytes, and stays the caller's, who keeps it alive. None for a planar or non-positive
     /// format, rows that do not hold their pixels, or own storage beyond `kBytesMax` or beyond what the system has.
+    ///
+    /// A thread keeps the storage of the last large bitmap of 32-bit pixels that it let go, up to `kSpareBytesMax`, for
+    /// the next one of that size: clearing what was drawn costs a tenth of taking fresh pages from the system.
     static Ref<NSBitmapImageRep> initWithBitmapDataPlanes(uint8_t* data, const Format& format);
 
     /// The most bytes of pixels that a bitmap may own: 1 GiB, 16384 x 16384 pixels.
     static constexpr uint64_t kBytesMax = uint64_t{1} << 30;
+
+    static constexpr uint64_t kSpareBytesMax = uint64_t{1} << 26;
+
+    ~NSBitmapImageRep() override;
 
     /// The pixels. Whoever takes them for writing may draw anywhere, so from then on `drawnBox` is the whole bitmap.
     uint8_t* bitmapData() {
@@ -66,16 +73,21 @@ public:
     std::string className() const override { return "NSBitmapImageRep"; }
 
 private:
-    struct Free {
+    struct Unmap {
+        uint64_t bytes;
         void operator()(uint8_t* data) const;
     };
+    using Storage = std::unique_ptr<uint8_t[], Unmap>;
+    struct Spare;
+
+    static Storage zeroedStorage(const Format& format);
 
     size_t offsetOfRow(int32_t y) const { return static_cast<size_t>(y) * static_cast<size_t>(format_.bytesPerRow); }
 
-    NSBitmapImageRep(const Format& format, uint8_t* data, std::unique_ptr<uint8_t[], Free> storage);
+    NSBitmapImageRep(const Format& format, uint8_t* data, Storage storage);
 
     const Format format_;
-    const std::unique_ptr<uint8_t[], Free> storage_;
+    Storage storage_;
     uint8_t* const data_;
     NSSize size_;
     PixelRect drawnBox_;

@@ -88,10 +88,12 @@ void NSGraphicsContext::drawShapes(std::span<const DeviceShape> shapes, int32_t 
     }
 }
 
-void NSGraphicsContext::drawMask(const CoverageMask& mask, int32_t dx, int32_t dy) {
+void NSGraphicsContext::drawMask(const CoverageMask& mask, int32_t dx, int32_t dy, bool holdsAlpha) {
     if (!state_.color) return;
     if (gathered_) return gather(mask, dx, dy);
-    changedBox_ = unionOf(changedBox_, blendMask(mask, straightColorOf(*state_.color), *bitmap_, dx, dy));
+    StraightColor color = straightColorOf(*state_.color);
+    if (holdsAlpha) color.alpha = 255;
+    changedBox_ = unionOf(changedBox_, blendMask(mask, color, *bitmap_, dx, dy));
 }
 
 void NSGraphicsContext::drawBitmap(const NSBitmapImageRep& bitmap, int32_t x, int32_t y, uint8_t alpha) {

@@ -27,7 +27,7 @@ public:
         : width_(width),
           height_(height),
           stride_(static_cast<size_t>(width) + 2),
-          sums_(stride_ * static_cast<size_t>(height)) {}
+          sums_(stride_ * static_cast<size_t>(height + kRows)) {}
 
     void addLine(Point from, Point to) {
         if (from.y < to.y) {
@@ -37,13 +37,16 @@ public:
         }
     }
 
-    /// The coverage of a row, `width` bytes.
-    void coverRow(int32_t y, uint8_t* coverage) const {
+    /// The coverage of four rows, `width` bytes each: one sum waits for the last, so that rows go side by side.
+    static constexpr int32_t kRows = 4;
+    void coverRows(int32_t y, uint8_t* const (&coverage)[kRows]) const {
         const float* const sums = sums_.data() + stride_ * static_cast<size_t>(y);
-        float sum = 0;
+        float sum[kRows] = {};
         for (int32_t x = 0; x < width_; ++x) {
-            sum += sums[x];
-            coverage[x] = static_cast<uint8_t>(std::min(std::fabs(sum), 1.0f) * 255.0f + 0.5f);
+            for (int32_t i = 0; i < kRows; ++i) {
+                sum[i] += sums[static_cast<size_t>(i) * stride_ + static_cast<size_t>(x)];
+                coverage[i][x] = static_cast<uint8_t>(std::min(std::fabs(sum[i]), 1.0f) * 255.0f + 0.5f);
+            }
         }
     }
 
@@ -258,7 +261,7 @@ bool isEven(const DevicePen& pen) {
            std::fabs(t.m11 * t.m11 + t.m12 * t.m12 - t.m21 * t.m21 - t.m22 * t.m22) < kTolerance;
 }
 
-void addRows(const std::vector<Contour>& contours, int32_t first, int32_t count, CoverageMask& mask) {
+void addRows(const std::vector<Contour>& contours, int32_t first, int32_t count, bool isFirst, CoverageMask& mask) {
     AreaSums sums(mask.box.width, count);
     for (const Contour& contour : contours) {
         for (size_t i = 0; i < contour.size(); ++i) {
@@ -266,10 +269,18 @@ void addRows(const std::vector<Contour>& contours, int32_t first, int32_t count,
             sums.addLine({from.x, from.y - first}, {to.x, to.y - first});
         }
     }
-    std::vector<uint8_t> row(static_cast<size_t>(mask.box.width));
-    for (int32_t y = 0; y < count; ++y) {
-        sums.coverRow(y, row.data());
-        uniteCoverageRow(row.data(), row.size(), mask.row(first + y));
+    const auto width = static_cast<size_t>(mask.box.width);
+    std::vector<uint8_t> spare(AreaSums::kRows * width);
+    for (int32_t y = 0; y < count; y += AreaSums::kRows) {
+        uint8_t* rows[AreaSums::kRows];
+        for (int32_t i = 0; i < AreaSums::kRows; ++i) {
+            const bool isDirect = isFirst && y + i < count;
+            rows[i] = isDirect ? mask.row(first + y + i) : spare.data() + static_cast<size_t>(i) * width;
+        }
+        sums.coverRows(y, rows);
+        for (int32_t i = 0; !isFirst && i < AreaSums::kRows && y + i < count; ++i) {
+            pixelRows().uniteCoverage(rows[i], width, mask.row(first + y + i));
+        }
     }
 }
 
@@ -283,14 +294,14 @@ bool isServedByAreas(const DeviceShape& shape, const PixelRect& box) {
            path.maxY <= static_cast<double>(box.bottom()) + kReachMax;
 }
 
-void addOutlineCoverage(const DeviceShape& shape, CoverageMask& mask) {
+void addOutlineCoverage(const DeviceShape& shape, bool isFirst, CoverageMask& mask) {
     std::vector<Contour> contours = contoursOf(shape, mask.box);
     if (shape.pen()) {
         contours = bordersOf(std::move(contours), *shape.pen(), curveTolerance(shape.path().flatness()));
     }
     const int32_t rowsAtOnce = std::max(1, kSumsMax / mask.box.width);
     for (int32_t y = 0; y < mask.box.height; y += rowsAtOnce) {
-        addRows(contours, y, std::min(rowsAtOnce, mask.box.height - y), mask);
+        addRows(contours, y, std::min(rowsAtOnce, mask.box.height - y), isFirst, mask);
     }
 }
 

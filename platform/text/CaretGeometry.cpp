@@ -3,10 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "platform/text/AttributeNames.h"
-#include "platform/text/Paragraph.h"
 #include "platform/text/ParagraphRange.h"
-#include "platform/text/TextBreaker.h"
 
 namespace qz {
 namespace {
@@ -18,76 +15,6 @@ constexpr float kSelectedLineEnd = 0.25f;
 
 bool isLineEnd(char16_t unit) {
     return endsLine(unit) || unit == u'\n' || unit == u'\r' || unit == 0x0085 || unit == 0x2029;
-}
-
-/// The room of the glyphs of one cluster.
-struct GlyphCluster {
-    Range characters;
-    float left = 0;
-    float width = 0;
-    bool isRightToLeft = false;
-};
-
-GlyphCluster clusterOf(const NSLayoutManager& manager, uint32_t glyph, Range& glyphs, float lineLeft) {
-    GlyphCluster cluster;
-    cluster.characters = manager.characterRangeForGlyphRange({glyph, 1}, &glyphs);
-    cluster.isRightToLeft = manager.isRightToLeftGlyphAtIndex(glyph);
-    bool hasLeft = false;
-    for (uint32_t i = glyphs.location; i < glyphs.end(); ++i) {
-        // A mark hangs over its base and takes no room; its place says nothing about the cluster's.
-        const float advance = manager.advanceForGlyphAtIndex(i);
-        const float left = lineLeft + manager.locationForGlyphAtIndex(i).x;
-        if (advance == 0 && hasLeft) continue;
-        cluster.left = hasLeft && cluster.width != 0 ? std::min(cluster.left, left) : left;
-        hasLeft = true;
-        cluster.width += advance;
-    }
-    return cluster;
-}
-
-/// Shares the cluster's room out among the grapheme clusters that begin in it; what begins none belongs to the cell
-/// before.
-void addCells(const GlyphCluster& cluster, const std::vector<uint8_t>& clusterStarts, uint32_t lineStart,
-              uint32_t textEnd, std::vector<CaretCell>& cells) {
-    std::vector<uint32_t> starts;
-    const uint64_t end = std::min<uint64_t>(cluster.characters.end(), textEnd);
-    for (uint32_t i = cluster.characters.location; i < end; ++i) {
-        if (i == lineStart || clusterStarts[i - lineStart]) starts.push_back(i);
-    }
-    if (starts.empty()) {
-        if (cells.empty() || cluster.characters.location >= textEnd) return;
-        CaretCell& cell = cells.back();
-        cell.characters.length = static_cast<uint32_t>(end) - cell.characters.location;
-        if (cluster.width != 0) {
-            cell.left = std::min(cell.left, cluster.left);
-            cell.right = std::max(cell.right, cluster.left + cluster.width);
-        }
-        return;
-    }
-    const auto count = static_cast<float>(starts.size());
-    for (size_t i = 0; i < starts.size(); ++i) {
-        const uint64_t next = i + 1 < starts.size() ? starts[i + 1] : end;
-        const auto place = static_cast<float>(cluster.isRightToLeft ? starts.size() - 1 - i : i);
-        const float left = cluster.left + cluster.width * place / count;
-        cells.push_back({{starts[i], static_cast<uint32_t>(next - starts[i])},
-                         left,
-                         left + cluster.width / count,
-                         cluster.isRightToLeft});
-    }
-}
-
-bool paragraphIsRightToLeft(const NSAttributedString& text, uint32_t index) {
-    const Range paragraph = paragraphRange(text.characters(), {index, 0});
-    auto direction = NSWritingDirection::natural;
-    if (paragraph.location < text.length()) {
-        const auto style =
-            text.attributesAtIndex(paragraph.location)->objectForKey<NSParagraphStyle>(*NSParagraphStyleAttributeName);
-        if (style) direction = style->values().baseWritingDirection;
-    }
-    uint8_t baseLevel = 0;
-    bidiLevels(std::u16string_view(text.characters()).substr(paragraph.location, paragraph.length), direction,
-               baseLevel);
-    return (baseLevel & 1) != 0;
 }
 
 CaretLine lineOf(const NSLayoutManager& manager, const NSAttributedString& text, Range glyphs, NSRect fragment) {
@@ -102,20 +29,14 @@ CaretLine lineOf(const NSLayoutManager& manager, const NSAttributedString& text,
         --length;
     line.textEnd = line.characters.location + length;
     line.isWrapped = length == characters.size() && line.textEnd < text.length();
-    line.isRightToLeft = paragraphIsRightToLeft(text, line.characters.location);
-    const std::vector<uint8_t> starts = TextBreaker().clustersInText(characters);
-    for (uint32_t glyph = glyphs.location; glyph < glyphs.end();) {
-        Range clusterGlyphs;
-        const GlyphCluster cluster = clusterOf(manager, glyph, clusterGlyphs, fragment.origin.x);
-        addCells(cluster, starts, line.characters.location, line.textEnd, line.cells);
-        glyph = static_cast<uint32_t>(std::max<uint64_t>(clusterGlyphs.end(), glyph + 1));
-    }
-    if (line.cells.empty()) {
-        // A line with nothing to pass has its caret where its line end stands.
-        const GlyphCluster end = clusterOf(manager, glyphs.location, glyphs, fragment.origin.x);
-        line.rect.origin.x = end.left;
+    line.isRightToLeft = manager.isRightToLeftParagraphOfGlyphAtIndex(glyphs.location);
+    line.cells = manager.caretCellsForLineOfGlyphAtIndex(glyphs.location);
+    // A line with nothing to pass has its caret where its line end stands.
+    if (length == 0 && !line.cells.empty()) {
+        line.rect.origin.x = line.cells.front().left;
         line.rect.size.width = 0;
     }
+    std::erase_if(line.cells, [&](const CaretCell& cell) { return cell.characters.location >= line.textEnd; });
     return line;
 }
 

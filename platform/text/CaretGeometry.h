@@ -5,18 +5,10 @@
 
 #include "platform/foundation/NSGeometry.h"
 #include "platform/foundation/Range.h"
+#include "platform/text/CaretCell.h"
 #include "platform/text/NSLayoutManager.h"
 
 namespace qz {
-
-/// The room of one grapheme cluster in a line. Container coordinates. A ligature is shared out evenly among its
-/// clusters.
-struct CaretCell {
-    Range characters;
-    float left = 0;
-    float right = 0;
-    bool isRightToLeft = false;
-};
 
 /// Where a caret stands. Where directions or lines meet, one place of the text is two on the screen: behind the
 /// character before `index`, and before the one at `index`.

@@ -4,10 +4,12 @@
 #include <cstring>
 #include <mutex>
 #include <optional>
+#include <vector>
 
 #include <ft2build.h>
 #include FT_FREETYPE_H
 #include FT_COLOR_H
+#include FT_TRUETYPE_TABLES_H
 
 #include "platform/graphics/SilhouetteTracing.h"
 #include "platform/text/ColourPaint.h"
@@ -70,7 +72,7 @@ public:
 
     bool hasGlyph(NSGlyph glyph) {
         const std::lock_guard lock(mutex_);
-        return open() && (hasPaints(glyph) || hasLayers(glyph) || bitmapGlyph(glyph, INFINITY).bitmap);
+        return open() && (paints({}).hasGlyph(glyph) || hasLayers(glyph) || bitmapGlyph(glyph, INFINITY).bitmap);
     }
 
     NSBezierPath silhouette(NSGlyph glyph) {
@@ -124,6 +126,11 @@ private:
         }
         if (FT_Palette_Data data; FT_Palette_Data_Get(face_, &data) == 0) paletteSize_ = data.num_palette_entries;
         if (FT_Palette_Select(face_, 0, &palette_) != 0) palette_ = nullptr;
+        FT_ULong length = 0;
+        if (FT_Load_Sfnt_Table(face_, FT_MAKE_TAG('C', 'O', 'L', 'R'), 0, nullptr, &length) == 0) {
+            colrTable_.resize(length);
+            FT_Load_Sfnt_Table(face_, FT_MAKE_TAG('C', 'O', 'L', 'R'), 0, colrTable_.data(), &length);
+        }
         return true;
     }
 
@@ -142,13 +149,8 @@ private:
     }
 
     ColourPaint paints(StraightColor foreground) {
-        return {face_, [this, foreground](uint16_t index) { return colorAt(index, foreground); },
+        return {colrTable_, [this, foreground](uint16_t index) { return colorAt(index, foreground); },
                 [this](uint32_t glyph) { return outlineOf(glyph); }};
-    }
-
-    bool hasPaints(NSGlyph glyph) const {
-        FT_OpaquePaint root = {};
-        return FT_Get_Color_Glyph_Paint(face_, glyph, FT_COLOR_NO_ROOT_TRANSFORM, &root);
     }
 
     struct Layer {
@@ -214,6 +216,7 @@ private:
     FT_Face face_ = nullptr;
     FT_Color* palette_ = nullptr;
     uint32_t paletteSize_ = 0;
+    std::vector<uint8_t> colrTable_;
 };
 
 ColourGlyphs::ColourGlyphs(std::span<const uint8_t> file, int index, double unitsPerEm)

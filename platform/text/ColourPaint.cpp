@@ -9,168 +9,157 @@ namespace {
 
 using Point = NSBezierPath::Point;
 
-double fixed(FT_Fixed value) {
-    return static_cast<double>(value) / 65536;
+// Formats of paints. Each but these and the composite is followed by its variable form, which begins alike.
+enum Format {
+    layers = 1,
+    solid = 2,
+    linear = 4,
+    radial = 6,
+    sweep = 8,
+    glyphOutline = 10,
+    colourGlyph = 11,
+    matrix = 12,
+    translation = 14,
+    scale = 16,
+    scaleAround = 18,
+    evenScale = 20,
+    evenScaleAround = 22,
+    rotation = 24,
+    rotationAround = 26,
+    skew = 28,
+    skewAround = 30,
+    composite = 32
+};
+
+constexpr int plainFormOf(int format) {
+    const bool isVariable =
+        format > Format::layers && format < Format::composite && format % 2 == 1 && format != Format::colourGlyph;
+    return isVariable ? format - 1 : format;
 }
 
-// Angles are kept as parts of half a turn.
-double angleOf(FT_Fixed value) {
-    return fixed(value) * std::numbers::pi;
-}
-
-Point pointOf(const FT_Vector& vector) {
-    return {fixed(vector.x), fixed(vector.y)};
-}
-
-NSAffineTransform around(FT_Fixed x, FT_Fixed y, NSAffineTransform transform) {
-    const double cx = fixed(x), cy = fixed(y);
-    transform.tX = cx - transform.m11 * cx - transform.m21 * cy;
-    transform.tY = cy - transform.m12 * cx - transform.m22 * cy;
+NSAffineTransform around(Point centre, NSAffineTransform transform) {
+    transform.tX = centre.x - transform.m11 * centre.x - transform.m21 * centre.y;
+    transform.tY = centre.y - transform.m12 * centre.x - transform.m22 * centre.y;
     return transform;
 }
 
-NSAffineTransform transformOf(const FT_PaintTransform& paint) {
-    const FT_Affine23& a = paint.affine;
-    return {.m11 = fixed(a.xx),
-            .m12 = fixed(a.yx),
-            .m21 = fixed(a.xy),
-            .m22 = fixed(a.yy),
-            .tX = fixed(a.dx),
-            .tY = fixed(a.dy)};
-}
-
-NSAffineTransform transformOf(const FT_PaintRotate& paint) {
-    const double c = std::cos(angleOf(paint.angle)), s = std::sin(angleOf(paint.angle));
-    return around(paint.center_x, paint.center_y, {.m11 = c, .m12 = s, .m21 = -s, .m22 = c});
-}
-
-NSAffineTransform transformOf(const FT_PaintSkew& paint) {
-    return around(paint.center_x, paint.center_y,
-                  {.m11 = 1,
-                   .m12 = std::tan(angleOf(paint.y_skew_angle)),
-                   .m21 = -std::tan(angleOf(paint.x_skew_angle)),
-                   .m22 = 1});
-}
-
-// Colours run from p0 towards p1 and are the same along every line parallel to that from p0 to p2: the part of p1 - p0
-// that is square to it.
-Gradient gradientOf(const FT_PaintLinearGradient& paint) {
-    const Point p0 = pointOf(paint.p0), p1 = pointOf(paint.p1), p2 = pointOf(paint.p2);
+// The end of the line of colours: they run from p0 towards p1 and are the same along every line parallel to that from
+// p0 to p2, so only the part of p1 - p0 that is square to it counts.
+Point endOfLine(Point p0, Point p1, Point p2) {
     const double x = -(p2.y - p0.y), y = p2.x - p0.x, square = x * x + y * y;
-    Gradient gradient{.kind = Gradient::Kind::linear, .start = p0, .end = p1, .stops = {}};
-    if (square == 0) return gradient;
+    if (square == 0) return p1;
     const double along = ((p1.x - p0.x) * x + (p1.y - p0.y) * y) / square;
-    gradient.end = {p0.x + along * x, p0.y + along * y};
-    return gradient;
-}
-
-Gradient gradientOf(const FT_PaintRadialGradient& paint) {
-    return {.kind = Gradient::Kind::radial,
-            .start = pointOf(paint.c0),
-            .end = pointOf(paint.c1),
-            .startRadius = fixed(paint.r0),
-            .endRadius = fixed(paint.r1),
-            .stops = {}};
-}
-
-// The table keeps these angles less half a turn, so that a whole one fits its numbers.
-Gradient gradientOf(const FT_PaintSweepGradient& paint) {
-    return {.kind = Gradient::Kind::sweep,
-            .start = pointOf(paint.center),
-            .startAngle = angleOf(paint.start_angle) + std::numbers::pi,
-            .endAngle = angleOf(paint.end_angle) + std::numbers::pi,
-            .stops = {}};
+    return {p0.x + along * x, p0.y + along * y};
 }
 
 }  // namespace
 
-bool ColourPaint::begin(uint32_t glyph) {
+uint32_t ColourPaint::number(uint64_t offset, int bytes) const {
+    if (offset + static_cast<uint64_t>(bytes) > table_.size()) return 0;
+    uint32_t value = 0;
+    for (int i = 0; i < bytes; ++i) value = value << 8 | table_[static_cast<size_t>(offset) + static_cast<size_t>(i)];
+    return value;
+}
+
+double ColourPaint::signed16(uint64_t offset) const {
+    return static_cast<int16_t>(number(offset, 2));
+}
+
+double ColourPaint::fixed16(uint64_t offset) const {
+    return signed16(offset) / 16384;
+}
+
+double ColourPaint::fixed32(uint64_t offset) const {
+    return static_cast<double>(static_cast<int32_t>(number(offset, 4))) / 65536;
+}
+
+Point ColourPaint::pointAt(uint64_t offset) const {
+    return {signed16(offset), signed16(offset + 2)};
+}
+
+StraightColor ColourPaint::colorAt(uint64_t offset) const {
+    StraightColor color = palette_(static_cast<uint16_t>(number(offset, 2)));
+    color.alpha = static_cast<uint8_t>(std::lround(color.alpha * std::clamp(fixed16(offset + 2), 0.0, 1.0)));
+    return color;
+}
+
+uint64_t ColourPaint::childOf(uint64_t paint, uint64_t offset) const {
+    const uint32_t distance = number(paint + offset, 3);
+    return distance == 0 ? 0 : paint + distance;
+}
+
+uint64_t ColourPaint::paintOfGlyph(uint32_t glyph) const {
+    constexpr uint64_t kListOffset = 14, kCountBytes = 4, kRecordBytes = 6;
+    const uint64_t list = number(kListOffset, 4);
+    if (number(0, 2) < 1 || list == 0) return 0;
+    // Records in the order of their glyphs.
+    for (uint64_t low = 0, high = number(list, 4); low < high;) {
+        const uint64_t middle = (low + high) / 2, record = list + kCountBytes + kRecordBytes * middle;
+        const uint32_t found = number(record, 2);
+        if (found == glyph) return number(record + 2, 4) == 0 ? 0 : list + number(record + 2, 4);
+        if (found < glyph)
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    return 0;
+}
+
+bool ColourPaint::walkGlyph(uint32_t glyph) {
     paintsLeft_ = kPaintsMax;
     silhouette_ = {};
-    FT_OpaquePaint root = {};
-    if (!FT_Get_Color_Glyph_Paint(face_, glyph, FT_COLOR_NO_ROOT_TRANSFORM, &root)) return false;
-    walk(root, {}, 0);
-    return true;
+    const uint64_t paint = paintOfGlyph(glyph);
+    if (paint != 0) walk(paint, {}, 0);
+    return paint != 0;
 }
 
 bool ColourPaint::paintGlyph(uint32_t glyph, PictureCanvas& canvas) {
     canvas_ = &canvas;
-    return begin(glyph);
+    return walkGlyph(glyph);
 }
 
 std::optional<NSBezierPath> ColourPaint::silhouetteOfGlyph(uint32_t glyph) {
     canvas_ = nullptr;
-    if (!begin(glyph)) return std::nullopt;
+    if (!walkGlyph(glyph)) return std::nullopt;
     return std::move(silhouette_);
 }
 
-void ColourPaint::walk(FT_OpaquePaint opaque, const NSAffineTransform& toRoot, int depth) {
-    FT_COLR_Paint paint = {};
-    if (depth > kDepthMax || --paintsLeft_ < 0 || !FT_Get_Paint(face_, opaque, &paint)) return;
-    switch (paint.format) {
-        case FT_COLR_PAINTFORMAT_COLR_LAYERS: {
-            FT_OpaquePaint layer = {};
-            while (FT_Get_Paint_Layers(face_, &paint.u.colr_layers.layer_iterator, &layer)) {
-                walk(layer, toRoot, depth + 1);
-            }
+void ColourPaint::walk(uint64_t paint, const NSAffineTransform& toRoot, int depth) {
+    if (paint == 0 || depth > kDepthMax || --paintsLeft_ < 0) return;
+    const int format = plainFormOf(static_cast<int>(number(paint, 1)));
+    switch (format) {
+        case Format::layers:
+            return walkLayers(paint, toRoot, depth);
+        case Format::solid:
+            if (canvas_) canvas_->paint(colorAt(paint + 1));
             return;
-        }
-        case FT_COLR_PAINTFORMAT_SOLID:
-            if (canvas_) canvas_->paint(colorOf(paint.u.solid.color));
-            return;
-        case FT_COLR_PAINTFORMAT_LINEAR_GRADIENT:
-            return this->paint(gradientOf(paint.u.linear_gradient), paint.u.linear_gradient.colorline);
-        case FT_COLR_PAINTFORMAT_RADIAL_GRADIENT:
-            return this->paint(gradientOf(paint.u.radial_gradient), paint.u.radial_gradient.colorline);
-        case FT_COLR_PAINTFORMAT_SWEEP_GRADIENT:
-            return this->paint(gradientOf(paint.u.sweep_gradient), paint.u.sweep_gradient.colorline);
-        case FT_COLR_PAINTFORMAT_GLYPH:
-            return walkOutline(paint.u.glyph, toRoot, depth);
-        case FT_COLR_PAINTFORMAT_COLR_GLYPH: {
-            FT_OpaquePaint root = {};
-            const FT_UInt glyph = paint.u.colr_glyph.glyphID;
-            if (FT_Get_Color_Glyph_Paint(face_, glyph, FT_COLOR_NO_ROOT_TRANSFORM, &root))
-                walk(root, toRoot, depth + 1);
-            return;
-        }
-        case FT_COLR_PAINTFORMAT_TRANSFORM:
-            return walkTransformed(paint.u.transform.paint, transformOf(paint.u.transform), toRoot, depth);
-        case FT_COLR_PAINTFORMAT_TRANSLATE:
-            return walkTransformed(paint.u.translate.paint,
-                                   {.tX = fixed(paint.u.translate.dx), .tY = fixed(paint.u.translate.dy)}, toRoot,
-                                   depth);
-        case FT_COLR_PAINTFORMAT_SCALE: {
-            const FT_PaintScale& scale = paint.u.scale;
-            return walkTransformed(
-                scale.paint,
-                around(scale.center_x, scale.center_y, {.m11 = fixed(scale.scale_x), .m22 = fixed(scale.scale_y)}),
-                toRoot, depth);
-        }
-        case FT_COLR_PAINTFORMAT_ROTATE:
-            return walkTransformed(paint.u.rotate.paint, transformOf(paint.u.rotate), toRoot, depth);
-        case FT_COLR_PAINTFORMAT_SKEW:
-            return walkTransformed(paint.u.skew.paint, transformOf(paint.u.skew), toRoot, depth);
-        case FT_COLR_PAINTFORMAT_COMPOSITE:
-            return walkComposite(paint.u.composite, toRoot, depth);
+        case Format::glyphOutline:
+            return walkOutline(paint, toRoot, depth);
+        case Format::colourGlyph:
+            return walk(paintOfGlyph(number(paint + 1, 2)), toRoot, depth + 1);
+        case Format::composite:
+            return walkComposite(paint, toRoot, depth);
         default:
-            return;
+            break;
+    }
+    if (const auto transform = transformOf(paint, format)) return walkTransformed(paint, *transform, toRoot, depth);
+    if (!canvas_) return;
+    if (const auto gradient = gradientOf(paint, format)) canvas_->paint(*gradient);
+}
+
+void ColourPaint::walkLayers(uint64_t paint, const NSAffineTransform& toRoot, int depth) {
+    constexpr uint64_t kListOffset = 18, kCountBytes = 4;
+    const uint64_t list = number(kListOffset, 4);
+    const uint64_t count = number(paint + 1, 1), first = number(paint + 2, 4);
+    if (list == 0 || first + count > number(list, 4)) return;
+    for (uint64_t i = first; i < first + count; ++i) {
+        const uint32_t distance = number(list + kCountBytes + 4 * i, 4);
+        if (distance != 0) walk(list + distance, toRoot, depth + 1);
     }
 }
 
-void ColourPaint::walkTransformed(FT_OpaquePaint opaque, const NSAffineTransform& transform,
-                                  const NSAffineTransform& toRoot, int depth) {
-    NSAffineTransform nested = toRoot;
-    nested.prependTransform(transform);
-    if (canvas_) {
-        canvas_->save();
-        canvas_->concat(transform);
-    }
-    walk(opaque, nested, depth + 1);
-    if (canvas_) canvas_->restore();
-}
-
-void ColourPaint::walkOutline(const FT_PaintGlyph& paint, const NSAffineTransform& toRoot, int depth) {
-    NSBezierPath outline = outlines_(paint.glyphID);
+void ColourPaint::walkOutline(uint64_t paint, const NSAffineTransform& toRoot, int depth) {
+    NSBezierPath outline = outlines_(number(paint + 4, 2));
     if (!canvas_) {
         // What lies inside is cut to this outline, so nothing of it reaches farther.
         outline.transformUsingAffineTransform(toRoot);
@@ -179,43 +168,117 @@ void ColourPaint::walkOutline(const FT_PaintGlyph& paint, const NSAffineTransfor
     }
     canvas_->save();
     canvas_->clip(outline);
-    walk(paint.paint, toRoot, depth + 1);
+    walk(childOf(paint, 1), toRoot, depth + 1);
     canvas_->restore();
 }
 
-void ColourPaint::walkComposite(const FT_PaintComposite& paint, const NSAffineTransform& toRoot, int depth) {
-    if (!canvas_) {
-        walk(paint.backdrop_paint, toRoot, depth + 1);
-        return walk(paint.source_paint, toRoot, depth + 1);
+void ColourPaint::walkTransformed(uint64_t paint, const NSAffineTransform& transform, const NSAffineTransform& toRoot,
+                                  int depth) {
+    NSAffineTransform nested = toRoot;
+    nested.prependTransform(transform);
+    if (canvas_) {
+        canvas_->save();
+        canvas_->concat(transform);
     }
-    const auto mode = static_cast<size_t>(paint.composite_mode);
-    const bool isKnown = mode <= static_cast<size_t>(CompositeMode::luminosity);
+    walk(childOf(paint, 1), nested, depth + 1);
+    if (canvas_) canvas_->restore();
+}
+
+void ColourPaint::walkComposite(uint64_t paint, const NSAffineTransform& toRoot, int depth) {
+    const uint64_t source = childOf(paint, 1), backdrop = childOf(paint, 5);
+    if (!canvas_) {
+        walk(backdrop, toRoot, depth + 1);
+        return walk(source, toRoot, depth + 1);
+    }
+    const uint32_t mode = number(paint + 4, 1);
+    const bool isKnown = mode <= static_cast<uint32_t>(CompositeMode::luminosity);
     canvas_->beginGroup();
-    walk(paint.backdrop_paint, toRoot, depth + 1);
+    walk(backdrop, toRoot, depth + 1);
     canvas_->beginGroup();
-    walk(paint.source_paint, toRoot, depth + 1);
+    walk(source, toRoot, depth + 1);
     canvas_->endGroup(isKnown ? static_cast<CompositeMode>(mode) : CompositeMode::sourceOver);
     canvas_->endGroup(CompositeMode::sourceOver);
 }
 
-void ColourPaint::paint(Gradient gradient, FT_ColorLine& line) {
-    if (!canvas_) return;
-    FT_ColorStop stop = {};
-    while (FT_Get_Colorline_Stops(face_, &stop, &line.color_stop_iterator)) {
-        gradient.stops.push_back({static_cast<double>(stop.stop_offset) / 16384, colorOf(stop.color)});
+std::optional<NSAffineTransform> ColourPaint::transformOf(uint64_t paint, int format) const {
+    const uint64_t values = paint + 4;
+    // Angles are kept as parts of half a turn.
+    const auto angle = [&](uint64_t offset) { return fixed16(offset) * std::numbers::pi; };
+    switch (format) {
+        case Format::matrix: {
+            const uint64_t m = childOf(paint, 4);
+            if (m == 0) return std::nullopt;
+            return NSAffineTransform{.m11 = fixed32(m),
+                                     .m12 = fixed32(m + 4),
+                                     .m21 = fixed32(m + 8),
+                                     .m22 = fixed32(m + 12),
+                                     .tX = fixed32(m + 16),
+                                     .tY = fixed32(m + 20)};
+        }
+        case Format::translation:
+            return NSAffineTransform{.tX = signed16(values), .tY = signed16(values + 2)};
+        case Format::scale:
+        case Format::scaleAround: {
+            const Point centre = format == Format::scale ? Point{0, 0} : pointAt(values + 4);
+            return around(centre, {.m11 = fixed16(values), .m22 = fixed16(values + 2)});
+        }
+        case Format::evenScale:
+        case Format::evenScaleAround: {
+            const Point centre = format == Format::evenScale ? Point{0, 0} : pointAt(values + 2);
+            return around(centre, {.m11 = fixed16(values), .m22 = fixed16(values)});
+        }
+        case Format::rotation:
+        case Format::rotationAround: {
+            const double c = std::cos(angle(values)), s = std::sin(angle(values));
+            const Point centre = format == Format::rotation ? Point{0, 0} : pointAt(values + 2);
+            return around(centre, {.m11 = c, .m12 = s, .m21 = -s, .m22 = c});
+        }
+        case Format::skew:
+        case Format::skewAround: {
+            const Point centre = format == Format::skew ? Point{0, 0} : pointAt(values + 4);
+            return around(centre, {.m12 = std::tan(angle(values + 2)), .m21 = -std::tan(angle(values))});
+        }
+        default:
+            return std::nullopt;
     }
-    if (gradient.stops.empty()) return;
-    std::ranges::stable_sort(gradient.stops, {}, &GradientStop::offset);
-    if (line.extend == FT_COLR_PAINT_EXTEND_REPEAT) gradient.extend = Gradient::Extend::repeat;
-    if (line.extend == FT_COLR_PAINT_EXTEND_REFLECT) gradient.extend = Gradient::Extend::reflect;
-    canvas_->paint(gradient);
 }
 
-StraightColor ColourPaint::colorOf(const FT_ColorIndex& index) const {
-    StraightColor color = palette_(index.palette_index);
-    const double alpha = std::clamp(static_cast<double>(index.alpha) / 16384, 0.0, 1.0);
-    color.alpha = static_cast<uint8_t>(std::lround(color.alpha * alpha));
-    return color;
+std::optional<Gradient> ColourPaint::gradientOf(uint64_t paint, int format) const {
+    const uint64_t line = childOf(paint, 1), values = paint + 4;
+    if (line == 0) return std::nullopt;
+    Gradient gradient;
+    switch (format) {
+        case Format::linear:
+            gradient.start = pointAt(values);
+            gradient.end = endOfLine(gradient.start, pointAt(values + 4), pointAt(values + 8));
+            break;
+        case Format::radial:
+            gradient.kind = Gradient::Kind::radial;
+            gradient.start = pointAt(values);
+            gradient.startRadius = number(values + 4, 2);
+            gradient.end = pointAt(values + 6);
+            gradient.endRadius = number(values + 10, 2);
+            break;
+        case Format::sweep:
+            gradient.kind = Gradient::Kind::sweep;
+            gradient.start = pointAt(values);
+            // These angles are kept less half a turn, so that a whole one fits the numbers.
+            gradient.startAngle = (fixed16(values + 4) + 1) * std::numbers::pi;
+            gradient.endAngle = (fixed16(values + 6) + 1) * std::numbers::pi;
+            break;
+        default:
+            return std::nullopt;
+    }
+    const uint32_t extend = number(line, 1), count = number(line + 1, 2);
+    if (extend == 1) gradient.extend = Gradient::Extend::repeat;
+    if (extend == 2) gradient.extend = Gradient::Extend::reflect;
+    const bool isVariable = number(paint, 1) % 2 == 1;
+    const uint64_t stopBytes = isVariable ? 10 : 6;
+    for (uint64_t i = 0, stop = line + 3; i < count && stop + 6 <= table_.size(); ++i, stop += stopBytes) {
+        gradient.stops.push_back({fixed16(stop), colorAt(stop + 2)});
+    }
+    std::ranges::stable_sort(gradient.stops, {}, &GradientStop::offset);
+    return gradient;
 }
 
 }  // namespace qz

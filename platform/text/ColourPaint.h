@@ -1,10 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <optional>
-
-#include <ft2build.h>
-#include FT_COLOR_H
+#include <span>
 
 #include "platform/graphics/PictureCanvas.h"
 
@@ -12,17 +11,20 @@ namespace qz {
 
 /// Walks the graph of paints of a COLR version 1 glyph (OpenType 1.9, "COLR - Color Table"). Font units, y upward.
 ///
-/// A font may nest paints without end, or name the same ones again and again: the depth and the number of paints are
-/// bounded, and what lies beyond is left out.
+/// Read from the table itself: the libraries of this generation do not hand the graph out. Variable paints are those of
+/// the font's default instance. A font may nest paints without end, or name the same ones again and again: the depth
+/// and the number of paints are bounded, and what lies beyond, or outside the table, is left out.
 class ColourPaint {
 public:
     /// A colour of the palette by its index; 0xFFFF is the text's own.
     using Palette = std::function<StraightColor(uint16_t)>;
     using Outlines = std::function<NSBezierPath(uint32_t glyph)>;
 
-    ColourPaint(FT_Face face, Palette palette, Outlines outlines)
-        : face_(face), palette_(std::move(palette)), outlines_(std::move(outlines)) {}
+    /// `table` outlives this.
+    ColourPaint(std::span<const uint8_t> table, Palette palette, Outlines outlines)
+        : table_(table), palette_(std::move(palette)), outlines_(std::move(outlines)) {}
 
+    bool hasGlyph(uint32_t glyph) const { return paintOfGlyph(glyph) != 0; }
     /// False when the glyph has no paints.
     bool paintGlyph(uint32_t glyph, PictureCanvas& canvas);
     /// The outlines of everything that is painted. None when the glyph has no paints.
@@ -32,19 +34,32 @@ private:
     static constexpr int kDepthMax = 64;
     static constexpr int kPaintsMax = 4096;
 
-    bool begin(uint32_t glyph);
-    void walk(FT_OpaquePaint opaque, const NSAffineTransform& toRoot, int depth);
-    void walkTransformed(FT_OpaquePaint opaque, const NSAffineTransform& transform, const NSAffineTransform& toRoot,
-                         int depth);
-    void walkOutline(const FT_PaintGlyph& paint, const NSAffineTransform& toRoot, int depth);
-    void walkComposite(const FT_PaintComposite& paint, const NSAffineTransform& toRoot, int depth);
-    void paint(Gradient gradient, FT_ColorLine& line);
-    StraightColor colorOf(const FT_ColorIndex& index) const;
+    // Big-endian numbers at an offset from the start of the table; 0 beyond its end.
+    uint32_t number(uint64_t offset, int bytes) const;
+    double signed16(uint64_t offset) const;
+    double fixed16(uint64_t offset) const;  ///< 2.14
+    double fixed32(uint64_t offset) const;  ///< 16.16
+    NSBezierPath::Point pointAt(uint64_t offset) const;
+    StraightColor colorAt(uint64_t offset) const;
+    /// The place of a paint or table that a paint names by a distance from its own start; 0 for none.
+    uint64_t childOf(uint64_t paint, uint64_t offset) const;
 
-    const FT_Face face_;
+    /// All places of paints count from the start of the table; 0 stands for none.
+    uint64_t paintOfGlyph(uint32_t glyph) const;
+    bool walkGlyph(uint32_t glyph);
+    void walk(uint64_t paint, const NSAffineTransform& toRoot, int depth);
+    void walkLayers(uint64_t paint, const NSAffineTransform& toRoot, int depth);
+    void walkOutline(uint64_t paint, const NSAffineTransform& toRoot, int depth);
+    void walkTransformed(uint64_t paint, const NSAffineTransform& transform, const NSAffineTransform& toRoot,
+                         int depth);
+    void walkComposite(uint64_t paint, const NSAffineTransform& toRoot, int depth);
+    std::optional<NSAffineTransform> transformOf(uint64_t paint, int format) const;
+    std::optional<Gradient> gradientOf(uint64_t paint, int format) const;
+
+    const std::span<const uint8_t> table_;
     const Palette palette_;
     const Outlines outlines_;
-    // What the walk is for: one of the two.
+    // What the walk is for: a picture, or without one the silhouette.
     PictureCanvas* canvas_ = nullptr;
     NSBezierPath silhouette_;
     int paintsLeft_ = 0;

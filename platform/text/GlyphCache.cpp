@@ -1,15 +1,17 @@
 #include "platform/text/GlyphCache.h"
 
-#include <list>
+#include <algorithm>
+#include <memory_resource>
 #include <unordered_map>
+#include <vector>
 
 #include "platform/text/GlyphImage.h"
 
 namespace qz {
 namespace {
 
-// What an entry takes besides its pixels: itself, its key a second time, the links of two containers.
-constexpr uint64_t kBytesPerEntry = 2 * sizeof(GlyphKey) + sizeof(GlyphImage) + 96;
+// What an entry takes besides its pixels: its key, itself, its links in the map.
+constexpr uint64_t kBytesPerEntry = sizeof(GlyphKey) + sizeof(GlyphImage) + 64;
 // An image is kept only when this many of its size would fit.
 constexpr uint64_t kImagesMin = 16;
 
@@ -21,21 +23,34 @@ uint64_t bytesKeptFor(const GlyphImage& image) {
 
 struct GlyphCache::Store {
     struct Entry {
-        GlyphKey key;
+        // Of the store's clock. A list in the order of use would touch two neighbours at every hit.
+        uint64_t lastUsed = 0;
         GlyphImage image;
     };
+    using Entries = std::pmr::unordered_map<GlyphKey, Entry, GlyphKeyHash>;
 
-    /// The last used first.
-    std::list<Entry> entries;
-    std::unordered_map<GlyphKey, std::list<Entry>::iterator, GlyphKeyHash> byKey;
+    // Side by side in the order in which they were made, which is that in which the next frame looks for them.
+    std::pmr::unsynchronized_pool_resource pool;
+    Entries entries{&pool};
+    uint64_t clock = 0;
     uint64_t bytesMax = kBytesMaxDefault;
     Statistics statistics;
 
-    void removeLast() {
-        statistics.bytes -= bytesKeptFor(entries.back().image);
+    void remove(Entries::iterator entry) {
+        statistics.bytes -= bytesKeptFor(entry->second.image);
         --statistics.images;
-        byKey.erase(entries.back().key);
-        entries.pop_back();
+        entries.erase(entry);
+    }
+
+    /// Removes what was used longest ago until no more than `bytes` are kept. Returns how many images that were.
+    uint64_t shrinkTo(uint64_t bytes) {
+        if (statistics.bytes <= bytes) return 0;
+        std::vector<Entries::iterator> oldestFirst;
+        for (auto entry = entries.begin(); entry != entries.end(); ++entry) oldestFirst.push_back(entry);
+        std::ranges::sort(oldestFirst, {}, [](const auto& entry) { return entry->second.lastUsed; });
+        uint64_t removed = 0;
+        for (; statistics.bytes > bytes; ++removed) remove(oldestFirst[removed]);
+        return removed;
     }
 };
 
@@ -52,7 +67,7 @@ uint64_t GlyphCache::bytesMax() const {
 
 void GlyphCache::setBytesMax(uint64_t bytes) {
     store_->bytesMax = bytes;
-    while (store_->statistics.bytes > bytes) store_->removeLast();
+    store_->shrinkTo(bytes);
 }
 
 const GlyphCache::Statistics& GlyphCache::statistics() const {
@@ -60,18 +75,18 @@ const GlyphCache::Statistics& GlyphCache::statistics() const {
 }
 
 void GlyphCache::removeAll() {
-    while (!store_->entries.empty()) store_->removeLast();
+    store_->shrinkTo(0);
 }
 
 const GlyphImage* GlyphCache::find(const GlyphKey& key) {
-    const auto found = store_->byKey.find(key);
-    if (found == store_->byKey.end()) {
+    const auto found = store_->entries.find(key);
+    if (found == store_->entries.end()) {
         ++store_->statistics.misses;
         return nullptr;
     }
     ++store_->statistics.hits;
-    store_->entries.splice(store_->entries.begin(), store_->entries, found->second);
-    return &found->second->image;
+    found->second.lastUsed = ++store_->clock;
+    return &found->second.image;
 }
 
 bool GlyphCache::hasRoomFor(uint64_t bytes) const {
@@ -81,12 +96,11 @@ bool GlyphCache::hasRoomFor(uint64_t bytes) const {
 void GlyphCache::add(const GlyphKey& key, GlyphImage image) {
     if (!hasRoomFor(image.bytes())) return;
     const uint64_t bytes = bytesKeptFor(image);
-    while (store_->statistics.bytes + bytes > store_->bytesMax) {
-        store_->removeLast();
-        ++store_->statistics.evictions;
+    // An eighth at a time, since finding what to remove takes a look at all.
+    if (store_->statistics.bytes + bytes > store_->bytesMax) {
+        store_->statistics.evictions += store_->shrinkTo(store_->bytesMax - store_->bytesMax / 8);
     }
-    store_->entries.push_front({key, std::move(image)});
-    store_->byKey.emplace(key, store_->entries.begin());
+    store_->entries.try_emplace(key, Store::Entry{++store_->clock, std::move(image)});
     store_->statistics.bytes += bytes;
     ++store_->statistics.images;
 }

@@ -67,30 +67,28 @@ NSAffineTransform upright(float obliqueness) {
 }
 
 NSBezierPath outlineOf(const GlyphAtPlace& glyph) {
-    NSBezierPath path;
-    path.moveToPoint({0, 0});
-    appendBezierPathWithGlyph(path, glyph.glyph, *glyph.font);
-    path.transformUsingAffineTransform(upright(glyph.obliqueness));
+    const FontFace& face = glyph.font->face();
+    const double scale = glyph.font->pointSize() / face.unitsPerEm();
+    NSAffineTransform transform = upright(glyph.obliqueness);
+    transform.prependTransform({.m11 = scale, .m22 = scale});
+    NSBezierPath path = *face.outlineOfGlyph(glyph.glyph);
+    path.transformUsingAffineTransform(transform);
     return path;
 }
 
 DeviceShape shapeOf(const GlyphAtPlace& glyph, const GlyphKey& key) {
     NSBezierPath outline = outlineOf(glyph);
-    DeviceShape shape = DeviceShape::fillOf(outline, toPixels(key));
-    if (key.part == GlyphPart::stroke) {
-        // Flattened first, so that the flatness asked for is that of the joins; in points, finer by as much as they grow.
-        const double scale = std::max(std::hypot(key.m11, key.m12), std::hypot(key.m21, key.m22));
-        if (scale > 1) outline.setFlatness(outline.flatness() / static_cast<float>(scale));
-        outline = outline.bezierPathByFlatteningPath();
-        outline.setLineWidth(key.strokeWidth);
-        outline.setLineCapStyle(static_cast<NSLineCapStyle>(key.lineCap));
-        outline.setLineJoinStyle(static_cast<NSLineJoinStyle>(key.lineJoin));
-        outline.setMiterLimit(key.miterLimit);
-        outline.setFlatness(key.flatness);
-        shape = DeviceShape::strokeOf(outline, toPixels(key));
-    }
-    shape.setIsGlyphOutline(true);
-    return shape;
+    if (key.part != GlyphPart::stroke) return DeviceShape::fillOfGlyph(outline, toPixels(key));
+    // Flattened first, so that the flatness asked for is that of the joins; in points, finer by as much as they grow.
+    const double scale = std::max(std::hypot(key.m11, key.m12), std::hypot(key.m21, key.m22));
+    if (scale > 1) outline.setFlatness(outline.flatness() / static_cast<float>(scale));
+    outline = outline.bezierPathByFlatteningPath();
+    outline.setLineWidth(key.strokeWidth);
+    outline.setLineCapStyle(static_cast<NSLineCapStyle>(key.lineCap));
+    outline.setLineJoinStyle(static_cast<NSLineJoinStyle>(key.lineJoin));
+    outline.setMiterLimit(key.miterLimit);
+    outline.setFlatness(key.flatness);
+    return DeviceShape::strokeOfGlyph(outline, toPixels(key));
 }
 
 bool isWorthKeeping(const PixelRect& box, uint64_t bytesPerPixel, const GlyphCache& cache) {
@@ -105,14 +103,25 @@ bool isVisible(const PixelRect& box, const Place& place, const NSGraphicsContext
 
 GlyphKey partOf(GlyphKey key, GlyphPart part) {
     key.part = part;
+    key.alpha = 255;
     if (part == GlyphPart::fill) key.strokeWidth = key.flatness = key.miterLimit = key.lineCap = key.lineJoin = 0;
     return key;
 }
 
 /// The shapes that cover a part between them.
 std::vector<DeviceShape> shapesOf(const GlyphAtPlace& glyph, const GlyphKey& key) {
-    if (key.part != GlyphPart::strokeAndFill) return {shapeOf(glyph, key)};
+    if (key.part == GlyphPart::fill || key.part == GlyphPart::stroke) return {shapeOf(glyph, key)};
     return {shapeOf(glyph, partOf(key, GlyphPart::stroke)), shapeOf(glyph, partOf(key, GlyphPart::fill))};
+}
+
+void uniteThinned(const CoverageMask& mask, uint8_t alpha, CoverageMask& target) {
+    if (alpha == 255) {
+        uniteMasks(mask, 0, 0, target);
+        return;
+    }
+    CoverageMask thinned = mask;
+    for (uint8_t& byte : thinned.bytes) byte = static_cast<uint8_t>((byte * alpha + 127) / 255);
+    uniteMasks(thinned, 0, 0, target);
 }
 
 /// The mask of a part from the masks of what it is made of, which are kept too: stroke and fill of one glyph serve an
@@ -128,12 +137,12 @@ CoverageMask maskOf(const GlyphAtPlace& glyph, const GlyphKey& key, const std::v
     for (size_t i = 0; i < shapes.size(); ++i) {
         const GlyphKey partKey = partOf(key, i == 0 ? GlyphPart::stroke : GlyphPart::fill);
         if (const GlyphImage* const kept = cache.find(partKey)) {
-            uniteMasks(kept->mask, 0, 0, mask);
+            uniteThinned(kept->mask, key.alpha, mask);
             continue;
         }
         GlyphImage part{.font = glyph.font, .mask = {}, .picture = {}};
         renderCoverage({&shapes[i], 1}, shapes[i].pixelBounds(kAnyPixels), key.antialias, part.mask);
-        uniteMasks(part.mask, 0, 0, mask);
+        uniteThinned(part.mask, key.alpha, mask);
         cache.add(partKey, std::move(part));
     }
     return mask;
@@ -141,14 +150,21 @@ CoverageMask maskOf(const GlyphAtPlace& glyph, const GlyphKey& key, const std::v
 
 void drawPart(NSGraphicsContext& context, const GlyphAtPlace& glyph, const Place& place, const GlyphKey& key,
               GlyphCache& cache) {
-    if (const GlyphImage* const kept = cache.find(key)) return context.drawMask(kept->mask, place.x, place.y);
+    const bool holdsAlpha = key.part == GlyphPart::strokeThenFill;
+    if (const GlyphImage* const kept = cache.find(key)) {
+        return context.drawMask(kept->mask, place.x, place.y, holdsAlpha);
+    }
     const std::vector<DeviceShape> shapes = shapesOf(glyph, key);
     PixelRect box;
     for (const DeviceShape& shape : shapes) box = unionOf(box, shape.pixelBounds(kAnyPixels));
     if (!box.isEmpty() && !isVisible(box, place, context)) return;
-    if (!isWorthKeeping(box, 1, cache)) return context.drawShapes(shapes, place.x, place.y);
+    if (!isWorthKeeping(box, 1, cache)) {
+        if (!holdsAlpha) return context.drawShapes(shapes, place.x, place.y);
+        for (const DeviceShape& shape : shapes) context.drawShapes({&shape, 1}, place.x, place.y);
+        return;
+    }
     GlyphImage image{.font = glyph.font, .mask = maskOf(glyph, key, shapes, box, cache), .picture = {}};
-    context.drawMask(image.mask, place.x, place.y);
+    context.drawMask(image.mask, place.x, place.y, holdsAlpha);
     cache.add(key, std::move(image));
 }
 
@@ -238,11 +254,12 @@ void strokeAndFillGlyph(NSGraphicsContext& context, const GlyphAtPlace& glyph, c
     key.lineCap = static_cast<uint8_t>(stroke.lineCap);
     key.lineJoin = static_cast<uint8_t>(stroke.lineJoin);
     // In an opaque colour, or gathered, stroke and fill lie over each other as they do in one mask.
-    if (context.isGathering() || byteOf(context.color()->alphaComponent()) == 255) {
-        return drawPart(context, glyph, *place, key, cache);
+    const uint8_t alpha = byteOf(context.color()->alphaComponent());
+    if (!context.isGathering() && alpha != 255) {
+        key.part = GlyphPart::strokeThenFill;
+        key.alpha = alpha;
     }
-    drawPart(context, glyph, *place, partOf(key, GlyphPart::stroke), cache);
-    drawPart(context, glyph, *place, partOf(key, GlyphPart::fill), cache);
+    drawPart(context, glyph, *place, key, cache);
 }
 
 }  // namespace qz

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <bit>
-#include <compare>
 
 #include "platform/graphics/CoverageMask.h"
 #include "platform/graphics/NSBitmapImageRep.h"
@@ -10,8 +9,9 @@
 
 namespace qz {
 
-/// Which part of a glyph an image shows: its outline filled, stroked or both, or a picture in colours of its own.
-enum class GlyphPart : uint8_t { fill, stroke, strokeAndFill, picture };
+/// Which part of a glyph an image shows: its outline filled, stroked or both; both as a translucent colour covers them,
+/// first stroked and then filled, alpha and all; or a picture in colours of its own.
+enum class GlyphPart : uint8_t { fill, stroke, strokeAndFill, strokeThenFill, picture };
 
 /// All that changes the pixels of a glyph's image. Whole words without gaps, so that it can be hashed as it lies.
 struct GlyphKey {
@@ -29,23 +29,33 @@ struct GlyphKey {
     bool antialias = true;
     /// Where the origin lies in its pixel, in parts of `kPhases`.
     uint8_t phaseX = 0, phaseY = 0;
+    uint16_t unused = 0;
     /// Of the text's colour, for a picture that asks for it.
-    uint8_t red = 0, green = 0;
-    uint32_t blue = 0;
-    uint32_t unused = 0;
+    uint8_t red = 0, green = 0, blue = 0;
+    /// For strokeThenFill.
+    uint8_t alpha = 255;
+    uint32_t unusedToo = 0;
 
-    friend bool operator==(const GlyphKey&, const GlyphKey&) = default;
+    static constexpr size_t kWords = 10;
+    std::array<uint64_t, kWords> words() const;
+    friend bool operator==(const GlyphKey& a, const GlyphKey& b) { return a.words() == b.words(); }
 };
-static_assert(sizeof(GlyphKey) % sizeof(uint64_t) == 0);
+static_assert(sizeof(GlyphKey) == GlyphKey::kWords * sizeof(uint64_t));
+
+inline std::array<uint64_t, GlyphKey::kWords> GlyphKey::words() const {
+    return std::bit_cast<std::array<uint64_t, kWords>>(*this);
+}
 
 struct GlyphKeyHash {
     size_t operator()(const GlyphKey& key) const {
-        uint64_t hash = 0;
-        for (const uint64_t word : std::bit_cast<std::array<uint64_t, sizeof(GlyphKey) / sizeof(uint64_t)>>(key)) {
-            // Of the 64-bit finaliser of MurmurHash3.
-            hash = (hash ^ word) * 0xff51afd7ed558ccd;
-            hash ^= hash >> 33;
+        // A sum of products, which do not wait for each other, and the last steps of MurmurHash3.
+        uint64_t hash = 0, factor = 0x9e3779b97f4a7c15;
+        for (const uint64_t word : key.words()) {
+            hash += (word ^ word >> 32) * factor;
+            factor += 0x3c6ef372fe94f82a;  // stays odd
         }
+        hash = (hash ^ hash >> 33) * 0xff51afd7ed558ccd;
+        hash ^= hash >> 33;
         return static_cast<size_t>(hash);
     }
 };

@@ -1,7 +1,6 @@
 #include "platform/text/Kashida.h"
 
 #include <algorithm>
-#include <cmath>
 #include <optional>
 #include <string>
 
@@ -20,8 +19,6 @@ constexpr double kStrokeMaxEm = 1.0;
 /// A place between two clusters, with what one kashida there is.
 struct Place {
     size_t firstGlyph;  ///< of the cluster before it
-    size_t item;
-    uint32_t position;
     ShapedGlyph kashida;
     int countMax;
 };
@@ -103,8 +100,7 @@ std::optional<Place> placeInWord(const LineContent& content, const Paragraph& pa
         const std::optional<ShapedGlyph> kashida = kashidaAt(paragraph, text, item, word, position);
         if (!kashida) continue;
         const double strokeMax = kStrokeMaxEm * paragraph.items()[item].font->pointSize();
-        return Place{clusters[candidate.index - 1], item, position, *kashida,
-                     static_cast<int>(strokeMax / kashida->advance)};
+        return Place{clusters[candidate.index - 1], *kashida, static_cast<int>(strokeMax / kashida->advance)};
     }
     return std::nullopt;
 }

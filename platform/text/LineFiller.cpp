@@ -237,8 +237,10 @@ void LineFiller::showHyphen(LineContent& content) const {
     LineGlyph& last = content.glyphs.back();
     if (last.glyph != NSControlGlyph || last.cluster != content.end - 1) return;
     const NSFont& font = *paragraph_.styles()[paragraph_.styleIndexAt(last.cluster)].font;
-    const NSGlyph hyphen = font.glyphForCharacter(kHyphen);
-    last.glyph = hyphen ? hyphen : font.glyphForCharacter(U'-');
+    NSGlyph hyphen = font.glyphForCharacter(kHyphen);
+    if (hyphen == 0) hyphen = font.glyphForCharacter(U'-');
+    if (hyphen == 0) return;
+    last.glyph = hyphen;
     last.advance = font.advancementForGlyph(last.glyph).width;
 }
 

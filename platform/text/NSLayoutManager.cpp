@@ -254,14 +254,13 @@ NSLayoutManager::RunAppearance NSLayoutManager::appearanceAt(const NSTextStorage
     return run;
 }
 
-void NSLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint) {
-    const Ref<NSGraphicsContext> context = NSGraphicsContext::currentContext();
-    if (!context || glyphRange.length == 0) return;
+template <class Visit>
+void NSLayoutManager::visitShownGlyphs(Range glyphRange, NSPoint atPoint, const Visit& visit) const {
+    if (glyphRange.length == 0) return;
     layout_->makeGlyph(static_cast<uint32_t>(std::min<uint64_t>(glyphRange.end() - 1, UINT32_MAX)));
     const Ref<NSTextStorage> text = layout_->text();
     if (!text) return;
 
-    const Ref<NSColor> formerColor = context->color();
     const auto end = static_cast<uint32_t>(std::min<uint64_t>(glyphRange.end(), layout_->placedGlyphCount()));
     const Layout::Line* line = nullptr;
     RunAppearance run;
@@ -275,14 +274,29 @@ void NSLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint)
         if (!line || !line->glyphs.contains(i)) line = layout_->lineOfGlyph(i);
         const NSPoint origin = {atPoint.x + line->fragment.origin.x + glyph.location.x,
                                 atPoint.y + line->fragment.origin.y + glyph.location.y};
-        context->setColor(run.color);
-        const GlyphAtPlace place{glyph.glyph, run.font, origin, run.obliqueness};
-        if (run.isSilhouette) {
-            fillGlyph(*context, place, *glyphCache_);
-        } else {
-            drawGlyph(*context, place, *glyphCache_);
-        }
+        visit(GlyphAtPlace{glyph.glyph, run.font, origin, run.obliqueness}, run);
     }
+}
+
+std::vector<GlyphAtPlace> NSLayoutManager::shownGlyphs(Range glyphRange, NSPoint atPoint) const {
+    std::vector<GlyphAtPlace> glyphs;
+    visitShownGlyphs(glyphRange, atPoint,
+                     [&](const GlyphAtPlace& glyph, const RunAppearance&) { glyphs.push_back(glyph); });
+    return glyphs;
+}
+
+void NSLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint) {
+    const Ref<NSGraphicsContext> context = NSGraphicsContext::currentContext();
+    if (!context) return;
+    const Ref<NSColor> formerColor = context->color();
+    visitShownGlyphs(glyphRange, atPoint, [&](const GlyphAtPlace& glyph, const RunAppearance& run) {
+        context->setColor(run.color);
+        if (run.isSilhouette) {
+            fillGlyph(*context, glyph, *glyphCache_);
+        } else {
+            drawGlyph(*context, glyph, *glyphCache_);
+        }
+    });
     context->setColor(formerColor);
 }
 

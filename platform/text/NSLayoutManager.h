@@ -6,6 +6,7 @@
 
 #include "platform/foundation/NSDictionary.h"
 #include "platform/foundation/NSGeometry.h"
+#include "platform/text/CaretCell.h"
 #include "platform/text/GlyphCache.h"
 #include "platform/text/NSFont.h"
 #include "platform/text/NSTextContainer.h"
@@ -14,6 +15,7 @@
 namespace qz {
 
 class TemporaryAttributes;
+struct GlyphAtPlace;
 struct PlacedGlyph;
 
 /// Turns the characters of a text storage into glyphs, lays them out as lines in text containers, and draws them.
@@ -75,15 +77,11 @@ public:
     /// Whether the glyph was laid out in a right-to-left run.
     bool isRightToLeftGlyphAtIndex(uint32_t glyphIndex) const;
 
-    /// What a selection of the characters covers in the container: for each line, a rectangle of the line fragment's
-    /// height for every stretch that stands together from left to right. A part of a ligature is the part that the font
-    /// marks, or an equal share. Characters that take no room have none.
-    std::vector<NSRect> rectArrayForCharacterRange(Range characterRange, const NSTextContainer& inTextContainer) const;
-    /// The character (the first of its grapheme cluster) under a point of the container, or else the nearest one of the
-    /// nearest line; the length of the text when the container holds none. `fraction` receives how far through it, from
-    /// 0 where the reader comes to it to below 1; from 0.5 on, text is inserted behind it.
-    uint32_t characterIndexForPoint(NSPoint point, const NSTextContainer& inTextContainer,
-                                    float* fraction = nullptr) const;
+    /// The grapheme clusters of the line that holds the glyph, in the order of the text; none when it has no place. A
+    /// ligature is shared out where the font marks its parts, or else evenly.
+    std::vector<CaretCell> caretCellsForLineOfGlyphAtIndex(uint32_t glyphIndex) const;
+    /// Whether the paragraph of the glyph runs from right to left; false when the glyph has no place.
+    bool isRightToLeftParagraphOfGlyphAtIndex(uint32_t glyphIndex) const;
 
     // Attributes that serve drawing only: they lie over those of the text storage and change no layout.
     void addTemporaryAttributes(const NSDictionary& attributes, Range forCharacterRange);
@@ -110,6 +108,10 @@ public:
 protected:
     NSLayoutManager();
 
+    /// The glyphs of the range that show something, each where it is drawn when the container's origin lies at
+    /// `atPoint`.
+    std::vector<GlyphAtPlace> shownGlyphs(Range glyphRange, NSPoint atPoint) const;
+
 private:
     friend class NSTextStorage;
     class Layout;
@@ -118,6 +120,8 @@ private:
     std::optional<size_t> indexOfContainer(const NSTextContainer& container) const;
     const PlacedGlyph* madeGlyph(uint32_t glyphIndex) const;
     RunAppearance appearanceAt(const NSTextStorage& text, uint32_t character) const;
+    template <class Visit>
+    void visitShownGlyphs(Range glyphRange, NSPoint atPoint, const Visit& visit) const;
 
     WeakRef<NSTextStorage> textStorage_;
     std::vector<Ref<NSTextContainer>> containers_;

@@ -29,11 +29,13 @@ void ShapingCache::setKey(const ShapingItem& item) {
     for (const Range& range : item.withoutLigatures) {
         append(key_, uint64_t{range.location - item.range.location} << 32 | range.length);
     }
+    key_.append(item.language.begin(), item.language.end());
+    key_ += u'\0';
     key_.append(item.text.substr(start, end - start));
 }
 
 std::vector<ShapedGlyph> ShapingCache::shape(const ShapingItem& item) {
-    if (item.range.length > kItemUnitsMax || item.range.end() > item.text.size() || !item.language.empty()) {
+    if (item.range.length > kItemUnitsMax || item.range.end() > item.text.size()) {
         return qz::shape(item);
     }
     setKey(item);

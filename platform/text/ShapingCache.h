@@ -9,7 +9,7 @@ namespace qz {
 
 /// Remembers the glyphs of short items, so that text which stays while other text changes, as that of a title beside
 /// its clock, is shaped once. Keyed by everything that the glyphs depend on: characters, those around them that joins
-/// look at, font, size, script, direction, ligatures. Used by one thread at a time.
+/// look at, font, size, script, direction, language, ligatures. Used by one thread at a time.
 class ShapingCache {
 public:
     /// As `qz::shape`.

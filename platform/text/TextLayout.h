@@ -26,14 +26,6 @@ public:
         size_t paragraph;
     };
 
-    /// A character as the reader sees it, in its line; x in container coordinates.
-    struct ClusterBox {
-        Range characters;
-        float left;
-        float right;
-        bool isRightToLeft;
-    };
-
     explicit Layout(const NSLayoutManager& manager) : manager_(manager) {}
 
     /// The text; none when it has been edited in a way that nobody has told of yet, and so does not fit the glyphs.
@@ -59,8 +51,10 @@ public:
     /// The line of a glyph; none when it has no place.
     const Line* lineOfGlyph(uint32_t glyphIndex) const;
     NSRect usedRectOfContainer(size_t container) const;
-    /// The grapheme clusters of a line, from left to right.
-    std::vector<ClusterBox> clusterBoxes(const Line& line) const;
+    /// The grapheme clusters of a line, in the order of the text.
+    std::vector<CaretCell> caretCells(const Line& line) const;
+    /// Of a paragraph that has lines.
+    bool isRightToLeftParagraph(size_t paragraph) const { return paragraphs_[paragraph].paragraph->isRightToLeft(); }
     /// The zero rectangle when the container does not hold the extra line.
     NSRect extraLineUsedRectOfContainer(size_t container) const {
         return extraLine_ && extraLine_->container == container ? extraLine_->usedRect : NSRect();
@@ -111,8 +105,8 @@ private:
     void forgetLinesFrom(size_t line);
     void splitText(Range region, size_t at);
     uint32_t locationOf(Position position) const;
-    void addClusterBoxes(const Line& line, uint32_t firstGlyph, uint32_t lastGlyph, uint32_t charactersEnd,
-                         std::vector<ClusterBox>& boxes) const;
+    void addCaretCells(const Line& line, uint32_t firstGlyph, uint32_t lastGlyph, uint32_t charactersEnd,
+                       std::vector<CaretCell>& cells) const;
 
     const NSLayoutManager& manager_;
     ShapingCache shapingCache_;  // before the paragraphs, which use it

@@ -5,6 +5,8 @@
 #include <QWidget>
 #include <vector>
 
+#include "platform/ui/AlertBox.h"
+
 namespace qz {
 namespace {
 
@@ -60,7 +62,9 @@ public:
     std::vector<WeakRef<NSUndoManager>> undoManagers;
 };
 
-NSApplication::NSApplication() : events_(std::make_unique<Events>()) {}
+NSApplication::NSApplication() : events_(std::make_unique<Events>()) {
+    setCriticalAlertHook(showAlertBox);
+}
 NSApplication::~NSApplication() = default;
 
 NSApplication& NSApplication::sharedApplication() {

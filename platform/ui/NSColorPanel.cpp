@@ -1,6 +1,5 @@
 #include "platform/ui/NSColorPanel.h"
 
-#include <QApplication>
 #include <QColorDialog>
 #include <QPointer>
 
@@ -24,7 +23,6 @@ struct NSColorPanel::State {
         QObject::connect(dialog, &QColorDialog::currentColorChanged, dialog, [this](const QColor& color) {
             if (choose) choose(fromQt(color));
         });
-        QObject::connect(qApp, &QCoreApplication::aboutToQuit, dialog, [this] { delete dialog; });
         return *dialog;
     }
 };
@@ -33,8 +31,9 @@ NSColorPanel::NSColorPanel() : state_(std::make_unique<State>()) {}
 NSColorPanel::~NSColorPanel() = default;
 
 NSColorPanel& NSColorPanel::sharedColorPanel() {
-    static NSColorPanel panel;
-    return panel;
+    // Lives to the end of the process: its dialog must not go after the toolkit.
+    static auto* panel = new NSColorPanel;
+    return *panel;
 }
 
 bool NSColorPanel::showsAlpha() const {

@@ -1,15 +1,14 @@
 #include "platform/ui/NSFontManager.h"
 
-#include <QApplication>
-
 #include "platform/ui/FontPanelWidget.h"
 #include "platform/ui/NSApplication.h"
 
 namespace qz {
 
 NSFontManager& NSFontManager::sharedFontManager() {
-    static const Ref<NSFontManager> manager(new NSFontManager);
-    return *manager;
+    // Lives to the end of the process: its panel must not go after the toolkit.
+    static const auto* manager = new Ref<NSFontManager>(new NSFontManager);
+    return **manager;
 }
 
 void NSFontManager::setSelectedFont(const Ref<NSFont>& font, bool isMultiple) {
@@ -35,7 +34,6 @@ Ref<NSWindow> NSFontManager::fontPanel(bool create) {
     if (create && (!panel_ || !panel_->widget())) {
         widget_ = new FontPanelWidget(*this);
         panel_ = NSPanel::panelWithWidget(widget_);
-        QObject::connect(qApp, &QCoreApplication::aboutToQuit, widget_, [this] { panel_.reset(); });
     }
     return panel_;
 }

@@ -29,6 +29,8 @@ NSTableView::NSTableView(QTableView* widget) : NSView(widget), state_(std::make_
 }
 
 NSTableView::~NSTableView() {
+    // Nobody is to be told any more of what letting go of the rows does to the selection.
+    state_->delegate = nullptr;
     if (!state_->widget) return;
     state_->widget->setTable(nullptr);
     state_->widget->setModel(nullptr);

@@ -44,6 +44,10 @@ void NSTextViewWidget::setBackdrop(const Ref<NSBitmapImageRep>& picture) {
     if (textWidget()) textWidget()->setBackdrop(picture);
 }
 
+void NSTextViewWidget::setInsertionPointOfEmptyText(std::function<NSRect()> place) {
+    if (textWidget()) textWidget()->setInsertionPointOfEmptyText(std::move(place));
+}
+
 void NSTextViewWidget::redisplay() {
     if (textWidget()) textWidget()->redisplay();
 }

@@ -23,6 +23,9 @@ public:
     const Ref<NSTextView>& textView() const { return textView_; }
     /// A picture beneath the text, stretched over the container; none shows a checkerboard.
     void setBackdrop(const Ref<NSBitmapImageRep>& picture);
+    /// Where the insertion point of an empty text stands, in container points, for a container that places text by more
+    /// than the alignment of its paragraphs. None: at the container's top.
+    void setInsertionPointOfEmptyText(std::function<NSRect()> place);
     /// Draws the text anew, after a change that the text view has not been told of.
     void redisplay();
     /// Where a point of the container lies in the widget.

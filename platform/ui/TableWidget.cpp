@@ -141,6 +141,9 @@ void CellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, 
                      style->pixelMetric(QStyle::PM_IndicatorHeight, &item, item.widget));
     indicator.rect = QStyle::alignedRect(item.direction, Qt::AlignCenter, size, item.rect);
     indicator.state &= ~QStyle::State_HasFocus;
+    // On a dark table an empty box of the table's own colour would not be seen.
+    const QColor base = item.palette.color(QPalette::Base);
+    if (base.lightness() < 128) indicator.palette.setColor(QPalette::Base, item.palette.color(QPalette::Button));
     const Qt::CheckState state = checkState(*button);
     indicator.state |=
         state == Qt::Checked ? QStyle::State_On : (state == Qt::Unchecked ? QStyle::State_Off : QStyle::State_NoChange);

@@ -82,6 +82,10 @@ NSPoint TextWidget::toContainer(QPointF point) const {
     return {static_cast<float>(inside.x()), static_cast<float>(inside.y())};
 }
 
+NSRect TextWidget::caretRect() {
+    return view_->textStorage()->length() == 0 && placeInEmptyText_ ? placeInEmptyText_() : caret_.rect();
+}
+
 // Drawing
 
 void TextWidget::drawText() {
@@ -136,7 +140,7 @@ void TextWidget::drawMarks(QPainter& painter) {
     }
     if (!caretIsShown_ || !hasFocus() || view_->selectedRange().length > 0) return;
     // Light in dark, to be seen on any picture.
-    const QRectF place = toWidget(caret_.rect());
+    const QRectF place = toWidget(caretRect());
     painter.fillRect(QRectF(place.left() - 1.5, place.top(), 3, place.height()), Qt::black);
     painter.fillRect(QRectF(place.left() - 0.5, place.top() + 1, 1, place.height() - 2), Qt::white);
 }

@@ -16,6 +16,7 @@ public:
     ~TextWidget() override;
 
     void setBackdrop(const Ref<NSBitmapImageRep>& picture);
+    void setInsertionPointOfEmptyText(std::function<NSRect()> place) { placeInEmptyText_ = std::move(place); }
     void redisplay();
     QPointF toWidget(NSPoint containerPoint) const;
 
@@ -63,6 +64,8 @@ private:
     bool editByKey(const QKeyEvent& event);
     bool commandByKey(const QKeyEvent& event);
     bool isCommand(const QKeyEvent& event) const;
+    /// Of the insertion point, in container points.
+    NSRect caretRect();
     void drawText();
     void drawMarks(QPainter& painter);
     void selectionChanged();
@@ -75,6 +78,7 @@ private:
     // The text, in device pixels of the area; drawn when it is due.
     Ref<NSBitmapImageRep> canvas_;
     bool isStale_ = true;
+    std::function<NSRect()> placeInEmptyText_;
     bool isDragging_ = false;
     bool caretIsShown_ = false;
     QBasicTimer blinking_;

@@ -172,13 +172,15 @@ void TextWidget::inputMethodEvent(QInputMethodEvent* event) {
 }
 
 QVariant TextWidget::inputMethodQuery(Qt::InputMethodQuery query) const {
-    auto& caret = const_cast<TextWidget*>(this)->caret_;
+    // Asking where the caret is makes it follow the selection first.
+    auto& self = const_cast<TextWidget&>(*this);
+    auto& caret = self.caret_;
     const Range selection = view_->selectedRange();
     switch (query) {
         case Qt::ImEnabled:
             return view_->isEditable();
         case Qt::ImCursorRectangle:
-            return toWidget(caret.rect()).adjusted(0, 0, 1, 0);
+            return toWidget(self.caretRect()).adjusted(0, 0, 1, 0);
         case Qt::ImCursorPosition:
         case Qt::ImAbsolutePosition:
             return caret.position();

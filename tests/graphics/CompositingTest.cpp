@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/graphics/Compositing.h"
+#include "platform/graphics/PixelRows.h"
 
 namespace qz {
 namespace {
@@ -30,8 +31,8 @@ struct OddRows {
 };
 
 CoverageMask maskOf(PixelRect box, uint8_t coverage) {
-    CoverageMask mask{.box = box, .stride = (box.width + 3) / 4 * 4, .bytes = {}};
-    mask.bytes.assign(size_t(mask.stride) * size_t(box.height), coverage);
+    CoverageMask mask = CoverageMask::emptyOf(box);
+    for (int32_t y = 0; y < box.height; ++y) std::fill_n(mask.row(y), box.width, coverage);
     return mask;
 }
 
@@ -74,6 +75,42 @@ TEST(Compositing, BlendedMaskIsWhatTheScalarFormGivesForAllAlphasAndCoverages) {
     }
     EXPECT_LE(worst, 1 + 1e-9);
     EXPECT_LE(worstOpaque, 0.5 + 1e-9);
+}
+
+// The loops for each width of registers, at every length and start within a vector: one pixel beyond stays as it was.
+TEST(Compositing, AllLoopsOfThisMachineDoTheSame) {
+    constexpr uint8_t kOpaque[] = {200, 100, 3, 255};
+    constexpr size_t kLength = 70;
+    for (const PixelRows* rows : pixelRowsOfThisMachine()) {
+        SCOPED_TRACE(rows->name);
+        for (size_t length = 0; length < kLength; ++length) {
+            for (const uint8_t alpha : {uint8_t{255}, uint8_t{77}}) {
+                std::vector<uint8_t> coverage(kLength), source(4 * kLength), pixels(4 * kLength), united(kLength);
+                for (size_t i = 0; i < 4 * kLength; ++i) pixels[i] = source[i] = uint8_t(i * 31 % 256);
+                for (size_t i = 0; i < kLength; ++i) {
+                    coverage[i] = i % 23 < 9 ? 255 : i % 23 < 18 ? 0 : uint8_t(i * 57 % 256);
+                    united[i] = uint8_t(i * 13 % 256);
+                }
+                const auto oldPixels = pixels, oldUnited = united;
+                rows->blendCoverage(coverage.data(), length, kOpaque, alpha, pixels.data());
+                rows->uniteCoverage(coverage.data(), length, united.data());
+                for (size_t i = 0; i < 4 * kLength; ++i) {
+                    const int weight = i / 4 < length ? scalarMix(alpha, 0, coverage[i / 4]) : 0;
+                    ASSERT_EQ(pixels[i], scalarMix(kOpaque[i % 4], oldPixels[i], weight)) << i << " of " << length;
+                }
+                for (size_t i = 0; i < kLength; ++i) {
+                    ASSERT_EQ(united[i], i < length ? scalarMix(255, oldUnited[i], coverage[i]) : oldUnited[i]);
+                }
+                pixels = oldPixels;
+                rows->blendPixels(source.data(), length, alpha, pixels.data());
+                for (size_t i = 0; i < 4 * kLength; ++i) {
+                    const int over = scalarMix(source[i], 0, alpha), overAlpha = scalarMix(source[i | 3], 0, alpha);
+                    const int sum = std::min(255, over + scalarMix(oldPixels[i], 0, 255 - overAlpha));
+                    ASSERT_EQ(pixels[i], i / 4 < length ? sum : oldPixels[i]) << i << " of " << length;
+                }
+            }
+        }
+    }
 }
 
 TEST(Compositing, UnitedMasksCoverAsOneDrawnOverTheOther) {

@@ -49,7 +49,8 @@ def faults_of(root, file):
         place = f"{name}:{number}"
         if QT.match(target) and folder not in QT_FOLDERS:
             yield f"{place}: {target}: Qt belongs to {', '.join(QT_FOLDERS)}"
-        if DEPENDENCY.match(target) and name.endswith(".h") and not is_private(root, file):
+        shows_dependency = DEPENDENCY.match(target) or QT.match(target)
+        if shows_dependency and name.endswith(".h") and not is_private(root, file):
             yield f"{place}: {target}: an installed header must not show a dependency"
         if target.startswith('"'):
             path = target.strip('"')

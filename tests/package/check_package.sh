@@ -12,6 +12,13 @@ cmake -S "$host" -B "$work/host" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" >/d
 cmake --build "$work/host"
 "$work/host/host"
 "$work/host/static_host"
+if [ -x "$work/host/ui_host" ]; then
+  QT_QPA_PLATFORM=offscreen "$work/host/ui_host" "$work/defaults.ini"
+fi
+if ldd "$work/host/host" | grep libQt; then
+  echo "the core library needs the toolkit" >&2
+  exit 1
+fi
 if ldd "$work/host/static_host" | grep libQzAnno; then
   echo "the static host needs the shared library" >&2
   exit 1

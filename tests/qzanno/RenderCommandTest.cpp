@@ -25,6 +25,22 @@ protected:
     }
 };
 
+TEST_F(RenderTest, MergedLayersMakeTheShadowOfTheBuiltInPaletteEven) {
+    ASSERT_EQ(run("render --text WAVE -s 640x240 -a Centre -o plain.rgba").exitCode, 0);
+    ASSERT_EQ(run("render --text WAVE -s 640x240 -a Centre --merge-layers -o merged.rgba").exitCode, 0);
+    // Black at half strength covers itself again where strokes and fills overlap.
+    const auto blacksAbove = [&](const char* name, int alpha) {
+        const std::string pixels = contentOf(name);
+        int count = 0;
+        for (size_t i = 0; i + 3 < pixels.size(); i += 4) {
+            const auto a = static_cast<uint8_t>(pixels[i + 3]);
+            count += a > alpha && a < 200 && pixels[i] == 0;
+        }
+        return count;
+    };
+    EXPECT_GT(blacksAbove("plain.rgba", 185), 2 * blacksAbove("merged.rgba", 185));
+}
+
 TEST_F(RenderTest, OneTitleBecomesAPictureOfTheScreen) {
     const ToolResult result = run("render --text Hello -o hello.png");
     EXPECT_EQ(result.exitCode, 0);

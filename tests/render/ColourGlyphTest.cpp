@@ -1,9 +1,4 @@
-#include <gtest/gtest.h>
-
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/Palettes.h"
-#include "tests/support/Pixels.h"
+#include "tests/render/MiddleOfScreen.h"
 
 namespace qz {
 namespace {
@@ -12,31 +7,17 @@ using namespace test;
 
 constexpr const char* kFace = "\U0001F600";  // a yellow disc
 
-/// Draws a yellow face of some 100 pixels in the middle of a screen of 400 x 300.
-class EmojiTest : public testing::Test {
+/// Draws a yellow face of some 100 pixels.
+class EmojiTest : public MiddleOfScreen {
 protected:
-    EmojiTest() { pipeline->setScreenSize({400, 300}, {400, 300}); }
+    EmojiTest() : MiddleOfScreen(80) {}
 
     Ref<NSBitmapImageRep> draw(const Attributes& attributes, const char* text = kFace) {
-        palette = paletteWithGlobals({
-            {QzFontAttribute, "DejaVuSans"_ns},
-            {QzFontSizeAttribute, number(80)},
-            {QzTextColorAttribute, NSColor::whiteColor()},
-            {QzHorizontalAlignmentAttribute, integer(2)},
-            {QzVerticalAlignmentAttribute, integer(1)},
-        });
-        giveAttributes(*palette, palette->lookupAnno({}), attributes);
-        pipeline->setPalette(palette);
-        pipeline->setAnnoString(QzAnnoString::initWithString(NSString::stringWithUTF8String(text)));
-        return pipeline->bitmapInFullScreen(true);
+        return drawText(text, attributes);
     }
 
     static bool isYellow(Pixel p) { return p.red > 200 && p.green > 150 && p.blue < 120; }
     static bool isSolid(Pixel p) { return p.alpha >= 128; }
-
-    LogCapture log;
-    Ref<QzAnnoPalette> palette;
-    Ref<QzAnnoStringToScreen> pipeline = QzAnnoStringToScreen::init();
 };
 
 TEST_F(EmojiTest, ComesInItsOwnColours) {

@@ -13,7 +13,7 @@ namespace {
 
 using namespace test;
 
-constexpr NSSize kScreen = {640, 240};
+constexpr NSSize kScreen = {960, 400};
 
 Ref<QzAnnoStringToScreen> pipelineFor(const Ref<QzAnnoPalette>& palette, const std::string& text, float scale = 1) {
     const auto pipeline = QzAnnoStringToScreen::init();
@@ -43,6 +43,7 @@ Ref<QzAnnoPalette> randomPalette(std::mt19937& random) {
         {QzFontSizeAttribute, number(between(8, 90))},
         {QzTextColorAttribute, color()},
         {QzHorizontalAlignmentAttribute, integer(int32_t(random() % 3))},
+        {QzVerticalAlignmentAttribute, integer(1)},
         {QzBackgroundColorAttribute, color()},
         {QzBackgroundWidthAttribute, number(random() % 4 ? between(0.3, 14) : 0)},
         {QzBackground2ColorAttribute, color()},

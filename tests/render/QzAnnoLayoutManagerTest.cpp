@@ -2,10 +2,7 @@
 
 #include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoLayoutManager.h"
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/Palettes.h"
-#include "tests/support/Pixels.h"
+#include "tests/render/MiddleOfScreen.h"
 
 namespace qz {
 namespace {
@@ -20,23 +17,13 @@ constexpr Pixel kRed = {255, 0, 0, 255};
 constexpr Pixel kBlue = {0, 0, 255, 255};
 constexpr Pixel kGreen = {0, 255, 0, 255};
 
-/// Draws one block, white, in the middle of a screen of 400 x 300.
-class LayersTest : public testing::Test {
+/// Draws one block.
+class LayersTest : public MiddleOfScreen {
 protected:
-    LayersTest() { pipeline->setScreenSize({400, 300}, {400, 300}); }
+    LayersTest() : MiddleOfScreen(100) {}
 
     Ref<NSBitmapImageRep> draw(const Attributes& attributes, const char* text = kBlock) {
-        palette = paletteWithGlobals({
-            {QzFontAttribute, "DejaVuSans"_ns},
-            {QzFontSizeAttribute, number(100)},
-            {QzTextColorAttribute, NSColor::whiteColor()},
-            {QzHorizontalAlignmentAttribute, integer(2)},
-            {QzVerticalAlignmentAttribute, integer(1)},
-        });
-        giveAttributes(*palette, palette->lookupAnno({}), attributes);
-        pipeline->setPalette(palette);
-        pipeline->setAnnoString(QzAnnoString::initWithString(NSString::stringWithUTF8String(text)));
-        return pipeline->bitmapInFullScreen(true);
+        return drawText(text, attributes);
     }
 
     /// Where the block alone is drawn: the pixels that it covers wholly.
@@ -55,10 +42,6 @@ protected:
         }
         return runs;
     }
-
-    LogCapture log;
-    Ref<QzAnnoPalette> palette;
-    Ref<QzAnnoStringToScreen> pipeline = QzAnnoStringToScreen::init();
 };
 
 TEST_F(LayersTest, LieInOrderBoxLayerTwoLayerOneGlyphs) {
@@ -196,6 +179,45 @@ TEST_F(LayersTest, AnAccentHasTheOutlineOfItsLetter) {
     const PixelBox outlined = inkOf(*draw(outline, "x\u0306"));
     EXPECT_NEAR(outlined.top, letters.top - 6, 1);
     EXPECT_NEAR(outlined.bottom, letters.bottom + 6, 1);
+}
+
+TEST_F(LayersTest, MergedLayersAreEvenWhereGlyphsOverlap) {
+    // Strokes of neighbours and of a glyph's own contours overlap; half covers half again unless merged.
+    const Attributes layer = {{QzBackgroundColorAttribute, rgba(1, 0, 0, 0.5f)},
+                              {QzBackgroundWidthAttribute, number(14)},
+                              {QzTextColorAttribute, rgba(0, 0, 0, 0)}};
+    const auto densest = [](const NSBitmapImageRep& bitmap) {
+        int alpha = 0;
+        for (int32_t y = 0; y < bitmap.pixelsHigh(); ++y) {
+            for (int32_t x = 0; x < bitmap.pixelsWide(); ++x) {
+                alpha = std::max(alpha, int{pixelAt(bitmap, x, y).alpha});
+            }
+        }
+        return alpha;
+    };
+    EXPECT_GT(densest(*draw(layer, "AVO")), 180);
+    EXPECT_FALSE(pipeline->layoutManager()->mergesLayers());
+    pipeline->layoutManager()->setMergesLayers(true);
+    const auto merged = draw(layer, "AVO");
+    EXPECT_NEAR(densest(*merged), 128, 1);
+    const PixelBox full = boxOf(*merged, [](Pixel p) { return p.alpha > 126; });
+    EXPECT_GT(full.width(), 180) << "all of the letters, in one strength";
+
+    // An opaque layer looks the same either way, two of different colours each keep their own.
+    Attributes opaque = layer;
+    opaque[0].second = rgba(1, 0, 0);
+    const auto red = [](Pixel p) { return p == kRed; };
+    const PixelBox mergedBox = boxOf(*draw(opaque, "AVO"), red);
+    pipeline->layoutManager()->setMergesLayers(false);
+    EXPECT_EQ(boxOf(*draw(opaque, "AVO"), red), mergedBox);
+    pipeline->layoutManager()->setMergesLayers(true);
+    const auto string = QzMutableAnnoString::initWithString("OO"_ns);
+    draw(layer, "O");
+    string->addAnno(addAnnotation(*palette, "blue", {{QzBackgroundColorAttribute, rgba(0, 0, 1)}}), {1, 1});
+    pipeline->setAnnoString(string);
+    const auto both = pipeline->bitmapInFullScreen(true);
+    EXPECT_GT(boxOf(*both, [](Pixel p) { return p == kBlue; }).width(), 60);
+    EXPECT_GT(boxOf(*both, [](Pixel p) { return p == Pixel{128, 0, 0, 128}; }).width(), 60);
 }
 
 TEST(AnnoLayoutManager, StartsAtTheContextsAntialiasingAndTheBestQuality) {

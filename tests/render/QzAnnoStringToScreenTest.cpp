@@ -1,4 +1,6 @@
 #include <cstring>
+#include <utility>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -192,6 +194,50 @@ TEST(TextRender, DropsFractionsOfAPoint) {
 
     const auto again = QzTextRender::rasterizeImageRep(*bitmap);
     EXPECT_EQ(inkOf(*again), (PixelBox{0, 0, 100, 20}));
+}
+
+TEST_F(PipelineTest, AHostsOwnFrameIsDrawnIntoRowByRow) {
+    const auto bitmap = pipeline->bitmapInFullScreen(true);
+    const PixelBox ink = inkOf(*bitmap);
+    // Rows longer than their pixels; what lies between belongs to the host.
+    constexpr int32_t kRowBytes = 4 * 400 + 52;
+    std::vector<uint8_t> frame(kRowBytes * 300, 0);
+    for (int32_t y = 0; y < 300; ++y) std::fill_n(frame.begin() + y * kRowBytes + 1600, 52, uint8_t{0xA5});
+    const std::vector<uint8_t> clear = frame;
+    NSRect place;
+    PixelRect changed;
+    ASSERT_TRUE(pipeline->drawInFullScreen(true, PixelBuffer{frame.data(), 400, 300, kRowBytes}, &place, &changed));
+    EXPECT_EQ(place, (NSRect{{0, 0}, {400, 300}}));
+    for (int32_t y = 0; y < 300; ++y) {
+        ASSERT_EQ(std::memcmp(frame.data() + y * kRowBytes, std::as_const(*bitmap).row(y), 1600), 0) << y;
+        ASSERT_EQ(std::memcmp(frame.data() + y * kRowBytes + 1600, clear.data() + y * kRowBytes + 1600, 52), 0) << y;
+    }
+    EXPECT_LE(changed.x, ink.left);
+    EXPECT_LE(changed.y, ink.top);
+    EXPECT_GE(changed.right(), ink.right);
+    EXPECT_GE(changed.bottom(), ink.bottom);
+    EXPECT_LT(changed.height, ink.height() + 8) << "no more than the title's rows";
+
+    for (const PixelBuffer& bad : {PixelBuffer{nullptr, 400, 300, 1600},
+                                   {frame.data(), 0, 300, 1600},
+                                   {frame.data(), 400, 300, 1599},
+                                   {frame.data(), 400, -1, 1600}}) {
+        EXPECT_FALSE(pipeline->drawInFullScreen(true, bad));
+    }
+}
+
+// The pages of a bitmap that is let go serve the next of its size, which must be as blank as a new one: whoever drew.
+TEST_F(PipelineTest, EveryBitmapStartsBlank) {
+    pipeline->setScreenSize({640, 480}, {640, 480});
+    const PixelBox ink = inkOf(*pipeline->bitmapInFullScreen(true));
+    for (const bool hostWrites : {false, true}) {
+        auto bitmap = pipeline->bitmapInFullScreen(true);
+        if (hostWrites) std::memset(bitmap->bitmapData(), 0x7F, size_t(bitmap->bytesPerRow()) * 480);
+        bitmap.reset();
+        const auto next = pipeline->bitmapInFullScreen(true);
+        EXPECT_EQ(inkOf(*next), ink);
+        EXPECT_EQ(pixelAt(*next, 5, 5), kClear);
+    }
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
 #include <map>
-#include <random>
 
 #include <gmock/gmock.h>
 
@@ -76,6 +75,25 @@ TEST(Shaping, seesTheTextAcrossChangesOfColour) {
     }
 }
 
+TEST(Shaping, joinsLettersAcrossChangesOfSizeAndHeight) {
+    const TextSystem plain(*attributedString("بيتنا"));
+    for (const Ref<NSString>& name : {NSFontAttributeName, NSBaselineOffsetAttributeName}) {
+        const auto text = NSMutableAttributedString::initWithAttributedString(*attributedString("بيتنا"));
+        for (uint32_t i = 0; i < text->length(); i += 2) {
+            const Ref<NSObject> value = name == NSFontAttributeName
+                                            ? Ref<NSObject>(NSFont::fontWithName(*"DejaVu Sans"_ns, 31))
+                                            : NSNumber::numberWithFloat(4);
+            text->addAttribute(name, value, {i, 1});
+        }
+        const TextSystem styled(*text);
+        ASSERT_EQ(styled.manager->numberOfGlyphs(), plain.manager->numberOfGlyphs());
+        for (uint32_t i = 0; i < plain.manager->numberOfGlyphs(); ++i) {
+            EXPECT_EQ(styled.manager->glyphAtIndex(i), plain.manager->glyphAtIndex(i))
+                << name->utf8() << " glyph " << i;
+        }
+    }
+}
+
 TEST(Shaping, aStyleThatBeginsInALigatureBreaksIt) {
     EXPECT_EQ(glyphsInColours(attributedString("office")).size(), 6u) << "f|f and f|i have two colours";
     const auto glyphsWith = [](Range styled, const Ref<NSString>& name, const Ref<NSObject>& value) {
@@ -101,45 +119,6 @@ TEST(Shaping, aWordThatIsCutKeepsItsJoinedForms) {
     const TextSystem cut(*attributedString("ببببببب"), {widthOf("بببب"), 0});
     ASSERT_GT(cut.lineTexts().size(), 1u);
     for (uint32_t i = 0; i < 7; ++i) EXPECT_EQ(cut.manager->glyphAtIndex(i), whole.manager->glyphAtIndex(i));
-}
-
-constexpr const char* kSamples[] = {
-    "office affairs ffi",
-    "e\u0301a\u0308\u0323 zalgo\u0301\u0302\u0303\u0304",
-    "السلام عليكم لا إله",
-    "क्षत्रिय हिन्दी राष्ट्रीय",
-    "ภาษาไทย น้ำ",
-    "日本語\t한국어\r\nline",
-    "\U0001F468\u200D\U0001F469\u200D\U0001F467 \U0001F1E9\U0001F1EA 👍🏽",
-    "abc אבג\u200F 123 دهو\u2028soft\u00ADhyphen",
-};
-
-TEST(GlyphMapping, everyCharacterLiesInTheClusterOfItsGlyphs) {
-    std::mt19937 random(7);
-    for (const char* sample : kSamples) {
-        for (const float width : {0.0f, 80.0f, 25.0f}) {
-            const TextSystem system(*attributedString(sample), {width, 0});
-            const NSLayoutManager& manager = *system.manager;
-            const uint32_t glyphs = manager.numberOfGlyphs(), length = system.storage->length();
-            EXPECT_EQ(manager.characterRangeForGlyphRange({0, glyphs}), (Range{0, length})) << sample;
-            EXPECT_EQ(manager.glyphRangeForCharacterRange({0, length}), (Range{0, glyphs})) << sample;
-            EXPECT_EQ(manager.characterIndexForGlyphAtIndex(glyphs), length);
-            for (int i = 0; i < 50; ++i) {
-                const auto start = static_cast<uint32_t>(random() % length);
-                const Range characters = {start, static_cast<uint32_t>(1 + random() % (length - start))};
-                Range actual, back;
-                const Range range = manager.glyphRangeForCharacterRange(characters, &actual);
-                ASSERT_GE(range.length, 1u);
-                EXPECT_LE(actual.location, characters.location);
-                EXPECT_GE(actual.end(), characters.end());
-                // Whole clusters map onto themselves, both ways.
-                EXPECT_EQ(manager.characterRangeForGlyphRange(range, &back), actual) << sample;
-                EXPECT_EQ(back, range);
-                EXPECT_EQ(manager.glyphRangeForCharacterRange(actual), range);
-                EXPECT_EQ(manager.characterIndexForGlyphAtIndex(range.location), actual.location);
-            }
-        }
-    }
 }
 
 TEST(GlyphMapping, aLigatureIsOneGlyphOfSeveralCharacters) {

@@ -1,9 +1,12 @@
 // Characters, glyphs and places of the sample lines of all scripts, whole and broken.
 
+#include <map>
+
 #include <gmock/gmock.h>
 #include <unicode/ubrk.h>
 #include <unicode/uchar.h>
 
+#include "platform/text/CaretGeometry.h"
 #include "tests/text/ScriptSamples.h"
 
 namespace qz {
@@ -49,7 +52,47 @@ TEST(ScriptMapping, charactersAndGlyphsLeadToEachOther) {
                 }
                 before = glyphs;
             }
+            // Any stretch of characters, through its glyphs, grows to whole clusters and then stays.
+            for (uint32_t start = 0; start < system.storage->length(); ++start) {
+                const Range stretch = {start, std::min(7u, system.storage->length() - start)};
+                Range whole, back;
+                const Range glyphs = manager.glyphRangeForCharacterRange(stretch, &whole);
+                EXPECT_TRUE(whole.location <= start && whole.end() >= stretch.end());
+                EXPECT_EQ(manager.characterRangeForGlyphRange(glyphs, &back), whole);
+                EXPECT_EQ(back, glyphs);
+            }
             EXPECT_THAT(covered, testing::Each(1)) << "every glyph belongs to one cluster";
+        }
+    }
+}
+
+/// Where most letters of a line stand, from its top: on the baseline.
+float commonestHeight(const TextSystem& system, Range line) {
+    std::map<float, int> counts;
+    for (auto glyph = line.location; glyph < line.end(); ++glyph) {
+        const bool isMark = system.manager->advanceForGlyphAtIndex(glyph) == 0;
+        counts[system.manager->locationForGlyphAtIndex(glyph).y] += isMark ? 0 : 1;
+    }
+    return std::ranges::max_element(counts, {}, [](const auto& entry) { return entry.second; })->first;
+}
+
+TEST(ScriptMapping, linesHoldTheirFontsAndDoNotOverlap) {
+    for (const ScriptSample& sample : scriptSamples()) {
+        SCOPED_TRACE(describe(sample));
+        const TextSystem system(*sample.attributedText(), {150, 0});
+        float bottom = 0;
+        for (const Range& line : system.lines()) {
+            const NSRect used = system.manager->lineFragmentUsedRectForGlyphAtIndex(line.location);
+            EXPECT_GE(used.origin.y, bottom - 0.01f);
+            bottom = used.maxY();
+            const float baseline = used.origin.y + commonestHeight(system, line);
+            for (auto glyph = line.location; glyph < line.end(); ++glyph) {
+                const uint32_t character = system.manager->characterIndexForGlyphAtIndex(glyph);
+                const auto font =
+                    system.storage->attributesAtIndex(character)->objectForKey<NSFont>(*NSFontAttributeName);
+                EXPECT_LE(used.origin.y + font->ascender(), baseline + 0.01f);
+                EXPECT_LE(baseline - font->descender(), bottom + 0.01f);
+            }
         }
     }
 }
@@ -58,31 +101,28 @@ TEST(ScriptMapping, selectionsCoverEachClusterOnce) {
     for (const ScriptSample& sample : scriptSamples()) {
         SCOPED_TRACE(describe(sample));
         const TextSystem system(*sample.attributedText(), {260, 0});
-        const NSLayoutManager& manager = *system.manager;
+        const std::vector<CaretLine> lines = caretLines(*system.manager, *system.container);
         const std::vector<uint32_t> clusters = boundaries(UBRK_CHARACTER, system.storage->characters());
-        const auto rects = [&](Range range) { return manager.rectArrayForCharacterRange(range, *system.container); };
         double areaOfClusters = 0;
         std::vector<NSRect> all;
         for (size_t i = 0; i + 1 < clusters.size(); ++i) {
-            const std::vector<NSRect> own = rects({clusters[i], clusters[i + 1] - clusters[i]});
+            const std::vector<NSRect> own = selectionRects(lines, {clusters[i], clusters[i + 1] - clusters[i]});
             ASSERT_LE(own.size(), 1u) << "a cluster stands in one place";
             if (own.empty()) continue;
             all.push_back(own[0]);
             areaOfClusters += double{own[0].size.width} * double{own[0].size.height};
-            // A click finds what it hits, and which half of it.
-            const float y = own[0].origin.y + own[0].size.height / 2, width = own[0].size.width;
-            float fraction = 0;
-            EXPECT_EQ(manager.characterIndexForPoint({own[0].origin.x + width / 2, y}, *system.container, &fraction),
-                      clusters[i]);
-            EXPECT_NEAR(fraction, 0.5, 0.02);
-            manager.characterIndexForPoint({own[0].origin.x + width / 4, y}, *system.container, &fraction);
-            const bool isRightToLeft =
-                manager.isRightToLeftGlyphAtIndex(manager.glyphRangeForCharacterRange({clusters[i], 1}).location);
-            EXPECT_EQ(fraction > 0.5, isRightToLeft);
+            // A click before and behind the middle of a cluster leads to its two ends.
+            const CaretLine& line = lines[lineAtY(lines, own[0].origin.y + own[0].size.height / 2)];
+            const CaretPlace left = line.placeAtX(own[0].origin.x + own[0].size.width / 4);
+            const CaretPlace right = line.placeAtX(own[0].origin.x + own[0].size.width * 3 / 4);
+            EXPECT_EQ(std::minmax(left.index, right.index), std::minmax(clusters[i], clusters[i + 1]));
+            EXPECT_NEAR(line.xOfCaret(left), own[0].origin.x, 0.01);
+            EXPECT_NEAR(line.xOfCaret(right), own[0].maxX(), 0.01);
         }
         double area = 0;
-        for (const NSRect& rect : rects({0, system.storage->length()}))
+        for (const NSRect& rect : selectionRects(lines, {0, system.storage->length()})) {
             area += double{rect.size.width} * double{rect.size.height};
+        }
         EXPECT_NEAR(area, areaOfClusters, 0.5) << "no gap and no overlap";
         for (size_t i = 0; i < all.size(); ++i) {
             for (size_t j = i + 1; j < all.size(); ++j) {

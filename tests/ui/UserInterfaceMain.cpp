@@ -14,5 +14,7 @@ int main(int argc, char** argv) {
     const qz::TemporaryFolder settings;
     qz::NSUserDefaults::standardUserDefaults().useFile(settings.file("defaults.ini"));
     const QApplication application(argc, argv);
-    return RUN_ALL_TESTS();
+    const int result = RUN_ALL_TESTS();
+    qz::NSUserDefaults::standardUserDefaults().useFile({});
+    return result;
 }

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <functional>
+
+#include "QzAnno_AnnotatedTextFramework/format/QzAnnoStringFormatter.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzScreenTextContainer.h"
+#include "apps/qzanno-composer/TitleFile.h"
+#include "platform/graphics/NSBitmapImageRep.h"
+#include "platform/text/NSTextView.h"
+#include "platform/ui/NSResponder.h"
+
+namespace qz::composer {
+
+/// Titles, their palette, and the text view in which one of them is edited.
+///
+/// Whatever the user types or switches on, and every change of the palette, is turned back into the annotated string
+/// and formatted anew, so the view always shows the title as it will be rendered. One undo manager serves text,
+/// annotations and palette. Answers "requestScreenSize:" and "toggleFrameAnno:".
+class TitleDocument final : public NSResponder {
+public:
+    static Ref<TitleDocument> documentWithPalette(const Ref<QzAnnoPalette>& palette, NSSize screenSize);
+    ~TitleDocument() override;
+
+    const Ref<QzAnnoPalette>& palette() const { return palette_; }
+    const Ref<NSTextView>& textView() const { return view_; }
+    const Ref<NSUndoManager>& undoManager() const { return undo_; }
+    NSSize screenSize() const { return container_->screenSize(); }
+
+    /// At least one title.
+    void setTitles(std::vector<Title> titles);
+    const std::vector<Title>& titles() const { return titles_; }
+    size_t current() const { return current_; }
+    /// Shows another title; what could be undone of the text is forgotten.
+    void show(size_t title);
+    /// The current title with all edits.
+    const Ref<QzAnnoString>& title() const { return titles_[current_].text; }
+    /// The title of the screen's size in pixels, over nothing.
+    Ref<NSBitmapImageRep> picture() const;
+
+    /// Where the insertion point of an empty title stands, in screen points: where its first character would.
+    NSRect insertionPointOfEmptyTitle() const;
+
+    /// Moves the contents of another palette into this document's, whose keys of the same names take over the titles.
+    void replacePalette(const Ref<QzAnnoPalette>& palette);
+    void toggleFrameAnno(const Ref<QzAnnoKey>& key);
+
+    std::string className() const override { return "TitleDocument"; }
+
+private:
+    TitleDocument(const Ref<QzAnnoPalette>& palette, NSSize screenSize);
+
+    void textDidChange();
+    void format();
+    void restore(const Ref<QzAnnoString>& title);
+    void recordFormer(const Ref<QzAnnoString>& title);
+
+    const Ref<QzAnnoPalette> palette_;
+    const Ref<NSUndoManager> undo_ = NSUndoManager::init();
+    const Ref<QzAnnoStringFormatter> formatter_ = QzAnnoStringFormatter::init();
+    Ref<QzScreenTextContainer> container_;
+    Ref<NSTextView> view_;
+    std::vector<Title> titles_;
+    size_t current_ = 0;
+    bool isFormatting_ = false;
+};
+
+}  // namespace qz::composer

@@ -1,0 +1,198 @@
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QStyle>
+#include <QStyleFactory>
+#include <QTemporaryDir>
+#include <cstdio>
+#include <string_view>
+
+#include "QzAnno_AnnotatedTextFramework/ui/QzAnnotationManager.h"
+#include "apps/qzanno-composer/ComposerWindow.h"
+#include "apps/qzanno-composer/Screenshot.h"
+#include "platform/foundation/Files.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/graphics/PNG.h"
+#include "platform/ui/NSApplication.h"
+#include "platform/ui/NSUserDefaults.h"
+
+namespace qz::composer {
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kWrongUsage = 2;
+
+struct Options {
+    QString titles;
+    QString palette;
+    QString frame;
+    NSSize screen = {1920, 1080};
+    int title = 1;
+    QString edit;
+    QString appearance;
+    QString screenshot;
+    bool isVerbose = false;
+};
+
+int fail(int code, const std::string& message) {
+    std::fprintf(stderr, "qzanno-composer: %s\n", message.c_str());
+    return code;
+}
+
+QPalette darkPalette() {
+    QPalette dark;
+    dark.setColor(QPalette::Window, QColor(0x35, 0x38, 0x3c));
+    dark.setColor(QPalette::Base, QColor(0x1e, 0x1f, 0x22));
+    dark.setColor(QPalette::AlternateBase, QColor(0x26, 0x28, 0x2b));
+    dark.setColor(QPalette::Button, QColor(0x45, 0x49, 0x4e));
+    dark.setColor(QPalette::Mid, QColor(0x5a, 0x5d, 0x61));
+    dark.setColor(QPalette::Highlight, QColor(0x3d, 0x7b, 0xd9));
+    dark.setColor(QPalette::ToolTipBase, QColor(0x3a, 0x3d, 0x41));
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText,
+                                           QPalette::ToolTipText, QPalette::HighlightedText, QPalette::BrightText}) {
+        dark.setColor(role, QColor(0xe6, 0xe6, 0xe6));
+        dark.setColor(QPalette::Disabled, role, QColor(0x80, 0x83, 0x87));
+    }
+    dark.setColor(QPalette::PlaceholderText, QColor(0x9a, 0x9d, 0xa1));
+    return dark;
+}
+
+/// False, with one line in `error`, for arguments that mean nothing.
+bool parse(const QStringList& arguments, Options& options, std::string& error, QString& help) {
+    QCommandLineParser parser;
+    parser.setApplicationDescription("Composes titles: type over a frame, style with annotations.");
+    parser.addPositionalArgument(
+        "TITLES", "WebVTT captions (.vtt), one title as text (.txt), or archived titles (.annostring)", "[TITLES]");
+    parser.addOptions({{{"p", "palette"}, "The palette, a property list.", "FILE"},
+                       {{"f", "frame"}, "A PNG picture to lie beneath the text; a checkerboard without.", "FILE"},
+                       {{"s", "screen"}, "The screen in points; 1920x1080 without.", "WxH"},
+                       {{"t", "title"}, "The title to begin with, from 1.", "NUMBER"},
+                       {"edit", "Opens the editor on the annotation of that name.", "NAME"},
+                       {"appearance", "light, dark, or desktop (as the desktop has it).", "LOOK", "desktop"},
+                       {"screenshot", "Writes a picture of the windows and ends.", "FILE"},
+                       {{"v", "verbose"}, "Shows the library's log."},
+                       {{"h", "help"}, "Shows this text."},
+                       {"version", "Shows the version."}});
+    if (!parser.parse(arguments)) {
+        error = parser.errorText().toStdString();
+        return false;
+    }
+    if (parser.isSet("help")) help = parser.helpText();
+    if (parser.isSet("version")) help = "qzanno-composer " QZANNO_VERSION "\n";
+    if (parser.positionalArguments().size() > 1) {
+        error = "one file of titles at a time; run it once for each";
+        return false;
+    }
+    options.titles = parser.positionalArguments().value(0);
+    options.palette = parser.value("palette");
+    options.frame = parser.value("frame");
+    options.edit = parser.value("edit");
+    options.appearance = parser.value("appearance");
+    options.screenshot = parser.value("screenshot");
+    options.isVerbose = parser.isSet("verbose");
+    if (parser.isSet("screen")) {
+        const QStringList sides = parser.value("screen").split('x');
+        options.screen = {sides.value(0).toFloat(), sides.value(1).toFloat()};
+        const auto isSide = [](float side) { return side >= 1 && side <= 16384; };
+        if (sides.size() != 2 || !isSide(options.screen.width) || !isSide(options.screen.height)) {
+            error = "--screen takes WIDTHxHEIGHT, each from 1 to 16384, as in 1920x1080";
+            return false;
+        }
+    }
+    if (parser.isSet("title")) options.title = parser.value("title").toInt();
+    if (options.title < 1) error = "--title takes a number from 1";
+    if (!QStringList{"light", "dark", "desktop"}.contains(options.appearance)) {
+        error = "--appearance is light, dark or desktop";
+    }
+    return error.empty();
+}
+
+int run(const Options& options) {
+    std::string error;
+    Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
+    if (!options.palette.isEmpty()) palette = readPaletteFile(options.palette.toStdString(), error);
+    if (!palette) return fail(kFailed, error);
+    const Ref<TitleDocument> document = TitleDocument::documentWithPalette(palette, options.screen);
+    if (!options.titles.isEmpty()) {
+        auto file = readTitleFile(options.titles.toStdString(), palette, error);
+        if (!file) return fail(kFailed, error);
+        for (const std::string& warning : file->warnings) fail(0, warning);
+        document->setTitles(std::move(file->titles));
+    }
+    if (static_cast<size_t>(options.title) > document->titles().size()) {
+        return fail(kFailed, "there is no title " + std::to_string(options.title) + "; there are " +
+                                 std::to_string(document->titles().size()));
+    }
+    document->show(static_cast<size_t>(options.title) - 1);
+    Ref<NSBitmapImageRep> frame;
+    if (!options.frame.isEmpty()) {
+        const std::string path = options.frame.toStdString();
+        const Ref<NSData> data = readFile(path, &error);
+        if (data) frame = bitmapFromPNG(*data, &error);
+        if (!frame) return fail(kFailed, path + ": " + error);
+    }
+
+    // A picture of the windows must neither depend on the user's settings nor change them.
+    const QTemporaryDir settings;
+    const bool isForPicture = !options.screenshot.isEmpty();
+    auto& defaults = NSUserDefaults::standardUserDefaults();
+    if (isForPicture) defaults.useFile(settings.filePath("defaults.ini").toStdString());
+    NSApplication::sharedApplication().setDelegate(document);
+    ComposerWindow window(document);
+    window.setFrame(frame);
+    window.show();
+    const Ref<QzAnnotationManager> manager = QzAnnotationManager::sharedAnnotationManager();
+    manager->setAnnotationPalette(palette);
+    // Whoever has closed the panel opens it by the menu.
+    if (!defaults.hasValueForKey("AnnoationPaletteVisible")) manager->showWindow({});
+    if (!options.edit.isEmpty()) {
+        const Ref<QzAnnoKey> key = palette->findAnnoKey(NSString::stringWithUTF8String(options.edit.toStdString()));
+        if (!key) return fail(kFailed, "the palette has no annotation \"" + options.edit.toStdString() + "\"");
+        manager->editor()->setAnno(palette->lookupAnno(key));
+    }
+    window.activateWindow();
+    window.textWidget()->setFocus();
+    if (!isForPicture) return QApplication::exec();
+
+    std::vector<QWidget*> windows = {&window, manager->window()->widget()};
+    if (manager->editor()->isEditing()) windows.push_back(manager->editor()->window()->widget());
+    const std::string path = options.screenshot.toStdString();
+    const bool isWritten = writeScreenshot(windows, path, error);
+    defaults.useFile({});
+    return isWritten ? 0 : fail(kFailed, path + ": " + error);
+}
+
+}  // namespace
+}  // namespace qz::composer
+
+int main(int argc, char** argv) {
+    using namespace qz::composer;
+    QCoreApplication::setApplicationName("qzanno-composer");
+    // Windows that nobody is to see need no screen; without one, the toolkit would end the process in its own words.
+    const bool hasScreen = qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+                           qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+    if (!hasScreen) qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication application(argc, argv);
+    Options options;
+    std::string error;
+    QString help;
+    if (!parse(QCoreApplication::arguments(), options, error, help)) {
+        return fail(kWrongUsage, error + "; see --help");
+    }
+    if (!help.isEmpty()) {
+        std::fputs(help.toUtf8().constData(), stdout);
+        return 0;
+    }
+    if (!hasScreen && options.screenshot.isEmpty()) {
+        return fail(kFailed, "there is no screen to open a window on; run it on a desktop, or with --screenshot FILE");
+    }
+    if (!options.isVerbose) {
+        qz::setLogHook([](std::string_view) {});
+        qz::setStandardErrorHook([](std::string_view) {});
+    }
+    if (options.appearance != "desktop") {
+        QApplication::setStyle(QStyleFactory::create("Fusion"));
+        QApplication::setPalette(options.appearance == "dark" ? darkPalette()
+                                                              : QApplication::style()->standardPalette());
+    }
+    return run(options);
+}

@@ -1,0 +1,52 @@
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+
+#include "platform/foundation/NSAlertPanel.h"
+#include "platform/ui/NSApplication.h"
+
+namespace qz {
+namespace {
+
+/// Presses the button of that name as soon as the alert is there, or the escape key for none.
+void answerAlert(const QString& button) {
+    QTimer::singleShot(0, [button] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (!box) return answerAlert(button);
+        for (QAbstractButton* each : box->buttons()) {
+            if (each->text() == button) return each->click();
+        }
+        box->reject();
+    });
+}
+
+TEST(AlertBox, givesBackTheButtonThatIsChosen) {
+    NSApplication::sharedApplication();
+    const AlertPanel panel = {"Internal Error", "What?", "sweet", "nilly", "dilly"};
+    answerAlert("nilly");
+    EXPECT_EQ(NSRunCriticalAlertPanel(panel), NSAlertAlternateReturn);
+    answerAlert("dilly");
+    EXPECT_EQ(NSRunCriticalAlertPanel(panel), NSAlertOtherReturn);
+    answerAlert("sweet");
+    EXPECT_EQ(NSRunCriticalAlertPanel(panel), NSAlertDefaultReturn);
+    answerAlert("");
+    EXPECT_EQ(NSRunCriticalAlertPanel(panel), NSAlertDefaultReturn) << "closed without a choice";
+    // Asked on another thread, it opens on this one.
+    NSAlertReturn chosen = NSAlertDefaultReturn;
+    answerAlert("nilly");
+    std::thread asking([&] {
+        chosen = NSRunCriticalAlertPanel(panel);
+        QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+    });
+    QApplication::exec();
+    asking.join();
+    EXPECT_EQ(chosen, NSAlertAlternateReturn);
+}
+
+}  // namespace
+}  // namespace qz
