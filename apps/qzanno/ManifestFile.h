@@ -19,6 +19,8 @@ public:
     /// The line's file must be in place, for the line is taken for a proof of it from now on.
     bool append(std::string_view line, std::string* error);
     bool commit(std::string* error);
+    /// Whether the path is that of a file.
+    bool replacesFile() const { return !part_.empty(); }
 
     /// The file that a path means, behind symbolic links where it is to be replaced.
     static std::string targetOf(const std::string& path);

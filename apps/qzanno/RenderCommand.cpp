@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <set>
 
@@ -13,6 +14,7 @@
 #include "apps/qzanno/OrderedJobs.h"
 #include "apps/qzanno/OutputPlan.h"
 #include "apps/qzanno/Progress.h"
+#include "apps/qzanno/RunMark.h"
 #include "apps/qzanno/SameFile.h"
 #include "apps/qzanno/TitleJob.h"
 #include "apps/qzanno/TitleLines.h"
@@ -22,6 +24,11 @@ namespace {
 
 /// How many titles a thread may be ahead of the slowest one.
 constexpr size_t kWindowPerThread = 8;
+
+std::string folderOf(const std::string& file) {
+    const std::string folder = std::filesystem::path(file).parent_path().string();
+    return folder.empty() ? "." : folder;
+}
 
 /// Renders the titles of files in two walks over them: the first counts them, finds those that look the same, and tells
 /// what is wrong with the files; the second hands them to the threads, one by one.
@@ -72,6 +79,7 @@ private:
     std::set<Key> drawn_;
     std::string manifestPath_;
     std::unique_ptr<ManifestFile> manifest_;
+    bool isMarked_ = false;
     DoneTitles done_;
 
     // Used while jobs are delivered, on the threads.
@@ -162,10 +170,14 @@ bool RenderRun::openManifest() {
     std::string reason;
     manifestPath_ = ManifestFile::targetOf(manifestPath(options_.manifest, options_.shard));
     if (options_.resume) {
+        std::set<std::string> folders = {folderOf(manifestPath_)};
+        for (const Input& input : inputs_) folders.insert(folderOf(input.plan.fileFor(1)));
+        removeLeftOvers(manifestPath_, folders);
         auto done = DoneTitles::load(manifestPath_, &reason);
         if (done) done_ = std::move(*done);
     }
     if (reason.empty()) manifest_ = ManifestFile::create(manifestPath_, &reason);
+    isMarked_ = manifest_ && manifest_->replacesFile() && placeRunMark(manifestPath_, &reason);
     if (manifest_ && !options_.shard.isWhole()) {
         std::vector<SourceEntry> sources;
         for (const Input& input : inputs_) sources.push_back({input.file.path, input.titles});
@@ -196,7 +208,10 @@ bool RenderRun::renderAll() {
         diagnostics_.error(manifestPath_, reason);
         return false;
     }
-    if (manifest_) DoneTitles::clear(manifestPath_);
+    if (manifest_ && isMarked_) {
+        DoneTitles::clear(manifestPath_);
+        removeRunMark(manifestPath_);
+    }
     return allDone_ && allAdded;
 }
 

@@ -1,6 +1,7 @@
 #include "apps/qzanno/SameFile.h"
 
 #include <cstdio>
+#include <filesystem>
 
 #include <unistd.h>
 
@@ -9,7 +10,8 @@
 namespace qz::tool {
 
 bool placeSameFile(const std::string& from, const std::string& to, std::string* error) {
-    const std::string beside = to + ".qz-" + std::to_string(::getpid());
+    const std::string name = ".qz-" + std::to_string(::getpid()) + "-same";
+    const std::string beside = (std::filesystem::path(to).parent_path() / name).string();
     ::unlink(beside.c_str());
     if (::link(from.c_str(), beside.c_str()) == 0) {
         const bool isPlaced = std::rename(beside.c_str(), to.c_str()) == 0;
