@@ -1,6 +1,7 @@
 #include "platform/text/GlyphDrawing.h"
 
 #include <cmath>
+#include <cstring>
 #include <optional>
 #include <span>
 
@@ -114,13 +115,27 @@ std::vector<DeviceShape> shapesOf(const GlyphAtPlace& glyph, const GlyphKey& key
     return {shapeOf(glyph, partOf(key, GlyphPart::stroke)), shapeOf(glyph, partOf(key, GlyphPart::fill))};
 }
 
+void thin(std::vector<uint8_t>& bytes, uint8_t alpha) {
+    if (alpha == 255) return;
+    for (uint8_t& byte : bytes) byte = static_cast<uint8_t>((byte * alpha + 127) / 255);
+}
+
+/// Lays the first mask, thinned to `alpha` of 255, into a target that covers nothing yet and reaches around it.
+void layThinned(const CoverageMask& mask, uint8_t alpha, CoverageMask& target) {
+    const auto width = static_cast<size_t>(mask.box.width);
+    for (int32_t y = 0; y < mask.box.height; ++y) {
+        std::memcpy(target.row(mask.box.y - target.box.y + y) + (mask.box.x - target.box.x), mask.row(y), width);
+    }
+    thin(target.bytes, alpha);
+}
+
 void uniteThinned(const CoverageMask& mask, uint8_t alpha, CoverageMask& target) {
     if (alpha == 255) {
         uniteMasks(mask, 0, 0, target);
         return;
     }
     CoverageMask thinned = mask;
-    for (uint8_t& byte : thinned.bytes) byte = static_cast<uint8_t>((byte * alpha + 127) / 255);
+    thin(thinned.bytes, alpha);
     uniteMasks(thinned, 0, 0, target);
 }
 
@@ -135,14 +150,15 @@ CoverageMask maskOf(const GlyphAtPlace& glyph, const GlyphKey& key, const std::v
     }
     mask = CoverageMask::emptyOf(box);
     for (size_t i = 0; i < shapes.size(); ++i) {
+        const auto lay = i == 0 ? layThinned : uniteThinned;
         const GlyphKey partKey = partOf(key, i == 0 ? GlyphPart::stroke : GlyphPart::fill);
         if (const GlyphImage* const kept = cache.find(partKey)) {
-            uniteThinned(kept->mask, key.alpha, mask);
+            lay(kept->mask, key.alpha, mask);
             continue;
         }
         GlyphImage part{.font = glyph.font, .mask = {}, .picture = {}};
         renderCoverage({&shapes[i], 1}, shapes[i].pixelBounds(kAnyPixels), key.antialias, part.mask);
-        uniteThinned(part.mask, key.alpha, mask);
+        lay(part.mask, key.alpha, mask);
         cache.add(partKey, std::move(part));
     }
     return mask;
