@@ -96,45 +96,56 @@ private:
 
     void addInside(Point top, Point bottom, float sign) {
         const auto slope = static_cast<float>((bottom.x - top.x) / (bottom.y - top.y));
+        const float rise = std::fabs(1 / slope);  // read only where the line passes several pixels of a row
         const auto y0 = static_cast<float>(top.y), y1 = static_cast<float>(bottom.y);
         const auto limit = static_cast<float>(width_);
+        const auto first = static_cast<int32_t>(y0), last = std::min(height_, ceilingOf(y1));
         auto x = static_cast<float>(top.x);
-        const int32_t last = std::min(height_, static_cast<int32_t>(std::ceil(y1)));
-        for (auto row = static_cast<int32_t>(y0); row < last; ++row) {
+        float* group = sums_.data() + stride_ * static_cast<size_t>(first / kRows);
+        for (int32_t row = first; row < last; ++row) {
             const float height = std::min(static_cast<float>(row + 1), y1) - std::max(static_cast<float>(row), y0);
-            const float next = std::clamp(x + slope * height, 0.0f, limit);
-            addInRow(sums_.data() + stride_ * static_cast<size_t>(row / kRows) + row % kRows, x, next, sign * height);
+            const float next = std::min(std::max(x + slope * height, 0.0f), limit);
+            addInRow(group + row % kRows, x, next, sign * height, sign * rise);
             x = next;
+            if (row % kRows == kRows - 1) group += stride_;
         }
     }
 
-    // A line through one row, from x to next, as a trapezium over each pixel that it passes.
-    static void addInRow(float* sums, float x, float next, float height) {
+    // Of a number that is not negative; the standard one is a call on machines of the baseline.
+    static int32_t ceilingOf(float value) {
+        const auto whole = static_cast<int32_t>(value);
+        return whole + (static_cast<float>(whole) < value);
+    }
+
+    // A line through one row, from x to next, as a trapezium over each pixel that it passes; it falls by `rise` over
+    // each.
+    static void addInRow(float* sums, float x, float next, float height, float rise) {
         const float left = std::min(x, next), right = std::max(x, next);
         const auto first = static_cast<int32_t>(left);
-        const auto end = static_cast<int32_t>(std::ceil(right));
-        if (end <= first + 1) {
+        float* at = sums + kRows * first;
+        const float inFirst = static_cast<float>(first + 1) - left;
+        if (right <= static_cast<float>(first + 1)) {
             const float missing = height * (0.5f * (left + right) - static_cast<float>(first));
-            sums[kRows * first] += height - missing;
-            sums[kRows * (first + 1)] += missing;
+            at[0] += height - missing;
+            at[kRows] += missing;
             return;
         }
-        const float heightPerPixel = height / (right - left);
-        const float inFirst = static_cast<float>(first + 1) - left;
         // What the line has added so far to the pixel at hand and those behind it.
-        float added = 0.5f * heightPerPixel * inFirst * inFirst;
-        sums[kRows * first] += added;
-        float reached = heightPerPixel * inFirst;
+        float added = 0.5f * rise * inFirst * inFirst;
+        at[0] += added;
+        float reached = rise * inFirst;
+        const int32_t end = ceilingOf(right);
         for (int32_t i = first + 1; i < end - 1; ++i) {
-            const float covered = reached + 0.5f * heightPerPixel;
-            sums[kRows * i] += covered - added;
+            at += kRows;
+            const float covered = reached + 0.5f * rise;
+            at[0] += covered - added;
             added = covered;
-            reached += heightPerPixel;
+            reached += rise;
         }
         const float inLast = right - static_cast<float>(end - 1);
-        const float covered = height - 0.5f * heightPerPixel * inLast * inLast;
-        sums[kRows * (end - 1)] += covered - added;
-        sums[kRows * end] += height - covered;
+        const float covered = height - 0.5f * rise * inLast * inLast;
+        at[kRows] += covered - added;
+        at[2 * kRows] += height - covered;
     }
 
     const int32_t width_, height_;
