@@ -185,8 +185,26 @@ bool holdsAlpha(const GlyphKey& key) {
     return key.part == GlyphPart::strokeThenFill;
 }
 
+/// Draws and keeps what two kept parts make, as a second layer finds them; false when they do not serve.
+bool drawFromKeptParts(NSGraphicsContext& context, const GlyphAtPlace& glyph, const Place& place, const GlyphKey& key,
+                       GlyphCache& cache) {
+    if (key.part == GlyphPart::fill || key.part == GlyphPart::stroke) return false;
+    const GlyphImage* const stroke = cache.find(partOf(key, GlyphPart::stroke));
+    const GlyphImage* const fill = stroke ? cache.find(partOf(key, GlyphPart::fill)) : nullptr;
+    if (!fill) return false;
+    const PixelRect box = unionOf(stroke->mask.box, fill->mask.box);
+    if (!isVisible(box, place, context) || !isWorthKeeping(box, 1, cache)) return false;
+    GlyphImage image{.font = glyph.font, .mask = CoverageMask::emptyOf(box), .picture = {}};
+    layThinned(stroke->mask, key.alpha, image.mask);
+    uniteThinned(fill->mask, key.alpha, image.mask);
+    context.drawMask(image.mask, place.x, place.y, holdsAlpha(key));
+    cache.add(key, std::move(image));
+    return true;
+}
+
 void drawNew(NSGraphicsContext& context, const GlyphAtPlace& glyph, const Place& place, const GlyphKey& key,
              GlyphCache& cache) {
+    if (drawFromKeptParts(context, glyph, place, key, cache)) return;
     const std::vector<DeviceShape> shapes = shapesOf(glyph, key);
     PixelRect box;
     for (const DeviceShape& shape : shapes) box = unionOf(box, shape.pixelBounds(kAnyPixels));
