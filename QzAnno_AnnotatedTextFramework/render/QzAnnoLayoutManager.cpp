@@ -221,9 +221,7 @@ void QzAnnoLayoutManager::strokeOutlines(Range glyphRange, const Layer& layer, N
     context->setColor(layer.color);
     // Every shown glyph of a cluster, not only the first: an accent wants its border as the letter below it does.
     const NSPoint displaced = {origin.x + layer.offset.x, origin.y + layer.offset.y};
-    for (const GlyphAtPlace& glyph : shownGlyphs(glyphRange, displaced)) {
-        strokeAndFillGlyph(*context, glyph, stroke, *glyphCache());
-    }
+    strokeAndFillGlyphs(*context, shownGlyphs(glyphRange, displaced), stroke, *glyphCache());
 }
 
 GlyphStroke QzAnnoLayoutManager::strokeOf(float width) const {

@@ -1,5 +1,4 @@
 #include <cstdio>
-#include <cstring>
 
 #include <ass/ass.h>
 
@@ -11,6 +10,10 @@ namespace {
 // The size of a script counts ascent and descent: this much for an em of DejaVu Sans.
 constexpr double kLineHeightOfEm = 1.164;
 
+uint32_t by255(uint32_t product) {
+    return (product + 128 + ((product + 128) >> 8)) >> 8;
+}
+
 void blend(const ASS_Image& image, Frame& frame) {
     const uint32_t red = image.color >> 24, green = image.color >> 16 & 255, blue = image.color >> 8 & 255;
     const uint32_t alpha = 255 - (image.color & 255);
@@ -18,11 +21,12 @@ void blend(const ASS_Image& image, Frame& frame) {
         const uint8_t* source = image.bitmap + y * image.stride;
         uint8_t* pixel = frame.bytes.data() + (size_t(image.dst_y + y) * size_t(frame.width) + size_t(image.dst_x)) * 4;
         for (int x = 0; x < image.w; ++x, pixel += 4) {
-            const uint32_t coverage = (source[x] * alpha + 127) / 255, rest = 255 - coverage;
-            pixel[0] = uint8_t((red * coverage + pixel[0] * rest + 127) / 255);
-            pixel[1] = uint8_t((green * coverage + pixel[1] * rest + 127) / 255);
-            pixel[2] = uint8_t((blue * coverage + pixel[2] * rest + 127) / 255);
-            pixel[3] = uint8_t((255 * coverage + pixel[3] * rest + 127) / 255);
+            if (source[x] == 0) continue;
+            const uint32_t coverage = by255(source[x] * alpha), rest = 255 - coverage;
+            pixel[0] = uint8_t(by255(red * coverage + pixel[0] * rest));
+            pixel[1] = uint8_t(by255(green * coverage + pixel[1] * rest));
+            pixel[2] = uint8_t(by255(blue * coverage + pixel[2] * rest));
+            pixel[3] = uint8_t(by255(255 * coverage + pixel[3] * rest));
         }
     }
 }
@@ -45,9 +49,12 @@ public:
         for (size_t i = 0; i < title.lines.size(); ++i) script += (i ? "\\N" : "") + title.lines[i];
         script += '\n';
         ASS_Track* track = ass_read_memory(library_, script.data(), script.size(), nullptr);
-        std::memset(frame.bytes.data(), 0, frame.bytes.size());
-        for (const ASS_Image* image = ass_render_frame(renderer_, track, 1000, nullptr); image; image = image->next)
+        frame.clear(drawn_);
+        drawn_ = {};
+        for (const ASS_Image* image = ass_render_frame(renderer_, track, 1000, nullptr); image; image = image->next) {
             blend(*image, frame);
+            drawn_ = unionOf(drawn_, {image->dst_x, image->dst_y, image->w, image->h});
+        }
         ass_free_track(track);
     }
 
@@ -75,6 +82,7 @@ private:
 
     ASS_Library* const library_;
     ASS_Renderer* const renderer_;
+    PixelRect drawn_;
 };
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "bench/peers/OwnTitles.h"
 
-#include <cstring>
-
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSNumber.h"
@@ -26,26 +24,26 @@ public:
     OwnTitles(int width, int height) : pipeline_(width, height) {}
 
     void draw(const Title& title, Frame& frame) override {
-        std::memset(frame.bytes.data(), 0, frame.bytes.size());
-        const auto bitmap = NSBitmapImageRep::initWithBitmapDataPlanes(
-            frame.bytes.data(), {.pixelsWide = frame.width, .pixelsHigh = frame.height});
+        frame.clear(drawn_);
         pipeline_.setTitle(title);
-        pipeline_.screen().drawInFullScreen(true, bitmap);
+        pipeline_.drawInto(frame, drawn_);
     }
 
 private:
     OwnPipeline pipeline_;
+    PixelRect drawn_;
 };
 
 }  // namespace
 
-OwnPipeline::OwnPipeline(int width, int height)
+OwnPipeline::OwnPipeline(int width, int height, int scale)
     : palette_(editablePalette()),
       screen_(QzAnnoStringToScreen::init()),
       key_(palette_->createAnno("Title"_ns)->annokey()) {
     const NSSize size = {static_cast<float>(width), static_cast<float>(height)};
     screen_->setPalette(palette_);
-    screen_->setScreenSize(size, size);
+    const auto pixels = static_cast<float>(scale);
+    screen_->setScreenSize(size, {size.width * pixels, size.height * pixels});
 }
 
 void OwnPipeline::setTitle(const Title& title) {
@@ -55,6 +53,11 @@ void OwnPipeline::setTitle(const Title& title) {
     const auto string = QzMutableAnnoString::initWithString(NSString::stringWithUTF8String(text));
     string->addFrameAnno(key_);
     screen_->setAnnoString(string);
+}
+
+void OwnPipeline::drawInto(Frame& frame, PixelRect& drawn) {
+    const PixelBuffer buffer{.pixels = frame.bytes.data(), .width = frame.width, .height = frame.height};
+    screen_->drawInFullScreen(true, buffer, nullptr, &drawn);
 }
 
 void OwnPipeline::setStyle(const Title& title) {

@@ -8,10 +8,12 @@ namespace qz::peers {
 /// The library as a host uses it: a palette of one style and a pipeline for one screen, kept from title to title.
 class OwnPipeline {
 public:
-    /// One pixel a point.
-    OwnPipeline(int width, int height);
+    /// A screen of so many points, a point `scale` pixels wide and high.
+    OwnPipeline(int width, int height, int scale = 1);
     /// The next image shows this title. Every call makes a new annotated string.
     void setTitle(const Title& title);
+    /// `drawn` receives what of the frame it may have changed.
+    void drawInto(Frame& frame, PixelRect& drawn);
     QzAnnoStringToScreen& screen() { return *screen_; }
 
 private:

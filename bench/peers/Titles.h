@@ -1,9 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "platform/graphics/PixelRect.h"
 
 namespace qz::peers {
 
@@ -20,13 +23,18 @@ struct Frame {
     std::vector<uint8_t> bytes;
 
     Frame(int w, int h) : width(w), height(h), bytes(size_t(w) * size_t(h) * 4) {}
+    void clear(const PixelRect& box) {
+        for (int y = box.y; y < box.y + box.height; ++y)
+            std::memset(bytes.data() + (size_t(y) * size_t(width) + size_t(box.x)) * 4, 0, size_t(box.width) * 4);
+    }
 };
 
 /// One library that draws titles.
 class TitlePeer {
 public:
     virtual ~TitlePeer() = default;
-    /// From the text to the pixels of a frame that shows nothing else: clears all of it first.
+    /// From the text to the pixels of a frame that shows nothing else: clears first what the last call has drawn. The
+    /// frame is the one of that call, or clear at the first.
     virtual void draw(const Title& title, Frame& frame) = 0;
 };
 

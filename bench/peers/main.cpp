@@ -45,8 +45,8 @@ bool write(const std::string& path, std::string_view text) {
 }
 
 bool writePictures(const std::string& folder) {
-    Frame frame(kWidth, kHeight);
     for (size_t i = 0; i < std::size(kTitlePeers); ++i) {
+        Frame frame(kWidth, kHeight);
         titlePeer(i, kWidth, kHeight)->draw(twoLineTitle(), frame);
         const auto bitmap = NSBitmapImageRep::initWithBitmapDataPlanes(frame.bytes.data(),
                                                                        {.pixelsWide = kWidth, .pixelsHigh = kHeight});

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "platform/graphics/Flattening.h"
 #include "platform/graphics/PixelRows.h"
@@ -21,13 +22,16 @@ constexpr double kSamePoint = 1.0 / 512;
 
 /// The areas to the right of lines, row by row. Each line adds to the pixels that it passes how much of them lies to
 /// its right, and to the next ones what is missing there; the sums from the left are what is covered.
+///
+/// Four rows lie interleaved, a pixel of each side by side: one sum waits for the last, so that rows go together.
 class AreaSums {
 public:
-    AreaSums(int32_t width, int32_t height)
-        : width_(width),
-          height_(height),
-          stride_(static_cast<size_t>(width) + 2),
-          sums_(stride_ * static_cast<size_t>(height + kRows)) {}
+    /// `sums` are zeros and are so again once all rows have been covered; grown where they are too few.
+    AreaSums(int32_t width, int32_t height, std::vector<float>& sums)
+        : width_(width), height_(height), stride_(kRows * (static_cast<size_t>(width) + kColumns + 1)), sums_(sums) {
+        const size_t needed = stride_ * ((static_cast<size_t>(height) + kRows - 1) / kRows);
+        if (sums_.size() < needed) sums_.resize(needed);
+    }
 
     void addLine(Point from, Point to) {
         if (from.y < to.y) {
@@ -37,20 +41,40 @@ public:
         }
     }
 
-    /// The coverage of four rows, `width` bytes each: one sum waits for the last, so that rows go side by side.
     static constexpr int32_t kRows = 4;
-    void coverRows(int32_t y, uint8_t* const (&coverage)[kRows]) const {
-        const float* const sums = sums_.data() + stride_ * static_cast<size_t>(y);
-        float sum[kRows] = {};
-        for (int32_t x = 0; x < width_; ++x) {
+    static constexpr int32_t kColumns = 4;
+    /// The coverage of the four rows from `y`, a multiple of 4, and zeros where their sums were. Written are `width`
+    /// bytes of each, and what is missing to a multiple of `kColumns`.
+    void coverRows(int32_t y, uint8_t* const (&coverage)[kRows]) {
+        float* at = sums_.data() + stride_ * static_cast<size_t>(y / kRows);
+        Sums sum{};
+        for (int32_t x = 0; x < width_; x += kColumns, at += kRows * kColumns) {
+            Levels levels{};
+            for (int32_t i = 0; i < kColumns; ++i) {
+                Sums added;
+                std::memcpy(&added, at + kRows * i, sizeof added);
+                sum += added;
+                levels |=
+                    levelsOf(sum) << (8 * i);  // the first of four bytes is the lowest, on a little-endian machine
+            }
+            std::fill_n(at, kRows * kColumns, 0.0f);
             for (int32_t i = 0; i < kRows; ++i) {
-                sum[i] += sums[static_cast<size_t>(i) * stride_ + static_cast<size_t>(x)];
-                coverage[i][x] = static_cast<uint8_t>(std::min(std::fabs(sum[i]), 1.0f) * 255.0f + 0.5f);
+                const int32_t fourPixels = levels[i];
+                std::memcpy(coverage[i] + x, &fourPixels, sizeof fourPixels);
             }
         }
+        std::fill_n(at, stride_ - static_cast<size_t>(at - sums_.data()) % stride_, 0.0f);
     }
 
 private:
+    using Sums = float __attribute__((vector_size(kRows * sizeof(float))));
+    using Levels = int32_t __attribute__((vector_size(kRows * sizeof(int32_t))));
+
+    static Levels levelsOf(Sums sum) {
+        const Sums size = sum < 0.0f ? -sum : sum;
+        return __builtin_convertvector((size < 1.0f ? size : Sums{} + 1.0f) * 255.0f + 0.5f, Levels);
+    }
+
     void addDownward(Point top, Point bottom, float sign) {
         const double slope = (bottom.x - top.x) / (bottom.y - top.y);
         if (top.y < 0) top = {top.x - top.y * slope, 0};
@@ -72,50 +96,62 @@ private:
 
     void addInside(Point top, Point bottom, float sign) {
         const auto slope = static_cast<float>((bottom.x - top.x) / (bottom.y - top.y));
+        const float rise = std::fabs(1 / slope);  // read only where the line passes several pixels of a row
         const auto y0 = static_cast<float>(top.y), y1 = static_cast<float>(bottom.y);
         const auto limit = static_cast<float>(width_);
+        const auto first = static_cast<int32_t>(y0), last = std::min(height_, ceilingOf(y1));
         auto x = static_cast<float>(top.x);
-        const int32_t last = std::min(height_, static_cast<int32_t>(std::ceil(y1)));
-        for (auto row = static_cast<int32_t>(y0); row < last; ++row) {
+        float* group = sums_.data() + stride_ * static_cast<size_t>(first / kRows);
+        for (int32_t row = first; row < last; ++row) {
             const float height = std::min(static_cast<float>(row + 1), y1) - std::max(static_cast<float>(row), y0);
-            const float next = std::clamp(x + slope * height, 0.0f, limit);
-            addInRow(sums_.data() + stride_ * static_cast<size_t>(row), x, next, sign * height);
+            const float next = std::min(std::max(x + slope * height, 0.0f), limit);
+            addInRow(group + row % kRows, x, next, sign * height, sign * rise);
             x = next;
+            if (row % kRows == kRows - 1) group += stride_;
         }
     }
 
-    // A line through one row, from x to next, as a trapezium over each pixel that it passes.
-    static void addInRow(float* sums, float x, float next, float height) {
+    // Of a number that is not negative; the standard one is a call on machines of the baseline.
+    static int32_t ceilingOf(float value) {
+        const auto whole = static_cast<int32_t>(value);
+        return whole + (static_cast<float>(whole) < value);
+    }
+
+    // A line through one row, from x to next, as a trapezium over each pixel that it passes; it falls by `rise` over
+    // each.
+    static void addInRow(float* sums, float x, float next, float height, float rise) {
         const float left = std::min(x, next), right = std::max(x, next);
         const auto first = static_cast<int32_t>(left);
-        const auto end = static_cast<int32_t>(std::ceil(right));
-        if (end <= first + 1) {
+        float* at = sums + kRows * first;
+        const float inFirst = static_cast<float>(first + 1) - left;
+        if (right <= static_cast<float>(first + 1)) {
             const float missing = height * (0.5f * (left + right) - static_cast<float>(first));
-            sums[first] += height - missing;
-            sums[first + 1] += missing;
+            at[0] += height - missing;
+            at[kRows] += missing;
             return;
         }
-        const float heightPerPixel = height / (right - left);
-        const float inFirst = static_cast<float>(first + 1) - left;
         // What the line has added so far to the pixel at hand and those behind it.
-        float added = 0.5f * heightPerPixel * inFirst * inFirst;
-        sums[first] += added;
-        float reached = heightPerPixel * inFirst;
+        float added = 0.5f * rise * inFirst * inFirst;
+        at[0] += added;
+        float reached = rise * inFirst;
+        const int32_t end = ceilingOf(right);
         for (int32_t i = first + 1; i < end - 1; ++i) {
-            const float covered = reached + 0.5f * heightPerPixel;
-            sums[i] += covered - added;
+            at += kRows;
+            const float covered = reached + 0.5f * rise;
+            at[0] += covered - added;
             added = covered;
-            reached += heightPerPixel;
+            reached += rise;
         }
         const float inLast = right - static_cast<float>(end - 1);
-        const float covered = height - 0.5f * heightPerPixel * inLast * inLast;
-        sums[end - 1] += covered - added;
-        sums[end] += height - covered;
+        const float covered = height - 0.5f * rise * inLast * inLast;
+        at[kRows] += covered - added;
+        at[2 * kRows] += height - covered;
     }
 
     const int32_t width_, height_;
+    // Floats from one group of rows to the next.
     const size_t stride_;
-    std::vector<float> sums_;
+    std::vector<float>& sums_;
 };
 
 using Contour = std::vector<Point>;
@@ -262,24 +298,28 @@ bool isEven(const DevicePen& pen) {
 }
 
 void addRows(const std::vector<Contour>& contours, int32_t first, int32_t count, bool isFirst, CoverageMask& mask) {
-    AreaSums sums(mask.box.width, count);
+    // Kept from glyph to glyph, little more than a MiB: taking and clearing them anew costs as much as filling them.
+    thread_local std::vector<float> zeros;
+    const auto width = static_cast<size_t>(mask.box.width), stride = static_cast<size_t>(mask.stride);
+    std::vector<uint8_t> spare(AreaSums::kRows * stride);
+    AreaSums sums(mask.box.width, count, zeros);
+    // From here on nothing may fail: the sums have to end as zeros.
     for (const Contour& contour : contours) {
         for (size_t i = 0; i < contour.size(); ++i) {
             const Point from = contour[i], to = contour[i + 1 == contour.size() ? 0 : i + 1];
             sums.addLine({from.x, from.y - first}, {to.x, to.y - first});
         }
     }
-    const auto width = static_cast<size_t>(mask.box.width);
-    std::vector<uint8_t> spare(AreaSums::kRows * width);
     for (int32_t y = 0; y < count; y += AreaSums::kRows) {
         uint8_t* rows[AreaSums::kRows];
         for (int32_t i = 0; i < AreaSums::kRows; ++i) {
             const bool isDirect = isFirst && y + i < count;
-            rows[i] = isDirect ? mask.row(first + y + i) : spare.data() + static_cast<size_t>(i) * width;
+            rows[i] = isDirect ? mask.row(first + y + i) : spare.data() + static_cast<size_t>(i) * stride;
         }
         sums.coverRows(y, rows);
-        for (int32_t i = 0; !isFirst && i < AreaSums::kRows && y + i < count; ++i) {
-            pixelRows().uniteCoverage(rows[i], width, mask.row(first + y + i));
+        for (int32_t i = 0; i < AreaSums::kRows && y + i < count; ++i) {
+            if (!isFirst) pixelRows().uniteCoverage(rows[i], width, mask.row(first + y + i));
+            std::memset(mask.row(first + y + i) + width, 0, stride - width);
         }
     }
 }

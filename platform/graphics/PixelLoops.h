@@ -129,15 +129,16 @@ QZ_INLINE uint8_t united(uint8_t a, uint8_t b) {
 
 QZ_INLINE void blendCoverage(const uint8_t* coverage, size_t width, const uint8_t* opaque, uint8_t alpha,
                              uint8_t* pixels) {
-    uint8_t colors[kBlockBytes];
-    for (size_t i = 0; i < kBlock; ++i) memcpy(colors + 4 * i, opaque, 4);
-    const Bytes color = loaded(colors);
+    // Spread in a register: a vector loaded from parts just written would have to wait for them, at every row.
+    uint32_t pixel;
+    memcpy(&pixel, opaque, sizeof pixel);
+    const Bytes color = (Bytes)(Pixels{} + pixel);
     size_t x = 0;
     for (; x + kBlock <= width; x += kBlock) {
         const Fill fill = fillOf(coverage + x);
         if (fill == Fill::none) continue;
         if (fill == Fill::whole && alpha == 255) {
-            memcpy(pixels + 4 * x, colors, kBlockBytes);
+            for (size_t i = 0; i < kBlockBytes; i += kVectorBytes) memcpy(pixels + 4 * x + i, &color, sizeof color);
         } else {
             blendBlock(coverage + x, color, alpha, pixels + 4 * x);
         }

@@ -12,6 +12,8 @@ namespace {
 
 // What an entry takes besides its pixels: its key, itself, its links in the map.
 constexpr uint64_t kBytesPerEntry = sizeof(GlyphKey) + sizeof(GlyphImage) + 64;
+// Ways to the entries of a title or a page, which each frame looks for again; a power of two.
+constexpr size_t kShortcuts = 4096;
 // An image is kept only when this many of its size would fit.
 constexpr uint64_t kImagesMin = 16;
 
@@ -32,11 +34,24 @@ struct GlyphCache::Store {
     // Side by side in the order in which they were made, which is that in which the next frame looks for them.
     std::pmr::unsynchronized_pool_resource pool;
     Entries entries{&pool};
+    // By hash: a map's own way leads past another entry, which is another wait for memory.
+    std::vector<Entries::value_type*> shortcuts = std::vector<Entries::value_type*>(kShortcuts);
     uint64_t clock = 0;
     uint64_t bytesMax = kBytesMaxDefault;
     Statistics statistics;
 
+    Entry* find(const GlyphKey& key) {
+        Entries::value_type*& shortcut = shortcuts[GlyphKeyHash{}(key) % kShortcuts];
+        if (shortcut && shortcut->first == key) return &shortcut->second;
+        const auto found = entries.find(key);
+        if (found == entries.end()) return nullptr;
+        shortcut = &*found;
+        return &found->second;
+    }
+
     void remove(Entries::iterator entry) {
+        Entries::value_type*& shortcut = shortcuts[GlyphKeyHash{}(entry->first) % kShortcuts];
+        if (shortcut == &*entry) shortcut = nullptr;
         statistics.bytes -= bytesKeptFor(entry->second.image);
         --statistics.images;
         entries.erase(entry);
@@ -79,14 +94,14 @@ void GlyphCache::removeAll() {
 }
 
 const GlyphImage* GlyphCache::find(const GlyphKey& key) {
-    const auto found = store_->entries.find(key);
-    if (found == store_->entries.end()) {
+    Store::Entry* const found = store_->find(key);
+    if (!found) {
         ++store_->statistics.misses;
         return nullptr;
     }
     ++store_->statistics.hits;
-    found->second.lastUsed = ++store_->clock;
-    return &found->second.image;
+    found->lastUsed = ++store_->clock;
+    return &found->image;
 }
 
 bool GlyphCache::hasRoomFor(uint64_t bytes) const {

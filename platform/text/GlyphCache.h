@@ -39,7 +39,7 @@ public:
 
     // For the drawing of glyphs.
 
-    /// The image, which stands until the next call; null, and counted as a miss, when it is not kept.
+    /// The image, which stands until one is added or removed; null, and counted as a miss, when it is not kept.
     const GlyphImage* find(const GlyphKey& key);
     /// Keeps an image that is not kept yet, unless it takes more than a sixteenth of the bound.
     void add(const GlyphKey& key, GlyphImage image);

@@ -1,6 +1,9 @@
 #include "platform/text/GlyphDrawing.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstring>
 #include <optional>
 #include <span>
 
@@ -18,7 +21,15 @@ constexpr double kFarthest = 1 << 27;
 // A longer side or larger area, in pixels, is drawn anew each time, as far as it lies on the bitmap.
 constexpr int32_t kKeptSideMax = 2048;
 constexpr int64_t kKeptAreaMax = 1 << 20;
+constexpr size_t kLookedUpAtOnce = 32;
+// Glyphs between the one that is blended and the one whose mask is fetched, and how much of that; what follows in one
+// go the processor fetches by itself.
+constexpr size_t kFetchedAhead = 2, kPrefetchedMax = 1024, kCacheLine = 64;
 constexpr PixelRect kAnyPixels{-(1 << 29), -(1 << 29), 1 << 30, 1 << 30};
+
+bool isDrawable(const GlyphAtPlace& glyph) {
+    return glyph.glyph != NSControlGlyph && glyph.font;
+}
 
 /// The pixel that a glyph's origin falls into, and where in it.
 struct Place {
@@ -35,20 +46,27 @@ std::optional<Place> placeOf(NSPoint origin, const NSAffineTransform& t) {
     return Place{px >> 3, py >> 3, static_cast<uint8_t>(px & (kPhases - 1)), static_cast<uint8_t>(py & (kPhases - 1))};
 }
 
-GlyphKey keyOf(const NSGraphicsContext& context, const GlyphAtPlace& glyph, const Place& place, GlyphPart part) {
+/// What the keys of all glyphs share that are drawn alike.
+GlyphKey sharedKeyOf(const NSGraphicsContext& context, GlyphPart part) {
     const NSAffineTransform& t = context.transform();
-    return {.face = &glyph.font->face(),
-            .glyph = glyph.glyph,
-            .pointSize = glyph.font->pointSize(),
-            .m11 = t.m11,
-            .m12 = t.m12,
-            .m21 = t.m21,
-            .m22 = t.m22,
-            .obliqueness = glyph.obliqueness,
-            .part = part,
-            .antialias = context.shouldAntialias(),
-            .phaseX = place.phaseX,
-            .phaseY = place.phaseY};
+    GlyphKey key;
+    key.m11 = t.m11;
+    key.m12 = t.m12;
+    key.m21 = t.m21;
+    key.m22 = t.m22;
+    key.part = part;
+    key.antialias = context.shouldAntialias();
+    return key;
+}
+
+GlyphKey keyOf(GlyphKey shared, const GlyphAtPlace& glyph, const Place& place) {
+    shared.face = &glyph.font->face();
+    shared.glyph = glyph.glyph;
+    shared.pointSize = glyph.font->pointSize();
+    shared.obliqueness = glyph.obliqueness;
+    shared.phaseX = place.phaseX;
+    shared.phaseY = place.phaseY;
+    return shared;
 }
 
 /// From points, y downward and the glyph's origin at theirs, to pixels, its origin in the pixel (0, 0).
@@ -114,13 +132,27 @@ std::vector<DeviceShape> shapesOf(const GlyphAtPlace& glyph, const GlyphKey& key
     return {shapeOf(glyph, partOf(key, GlyphPart::stroke)), shapeOf(glyph, partOf(key, GlyphPart::fill))};
 }
 
+void thin(std::vector<uint8_t>& bytes, uint8_t alpha) {
+    if (alpha == 255) return;
+    for (uint8_t& byte : bytes) byte = static_cast<uint8_t>((byte * alpha + 127) / 255);
+}
+
+/// Lays the first mask, thinned to `alpha` of 255, into a target that covers nothing yet and reaches around it.
+void layThinned(const CoverageMask& mask, uint8_t alpha, CoverageMask& target) {
+    const auto width = static_cast<size_t>(mask.box.width);
+    for (int32_t y = 0; y < mask.box.height; ++y) {
+        std::memcpy(target.row(mask.box.y - target.box.y + y) + (mask.box.x - target.box.x), mask.row(y), width);
+    }
+    thin(target.bytes, alpha);
+}
+
 void uniteThinned(const CoverageMask& mask, uint8_t alpha, CoverageMask& target) {
     if (alpha == 255) {
         uniteMasks(mask, 0, 0, target);
         return;
     }
     CoverageMask thinned = mask;
-    for (uint8_t& byte : thinned.bytes) byte = static_cast<uint8_t>((byte * alpha + 127) / 255);
+    thin(thinned.bytes, alpha);
     uniteMasks(thinned, 0, 0, target);
 }
 
@@ -135,41 +167,100 @@ CoverageMask maskOf(const GlyphAtPlace& glyph, const GlyphKey& key, const std::v
     }
     mask = CoverageMask::emptyOf(box);
     for (size_t i = 0; i < shapes.size(); ++i) {
+        const auto lay = i == 0 ? layThinned : uniteThinned;
         const GlyphKey partKey = partOf(key, i == 0 ? GlyphPart::stroke : GlyphPart::fill);
         if (const GlyphImage* const kept = cache.find(partKey)) {
-            uniteThinned(kept->mask, key.alpha, mask);
+            lay(kept->mask, key.alpha, mask);
             continue;
         }
         GlyphImage part{.font = glyph.font, .mask = {}, .picture = {}};
         renderCoverage({&shapes[i], 1}, shapes[i].pixelBounds(kAnyPixels), key.antialias, part.mask);
-        uniteThinned(part.mask, key.alpha, mask);
+        lay(part.mask, key.alpha, mask);
         cache.add(partKey, std::move(part));
     }
     return mask;
 }
 
-void drawPart(NSGraphicsContext& context, const GlyphAtPlace& glyph, const Place& place, const GlyphKey& key,
-              GlyphCache& cache) {
-    const bool holdsAlpha = key.part == GlyphPart::strokeThenFill;
-    if (const GlyphImage* const kept = cache.find(key)) {
-        return context.drawMask(kept->mask, place.x, place.y, holdsAlpha);
-    }
+bool holdsAlpha(const GlyphKey& key) {
+    return key.part == GlyphPart::strokeThenFill;
+}
+
+/// Draws and keeps what two kept parts make, as a second layer finds them; false when they do not serve.
+bool drawFromKeptParts(NSGraphicsContext& context, const GlyphAtPlace& glyph, const Place& place, const GlyphKey& key,
+                       GlyphCache& cache) {
+    if (key.part == GlyphPart::fill || key.part == GlyphPart::stroke) return false;
+    const GlyphImage* const stroke = cache.find(partOf(key, GlyphPart::stroke));
+    const GlyphImage* const fill = stroke ? cache.find(partOf(key, GlyphPart::fill)) : nullptr;
+    if (!fill) return false;
+    const PixelRect box = unionOf(stroke->mask.box, fill->mask.box);
+    if (!isVisible(box, place, context) || !isWorthKeeping(box, 1, cache)) return false;
+    GlyphImage image{.font = glyph.font, .mask = CoverageMask::emptyOf(box), .picture = {}};
+    layThinned(stroke->mask, key.alpha, image.mask);
+    uniteThinned(fill->mask, key.alpha, image.mask);
+    context.drawMask(image.mask, place.x, place.y, holdsAlpha(key));
+    cache.add(key, std::move(image));
+    return true;
+}
+
+void drawNew(NSGraphicsContext& context, const GlyphAtPlace& glyph, const Place& place, const GlyphKey& key,
+             GlyphCache& cache) {
+    if (drawFromKeptParts(context, glyph, place, key, cache)) return;
     const std::vector<DeviceShape> shapes = shapesOf(glyph, key);
     PixelRect box;
     for (const DeviceShape& shape : shapes) box = unionOf(box, shape.pixelBounds(kAnyPixels));
     if (!box.isEmpty() && !isVisible(box, place, context)) return;
     if (!isWorthKeeping(box, 1, cache)) {
-        if (!holdsAlpha) return context.drawShapes(shapes, place.x, place.y);
+        if (!holdsAlpha(key)) return context.drawShapes(shapes, place.x, place.y);
         for (const DeviceShape& shape : shapes) context.drawShapes({&shape, 1}, place.x, place.y);
         return;
     }
     GlyphImage image{.font = glyph.font, .mask = maskOf(glyph, key, shapes, box, cache), .picture = {}};
-    context.drawMask(image.mask, place.x, place.y, holdsAlpha);
+    context.drawMask(image.mask, place.x, place.y, holdsAlpha(key));
     cache.add(key, std::move(image));
 }
 
-bool isDrawable(const NSGraphicsContext& context, const GlyphAtPlace& glyph) {
-    return glyph.glyph != NSControlGlyph && glyph.font && context.color();
+/// A glyph at its place, with its image when that is kept.
+struct Lookup {
+    const GlyphAtPlace* glyph;
+    Place place;
+    const GlyphImage* image;
+};
+
+void prefetch(const CoverageMask& mask) {
+    const size_t bytes = std::min(mask.bytes.size(), kPrefetchedMax);
+    for (size_t i = 0; i < bytes; i += kCacheLine) __builtin_prefetch(mask.bytes.data() + i);
+}
+
+/// Draws a part of each glyph. A page's masks are more than the nearest memory holds: they are looked up some at a
+/// time, so that the processor waits for several at once, and fetched while others are blended.
+void drawParts(NSGraphicsContext& context, std::span<const GlyphAtPlace> glyphs, const GlyphKey& shared,
+               GlyphCache& cache) {
+    if (!context.color()) return;
+    std::array<Lookup, kLookedUpAtOnce> lookups;
+    for (size_t next = 0; next < glyphs.size();) {
+        size_t count = 0;
+        // Up to the first that is not kept: keeping it may push out what has been found.
+        for (bool isKept = true; isKept && count < lookups.size() && next < glyphs.size(); ++next) {
+            const GlyphAtPlace& glyph = glyphs[next];
+            if (!isDrawable(glyph)) continue;
+            const std::optional<Place> place = placeOf(glyph.origin, context.transform());
+            if (!place) continue;
+            const GlyphImage* const image = cache.find(keyOf(shared, glyph, *place));
+            lookups[count++] = {&glyph, *place, image};
+            isKept = image != nullptr;
+        }
+        for (size_t i = 0; i < count; ++i) {
+            const auto& [glyph, place, image] = lookups[i];
+            if (i + kFetchedAhead < count && lookups[i + kFetchedAhead].image) {
+                prefetch(lookups[i + kFetchedAhead].image->mask);
+            }
+            if (image) {
+                context.drawMask(image->mask, place.x, place.y, holdsAlpha(shared));
+            } else {
+                drawNew(context, *glyph, place, keyOf(shared, *glyph, place), cache);
+            }
+        }
+    }
 }
 
 uint8_t byteOf(float component) {
@@ -184,7 +275,7 @@ bool drawPicture(NSGraphicsContext& context, const GlyphAtPlace& glyph, const Pl
     const StraightColor foreground{byteOf(color.redComponent()), byteOf(color.greenComponent()),
                                    byteOf(color.blueComponent()), 255};
     const uint8_t alpha = byteOf(color.alphaComponent());
-    GlyphKey key = keyOf(context, glyph, place, GlyphPart::picture);
+    GlyphKey key = keyOf(sharedKeyOf(context, GlyphPart::picture), glyph, place);
     key.antialias = true;
     key.red = foreground.red;
     key.green = foreground.green;
@@ -228,38 +319,42 @@ NSBezierPath outlineOfGlyph(const GlyphAtPlace& place) {
     return path;
 }
 
-void drawGlyph(NSGraphicsContext& context, const GlyphAtPlace& glyph, GlyphCache& cache) {
-    if (!isDrawable(context, glyph)) return;
-    const std::optional<Place> place = placeOf(glyph.origin, context.transform());
-    if (!place || drawPicture(context, glyph, *place, cache)) return;
-    drawPart(context, glyph, *place, keyOf(context, glyph, *place, GlyphPart::fill), cache);
-}
-
-void fillGlyph(NSGraphicsContext& context, const GlyphAtPlace& glyph, GlyphCache& cache) {
-    if (!isDrawable(context, glyph)) return;
-    if (const std::optional<Place> place = placeOf(glyph.origin, context.transform())) {
-        drawPart(context, glyph, *place, keyOf(context, glyph, *place, GlyphPart::fill), cache);
+void drawGlyphs(NSGraphicsContext& context, std::span<const GlyphAtPlace> glyphs, GlyphCache& cache) {
+    if (!context.color()) return;
+    const auto hasPictures = [](const GlyphAtPlace& glyph) {
+        return isDrawable(glyph) && glyph.font->face().colourGlyphs();
+    };
+    while (!glyphs.empty()) {
+        const auto plain = static_cast<size_t>(std::ranges::find_if(glyphs, hasPictures) - glyphs.begin());
+        fillGlyphs(context, glyphs.first(plain), cache);
+        glyphs = glyphs.subspan(plain);
+        if (glyphs.empty()) return;
+        const std::optional<Place> place = placeOf(glyphs.front().origin, context.transform());
+        if (place && !drawPicture(context, glyphs.front(), *place, cache)) fillGlyphs(context, glyphs.first(1), cache);
+        glyphs = glyphs.subspan(1);
     }
 }
 
-void strokeAndFillGlyph(NSGraphicsContext& context, const GlyphAtPlace& glyph, const GlyphStroke& stroke,
-                        GlyphCache& cache) {
-    if (!isDrawable(context, glyph)) return;
-    const std::optional<Place> place = placeOf(glyph.origin, context.transform());
-    if (!place) return;
-    GlyphKey key = keyOf(context, glyph, *place, GlyphPart::strokeAndFill);
-    key.strokeWidth = stroke.width;
-    key.flatness = stroke.flatness;
-    key.miterLimit = stroke.miterLimit;
-    key.lineCap = static_cast<uint8_t>(stroke.lineCap);
-    key.lineJoin = static_cast<uint8_t>(stroke.lineJoin);
+void fillGlyphs(NSGraphicsContext& context, std::span<const GlyphAtPlace> glyphs, GlyphCache& cache) {
+    drawParts(context, glyphs, sharedKeyOf(context, GlyphPart::fill), cache);
+}
+
+void strokeAndFillGlyphs(NSGraphicsContext& context, std::span<const GlyphAtPlace> glyphs, const GlyphStroke& stroke,
+                         GlyphCache& cache) {
+    if (!context.color()) return;
+    GlyphKey shared = sharedKeyOf(context, GlyphPart::strokeAndFill);
+    shared.strokeWidth = stroke.width;
+    shared.flatness = stroke.flatness;
+    shared.miterLimit = stroke.miterLimit;
+    shared.lineCap = static_cast<uint8_t>(stroke.lineCap);
+    shared.lineJoin = static_cast<uint8_t>(stroke.lineJoin);
     // In an opaque colour, or gathered, stroke and fill lie over each other as they do in one mask.
     const uint8_t alpha = byteOf(context.color()->alphaComponent());
     if (!context.isGathering() && alpha != 255) {
-        key.part = GlyphPart::strokeThenFill;
-        key.alpha = alpha;
+        shared.part = GlyphPart::strokeThenFill;
+        shared.alpha = alpha;
     }
-    drawPart(context, glyph, *place, key, cache);
+    drawParts(context, glyphs, shared, cache);
 }
 
 }  // namespace qz

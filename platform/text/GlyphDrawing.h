@@ -1,5 +1,7 @@
 #pragma once
 
+#include <span>
+
 #include "platform/graphics/NSBezierPath.h"
 #include "platform/graphics/NSGraphicsContext.h"
 #include "platform/text/GlyphCache.h"
@@ -33,13 +35,14 @@ struct GlyphStroke {
     float flatness = 0.6f;
 };
 
-/// Draws the glyph into the context, in its colour. A colour glyph comes in its own colours, as translucent as the
-/// context's.
-void drawGlyph(NSGraphicsContext& context, const GlyphAtPlace& place, GlyphCache& cache);
-/// Fills the outline, that of a colour glyph too.
-void fillGlyph(NSGraphicsContext& context, const GlyphAtPlace& place, GlyphCache& cache);
-/// Flattens the outline, strokes it and fills it: the glyph widened by half the pen's width.
-void strokeAndFillGlyph(NSGraphicsContext& context, const GlyphAtPlace& place, const GlyphStroke& stroke,
-                        GlyphCache& cache);
+// Each draws glyphs into the context in its colour, one over the other; those that are to look alike together.
+
+/// A colour glyph comes in its own colours, as translucent as the context's.
+void drawGlyphs(NSGraphicsContext& context, std::span<const GlyphAtPlace> glyphs, GlyphCache& cache);
+/// Fills the outlines, those of colour glyphs too.
+void fillGlyphs(NSGraphicsContext& context, std::span<const GlyphAtPlace> glyphs, GlyphCache& cache);
+/// Flattens the outlines, strokes and fills them: glyphs widened by half the pen's width.
+void strokeAndFillGlyphs(NSGraphicsContext& context, std::span<const GlyphAtPlace> glyphs, const GlyphStroke& stroke,
+                         GlyphCache& cache);
 
 }  // namespace qz

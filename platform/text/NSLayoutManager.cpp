@@ -289,14 +289,22 @@ void NSLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint)
     const Ref<NSGraphicsContext> context = NSGraphicsContext::currentContext();
     if (!context) return;
     const Ref<NSColor> formerColor = context->color();
+    std::vector<GlyphAtPlace> alike;
+    bool isSilhouette = false;
+    const auto drawAlike = [&] {
+        const auto draw = isSilhouette ? fillGlyphs : drawGlyphs;
+        draw(*context, alike, *glyphCache_);
+        alike.clear();
+    };
     visitShownGlyphs(glyphRange, atPoint, [&](const GlyphAtPlace& glyph, const RunAppearance& run) {
-        context->setColor(run.color);
-        if (run.isSilhouette) {
-            fillGlyph(*context, glyph, *glyphCache_);
-        } else {
-            drawGlyph(*context, glyph, *glyphCache_);
+        if (alike.empty() || context->color() != run.color || isSilhouette != run.isSilhouette) {
+            drawAlike();
+            context->setColor(run.color);
+            isSilhouette = run.isSilhouette;
         }
+        alike.push_back(glyph);
     });
+    drawAlike();
     context->setColor(formerColor);
 }
 

@@ -26,9 +26,9 @@ protected:
         context->setColor(color);
         const GlyphAtPlace place{font->glyphForCharacter(char32_t(letter)), font, {10, 90}};
         if (isSilhouette)
-            fillGlyph(*context, place, *cache);
+            fillGlyphs(*context, {&place, 1}, *cache);
         else
-            drawGlyph(*context, place, *cache);
+            drawGlyphs(*context, {&place, 1}, *cache);
         return bitmap;
     }
     Ref<NSBitmapImageRep> draw(char letter) { return draw(letter, NSColor::whiteColor()); }
