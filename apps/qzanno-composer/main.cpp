@@ -1,8 +1,11 @@
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QDir>
+#include <QFileInfo>
 #include <QStyle>
 #include <QStyleFactory>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <cstdio>
 #include <string_view>
 
@@ -138,6 +141,7 @@ int run(const Options& options) {
     if (isForPicture) defaults.useFile(settings.filePath("defaults.ini").toStdString());
     NSApplication::sharedApplication().setDelegate(document);
     ComposerWindow window(document);
+    window.setFiles(options.titles.toStdString(), options.palette.toStdString());
     window.setFrame(frame);
     window.show();
     const Ref<QzAnnotationManager> manager = QzAnnotationManager::sharedAnnotationManager();
@@ -151,7 +155,11 @@ int run(const Options& options) {
     }
     window.activateWindow();
     window.textWidget()->setFocus();
-    if (!isForPicture) return QApplication::exec();
+    if (!isForPicture) {
+        const QFileInfo settingsFile(QString::fromStdString(defaults.file()));
+        QTimer::singleShot(0, &window, [&] { window.keepRecovery(settingsFile.dir().filePath("composer-recovery")); });
+        return QApplication::exec();
+    }
 
     std::vector<QWidget*> windows = {&window, manager->window()->widget()};
     if (manager->editor()->isEditing()) windows.push_back(manager->editor()->window()->widget());
