@@ -20,7 +20,8 @@ namespace {
 
 QString lineOf(const Title& title, size_t number) {
     QString line = QString::number(number);
-    if (title.start) line += "  " + clock(*title.start);
+    // Hours only where there are any: the line is short.
+    if (title.start) line += "  " + clock(*title.start).mid(*title.start < 3600 ? 3 : 0);
     const QString text = toQt(*title.text->string()).simplified();
     return line + "  " + (text.isEmpty() ? QString("(empty)") : text);
 }
