@@ -117,9 +117,9 @@ void ComposerWindow::addViewMenu() {
     list->setText("&List of Titles");
     list->setShortcut(QKeySequence("Ctrl+L"));
     view->addAction(list);
-    QAction* guides = view->addAction("&Safe Areas", QKeySequence("Ctrl+G"));
-    guides->setCheckable(true);
-    connect(guides, &QAction::toggled, guides_, &QWidget::setVisible);
+    safeAreas_ = view->addAction("&Safe Areas", QKeySequence("Ctrl+G"));
+    safeAreas_->setCheckable(true);
+    connect(safeAreas_, &QAction::toggled, guides_, &QWidget::setVisible);
     view->addAction("&Checkerboard", this, [this] { setFrame({}); });
     view->addSeparator();
     previous_ = view->addAction("&Previous Title", QKeySequence("Ctrl+PgUp"), this,

@@ -22,6 +22,7 @@ public:
     ~ComposerWindow() override;
 
     void setFrame(const Ref<NSBitmapImageRep>& frame) { text_->setBackdrop(frame); }
+    void showSafeAreas() { safeAreas_->setChecked(true); }
     QWidget* textWidget() const { return text_->widget(); }
     /// The files that the document came from; an empty path leaves things as they are.
     void setFiles(const std::string& titles, const std::string& palette);
@@ -75,6 +76,7 @@ private:
     QAction* undo_ = nullptr;
     QAction* redo_ = nullptr;
     QAction* replace_ = nullptr;
+    QAction* safeAreas_ = nullptr;
     QLabel* place_ = nullptr;
     TitleList* list_ = nullptr;
     SafeAreaGuides* guides_ = nullptr;

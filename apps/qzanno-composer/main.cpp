@@ -33,6 +33,7 @@ struct Options {
     QString edit;
     QString appearance;
     QString screenshot;
+    bool hasSafeAreas = false;
     bool isVerbose = false;
 };
 
@@ -70,6 +71,7 @@ bool parse(const QStringList& arguments, Options& options, std::string& error, Q
                        {{"s", "screen"}, "The screen in points; 1920x1080 without.", "WxH"},
                        {{"t", "title"}, "The title to begin with, from 1.", "NUMBER"},
                        {"edit", "Opens the editor on the annotation of that name.", "NAME"},
+                       {"safe-areas", "Shows the safe areas over the title."},
                        {"appearance", "light, dark, or desktop (as the desktop has it).", "LOOK", "desktop"},
                        {"screenshot", "Writes a picture of the windows and ends.", "FILE"},
                        {{"v", "verbose"}, "Shows the library's log."},
@@ -91,6 +93,7 @@ bool parse(const QStringList& arguments, Options& options, std::string& error, Q
     options.edit = parser.value("edit");
     options.appearance = parser.value("appearance");
     options.screenshot = parser.value("screenshot");
+    options.hasSafeAreas = parser.isSet("safe-areas");
     options.isVerbose = parser.isSet("verbose");
     if (parser.isSet("screen")) {
         const QStringList sides = parser.value("screen").split('x');
@@ -143,6 +146,7 @@ int run(const Options& options) {
     ComposerWindow window(document);
     window.setFiles(options.titles.toStdString(), options.palette.toStdString());
     window.setFrame(frame);
+    if (options.hasSafeAreas) window.showSafeAreas();
     window.show();
     const Ref<QzAnnotationManager> manager = QzAnnotationManager::sharedAnnotationManager();
     manager->setAnnotationPalette(palette);
