@@ -1,86 +1,125 @@
 #include "apps/qzanno-composer/ComposerWindow.h"
 
-#include <QCloseEvent>
-#include <QFileDialog>
+#include <QFileInfo>
 #include <QLabel>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QStatusBar>
-#include <QToolBar>
 
 #include "QzAnno_AnnotatedTextFramework/ui/QzAnnotationManager.h"
-#include "platform/foundation/Files.h"
-#include "platform/graphics/PNG.h"
+#include "apps/qzanno-composer/RecentFiles.h"
+#include "apps/qzanno-composer/ReplaceAnnotationDialog.h"
+#include "apps/qzanno-composer/SafeAreaGuides.h"
+#include "apps/qzanno-composer/TitleList.h"
 #include "platform/ui/NSApplication.h"
 
 namespace qz::composer {
 namespace {
 
-QString clock(double seconds) {
-    const auto total = static_cast<qint64>(seconds * 1000 + 0.5);
-    return QString("%1:%2:%3.%4")
-        .arg(total / 3600000, 2, 10, QChar('0'))
-        .arg(total / 60000 % 60, 2, 10, QChar('0'))
-        .arg(total / 1000 % 60, 2, 10, QChar('0'))
-        .arg(total % 1000, 3, 10, QChar('0'));
-}
+constexpr int kRecoveryDelayMilliseconds = 2000;
+constexpr int kListWidth = 250;
 
 }  // namespace
 
 ComposerWindow::ComposerWindow(const Ref<TitleDocument>& document) : document_(document) {
-    setWindowTitle("QzAnno Composer");
     text_ = NSTextViewWidget::initWithTextView(document_->textView(), this);
     text_->setAccessibleName("Title");
     text_->setInsertionPointOfEmptyText([this] { return document_->insertionPointOfEmptyTitle(); });
     setCentralWidget(text_->widget());
+    guides_ = new SafeAreaGuides(text_);
+    list_ = new TitleList(this);
+    list_->setChosen([this](size_t title) { showTitle(title); });
+    addDockWidget(Qt::LeftDockWidgetArea, list_);
+    resizeDocks({list_}, {kListWidth}, Qt::Horizontal);
+    list_->setVisible(document_->titles().size() > 1);
     place_ = new QLabel;
     statusBar()->addPermanentWidget(place_);
     addMenus();
+    recoveryTimer_.setSingleShot(true);
+    recoveryTimer_.setInterval(kRecoveryDelayMilliseconds);
+    connect(&recoveryTimer_, &QTimer::timeout, this, &ComposerWindow::writeRecovery);
+    document_->setChangeHook([this] { documentChanged(); });
     describe();
     resize(1120, 720);
     text_->widget()->setFocus();
 }
 
-ComposerWindow::~ComposerWindow() = default;
+ComposerWindow::~ComposerWindow() {
+    document_->setChangeHook({});
+}
 
 void ComposerWindow::addMenus() {
-    const auto choose = [this](const char* title, const char* filter, auto open) {
-        return [this, title, filter, open] {
-            const QString path = QFileDialog::getOpenFileName(this, title, {}, filter);
-            if (!path.isEmpty()) (this->*open)(path.toStdString());
-        };
-    };
-    const auto save = [this](const char* title, const char* filter, auto write) {
-        return [this, title, filter, write] {
-            const QString path = QFileDialog::getSaveFileName(this, title, {}, filter);
-            if (!path.isEmpty()) (this->*write)(path.toStdString());
-        };
-    };
+    addFileMenu();
+    addEditMenu();
+    addViewMenu();
+}
+
+void ComposerWindow::addFileMenu() {
     QMenu* file = menuBar()->addMenu("&File");
-    file->addAction("&Open Titles…", QKeySequence::Open, this,
-                    choose("Open Titles", "Titles (*.vtt *.txt *.annostring)", &ComposerWindow::openTitles));
-    file->addAction("Open &Palette…", this, choose("Open Palette", "Palettes (*.plist)", &ComposerWindow::openPalette));
-    file->addAction("Open &Frame…", this, choose("Open Frame", "Pictures (*.png)", &ComposerWindow::openFrame));
+    file->addAction("&Open Titles…", QKeySequence::Open, this, [this] {
+        choose("Open Titles", "Titles (*.vtt *.txt *.annostring)", &ComposerWindow::openTitles);
+    });
+    file->addAction("Open &Palette…", QKeySequence("Ctrl+Shift+O"), this,
+                    [this] { choose("Open Palette", "Palettes (*.plist)", &ComposerWindow::openPalette); });
+    file->addAction("Open &Frame…", this,
+                    [this] { choose("Open Frame", "Pictures (*.png)", &ComposerWindow::openFrame); });
+    file->addMenu(new RecentFiles(this, [this](const std::string& path) { open(path); }));
     file->addSeparator();
-    file->addAction("&Save Titles…", QKeySequence::Save, this,
-                    save("Save Titles", "Titles (*.annostring)", &ComposerWindow::saveTitles));
-    file->addAction("Save P&alette…", this, save("Save Palette", "Palettes (*.plist)", &ComposerWindow::savePalette));
-    file->addAction("Save P&icture…", this, save("Save Picture", "Pictures (*.png)", &ComposerWindow::savePicture));
+    file->addAction("&Save Titles…", QKeySequence::Save, this, &ComposerWindow::chooseTitlesFile);
+    file->addAction("Save P&alette…", QKeySequence("Ctrl+Shift+S"), this, &ComposerWindow::choosePaletteFile);
+    file->addAction("Save P&icture…", QKeySequence("Ctrl+E"), this, [this] {
+        chooseToSave("Save Picture", "PNG pictures (*.png);;Premultiplied RGBA (*.rgba)", &ComposerWindow::savePicture,
+                     "title.png");
+    });
     file->addSeparator();
     file->addAction("&Quit", QKeySequence::Quit, this, &QWidget::close);
+}
 
+void ComposerWindow::addEditMenu() {
     QMenu* edit = menuBar()->addMenu("&Edit");
     addEditCommand(*edit, "&Undo", "undo:", QKeySequence::Undo);
     addEditCommand(*edit, "&Redo", "redo:", QKeySequence::Redo);
+    undo_ = edit->actions()[0];
+    redo_ = edit->actions()[1];
     edit->addSeparator();
     addEditCommand(*edit, "Cu&t", "cut:", QKeySequence::Cut);
     addEditCommand(*edit, "&Copy", "copy:", QKeySequence::Copy);
     addEditCommand(*edit, "&Paste", "paste:", QKeySequence::Paste);
     addEditCommand(*edit, "Select &All", "selectAll:", QKeySequence::SelectAll);
+    edit->addSeparator();
+    replace_ =
+        edit->addAction("Rep&lace Annotation…", QKeySequence("Ctrl+H"), this, &ComposerWindow::replaceAnnotation);
+    // Opened, the menu says what it would do; closed, its keys work whatever was last the case.
+    connect(edit, &QMenu::aboutToShow, this, [this] {
+        const NSUndoManager& steps = *document_->undoManager();
+        const auto name = [](const char* title, const std::string& step) {
+            return QString(title) + (step.empty() ? QString() : " " + QString::fromStdString(step));
+        };
+        undo_->setText(name("&Undo", steps.undoActionName()));
+        undo_->setEnabled(steps.canUndo());
+        redo_->setText(name("&Redo", steps.redoActionName()));
+        redo_->setEnabled(steps.canRedo());
+        replace_->setEnabled(document_->palette()->maxPriority() > 1);
+    });
+    connect(edit, &QMenu::aboutToHide, this, [this] {
+        for (QAction* action : {undo_, redo_, replace_}) action->setEnabled(true);
+    });
+}
 
+void ComposerWindow::addViewMenu() {
     QMenu* view = menuBar()->addMenu("&View");
-    view->addAction("&Annotations", QKeySequence("Ctrl+T"), this,
-                    [] { QzAnnotationManager::sharedAnnotationManager()->showWindow({}); });
+    view->addAction("&Annotations", QKeySequence("Ctrl+T"), this, [] {
+        const auto manager = QzAnnotationManager::sharedAnnotationManager();
+        manager->showWindow({});
+        // Asked for by key, the panel takes the keys.
+        manager->window()->makeKeyAndOrderFront({});
+    });
+    QAction* list = list_->toggleViewAction();
+    list->setText("&List of Titles");
+    list->setShortcut(QKeySequence("Ctrl+L"));
+    view->addAction(list);
+    safeAreas_ = view->addAction("&Safe Areas", QKeySequence("Ctrl+G"));
+    safeAreas_->setCheckable(true);
+    connect(safeAreas_, &QAction::toggled, guides_, &QWidget::setVisible);
     view->addAction("&Checkerboard", this, [this] { setFrame({}); });
     view->addSeparator();
     previous_ = view->addAction("&Previous Title", QKeySequence("Ctrl+PgUp"), this,
@@ -96,7 +135,6 @@ void ComposerWindow::addEditCommand(QMenu& menu, const char* title, const char* 
 
 void ComposerWindow::showTitle(size_t title) {
     document_->show(title);
-    describe();
 }
 
 void ComposerWindow::describe() {
@@ -110,65 +148,29 @@ void ComposerWindow::describe() {
     place_->setText(text);
     previous_->setEnabled(current > 0);
     next_->setEnabled(current + 1 < count);
+    list_->list(document_->titles(), current);
+    const auto nameOf = [](const std::string& path) { return QFileInfo(QString::fromStdString(path)).fileName(); };
+    const QString name = titlesFile_.empty() ? QString("Untitled") : nameOf(titlesFile_);
+    const QString palette = paletteFile_.empty() ? QString() : " – " + nameOf(paletteFile_);
+    setWindowTitle(name + "[*]" + palette + " – QzAnno Composer");
+    setWindowModified(document_->titlesAreEdited() || document_->paletteIsEdited());
 }
 
-bool ComposerWindow::report(const std::string& message) {
-    auto* box =
-        new QMessageBox(QMessageBox::Warning, windowTitle(), QString::fromStdString(message), QMessageBox::Ok, this);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->open();
-    return false;
-}
-
-bool ComposerWindow::openTitles(const std::string& path) {
-    std::string error;
-    auto file = readTitleFile(path, document_->palette(), error);
-    if (!file) return report(error);
-    document_->setTitles(std::move(file->titles));
+void ComposerWindow::documentChanged() {
     describe();
-    if (!file->warnings.empty()) statusBar()->showMessage(QString::fromStdString(file->warnings.front()), 10000);
-    return true;
+    if (recovery_ && isWindowModified() && !recoveryTimer_.isActive()) recoveryTimer_.start();
+    if (recovery_ && !isWindowModified()) {
+        recoveryTimer_.stop();
+        recovery_->remove();
+    }
 }
 
-bool ComposerWindow::openPalette(const std::string& path) {
-    std::string error;
-    const Ref<QzAnnoPalette> palette = readPaletteFile(path, error);
-    if (!palette) return report(error);
-    document_->replacePalette(palette);
-    return true;
-}
-
-bool ComposerWindow::openFrame(const std::string& path) {
-    std::string reason;
-    const Ref<NSData> file = readFile(path, &reason);
-    const Ref<NSBitmapImageRep> frame = file ? bitmapFromPNG(*file, &reason) : nullptr;
-    if (!frame) return report(path + ": " + reason);
-    setFrame(frame);
-    return true;
-}
-
-bool ComposerWindow::saveTitles(const std::string& path) {
-    std::string error;
-    return writeTitleFile(path, document_->titles(), document_->palette(), error) || report(error);
-}
-
-bool ComposerWindow::savePalette(const std::string& path) {
-    std::string reason = "an attribute of the palette has no form in a property list";
-    const Ref<NSData> list = document_->palette()->pListData();
-    return (list && writeFileAtomically(path, list->bytes(), &reason)) || report(path + ": " + reason);
-}
-
-bool ComposerWindow::savePicture(const std::string& path) {
-    std::string reason = "no picture of this size can be made";
-    const Ref<NSBitmapImageRep> picture = document_->picture();
-    return (picture && writeFileAtomically(path, pngFromBitmap(*picture)->bytes(), &reason)) ||
-           report(path + ": " + reason);
-}
-
-void ComposerWindow::closeEvent(QCloseEvent* event) {
-    // The application ends with this window and closes the panel, which the user has not: it is to come back.
-    if (const auto panel = QzAnnotationManager::sharedAnnotationManager()->window()) panel->setDelegate(nullptr);
-    QMainWindow::closeEvent(event);
+void ComposerWindow::replaceAnnotation() {
+    ReplaceAnnotationDialog dialog(*document_->palette(), this);
+    if (dialog.exec() != QDialog::Accepted) return;
+    const size_t count = document_->replaceEverywhere(dialog.replacedKey(), dialog.replacementKey());
+    statusBar()->showMessage(count == 1 ? QString("1 title has changed") : QString("%1 titles have changed").arg(count),
+                             10000);
 }
 
 }  // namespace qz::composer

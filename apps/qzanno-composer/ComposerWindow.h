@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QTimer>
 
+#include "apps/qzanno-composer/Recovery.h"
 #include "apps/qzanno-composer/TitleDocument.h"
 #include "platform/ui/NSTextViewWidget.h"
 
@@ -9,38 +11,78 @@ class QLabel;
 
 namespace qz::composer {
 
-/// The window of the composer: the title over its frame, and the commands.
+class RecentFiles;
+class SafeAreaGuides;
+class TitleList;
+
+/// The window of the composer: the title over its frame, the list of titles, and the commands.
 class ComposerWindow final : public QMainWindow {
 public:
     explicit ComposerWindow(const Ref<TitleDocument>& document);
     ~ComposerWindow() override;
 
     void setFrame(const Ref<NSBitmapImageRep>& frame) { text_->setBackdrop(frame); }
+    void showSafeAreas() { safeAreas_->setChecked(true); }
     QWidget* textWidget() const { return text_->widget(); }
+    /// The files that the document came from; an empty path leaves things as they are.
+    void setFiles(const std::string& titles, const std::string& palette);
 
-    // Commands; each tells the user in a panel what went wrong.
+    // Commands; each tells the user in a panel what went wrong. What opens something asks first about unsaved changes
+    // of what it takes the place of.
+
+    /// A file of any kind the composer reads, told by its ending.
+    bool open(const std::string& path);
     bool openTitles(const std::string& path);
     bool openPalette(const std::string& path);
     bool openFrame(const std::string& path);
     bool saveTitles(const std::string& path);
     bool savePalette(const std::string& path);
+    /// A PNG file, or, by the ending .rgba, premultiplied RGBA rows from the top without a header.
     bool savePicture(const std::string& path);
+    void replaceAnnotation();
+
+    /// Keeps a copy of unsaved changes in the folder from now on, and offers what a crash has left there.
+    void keepRecovery(const QString& folder);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
     void addMenus();
+    void addFileMenu();
+    void addEditMenu();
+    void addViewMenu();
     void addEditCommand(class QMenu& menu, const char* title, const char* action, int standardKey);
     void showTitle(size_t title);
+    void documentChanged();
     void describe();
     bool report(const std::string& message);
+    void choose(const char* title, const QString& filter, bool (ComposerWindow::*read)(const std::string&));
+    bool chooseToSave(const char* title, const QString& filter, bool (ComposerWindow::*write)(const std::string&),
+                      const std::string& proposed);
+    bool chooseTitlesFile();
+    bool choosePaletteFile();
+    /// False when the user wants to stay. Asks nothing when nothing of that is edited.
+    bool mayLeave(bool titles, bool palette);
+    void writeRecovery();
+    void offerRecovery(const QString& path);
 
     const Ref<TitleDocument> document_;
     Ref<NSTextViewWidget> text_;
+    std::string titlesFile_;
+    std::string paletteFile_;
     QAction* previous_ = nullptr;
     QAction* next_ = nullptr;
+    QAction* undo_ = nullptr;
+    QAction* redo_ = nullptr;
+    QAction* replace_ = nullptr;
+    QAction* safeAreas_ = nullptr;
     QLabel* place_ = nullptr;
+    TitleList* list_ = nullptr;
+    SafeAreaGuides* guides_ = nullptr;
+    std::unique_ptr<Recovery> recovery_;
+    // Runs from the first change on that the recovery file does not have.
+    QTimer recoveryTimer_;
 };
 
 }  // namespace qz::composer

@@ -19,6 +19,8 @@ bool writeScreenshot(const std::vector<QWidget*>& windows, const std::string& pa
     QSize size(kGap, 0);
     for (QWidget* window : windows) {
         pictures.push_back(window->grab());
+        // Pixel for pixel, also on a screen of more pixels than points.
+        pictures.back().setDevicePixelRatio(1);
         size = {size.width() + pictures.back().width() + kGap, std::max(size.height(), pictures.back().height())};
     }
     QImage whole(size.width(), size.height() + 2 * kGap, QImage::Format_RGB32);

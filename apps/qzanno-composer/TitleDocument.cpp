@@ -1,5 +1,6 @@
 #include "apps/qzanno-composer/TitleDocument.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
@@ -11,6 +12,19 @@
 #include "platform/text/NSParagraphStyle.h"
 
 namespace qz::composer {
+namespace {
+
+/// The string with another key in the place of each of its keys; keys that become none are left out.
+Ref<QzAnnoString> withKeys(const QzAnnoString& string,
+                           const std::function<Ref<QzAnnoKey>(const Ref<QzAnnoKey>&)>& keyFor) {
+    const auto moved = QzMutableAnnoString::initWithString(string.string());
+    for (const QzAnnoString::Run& run : string.runs()) {
+        for (const auto& key : run.keys->objects<QzAnnoKey>()) moved->addAnno(keyFor(key), run.range);
+    }
+    return moved->copy();
+}
+
+}  // namespace
 
 TitleDocument::TitleDocument(const Ref<QzAnnoPalette>& palette, NSSize screenSize) : palette_(palette) {
     palette_->setUndoManager(undo_);
@@ -34,14 +48,18 @@ TitleDocument::TitleDocument(const Ref<QzAnnoPalette>& palette, NSSize screenSiz
     notifications.addObserver(
         this, [this](const NSNotification&) { textDidChange(); }, NSTextDidChangeNotification, view_.get());
     notifications.addObserver(
-        this, [this](const NSNotification&) { format(); }, {}, palette_.get());
+        this, [this](const NSNotification&) { paletteDidChange(); }, {}, palette_.get());
     notifications.addObserver(
-        this, [this](const NSNotification&) { format(); }, NSUndoManagerDidUndoChangeNotification, undo_.get());
+        this, [this](const NSNotification&) { paletteDidChange(); }, NSUndoManagerDidUndoChangeNotification,
+        undo_.get());
+    markTitlesSaved();
+    markPaletteSaved();
 }
 
 TitleDocument::~TitleDocument() {
     NSNotificationCenter::defaultCenter().removeObserver(this);
     undo_->removeAllActionsWithTarget(*this);
+    undo_->removeAllActionsWithTarget(*allTitles_);
 }
 
 Ref<TitleDocument> TitleDocument::documentWithPalette(const Ref<QzAnnoPalette>& palette, NSSize screenSize) {
@@ -53,6 +71,8 @@ Ref<TitleDocument> TitleDocument::documentWithPalette(const Ref<QzAnnoPalette>& 
 void TitleDocument::setTitles(std::vector<Title> titles) {
     if (titles.empty()) titles.push_back({QzAnnoString::init(), {}, {}});
     titles_ = std::move(titles);
+    undo_->removeAllActionsWithTarget(*allTitles_);
+    markTitlesSaved();
     show(0);
 }
 
@@ -84,6 +104,13 @@ void TitleDocument::format() {
     // Through the notification, so that container and window follow as they do when the user types.
     view_->didChangeText();
     isFormatting_ = false;
+    if (changeHook_) changeHook_();
+}
+
+void TitleDocument::paletteDidChange() {
+    const Ref<NSData> list = palette_->pListData();
+    paletteIsEdited_ = !list || !savedPalette_ || !list->isEqual(*savedPalette_);
+    format();
 }
 
 void TitleDocument::textDidChange() {
@@ -100,6 +127,7 @@ void TitleDocument::textDidChange() {
 void TitleDocument::recordFormer(const Ref<QzAnnoString>& title) {
     undo_->prepareWithInvocationTarget(*this).invoke([this, title] { restore(title); });
     undo_->setActionName("Change Annotations");
+    view_->breakUndoCoalescing();
 }
 
 void TitleDocument::restore(const Ref<QzAnnoString>& title) {
@@ -116,18 +144,73 @@ void TitleDocument::toggleFrameAnno(const Ref<QzAnnoKey>& key) {
 }
 
 void TitleDocument::replacePalette(const Ref<QzAnnoPalette>& palette) {
+    const bool wasEdited = titlesAreEdited();
     // Titles go over to the annotations of the same names before the former keys are let go of.
     for (Title& each : titles_) {
-        const auto moved = QzMutableAnnoString::initWithString(each.text->string());
-        for (const QzAnnoString::Run& run : each.text->runs()) {
-            for (const auto& key : run.keys->objects<QzAnnoKey>()) {
-                moved->addAnno(palette->findAnnoKey(key->name()), run.range);
-            }
-        }
-        each.text = moved->copy();
+        each.text = withKeys(*each.text, [&](const Ref<QzAnnoKey>& key) { return palette->findAnnoKey(key->name()); });
     }
+    if (!wasEdited) markTitlesSaved();
     undo_->removeAllActions();
     palette_->retainContentsOfAnnoPalette(palette);
+    markPaletteSaved();
+}
+
+size_t TitleDocument::replaceEverywhere(const Ref<QzAnnoKey>& key, const Ref<QzAnnoKey>& byKey) {
+    if (!key || !byKey || key == byKey) return 0;
+    std::vector<Ref<QzAnnoString>> former, replaced;
+    size_t count = 0;
+    for (const Title& title : titles_) {
+        const bool holds = std::ranges::any_of(
+            title.text->runs(), [&](const QzAnnoString::Run& run) { return run.keys->containsObject(*key); });
+        former.push_back(title.text);
+        replaced.push_back(
+            holds ? withKeys(*title.text, [&](const Ref<QzAnnoKey>& each) { return each == key ? byKey : each; })
+                  : title.text);
+        count += holds;
+    }
+    if (count > 0) exchangeTitles(former, replaced);
+    return count;
+}
+
+/// Puts each replacement where a title is still the expected one.
+void TitleDocument::exchangeTitles(std::vector<Ref<QzAnnoString>> expected,
+                                   std::vector<Ref<QzAnnoString>> replacements) {
+    for (size_t i = 0; i < titles_.size(); ++i) {
+        if (titles_[i].text->isEqualToAnnoString(*expected[i])) titles_[i].text = replacements[i];
+    }
+    undo_->prepareWithInvocationTarget(*allTitles_).invoke([this, expected, replacements] {
+        exchangeTitles(replacements, expected);
+    });
+    undo_->setActionName("Replace Annotation");
+    view_->breakUndoCoalescing();
+    format();
+}
+
+bool TitleDocument::titlesAreEdited() const {
+    if (titles_.size() != savedTitles_.size()) return true;
+    for (size_t i = 0; i < titles_.size(); ++i) {
+        if (titles_[i].text != savedTitles_[i] && !titles_[i].text->isEqualToAnnoString(*savedTitles_[i])) return true;
+    }
+    return false;
+}
+
+void TitleDocument::markTitlesSaved() {
+    savedTitles_.clear();
+    for (const Title& title : titles_) savedTitles_.push_back(title.text);
+    if (changeHook_) changeHook_();
+}
+
+void TitleDocument::markPaletteSaved() {
+    savedPalette_ = palette_->pListData();
+    paletteIsEdited_ = false;
+    if (changeHook_) changeHook_();
+}
+
+void TitleDocument::markUnsaved() {
+    savedTitles_.clear();
+    savedPalette_.reset();
+    paletteIsEdited_ = true;
+    if (changeHook_) changeHook_();
 }
 
 NSRect TitleDocument::insertionPointOfEmptyTitle() const {

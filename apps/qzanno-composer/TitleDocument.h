@@ -26,7 +26,7 @@ public:
     const Ref<NSUndoManager>& undoManager() const { return undo_; }
     NSSize screenSize() const { return container_->screenSize(); }
 
-    /// At least one title.
+    /// At least one title; they count as saved.
     void setTitles(std::vector<Title> titles);
     const std::vector<Title>& titles() const { return titles_; }
     size_t current() const { return current_; }
@@ -43,6 +43,19 @@ public:
     /// Moves the contents of another palette into this document's, whose keys of the same names take over the titles.
     void replacePalette(const Ref<QzAnnoPalette>& palette);
     void toggleFrameAnno(const Ref<QzAnnoKey>& key);
+    /// Puts one annotation in the place of another in all titles, which is undone in one step, from whatever title.
+    /// Titles that have been edited when it is undone stay as they are. Returns how many titles have changed.
+    size_t replaceEverywhere(const Ref<QzAnnoKey>& key, const Ref<QzAnnoKey>& byKey);
+
+    /// Whether titles, or the palette, differ from what was last opened or saved.
+    bool titlesAreEdited() const;
+    bool paletteIsEdited() const { return paletteIsEdited_; }
+    void markTitlesSaved();
+    void markPaletteSaved();
+    /// For contents that came from no file of the user's.
+    void markUnsaved();
+    /// Called after every change of what is shown or of what is to be saved.
+    void setChangeHook(std::function<void()> hook) { changeHook_ = std::move(hook); }
 
     std::string className() const override { return "TitleDocument"; }
 
@@ -53,6 +66,8 @@ private:
     void format();
     void restore(const Ref<QzAnnoString>& title);
     void recordFormer(const Ref<QzAnnoString>& title);
+    void exchangeTitles(std::vector<Ref<QzAnnoString>> expected, std::vector<Ref<QzAnnoString>> replacements);
+    void paletteDidChange();
 
     const Ref<QzAnnoPalette> palette_;
     const Ref<NSUndoManager> undo_ = NSUndoManager::init();
@@ -61,6 +76,13 @@ private:
     Ref<NSTextView> view_;
     std::vector<Title> titles_;
     size_t current_ = 0;
+    // Target of the steps that concern all titles, which going to another title does not forget.
+    const Ref<NSObject> allTitles_ = NSString::stringWithUTF8String("titles");
+    std::vector<Ref<QzAnnoString>> savedTitles_;
+    // As a property list; none when the palette has no such form.
+    Ref<NSData> savedPalette_;
+    bool paletteIsEdited_ = false;
+    std::function<void()> changeHook_;
     bool isFormatting_ = false;
 };
 

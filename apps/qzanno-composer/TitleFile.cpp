@@ -1,7 +1,7 @@
 #include "apps/qzanno-composer/TitleFile.h"
 
-#include "QzAnno_AnnotatedTextFramework/archive/QzAnnoArchiver.h"
 #include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
+#include "captions/ArchivedTitles.h"
 #include "captions/PlainText.h"
 #include "captions/WebVTT.h"
 #include "platform/foundation/Files.h"
@@ -12,29 +12,6 @@ namespace {
 
 std::string placed(const std::string& path, const CaptionProblem& problem) {
     return path + ":" + std::to_string(problem.line) + ": " + problem.message;
-}
-
-std::optional<TitleFile> titlesOfArchive(const std::string& path, const Ref<NSData>& file,
-                                         const Ref<QzAnnoPalette>& palette, std::string& error) {
-    const auto unarchiver = QzTokeningUnarchiver::initForReadingWithData(file, {palette});
-    Ref<NSObject> object = unarchiver->decodeObject();
-    std::string reason = unarchiver->error();
-    // In the older form keys are plain names.
-    if (unarchiver->versionForClassName("QzAnnoKey") == 0) {
-        reason.clear();
-        object = QzAnnoUnarchiver::unarchiveObjectWithData(file, palette, &reason);
-    }
-    const auto array = std::dynamic_pointer_cast<NSArray>(object);
-    TitleFile titles;
-    for (const Ref<NSObject>& element : array ? array->elements() : std::vector<Ref<NSObject>>{object}) {
-        const auto string = std::dynamic_pointer_cast<QzAnnoString>(element);
-        if (string) titles.titles.push_back({string, {}, {}});
-        if (!string && reason.empty()) reason = "holds something that is no annotated string; nothing of it is read";
-    }
-    if (reason.empty() && titles.titles.empty()) reason = "holds no annotated string";
-    if (reason.empty()) return titles;
-    error = path + ": " + reason;
-    return {};
 }
 
 }  // namespace
@@ -52,7 +29,14 @@ std::optional<TitleFile> readTitleFile(const std::string& path, const Ref<QzAnno
         error = path + ": " + reason;
         return {};
     }
-    if (isArchive) return titlesOfArchive(path, file, palette, error);
+    if (isArchive) {
+        auto titles = titlesOfArchive(file, palette, reason);
+        if (!titles) error = path + ": " + reason;
+        if (titles) {
+            for (std::string& warning : titles->warnings) warning = path + ": " + warning;
+        }
+        return titles;
+    }
     CaptionProblem problem;
     TitleFile titles;
     if (isText) {
@@ -68,13 +52,32 @@ std::optional<TitleFile> readTitleFile(const std::string& path, const Ref<QzAnno
     return {};
 }
 
-bool writeTitleFile(const std::string& path, const std::vector<Title>& titles, const Ref<QzAnnoPalette>& palette,
-                    std::string& error) {
+Ref<NSData> archiveOfTitles(const std::vector<Title>& titles, const Ref<QzAnnoPalette>& palette, std::string& reason) {
     std::vector<Ref<NSObject>> strings;
     for (const Title& title : titles) strings.push_back(title.text);
     const Ref<NSObject> root = strings.size() == 1 ? strings.front() : NSArray::arrayWithObjects(strings);
+    return QzTokeningArchiver::archivedDataWithRootObject(root, {palette}, &reason);
+}
+
+std::optional<TitleFile> titlesOfArchive(const Ref<NSData>& archive, const Ref<QzAnnoPalette>& palette,
+                                         std::string& reason) {
+    const auto read = archivedTitles(archive, palette, &reason);
+    if (!read) return {};
+    TitleFile titles;
+    for (const Ref<QzAnnoString>& string : read->strings) titles.titles.push_back({string, {}, {}});
+    for (const std::string& name : read->unknownNames) {
+        titles.warnings.push_back("the palette has no annotation \"" + name +
+                                  "\"; its text keeps the look of the rest");
+    }
+    if (!titles.titles.empty()) return titles;
+    reason = "holds no annotated string";
+    return {};
+}
+
+bool writeTitleFile(const std::string& path, const std::vector<Title>& titles, const Ref<QzAnnoPalette>& palette,
+                    std::string& error) {
     std::string reason;
-    const Ref<NSData> data = QzTokeningArchiver::archivedDataWithRootObject(root, {palette}, &reason);
+    const Ref<NSData> data = archiveOfTitles(titles, palette, reason);
     if (data && writeFileAtomically(path, data->bytes(), &reason)) return true;
     error = path + ": " + reason;
     return false;

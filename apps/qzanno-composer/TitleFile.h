@@ -32,6 +32,12 @@ std::optional<TitleFile> readTitleFile(const std::string& path, const Ref<QzAnno
 bool writeTitleFile(const std::string& path, const std::vector<Title>& titles, const Ref<QzAnnoPalette>& palette,
                     std::string& error);
 
+/// The titles in the form of such an archive; none, with the reason in `reason`, when they have none.
+Ref<NSData> archiveOfTitles(const std::vector<Title>& titles, const Ref<QzAnnoPalette>& palette, std::string& reason);
+/// The way back. Warnings name annotations that the palette lacks.
+std::optional<TitleFile> titlesOfArchive(const Ref<NSData>& archive, const Ref<QzAnnoPalette>& palette,
+                                         std::string& reason);
+
 /// The palette of a property-list file. None, with one line that names the file in `error`, when it cannot be read.
 Ref<QzAnnoPalette> readPaletteFile(const std::string& path, std::string& error);
 

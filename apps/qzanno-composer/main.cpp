@@ -1,8 +1,11 @@
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QDir>
+#include <QFileInfo>
 #include <QStyle>
 #include <QStyleFactory>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <cstdio>
 #include <string_view>
 
@@ -30,6 +33,7 @@ struct Options {
     QString edit;
     QString appearance;
     QString screenshot;
+    bool hasSafeAreas = false;
     bool isVerbose = false;
 };
 
@@ -67,6 +71,7 @@ bool parse(const QStringList& arguments, Options& options, std::string& error, Q
                        {{"s", "screen"}, "The screen in points; 1920x1080 without.", "WxH"},
                        {{"t", "title"}, "The title to begin with, from 1.", "NUMBER"},
                        {"edit", "Opens the editor on the annotation of that name.", "NAME"},
+                       {"safe-areas", "Shows the safe areas over the title."},
                        {"appearance", "light, dark, or desktop (as the desktop has it).", "LOOK", "desktop"},
                        {"screenshot", "Writes a picture of the windows and ends.", "FILE"},
                        {{"v", "verbose"}, "Shows the library's log."},
@@ -88,6 +93,7 @@ bool parse(const QStringList& arguments, Options& options, std::string& error, Q
     options.edit = parser.value("edit");
     options.appearance = parser.value("appearance");
     options.screenshot = parser.value("screenshot");
+    options.hasSafeAreas = parser.isSet("safe-areas");
     options.isVerbose = parser.isSet("verbose");
     if (parser.isSet("screen")) {
         const QStringList sides = parser.value("screen").split('x');
@@ -138,7 +144,9 @@ int run(const Options& options) {
     if (isForPicture) defaults.useFile(settings.filePath("defaults.ini").toStdString());
     NSApplication::sharedApplication().setDelegate(document);
     ComposerWindow window(document);
+    window.setFiles(options.titles.toStdString(), options.palette.toStdString());
     window.setFrame(frame);
+    if (options.hasSafeAreas) window.showSafeAreas();
     window.show();
     const Ref<QzAnnotationManager> manager = QzAnnotationManager::sharedAnnotationManager();
     manager->setAnnotationPalette(palette);
@@ -151,7 +159,11 @@ int run(const Options& options) {
     }
     window.activateWindow();
     window.textWidget()->setFocus();
-    if (!isForPicture) return QApplication::exec();
+    if (!isForPicture) {
+        const QFileInfo settingsFile(QString::fromStdString(defaults.file()));
+        QTimer::singleShot(0, &window, [&] { window.keepRecovery(settingsFile.dir().filePath("composer-recovery")); });
+        return QApplication::exec();
+    }
 
     std::vector<QWidget*> windows = {&window, manager->window()->widget()};
     if (manager->editor()->isEditing()) windows.push_back(manager->editor()->window()->widget());

@@ -56,6 +56,8 @@ public:
     void setUndoManager(const Ref<NSUndoManager>& undoManager);
     const Ref<NSUndoManager>& undoManager() const { return undo_; }
     void forgetUndo();
+    /// What is typed next is a step of its own, for whoever has recorded something else in between.
+    void breakUndoCoalescing() { lastRecord_.reset(); }
 
     /// Text that an input method is still composing stands in the text, but is not recorded for undo. Replaces the
     /// marked text, or else the selection, and selects `selectedInside`, counted from its start. Refused while not

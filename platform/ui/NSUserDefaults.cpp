@@ -29,6 +29,10 @@ void NSUserDefaults::useFile(const std::string& path) {
                            : std::make_unique<QSettings>(toQt(path), QSettings::IniFormat);
 }
 
+std::string NSUserDefaults::file() const {
+    return state_->settings->fileName().toStdString();
+}
+
 bool NSUserDefaults::hasValueForKey(const std::string& key) const {
     return state_->settings->contains(toQt(key));
 }

@@ -27,6 +27,7 @@ public:
 
     /// Keeps the settings in a file of their own from now on; an empty path brings back the application's.
     void useFile(const std::string& path);
+    std::string file() const;
 
 private:
     NSUserDefaults();

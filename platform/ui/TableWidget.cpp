@@ -188,6 +188,13 @@ TableWidget::TableWidget(QWidget* parent) : QTableView(parent) {
 }
 
 bool TableWidget::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) {
+    if (trigger == EditKeyPressed && index.isValid() && !(index.flags() & Qt::ItemIsEditable)) {
+        // Asked for by key, a row is edited wherever in it the keys are.
+        for (int column = 0; column < model()->columnCount(); ++column) {
+            const QModelIndex sibling = index.siblingAtColumn(column);
+            if (sibling.flags() & Qt::ItemIsEditable) return edit(sibling, trigger, event);
+        }
+    }
     const bool opensEditor = index.isValid() && (trigger == AllEditTriggers || (editTriggers() & trigger)) &&
                              (index.flags() & Qt::ItemIsEditable);
     if (opensEditor && table_ && table_->delegate()) {

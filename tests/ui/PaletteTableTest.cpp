@@ -119,6 +119,15 @@ TEST_F(PaletteTable, designatesThePriorityToEdit) {
     EXPECT_EQ(manager->editor()->valueForKey("annoname")->description(), "Default");
 }
 
+TEST_F(PaletteTable, opensTheEditorByKeyFromAnyColumn) {
+    for (const int column : {0, 1, 2}) {
+        tableWidget()->setCurrentIndex(tableWidget()->model()->index(2, column));
+        QTest::keyClick(tableWidget(), Qt::Key_F2);
+        EXPECT_TRUE(manager->editor()->isEditing()) << column;
+        manager->editor()->close();
+    }
+}
+
 TEST_F(PaletteTable, opensTheEditorInsteadOfEditingInPlace) {
     QTest::mouseClick(tableWidget()->viewport(), Qt::LeftButton, {}, centerOf(2, 1));
     QTest::mouseDClick(tableWidget()->viewport(), Qt::LeftButton, {}, centerOf(2, 1));

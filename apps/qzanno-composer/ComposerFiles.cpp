@@ -1,0 +1,220 @@
+// What the window opens and saves, and what becomes of changes that were not saved.
+
+#include <QAbstractButton>
+#include <QCloseEvent>
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLocale>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStatusBar>
+
+#include "QzAnno_AnnotatedTextFramework/ui/QzAnnotationManager.h"
+#include "apps/qzanno-composer/ComposerWindow.h"
+#include "apps/qzanno-composer/RecentFiles.h"
+#include "apps/qzanno-composer/TitleList.h"
+#include "platform/foundation/Files.h"
+#include "platform/graphics/PNG.h"
+
+namespace qz::composer {
+namespace {
+
+std::vector<uint8_t> rowsOf(const NSBitmapImageRep& picture) {
+    std::vector<uint8_t> bytes;
+    const size_t rowBytes = size_t{4} * static_cast<size_t>(picture.pixelsWide());
+    bytes.reserve(rowBytes * static_cast<size_t>(picture.pixelsHigh()));
+    for (int32_t y = 0; y < picture.pixelsHigh(); ++y) {
+        bytes.insert(bytes.end(), picture.row(y), picture.row(y) + rowBytes);
+    }
+    return bytes;
+}
+
+}  // namespace
+
+bool ComposerWindow::report(const std::string& message) {
+    auto* box =
+        new QMessageBox(QMessageBox::Warning, windowTitle(), QString::fromStdString(message), QMessageBox::Ok, this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+    return false;
+}
+
+void ComposerWindow::setFiles(const std::string& titles, const std::string& palette) {
+    for (const auto& [path, file] : {std::pair(&titles, &titlesFile_), std::pair(&palette, &paletteFile_)}) {
+        if (path->empty()) continue;
+        *file = *path;
+        RecentFiles::note(*path);
+    }
+    describe();
+}
+
+void ComposerWindow::choose(const char* title, const QString& filter,
+                            bool (ComposerWindow::*read)(const std::string&)) {
+    const QString path = QFileDialog::getOpenFileName(this, title, {}, filter);
+    if (!path.isEmpty()) (this->*read)(path.toStdString());
+}
+
+bool ComposerWindow::chooseToSave(const char* title, const QString& filter,
+                                  bool (ComposerWindow::*write)(const std::string&), const std::string& proposed) {
+    QString chosen;
+    QString path = QFileDialog::getSaveFileName(this, title, QString::fromStdString(proposed), filter, &chosen);
+    if (path.isEmpty()) return false;
+    if (QFileInfo(path).suffix().isEmpty()) {
+        const QString ending = chosen.section("*.", 1).section(')', 0, 0).section(' ', 0, 0);
+        path += "." + (ending.isEmpty() ? filter.section("*.", 1, 1).section(')', 0, 0) : ending);
+    }
+    return (this->*write)(path.toStdString());
+}
+
+bool ComposerWindow::chooseTitlesFile() {
+    // Captions and texts cannot take annotated titles back; the archive goes beside them.
+    const QFileInfo file(titlesFile_.empty() ? QString("titles") : QString::fromStdString(titlesFile_));
+    const QString proposed = QDir(file.path()).filePath(file.completeBaseName() + ".annostring");
+    return chooseToSave("Save Titles", "Titles (*.annostring)", &ComposerWindow::saveTitles, proposed.toStdString());
+}
+
+bool ComposerWindow::choosePaletteFile() {
+    return chooseToSave("Save Palette", "Palettes (*.plist)", &ComposerWindow::savePalette,
+                        paletteFile_.empty() ? "palette.plist" : paletteFile_);
+}
+
+bool ComposerWindow::open(const std::string& path) {
+    if (path.ends_with(".plist")) return openPalette(path);
+    if (path.ends_with(".png")) return openFrame(path);
+    return openTitles(path);
+}
+
+bool ComposerWindow::openTitles(const std::string& path) {
+    if (!mayLeave(true, false)) return false;
+    std::string error;
+    auto file = readTitleFile(path, document_->palette(), error);
+    if (!file) return report(error);
+    document_->setTitles(std::move(file->titles));
+    setFiles(path, {});
+    if (document_->titles().size() > 1) list_->setVisible(true);
+    if (!file->warnings.empty()) {
+        const size_t others = file->warnings.size() - 1;
+        const QString more = others == 0 ? QString() : QString(" (and %1 more)").arg(others);
+        statusBar()->showMessage(QString::fromStdString(file->warnings.front()) + more, 10000);
+    }
+    return true;
+}
+
+bool ComposerWindow::openPalette(const std::string& path) {
+    if (!mayLeave(false, true)) return false;
+    std::string error;
+    const Ref<QzAnnoPalette> palette = readPaletteFile(path, error);
+    if (!palette) return report(error);
+    document_->replacePalette(palette);
+    setFiles({}, path);
+    return true;
+}
+
+bool ComposerWindow::openFrame(const std::string& path) {
+    std::string reason;
+    const Ref<NSData> file = readFile(path, &reason);
+    const Ref<NSBitmapImageRep> frame = file ? bitmapFromPNG(*file, &reason) : nullptr;
+    if (!frame) return report(path + ": " + reason);
+    setFrame(frame);
+    RecentFiles::note(path);
+    return true;
+}
+
+bool ComposerWindow::saveTitles(const std::string& path) {
+    std::string error;
+    if (!writeTitleFile(path, document_->titles(), document_->palette(), error)) return report(error);
+    document_->markTitlesSaved();
+    setFiles(path, {});
+    return true;
+}
+
+bool ComposerWindow::savePalette(const std::string& path) {
+    std::string reason;
+    const Ref<NSData> list = document_->palette()->pListData(&reason);
+    if (!list || !writeFileAtomically(path, list->bytes(), &reason)) return report(path + ": " + reason);
+    document_->markPaletteSaved();
+    setFiles({}, path);
+    return true;
+}
+
+bool ComposerWindow::savePicture(const std::string& path) {
+    std::string reason = "no picture of this size can be made";
+    const Ref<NSBitmapImageRep> picture = document_->picture();
+    const bool isWritten =
+        picture && (path.ends_with(".rgba") ? writeFileAtomically(path, rowsOf(*picture), &reason)
+                                            : writeFileAtomically(path, pngFromBitmap(*picture)->bytes(), &reason));
+    return isWritten || report(path + ": " + reason);
+}
+
+// Unsaved changes
+
+bool ComposerWindow::mayLeave(bool titles, bool palette) {
+    const auto ask = [this](const char* what) {
+        return QMessageBox::warning(this, "QzAnno Composer", QString("%1 changes that are not saved.").arg(what),
+                                    QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
+    };
+    const std::tuple<bool, const char*, bool (ComposerWindow::*)()> parts[] = {
+        {titles && document_->titlesAreEdited(), "The titles have", &ComposerWindow::chooseTitlesFile},
+        {palette && document_->paletteIsEdited(), "The palette has", &ComposerWindow::choosePaletteFile}};
+    for (const auto& [isEdited, what, save] : parts) {
+        if (!isEdited) continue;
+        const int answer = ask(what);
+        if (answer == QMessageBox::Cancel || (answer == QMessageBox::Save && !(this->*save)())) return false;
+    }
+    return true;
+}
+
+void ComposerWindow::closeEvent(QCloseEvent* event) {
+    if (!mayLeave(true, true)) {
+        event->ignore();
+        return;
+    }
+    recoveryTimer_.stop();
+    recovery_.reset();
+    // The application ends with this window and closes the panel, which the user has not: it is to come back.
+    if (const auto panel = QzAnnotationManager::sharedAnnotationManager()->window()) panel->setDelegate(nullptr);
+    QMainWindow::closeEvent(event);
+}
+
+void ComposerWindow::keepRecovery(const QString& folder) {
+    const QStringList left = Recovery::leftBehind(folder);
+    recovery_ = std::make_unique<Recovery>(folder);
+    if (!left.isEmpty()) offerRecovery(left.back());
+}
+
+void ComposerWindow::offerRecovery(const QString& path) {
+    QMessageBox box(QMessageBox::Question, "QzAnno Composer",
+                    QString("The composer ended before changes were saved. Recover them as they were on %1?")
+                        .arg(QLocale().toString(QFileInfo(path).lastModified(), QLocale::ShortFormat)),
+                    QMessageBox::NoButton, this);
+    const QPushButton* recover = box.addButton("Recover", QMessageBox::AcceptRole);
+    const QPushButton* discard = box.addButton("Discard", QMessageBox::DestructiveRole);
+    box.addButton("Later", QMessageBox::RejectRole);
+    box.exec();
+    const QAbstractButton* answer = box.clickedButton();
+    if (answer == discard) QFile::remove(path);
+    if (answer != recover) return;
+    std::string error;
+    if (!Recovery::restore(path, *document_, error)) {
+        report(error);
+        return;
+    }
+    if (document_->titles().size() > 1) list_->setVisible(true);
+    // The copy of the crashed composer goes only when there is another.
+    if (recovery_->write(*document_, error))
+        QFile::remove(path);
+    else
+        report(error);
+}
+
+void ComposerWindow::writeRecovery() {
+    std::string error;
+    if (recovery_ && !recovery_->write(*document_, error)) {
+        statusBar()->showMessage(QString::fromStdString("Unsaved changes are not kept: " + error), 10000);
+    }
+}
+
+}  // namespace qz::composer

@@ -1,0 +1,96 @@
+// A keystroke in the composer: from the key to the drawn window, with the title formatted and laid out anew.
+
+#include <QApplication>
+#include <QKeyEvent>
+
+#include <benchmark/benchmark.h>
+
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno_AnnotatedTextFramework/ui/QzAnnotationManager.h"
+#include "apps/qzanno-composer/ComposerWindow.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSNumber.h"
+#include "platform/graphics/NSColor.h"
+#include "platform/ui/NSApplication.h"
+
+namespace qz::composer {
+namespace {
+
+/// A title of that length: white with an outline and a shadow, every third word in a colour of its own, every fifth
+/// larger.
+Ref<TitleDocument> styledTitle(uint32_t length) {
+    const auto palette = QzAnnoPalette::init();
+    const auto document = TitleDocument::documentWithPalette(palette, {1920, 1080});
+    const auto add = [&](const char* name, const std::vector<std::pair<Ref<NSString>, Ref<NSObject>>>& attributes) {
+        const auto anno = palette->createAnno(NSString::stringWithUTF8String(name))->mutableCopy();
+        for (const auto& [attribute, value] : attributes) anno->setAttribute(attribute, value);
+        palette->replaceAnno(anno);
+        return anno->annokey();
+    };
+    const auto color = [](float r, float g, float b) { return NSColor::colorWithCalibratedRed(r, g, b, 1); };
+    const auto number = [](float value) { return NSNumber::numberWithFloat(value); };
+    const auto whole = add("Whole", {{QzTextColorAttribute, color(1, 1, 1)},
+                                     {QzFontSizeAttribute, number(48)},
+                                     {QzBackgroundColorAttribute, color(0, 0, 0)},
+                                     {QzBackgroundWidthAttribute, number(3)},
+                                     {QzBackground2ColorAttribute, color(0, 0, 0.5f)},
+                                     {QzBackground2OffsetAttribute, "{4, 4}"_ns}});
+    const auto colored = add("Coloured", {{QzTextColorAttribute, color(1, 0.8f, 0)}});
+    const auto large = add("Large", {{QzFontSizeAttribute, number(60)}});
+    std::u16string text;
+    while (text.size() < length) text += u"words ";
+    text.resize(length);
+    const auto title = QzMutableAnnoString::initWithString(NSString::stringWithCharacters(std::move(text)));
+    title->addFrameAnno(whole);
+    for (uint32_t word = 0; word * 6 + 6 <= length; ++word) {
+        if (word % 3 == 0) title->addAnno(colored, {word * 6, 5});
+        if (word % 5 == 0) title->addAnno(large, {word * 6, 5});
+    }
+    document->setTitles({{title->copy(), {}, {}}});
+    return document;
+}
+
+void typeIntoTitle(benchmark::State& state) {
+    const Ref<TitleDocument> document = styledTitle(static_cast<uint32_t>(state.range(0)));
+    NSApplication::sharedApplication().setDelegate(document);
+    QzAnnotationManager::sharedAnnotationManager()->setAnnotationPalette(document->palette());
+    ComposerWindow window(document);
+    window.show();
+    window.activateWindow();
+    window.textWidget()->setFocus();
+    QApplication::processEvents();
+    QImage shown(window.textWidget()->size(), QImage::Format_ARGB32_Premultiplied);
+    const auto press = [&](int key, const char* text) {
+        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, text);
+        QApplication::sendEvent(window.textWidget(), &event);
+        window.textWidget()->render(&shown);
+    };
+    // In the middle, with lines before and after.
+    document->textView()->setSelectedRange({static_cast<uint32_t>(state.range(0)) / 2, 0});
+    window.textWidget()->render(&shown);
+    const QImage before = shown.copy();
+    press(Qt::Key_X, "x");
+    if (shown == before) state.SkipWithError("what is typed does not show");
+    press(Qt::Key_Backspace, "");
+    bool types = true;
+    for (auto _ : state) {
+        // Typed and deleted in turn, so the title stays as long as it is.
+        types ? press(Qt::Key_X, "x") : press(Qt::Key_Backspace, "");
+        types = !types;
+    }
+    QzAnnotationManager::sharedAnnotationManager()->setAnnotationPalette({});
+}
+BENCHMARK(typeIntoTitle)->Arg(50)->Arg(200)->Arg(800)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace qz::composer
+
+int main(int argc, char** argv) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    qz::setLogHook([](std::string_view) {});
+    qz::setStandardErrorHook([](std::string_view) {});
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

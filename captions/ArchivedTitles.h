@@ -1,0 +1,25 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoString.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+
+namespace qz {
+
+/// Annotated strings that an archive holds.
+struct ArchivedTitles {
+    std::vector<Ref<QzAnnoString>> strings;
+    /// Names of annotations that the palette lacks, each once; without a palette, none.
+    std::vector<std::string> unknownNames;
+};
+
+/// Reads an archive that holds one annotated string or an array of them, of the present or the older form. The keys are
+/// those of the palette; without a palette each name gets a key of its own. None, with the reason in `reason`, when the
+/// archive cannot be read or holds anything else.
+std::optional<ArchivedTitles> archivedTitles(const Ref<NSData>& archive, const Ref<QzAnnoPalette>& palette,
+                                             std::string* reason);
+
+}  // namespace qz
