@@ -7,6 +7,7 @@
 #include "captions/CaptionEncoding.h"
 #include "captions/CueText.h"
 #include "platform/foundation/DiagnosticText.h"
+#include "platform/foundation/Limits.h"
 
 namespace qz {
 namespace {
@@ -238,6 +239,11 @@ private:
             payloadEnd = line.data() + line.size();
         }
         if (!isWhole) return;
+        if (payloadEnd - payload > Limits::kTitleUnitsMax) {
+            report(cue.line, "the cue has " + std::to_string(payloadEnd - payload) + " characters; " +
+                                 std::to_string(Limits::kTitleUnitsMax) + " are the most; the cue is skipped");
+            return;
+        }
         cue.text = annotated(parseCueText({payload, static_cast<size_t>(payloadEnd - payload)}, cue.line + 1));
         file_.cues.push_back(std::move(cue));
     }
