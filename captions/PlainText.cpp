@@ -1,6 +1,7 @@
 #include "captions/PlainText.h"
 
 #include "captions/CaptionEncoding.h"
+#include "platform/foundation/Limits.h"
 
 namespace qz {
 
@@ -9,7 +10,16 @@ std::optional<Ref<QzMutableAnnoString>> readPlainText(const NSData& file, Captio
     if (!text) return {};
     std::string title = withLineFeeds(*text);
     if (title.ends_with('\n')) title.pop_back();
-    return QzMutableAnnoString::initWithString(NSString::stringWithUTF8String(title));
+    const Ref<NSString> characters = NSString::stringWithUTF8String(title);
+    if (characters->length() > Limits::kTitleUnitsMax) {
+        if (error) {
+            *error = {CaptionProblem::malformed, 1,
+                      "the title has " + std::to_string(characters->length()) + " characters; " +
+                          std::to_string(Limits::kTitleUnitsMax) + " are the most"};
+        }
+        return {};
+    }
+    return QzMutableAnnoString::initWithString(characters);
 }
 
 }  // namespace qz

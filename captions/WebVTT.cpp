@@ -8,6 +8,7 @@
 #include "captions/CueSettings.h"
 #include "captions/CueText.h"
 #include "platform/foundation/DiagnosticText.h"
+#include "platform/foundation/Limits.h"
 
 namespace qz {
 namespace {
@@ -169,6 +170,11 @@ private:
             payloadEnd = line.data() + line.size();
         }
         if (!isWhole) return;
+        if (payloadEnd - payload > Limits::kTitleUnitsMax) {
+            report(cue.line, "the cue has " + std::to_string(payloadEnd - payload) + " characters; " +
+                                 std::to_string(Limits::kTitleUnitsMax) + " are the most; the cue is skipped");
+            return;
+        }
         cue.placement = parseCueSettings(cue.settings, cue.line, problems_);
         cue.text =
             annotator_.annotated(parseCueText({payload, static_cast<size_t>(payloadEnd - payload)}, cue.line + 1));

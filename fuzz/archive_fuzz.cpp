@@ -5,8 +5,8 @@
 
 #include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
 #include "QzAnno_AnnotatedTextFramework/format/QzAnnoStringFormatter.h"
+#include "fuzz/Fuzzing.h"
 #include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSLog.h"
 
 namespace qz {
 namespace {
@@ -31,7 +31,7 @@ void use(QzAnnoPalette& palette) {
     palette.setUndoManager(NSUndoManager::init());
     palette.pListData();
     while (palette.maxPriority() > 0 && palette.removeAnno(palette.annoKeyAtPriority(1))) continue;
-    if (palette.maxPriority() > 0) std::abort();
+    fuzz::require(palette.maxPriority() == 0, "every annotation can be removed");
 }
 
 void use(const Ref<NSObject>& object, const Ref<QzAnnoPalette>& palette) {
@@ -63,13 +63,4 @@ void check(std::string_view bytes) {
 }  // namespace
 }  // namespace qz
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    qz::setLogHook([](std::string_view) {});
-    qz::setStandardErrorHook([](std::string_view) {});
-    return 0;
-}
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    qz::check({reinterpret_cast<const char*>(data), size});
-    return 0;
-}
+QZ_FUZZ([](const uint8_t* data, size_t size) { qz::check(qz::fuzz::textOf(data, size)); })

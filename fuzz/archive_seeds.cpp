@@ -1,7 +1,9 @@
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
 #include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
+#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
 #include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
 #include "platform/foundation/NSArray.h"
 #include "tests/support/Palettes.h"

@@ -1,19 +1,13 @@
-#include <cstddef>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-
+#include "fuzz/Fuzzing.h"
 #include "fuzz/TypedStreamCheck.h"
-#include "platform/foundation/NSLog.h"
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    qz::setLogHook([](std::string_view) {});
-    return 0;
+namespace {
+
+void check(const uint8_t* data, size_t size) {
+    const std::string fault = qz::test::checkTypedStream(qz::fuzz::textOf(data, size));
+    qz::fuzz::require(fault.empty(), fault.c_str());
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string fault = qz::test::checkTypedStream({reinterpret_cast<const char*>(data), size});
-    if (fault.empty()) return 0;
-    std::fprintf(stderr, "%s\n", fault.c_str());
-    std::abort();
-}
+}  // namespace
+
+QZ_FUZZ(check)

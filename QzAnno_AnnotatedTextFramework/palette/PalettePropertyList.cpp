@@ -134,6 +134,12 @@ Ref<QzAnnoPalette> QzAnnoPalette::paletteFromPListData(const NSData& data, std::
 }
 
 bool QzAnnoPalette::loadList(const NSArray& list, std::string& error) {
+    if (list.count() > size_t{Limits::kAnnotationsMax} + 1) {
+        error = "the palette has " + std::to_string(list.count() - 1) + " annotations; " +
+                std::to_string(Limits::kAnnotationsMax) + " are the most: split it";
+        NSLog(kReadingFailed, {error});
+        return false;
+    }
     immutable_ = false;
     for (size_t i = 0; i < list.count(); ++i) {
         const auto* element = dynamic_cast<const NSDictionary*>(list.elements()[i].get());

@@ -91,6 +91,10 @@ Ref<QzToken> QzAnnoPalette::tokenForName(const Ref<NSString>& name) const {
 
 Ref<QzAnno> QzAnnoPalette::createAnno(const Ref<NSString>& name) {
     if (immutable_ || !name || areEqual(name, globals_->name())) return {};
+    if (maxPriority() >= Limits::kAnnotationsMax) {
+        NSLog("The palette is full: %i annotations are the most\n", {Limits::kAnnotationsMax});
+        return {};
+    }
     return addNewAnno(name);
 }
 

@@ -4,6 +4,7 @@
 
 #include "QzAnno_AnnotatedTextFramework/model/QzAnno.h"
 #include "QzAnno_AnnotatedTextFramework/palette/QzLog.h"
+#include "platform/foundation/Limits.h"
 #include "platform/foundation/NSData.h"
 #include "platform/foundation/NSUndoManager.h"
 
@@ -57,7 +58,8 @@ public:
     /// The key of the annotation of that name that was filed first; the global key for its own name and for none.
     Ref<QzAnnoKey> findAnnoKey(const Ref<NSString>& name) const;
 
-    /// A new annotation without attributes, on top. Refused for the global annotation's name and for none.
+    /// A new annotation without attributes, on top. Refused for the global annotation's name and for none,
+    /// and when there are `Limits::kAnnotationsMax`.
     Ref<QzAnno> createAnno(const Ref<NSString>& name);
     /// Unbinds the key. The global annotation is not removed.
     bool removeAnno(const Ref<QzAnnoKey>& key);

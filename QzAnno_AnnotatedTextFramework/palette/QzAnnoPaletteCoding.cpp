@@ -38,6 +38,11 @@ Ref<QzAnnoPalette> QzAnnoPalette::initWithCoder(NSUnarchiver& unarchiver) {
 }
 
 bool QzAnnoPalette::takeDecoded(const NSArray& annotations, NSUnarchiver& unarchiver) {
+    if (annotations.count() > size_t{Limits::kAnnotationsMax}) {
+        unarchiver.fail("the palette has " + std::to_string(annotations.count()) + " annotations; " +
+                        std::to_string(Limits::kAnnotationsMax) + " are the most");
+        return false;
+    }
     for (const Ref<NSObject>& element : annotations.elements()) {
         const auto anno = std::dynamic_pointer_cast<QzAnno>(element);
         if (!anno || contains(anno->annokey())) {

@@ -11,6 +11,32 @@ namespace {
 // Room round the text box for layers that reach beyond the glyphs, in points.
 constexpr int32_t kBoxGrowth = 10;
 
+// Both give back what was current however drawing ends; memory may run out on the way.
+
+class ImageFocus {
+public:
+    explicit ImageFocus(NSImage& image) : image_(image) { image_.lockFocus(); }
+    ~ImageFocus() { image_.unlockFocus(); }
+    ImageFocus(const ImageFocus&) = delete;
+    ImageFocus& operator=(const ImageFocus&) = delete;
+
+private:
+    NSImage& image_;
+};
+
+class CurrentContext {
+public:
+    explicit CurrentContext(Ref<NSGraphicsContext> context) : former_(NSGraphicsContext::currentContext()) {
+        NSGraphicsContext::setCurrentContext(std::move(context));
+    }
+    ~CurrentContext() { NSGraphicsContext::setCurrentContext(former_); }
+    CurrentContext(const CurrentContext&) = delete;
+    CurrentContext& operator=(const CurrentContext&) = delete;
+
+private:
+    const Ref<NSGraphicsContext> former_;
+};
+
 }  // namespace
 
 NSRect QzAnnoStringToScreen::placeInFullScreen(bool fullScreen, NSPoint& offset) {
@@ -52,9 +78,10 @@ Ref<NSImage> QzAnnoStringToScreen::imageInFullScreen(bool fullScreen, NSRect* bb
         return {};
     }
     image->setFlipped(true);
-    image->lockFocus();
-    drawGlyphsAtPoint(offset);
-    image->unlockFocus();
+    {
+        const ImageFocus focus(*image);
+        drawGlyphsAtPoint(offset);
+    }
     image->setFlipped(false);
     return image;
 }
@@ -71,10 +98,8 @@ bool QzAnnoStringToScreen::drawInFullScreen(bool fullScreen, const Ref<NSBitmapI
     NSPoint offset;
     const NSRect place = placeInFullScreen(fullScreen, offset);
     if (bbox) *bbox = place;
-    const Ref<NSGraphicsContext> former = NSGraphicsContext::currentContext();
-    NSGraphicsContext::setCurrentContext(context);
+    const CurrentContext current(context);
     drawGlyphsAtPoint(offset);
-    NSGraphicsContext::setCurrentContext(former);
     if (changed) *changed = context->changedBox();
     return true;
 }

@@ -189,19 +189,26 @@ void QzScreenTextContainer::updateFromString() {
     // The sizes set below must not come back through a text view that tracks this container.
     const bool heightTracked = heightTracksTextView();
     const bool widthTracked = widthTracksTextView();
+    const auto trackAgain = [&] {
+        setHeightTracksTextView(heightTracked);
+        setWidthTracksTextView(widthTracked);
+    };
     setHeightTracksTextView(false);
     setWidthTracksTextView(false);
-
-    const auto alignment = attributes->objectForKey<NSNumber>(*QzVerticalAlignmentAttribute);
-    verticalAlignment_ = alignment ? alignment->intValue() : 0;
-    setTextBox(boxFromAttributes(*attributes));
-    announceChangedGeometry();
-    setTextBox(placedUsedRect());
-
-    setHeightTracksTextView(heightTracked);
-    setWidthTracksTextView(widthTracked);
-    announceChangedGeometry();
-    if (const Ref<NSTextView> view = textView()) view->display();
+    try {
+        const auto alignment = attributes->objectForKey<NSNumber>(*QzVerticalAlignmentAttribute);
+        verticalAlignment_ = alignment ? alignment->intValue() : 0;
+        setTextBox(boxFromAttributes(*attributes));
+        announceChangedGeometry();
+        setTextBox(placedUsedRect());
+        trackAgain();
+        announceChangedGeometry();
+        if (const Ref<NSTextView> view = textView()) view->display();
+    } catch (...) {
+        trackAgain();
+        updating_ = false;
+        throw;
+    }
     updating_ = false;
 }
 

@@ -4,6 +4,7 @@
 #include <span>
 #include <string>
 
+#include "platform/foundation/Limits.h"
 #include "platform/foundation/NSData.h"
 
 namespace qz {
@@ -13,7 +14,7 @@ namespace qz {
 
 /// A whole file, a pipe or device up to its end; none, with the reason in `error`, when it cannot be read
 /// or is larger than `bytesMax`.
-Ref<NSData> readFile(const std::string& path, std::string* error, uint64_t bytesMax = UINT64_MAX);
+Ref<NSData> readFile(const std::string& path, std::string* error, uint64_t bytesMax = Limits::kFileBytesMax);
 
 /// Writes beside the target, flushes to the disk and renames over it, so that at any moment the path holds the old
 /// content or the new one, whole. The target keeps its mode; through a symbolic link, what it points to is replaced.

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "platform/foundation/Limits.h"
 #include "platform/foundation/NSData.h"
 #include "platform/foundation/NSObject.h"
 
@@ -18,7 +19,7 @@ enum class NSPropertyListFormat { xml = 100 };
 namespace NSPropertyListSerialization {
 
 /// Elements nested deeper than this are refused, both ways.
-inline constexpr int kDepthMax = 512;
+inline constexpr int kDepthMax = Limits::kNestingMax;
 
 /// None, with the reason and the way to the culprit in `errorDescription`, for an object that is or holds something a
 /// property list cannot: another class, a key that is no string, a character that XML cannot hold, a date outside the

@@ -37,12 +37,14 @@ void NSUndoManager::registerAction(Action action) {
 
 void NSUndoManager::removeAllActionsWithTarget(const NSObject& target) {
     // As above: nothing dies before all groups are in order again.
-    std::vector<Action> removed;
+    // And nothing is allocated: targets call this from their destructors.
+    std::list<Action> removed;
     const auto removeFrom = [&](Group& group) {
-        const auto isKept = [&](const Action& action) { return action.target != &target; };
-        const auto firstRemoved = std::stable_partition(group.actions.begin(), group.actions.end(), isKept);
-        std::move(firstRemoved, group.actions.end(), std::back_inserter(removed));
-        group.actions.erase(firstRemoved, group.actions.end());
+        for (auto action = group.actions.begin(); action != group.actions.end();) {
+            const auto next = std::next(action);
+            if (action->target == &target) removed.splice(removed.end(), group.actions, action);
+            action = next;
+        }
     };
     for (std::vector<Group>* groups : {&undo_, &redo_, &open_}) std::ranges::for_each(*groups, removeFrom);
     removeFrom(playing_);
@@ -66,7 +68,7 @@ void NSUndoManager::mergeInnermostIntoOuter() {
     open_.pop_back();
     if (inner.actions.empty()) return;
     Group& outer = open_.back();
-    std::ranges::move(inner.actions, std::back_inserter(outer.actions));
+    outer.actions.splice(outer.actions.end(), inner.actions);
     if (!inner.name.empty()) outer.name = std::move(inner.name);
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <list>
 #include <string>
 #include <vector>
 
@@ -80,7 +81,7 @@ private:
         std::function<void()> call;
     };
     struct Group {
-        std::vector<Action> actions;
+        std::list<Action> actions;
         std::string name;
     };
 

@@ -3,12 +3,14 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/foundation/Limits.h"
+
 /// What a typed stream may ask of its reader. The archiver keeps to the same limits of the graph, so that whatever is
 /// written can be read; the largest stream known nests 26 objects.
 namespace qz::TypedStreamLimits {
 
 /// Objects inside objects, through references too: copying, comparing and freeing the objects recurses as deep as that.
-inline constexpr uint32_t kNestingMax = 512;
+inline constexpr uint32_t kNestingMax = Limits::kNestingMax;
 inline constexpr uint32_t kSuperclassesMax = 64;
 /// Characters of one type string, and brackets inside brackets.
 inline constexpr size_t kTypesLengthMax = 1024;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "platform/foundation/Limits.h"
 #include "platform/foundation/NSGeometry.h"
 #include "platform/graphics/PixelRect.h"
 
@@ -35,7 +36,7 @@ public:
     static Ref<NSBitmapImageRep> initWithBitmapDataPlanes(uint8_t* data, const Format& format);
 
     /// The most bytes of pixels that a bitmap may own: 1 GiB, 16384 x 16384 pixels.
-    static constexpr uint64_t kBytesMax = uint64_t{1} << 30;
+    static constexpr uint64_t kBytesMax = Limits::kBitmapBytesMax;
 
     static constexpr uint64_t kSpareBytesMax = uint64_t{1} << 26;
 

@@ -31,8 +31,10 @@ Ref<NSImage> NSImage::initWithSize(NSSize size) {
 }
 
 void NSImage::lockFocus() {
+    // First all that may fail for want of memory: an entry without its context would never be taken out.
+    Ref<NSGraphicsContext> context = NSGraphicsContext::graphicsContextWithBitmapImageRep(bitmap_, flipped_);
     focusesOfThread.push_back({refTo(*this), NSGraphicsContext::currentContext()});
-    NSGraphicsContext::setCurrentContext(NSGraphicsContext::graphicsContextWithBitmapImageRep(bitmap_, flipped_));
+    NSGraphicsContext::setCurrentContext(std::move(context));
 }
 
 void NSImage::unlockFocus() {

@@ -140,13 +140,15 @@ public:
         for (int i = 0; set_ && i < set_->nfont; ++i) addCandidate(set_->fonts[i], language);
         // "Noto Sans Arabic" goes with "Noto Sans" better than whatever a machine prefers for Arabic.
         const std::string family = look.familyName + " ";
-        std::ranges::stable_partition(candidates_,
-                                      [&](const Candidate& c) { return c.font->familyName.starts_with(family); });
+        std::stable_partition(candidates_.begin(), candidates_.end(),
+                              [&](const Candidate& c) { return c.font->familyName.starts_with(family); });
         // Who gives a folder of fonts means them to be used, before any that happens to be on the machine; but Japanese
         // does not want Chinese letters for that.
-        std::ranges::stable_partition(candidates_, [](const Candidate& c) { return c.isAddedForLanguage; });
+        std::stable_partition(candidates_.begin(), candidates_.end(),
+                              [](const Candidate& c) { return c.isAddedForLanguage; });
         // Some colour fonts have plain symbols too. Emoji find them at the end as well: no other font serves those.
-        std::ranges::stable_partition(candidates_, [](const Candidate& c) { return !c.font->isColour; });
+        std::stable_partition(candidates_.begin(), candidates_.end(),
+                              [](const Candidate& c) { return !c.font->isColour; });
     }
 
     const InstalledFont* bestFont(Demand demand, std::u16string_view text) const {

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "platform/foundation/Limits.h"
 #include "platform/foundation/NSObject.h"
 
 namespace qz {
@@ -26,7 +27,7 @@ public:
         uint64_t bytes = 0;
     };
 
-    static constexpr uint64_t kBytesMaxDefault = uint64_t{64} << 20;
+    static constexpr uint64_t kBytesMaxDefault = Limits::kGlyphCacheBytes;
 
     static Ref<GlyphCache> init();
     ~GlyphCache() override;

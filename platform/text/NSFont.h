@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "platform/foundation/Limits.h"
 #include "platform/foundation/NSGeometry.h"
 #include "platform/graphics/NSBezierPath.h"
 
@@ -30,7 +31,7 @@ public:
     /// The same face at another size, with the size rules of `fontWithName`.
     Ref<NSFont> fontWithSize(float size) const;
 
-    static constexpr float kPointSizeMax = 10000.0f;
+    static constexpr float kPointSizeMax = Limits::kFontPointsMax;
 
     /// The PostScript name; `fontWithName` finds the font by it.
     Ref<NSString> fontName() const;

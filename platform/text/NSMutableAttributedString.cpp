@@ -89,6 +89,8 @@ bool NSMutableAttributedString::replaceCharactersInRange(Range range, const NSAt
     if (range.length == 0 && added == 0) return true;
     checkLength(uint64_t{length()} - range.length + added);
 
+    // Memory first: once the runs are replaced, the characters must follow.
+    characters_.reserve(characters_.size() - range.length + added);
     std::vector<Run> runs = runsOf(withAttributedString);
     for (Run& run : runs) run.end += range.location;
     const int64_t growth = int64_t{added} - range.length;

@@ -100,11 +100,11 @@ void NSTextStorage::edited(Range range, int64_t changeInLength, bool charactersC
 
 void NSTextStorage::processEditing() {
     if (!edit_) return;
-    const Edit edit = *std::exchange(edit_, std::nullopt);
-    const Range paragraphs = paragraphRange(characters(), edit.range);
+    const Range paragraphs = paragraphRange(characters(), edit_->range);
     fixFontsInRange(paragraphs);
     // A layout manager that is told may add or remove others.
     const std::vector<Ref<NSLayoutManager>> layoutManagers = layoutManagers_;
+    const Edit edit = *std::exchange(edit_, std::nullopt);
     for (const Ref<NSLayoutManager>& layoutManager : layoutManagers) {
         layoutManager->textStorageEdited(paragraphs, edit.changeInLength, edit.charactersChanged);
     }

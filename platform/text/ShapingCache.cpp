@@ -50,10 +50,10 @@ std::vector<ShapedGlyph> ShapingCache::shape(const ShapingItem& item) {
         entries_.clear();
         unitsHeld_ = 0;
     }
-    unitsHeld_ += key_.size();
-    Entry& entry = entries_[key_];
-    entry = {item.font, glyphs};
+    Entry entry{item.font, glyphs};
     moveClusters(entry.glyphs, -item.range.location);
+    entries_.emplace(key_, std::move(entry));
+    unitsHeld_ += key_.size();
     return glyphs;
 }
 

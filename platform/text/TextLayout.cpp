@@ -21,6 +21,14 @@ Ref<NSTextStorage> NSLayoutManager::Layout::text() const {
 // Keeping up with text and containers
 
 void NSLayoutManager::Layout::textEdited(Range editedRange, int64_t changeInLength) {
+    const Ref<NSTextStorage> storage = manager_.textStorage();
+    if (storage && editedRange == Range{0, storage->length()}) {
+        // A new text. It needs nothing of the old one, about which an edit may not have been told to the end.
+        beginAnew();
+        paragraphs_.clear();
+        length_ = storage->length();
+        return splitText(editedRange, 0);
+    }
     const uint32_t editedStart = std::min(editedRange.location, length_);
     const auto oldEnd = static_cast<uint32_t>(
         std::clamp<int64_t>(static_cast<int64_t>(editedRange.end()) - changeInLength, editedStart, length_));
@@ -78,6 +86,13 @@ void NSLayoutManager::Layout::forgetLinesFrom(size_t line) {
     forgetUnplacedGlyphs();
     container_ = lines_.empty() ? 0 : lines_.back().container;
     y_ = lines_.empty() ? 0 : lines_.back().fragment.maxY();
+}
+
+void NSLayoutManager::Layout::beginAnew() {
+    lines_.clear();
+    nextLine_ = {};
+    forgetLinesFrom(0);
+    for (Entry& entry : paragraphs_) entry.paragraph.reset();
 }
 
 void NSLayoutManager::Layout::forgetUnplacedGlyphs() {
@@ -155,19 +170,30 @@ bool NSLayoutManager::Layout::layOutLine() {
     const uint64_t generation = generation_;
     isLayingOut_ = true;
     bool isLaidOut = false;
-    if (nextLine_.paragraph < paragraphs_.size()) {
-        Entry& entry = paragraphs_[nextLine_.paragraph];
-        Paragraph& paragraph = analysed(*storage, entry);
-        LineFiller filler(paragraph, textOf(*storage, entry));
-        std::optional<FittedLine> line = inNextContainer([&] { return fitLine(filler, paragraph, nextLine_.offset); });
-        isLaidOut = line.has_value();
-        if (line) addLine(entry, textOf(*storage, entry), std::move(*line));
-    } else {
-        layOutExtraLine(*storage);
+    try {
+        isLaidOut = layOutLineOf(*storage);
+    } catch (...) {
+        // Out of memory, half-way: whoever asks again has the whole text laid out.
+        isLayingOut_ = false;
+        beginAnew();
+        throw;
     }
     isLayingOut_ = false;
     isDone_ = !isLaidOut && generation == generation_;
     return isLaidOut;
+}
+
+bool NSLayoutManager::Layout::layOutLineOf(const NSTextStorage& storage) {
+    if (nextLine_.paragraph < paragraphs_.size()) {
+        Entry& entry = paragraphs_[nextLine_.paragraph];
+        Paragraph& paragraph = analysed(storage, entry);
+        LineFiller filler(paragraph, textOf(storage, entry));
+        std::optional<FittedLine> line = inNextContainer([&] { return fitLine(filler, paragraph, nextLine_.offset); });
+        if (line) addLine(entry, textOf(storage, entry), std::move(*line));
+        return line.has_value();
+    }
+    layOutExtraLine(storage);
+    return false;
 }
 
 void NSLayoutManager::Layout::addLine(const Entry& entry, std::u16string_view paragraphText, FittedLine fitted) {

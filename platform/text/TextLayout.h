@@ -88,6 +88,9 @@ private:
     };
 
     bool layOutLine();
+    bool layOutLineOf(const NSTextStorage& storage);
+    /// Forgets all that is known of the text but where its paragraphs are.
+    void beginAnew();
     void layOutExtraLine(const NSAttributedString& text);
     /// Finds room for a line, from the current container on; none when no container has any.
     template <class Fit>

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
+#include "platform/foundation/NSLog.h"
+
+namespace qz::fuzz {
+
+inline std::string_view textOf(const uint8_t* data, size_t size) {
+    return {reinterpret_cast<const char*>(data), size};
+}
+
+/// The logs of a fuzzer say the same thing a million times.
+inline void silenceLogs() {
+    setLogHook([](std::string_view) {});
+    setStandardErrorHook([](std::string_view) {});
+}
+
+/// Ends the run with the input kept when `holds` is false.
+inline void require(bool holds, const char* what) {
+    if (holds) return;
+    std::fprintf(stderr, "does not hold: %s\n", what);
+    std::abort();
+}
+
+}  // namespace qz::fuzz
+
+/// Defines the entry points of a fuzzer that calls `check(data, size)`.
+#define QZ_FUZZ(check)                                                        \
+    extern "C" int LLVMFuzzerInitialize(int*, char***) {                      \
+        qz::fuzz::silenceLogs();                                              \
+        return 0;                                                             \
+    }                                                                         \
+    extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) { \
+        check(data, size);                                                    \
+        return 0;                                                             \
+    }

@@ -1,0 +1,81 @@
+// Font files that go away, or that are not what they say.
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
+#include "platform/foundation/NSLog.h"
+#include "tests/support/FontFiles.h"
+#include "tests/support/Palettes.h"
+#include "tests/support/Pixels.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace qz {
+namespace {
+
+class FontFault : public testing::Test {
+protected:
+    FontFault() {
+        setLogHook([](std::string_view) {});
+        setStandardErrorHook([](std::string_view) {});
+    }
+    ~FontFault() override {
+        setLogHook({});
+        setStandardErrorHook({});
+    }
+};
+
+struct Drawn {
+    test::PixelBox ink;
+    bool isFontMissing = false;
+};
+
+Drawn drawnWith(const std::shared_ptr<FontLibrary>& library, const char* font) {
+    const Ref<QzAnnoPalette> palette = test::paletteWithGlobals(
+        {{QzFontAttribute, NSString::stringWithUTF8String(font)}, {QzFontSizeAttribute, test::number(24)}});
+    const auto screen = QzAnnoStringToScreen::init();
+    screen->setFontLibrary(library);
+    screen->setPalette(palette);
+    screen->setScreenSize({160, 64}, {160, 64});
+    screen->setAnnoString(QzAnnoString::initWithString("Title ffi \xC3\xA9"_ns));
+    const Ref<NSBitmapImageRep> drawn = screen->bitmapInFullScreen(true);
+    const RenderReport report = screen->reportInFullScreen(true);
+    return {test::inkOf(*drawn), !report.substitutions.empty() && report.substitutions[0].isFontMissing};
+}
+
+TEST_F(FontFault, AFontThatGoesBetweenListingAndOpeningIsReplaced) {
+    const TemporaryFolder folder;
+    const std::string path = folder.file("quokka.ttf");
+    ASSERT_TRUE(writeText(path, test::quokka(test::fontFile("DejaVuSans"))));
+    const auto library = FontLibrary::withDirectories({folder.path().string()});
+    ASSERT_TRUE(library && library->fontWithName("Quokka Sans"));
+    std::filesystem::remove(path);
+    const Drawn drawn = drawnWith(library, "Quokka Sans");
+    EXPECT_TRUE(drawn.isFontMissing);
+    EXPECT_GT(drawn.ink.width(), 20);
+}
+
+/// Bytes changed anywhere, the tables' directory included, and files cut short. Whatever comes out is drawn, or
+/// another font is.
+TEST_F(FontFault, DamagedFontsAreDrawnOrReplaced) {
+    const std::string whole = test::quokka(test::fontFile("DejaVuSans"));
+    ASSERT_FALSE(whole.empty());
+    std::minstd_rand random(11);
+    for (int damage = 0; damage < 40; ++damage) {
+        SCOPED_TRACE(testing::Message() << "damage " << damage);
+        std::string file = whole;
+        const size_t within = damage % 2 ? 4096 : file.size();
+        for (int byte = 0; byte < 1 << damage % 12; ++byte) file[random() % within] = static_cast<char>(random());
+        if (damage % 5 == 4) file.resize(random() % file.size());
+        const TemporaryFolder folder;
+        ASSERT_TRUE(writeText(folder.file("quokka.ttf"), file));
+        const auto library = FontLibrary::withDirectories({folder.path().string()});
+        ASSERT_TRUE(library);
+        drawnWith(library, "Quokka Sans");
+    }
+    EXPECT_GT(drawnWith({}, "DejaVu Sans").ink.width(), 20) << "other fonts are as they were";
+}
+
+}  // namespace
+}  // namespace qz
