@@ -2,12 +2,15 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
 #include "captions/CaptionProblem.h"
 #include "captions/CuePlacement.h"
+#include "platform/foundation/NSData.h"
 
 namespace qz {
 
@@ -33,5 +36,14 @@ struct CaptionFile {
 
 /// Receives the cues of a file one by one, in its order, so that nobody need hold them all.
 using CueSink = std::function<void(CaptionCue&&)>;
+
+/// Hands over the cues of a file of one format and returns its problems; none, with the reason, for a file that is not
+/// of that format.
+using CueReader = std::optional<std::vector<CaptionProblem>> (*)(const NSData& file, const QzAnnoPalette& palette,
+                                                                 const CueSink& sink, CaptionProblem* error);
+
+/// The whole file at once.
+std::optional<CaptionFile> wholeCaptionFile(CueReader reader, const NSData& file, const QzAnnoPalette& palette,
+                                            CaptionProblem* error);
 
 }  // namespace qz

@@ -10,6 +10,7 @@
 #include "captions/CueAnnotator.h"
 #include "captions/SubRipText.h"
 #include "platform/foundation/DiagnosticText.h"
+#include "platform/foundation/Limits.h"
 
 namespace qz {
 namespace {
@@ -178,6 +179,10 @@ private:
         const char* const payload = begin < end ? lines_[begin].data() : nullptr;
         const size_t length =
             begin < end ? static_cast<size_t>(lines_[end - 1].data() - payload) + lines_[end - 1].size() : 0;
+        if (length > Limits::kTitleUnitsMax) {
+            return report(begin, "the cue has " + std::to_string(length) + " characters; " +
+                                     std::to_string(Limits::kTitleUnitsMax) + " are the most; the cue is skipped");
+        }
         SubRipText read = textReader_.read({payload, length}, numberOf(begin));
         cue.text = annotator_.annotated(read.text);
         cue.placement = read.placement;
@@ -237,6 +242,10 @@ std::optional<std::vector<CaptionProblem>> readSubRip(const NSData& file, const 
     const std::optional<std::string> text = unicodeTextOfFile(file, error);
     if (!text) return {};
     return FileReader(withLineFeeds(*text), palette, sink).read();
+}
+
+std::optional<CaptionFile> readSubRip(const NSData& file, const QzAnnoPalette& palette, CaptionProblem* error) {
+    return wholeCaptionFile(readSubRip, file, palette, error);
 }
 
 }  // namespace qz

@@ -21,4 +21,8 @@ namespace qz {
 std::optional<std::vector<CaptionProblem>> readSubRip(const NSData& file, const QzAnnoPalette& palette,
                                                       const CueSink& sink, CaptionProblem* error = nullptr);
 
+/// The whole file at once.
+std::optional<CaptionFile> readSubRip(const NSData& file, const QzAnnoPalette& palette,
+                                      CaptionProblem* error = nullptr);
+
 }  // namespace qz

@@ -228,12 +228,7 @@ std::optional<std::vector<CaptionProblem>> readWebVTT(const NSData& file, const 
 }
 
 std::optional<CaptionFile> readWebVTT(const NSData& file, const QzAnnoPalette& palette, CaptionProblem* error) {
-    CaptionFile captions;
-    auto problems = readWebVTT(
-        file, palette, [&](CaptionCue&& cue) { captions.cues.push_back(std::move(cue)); }, error);
-    if (!problems) return {};
-    captions.problems = std::move(*problems);
-    return captions;
+    return wholeCaptionFile(readWebVTT, file, palette, error);
 }
 
 }  // namespace qz

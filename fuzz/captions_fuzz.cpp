@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "captions/PlainText.h"
+#include "captions/SubRip.h"
 #include "captions/WebVTT.h"
 #include "fuzz/Fuzzing.h"
 
@@ -13,7 +14,7 @@ using fuzz::require;
 using Reader = std::optional<CaptionFile> (*)(const NSData&, const QzAnnoPalette&, CaptionProblem*);
 
 /// Each reads every input.
-constexpr Reader kReaders[] = {readWebVTT};
+constexpr Reader kReaders[] = {readWebVTT, readSubRip};
 
 const QzAnnoPalette& palette() {
     static const Ref<QzAnnoPalette> palette = [] {

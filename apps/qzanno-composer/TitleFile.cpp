@@ -3,6 +3,7 @@
 #include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
 #include "captions/ArchivedTitles.h"
 #include "captions/PlainText.h"
+#include "captions/SubRip.h"
 #include "captions/WebVTT.h"
 #include "platform/foundation/Files.h"
 #include "platform/foundation/NSArray.h"
@@ -19,8 +20,10 @@ std::string placed(const std::string& path, const CaptionProblem& problem) {
 std::optional<TitleFile> readTitleFile(const std::string& path, const Ref<QzAnnoPalette>& palette, std::string& error) {
     const bool isText = path.ends_with(".txt");
     const bool isArchive = path.ends_with(".annostring");
-    if (!isText && !isArchive && !path.ends_with(".vtt")) {
-        error = path + ": is no .vtt, .txt or .annostring file; give captions, one title as text, or archived titles";
+    const bool isSubRip = path.ends_with(".srt");
+    if (!isText && !isArchive && !isSubRip && !path.ends_with(".vtt")) {
+        error =
+            path + ": is no .vtt, .srt, .txt or .annostring file; give captions, one title as text, or archived titles";
         return {};
     }
     std::string reason;
@@ -42,7 +45,8 @@ std::optional<TitleFile> readTitleFile(const std::string& path, const Ref<QzAnno
     if (isText) {
         const auto text = readPlainText(*file, &problem);
         if (text) titles.titles.push_back({*text, {}, {}});
-    } else if (const auto captions = readWebVTT(*file, *palette, &problem)) {
+    } else if (const auto captions =
+                   isSubRip ? readSubRip(*file, *palette, &problem) : readWebVTT(*file, *palette, &problem)) {
         for (const CaptionCue& cue : captions->cues) titles.titles.push_back({cue.text, cue.start, cue.end});
         for (const CaptionProblem& each : captions->problems) titles.warnings.push_back(placed(path, each));
         if (captions->cues.empty()) problem.message = "holds no captions";

@@ -65,7 +65,7 @@ bool parse(const QStringList& arguments, Options& options, std::string& error, Q
     QCommandLineParser parser;
     parser.setApplicationDescription("Composes titles: type over a frame, style with annotations.");
     parser.addPositionalArgument(
-        "TITLES", "WebVTT captions (.vtt), one title as text (.txt), or archived titles (.annostring)", "[TITLES]");
+        "TITLES", "Captions (.vtt, .srt), one title as text (.txt), or archived titles (.annostring)", "[TITLES]");
     parser.addOptions({{{"p", "palette"}, "The palette, a property list.", "FILE"},
                        {{"f", "frame"}, "A PNG picture to lie beneath the text; a checkerboard without.", "FILE"},
                        {{"s", "screen"}, "The screen in points; 1920x1080 without.", "WxH"},
