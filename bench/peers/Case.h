@@ -20,6 +20,9 @@ struct Ratio {
 };
 
 double millisecondsOf(const std::function<void()>& work);
+/// The time that this process's threads spent at it, the system's work for them included: what a work of a millisecond
+/// takes on a machine that others use too.
+double processorMillisecondsOf(const std::function<void()>& work);
 double median(std::vector<double> values);
 
 /// Does each work in turn, round after round, so that all share the machine's good and bad moments; returns the median

@@ -49,7 +49,7 @@ void drawFirstFrame(size_t peer) {
     title.lines = {" "};
     titles->draw(title, frame);
     title = twoLineTitle();
-    const double milliseconds = millisecondsOf([&] { titles->draw(title, frame); });
+    const double milliseconds = processorMillisecondsOf([&] { titles->draw(title, frame); });
     std::printf("%f %ld\n", milliseconds, kibibytesOf("VmHWM") - before);
 }
 

@@ -9,15 +9,15 @@
 namespace qz::peers {
 namespace {
 
-constexpr int kRowHeight = 24, kLabelWidth = 430, kBarsWidth = 420, kFigureWidth = 110, kTop = 56;
+constexpr int kRowHeight = 24, kLabelWidth = 520, kBarsWidth = 420, kFigureWidth = 120, kTop = 56;
 
 std::string labelOf(const Ratio& ratio) {
     return ratio.work + ": " + ratio.ours + " / " + ratio.peer;
 }
 
-/// Ratios from 0.01 to 100 as a place along the bars.
+/// Ratios from 0.001 to 100 as a place along the bars.
 double placeOf(double ratio) {
-    return (std::log10(std::clamp(ratio, 0.01, 100.0)) + 2) / 4 * kBarsWidth;
+    return (std::log10(std::clamp(ratio, 0.001, 100.0)) + 3) / 5 * kBarsWidth;
 }
 
 template <class... Values>
@@ -34,7 +34,7 @@ std::string rowOf(const Ratio& ratio, int y) {
                                 labelOf(ratio).c_str()) +
                       formatted("<rect x='%d' y='%d' width='%.1f' height='%d' rx='3' fill='%s'/>\n", kLabelWidth, y + 5,
                                 placeOf(ratio.value()), kRowHeight - 10, color) +
-                      formatted("<text x='%d' y='%d' font-weight='bold'>%.3g</text>\n", figures, y + 16, ratio.value());
+                      formatted("<text x='%d' y='%d' font-weight='bold'>%.2g</text>\n", figures, y + 16, ratio.value());
     if (!ratio.bound) return row;
     return row +
            formatted("<path d='M%.1f %dv%d' stroke='#333' stroke-width='2'/>\n", kLabelWidth + placeOf(*ratio.bound),
@@ -77,7 +77,7 @@ std::string chartOf(const std::vector<Ratio>& ratios) {
         "<text x='%d' y='22' font-size='15'>Time taken, as a ratio: shorter is better; the dark mark is the "
         "bound</text>\n",
         16);
-    for (const double tick : {0.01, 0.1, 1.0, 10.0, 100.0}) {
+    for (const double tick : {0.001, 0.01, 0.1, 1.0, 10.0, 100.0}) {
         const double x = kLabelWidth + placeOf(tick);
         svg += formatted(
             "<path d='M%.1f %dV%d' stroke='#ddd'/>\n<text x='%.1f' y='%d' text-anchor='middle' "

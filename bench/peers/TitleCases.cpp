@@ -32,7 +32,7 @@ void compare(Peers& peers, const std::string& work, const std::function<Title(in
             const bool slow = !times[i].empty() && times[i].front() > 333;
             if (slow && times[i].size() >= 3) continue;
             if (!slow) peers.list[i]->draw(before, peers.frames[i]);
-            times[i].push_back(millisecondsOf([&] { peers.list[i]->draw(title, peers.frames[i]); }));
+            times[i].push_back(processorMillisecondsOf([&] { peers.list[i]->draw(title, peers.frames[i]); }));
         }
     }
     for (size_t i = 1; i < kPeerCount; ++i)
