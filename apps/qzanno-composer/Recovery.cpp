@@ -81,6 +81,10 @@ void Recovery::remove() {
 QStringList Recovery::leftBehind(const QString& folder) {
     QStringList paths;
     const QDir directory(folder);
+    // Taking the lock of a process that is gone, and letting it go, removes it.
+    for (const QString& name : directory.entryList({QString("*") + kEnding + ".lock"}, QDir::Files)) {
+        lockOf(directory.filePath(name).chopped(5))->tryLock(0);
+    }
     for (const QString& name :
          directory.entryList({QString("*") + kEnding}, QDir::Files, QDir::Time | QDir::Reversed)) {
         const QString path = directory.filePath(name);
