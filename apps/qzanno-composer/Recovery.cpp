@@ -40,7 +40,10 @@ Recovery::Recovery(const QString& folder) {
             QDir(folder).filePath(QString("%1-%2%3").arg(QCoreApplication::applicationPid()).arg(i).arg(kEnding));
         if (QFile::exists(path)) continue;
         auto lock = lockOf(path);
-        if (!lock->tryLock(0)) continue;
+        if (!lock->tryLock(0)) {
+            if (lock->error() != QLockFile::LockFailedError) return;
+            continue;
+        }
         path_ = path;
         lock_ = std::move(lock);
         return;
