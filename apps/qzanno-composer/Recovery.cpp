@@ -40,7 +40,10 @@ Recovery::Recovery(const QString& folder) {
             QDir(folder).filePath(QString("%1-%2%3").arg(QCoreApplication::applicationPid()).arg(i).arg(kEnding));
         if (QFile::exists(path)) continue;
         auto lock = lockOf(path);
-        if (!lock->tryLock(0)) continue;
+        if (!lock->tryLock(0)) {
+            if (lock->error() != QLockFile::LockFailedError) return;
+            continue;
+        }
         path_ = path;
         lock_ = std::move(lock);
         return;
@@ -81,6 +84,10 @@ void Recovery::remove() {
 QStringList Recovery::leftBehind(const QString& folder) {
     QStringList paths;
     const QDir directory(folder);
+    // Taking the lock of a process that is gone, and letting it go, removes it.
+    for (const QString& name : directory.entryList({QString("*") + kEnding + ".lock"}, QDir::Files)) {
+        lockOf(directory.filePath(name).chopped(5))->tryLock(0);
+    }
     for (const QString& name :
          directory.entryList({QString("*") + kEnding}, QDir::Files, QDir::Time | QDir::Reversed)) {
         const QString path = directory.filePath(name);

@@ -45,11 +45,14 @@ void TitleList::list(const std::vector<Title>& titles, size_t current) {
     const int count = static_cast<int>(titles.size());
     while (list_->count() > count) delete list_->takeItem(list_->count() - 1);
     while (list_->count() < count) list_->addItem(QString());
-    for (int row = 0; row < count; ++row) {
-        const QString line = lineOf(titles[static_cast<size_t>(row)], static_cast<size_t>(row) + 1);
-        if (list_->item(row)->text() == line) continue;
-        list_->item(row)->setText(line);
-        list_->item(row)->setToolTip(line);
+    shown_.resize(titles.size());
+    for (size_t i = 0; i < titles.size(); ++i) {
+        if (shown_[i].text == titles[i].text && shown_[i].start == titles[i].start) continue;
+        shown_[i] = titles[i];
+        const QString line = lineOf(titles[i], i + 1);
+        QListWidgetItem* item = list_->item(static_cast<int>(i));
+        item->setText(line);
+        item->setToolTip(line);
     }
     list_->setCurrentRow(static_cast<int>(current));
 }

@@ -20,6 +20,8 @@ public:
 
 private:
     QListWidget* const list_;
+    // The titles as their rows show them; told apart by identity, for a file may hold thousands.
+    std::vector<Title> shown_;
     std::function<void(size_t)> chosen_;
 };
 

@@ -214,7 +214,8 @@ TEST_F(Composer, listsTheTitlesAndGoesToTheOneChosen) {
     ASSERT_EQ(list->count(), 8);
     EXPECT_TRUE(list->isVisible());
     EXPECT_EQ(list->item(2)->text().toStdString(), "3  00:08.500  STORM WARNING – STAY INDOORS");
-    list->setFocus();
+    key(Qt::Key_Tab);
+    ASSERT_TRUE(list->hasFocus()) << "within reach of the keys";
     QTest::keyClick(list, Qt::Key_Down);
     EXPECT_EQ(document->current(), 1u);
     turnToTitle();
@@ -314,6 +315,7 @@ TEST_F(Composer, recoversWhatACrashLeftAndNothingElse) {
         });
     }
     EXPECT_EQ(files().size(), 1);
+    EXPECT_EQ(QDir(place).entryList(QDir::Files).size(), 2) << "nor do locks of processes that are gone stay";
     ASSERT_TRUE(window.saveTitles(folder.file("saved.annostring")));
     EXPECT_TRUE(files().isEmpty()) << "saved";
 
