@@ -11,9 +11,9 @@ namespace qz::Limits {
 /// A file that is read whole.
 inline constexpr uint64_t kFileBytesMax = uint64_t{256} << 20;
 /// UTF-16 units of a title or a cue that is read from a file. Strings that a host makes are bounded by 2^31 - 1.
-inline constexpr uint32_t kTitleUnitsMax = 1u << 20;
+inline constexpr uint32_t kTitleUnitsMax = 1u << 24;
 /// Annotations of a palette above the global one. A title holds a byte for each of its units and annotations.
-inline constexpr int32_t kAnnotationsMax = 4096;
+inline constexpr int32_t kAnnotationsMax = 65536;
 /// Objects inside objects, in archives and in property lists, both ways: what holds them is copied, compared and freed
 /// by recursion.
 inline constexpr uint32_t kNestingMax = 512;
