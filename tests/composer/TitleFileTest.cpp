@@ -47,7 +47,8 @@ TEST_F(TitleFiles, comeBackFromAnArchiveWithTheKeysOfThePalette) {
 
 TEST_F(TitleFiles, thatCannotBeReadSayWhatAndWhere) {
     EXPECT_THAT(errorOf("none.vtt", nullptr), HasSubstr("No such file"));
-    EXPECT_THAT(errorOf("t.srt", "x"), HasSubstr(".vtt"));
+    EXPECT_THAT(errorOf("t.doc", "x"), HasSubstr(".vtt, .srt"));
+    EXPECT_THAT(errorOf("empty.srt", "x"), HasSubstr("holds no captions"));
     EXPECT_THAT(errorOf("empty.vtt", "WEBVTT\n"), HasSubstr("holds no captions"));
     EXPECT_THAT(errorOf("not.vtt", "hello"), HasSubstr(":1:"));
     errorOf("latin.txt", "caf\xe9");
