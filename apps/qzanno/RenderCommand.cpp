@@ -57,6 +57,7 @@ private:
     bool listFiles();
     bool walkFirst();
     bool planOutputs();
+    bool makeFolders();
     bool openManifest();
     bool readInput(const Input& input, Diagnostics& diagnostics, const TitleSink& sink, bool& hasUnknownName) const;
     Key keyOf(const TitleContent& content) const;
@@ -94,7 +95,8 @@ bool RenderRun::prepare() {
     palette_ = newPalette(*setup_);
     addSetup(setupHash_, *setup_);
     lines_.setFonts(setup_->fonts);
-    return listFiles() && walkFirst() && planOutputs() && openManifest();
+    // The manifest may lie in a folder of pictures.
+    return listFiles() && walkFirst() && planOutputs() && makeFolders() && openManifest();
 }
 
 bool RenderRun::listFiles() {
@@ -165,6 +167,12 @@ bool RenderRun::planOutputs() {
     return true;
 }
 
+bool RenderRun::makeFolders() {
+    return std::ranges::all_of(inputs_, [this](const Input& input) {
+        return input.titles == 0 || input.plan.directory.empty() || makeDirectory(input.plan.directory, diagnostics_);
+    });
+}
+
 bool RenderRun::openManifest() {
     if (options_.manifest.empty()) return true;
     std::string reason;
@@ -189,10 +197,6 @@ bool RenderRun::openManifest() {
 }
 
 bool RenderRun::renderAll() {
-    for (const Input& input : inputs_) {
-        if (input.titles > 0 && !input.plan.directory.empty() && !makeDirectory(input.plan.directory, diagnostics_))
-            return false;
-    }
     progress_.emplace(titlesOfShare_, diagnostics_.verbosity());
     bool allAdded = true;
     {

@@ -57,10 +57,10 @@ TEST_F(RenderTest, OneTitleBecomesAPictureOfTheScreen) {
 
 TEST_F(RenderTest, EveryCueBecomesAFileNamedByItsNumberAndALineOfTheManifest) {
     const ToolResult result = run("render " QZANNO_EXAMPLES "/first-title.vtt -p " QZANNO_EXAMPLES
-                                  "/broadcast.plist -d 960x540 -o titles --manifest titles.jsonl");
+                                  "/broadcast.plist -d 960x540 -o titles --manifest titles/all.jsonl");
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_THAT(result.err, IsEmpty());
-    const auto lines = manifest("titles.jsonl");
+    const auto lines = manifest("titles/all.jsonl");
     ASSERT_EQ(lines.size(), 8u);
     for (size_t i = 0; i < lines.size(); ++i) {
         const nlohmann::json& line = lines[i];
