@@ -1,6 +1,7 @@
 // Titles of anybody: bytes become a palette and an annotated string, which are drawn into small frames.
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 
 #include <fuzzer/FuzzedDataProvider.h>
@@ -161,11 +162,14 @@ void checkPixels(const NSBitmapImageRep& bitmap) {
     }
 }
 
-bool areSame(const NSBitmapImageRep& a, const NSBitmapImageRep& b) {
-    if (a.pixelsWide() != b.pixelsWide() || a.pixelsHigh() != b.pixelsHigh()) return false;
+/// The largest difference of any channel; 255 for pictures of different sizes.
+int differenceOf(const NSBitmapImageRep& a, const NSBitmapImageRep& b) {
+    if (a.pixelsWide() != b.pixelsWide() || a.pixelsHigh() != b.pixelsHigh()) return 255;
+    int largest = 0;
     for (int32_t y = 0; y < a.pixelsHigh(); ++y)
-        if (!std::equal(a.row(y), a.row(y) + 4 * a.pixelsWide(), b.row(y))) return false;
-    return true;
+        for (int32_t i = 0; i < 4 * a.pixelsWide(); ++i)
+            largest = std::max(largest, std::abs(a.row(y)[i] - b.row(y)[i]));
+    return largest;
 }
 
 Ref<QzAnnoStringToScreen> pipeline(const Ref<QzAnnoPalette>& palette, const Ref<QzAnnoString>& title) {
@@ -200,7 +204,8 @@ void check(const uint8_t* data, size_t size) {
     const Ref<QzAnnoStringToScreen> fresh = pipeline(palette, title);
     fresh->layoutManager()->glyphCache()->setBytesMax(input.ConsumeBool() ? 0 : GlyphCache::kBytesMaxDefault);
     const Ref<NSBitmapImageRep> again = fresh->bitmapInFullScreen(fullScreen);
-    require(again && areSame(*drawn, *again), "kept glyphs and fresh ones draw the same");
+    // A layer that is made of kept parts is rounded once more than one that is made at once.
+    require(again && differenceOf(*drawn, *again) <= 2, "kept glyphs and fresh ones draw the same");
 }
 
 }  // namespace

@@ -33,7 +33,8 @@ public:
     ~GlyphCache() override;
 
     uint64_t bytesMax() const;
-    /// 0 keeps nothing. The pixels that are drawn are the same at any bound.
+    /// 0 keeps nothing. What is drawn at one bound differs from what is drawn at another by 2 of 255 at most, on any
+    /// channel: a layer that is made of kept parts is rounded once more.
     void setBytesMax(uint64_t bytes);
     const Statistics& statistics() const;
     void removeAll();
