@@ -7,6 +7,7 @@
 /// that use it are used from one thread at a time; different palettes with their own pipelines may be used from
 /// different threads.
 
+#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
 #include "QzAnno_AnnotatedTextFramework/archive/QzAnnoArchiver.h"
 #include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
 #include "QzAnno_AnnotatedTextFramework/format/QzAnnoStringFormatter.h"

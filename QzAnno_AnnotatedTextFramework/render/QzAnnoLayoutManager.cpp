@@ -7,6 +7,7 @@
 
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
 #include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
+#include "QzAnno_AnnotatedTextFramework/render/TitleLayer.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/NSNumber.h"
 #include "platform/graphics/NSColor.h"
@@ -16,9 +17,6 @@
 
 namespace qz {
 namespace {
-
-// A colour that hides less than this is not worth drawing.
-constexpr float kVisibleAlpha = 0.001f;
 
 constexpr int kLayoutPollsMax = 100;
 constexpr std::chrono::milliseconds kLayoutPoll{1};
@@ -33,8 +31,6 @@ constexpr float kLayerMiterLimit = 50.0f;
 
 // A layer of repeated glyphs costs (2n + 1)^2 copies; a wider one is drawn with this n.
 constexpr long kRepeatsMax = 32;
-
-enum LayerNumber : uint32_t { first = 1, second = 2 };
 
 /// Holds a flag up for a scope.
 class Raised {
@@ -67,32 +63,9 @@ bool contextAntialiases() {
 
 }  // namespace
 
-/// How one layer of one run is drawn.
-struct QzAnnoLayoutManager::Layer {
-    float width = 0;
-    NSPoint offset;
-    Ref<NSColor> color;
-
-    bool isVisible() const { return color && color->alphaComponent() > kVisibleAlpha; }
-
-    static Layer numbered(uint32_t number, const NSDictionary& attributes) {
-        const bool isFirst = number == LayerNumber::first;
-        Layer layer;
-        layer.color =
-            attributes.objectForKey<NSColor>(isFirst ? *QzBackgroundColorAttribute : *QzBackground2ColorAttribute);
-        const auto width =
-            attributes.objectForKey<NSNumber>(isFirst ? *QzBackgroundWidthAttribute : *QzBackground2WidthAttribute);
-        if (width && std::isfinite(width->floatValue())) layer.width = width->floatValue();
-        const auto offset =
-            attributes.objectForKey<NSString>(isFirst ? *QzBackgroundOffsetAttribute : *QzBackground2OffsetAttribute);
-        if (offset) layer.offset = NSPointFromString(*offset);
-        return layer;
-    }
-};
-
 struct QzAnnoLayoutManager::LayerRun {
     Range glyphs;
-    Layer layer;
+    TitleLayer layer;
 };
 
 Ref<QzAnnoLayoutManager> QzAnnoLayoutManager::init() {
@@ -117,8 +90,8 @@ void QzAnnoLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPo
     const SavedGraphicsState saved(*context);
     if (antialiasingMode_ != asContext) context->setShouldAntialias(antialiasingMode_ == on);
     if (glyphRange.length > 0 && !drawing_) {
-        myDraw(glyphRange, LayerNumber::second, atPoint);
-        myDraw(glyphRange, LayerNumber::first, atPoint);
+        myDraw(glyphRange, TitleLayer::kSecond, atPoint);
+        myDraw(glyphRange, TitleLayer::kFirst, atPoint);
     }
     if (antialiasing()) {
         NSLayoutManager::drawGlyphsForGlyphRange(glyphRange, atPoint);
@@ -138,7 +111,7 @@ void QzAnnoLayoutManager::myDraw(Range glyphRange, uint32_t asBackground, NSPoin
     const Raised drawing(drawing_);
     waitForBackgroundLayout(glyphRange);
     textContainerForGlyphAtIndex(static_cast<uint32_t>(glyphRange.end() - 1));
-    if (asBackground == LayerNumber::second) drawBoundingBoxes(glyphRange, atPoint);
+    if (asBackground == TitleLayer::kSecond) drawBoundingBoxes(glyphRange, atPoint);
     drawLayer(glyphRange, asBackground, atPoint);
 }
 
@@ -177,7 +150,7 @@ std::vector<QzAnnoLayoutManager::LayerRun> QzAnnoLayoutManager::runsOfLayer(Rang
     for (uint64_t glyph = glyphRange.location; glyph < glyphsEnd;) {
         Range run;
         const uint32_t character = characterIndexForGlyphAtIndex(static_cast<uint32_t>(glyph));
-        const Layer layer = Layer::numbered(number, *storage->attributesAtIndex(character, &run, characters));
+        const TitleLayer layer = TitleLayer::numbered(number, *storage->attributesAtIndex(character, &run, characters));
         const auto start = static_cast<uint32_t>(glyph);
         while (glyph < glyphsEnd && characterIndexForGlyphAtIndex(static_cast<uint32_t>(glyph)) < run.end()) ++glyph;
         if (layer.isVisible()) runs.push_back({{start, static_cast<uint32_t>(glyph - start)}, layer});
@@ -215,7 +188,7 @@ void QzAnnoLayoutManager::drawRun(const LayerRun& run, NSPoint origin) {
         repeatGlyphs(run.glyphs, run.layer, origin);
 }
 
-void QzAnnoLayoutManager::strokeOutlines(Range glyphRange, const Layer& layer, NSPoint origin) const {
+void QzAnnoLayoutManager::strokeOutlines(Range glyphRange, const TitleLayer& layer, NSPoint origin) const {
     const Ref<NSGraphicsContext> context = NSGraphicsContext::currentContext();
     const GlyphStroke stroke = strokeOf(layer.width);
     context->setColor(layer.color);
@@ -241,7 +214,7 @@ GlyphStroke QzAnnoLayoutManager::strokeOf(float width) const {
     return stroke;
 }
 
-void QzAnnoLayoutManager::repeatGlyphs(Range glyphRange, const Layer& layer, NSPoint origin) {
+void QzAnnoLayoutManager::repeatGlyphs(Range glyphRange, const TitleLayer& layer, NSPoint origin) {
     long n = contextAntialiases() ? std::lround(layer.width) : std::lround(layer.width * 0.5);
     if (n > kRepeatsMax) {
         NSLog("A layer of width %@ is too wide without antialiasing; it is drawn %i wide\n",

@@ -6,6 +6,8 @@ namespace qz {
 
 struct GlyphStroke;
 
+struct TitleLayer;
+
 /// Lays text out as its base does, and draws more than glyphs: from the bottom a bounding box, layer 2, layer 1, the
 /// glyphs.
 ///
@@ -46,7 +48,6 @@ private:
 
     QzAnnoLayoutManager() = default;
 
-    struct Layer;
     struct LayerRun;
 
     void waitForBackgroundLayout(Range glyphRange) const;
@@ -55,8 +56,8 @@ private:
     void drawLayer(Range glyphRange, uint32_t number, NSPoint origin);
     void drawMerged(const std::vector<LayerRun>& runs, NSPoint origin);
     void drawRun(const LayerRun& run, NSPoint origin);
-    void strokeOutlines(Range glyphRange, const Layer& layer, NSPoint origin) const;
-    void repeatGlyphs(Range glyphRange, const Layer& layer, NSPoint origin);
+    void strokeOutlines(Range glyphRange, const TitleLayer& layer, NSPoint origin) const;
+    void repeatGlyphs(Range glyphRange, const TitleLayer& layer, NSPoint origin);
     GlyphStroke strokeOf(float width) const;
 
     AntialiasingMode antialiasingMode_ = asContext;

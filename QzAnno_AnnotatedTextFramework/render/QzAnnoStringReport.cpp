@@ -8,6 +8,7 @@
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
 #include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
+#include "QzAnno_AnnotatedTextFramework/render/TitleLayer.h"
 #include "platform/foundation/NSNumber.h"
 #include "platform/graphics/NSColor.h"
 #include "platform/text/GlyphDrawing.h"
@@ -18,8 +19,6 @@ namespace {
 
 // Points by which ink may pass the edge of a picture before it is worth telling: less leaves no visible flat side.
 constexpr float kUnseenCut = 0.25f;
-// A colour that hides less than this is not drawn.
-constexpr float kVisibleAlpha = 0.001f;
 
 using Clipping = RenderReport::Clipping;
 
@@ -129,15 +128,11 @@ struct Reach {
     float left, right, top, bottom;
 };
 
-std::optional<Reach> reachOfLayer(const NSDictionary& attributes, const NSString& colorName, const NSString& widthName,
-                                  const NSString& offsetName) {
-    const auto color = attributes.objectForKey<NSColor>(colorName);
-    if (!color || color->alphaComponent() <= kVisibleAlpha) return {};
-    const auto width = attributes.objectForKey<NSNumber>(widthName);
-    const auto offset = attributes.objectForKey<NSString>(offsetName);
-    const float half = width && std::isfinite(width->floatValue()) ? std::max(width->floatValue(), 0.0f) / 2 : 0;
-    const NSPoint shift = offset ? NSPointFromString(*offset) : NSPoint{};
-    return Reach{half - shift.x, half + shift.x, half - shift.y, half + shift.y};
+std::optional<Reach> reachOfLayer(uint32_t number, const NSDictionary& attributes) {
+    const TitleLayer layer = TitleLayer::numbered(number, attributes);
+    if (!layer.isVisible()) return {};
+    const float half = std::max(layer.width, 0.0f) / 2;
+    return Reach{half - layer.offset.x, half + layer.offset.x, half - layer.offset.y, half + layer.offset.y};
 }
 
 /// How a run is drawn.
@@ -154,11 +149,8 @@ DrawnRun drawnRunAt(const NSAttributedString& text, uint32_t character) {
     const Ref<NSDictionary> attributes = text.attributesAtIndex(character, &run);
     const auto obliqueness = attributes->objectForKey<NSNumber>(*NSObliquenessAttributeName);
     return {run.end(), attributes->objectForKey<NSFont>(*NSFontAttributeName),
-            obliqueness ? obliqueness->floatValue() : 0,
-            reachOfLayer(*attributes, *QzBackgroundColorAttribute, *QzBackgroundWidthAttribute,
-                         *QzBackgroundOffsetAttribute),
-            reachOfLayer(*attributes, *QzBackground2ColorAttribute, *QzBackground2WidthAttribute,
-                         *QzBackground2OffsetAttribute)};
+            obliqueness ? obliqueness->floatValue() : 0, reachOfLayer(TitleLayer::kFirst, *attributes),
+            reachOfLayer(TitleLayer::kSecond, *attributes)};
 }
 
 /// Tells what of the glyphs lies beyond a picture.

@@ -12,6 +12,7 @@
 #include <QPushButton>
 #include <QStatusBar>
 
+#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
 #include "QzAnno_AnnotatedTextFramework/ui/QzAnnotationManager.h"
 #include "apps/qzanno-composer/ComposerWindow.h"
 #include "apps/qzanno-composer/RecentFiles.h"
@@ -77,12 +78,12 @@ bool ComposerWindow::chooseTitlesFile() {
 }
 
 bool ComposerWindow::choosePaletteFile() {
-    return chooseToSave("Save Palette", "Palettes (*.plist)", &ComposerWindow::savePalette,
+    return chooseToSave("Save Palette", "Palettes (*.plist *.annopalette)", &ComposerWindow::savePalette,
                         paletteFile_.empty() ? "palette.plist" : paletteFile_);
 }
 
 bool ComposerWindow::open(const std::string& path) {
-    if (path.ends_with(".plist")) return openPalette(path);
+    if (path.ends_with(".plist") || path.ends_with(".annopalette")) return openPalette(path);
     if (path.ends_with(".png")) return openFrame(path);
     return openTitles(path);
 }
@@ -133,8 +134,8 @@ bool ComposerWindow::saveTitles(const std::string& path) {
 
 bool ComposerWindow::savePalette(const std::string& path) {
     std::string reason;
-    const Ref<NSData> list = document_->palette()->pListData(&reason);
-    if (!list || !writeFileAtomically(path, list->bytes(), &reason)) return report(path + ": " + reason);
+    const Ref<NSData> file = dataOfPalette(document_->palette(), path, &reason);
+    if (!file || !writeFileAtomically(path, file->bytes(), &reason)) return report(path + ": " + reason);
     document_->markPaletteSaved();
     setFiles({}, path);
     return true;

@@ -58,8 +58,9 @@ void ComposerWindow::addFileMenu() {
     file->addAction("&Open Titles…", QKeySequence::Open, this, [this] {
         choose("Open Titles", "Titles (*.vtt *.srt *.txt *.annostring)", &ComposerWindow::openTitles);
     });
-    file->addAction("Open &Palette…", QKeySequence("Ctrl+Shift+O"), this,
-                    [this] { choose("Open Palette", "Palettes (*.plist)", &ComposerWindow::openPalette); });
+    file->addAction("Open &Palette…", QKeySequence("Ctrl+Shift+O"), this, [this] {
+        choose("Open Palette", "Palettes (*.plist *.annopalette)", &ComposerWindow::openPalette);
+    });
     file->addAction("Open &Frame…", this,
                     [this] { choose("Open Frame", "Pictures (*.png)", &ComposerWindow::openFrame); });
     file->addMenu(new RecentFiles(this, [this](const std::string& path) { open(path); }));

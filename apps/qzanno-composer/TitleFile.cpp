@@ -1,5 +1,6 @@
 #include "apps/qzanno-composer/TitleFile.h"
 
+#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
 #include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
 #include "captions/ArchivedTitles.h"
 #include "captions/PlainText.h"
@@ -90,7 +91,7 @@ bool writeTitleFile(const std::string& path, const std::vector<Title>& titles, c
 Ref<QzAnnoPalette> readPaletteFile(const std::string& path, std::string& error) {
     std::string reason;
     const Ref<NSData> file = readFile(path, &reason);
-    const Ref<QzAnnoPalette> palette = file ? QzAnnoPalette::paletteFromPListData(*file, &reason) : nullptr;
+    const Ref<QzAnnoPalette> palette = file ? paletteFromData(file, &reason) : nullptr;
     if (!palette) error = path + ": " + reason;
     return palette;
 }

@@ -66,7 +66,7 @@ bool parse(const QStringList& arguments, Options& options, std::string& error, Q
     parser.setApplicationDescription("Composes titles: type over a frame, style with annotations.");
     parser.addPositionalArgument(
         "TITLES", "Captions (.vtt, .srt), one title as text (.txt), or archived titles (.annostring)", "[TITLES]");
-    parser.addOptions({{{"p", "palette"}, "The palette, a property list.", "FILE"},
+    parser.addOptions({{{"p", "palette"}, "The palette, a property list or an archive.", "FILE"},
                        {{"f", "frame"}, "A PNG picture to lie beneath the text; a checkerboard without.", "FILE"},
                        {{"s", "screen"}, "The screen in points; 1920x1080 without.", "WxH"},
                        {{"t", "title"}, "The title to begin with, from 1.", "NUMBER"},

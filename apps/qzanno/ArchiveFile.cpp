@@ -4,11 +4,6 @@
 
 namespace qz::tool {
 
-bool isArchive(const NSData& file) {
-    const std::string_view bytes = file.view();
-    return bytes.substr(1, 12) == "\x0bstreamtyped" || bytes.substr(1, 12) == "\x0btypedstream";
-}
-
 std::optional<ArchivedTitles> readArchivedTitles(const std::string& path, const Ref<QzAnnoPalette>& palette,
                                                  Diagnostics& diagnostics) {
     std::string reason;

@@ -14,7 +14,4 @@ namespace qz::tool {
 std::optional<ArchivedTitles> readArchivedTitles(const std::string& path, const Ref<QzAnnoPalette>& palette,
                                                  Diagnostics& diagnostics);
 
-/// Whether the bytes begin as those of an archive do.
-bool isArchive(const NSData& file);
-
 }  // namespace qz::tool

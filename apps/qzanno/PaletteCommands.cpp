@@ -5,10 +5,10 @@
 #include <iostream>
 #include <vector>
 
+#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
 #include "apps/qzanno/PaletteFile.h"
 #include "apps/qzanno/PaletteText.h"
 #include "platform/foundation/Files.h"
-#include "platform/foundation/NSArchiver.h"
 
 namespace qz::tool {
 namespace {
@@ -68,8 +68,7 @@ int convertPalette(const std::string& input, const std::string& output, Diagnost
     const Ref<QzAnnoPalette> palette = loadPalette(input, diagnostics);
     if (!palette) return 1;
     std::string reason;
-    const Ref<NSData> data =
-        ending == ".plist" ? palette->pListData(&reason) : NSArchiver::archivedDataWithRootObject(palette, &reason);
+    const Ref<NSData> data = dataOfPalette(palette, output, &reason);
     if (!data) {
         diagnostics.error(input, reason);
         return 1;

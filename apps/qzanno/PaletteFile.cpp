@@ -2,49 +2,30 @@
 
 #include <algorithm>
 
+#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
 #include "QzAnno_AnnotatedTextFramework/palette/PaletteFaults.h"
-#include "apps/qzanno/ArchiveFile.h"
 #include "platform/foundation/Files.h"
 #include "platform/foundation/NSPropertyListSerialization.h"
 #include "platform/foundation/NSString.h"
-#include "platform/foundation/NSUnarchiver.h"
 
 namespace qz::tool {
-
 namespace {
-
-Ref<QzAnnoPalette> paletteOfArchive(const Ref<NSData>& file, std::string& reason) {
-    const Ref<NSUnarchiver> unarchiver = NSUnarchiver::initForReadingWithData(file);
-    const Ref<NSObject> object = unarchiver->decodeObject();
-    reason = unarchiver->versionForClassName("QzAnnoKey") ? "holds titles, no palette" : unarchiver->error();
-    auto palette = std::dynamic_pointer_cast<QzAnnoPalette>(object);
-    if (!palette && reason.empty()) {
-        reason = object ? "holds an object of class " + object->className() + ", no palette"
-                        : "holds no palette of a version that can be read";
-    }
-    return palette;
-}
 
 /// The property list to look for faults in.
 Ref<NSObject> propertyListOf(const Ref<NSData>& file) {
     if (!isArchive(*file)) return NSPropertyListSerialization::propertyListFromData(*file);
-    std::string reason;
-    const Ref<QzAnnoPalette> palette = paletteOfArchive(file, reason);
+    const Ref<QzAnnoPalette> palette = paletteFromData(file);
     const Ref<NSData> list = palette ? palette->pListData() : nullptr;
     return list ? NSPropertyListSerialization::propertyListFromData(*list) : nullptr;
 }
 
 }  // namespace
 
-Ref<QzAnnoPalette> paletteOfFile(const Ref<NSData>& file, std::string& reason) {
-    return isArchive(*file) ? paletteOfArchive(file, reason) : QzAnnoPalette::paletteFromPListData(*file, &reason);
-}
-
 Ref<QzAnnoPalette> loadPalette(const std::string& path, Diagnostics& diagnostics, Ref<NSData>* bytes) {
     if (path.empty()) return builtInPalette();
     std::string reason;
     const Ref<NSData> file = readFile(path, &reason);
-    Ref<QzAnnoPalette> palette = file ? paletteOfFile(file, reason) : nullptr;
+    Ref<QzAnnoPalette> palette = file ? paletteFromData(file, &reason) : nullptr;
     if (!palette) diagnostics.error(path, reason);
     if (bytes) *bytes = file;
     return palette;

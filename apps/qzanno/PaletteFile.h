@@ -14,10 +14,6 @@ namespace qz::tool {
 /// file's bytes.
 Ref<QzAnnoPalette> loadPalette(const std::string& path, Diagnostics& diagnostics, Ref<NSData>* file = nullptr);
 
-/// The palette that a file's bytes hold; none, with the reason in `reason`. A new object with every call: threads must
-/// not share one.
-Ref<QzAnnoPalette> paletteOfFile(const Ref<NSData>& file, std::string& reason);
-
 enum class Faults { all, allButMissingFonts };
 
 /// Warns of each fault of a palette file that can be read; nothing for the built-in palette. How many there were.

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
 #include "apps/qzanno/FontFolders.h"
 #include "platform/foundation/Files.h"
 #include "platform/graphics/PNG.h"
@@ -91,7 +92,7 @@ std::optional<RenderSetup> prepareSetup(const DrawingOptions& options, Diagnosti
 Ref<QzAnnoPalette> newPalette(const RenderSetup& setup) {
     if (!setup.paletteFile) return builtInPalette();
     std::string reason;
-    return paletteOfFile(setup.paletteFile, reason);
+    return paletteFromData(setup.paletteFile, &reason);
 }
 
 void addSetup(Sha256& hash, const RenderSetup& setup) {

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 
+#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
 #include "apps/qzanno-composer/TitleFile.h"
+#include "platform/foundation/Files.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Palettes.h"
 #include "tests/support/TemporaryFolder.h"
@@ -60,6 +62,19 @@ TEST_F(TitleFiles, thatCannotBeReadSayWhatAndWhere) {
     EXPECT_THAT(error, HasSubstr("no folder"));
     EXPECT_FALSE(readPaletteFile(folder.file("kept.annostring"), error));
     EXPECT_THAT(error, StartsWith(folder.file("kept.annostring") + ": "));
+}
+
+TEST_F(TitleFiles, ofPalettesAreReadInEitherFormAndNamedByTheirEnding) {
+    for (const std::string name : {"p.plist", "p.annopalette"}) {
+        const Ref<NSData> data = dataOfPalette(palette, name);
+        ASSERT_TRUE(data);
+        EXPECT_EQ(isArchive(*data), name == "p.annopalette");
+        std::string error;
+        ASSERT_TRUE(writeFileAtomically(folder.file(name), data->bytes(), &error));
+        const Ref<QzAnnoPalette> read = readPaletteFile(folder.file(name), error);
+        ASSERT_TRUE(read) << error;
+        EXPECT_EQ(read->pListData()->view(), palette->pListData()->view());
+    }
 }
 
 TEST_F(TitleFiles, keepTheTimesOfCaptionsAndWarnOfUnknownClasses) {

@@ -1,0 +1,45 @@
+#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
+
+#include "platform/foundation/NSArchiver.h"
+#include "platform/foundation/NSUnarchiver.h"
+
+namespace qz {
+namespace {
+
+Ref<QzAnnoPalette> paletteOfArchive(const Ref<NSData>& data, std::string& reason) {
+    const Ref<NSUnarchiver> unarchiver = NSUnarchiver::initForReadingWithData(data);
+    const Ref<NSObject> object = unarchiver->decodeObject();
+    auto palette = std::dynamic_pointer_cast<QzAnnoPalette>(object);
+    if (palette) return palette;
+    // Keys are read by other unarchivers only, whose names would say nothing to whoever chose the file.
+    if (unarchiver->versionForClassName("QzAnnoKey"))
+        reason = "holds titles, no palette";
+    else if (unarchiver->hasFailed())
+        reason = unarchiver->error();
+    else
+        reason = object ? "holds an object of class " + object->className() + ", no palette"
+                        : "holds no palette of a version that can be read";
+    return {};
+}
+
+}  // namespace
+
+bool isArchive(const NSData& data) {
+    const std::string_view signature = data.view().substr(0, 13);
+    return signature.ends_with("\x0bstreamtyped") || signature.ends_with("\x0btypedstream");
+}
+
+Ref<NSData> dataOfPalette(const Ref<QzAnnoPalette>& palette, std::string_view fileName, std::string* errorDescription) {
+    return fileName.ends_with(".annopalette") ? NSArchiver::archivedDataWithRootObject(palette, errorDescription)
+                                              : palette->pListData(errorDescription);
+}
+
+Ref<QzAnnoPalette> paletteFromData(const Ref<NSData>& data, std::string* errorDescription) {
+    if (!isArchive(*data)) return QzAnnoPalette::paletteFromPListData(*data, errorDescription);
+    std::string reason;
+    Ref<QzAnnoPalette> palette = paletteOfArchive(data, reason);
+    if (!palette && errorDescription) *errorDescription = std::move(reason);
+    return palette;
+}
+
+}  // namespace qz

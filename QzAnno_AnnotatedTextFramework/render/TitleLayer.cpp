@@ -1,0 +1,25 @@
+#include "QzAnno_AnnotatedTextFramework/render/TitleLayer.h"
+
+#include <cmath>
+
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "platform/foundation/NSNumber.h"
+#include "platform/foundation/NSString.h"
+
+namespace qz {
+
+TitleLayer TitleLayer::numbered(uint32_t number, const NSDictionary& attributes) {
+    const bool isFirst = number == kFirst;
+    TitleLayer layer;
+    layer.color =
+        attributes.objectForKey<NSColor>(isFirst ? *QzBackgroundColorAttribute : *QzBackground2ColorAttribute);
+    const auto width =
+        attributes.objectForKey<NSNumber>(isFirst ? *QzBackgroundWidthAttribute : *QzBackground2WidthAttribute);
+    if (width && std::isfinite(width->floatValue())) layer.width = width->floatValue();
+    const auto offset =
+        attributes.objectForKey<NSString>(isFirst ? *QzBackgroundOffsetAttribute : *QzBackground2OffsetAttribute);
+    if (offset) layer.offset = NSPointFromString(*offset);
+    return layer;
+}
+
+}  // namespace qz
