@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "platform/foundation/Limits.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/NSNumber.h"
@@ -45,6 +46,10 @@ std::optional<NSRect> boundingBoxIn(const NSDictionary& attributes) {
     const std::optional<NSRect> box = text ? wellFormedRectFromString(*text) : std::nullopt;
     if (!box) NSLog("A bounding box is written {{x, y}, {width, height}}, not %@; it is ignored\n", {value});
     return box;
+}
+
+float bounded(double length) {
+    return static_cast<float>(std::clamp<double>(length, -Limits::kLengthMax, Limits::kLengthMax));
 }
 
 }  // namespace
@@ -151,13 +156,12 @@ Ref<NSDictionary> QzScreenTextContainer::frameAttributes() const {
 NSRect QzScreenTextContainer::boxFromAttributes(const NSDictionary& attributes) const {
     if (const auto margins = marginsIn(attributes)) {
         const auto [left, right, top, bottom] = *margins;
-        return {{static_cast<float>(left), static_cast<float>(top)},
-                {static_cast<float>(screensize_.width - (left + right)),
-                 static_cast<float>(screensize_.height - (top + bottom))}};
+        return {{bounded(left), bounded(top)},
+                {bounded(screensize_.width - (left + right)), bounded(screensize_.height - (top + bottom))}};
     }
     if (const auto box = boundingBoxIn(attributes)) {
-        return {{box->origin.x * screensize_.width, box->origin.y * screensize_.height},
-                {box->size.width * screensize_.width, box->size.height * screensize_.height}};
+        return {{bounded(box->origin.x * screensize_.width), bounded(box->origin.y * screensize_.height)},
+                {bounded(box->size.width * screensize_.width), bounded(box->size.height * screensize_.height)}};
     }
     return {{0, 0}, screensize_};
 }

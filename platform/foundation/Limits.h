@@ -21,6 +21,9 @@ inline constexpr uint32_t kNestingMax = 512;
 inline constexpr uint64_t kBitmapBytesMax = uint64_t{1} << 30;
 /// Points; a larger font is drawn at this size.
 inline constexpr float kFontPointsMax = 10000.0f;
+/// Points, to either side of zero. A length of a style or of a box beyond it is a mistake, and would only drown the
+/// others.
+inline constexpr float kLengthMax = 1e6f;
 /// Drawn glyphs that a pipeline keeps, unless its host sets another bound.
 inline constexpr uint64_t kGlyphCacheBytes = uint64_t{64} << 20;
 

@@ -7,6 +7,7 @@
 #include <unicode/uscript.h>
 #include <unicode/utf16.h>
 
+#include "platform/foundation/Limits.h"
 #include "platform/foundation/NSNumber.h"
 #include "platform/text/AttributeNames.h"
 #include "platform/text/FontFixing.h"
@@ -20,8 +21,7 @@ constexpr char16_t kSoftHyphen = 0x00AD;
 constexpr uint32_t kItemUnits = 256;
 constexpr uint32_t kItemUnitsMax = 1024;
 static_assert(kItemUnitsMax + TextBreaker::kClusterUnitsMax <= kShapingUnitsMax);
-// Points; beyond it a length in an attribute is a mistake, and would only drown the others.
-constexpr float kLengthMax = 1e6f;
+using Limits::kLengthMax;
 
 float lengthAttribute(const NSDictionary& attributes, const NSString& name) {
     const Ref<NSNumber> number = attributes.objectForKey<NSNumber>(name);

@@ -199,6 +199,13 @@ TEST_F(ScreenTextContainerTest, AttributesThatMakeNoBoxAreIgnoredWithALine) {
 TEST_F(ScreenTextContainerTest, MarginsWiderThanTheScreenLeaveNoRoom) {
     setText("A", {{QzBoundingMarginsAttribute, margins(400, 400, 0, 0)}});
     EXPECT_EQ(manager->glyphRangeForTextContainer(*container).length, 0u);
+    // So do boxes of which a frame's worth of points is no longer a number.
+    for (const auto& box : {"{{0, -3e38}, {-3e38, -3e38}}"_ns, "{{3e38, 0}, {3e38, 3e38}}"_ns}) {
+        setText("A", {{QzBoundingBoxAttribute, box}, {QzVerticalAlignmentAttribute, integer(1)}});
+        const NSRect placed = container->textBox();
+        for (const float side : {placed.origin.x, placed.origin.y, placed.size.width, placed.size.height})
+            EXPECT_LE(std::abs(side), 2 * Limits::kLengthMax) << box->utf8();
+    }
     setText("A", {});
     EXPECT_EQ(manager->glyphRangeForTextContainer(*container).length, 1u) << "the next text is not held up by the last";
 }
