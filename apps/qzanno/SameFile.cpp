@@ -20,7 +20,7 @@ bool placeSameFile(const std::string& from, const std::string& to, std::string* 
         if (isPlaced) return true;
     }
     const Ref<NSData> bytes = readFile(from, error);
-    return bytes && writeFileAtomically(to, bytes->bytes(), error);
+    return bytes && writeFileAtomically(to, bytes->bytes(), error, Flush::later);
 }
 
 }  // namespace qz::tool

@@ -22,7 +22,7 @@ void writeFile(TitleJob& job, std::span<const uint8_t> bytes) {
         job.bytes.assign(bytes.begin(), bytes.end());
         job.isDone = true;
     } else {
-        job.isDone = writeFileAtomically(job.title.file, bytes, &job.error);
+        job.isDone = writeFileAtomically(job.title.file, bytes, &job.error, Flush::later);
         job.isFilesError = !job.isDone;
     }
 }

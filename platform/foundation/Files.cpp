@@ -88,13 +88,14 @@ int createBeside(const std::string& folder, mode_t mode, std::string& name) {
     return -1;
 }
 
-bool fillAndFlush(Descriptor& file, std::span<const uint8_t> bytes, const struct stat* former) {
+bool fill(Descriptor& file, std::span<const uint8_t> bytes, const struct stat* former, Flush flush) {
     if (former) {
         // Only the superuser may give a file away; the mode comes after, since a change of owner clears bits of it.
         if (::fchown(file.number(), former->st_uid, former->st_gid) != 0 && errno != EPERM) return false;
         if (::fchmod(file.number(), former->st_mode & 07777) != 0) return false;
     }
-    return writeAll(file, bytes) && ::fsync(file.number()) == 0 && file.close();
+    if (!writeAll(file, bytes)) return false;
+    return (flush == Flush::later || ::fsync(file.number()) == 0) && file.close();
 }
 
 }  // namespace
@@ -133,7 +134,7 @@ Ref<NSData> readFile(const std::string& path, std::string* error, uint64_t bytes
     return {};
 }
 
-bool writeFileAtomically(const std::string& path, std::span<const uint8_t> bytes, std::string* error) {
+bool writeFileAtomically(const std::string& path, std::span<const uint8_t> bytes, std::string* error, Flush flush) {
     struct stat former {};
     const bool exists = ::stat(path.c_str(), &former) == 0;
     if (!exists && errno != ENOENT) return fail(error, "cannot be written", errno);
@@ -149,11 +150,12 @@ bool writeFileAtomically(const std::string& path, std::span<const uint8_t> bytes
     // Private until it has the former mode, so that nobody reads what they could not read before.
     Descriptor file(createBeside(folder, exists ? 0600 : 0666, temporary));
     if (!file) return fail(error, "no file can be created beside it", errno);
-    if (!fillAndFlush(file, bytes, exists ? &former : nullptr) || ::rename(temporary.c_str(), target.c_str()) != 0) {
+    if (!fill(file, bytes, exists ? &former : nullptr, flush) || ::rename(temporary.c_str(), target.c_str()) != 0) {
         const int code = errno;
         ::unlink(temporary.c_str());
         return fail(error, "cannot be written", code);
     }
+    if (flush == Flush::later) return true;
     // Makes the rename last through a power failure, where the file system can; the content is in place either way.
     const Descriptor folderDescriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (folderDescriptor) ::fsync(folderDescriptor.number());
