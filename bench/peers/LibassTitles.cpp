@@ -33,9 +33,8 @@ void blend(const ASS_Image& image, Frame& frame) {
 
 class LibassTitles final : public TitlePeer {
 public:
-    LibassTitles(int width, int height) : library_(ass_library_init()), renderer_(ass_renderer_init(library_)) {
-        ass_set_message_cb(
-            library_, [](int, const char*, va_list, void*) {}, nullptr);
+    LibassTitles(int width, int height)
+        : width_(width), height_(height), library_(quietLibrary()), renderer_(ass_renderer_init(library_)) {
         ass_set_frame_size(renderer_, width, height);
         ass_set_fonts(renderer_, QZ_PEERS_FONT_FILE, "DejaVu Sans", ASS_FONTPROVIDER_FONTCONFIG, nullptr, 1);
     }
@@ -45,27 +44,52 @@ public:
     }
 
     void draw(const Title& title, Frame& frame) override {
-        std::string script = header(title, frame);
-        for (size_t i = 0; i < title.lines.size(); ++i) script += (i ? "\\N" : "") + title.lines[i];
-        script += '\n';
-        ASS_Track* track = ass_read_memory(library_, script.data(), script.size(), nullptr);
-        frame.clear(drawn_);
-        drawn_ = {};
-        for (const ASS_Image* image = ass_render_frame(renderer_, track, 1000, nullptr); image; image = image->next) {
-            blend(*image, frame);
-            drawn_ = unionOf(drawn_, {image->dst_x, image->dst_y, image->w, image->h});
-        }
-        ass_free_track(track);
+        const TrackRef track = trackOf(header(title, frame.width, frame.height) + event(title, 0));
+        drawAt(500, *track, frame);
+    }
+
+    std::function<void(Frame&)> captionFile(std::vector<Title> titles) override {
+        std::string script = header(titles.front(), width_, height_);
+        for (size_t i = 0; i < titles.size(); ++i) script += event(titles[i], static_cast<int>(i));
+        return [this, script, count = titles.size()](Frame& frame) {
+            const TrackRef track = trackOf(script);
+            for (size_t i = 0; i < count; ++i) drawAt(1000 * static_cast<long long>(i) + 500, *track, frame);
+        };
     }
 
 private:
+    using TrackRef = std::unique_ptr<ASS_Track, decltype(&ass_free_track)>;
+
     static ASS_Library* quietLibrary() {
         ASS_Library* library = ass_library_init();
         ass_set_message_cb(
             library, [](int, const char*, va_list, void*) {}, nullptr);
         return library;
     }
-    static std::string header(const Title& title, const Frame& frame) {
+    TrackRef trackOf(std::string script) const {
+        return {ass_read_memory(library_, script.data(), script.size(), nullptr), ass_free_track};
+    }
+    void drawAt(long long milliseconds, ASS_Track& track, Frame& frame) {
+        frame.clear(drawn_);
+        drawn_ = {};
+        for (const ASS_Image* image = ass_render_frame(renderer_, &track, milliseconds, nullptr); image;
+             image = image->next) {
+            blend(*image, frame);
+            drawn_ = unionOf(drawn_, {image->dst_x, image->dst_y, image->w, image->h});
+        }
+    }
+    /// Shows the title in that second.
+    static std::string event(const Title& title, int second) {
+        const auto time = [](int seconds) {
+            char text[32];
+            std::snprintf(text, sizeof text, "%d:%02d:%02d.00", seconds / 3600, seconds / 60 % 60, seconds % 60);
+            return std::string(text);
+        };
+        std::string line = "Dialogue: 0," + time(second) + "," + time(second + 1) + ",D,,0,0,0,,";
+        for (size_t i = 0; i < title.lines.size(); ++i) line += (i ? "\\N" : "") + title.lines[i];
+        return line + "\n";
+    }
+    static std::string header(const Title& title, int width, int height) {
         char text[1024];
         std::snprintf(text, sizeof text,
                       "[Script Info]\nScriptType: v4.00+\nPlayResX: %d\nPlayResY: %d\nWrapStyle: 2\n\n[V4+ Styles]\n"
@@ -74,12 +98,12 @@ private:
                       "Shadow, Alignment, MarginL, MarginR, MarginV, Encoding\n"
                       "Style: D,DejaVu Sans,%g,&H00FFFFFF,&H0,&H00000000,&H80000000,-1,0,0,0,100,100,0,0,1,%g,%g,2,10,"
                       "10,40,1\n\n[Events]\n"
-                      "Format: Layer, Start, End, Style, Name, MarginL, MarginR, MarginV, Effect, Text\n"
-                      "Dialogue: 0,0:00:00.00,0:00:10.00,D,,0,0,0,,",
-                      frame.width, frame.height, title.size * kLineHeightOfEm, title.outline / 2, title.offset);
+                      "Format: Layer, Start, End, Style, Name, MarginL, MarginR, MarginV, Effect, Text\n",
+                      width, height, title.size * kLineHeightOfEm, title.outline / 2, title.offset);
         return text;
     }
 
+    const int width_, height_;
     ASS_Library* const library_;
     ASS_Renderer* const renderer_;
     PixelRect drawn_;

@@ -1,6 +1,9 @@
 #include "bench/peers/OwnTitles.h"
 
+#include <cstdio>
+
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "captions/WebVTT.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSNumber.h"
 #include "platform/foundation/NSUndoManager.h"
@@ -19,6 +22,12 @@ Ref<QzAnnoPalette> editablePalette() {
     return palette;
 }
 
+std::string timeOf(size_t second) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%02zu:%02zu:%02zu.000", second / 3600, second / 60 % 60, second % 60);
+    return text;
+}
+
 class OwnTitles final : public TitlePeer {
 public:
     OwnTitles(int width, int height) : pipeline_(width, height) {}
@@ -27,6 +36,24 @@ public:
         frame.clear(drawn_);
         pipeline_.setTitle(title);
         pipeline_.drawInto(frame, drawn_);
+    }
+
+    std::function<void(Frame&)> captionFile(std::vector<Title> titles) override {
+        std::string text = "WEBVTT\n\n";
+        for (size_t i = 0; i < titles.size(); ++i) {
+            text += timeOf(i) + " --> " + timeOf(i + 1) + "\n";
+            for (const std::string& line : titles[i].lines) text += line + "\n";
+            text += "\n";
+        }
+        const Ref<NSData> file = NSData::dataWithBytes(std::string_view(text));
+        return [this, file, title = titles.front()](Frame& frame) {
+            pipeline_.setStyle(title);
+            readWebVTT(*file, pipeline_.palette(), [&](CaptionCue&& cue) {
+                frame.clear(drawn_);
+                pipeline_.setTitle(cue.text);
+                pipeline_.drawInto(frame, drawn_);
+            });
+        };
     }
 
 private:
@@ -50,9 +77,12 @@ void OwnPipeline::setTitle(const Title& title) {
     if (title.size != size_) setStyle(title);
     std::string text;
     for (size_t i = 0; i < title.lines.size(); ++i) text += (i ? "\n" : "") + title.lines[i];
-    const auto string = QzMutableAnnoString::initWithString(NSString::stringWithUTF8String(text));
-    string->addFrameAnno(key_);
-    screen_->setAnnoString(string);
+    setTitle(QzMutableAnnoString::initWithString(NSString::stringWithUTF8String(text)));
+}
+
+void OwnPipeline::setTitle(const Ref<QzMutableAnnoString>& title) {
+    title->addFrameAnno(key_);
+    screen_->setAnnoString(title);
 }
 
 void OwnPipeline::drawInto(Frame& frame, PixelRect& drawn) {

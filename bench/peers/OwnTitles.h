@@ -12,13 +12,14 @@ public:
     OwnPipeline(int width, int height, int scale = 1);
     /// The next image shows this title. Every call makes a new annotated string.
     void setTitle(const Title& title);
+    void setTitle(const Ref<QzMutableAnnoString>& title);
     /// `drawn` receives what of the frame it may have changed.
     void drawInto(Frame& frame, PixelRect& drawn);
     QzAnnoStringToScreen& screen() { return *screen_; }
-
-private:
+    const QzAnnoPalette& palette() const { return *palette_; }
     void setStyle(const Title& title);
 
+private:
     const Ref<QzAnnoPalette> palette_;
     const Ref<QzAnnoStringToScreen> screen_;
     const Ref<QzAnnoKey> key_;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -36,6 +37,13 @@ public:
     /// From the text to the pixels of a frame that shows nothing else: clears first what the last call has drawn. The
     /// frame is the one of that call, or clear at the first.
     virtual void draw(const Title& title, Frame& frame) = 0;
+    /// What reads a caption file of these titles, a second each, and draws them one after the other into a frame as
+    /// above. They differ in their lines alone. A library that reads no captions just draws them.
+    virtual std::function<void(Frame&)> captionFile(std::vector<Title> titles) {
+        return [this, titles = std::move(titles)](Frame& frame) {
+            for (const Title& title : titles) draw(title, frame);
+        };
+    }
 };
 
 inline constexpr const char* kTitlePeers[] = {"QzAnno", "libass", "Pango + Cairo", "Qt raster"};
