@@ -122,7 +122,7 @@ int run(const Options& options) {
         auto file = readTitleFile(options.titles.toStdString(), palette, error);
         if (!file) return fail(kFailed, error);
         for (const std::string& warning : file->warnings) fail(0, warning);
-        document->setTitles(std::move(file->titles));
+        document->setTitles(std::move(*file));
     }
     if (static_cast<size_t>(options.title) > document->titles().size()) {
         return fail(kFailed, "there is no title " + std::to_string(options.title) + "; there are " +

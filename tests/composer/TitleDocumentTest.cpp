@@ -15,7 +15,7 @@ protected:
     Document() {
         big = test::addAnnotation(*palette, "Big", {{QzFontSizeAttribute, number(100)}});
         red = test::addAnnotation(*palette, "Red", {{NSForegroundColorAttributeName, test::rgba(1, 0, 0)}});
-        document->setTitles({{QzAnnoString::initWithString("one two"_ns), {}, {}}});
+        document->setTitles({{{QzAnnoString::initWithString("one two"_ns), {}, {}}}});
         document->undoManager()->endEvent();
         document->undoManager()->removeAllActions();
         NSApplication::sharedApplication().setDelegate(document);
