@@ -12,6 +12,9 @@
 namespace qz::composer {
 namespace {
 
+// Room for the marks above and below letters of any script.
+constexpr int kRowPadding = 8;
+
 enum Column { numberColumn, startColumn, endColumn, textColumn };
 
 QString timeOf(const std::optional<double>& time) {
@@ -21,6 +24,7 @@ QString timeOf(const std::optional<double>& time) {
 
 void fill(QTreeWidgetItem& item, const Title& title, size_t number) {
     const QString text = toQt(*title.text->string()).simplified();
+    item.setSizeHint(numberColumn, {0, QFontMetrics(item.treeWidget()->font()).height() + kRowPadding});
     item.setText(numberColumn, QString::number(number));
     item.setText(startColumn, timeOf(title.start));
     item.setText(endColumn, timeOf(title.end));
@@ -48,6 +52,9 @@ TitleList::TitleList(QWidget* parent) : QDockWidget("Titles", parent), list_(new
         list_->setColumnWidth(column, metrics.horizontalAdvance("00:00.000") + 14);
     }
     setWidget(list_);
+    // The head of the list says what it is; a menu and a key show and hide it.
+    setTitleBarWidget(new QWidget(this));
+    setFeatures(DockWidgetClosable);
     connect(list_, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* item) {
         if (item && chosen_) chosen_(static_cast<size_t>(list_->indexOfTopLevelItem(item)));
     });
