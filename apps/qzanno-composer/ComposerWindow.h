@@ -45,6 +45,7 @@ public:
 
     /// Keeps a copy of unsaved changes in the folder from now on, and offers what crashes have left there.
     void keepRecovery(const QString& folder);
+    void offerRecovery();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -70,7 +71,6 @@ private:
     /// False when the user wants to stay. Asks nothing when nothing of that is edited.
     bool mayLeave(bool titles, bool palette);
     void writeRecovery();
-    void offerRecovery();
 
     const Ref<TitleDocument> document_;
     Ref<NSTextViewWidget> text_;

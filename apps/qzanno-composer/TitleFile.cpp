@@ -1,9 +1,12 @@
 #include "apps/qzanno-composer/TitleFile.h"
 
+#include <algorithm>
+
 #include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
 #include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
 #include "apps/qzanno-composer/TitleTimes.h"
 #include "captions/ArchivedTitles.h"
+#include "captions/CueText.h"
 #include "captions/PlainText.h"
 #include "captions/SubRip.h"
 #include "captions/WebVTT.h"
@@ -27,15 +30,20 @@ Title titleOf(const CaptionCue& cue, bool isSubRip) {
 
 /// What an archive does not keep.
 std::vector<std::string> lossesInArchive(const TitleFile& titles) {
-    bool hasTimes = false, hasSettings = false, hasComments = !titles.header.empty() || !titles.trailer.empty();
+    bool hasTimes = false, hasSettings = false, hasMarkup = false;
+    bool hasComments = titles.header.size() > std::string_view("WEBVTT").size() || !titles.trailer.empty();
     for (const Title& title : titles.titles) {
         hasTimes |= title.start.has_value();
-        hasSettings |= title.source && !(title.source->identifier + title.source->settings).empty();
-        hasComments |= title.source && !title.source->preamble.empty();
+        if (!title.source) continue;
+        hasSettings |= !title.source->identifier.empty() || !title.source->settings.empty();
+        hasComments |= !title.source->preamble.empty();
+        const CueText markup = parseCueText(title.source->payload, 1);
+        hasMarkup |= !markup.dropped.empty() || std::ranges::count(markup.spans, CueSpan::voice, &CueSpan::kind) > 0;
     }
     std::vector<std::string> losses;
     if (hasTimes) losses.emplace_back("An archive does not keep the times of titles.");
     if (hasSettings) losses.emplace_back("An archive does not keep the identifiers and places of captions.");
+    if (hasMarkup) losses.emplace_back("An archive does not keep languages, voices and other markup of captions.");
     if (hasComments) losses.emplace_back("An archive does not keep what a caption file says besides its titles.");
     return losses;
 }
