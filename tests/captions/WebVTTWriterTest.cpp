@@ -228,6 +228,28 @@ TEST_F(WebVTTWriter, readsBackRandomTitles) {
     }
 }
 
+TEST_F(WebVTTWriter, readsBackWhateverDamagedFilesHold) {
+    const std::string whole(readFile(QZANNO_EXAMPLES "/first-title.vtt", nullptr)->view());
+    const std::string_view pieces[] = {
+        "\n", "\n\n", "-->", "<", ">", "&", "NOTE", "<c.", "</c>", "\r", "00:00:01.000 --> "};
+    for (uint32_t seed = 1; seed <= 300; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        std::mt19937 random(seed);
+        std::string file = whole;
+        for (int i = 0; i < 12; ++i) {
+            size_t place = 7 + random() % (file.size() - 7);
+            // Between characters.
+            while (place < file.size() && (file[place] & 0xC0) == 0x80) ++place;
+            file.insert(place, pieces[random() % std::size(pieces)]);
+        }
+        const CaptionFile captions = read(file);
+        const std::string written = write(captions);
+        EXPECT_EQ(shown(read(written)), shown(captions));
+        EXPECT_EQ(write(read(written)), written);
+        EXPECT_EQ(shown(read(write(withoutPayloads(captions)))), shown(captions));
+    }
+}
+
 TEST(SettingsOfPlacement, areReadBack) {
     for (const char* settings : {"", "line:0", "line:-1 align:left", "line:12.5%,end position:10%,line-right size:40%",
                                  "line:50%,center position:0% align:end"}) {
