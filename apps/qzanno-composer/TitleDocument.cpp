@@ -101,6 +101,8 @@ void TitleDocument::show(size_t title) {
     view_->setUndoPlace([this, title] {
         if (current_ != title) show(title);
     });
+    // What is typed into an empty title is not annotated as the title before it was.
+    if (this->title()->length() == 0) view_->setTypingAttributes({});
     format();
     view_->setSelectedRange({view_->textStorage()->length(), 0});
 }
@@ -111,7 +113,12 @@ void TitleDocument::insertTitle() {
     const size_t place = current_ + 1;
     file.titles.insert(file.titles.begin() + static_cast<ptrdiff_t>(place), {QzAnnoString::init(), {}, {}});
     if (file.titles[current_].end) giveTimes(file.titles, place);
+    const Ref<NSSet> frame = title()->frame();
     exchangeTitles(std::move(file), place, "New Title");
+    ObjectMap attributes;
+    attributes.set(QzAnnoAttributeName, frame);
+    view_->setTypingAttributes(NSDictionary::dictionaryWithMap(std::move(attributes)));
+    format();
 }
 
 void TitleDocument::removeTitle() {

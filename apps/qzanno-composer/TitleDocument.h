@@ -33,7 +33,8 @@ public:
     const TitleFile& file() const { return file_; }
     size_t current() const { return current_; }
     void show(size_t title);
-    /// Shows an empty title behind the current one, with times when that has some.
+    /// Shows an empty title behind the current one, with times when that has some; what is typed into it has the
+    /// annotations of that one's frame.
     void insertTitle();
     /// Takes the current title away; in place of the only one comes an empty one. Comments above it stay in the file.
     void removeTitle();

@@ -79,8 +79,20 @@ TEST_F(Document, typesWithTheAnnotationsBeforeAndKeepsTheFrameOfAnEmptiedText) {
     EXPECT_EQ(document->title()->length(), 0u);
     QTest::keyClicks(window.textWidget(), "x");
     EXPECT_TRUE(document->title()->annotation(*red, 0));
-    key(Qt::Key_Z, Qt::ControlModifier);
-    key(Qt::Key_Z, Qt::ControlModifier);
+    QTest::keyClicks(window.textWidget(), "x");
+    view->setSelectedRange({1, 1});
+    toggle(big);
+    ASSERT_EQ(coverage(), "*R");
+    document->insertTitle();
+    QTest::keyClicks(window.textWidget(), "y");
+    EXPECT_EQ(coverage(), "R") << "a new title is framed as its neighbour";
+    document->insertTitle();
+    document->show(0);
+    document->show(2);
+    QTest::keyClicks(window.textWidget(), "z");
+    EXPECT_EQ(coverage(), ".") << "one that was left empty begins anew";
+    document->undoManager()->endEvent();
+    while (document->title()->length() != 9 && document->undoManager()->undo()) continue;
     EXPECT_EQ(coverage(), "*****RRRR");
 }
 
