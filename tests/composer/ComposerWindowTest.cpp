@@ -346,6 +346,24 @@ TEST_F(Composer, asksBeforeAnythingIsLost) {
     EXPECT_THAT(saved, HasSubstr("<lang hi>")) << "of a title that was left alone";
 }
 
+TEST_F(Composer, savesWhatStandsAroundTitles) {
+    const std::string path = folder.file("c.vtt"), times = "00:00:01.000 --> 00:00:02.000\n";
+    writeText(path, "WEBVTT - mine\n\nNOTE 1\n\n" + times + "a\n\nNOTE 2\n\n" + times + "b\n\nNOTE 3\n\n" + times +
+                        "c\n\nNOTE 4\n");
+    ASSERT_TRUE(window.openTitles(path));
+    command("Delete Title")->trigger();
+    command("Next Title")->trigger();
+    command("Delete Title")->trigger();
+    ASSERT_TRUE(window.saveTitles(path));
+    EXPECT_EQ(readFile(path, nullptr)->view(),
+              "WEBVTT - mine\n\nNOTE 1\n\nNOTE 2\n\n" + times + "b\n\nNOTE 3\n\nNOTE 4\n");
+    writeText(folder.file("t.txt"), "text");
+    ASSERT_TRUE(window.openTitles(folder.file("t.txt")));
+    ASSERT_TRUE(window.saveTitles(path));
+    EXPECT_EQ(document->titles()[0].end, 1.5) << "the list shows the times that the file has given";
+    EXPECT_FALSE(window.isWindowModified());
+}
+
 TEST_F(Composer, recoversWhatCrashesLeftAndNothingElse) {
     const QString place = QString::fromStdString(folder.file("recovery"));
     const auto files = [&] { return QDir(place).entryList({"*.recovery"}, QDir::Files); };
