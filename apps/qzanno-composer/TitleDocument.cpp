@@ -82,6 +82,7 @@ void TitleDocument::setTitles(TitleFile file) {
     if (file.titles.empty()) file.titles.push_back({QzAnnoString::init(), {}, {}});
     file.warnings.clear();
     file_ = std::move(file);
+    current_ = 0;
     view_->forgetUndo();
     undo_->removeAllActionsWithTarget(*this);
     markTitlesSaved();
@@ -168,11 +169,12 @@ void TitleDocument::exchangeTitles(TitleFile file, size_t current, const std::st
     view_->breakUndoCoalescing();
     const Ref<QzAnnoString> shown = title();
     file_ = std::move(file);
+    current = std::min(current, file_.titles.size() - 1);
     // Selection and places in the text stay where they can.
     if (current == current_ && shown->string()->isEqualToString(*title()->string()))
         format();
     else
-        show(std::min(current, file_.titles.size() - 1));
+        show(current);
 }
 
 /// Shows the title through the palette. Selection and places in the text stay.
