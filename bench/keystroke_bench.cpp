@@ -46,7 +46,7 @@ Ref<TitleDocument> styledTitle(uint32_t length) {
         if (word % 3 == 0) title->addAnno(colored, {word * 6, 5});
         if (word % 5 == 0) title->addAnno(large, {word * 6, 5});
     }
-    document->setTitles({{title->copy(), {}, {}}});
+    document->setTitles({{{title->copy(), {}, {}}}});
     return document;
 }
 

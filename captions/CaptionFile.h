@@ -24,6 +24,11 @@ struct CaptionCue {
     std::string settings;
     CuePlacement placement;
     Ref<QzMutableAnnoString> text;
+    /// The text marked up, as it stands; empty of formats that nothing writes.
+    std::string payload;
+    /// What stands above the cue and below the one before and is none itself, as it stands: blocks of lines with an
+    /// empty line between two. Comments, style sheets, regions, cues too broken to be read.
+    std::string preamble;
     /// The line of the time line, from 1.
     uint32_t line = 0;
 };
@@ -32,6 +37,10 @@ struct CaptionFile {
     /// In the order of the file.
     std::vector<CaptionCue> cues;
     std::vector<CaptionProblem> problems;
+    /// The lines before the first empty one, of formats that have such a head.
+    std::string header;
+    /// As a preamble, behind the last cue.
+    std::string trailer;
 };
 
 /// Receives the cues of a file one by one, in its order, so that nobody need hold them all.

@@ -40,7 +40,7 @@ Ref<QzMutableAnnoString> CueAnnotator::annotated(const CueText& cue) {
 Ref<QzAnnoKey> CueAnnotator::keyOf(const CueSpan& span) {
     const auto [place, isNew] = known_.try_emplace({span.kind, span.name});
     if (!isNew) return place->second;
-    Ref<QzAnnoKey> key = find(span);
+    Ref<QzAnnoKey> key = find(span, palette_);
     if (!key)
         report(span);
     else if (!key->isDefault())
@@ -48,11 +48,8 @@ Ref<QzAnnoKey> CueAnnotator::keyOf(const CueSpan& span) {
     return place->second;
 }
 
-Ref<QzAnnoKey> CueAnnotator::named(std::string_view name) const {
-    return palette_.findAnnoKey(NSString::stringWithUTF8String(name));
-}
-
-Ref<QzAnnoKey> CueAnnotator::find(const CueSpan& span) const {
+Ref<QzAnnoKey> CueAnnotator::find(const CueSpan& span, const QzAnnoPalette& palette) {
+    const auto named = [&](std::string_view name) { return palette.findAnnoKey(NSString::stringWithUTF8String(name)); };
     Ref<QzAnnoKey> key = span.name.empty() ? nullptr : named(span.name);
     if (key) return key;
     std::string otherwise = span.name;

@@ -27,10 +27,11 @@ public:
 
     Ref<QzMutableAnnoString> annotated(const CueText& cue);
 
+    /// The annotation that a span stands for, the global one included; none when the palette lacks it.
+    static Ref<QzAnnoKey> find(const CueSpan& span, const QzAnnoPalette& palette);
+
 private:
     Ref<QzAnnoKey> keyOf(const CueSpan& span);
-    Ref<QzAnnoKey> named(std::string_view name) const;
-    Ref<QzAnnoKey> find(const CueSpan& span) const;
     void report(const CueSpan& span);
 
     const QzAnnoPalette& palette_;

@@ -93,7 +93,9 @@ public:
         if (inside.starts_with('/'))
             end(inside.substr(1));
         else if (inside.empty() || inside.front() < '0' || inside.front() > '9')
-            start(parseStartTag(inside));
+            start(parseStartTag(inside), inside);
+        else
+            drop(inside);
         line_ += static_cast<uint32_t>(std::ranges::count(inside, '\n'));
     }
 
@@ -116,8 +118,13 @@ private:
         std::vector<OpenSpans::iterator> spans;
     };
 
-    void start(const StartTag& start) {
+    void drop(std::string_view inside) {
+        if (!inside.empty()) result_.dropped.emplace(inside);
+    }
+
+    void start(const StartTag& start, std::string_view inside) {
         const std::optional<Tag> tag = tagOf(start.name);
+        if (!tag || *tag == Tag::lang || *tag == Tag::ruby || *tag == Tag::rt) drop(inside);
         if (!tag || (*tag == Tag::rt && !innermostIs(Tag::ruby))) return;
         Node node{*tag, {}};
         for (const std::string_view name : start.classes) open(node, CueSpan::styleClass, std::string(name));

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +32,8 @@ struct CueSpan {
 struct CueText {
     std::u16string text;
     std::vector<CueSpan> spans;
+    /// The insides of tags that say what titles do not keep, each once: "lang he", "ruby", "00:01.000".
+    std::set<std::string, std::less<>> dropped;
 };
 
 /// Reads WebVTT cue text (W3C WebVTT, "cue text parsing rules"): a text of lines that are separated by line feeds, the

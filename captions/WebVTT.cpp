@@ -109,8 +109,10 @@ public:
         : sink_(sink), rest_(text), annotator_(palette, problems_) {}
 
     std::vector<CaptionProblem> read() {
+        const char* const header = rest_.data();
         nextLine();
-        if (hasLine() && !peekLine().empty()) skipHeader();
+        while (blockGoesOn()) nextLine();
+        header_ = linesSince(header);
         while (hasLine()) {
             if (peekLine().empty())
                 nextLine();
@@ -119,6 +121,9 @@ public:
         }
         return std::move(problems_);
     }
+    // Once all is read.
+    std::string& header() { return header_; }
+    std::string& trailer() { return skipped_; }
 
 private:
     bool hasLine() const { return !rest_.empty(); }
@@ -134,8 +139,17 @@ private:
         return line;
     }
 
-    void skipHeader() {
-        while (blockGoesOn()) nextLine();
+    // From there to the next line, without the empty lines at the end.
+    std::string_view linesSince(const char* begin) const {
+        std::string_view lines(begin, static_cast<size_t>(rest_.data() - begin));
+        while (lines.ends_with('\n')) lines.remove_suffix(1);
+        return lines;
+    }
+
+    // Whoever writes the file again finds the block above the next cue.
+    void skipBlockSince(const char* begin) {
+        if (!skipped_.empty()) skipped_ += "\n\n";
+        skipped_ += linesSince(begin);
     }
 
     void report(uint32_t line, std::string message) {
@@ -144,15 +158,21 @@ private:
 
     void readBlock() {
         const uint32_t firstLine = line_;
+        const char* const begin = rest_.data();
         std::string_view identifier;
         if (!hasArrow(peekLine())) {
             identifier = nextLine();
-            if (!hasLine() || !hasArrow(peekLine())) return skipBlockWithoutTimes(identifier, firstLine);
+            if (!hasLine() || !hasArrow(peekLine())) {
+                skipBlockWithoutTimes(identifier, firstLine);
+                skipBlockSince(begin);
+                return;
+            }
         }
-        readCue(identifier);
+        if (!readCue(identifier)) skipBlockSince(begin);
     }
 
-    void readCue(std::string_view identifier) {
+    // False when the cue is broken.
+    bool readCue(std::string_view identifier) {
         CaptionCue cue;
         cue.identifier = identifier;
         cue.line = line_;
@@ -169,16 +189,18 @@ private:
             const std::string_view line = nextLine();
             payloadEnd = line.data() + line.size();
         }
-        if (!isWhole) return;
+        if (!isWhole) return false;
         if (payloadEnd - payload > Limits::kTitleUnitsMax) {
             report(cue.line, "the cue has " + std::to_string(payloadEnd - payload) + " characters; " +
                                  std::to_string(Limits::kTitleUnitsMax) + " are the most; the cue is skipped");
-            return;
+            return false;
         }
         cue.placement = parseCueSettings(cue.settings, cue.line, problems_);
-        cue.text =
-            annotator_.annotated(parseCueText({payload, static_cast<size_t>(payloadEnd - payload)}, cue.line + 1));
+        cue.payload = {payload, static_cast<size_t>(payloadEnd - payload)};
+        cue.text = annotator_.annotated(parseCueText(cue.payload, cue.line + 1));
+        cue.preamble = std::exchange(skipped_, {});
         sink_(std::move(cue));
+        return true;
     }
 
     // Comments, style sheets, regions, and what an author meant as a cue.
@@ -205,30 +227,46 @@ private:
     std::vector<CaptionProblem> problems_;
     std::string_view rest_;
     CueAnnotator annotator_;
+    std::string header_;
+    // Blocks since the last cue.
+    std::string skipped_;
     // The number of the next line.
     uint32_t line_ = 1;
 };
+
+/// The text of the file; none, with the reason, when it is no WebVTT.
+std::optional<std::string> webVTTText(const NSData& file, CaptionProblem* error) {
+    const std::optional<std::string_view> bytes = utf8TextOfFile(file, error);
+    if (!bytes) return {};
+    std::string text = withLineFeeds(*bytes);
+    if (beginsWithWord(std::string_view(text).substr(0, text.find('\n')), "WEBVTT")) return text;
+    if (error) {
+        *error = {CaptionProblem::malformed, 1,
+                  "the file does not begin with \"WEBVTT\"; give it that first line and a blank one below, or "
+                  "convert it to WebVTT"};
+    }
+    return {};
+}
 
 }  // namespace
 
 std::optional<std::vector<CaptionProblem>> readWebVTT(const NSData& file, const QzAnnoPalette& palette,
                                                       const CueSink& sink, CaptionProblem* error) {
-    const std::optional<std::string_view> bytes = utf8TextOfFile(file, error);
-    if (!bytes) return {};
-    const std::string text = withLineFeeds(*bytes);
-    if (!beginsWithWord(std::string_view(text).substr(0, text.find('\n')), "WEBVTT")) {
-        if (error) {
-            *error = {CaptionProblem::malformed, 1,
-                      "the file does not begin with \"WEBVTT\"; give it that first line and a blank one below, or "
-                      "convert it to WebVTT"};
-        }
-        return {};
-    }
-    return FileReader(text, palette, sink).read();
+    const std::optional<std::string> text = webVTTText(file, error);
+    if (!text) return {};
+    return FileReader(*text, palette, sink).read();
 }
 
 std::optional<CaptionFile> readWebVTT(const NSData& file, const QzAnnoPalette& palette, CaptionProblem* error) {
-    return wholeCaptionFile(readWebVTT, file, palette, error);
+    const std::optional<std::string> text = webVTTText(file, error);
+    if (!text) return {};
+    CaptionFile captions;
+    const CueSink keep = [&](CaptionCue&& cue) { captions.cues.push_back(std::move(cue)); };
+    FileReader reader(*text, palette, keep);
+    captions.problems = reader.read();
+    captions.header = std::move(reader.header());
+    captions.trailer = std::move(reader.trailer());
+    return captions;
 }
 
 }  // namespace qz

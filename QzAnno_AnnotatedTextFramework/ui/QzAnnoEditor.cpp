@@ -255,6 +255,15 @@ void QzAnnoEditor::showPage(int32_t page) {
     if (const Ref<NSTableView>& table = asked ? asked : outlets_.pages) table->selectRow(page, false);
 }
 
+bool QzAnnoEditor::showPage(const Ref<NSString>& label) {
+    for (int32_t page = 0; outlets_.tabview && page < outlets_.tabview->numberOfTabViewItems(); ++page) {
+        if (!areEqual(outlets_.tabview->labelOfTabViewItemAtIndex(page), label)) continue;
+        showPage(page);
+        return true;
+    }
+    return false;
+}
+
 void QzAnnoEditor::applyAnno(const Ref<QzAnno>& anno) {
     const Ref<QzAnnoPalette> palette = this->palette();
     if (!anno || !palette) return;

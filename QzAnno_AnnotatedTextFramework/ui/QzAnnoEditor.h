@@ -54,6 +54,8 @@ public:
     /// Begins to edit a copy of the annotation; ignored while another is being edited. None only closes the panel.
     void setAnno(const Ref<QzAnno>& anno);
     bool isEditing() const { return editing_; }
+    /// Turns to the page of that label; false when there is none.
+    bool showPage(const Ref<NSString>& label);
     const Ref<NSWindow>& window() const { return outlets_.annowindow; }
 
     // Actions.

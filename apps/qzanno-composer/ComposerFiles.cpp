@@ -1,21 +1,20 @@
 // What the window opens and saves, and what becomes of changes that were not saved.
 
-#include <QAbstractButton>
 #include <QCloseEvent>
-#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QLocale>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStatusBar>
+#include <algorithm>
 
 #include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
 #include "QzAnno_AnnotatedTextFramework/ui/QzAnnotationManager.h"
 #include "apps/qzanno-composer/ComposerWindow.h"
 #include "apps/qzanno-composer/RecentFiles.h"
+#include "apps/qzanno-composer/RecoveryDialog.h"
 #include "apps/qzanno-composer/TitleList.h"
 #include "platform/foundation/Files.h"
 #include "platform/graphics/PNG.h"
@@ -70,11 +69,39 @@ bool ComposerWindow::chooseToSave(const char* title, const QString& filter,
     return (this->*write)(path.toStdString());
 }
 
+bool ComposerWindow::saveTitlesWhereTheyAre() {
+    const bool hasForm = titlesFile_.ends_with(".vtt") || titlesFile_.ends_with(".annostring");
+    return hasForm ? saveTitles(titlesFile_) : chooseTitlesFile();
+}
+
 bool ComposerWindow::chooseTitlesFile() {
-    // Captions and texts cannot take annotated titles back; the archive goes beside them.
     const QFileInfo file(titlesFile_.empty() ? QString("titles") : QString::fromStdString(titlesFile_));
-    const QString proposed = QDir(file.path()).filePath(file.completeBaseName() + ".annostring");
-    return chooseToSave("Save Titles", "Titles (*.annostring)", &ComposerWindow::saveTitles, proposed.toStdString());
+    const QString captions = "Captions (*.vtt)", archive = "Archived titles (*.annostring)";
+    const bool hasTimes = document_->titles().front().start.has_value() && !titlesFile_.ends_with(".annostring");
+    const QString proposed = QDir(file.path()).filePath(file.completeBaseName() + (hasTimes ? ".vtt" : ".annostring"));
+    return chooseToSave("Save Titles", hasTimes ? captions + ";;" + archive : archive + ";;" + captions,
+                        &ComposerWindow::saveTitles, proposed.toStdString());
+}
+
+bool ComposerWindow::mayLose(const std::vector<std::string>& losses) {
+    constexpr size_t kShownMax = 6;
+    QStringList lines;
+    size_t others = 0;
+    for (const std::string& loss : losses) {
+        if (std::ranges::find(acceptedLosses_, loss) != acceptedLosses_.end()) continue;
+        if (lines.size() < static_cast<qsizetype>(kShownMax))
+            lines.push_back(QString::fromStdString(loss));
+        else
+            ++others;
+    }
+    if (lines.isEmpty()) return true;
+    if (others > 0) lines.push_back(QString("… and %1 more").arg(others));
+    QMessageBox box(QMessageBox::Warning, "QzAnno Composer",
+                    "The file will not hold all that the titles are:", QMessageBox::Cancel, this);
+    box.setInformativeText(lines.join("\n"));
+    const QPushButton* save = box.addButton("Save All the Same", QMessageBox::AcceptRole);
+    box.exec();
+    return box.clickedButton() == save;
 }
 
 bool ComposerWindow::choosePaletteFile() {
@@ -93,13 +120,15 @@ bool ComposerWindow::openTitles(const std::string& path) {
     std::string error;
     auto file = readTitleFile(path, document_->palette(), error);
     if (!file) return report(error);
-    document_->setTitles(std::move(file->titles));
+    const std::vector<std::string> warnings = file->warnings;
+    document_->setTitles(std::move(*file));
+    acceptedLosses_.clear();
     setFiles(path, {});
     if (document_->titles().size() > 1) list_->setVisible(true);
-    if (!file->warnings.empty()) {
-        const size_t others = file->warnings.size() - 1;
+    if (!warnings.empty()) {
+        const size_t others = warnings.size() - 1;
         const QString more = others == 0 ? QString() : QString(" (and %1 more)").arg(others);
-        statusBar()->showMessage(QString::fromStdString(file->warnings.front()) + more, 10000);
+        statusBar()->showMessage(QString::fromStdString(warnings.front()) + more, 10000);
     }
     return true;
 }
@@ -126,7 +155,15 @@ bool ComposerWindow::openFrame(const std::string& path) {
 
 bool ComposerWindow::saveTitles(const std::string& path) {
     std::string error;
-    if (!writeTitleFile(path, document_->titles(), document_->palette(), error)) return report(error);
+    const auto written = titlesAsFile(path, document_->file(), document_->palette(), error);
+    if (!written) return report(error);
+    if (path != titlesFile_) acceptedLosses_.clear();
+    if (!mayLose(written->losses)) return false;
+    std::string reason;
+    if (!writeFileAtomically(path, written->file->bytes(), &reason)) return report(path + ": " + reason);
+    acceptedLosses_ = written->losses;
+    // The times that the file has given.
+    if (path.ends_with(".vtt")) document_->completeTimes();
     document_->markTitlesSaved();
     setFiles(path, {});
     return true;
@@ -158,7 +195,7 @@ bool ComposerWindow::mayLeave(bool titles, bool palette) {
                                     QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
     };
     const std::tuple<bool, const char*, bool (ComposerWindow::*)()> parts[] = {
-        {titles && document_->titlesAreEdited(), "The titles have", &ComposerWindow::chooseTitlesFile},
+        {titles && document_->titlesAreEdited(), "The titles have", &ComposerWindow::saveTitlesWhereTheyAre},
         {palette && document_->paletteIsEdited(), "The palette has", &ComposerWindow::choosePaletteFile}};
     for (const auto& [isEdited, what, save] : parts) {
         if (!isEdited) continue;
@@ -181,28 +218,24 @@ void ComposerWindow::closeEvent(QCloseEvent* event) {
 }
 
 void ComposerWindow::keepRecovery(const QString& folder) {
-    const QStringList left = Recovery::leftBehind(folder);
+    recoveryFolder_ = folder;
     recovery_ = std::make_unique<Recovery>(folder);
-    if (!left.isEmpty()) offerRecovery(left.back());
+    if (!Recovery::leftBehind(folder).isEmpty()) offerRecovery();
 }
 
-void ComposerWindow::offerRecovery(const QString& path) {
-    QMessageBox box(QMessageBox::Question, "QzAnno Composer",
-                    QString("The composer ended before changes were saved. Recover them as they were on %1?")
-                        .arg(QLocale().toString(QFileInfo(path).lastModified(), QLocale::ShortFormat)),
-                    QMessageBox::NoButton, this);
-    const QPushButton* recover = box.addButton("Recover", QMessageBox::AcceptRole);
-    const QPushButton* discard = box.addButton("Discard", QMessageBox::DestructiveRole);
-    box.addButton("Later", QMessageBox::RejectRole);
-    box.exec();
-    const QAbstractButton* answer = box.clickedButton();
-    if (answer == discard) QFile::remove(path);
-    if (answer != recover) return;
+void ComposerWindow::offerRecovery() {
+    RecoveryDialog dialog(Recovery::leftBehind(recoveryFolder_), this);
+    if (dialog.exec() != QDialog::Accepted || !mayLeave(true, true)) return;
+    const QString path = dialog.chosen();
     std::string error;
     if (!Recovery::restore(path, *document_, error)) {
         report(error);
         return;
     }
+    titlesFile_.clear();
+    paletteFile_.clear();
+    acceptedLosses_.clear();
+    describe();
     if (document_->titles().size() > 1) list_->setVisible(true);
     // The copy of the crashed composer goes only when there is another.
     if (recovery_->write(*document_, error))

@@ -10,13 +10,14 @@
 #include "apps/qzanno-composer/ReplaceAnnotationDialog.h"
 #include "apps/qzanno-composer/SafeAreaGuides.h"
 #include "apps/qzanno-composer/TitleList.h"
+#include "apps/qzanno-composer/TitleTimes.h"
 #include "platform/ui/NSApplication.h"
 
 namespace qz::composer {
 namespace {
 
 constexpr int kRecoveryDelayMilliseconds = 2000;
-constexpr int kListWidth = 250;
+constexpr int kListWidth = 330;
 
 }  // namespace
 
@@ -28,6 +29,7 @@ ComposerWindow::ComposerWindow(const Ref<TitleDocument>& document) : document_(d
     guides_ = new SafeAreaGuides(text_);
     list_ = new TitleList(this);
     list_->setChosen([this](size_t title) { showTitle(title); });
+    list_->setTimeEntered([this](size_t title, bool isEnd, const QString& text) { takeTime(title, isEnd, text); });
     addDockWidget(Qt::LeftDockWidgetArea, list_);
     resizeDocks({list_}, {kListWidth}, Qt::Horizontal);
     list_->setVisible(document_->titles().size() > 1);
@@ -65,12 +67,17 @@ void ComposerWindow::addFileMenu() {
                     [this] { choose("Open Frame", "Pictures (*.png)", &ComposerWindow::openFrame); });
     file->addMenu(new RecentFiles(this, [this](const std::string& path) { open(path); }));
     file->addSeparator();
-    file->addAction("&Save Titles…", QKeySequence::Save, this, &ComposerWindow::chooseTitlesFile);
+    file->addAction("&Save Titles", QKeySequence::Save, this, &ComposerWindow::saveTitlesWhereTheyAre);
+    file->addAction("Save &Titles As…", this, &ComposerWindow::chooseTitlesFile);
     file->addAction("Save P&alette…", QKeySequence("Ctrl+Shift+S"), this, &ComposerWindow::choosePaletteFile);
     file->addAction("Save P&icture…", QKeySequence("Ctrl+E"), this, [this] {
         chooseToSave("Save Picture", "PNG pictures (*.png);;Premultiplied RGBA (*.rgba)", &ComposerWindow::savePicture,
                      "title.png");
     });
+    file->addSeparator();
+    recover_ = file->addAction("Reco&ver Unsaved Work…", this, &ComposerWindow::offerRecovery);
+    connect(file, &QMenu::aboutToShow, this,
+            [this] { recover_->setEnabled(recovery_ && !Recovery::leftBehind(recoveryFolder_).isEmpty()); });
     file->addSeparator();
     file->addAction("&Quit", QKeySequence::Quit, this, &QWidget::close);
 }
@@ -87,6 +94,12 @@ void ComposerWindow::addEditMenu() {
     addEditCommand(*edit, "&Paste", "paste:", QKeySequence::Paste);
     addEditCommand(*edit, "Select &All", "selectAll:", QKeySequence::SelectAll);
     edit->addSeparator();
+    edit->addAction("&New Title", QKeySequence::New, this, [this] {
+        document_->insertTitle();
+        list_->setVisible(true);
+        text_->widget()->setFocus();
+    });
+    edit->addAction("&Delete Title", this, [this] { document_->removeTitle(); });
     replace_ =
         edit->addAction("Rep&lace Annotation…", QKeySequence("Ctrl+H"), this, &ComposerWindow::replaceAnnotation);
     // Opened, the menu says what it would do; closed, its keys work whatever was last the case.
@@ -136,6 +149,19 @@ void ComposerWindow::addEditCommand(QMenu& menu, const char* title, const char* 
 
 void ComposerWindow::showTitle(size_t title) {
     document_->show(title);
+}
+
+void ComposerWindow::takeTime(size_t title, bool isEnd, const QString& text) {
+    const Title& former = document_->titles()[title];
+    const auto time = secondsOfClock(text);
+    if (!time) {
+        statusBar()->showMessage(QString("\"%1\" is no time; write it as 01:02.500").arg(text), 10000);
+        return;
+    }
+    const double start = isEnd ? former.start.value_or(0) : *time;
+    const double end = isEnd ? *time : std::max(former.end.value_or(0), *time);
+    if (!document_->setTimes(title, start, end))
+        statusBar()->showMessage(QString("Title %1 cannot end before it starts").arg(title + 1), 10000);
 }
 
 void ComposerWindow::describe() {

@@ -35,14 +35,17 @@ public:
     bool openTitles(const std::string& path);
     bool openPalette(const std::string& path);
     bool openFrame(const std::string& path);
+    /// Captions (.vtt) or an archive (.annostring), by the ending. Asks first when the file will not hold all that the
+    /// titles are.
     bool saveTitles(const std::string& path);
     bool savePalette(const std::string& path);
     /// A PNG file, or, by the ending .rgba, premultiplied RGBA rows from the top without a header.
     bool savePicture(const std::string& path);
     void replaceAnnotation();
 
-    /// Keeps a copy of unsaved changes in the folder from now on, and offers what a crash has left there.
+    /// Keeps a copy of unsaved changes in the folder from now on, and offers what crashes have left there.
     void keepRecovery(const QString& folder);
+    void offerRecovery();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -60,26 +63,32 @@ private:
     void choose(const char* title, const QString& filter, bool (ComposerWindow::*read)(const std::string&));
     bool chooseToSave(const char* title, const QString& filter, bool (ComposerWindow::*write)(const std::string&),
                       const std::string& proposed);
+    bool saveTitlesWhereTheyAre();
     bool chooseTitlesFile();
     bool choosePaletteFile();
+    bool mayLose(const std::vector<std::string>& losses);
+    void takeTime(size_t title, bool isEnd, const QString& text);
     /// False when the user wants to stay. Asks nothing when nothing of that is edited.
     bool mayLeave(bool titles, bool palette);
     void writeRecovery();
-    void offerRecovery(const QString& path);
 
     const Ref<TitleDocument> document_;
     Ref<NSTextViewWidget> text_;
     std::string titlesFile_;
     std::string paletteFile_;
+    // What the user has agreed to lose in the titles' file, which is not asked again.
+    std::vector<std::string> acceptedLosses_;
     QAction* previous_ = nullptr;
     QAction* next_ = nullptr;
     QAction* undo_ = nullptr;
     QAction* redo_ = nullptr;
     QAction* replace_ = nullptr;
+    QAction* recover_ = nullptr;
     QAction* safeAreas_ = nullptr;
     QLabel* place_ = nullptr;
     TitleList* list_ = nullptr;
     SafeAreaGuides* guides_ = nullptr;
+    QString recoveryFolder_;
     std::unique_ptr<Recovery> recovery_;
     // Runs from the first change on that the recovery file does not have.
     QTimer recoveryTimer_;

@@ -11,7 +11,7 @@
 namespace qz::composer {
 namespace {
 
-constexpr const char* kMagic = "QzAnno recovery 1";
+constexpr const char* kMagic = "QzAnno recovery 2";
 constexpr const char* kEnding = ".recovery";
 constexpr double kNoTime = std::numeric_limits<double>::infinity();
 constexpr int kClaimsMax = 1000;
@@ -22,6 +22,16 @@ QByteArray bytesOf(const NSData& data) {
 
 Ref<NSData> dataOf(const QByteArray& bytes) {
     return NSData::dataWithBytes(std::string_view(bytes.constData(), static_cast<size_t>(bytes.size())));
+}
+
+QByteArray bytesOf(const std::string& text) {
+    return {text.data(), static_cast<qsizetype>(text.size())};
+}
+
+void readText(QDataStream& stream, std::string& text) {
+    QByteArray bytes;
+    stream >> bytes;
+    text.assign(bytes.constData(), static_cast<size_t>(bytes.size()));
 }
 
 std::unique_ptr<QLockFile> lockOf(const QString& path) {
@@ -68,7 +78,11 @@ bool Recovery::write(const TitleDocument& document, std::string& error) {
     stream << QByteArray(kMagic) << bytesOf(*archive) << bytesOf(*palette) << static_cast<quint32>(document.current());
     for (const Title& title : document.titles()) {
         stream << title.start.value_or(kNoTime) << title.end.value_or(kNoTime);
+        const CueSource source = title.source ? *title.source : CueSource();
+        for (const std::string& text : {source.identifier, source.settings, source.payload, source.preamble})
+            stream << bytesOf(text);
     }
+    stream << bytesOf(document.file().header) << bytesOf(document.file().trailer);
     std::string reason;
     const bool isWritten = writeFileAtomically(
         path_.toStdString(), {reinterpret_cast<const uint8_t*>(bytes.constData()), static_cast<size_t>(bytes.size())},
@@ -96,12 +110,12 @@ QStringList Recovery::leftBehind(const QString& folder) {
     return paths;
 }
 
-bool Recovery::restore(const QString& path, TitleDocument& document, std::string& error) {
+std::optional<Recovery::Contents> Recovery::read(const QString& path, std::string& error) {
     std::string reason;
     const Ref<NSData> file = readFile(path.toStdString(), &reason);
     if (!file) {
         error = path.toStdString() + ": " + reason;
-        return false;
+        return {};
     }
     QDataStream stream(bytesOf(*file));
     stream.setVersion(QDataStream::Qt_6_4);
@@ -114,18 +128,31 @@ bool Recovery::restore(const QString& path, TitleDocument& document, std::string
     if (!titles) {
         error = path.toStdString() + ": is no recovery file of this version that can be read" +
                 (reason.empty() ? "" : ": " + reason);
-        return false;
+        return {};
     }
+    // A file cut short still holds titles; what is missing behind them stays empty.
     for (Title& title : titles->titles) {
         double start = kNoTime, end = kNoTime;
+        CueSource source;
         stream >> start >> end;
+        for (std::string* text : {&source.identifier, &source.settings, &source.payload, &source.preamble})
+            readText(stream, *text);
         if (stream.status() != QDataStream::Ok) break;
         if (start != kNoTime) title.start = start;
         if (end != kNoTime) title.end = end;
+        title.source = std::make_shared<const CueSource>(std::move(source));
     }
-    document.replacePalette(palette);
-    document.setTitles(std::move(titles->titles));
-    document.show(current);
+    readText(stream, titles->header);
+    readText(stream, titles->trailer);
+    return Contents{palette, std::move(*titles), current};
+}
+
+bool Recovery::restore(const QString& path, TitleDocument& document, std::string& error) {
+    auto contents = read(path, error);
+    if (!contents) return false;
+    document.replacePalette(contents->palette);
+    document.setTitles(std::move(contents->file));
+    document.show(contents->current);
     document.markUnsaved();
     return true;
 }

@@ -24,6 +24,13 @@ public:
 
     /// The files that crashed composers have left, oldest first.
     static QStringList leftBehind(const QString& folder);
+    struct Contents {
+        Ref<QzAnnoPalette> palette;
+        TitleFile file;
+        size_t current = 0;
+    };
+    /// What such a file holds; none, with one line in `error`, when it cannot be read.
+    static std::optional<Contents> read(const QString& path, std::string& error);
     /// Puts the contents of such a file into the document, as unsaved. False, with one line in `error` and the document
     /// as it was, when the file holds none.
     static bool restore(const QString& path, TitleDocument& document, std::string& error);

@@ -8,6 +8,7 @@
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoLayoutManager.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
 #include "QzAnno_AnnotatedTextFramework/ui/QzAnnoEditor.h"
+#include "apps/qzanno-composer/TitleTimes.h"
 #include "platform/text/AttributeNames.h"
 #include "platform/text/NSParagraphStyle.h"
 
@@ -24,6 +25,10 @@ Ref<QzAnnoString> withKeys(const QzAnnoString& string,
     return moved->copy();
 }
 
+CueSource sourceOf(const Title& title) {
+    return title.source ? *title.source : CueSource();
+}
+
 }  // namespace
 
 TitleDocument::TitleDocument(const Ref<QzAnnoPalette>& palette, NSSize screenSize) : palette_(palette) {
@@ -36,7 +41,7 @@ TitleDocument::TitleDocument(const Ref<QzAnnoPalette>& palette, NSSize screenSiz
     layoutManager->replaceTextStorage(storage);
     view_ = NSTextView::initWithTextContainer(container_);
     view_->setUndoManager(undo_);
-    titles_.push_back({QzAnnoString::init(), {}, {}});
+    file_.titles.push_back({QzAnnoString::init(), {}, {}});
 
     setHandler("requestScreenSize:", [this](const Ref<NSObject>& sender) {
         if (const auto editor = std::dynamic_pointer_cast<QzAnnoEditor>(sender))
@@ -44,6 +49,9 @@ TitleDocument::TitleDocument(const Ref<QzAnnoPalette>& palette, NSSize screenSiz
     });
     setHandler("toggleFrameAnno:",
                [this](const Ref<NSObject>& sender) { toggleFrameAnno(std::dynamic_pointer_cast<QzAnnoKey>(sender)); });
+    // For where the keys are in no text view, as in the list of titles.
+    setHandler("undo:", [this](const Ref<NSObject>&) { undo_->undo(); });
+    setHandler("redo:", [this](const Ref<NSObject>&) { undo_->redo(); });
     NSNotificationCenter& notifications = NSNotificationCenter::defaultCenter();
     notifications.addObserver(
         this, [this](const NSNotification&) { textDidChange(); }, NSTextDidChangeNotification, view_.get());
@@ -59,30 +67,114 @@ TitleDocument::TitleDocument(const Ref<QzAnnoPalette>& palette, NSSize screenSiz
 TitleDocument::~TitleDocument() {
     NSNotificationCenter::defaultCenter().removeObserver(this);
     undo_->removeAllActionsWithTarget(*this);
-    undo_->removeAllActionsWithTarget(*allTitles_);
+    view_->forgetUndo();
+    view_->setUndoPlace({});
 }
 
 Ref<TitleDocument> TitleDocument::documentWithPalette(const Ref<QzAnnoPalette>& palette, NSSize screenSize) {
     Ref<TitleDocument> document(new TitleDocument(palette, screenSize));
-    document->format();
+    document->show(0);
     return document;
 }
 
-void TitleDocument::setTitles(std::vector<Title> titles) {
-    if (titles.empty()) titles.push_back({QzAnnoString::init(), {}, {}});
-    titles_ = std::move(titles);
-    undo_->removeAllActionsWithTarget(*allTitles_);
+void TitleDocument::setTitles(TitleFile file) {
+    finishComposing();
+    if (file.titles.empty()) file.titles.push_back({QzAnnoString::init(), {}, {}});
+    file.warnings.clear();
+    file_ = std::move(file);
+    current_ = 0;
+    view_->forgetUndo();
+    undo_->removeAllActionsWithTarget(*this);
     markTitlesSaved();
     show(0);
 }
 
+/// What an input method is still composing belongs to the title that it was begun in.
+void TitleDocument::finishComposing() {
+    if (!undo_->isUndoing() && !undo_->isRedoing()) view_->unmarkText();
+}
+
 void TitleDocument::show(size_t title) {
-    if (title >= titles_.size()) return;
+    if (title >= file_.titles.size()) return;
+    finishComposing();
     current_ = title;
-    view_->forgetUndo();
-    undo_->removeAllActionsWithTarget(*this);
+    view_->breakUndoCoalescing();
+    view_->setUndoPlace([this, title] {
+        if (current_ != title) show(title);
+    });
+    // What is typed into an empty title is not annotated as the title before it was.
+    if (this->title()->length() == 0) view_->setTypingAttributes({});
     format();
     view_->setSelectedRange({view_->textStorage()->length(), 0});
+}
+
+void TitleDocument::insertTitle() {
+    finishComposing();
+    TitleFile file = file_;
+    const size_t place = current_ + 1;
+    file.titles.insert(file.titles.begin() + static_cast<ptrdiff_t>(place), {QzAnnoString::init(), {}, {}});
+    if (file.titles[current_].end) giveTimes(file.titles, place);
+    const Ref<NSSet> frame = title()->frame();
+    exchangeTitles(std::move(file), place, "New Title");
+    ObjectMap attributes;
+    attributes.set(QzAnnoAttributeName, frame);
+    view_->setTypingAttributes(NSDictionary::dictionaryWithMap(std::move(attributes)));
+    format();
+}
+
+void TitleDocument::removeTitle() {
+    finishComposing();
+    TitleFile file = file_;
+    const std::string comments = sourceOf(file.titles[current_]).preamble;
+    file.titles.erase(file.titles.begin() + static_cast<ptrdiff_t>(current_));
+    if (!comments.empty()) {
+        const bool isLast = current_ == file.titles.size();
+        CueSource next = isLast ? CueSource() : sourceOf(file.titles[current_]);
+        std::string& following = isLast ? file.trailer : next.preamble;
+        following = comments + (following.empty() ? "" : "\n\n") + following;
+        if (!isLast) file.titles[current_].source = std::make_shared<const CueSource>(std::move(next));
+    }
+    if (file.titles.empty()) file.titles.push_back({QzAnnoString::init(), {}, {}});
+    exchangeTitles(std::move(file), current_, "Delete Title");
+}
+
+bool TitleDocument::setTimes(size_t title, double start, double end) {
+    if (title >= file_.titles.size() || !(0 <= start && start <= end)) return false;
+    finishComposing();
+    TitleFile file = file_;
+    file.titles[title].start = start;
+    file.titles[title].end = end;
+    exchangeTitles(std::move(file), current_, "Change Times");
+    return true;
+}
+
+void TitleDocument::completeTimes() {
+    finishComposing();
+    TitleFile file = file_;
+    bool isChanged = false;
+    for (size_t i = 0; i < file.titles.size(); ++i) {
+        if (file.titles[i].start && file.titles[i].end) continue;
+        giveTimes(file.titles, i);
+        isChanged = true;
+    }
+    if (isChanged) exchangeTitles(std::move(file), current_, "Change Times");
+}
+
+/// Exchanges the list of titles and shows one of it, in one step.
+void TitleDocument::exchangeTitles(TitleFile file, size_t current, const std::string& actionName) {
+    undo_->prepareWithInvocationTarget(*this).invoke([this, former = file_, formerCurrent = current_, actionName] {
+        exchangeTitles(former, formerCurrent, actionName);
+    });
+    undo_->setActionName(actionName);
+    view_->breakUndoCoalescing();
+    const Ref<QzAnnoString> shown = title();
+    file_ = std::move(file);
+    current = std::min(current, file_.titles.size() - 1);
+    // Selection and places in the text stay where they can.
+    if (current == current_ && shown->string()->isEqualToString(*title()->string()))
+        format();
+    else
+        show(current);
 }
 
 /// Shows the title through the palette. Selection and places in the text stay.
@@ -117,22 +209,23 @@ void TitleDocument::textDidChange() {
     if (isFormatting_) return;
     const Ref<QzAnnoString> former = title();
     const auto edited = QzMutableAnnoString::initWithKeyedAttributedString(*view_->textStorage());
-    titles_[current_].text = edited->copy();
+    file_.titles[current_].text = edited->copy();
     // Typing is recorded by the view; a change of annotations alone is not.
     const bool isSameText = former->string()->isEqualToString(*edited->string());
     if (isSameText && !former->isEqualToAnnoString(*edited)) recordFormer(former);
     format();
 }
 
-void TitleDocument::recordFormer(const Ref<QzAnnoString>& title) {
-    undo_->prepareWithInvocationTarget(*this).invoke([this, title] { restore(title); });
+void TitleDocument::recordFormer(const Ref<QzAnnoString>& text) {
+    undo_->prepareWithInvocationTarget(*this).invoke([this, title = current_, text] { restore(title, text); });
     undo_->setActionName("Change Annotations");
     view_->breakUndoCoalescing();
 }
 
-void TitleDocument::restore(const Ref<QzAnnoString>& title) {
+void TitleDocument::restore(size_t title, const Ref<QzAnnoString>& text) {
+    if (title != current_) show(title);
     recordFormer(this->title());
-    titles_[current_].text = title;
+    file_.titles[current_].text = text;
     format();
 }
 
@@ -140,13 +233,13 @@ void TitleDocument::toggleFrameAnno(const Ref<QzAnnoKey>& key) {
     if (!key || title()->length() == 0) return;
     const auto toggled = title()->mutableCopy();
     toggled->toggleFrameAnno(key);
-    restore(toggled->copy());
+    restore(current_, toggled->copy());
 }
 
 void TitleDocument::replacePalette(const Ref<QzAnnoPalette>& palette) {
     const bool wasEdited = titlesAreEdited();
     // Titles go over to the annotations of the same names before the former keys are let go of.
-    for (Title& each : titles_) {
+    for (Title& each : file_.titles) {
         each.text = withKeys(*each.text, [&](const Ref<QzAnnoKey>& key) { return palette->findAnnoKey(key->name()); });
     }
     if (!wasEdited) markTitlesSaved();
@@ -157,46 +250,30 @@ void TitleDocument::replacePalette(const Ref<QzAnnoPalette>& palette) {
 
 size_t TitleDocument::replaceEverywhere(const Ref<QzAnnoKey>& key, const Ref<QzAnnoKey>& byKey) {
     if (!key || !byKey || key == byKey) return 0;
-    std::vector<Ref<QzAnnoString>> former, replaced;
+    finishComposing();
+    TitleFile file = file_;
     size_t count = 0;
-    for (const Title& title : titles_) {
+    for (Title& title : file.titles) {
         const bool holds = std::ranges::any_of(
             title.text->runs(), [&](const QzAnnoString::Run& run) { return run.keys->containsObject(*key); });
-        former.push_back(title.text);
-        replaced.push_back(
-            holds ? withKeys(*title.text, [&](const Ref<QzAnnoKey>& each) { return each == key ? byKey : each; })
-                  : title.text);
-        count += holds;
+        if (!holds) continue;
+        title.text = withKeys(*title.text, [&](const Ref<QzAnnoKey>& each) { return each == key ? byKey : each; });
+        ++count;
     }
-    if (count > 0) exchangeTitles(former, replaced);
+    if (count > 0) exchangeTitles(std::move(file), current_, "Replace Annotation");
     return count;
 }
 
-/// Puts each replacement where a title is still the expected one.
-void TitleDocument::exchangeTitles(std::vector<Ref<QzAnnoString>> expected,
-                                   std::vector<Ref<QzAnnoString>> replacements) {
-    for (size_t i = 0; i < titles_.size(); ++i) {
-        if (titles_[i].text->isEqualToAnnoString(*expected[i])) titles_[i].text = replacements[i];
-    }
-    undo_->prepareWithInvocationTarget(*allTitles_).invoke([this, expected, replacements] {
-        exchangeTitles(replacements, expected);
-    });
-    undo_->setActionName("Replace Annotation");
-    view_->breakUndoCoalescing();
-    format();
-}
-
 bool TitleDocument::titlesAreEdited() const {
-    if (titles_.size() != savedTitles_.size()) return true;
-    for (size_t i = 0; i < titles_.size(); ++i) {
-        if (titles_[i].text != savedTitles_[i] && !titles_[i].text->isEqualToAnnoString(*savedTitles_[i])) return true;
-    }
-    return false;
+    const auto isSame = [](const Title& one, const Title& other) {
+        return one.start == other.start && one.end == other.end && one.source == other.source &&
+               (one.text == other.text || one.text->isEqualToAnnoString(*other.text));
+    };
+    return !std::ranges::equal(file_.titles, savedTitles_, isSame);
 }
 
 void TitleDocument::markTitlesSaved() {
-    savedTitles_.clear();
-    for (const Title& title : titles_) savedTitles_.push_back(title.text);
+    savedTitles_ = file_.titles;
     if (changeHook_) changeHook_();
 }
 

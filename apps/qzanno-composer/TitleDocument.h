@@ -15,7 +15,8 @@ namespace qz::composer {
 ///
 /// Whatever the user types or switches on, and every change of the palette, is turned back into the annotated string
 /// and formatted anew, so the view always shows the title as it will be rendered. One undo manager serves text,
-/// annotations and palette. Answers "requestScreenSize:" and "toggleFrameAnno:".
+/// annotations, palette and the list of titles, and brings back the title that a step concerns. Answers
+/// "requestScreenSize:" and "toggleFrameAnno:".
 class TitleDocument final : public NSResponder {
 public:
     static Ref<TitleDocument> documentWithPalette(const Ref<QzAnnoPalette>& palette, NSSize screenSize);
@@ -26,14 +27,23 @@ public:
     const Ref<NSUndoManager>& undoManager() const { return undo_; }
     NSSize screenSize() const { return container_->screenSize(); }
 
-    /// At least one title; they count as saved.
-    void setTitles(std::vector<Title> titles);
-    const std::vector<Title>& titles() const { return titles_; }
+    /// At least one title; they count as saved, and no step leads back behind them.
+    void setTitles(TitleFile file);
+    const std::vector<Title>& titles() const { return file_.titles; }
+    const TitleFile& file() const { return file_; }
     size_t current() const { return current_; }
-    /// Shows another title; what could be undone of the text is forgotten.
     void show(size_t title);
+    /// Shows an empty title behind the current one, with times when that has some; what is typed into it has the
+    /// annotations of that one's frame.
+    void insertTitle();
+    /// Takes the current title away; in place of the only one comes an empty one. Comments above it stay in the file.
+    void removeTitle();
+    /// Refused when the end is before the start.
+    bool setTimes(size_t title, double start, double end);
+    /// Gives times to the titles that have none.
+    void completeTimes();
     /// The current title with all edits.
-    const Ref<QzAnnoString>& title() const { return titles_[current_].text; }
+    const Ref<QzAnnoString>& title() const { return file_.titles[current_].text; }
     /// The title of the screen's size in pixels, over nothing.
     Ref<NSBitmapImageRep> picture() const;
 
@@ -43,8 +53,7 @@ public:
     /// Moves the contents of another palette into this document's, whose keys of the same names take over the titles.
     void replacePalette(const Ref<QzAnnoPalette>& palette);
     void toggleFrameAnno(const Ref<QzAnnoKey>& key);
-    /// Puts one annotation in the place of another in all titles, which is undone in one step, from whatever title.
-    /// Titles that have been edited when it is undone stay as they are. Returns how many titles have changed.
+    /// Puts one annotation in the place of another in all titles, in one step. Returns how many titles have changed.
     size_t replaceEverywhere(const Ref<QzAnnoKey>& key, const Ref<QzAnnoKey>& byKey);
 
     /// Whether titles, or the palette, differ from what was last opened or saved.
@@ -64,9 +73,10 @@ private:
 
     void textDidChange();
     void format();
-    void restore(const Ref<QzAnnoString>& title);
-    void recordFormer(const Ref<QzAnnoString>& title);
-    void exchangeTitles(std::vector<Ref<QzAnnoString>> expected, std::vector<Ref<QzAnnoString>> replacements);
+    void restore(size_t title, const Ref<QzAnnoString>& text);
+    void recordFormer(const Ref<QzAnnoString>& text);
+    void exchangeTitles(TitleFile file, size_t current, const std::string& actionName);
+    void finishComposing();
     void paletteDidChange();
 
     const Ref<QzAnnoPalette> palette_;
@@ -74,11 +84,10 @@ private:
     const Ref<QzAnnoStringFormatter> formatter_ = QzAnnoStringFormatter::init();
     Ref<QzScreenTextContainer> container_;
     Ref<NSTextView> view_;
-    std::vector<Title> titles_;
+    // Without warnings.
+    TitleFile file_;
     size_t current_ = 0;
-    // Target of the steps that concern all titles, which going to another title does not forget.
-    const Ref<NSObject> allTitles_ = NSString::stringWithUTF8String("titles");
-    std::vector<Ref<QzAnnoString>> savedTitles_;
+    std::vector<Title> savedTitles_;
     // As a property list; none when the palette has no such form.
     Ref<NSData> savedPalette_;
     bool paletteIsEdited_ = false;

@@ -1,11 +1,16 @@
 #include "apps/qzanno-composer/TitleFile.h"
 
+#include <algorithm>
+
 #include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
 #include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
+#include "apps/qzanno-composer/TitleTimes.h"
 #include "captions/ArchivedTitles.h"
+#include "captions/CueText.h"
 #include "captions/PlainText.h"
 #include "captions/SubRip.h"
 #include "captions/WebVTT.h"
+#include "captions/WebVTTWriter.h"
 #include "platform/foundation/Files.h"
 #include "platform/foundation/NSArray.h"
 
@@ -14,6 +19,57 @@ namespace {
 
 std::string placed(const std::string& path, const CaptionProblem& problem) {
     return path + ":" + std::to_string(problem.line) + ": " + problem.message;
+}
+
+Title titleOf(const CaptionCue& cue, bool isSubRip) {
+    // The places of SubRip are in the text, and what stands behind its times places nothing.
+    const std::string settings = isSubRip ? settingsOfPlacement(cue.placement) : cue.settings;
+    const CueSource source = {cue.identifier, settings, cue.payload, cue.preamble};
+    return {cue.text, cue.start, cue.end, std::make_shared<const CueSource>(source)};
+}
+
+/// What an archive does not keep.
+std::vector<std::string> lossesInArchive(const TitleFile& titles) {
+    bool hasTimes = false, hasSettings = false, hasMarkup = false;
+    bool hasComments = titles.header.size() > std::string_view("WEBVTT").size() || !titles.trailer.empty();
+    for (const Title& title : titles.titles) {
+        hasTimes |= title.start.has_value();
+        if (!title.source) continue;
+        hasSettings |= !title.source->identifier.empty() || !title.source->settings.empty();
+        hasComments |= !title.source->preamble.empty();
+        const CueText markup = parseCueText(title.source->payload, 1);
+        hasMarkup |= !markup.dropped.empty() || std::ranges::count(markup.spans, CueSpan::voice, &CueSpan::kind) > 0;
+    }
+    std::vector<std::string> losses;
+    if (hasTimes) losses.emplace_back("An archive does not keep the times of titles.");
+    if (hasSettings) losses.emplace_back("An archive does not keep the identifiers and places of captions.");
+    if (hasMarkup) losses.emplace_back("An archive does not keep languages, voices and other markup of captions.");
+    if (hasComments) losses.emplace_back("An archive does not keep what a caption file says besides its titles.");
+    return losses;
+}
+
+std::optional<WrittenTitles> titlesAsCaptions(TitleFile titles, const QzAnnoPalette& palette, std::string& reason) {
+    CaptionFile captions;
+    captions.header = titles.header;
+    captions.trailer = titles.trailer;
+    static const CueSource kNone;
+    for (size_t i = 0; i < titles.titles.size(); ++i) {
+        Title& title = titles.titles[i];
+        if (!title.start || !title.end) giveTimes(titles.titles, i);
+        const CueSource& source = title.source ? *title.source : kNone;
+        captions.cues.push_back({*title.start,
+                                 *title.end,
+                                 source.identifier,
+                                 source.settings,
+                                 {},
+                                 title.text->mutableCopy(),
+                                 source.payload,
+                                 source.preamble,
+                                 0});
+    }
+    const auto written = writeWebVTT(captions, palette, reason);
+    if (!written) return {};
+    return WrittenTitles{NSData::dataWithBytes(written->file), written->losses};
 }
 
 }  // namespace
@@ -48,7 +104,9 @@ std::optional<TitleFile> readTitleFile(const std::string& path, const Ref<QzAnno
         if (text) titles.titles.push_back({*text, {}, {}});
     } else if (const auto captions =
                    isSubRip ? readSubRip(*file, *palette, &problem) : readWebVTT(*file, *palette, &problem)) {
-        for (const CaptionCue& cue : captions->cues) titles.titles.push_back({cue.text, cue.start, cue.end});
+        for (const CaptionCue& cue : captions->cues) titles.titles.push_back(titleOf(cue, isSubRip));
+        titles.header = captions->header;
+        titles.trailer = captions->trailer;
         for (const CaptionProblem& each : captions->problems) titles.warnings.push_back(placed(path, each));
         if (captions->cues.empty()) problem.message = "holds no captions";
     }
@@ -79,13 +137,18 @@ std::optional<TitleFile> titlesOfArchive(const Ref<NSData>& archive, const Ref<Q
     return {};
 }
 
-bool writeTitleFile(const std::string& path, const std::vector<Title>& titles, const Ref<QzAnnoPalette>& palette,
-                    std::string& error) {
-    std::string reason;
-    const Ref<NSData> data = archiveOfTitles(titles, palette, reason);
-    if (data && writeFileAtomically(path, data->bytes(), &reason)) return true;
-    error = path + ": " + reason;
-    return false;
+std::optional<WrittenTitles> titlesAsFile(const std::string& path, const TitleFile& titles,
+                                          const Ref<QzAnnoPalette>& palette, std::string& error) {
+    std::optional<WrittenTitles> written;
+    std::string reason = "titles are saved as captions or as an archive; let the name end in .vtt or .annostring";
+    if (path.ends_with(".vtt")) {
+        written = titlesAsCaptions(titles, *palette, reason);
+    } else if (path.ends_with(".annostring")) {
+        if (const auto archive = archiveOfTitles(titles.titles, palette, reason))
+            written = WrittenTitles{archive, lossesInArchive(titles)};
+    }
+    if (!written) error = path + ": " + reason;
+    return written;
 }
 
 Ref<QzAnnoPalette> readPaletteFile(const std::string& path, std::string& error) {

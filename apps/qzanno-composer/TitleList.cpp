@@ -1,60 +1,104 @@
 #include "apps/qzanno-composer/TitleList.h"
 
-#include <QListWidget>
+#include <QAction>
+#include <QHeaderView>
 #include <QSignalBlocker>
+#include <QTreeWidget>
+#include <algorithm>
 
+#include "apps/qzanno-composer/TitleTimes.h"
 #include "platform/ui/QtValues.h"
 
 namespace qz::composer {
-
-QString clock(double seconds) {
-    const auto total = static_cast<qint64>(seconds * 1000 + 0.5);
-    return QString("%1:%2:%3.%4")
-        .arg(total / 3600000, 2, 10, QChar('0'))
-        .arg(total / 60000 % 60, 2, 10, QChar('0'))
-        .arg(total / 1000 % 60, 2, 10, QChar('0'))
-        .arg(total % 1000, 3, 10, QChar('0'));
-}
-
 namespace {
 
-QString lineOf(const Title& title, size_t number) {
-    QString line = QString::number(number);
+// Room for the marks above and below letters of any script.
+constexpr int kRowPadding = 8;
+
+enum Column { numberColumn, startColumn, endColumn, textColumn };
+
+QString timeOf(const std::optional<double>& time) {
     // Hours only where there are any: the line is short.
-    if (title.start) line += "  " + clock(*title.start).mid(*title.start < 3600 ? 3 : 0);
+    return time ? clock(*time).mid(*time < 3600 ? 3 : 0) : QString();
+}
+
+void fill(QTreeWidgetItem& item, const Title& title, size_t number) {
     const QString text = toQt(*title.text->string()).simplified();
-    return line + "  " + (text.isEmpty() ? QString("(empty)") : text);
+    item.setSizeHint(numberColumn, {0, QFontMetrics(item.treeWidget()->font()).height() + kRowPadding});
+    item.setText(numberColumn, QString::number(number));
+    item.setText(startColumn, timeOf(title.start));
+    item.setText(endColumn, timeOf(title.end));
+    item.setText(textColumn, text.isEmpty() ? QString("(empty)") : text);
+    item.setToolTip(textColumn, text);
 }
 
 }  // namespace
 
-TitleList::TitleList(QWidget* parent) : QDockWidget("Titles", parent), list_(new QListWidget(this)) {
+TitleList::TitleList(QWidget* parent) : QDockWidget("Titles", parent), list_(new QTreeWidget(this)) {
     setObjectName("titleList");
     list_->setAccessibleName("Titles");
+    list_->setHeaderLabels({"No.", "Start", "End", "Title"});
+    list_->setRootIsDecorated(false);
+    list_->setUniformRowHeights(true);
+    list_->setAllColumnsShowFocus(true);
     list_->setTextElideMode(Qt::ElideRight);
     list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    list_->setUniformItemSizes(true);
+    list_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    list_->header()->setSectionsMovable(false);
+    list_->header()->setMinimumSectionSize(20);
+    const QFontMetrics metrics = list_->fontMetrics();
+    list_->setColumnWidth(numberColumn, metrics.horizontalAdvance("0000") + 12);
+    for (const int column : {startColumn, endColumn}) {
+        list_->setColumnWidth(column, metrics.horizontalAdvance("00:00.000") + 14);
+    }
     setWidget(list_);
-    connect(list_, &QListWidget::currentRowChanged, this, [this](int row) {
-        if (row >= 0 && chosen_) chosen_(static_cast<size_t>(row));
+    // The head of the list says what it is; a menu and a key show and hide it.
+    setTitleBarWidget(new QWidget(this));
+    setFeatures(DockWidgetClosable);
+    connect(list_, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* item) {
+        if (item && chosen_) chosen_(static_cast<size_t>(list_->indexOfTopLevelItem(item)));
     });
+    connect(list_, &QTreeWidget::itemDoubleClicked, this, &TitleList::edit);
+    for (const auto& [column, key] :
+         {std::pair(startColumn, Qt::NoModifier), std::pair(endColumn, Qt::ShiftModifier)}) {
+        auto* editByKey = new QAction(list_);
+        editByKey->setShortcut(key | Qt::Key_F2);
+        editByKey->setShortcutContext(Qt::WidgetShortcut);
+        connect(editByKey, &QAction::triggered, this, [this, column = column] { edit(list_->currentItem(), column); });
+        list_->addAction(editByKey);
+    }
+    connect(list_, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* item, int column) {
+        const auto title = static_cast<size_t>(list_->indexOfTopLevelItem(item));
+        const QString entered = item->text(column);
+        // Until it is known to be a time, the row shows the former one.
+        const QSignalBlocker quiet(list_);
+        fill(*item, shown_[title], title + 1);
+        if (timeEntered_) timeEntered_(title, column == endColumn, entered);
+    });
+}
+
+void TitleList::edit(QTreeWidgetItem* item, int column) {
+    if (!item || (column != startColumn && column != endColumn) || list_->isColumnHidden(column)) return;
+    const QSignalBlocker quiet(list_);
+    item->setFlags(item->flags() | Qt::ItemIsEditable);
+    list_->editItem(item, column);
 }
 
 void TitleList::list(const std::vector<Title>& titles, size_t current) {
     const QSignalBlocker quiet(list_);
     const int count = static_cast<int>(titles.size());
-    while (list_->count() > count) delete list_->takeItem(list_->count() - 1);
-    while (list_->count() < count) list_->addItem(QString());
+    while (list_->topLevelItemCount() > count) delete list_->takeTopLevelItem(list_->topLevelItemCount() - 1);
+    while (list_->topLevelItemCount() < count) list_->addTopLevelItem(new QTreeWidgetItem);
     shown_.resize(titles.size());
     for (size_t i = 0; i < titles.size(); ++i) {
-        if (shown_[i].text == titles[i].text && shown_[i].start == titles[i].start) continue;
+        const Title& shown = shown_[i];
+        if (shown.text == titles[i].text && shown.start == titles[i].start && shown.end == titles[i].end) continue;
         shown_[i] = titles[i];
-        const QString line = lineOf(titles[i], i + 1);
-        QListWidgetItem* item = list_->item(static_cast<int>(i));
-        item->setText(line);
-        item->setToolTip(line);
+        fill(*list_->topLevelItem(static_cast<int>(i)), titles[i], i + 1);
     }
-    list_->setCurrentRow(static_cast<int>(current));
+    const bool hasTimes = std::ranges::any_of(titles, [](const Title& title) { return title.start.has_value(); });
+    for (const int column : {startColumn, endColumn}) list_->setColumnHidden(column, !hasTimes);
+    list_->setCurrentItem(list_->topLevelItem(static_cast<int>(current)));
 }
 
 }  // namespace qz::composer

@@ -5,11 +5,13 @@
 
 #include "apps/qzanno-composer/TitleFile.h"
 
-class QListWidget;
+class QTreeWidget;
+class QTreeWidgetItem;
 
 namespace qz::composer {
 
-/// The titles of the document, one line each: number, time and text.
+/// The titles of the document, one line each: number, times, and text. Times can be edited in place; without any, their
+/// columns are hidden.
 class TitleList final : public QDockWidget {
 public:
     explicit TitleList(QWidget* parent);
@@ -17,15 +19,19 @@ public:
     void list(const std::vector<Title>& titles, size_t current);
     /// Called when the user goes to another title.
     void setChosen(std::function<void(size_t title)> chosen) { chosen_ = std::move(chosen); }
+    /// Called with what the user has entered as a time; whoever takes it lists the titles anew.
+    void setTimeEntered(std::function<void(size_t title, bool isEnd, const QString& text)> timeEntered) {
+        timeEntered_ = std::move(timeEntered);
+    }
 
 private:
-    QListWidget* const list_;
+    void edit(QTreeWidgetItem* item, int column);
+
+    QTreeWidget* const list_;
     // The titles as their rows show them; told apart by identity, for a file may hold thousands.
     std::vector<Title> shown_;
     std::function<void(size_t)> chosen_;
+    std::function<void(size_t, bool, const QString&)> timeEntered_;
 };
-
-/// "00:01:02.500"
-QString clock(double seconds);
 
 }  // namespace qz::composer

@@ -31,6 +31,7 @@ struct Options {
     NSSize screen = {1920, 1080};
     int title = 1;
     QString edit;
+    QString page;
     QString appearance;
     QString screenshot;
     bool hasSafeAreas = false;
@@ -71,6 +72,7 @@ bool parse(const QStringList& arguments, Options& options, std::string& error, Q
                        {{"s", "screen"}, "The screen in points; 1920x1080 without.", "WxH"},
                        {{"t", "title"}, "The title to begin with, from 1.", "NUMBER"},
                        {"edit", "Opens the editor on the annotation of that name.", "NAME"},
+                       {"page", "Turns the editor to that page, as in \"Place and box\".", "PAGE"},
                        {"safe-areas", "Shows the safe areas over the title."},
                        {"appearance", "light, dark, or desktop (as the desktop has it).", "LOOK", "desktop"},
                        {"screenshot", "Writes a picture of the windows and ends.", "FILE"},
@@ -91,6 +93,7 @@ bool parse(const QStringList& arguments, Options& options, std::string& error, Q
     options.palette = parser.value("palette");
     options.frame = parser.value("frame");
     options.edit = parser.value("edit");
+    options.page = parser.value("page");
     options.appearance = parser.value("appearance");
     options.screenshot = parser.value("screenshot");
     options.hasSafeAreas = parser.isSet("safe-areas");
@@ -104,6 +107,7 @@ bool parse(const QStringList& arguments, Options& options, std::string& error, Q
             return false;
         }
     }
+    if (!options.page.isEmpty() && options.edit.isEmpty()) error = "--page is of the editor; give --edit NAME too";
     if (parser.isSet("title")) options.title = parser.value("title").toInt();
     if (options.title < 1) error = "--title takes a number from 1";
     if (!QStringList{"light", "dark", "desktop"}.contains(options.appearance)) {
@@ -122,7 +126,7 @@ int run(const Options& options) {
         auto file = readTitleFile(options.titles.toStdString(), palette, error);
         if (!file) return fail(kFailed, error);
         for (const std::string& warning : file->warnings) fail(0, warning);
-        document->setTitles(std::move(file->titles));
+        document->setTitles(std::move(*file));
     }
     if (static_cast<size_t>(options.title) > document->titles().size()) {
         return fail(kFailed, "there is no title " + std::to_string(options.title) + "; there are " +
@@ -156,6 +160,9 @@ int run(const Options& options) {
         const Ref<QzAnnoKey> key = palette->findAnnoKey(NSString::stringWithUTF8String(options.edit.toStdString()));
         if (!key) return fail(kFailed, "the palette has no annotation \"" + options.edit.toStdString() + "\"");
         manager->editor()->setAnno(palette->lookupAnno(key));
+        const std::string page = options.page.toStdString();
+        if (!page.empty() && !manager->editor()->showPage(NSString::stringWithUTF8String(page)))
+            return fail(kFailed, "the editor has no page \"" + page + "\"");
     }
     window.activateWindow();
     window.textWidget()->setFocus();

@@ -175,7 +175,10 @@ void NSTextView::record(UndoRecord edit) {
     if (!undo_->isUndoing() && !undo_->isRedoing() && continuesLastRecord(edit)) return;
     const char* name = edit.range.length > 0 ? "Typing" : "Delete";
     const auto kept = std::make_shared<UndoRecord>(std::move(edit));
-    undo_->prepareWithInvocationTarget(*this).invoke([this, kept] { playBack(*kept); });
+    undo_->prepareWithInvocationTarget(*this).invoke([this, kept, place = undoPlace_] {
+        if (place) place();
+        playBack(*kept);
+    });
     if (undo_->isUndoing() || undo_->isRedoing()) return;
     undo_->setActionName(name);
     lastRecord_ = kept;

@@ -52,10 +52,13 @@ public:
 
     /// Where typing and deleting record their inverse; none at the start. What is typed, or deleted, in one go is
     /// undone at once. Changes made through the text storage are not recorded; whoever exchanges the text for another
-    /// one calls `forgetUndo`.
+    /// one calls `forgetUndo` or `setUndoPlace`.
     void setUndoManager(const Ref<NSUndoManager>& undoManager);
     const Ref<NSUndoManager>& undoManager() const { return undo_; }
     void forgetUndo();
+    /// For whoever shows one of several texts: steps recorded from now on call this before they are undone or redone,
+    /// to bring their text back into the view.
+    void setUndoPlace(std::function<void()> undoPlace) { undoPlace_ = std::move(undoPlace); }
     /// What is typed next is a step of its own, for whoever has recorded something else in between.
     void breakUndoCoalescing() { lastRecord_.reset(); }
 
@@ -108,6 +111,7 @@ private:
     Ref<NSUndoManager> undo_;
     // Owned by the undo manager's record; the next edit may grow it.
     std::weak_ptr<UndoRecord> lastRecord_;
+    std::function<void()> undoPlace_;
     std::function<void()> displayHook_;
 };
 

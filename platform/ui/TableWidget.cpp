@@ -249,7 +249,7 @@ void TableWidget::startDrag(Qt::DropActions /*actions*/) {
     if (!dragged) return;
     auto* drag = new QDrag(this);
     drag->setMimeData(dragged);
-    drag->exec(Qt::CopyAction);
+    dragLoop(*drag);
 }
 
 void TableWidget::proposeDrop(int y) {

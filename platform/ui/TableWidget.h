@@ -1,9 +1,11 @@
 #pragma once
 
 #include <QAbstractTableModel>
+#include <QDrag>
 #include <QDropEvent>
 #include <QStyledItemDelegate>
 #include <QTableView>
+#include <functional>
 
 #include "platform/ui/NSTableView.h"
 
@@ -49,8 +51,9 @@ public:
     /// The view takes events; none stops that.
     void setTable(NSTableView* table) { table_ = table; }
 
-    /// What a drag of the selected rows carries; null when the data source refuses.
-    QMimeData* newDragData();
+    /// Lets a drag go on to its drop. Where no pointer is, the toolkit's own loop ends at once; a test has one of its
+    /// own.
+    static inline std::function<void(QDrag& drag)> dragLoop = [](QDrag& drag) { drag.exec(Qt::CopyAction); };
 
 protected:
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
@@ -65,6 +68,8 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    /// What a drag of the selected rows carries; null when the data source refuses.
+    QMimeData* newDragData();
     /// Lets the data source judge the drop at the pointer; whether it may take place.
     bool answerDrag(QDropEvent& event);
     void proposeDrop(int y);

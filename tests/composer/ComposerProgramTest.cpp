@@ -35,8 +35,8 @@ const QString kPalette = QZANNO_EXAMPLES "/broadcast.plist";
 TEST(ComposerProgram, writesAPictureOfItsWindows) {
     const TemporaryFolder folder;
     const std::string path = folder.file("shot.png");
-    const Outcome outcome = run({kCaptions, "-p", kPalette, "--edit", "Lower Third", "--appearance", "light",
-                                 "--screenshot", QString::fromStdString(path)});
+    const Outcome outcome = run({kCaptions, "-p", kPalette, "--edit", "Lower Third", "--page", "Place and box",
+                                 "--appearance", "light", "--screenshot", QString::fromStdString(path)});
     EXPECT_EQ(outcome.code, 0) << outcome.error;
     const QImage picture(QString::fromStdString(path));
     EXPECT_GT(picture.width(), 1500) << "three windows";
@@ -58,6 +58,10 @@ TEST(ComposerProgram, saysInOneLineWhatIsWrong) {
         {{kCaptions, "-p", kPalette, "-f", "none.png", "--screenshot", "x.png"}, 1, "none.png: "},
         {{kCaptions, "-p", kPalette, "-t", "99", "--screenshot", "x.png"}, 1, "there is no title 99; there are 8"},
         {{kCaptions, "-p", kPalette, "--edit", "Nobody", "--screenshot", "x.png"}, 1, "Nobody"},
+        {{"--page", "Letters", "--screenshot", "x.png"}, 2, "--edit"},
+        {{kCaptions, "-p", kPalette, "--edit", "Role", "--page", "Last", "--screenshot", "x.png"},
+         1,
+         "no page \"Last\""},
         {{kCaptions, "-p", kPalette, "--screenshot", "/no folder/x.png"}, 1, "/no folder/x.png: "},
         {{kCaptions}, 1, "there is no screen"},
     };

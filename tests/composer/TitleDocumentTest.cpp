@@ -15,7 +15,7 @@ protected:
     Document() {
         big = test::addAnnotation(*palette, "Big", {{QzFontSizeAttribute, number(100)}});
         red = test::addAnnotation(*palette, "Red", {{NSForegroundColorAttributeName, test::rgba(1, 0, 0)}});
-        document->setTitles({{QzAnnoString::initWithString("one two"_ns), {}, {}}});
+        document->setTitles({{{QzAnnoString::initWithString("one two"_ns), {}, {}}}});
         document->undoManager()->endEvent();
         document->undoManager()->removeAllActions();
         NSApplication::sharedApplication().setDelegate(document);
@@ -62,28 +62,12 @@ protected:
     ComposerWindow window{document};
 };
 
-TEST_F(Document, takesAnnotationsFromThePanelAndShowsThemAsRendered) {
-    view->setSelectedRange({0, 3});
-    toggle(big);
-    EXPECT_EQ(coverage(), "BBB....");
-    EXPECT_EQ(sizeAt(0), 100) << "formatted anew, whatever font the change brought";
-    EXPECT_EQ(sizeAt(4), NSFont::systemFontSize());
-    EXPECT_EQ(view->selectedRange(), (Range{0, 3}));
-    view->setSelectedRange({2, 3});
-    toggle(red);
-    EXPECT_EQ(coverage(), "BB*RR..");
-    document->undoManager()->undo();
-    EXPECT_EQ(coverage(), "BBB....");
-    document->undoManager()->undo();
-    EXPECT_EQ(coverage(), ".......");
-    document->undoManager()->redo();
-    EXPECT_EQ(coverage(), "BBB....");
-    EXPECT_EQ(sizeAt(0), 100);
-}
-
 TEST_F(Document, typesWithTheAnnotationsBeforeAndKeepsTheFrameOfAnEmptiedText) {
     view->setSelectedRange({0, 3});
     toggle(big);
+    EXPECT_EQ(sizeAt(0), 100) << "formatted anew, whatever font the change brought";
+    EXPECT_EQ(sizeAt(4), NSFont::systemFontSize());
+    EXPECT_EQ(view->selectedRange(), (Range{0, 3}));
     view->setSelectedRange({3, 0});
     QTest::keyClicks(window.textWidget(), "!!");
     EXPECT_EQ(coverage(), "BBBBB....");
@@ -95,21 +79,21 @@ TEST_F(Document, typesWithTheAnnotationsBeforeAndKeepsTheFrameOfAnEmptiedText) {
     EXPECT_EQ(document->title()->length(), 0u);
     QTest::keyClicks(window.textWidget(), "x");
     EXPECT_TRUE(document->title()->annotation(*red, 0));
-    key(Qt::Key_Z, Qt::ControlModifier);
-    key(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(coverage(), "*****RRRR");
-}
-
-TEST_F(Document, followsThePaletteAndItsUndo) {
-    view->setSelectedRange({0, 3});
+    QTest::keyClicks(window.textWidget(), "x");
+    view->setSelectedRange({1, 1});
     toggle(big);
-    manager->editor()->setAnno(palette->lookupAnno(big));
-    manager->editor()->setValue(number(60), "fontsize");
-    manager->editor()->okay({});
-    EXPECT_EQ(sizeAt(0), 60);
+    ASSERT_EQ(coverage(), "*R");
+    document->insertTitle();
+    QTest::keyClicks(window.textWidget(), "y");
+    EXPECT_EQ(coverage(), "R") << "a new title is framed as its neighbour";
+    document->insertTitle();
+    document->show(0);
+    document->show(2);
+    QTest::keyClicks(window.textWidget(), "z");
+    EXPECT_EQ(coverage(), ".") << "one that was left empty begins anew";
     document->undoManager()->endEvent();
-    document->undoManager()->undo();
-    EXPECT_EQ(sizeAt(0), 100);
+    while (document->title()->length() != 9 && document->undoManager()->undo()) continue;
+    EXPECT_EQ(coverage(), "*****RRRR");
 }
 
 TEST_F(Document, answersForScreenAndFrame) {
@@ -151,15 +135,12 @@ TEST_F(Document, showsTheInsertionPointOfAnEmptyTitleWhereTypingBegins) {
 
 TEST_F(Document, showsWhatItRenders) {
     // The window draws the title where the renderer does, at the window's scale.
-    view->setSelectedRange({0, 7});
     toggle(big);
     toggle(red);
-    view->setSelectedRange({7, 0});
     const Ref<NSBitmapImageRep> picture = document->picture();
     const QImage shown = window.textWidget()->grab().toImage();
-    const double scale = std::min(window.textWidget()->width() / 800.0, window.textWidget()->height() / 450.0);
-    const double left = std::floor((window.textWidget()->width() - 800 * scale) / 2);
-    const double top = std::floor((window.textWidget()->height() - 450 * scale) / 2);
+    const double scale = shown.width() / 800.0;
+    const double top = std::floor((shown.height() - 450 * scale) / 2);
     int inked = 0, agreeing = 0;
     for (int32_t y = 0; y < picture->pixelsHigh(); ++y) {
         for (int32_t x = 0; x < picture->pixelsWide(); ++x) {
@@ -167,7 +148,7 @@ TEST_F(Document, showsWhatItRenders) {
             if (pixel[3] != 255 || pixel[0] < 250) continue;
             ++inked;
             const QColor there =
-                shown.pixelColor(static_cast<int>(left + (x + 0.5) * scale), static_cast<int>(top + (y + 0.5) * scale));
+                shown.pixelColor(static_cast<int>((x + 0.5) * scale), static_cast<int>(top + (y + 0.5) * scale));
             agreeing += there.red() > 200 && there.green() < 80;
         }
     }

@@ -1,7 +1,9 @@
+#include <QString>
+
 #include <gmock/gmock.h>
 
 #include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
-#include "apps/qzanno-composer/TitleFile.h"
+#include "apps/qzanno-composer/TitleTimes.h"
 #include "platform/foundation/Files.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Palettes.h"
@@ -10,6 +12,7 @@
 namespace qz::composer {
 namespace {
 
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -30,24 +33,32 @@ protected:
     Ref<QzAnnoKey> key = test::addAnnotation(*palette, "Lower Third", {});
 };
 
-TEST_F(TitleFiles, comeBackFromAnArchiveWithTheKeysOfThePalette) {
+TEST_F(TitleFiles, comeBackInEitherFormWithTheKeysOfThePalette) {
     const auto first = QzMutableAnnoString::initWithString("one \U0001F600"_ns);
     first->addAnno(key, {0, 3});
     const auto second = QzMutableAnnoString::initWithString("two"_ns);
     second->addFrameAnno(key);
-    for (const size_t count : {size_t{1}, size_t{2}}) {
-        std::vector<Title> titles = {{first->copy(), {}, {}}, {second->copy(), {}, {}}};
-        titles.resize(count);
-        std::string error;
-        ASSERT_TRUE(writeTitleFile(folder.file("t.annostring"), titles, palette, error)) << error;
-        const auto read = readTitleFile(folder.file("t.annostring"), palette, error);
-        ASSERT_TRUE(read) << error;
-        ASSERT_EQ(read->titles.size(), count);
-        for (size_t i = 0; i < count; ++i) EXPECT_TRUE(read->titles[i].text->isEqualToAnnoString(*titles[i].text)) << i;
+    for (const std::string name : {"t.annostring", "t.vtt"}) {
+        for (const size_t count : {size_t{1}, size_t{2}}) {
+            TitleFile titles{{{first->copy(), {}, {}}, {second->copy(), 5, 6.5}}};
+            titles.titles.resize(count);
+            std::string error;
+            const auto written = titlesAsFile(folder.file(name), titles, palette, error);
+            ASSERT_TRUE(written) << error;
+            const bool losesTimes = count == 2 && name == "t.annostring";
+            EXPECT_EQ(written->losses.size(), losesTimes ? 1u : 0u);
+            ASSERT_TRUE(writeFileAtomically(folder.file(name), written->file->bytes(), &error));
+            const auto read = readTitleFile(folder.file(name), palette, error);
+            ASSERT_TRUE(read) << error;
+            ASSERT_EQ(read->titles.size(), count);
+            for (size_t i = 0; i < count; ++i)
+                EXPECT_TRUE(read->titles[i].text->isEqualToAnnoString(*titles.titles[i].text)) << i;
+            EXPECT_EQ(read->titles[0].end.value_or(0), name == "t.vtt" ? 1.5 : 0) << "given where there was none";
+        }
     }
 }
 
-TEST_F(TitleFiles, thatCannotBeReadSayWhatAndWhere) {
+TEST_F(TitleFiles, thatCannotBeReadOrWrittenSayWhatAndWhere) {
     EXPECT_THAT(errorOf("none.vtt", nullptr), HasSubstr("No such file"));
     EXPECT_THAT(errorOf("t.doc", "x"), HasSubstr(".vtt, .srt"));
     EXPECT_THAT(errorOf("empty.srt", "x"), HasSubstr("holds no captions"));
@@ -57,11 +68,12 @@ TEST_F(TitleFiles, thatCannotBeReadSayWhatAndWhere) {
     errorOf("damaged.annostring", "\x04\x0bstreamtyped");
     std::string error;
     writeText(folder.file("kept.annostring"), "kept");
-    EXPECT_FALSE(
-        writeTitleFile(folder.file("no folder/t.annostring"), {{QzAnnoString::init(), {}, {}}}, palette, error));
-    EXPECT_THAT(error, HasSubstr("no folder"));
     EXPECT_FALSE(readPaletteFile(folder.file("kept.annostring"), error));
     EXPECT_THAT(error, StartsWith(folder.file("kept.annostring") + ": "));
+    EXPECT_FALSE(titlesAsFile("t.srt", {{{QzAnnoString::init(), {}, {}}}}, palette, error));
+    EXPECT_THAT(error, testing::AllOf(StartsWith("t.srt: "), HasSubstr(".vtt or .annostring")));
+    EXPECT_FALSE(titlesAsFile("t.vtt", {{{QzAnnoString::init(), 2, 1}}}, palette, error));
+    EXPECT_THAT(error, StartsWith("t.vtt: title 1: "));
 }
 
 TEST_F(TitleFiles, ofPalettesAreReadInEitherFormAndNamedByTheirEnding) {
@@ -77,15 +89,65 @@ TEST_F(TitleFiles, ofPalettesAreReadInEitherFormAndNamedByTheirEnding) {
     }
 }
 
-TEST_F(TitleFiles, keepTheTimesOfCaptionsAndWarnOfUnknownClasses) {
-    writeText(folder.file("c.vtt"), "WEBVTT\n\n00:01.000 --> 00:02.500\n<c.Lower_Third>a</c><c.Nobody>b</c>\n");
+TEST_F(TitleFiles, warnOfNamesThatThePaletteLacks) {
     std::string error;
-    const auto file = readTitleFile(folder.file("c.vtt"), palette, error);
-    ASSERT_TRUE(file) << error;
-    EXPECT_EQ(file->titles[0].start, 1.0);
-    EXPECT_EQ(file->titles[0].end, 2.5);
-    EXPECT_TRUE(file->titles[0].text->annotation(*key, 0));
-    EXPECT_THAT(file->warnings, testing::ElementsAre(HasSubstr("c.vtt:4: ")));
+    writeText(folder.file("c.vtt"), "WEBVTT\n\n00:01.000 --> 00:02.500\n<c.Lower_Third>a</c><c.Nobody>b</c>\n");
+    const auto captions = readTitleFile(folder.file("c.vtt"), palette, error);
+    ASSERT_TRUE(captions) << error;
+    EXPECT_EQ(captions->titles[0].end, 2.5);
+    EXPECT_TRUE(captions->titles[0].text->annotation(*key, 0));
+    EXPECT_THAT(captions->warnings, ElementsAre(HasSubstr("c.vtt:4: ")));
+    const auto written = titlesAsFile(folder.file("t.annostring"), *captions, palette, error);
+    ASSERT_TRUE(written && writeFileAtomically(folder.file("t.annostring"), written->file->bytes(), &error));
+    palette->removeAnno(key);
+    const auto archive = readTitleFile(folder.file("t.annostring"), palette, error);
+    ASSERT_TRUE(archive) << error;
+    EXPECT_THAT(archive->warnings, ElementsAre(testing::AllOf(HasSubstr("t.annostring: "), HasSubstr("Lower Third"))));
+}
+
+TEST_F(TitleFiles, ofSubRipBecomeCaptionsWithTheirPlaces) {
+    std::string error;
+    writeText(folder.file("s.srt"),
+              "1\n00:00:01,000 --> 00:00:02,500\n{\\an8}up\n\n2\n00:00:03,000 --> 00:00:04,000\ndown\n");
+    const auto titles = readTitleFile(folder.file("s.srt"), palette, error);
+    ASSERT_TRUE(titles) << error;
+    const auto written = titlesAsFile("s.vtt", *titles, palette, error);
+    ASSERT_TRUE(written) << error;
+    EXPECT_THAT(std::string(written->file->view()), HasSubstr("00:00:02.500 line:0 align:center\nup\n"));
+}
+
+TEST(TitleTimes, areReadAsPeopleWriteThem) {
+    const std::pair<const char*, std::optional<double>> cases[] = {
+        {"00:01:02.500", 62.5}, {"1:02,5", 62.5}, {" 62.5 ", 62.5}, {"90", 90}, {"10:00:00", 36000}, {"0.0004", 0},
+        {"1:60", {}},           {"", {}},         {"1:", {}},       {"-1", {}}, {"1e3", {}},         {"1:2:3:4", {}},
+        {"1.5:00", {}},         {"nan", {}},
+    };
+    for (const auto& [text, seconds] : cases) EXPECT_EQ(secondsOfClock(text), seconds) << text;
+    EXPECT_EQ(clock(3723.0625), "01:02:03.063");
+}
+
+TEST(TitleTimes, areGivenSoThatATitleCanBeRead) {
+    const auto text = [](size_t length) {
+        return QzAnnoString::initWithString(NSString::stringWithCharacters(std::u16string(length, u'x')));
+    };
+    const struct {
+        size_t length;
+        std::optional<double> formerEnd, nextStart;
+        double start, end;
+        const char* reason;
+    } cases[] = {
+        {45, 10, {}, 10, 13, "fifteen letters a second"},
+        {1, {}, {}, 0, 1.5, "no flash"},
+        {900, 10, {}, 10, 17, "no standstill"},
+        {45, 10, 12, 10, 12, "until the next"},
+        {45, 10, 10, 10, 13, "over the next when there is no room"},
+    };
+    for (const auto& c : cases) {
+        std::vector<Title> titles = {{text(1), {}, c.formerEnd}, {text(c.length), {}, {}}, {text(1), c.nextStart, {}}};
+        giveTimes(titles, 1);
+        EXPECT_EQ(titles[1].start, c.start) << c.reason;
+        EXPECT_EQ(titles[1].end, c.end) << c.reason;
+    }
 }
 
 }  // namespace

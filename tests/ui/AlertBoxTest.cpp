@@ -1,11 +1,10 @@
-#include <gtest/gtest.h>
-
-#include <thread>
-
 #include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
+#include <thread>
+
+#include <gtest/gtest.h>
 
 #include "platform/foundation/NSAlertPanel.h"
 #include "platform/ui/NSApplication.h"
@@ -28,14 +27,13 @@ void answerAlert(const QString& button) {
 TEST(AlertBox, givesBackTheButtonThatIsChosen) {
     NSApplication::sharedApplication();
     const AlertPanel panel = {"Internal Error", "What?", "sweet", "nilly", "dilly"};
-    answerAlert("nilly");
-    EXPECT_EQ(NSRunCriticalAlertPanel(panel), NSAlertAlternateReturn);
-    answerAlert("dilly");
-    EXPECT_EQ(NSRunCriticalAlertPanel(panel), NSAlertOtherReturn);
-    answerAlert("sweet");
-    EXPECT_EQ(NSRunCriticalAlertPanel(panel), NSAlertDefaultReturn);
-    answerAlert("");
-    EXPECT_EQ(NSRunCriticalAlertPanel(panel), NSAlertDefaultReturn) << "closed without a choice";
+    for (const auto& [button, answer] : {std::pair("nilly", NSAlertAlternateReturn),
+                                         {"dilly", NSAlertOtherReturn},
+                                         {"sweet", NSAlertDefaultReturn},
+                                         {"", NSAlertDefaultReturn}}) {
+        answerAlert(button);
+        EXPECT_EQ(NSRunCriticalAlertPanel(panel), answer) << button;
+    }
     // Asked on another thread, it opens on this one.
     NSAlertReturn chosen = NSAlertDefaultReturn;
     answerAlert("nilly");

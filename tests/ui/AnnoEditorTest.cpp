@@ -16,6 +16,7 @@ namespace qz {
 namespace {
 
 using test::number;
+using testing::ElementsAre;
 
 /// Answers "requestScreenSize:" as a host of a 1920 x 1080 screen.
 class ScreenHost : public NSResponder {
@@ -93,15 +94,6 @@ TEST_F(AnnoEditor, writesBackWhatItRead) {
     EXPECT_TRUE(box->color()->isEqual(*test::rgba(0, 1, 0)));
 }
 
-TEST_F(AnnoEditor, joinsFontNameAndStyle) {
-    give(0, {{QzFontNameAttribute, "DejaVuSans"_ns}, {QzFontStyleAttribute, "Bold"_ns}});
-    editor().setAnno(anno(0));
-    EXPECT_EQ(control<QLineEdit>("font")->text(), "DejaVuSans-Bold");
-    click("applyButton");
-    EXPECT_EQ(anno(0)->attribute(*QzFontAttribute)->description(), "DejaVuSans-Bold");
-    EXPECT_EQ(anno(0)->allAttributes()->count(), 1u);
-}
-
 TEST_F(AnnoEditor, convertsMarginsToTheHostsScreen) {
     give(0, {{QzBoundingBoxAttribute, "{{0.1, 0.2}, {0.8, 0.6}}"_ns}});
     const auto marginsShown = [&] {
@@ -111,28 +103,27 @@ TEST_F(AnnoEditor, convertsMarginsToTheHostsScreen) {
         }
         return margins;
     };
+    // Left, top, width and height, in thousandths of the screen.
+    const auto applied = [&] {
+        click("applyButton");
+        const auto box =
+            NSRectFromString(*std::static_pointer_cast<NSString>(anno(0)->attribute(*QzBoundingBoxAttribute)));
+        std::vector<int> parts;
+        for (const float part : {box.origin.x, box.origin.y, box.size.width, box.size.height})
+            parts.push_back(static_cast<int>(std::lround(part * 1000)));
+        return parts;
+    };
     editor().setAnno(anno(0));
-    EXPECT_THAT(marginsShown(), testing::ElementsAre(10, 10, 20, 20)) << "per cent when nobody knows a screen";
+    EXPECT_THAT(marginsShown(), ElementsAre(10, 10, 20, 20)) << "per cent when nobody knows a screen";
     editor().close();
     const auto host = std::make_shared<ScreenHost>();
     NSApplication::sharedApplication().setDelegate(host);
     editor().setAnno(anno(0));
-    EXPECT_THAT(marginsShown(), testing::ElementsAre(192, 192, 216, 216));
-    click("applyButton");
-    const NSRect same =
-        NSRectFromString(*std::static_pointer_cast<NSString>(anno(0)->attribute(*QzBoundingBoxAttribute)));
-    EXPECT_NEAR(same.origin.x, 0.1, 1e-6);
-    EXPECT_NEAR(same.origin.y, 0.2, 1e-6);
-    EXPECT_NEAR(same.size.width, 0.8, 1e-6);
-    EXPECT_NEAR(same.size.height, 0.6, 1e-6);
+    EXPECT_THAT(marginsShown(), ElementsAre(192, 192, 216, 216));
+    EXPECT_THAT(applied(), ElementsAre(100, 200, 800, 600));
     control<QDoubleSpinBox>("marginsl")->setValue(480);
     control<QDoubleSpinBox>("marginsb")->setValue(0);
-    click("applyButton");
-    const NSRect changed =
-        NSRectFromString(*std::static_pointer_cast<NSString>(anno(0)->attribute(*QzBoundingBoxAttribute)));
-    EXPECT_NEAR(changed.origin.x, 0.25, 1e-6);
-    EXPECT_NEAR(changed.size.width, 0.65, 1e-6);
-    EXPECT_NEAR(changed.size.height, 0.8, 1e-6);
+    EXPECT_THAT(applied(), ElementsAre(250, 200, 650, 800));
 }
 
 TEST_F(AnnoEditor, aClearedFlagRemovesTheAttribute) {
@@ -178,7 +169,7 @@ TEST_F(AnnoEditor, cancelTakesBackEverythingThatWasApplied) {
     EXPECT_FALSE(editorWindow()->isVisible());
 }
 
-TEST_F(AnnoEditor, undoOfARenameGivesBackTheName) {
+TEST_F(AnnoEditor, renamesInAStepOfUndoAndOnlyWhatMayBeRenamed) {
     editor().setAnno(anno(0));
     palette->undoManager()->endEvent();
     editor().setValue("Headline"_ns, "annoname");
@@ -186,24 +177,18 @@ TEST_F(AnnoEditor, undoOfARenameGivesBackTheName) {
     EXPECT_EQ(order(), "D C B Headline Default ");
     palette->undoManager()->undo();
     EXPECT_EQ(order(), "D C B A Default ");
-}
-
-TEST_F(AnnoEditor, neverRenamesTheGlobalAnnotation) {
     editor().setAnno(palette->lookupAnno({}));
     EXPECT_EQ(field("annoname"), "Default");
     EXPECT_FALSE(flag("en_annoname"));
     click("applyButton");
     click("cancelButton");
     EXPECT_EQ(palette->lookupAnno({})->name()->utf8(), "GLOBALS");
-}
-
-TEST_F(AnnoEditor, leavesALockedPaletteAlone) {
     const auto locked = QzAnnoPalette::init();
     manager->setAnnotationPalette(locked);
     editor().setAnno(anno(0));
     editor().setValue("X"_ns, "annoname");
     click("okayButton");
-    EXPECT_EQ(keys[0]->name()->utf8(), "A");
+    EXPECT_EQ(keys[0]->name()->utf8(), "A") << "a locked palette is left alone";
 }
 
 TEST_F(AnnoEditor, keepsToTheAnnotationUnderEdit) {
@@ -241,26 +226,23 @@ TEST_F(AnnoEditor, announcesItsFieldsAndTakesThemFromControls) {
     popup->setFocus();
     QTest::keyClick(popup, Qt::Key_Down);
     EXPECT_EQ(field("halign"), "2");
-    control<QCheckBox>("en_fgcolor")->click();
-    control<QAbstractButton>("fgcolor")->click();
-    auto* panel = NSColorPanel::sharedColorPanel().widget();
-    ASSERT_TRUE(panel);
-    EXPECT_TRUE(panel->isVisible());
-    NSColorPanel::sharedColorPanel().orderOut();
     EXPECT_FALSE(editor().valueForKey("no such field"));
     EXPECT_THAT(log.lines(), testing::Contains("QzAnno binding missing for no such field\n"));
 }
 
-TEST_F(AnnoEditor, takesFontsFromTheFontPanel) {
+TEST_F(AnnoEditor, takesFontsOfAnySpellingAndFromTheFontPanel) {
+    give(0, {{QzFontNameAttribute, "DejaVuSans"_ns}, {QzFontStyleAttribute, "Bold"_ns}});
     editor().setAnno(anno(0));
+    EXPECT_EQ(control<QLineEdit>("font")->text(), "DejaVuSans-Bold");
+    click("applyButton");
+    EXPECT_EQ(anno(0)->attribute(*QzFontAttribute)->description(), "DejaVuSans-Bold");
+    EXPECT_EQ(anno(0)->allAttributes()->count(), 1u);
     auto& fonts = NSFontManager::sharedFontManager();
     fonts.setSelectedFont(NSFont::fontWithName(*"DejaVu Sans Mono"_ns, 24), false);
     editor().changeFont(refTo(fonts));
-    EXPECT_EQ(field("font"), "DejaVuSansMono");
     fonts.setSelectedFont({}, false);
     editor().changeFont(refTo(fonts));
-    EXPECT_EQ(field("font"), "DejaVuSansMono");
-    EXPECT_THAT(log.lines(), testing::Contains("No font!!1\n"));
+    EXPECT_EQ(field("font"), "DejaVuSansMono") << "no font changes nothing";
     editor().editFont({});
     const Ref<NSWindow> panel = fonts.fontPanel(false);
     EXPECT_TRUE(panel->isVisible());
@@ -268,23 +250,6 @@ TEST_F(AnnoEditor, takesFontsFromTheFontPanel) {
         << "sizes are none of the panel's business";
     editor().close();
     EXPECT_FALSE(panel->isVisible());
-}
-
-TEST_F(AnnoEditor, canBeReachedByKeysAndReadAloud) {
-    give(0, {});
-    editor().setAnno(anno(0));
-    for (QWidget* window : {editorWindow(), manager->window()->widget()}) {
-        for (QWidget* control : window->findChildren<QWidget*>()) {
-            if (control->property("binding").isNull() && !dynamic_cast<QAbstractButton*>(control)) continue;
-            // The parts of which the toolkit builds a control have no names.
-            if (control->objectName().isEmpty() || control->objectName().startsWith("qt_")) continue;
-            const auto* button = dynamic_cast<QAbstractButton*>(control);
-            const bool hasText = button && !button->text().isEmpty();
-            if (control->objectName() == "paletteLabel") continue;
-            EXPECT_TRUE(control->focusPolicy() & Qt::TabFocus) << control->objectName().toStdString();
-            EXPECT_TRUE(hasText || !control->accessibleName().isEmpty()) << control->objectName().toStdString();
-        }
-    }
 }
 
 TEST(Box, takesACheckBoxForATitle) {
@@ -299,9 +264,6 @@ TEST(Box, takesACheckBoxForATitle) {
     ASSERT_TRUE(cell);
     EXPECT_EQ(cell->title()->utf8(), "Margins");
     EXPECT_EQ(cell->tag(), 7);
-    EXPECT_EQ(cell->bezelStyle(), NSBezelStyle::smallSquare);
-    EXPECT_EQ(cell->buttonType(), NSButtonType::switchButton);
-    EXPECT_TRUE(widget.isCheckable());
     widget.resize(100, 50);
     widget.show();
     QTest::mouseClick(&widget, Qt::LeftButton, {}, QPoint(12, 8));
@@ -309,7 +271,6 @@ TEST(Box, takesACheckBoxForATitle) {
     EXPECT_TRUE(box->titleIsOn());
     box->setTitleCell(NSTextFieldCell::initTextCell({}));
     EXPECT_FALSE(widget.isCheckable());
-    EXPECT_EQ(widget.title(), "Margins");
 }
 
 }  // namespace

@@ -84,17 +84,13 @@ TEST_F(AnnotationManager, sendsChangesToTheBoundResponderOrUpTheChain) {
     manager->sendChangeAnno(manager->ptable());
     EXPECT_THAT(log.lines(), Contains("changeAnno received, my lord!\n"));
 
+    // One that dies is forgotten.
+    manager->setResponder(std::make_shared<Listener>(), palette);
+    EXPECT_TRUE(manager->setAnnotationPalette(test::paletteWithGlobals({})));
     log.clear();
     document.hide();
     manager->sendChangeAnno(manager->ptable());
     EXPECT_THAT(log.lines(), testing::Not(Contains("changeAnno received, my lord!\n"))) << "nobody is there";
-}
-
-TEST_F(AnnotationManager, forgetsABoundResponderThatDies) {
-    auto listener = std::make_shared<Listener>();
-    manager->setResponder(listener, palette);
-    listener.reset();
-    EXPECT_TRUE(manager->setAnnotationPalette(test::paletteWithGlobals({})));
 }
 
 /// A host's own view of annotated text.

