@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/foundation/DiagnosticText.h"
+#include "platform/foundation/Limits.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSDate.h"
 #include "platform/foundation/NSDictionary.h"
@@ -85,8 +86,11 @@ private:
 };
 
 bool Writer::fail(const std::string& what) {
-    std::string way;
-    for (const std::string& step : path_) way += (way.empty() ? "" : " > ") + step;
+    // The innermost steps say most; a deep nest has too many for a line.
+    constexpr size_t stepsMax = 20;
+    const size_t left = path_.size() - std::min(path_.size(), stepsMax);
+    std::string way = left > 0 ? "…" : "";
+    for (size_t step = left; step < path_.size(); ++step) way += (way.empty() ? "" : " > ") + path_[step];
     error_ = (way.empty() ? "top level" : way) + ": " + what;
     return false;
 }
@@ -201,6 +205,9 @@ bool Writer::writeDictionary(const NSDictionary& dictionary) {
 
 bool Writer::writeValue(const NSObject* value) {
     if (path_.size() >= kDepthMax) return fail("more than " + std::to_string(kDepthMax) + " levels of nesting");
+    // The same object in many places of a small list can make a file without end.
+    if (text_.size() > Limits::kFileBytesMax)
+        return fail("more than the " + std::to_string(Limits::kFileBytesMax) + " bytes that are read at most");
     if (!value) return fail("there is no object, and a property list cannot hold none");
     if (const auto* string = dynamic_cast<const NSString*>(value)) return textElement("string", *string);
     if (const auto* number = dynamic_cast<const NSNumber*>(value)) return writeNumber(*number);
