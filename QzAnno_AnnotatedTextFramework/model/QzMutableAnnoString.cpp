@@ -67,9 +67,9 @@ void QzMutableAnnoString::changeRow(const Ref<QzAnnoKey>& key, const Change& cha
 
 /// Makes rows for the keys that lack one, and in every row room for positions up to `end` and `added` more. What
 /// follows in an edit cannot fail.
-void QzMutableAnnoString::makeRoom(const NSSet& keys, uint64_t end, uint64_t added) {
+void QzMutableAnnoString::makeRoom(const std::vector<Ref<QzAnnoKey>>& keys, uint64_t end, uint64_t added) {
     ObjectMap entries = annotations()->map();
-    for (const Ref<QzAnnoKey>& key : keys.objects<QzAnnoKey>()) {
+    for (const Ref<QzAnnoKey>& key : keys) {
         if (!entries.contains(*key)) entries.set(key, QzAnnoBits::init());
     }
     for (const ObjectMap::Entry& entry : entries.entries()) {
@@ -82,8 +82,9 @@ void QzMutableAnnoString::makeRoom(const NSSet& keys, uint64_t end, uint64_t add
 
 void QzMutableAnnoString::setAnnos(const Ref<NSSet>& keys, Range range) {
     if (!keys) return;
-    makeRoom(*keys, range.end() + 1, 0);
-    for (const Ref<QzAnnoKey>& key : keys->objects<QzAnnoKey>()) bitsFor(*key)->setRange(range);
+    const std::vector<Ref<QzAnnoKey>> added = keys->objects<QzAnnoKey>();
+    makeRoom(added, range.end() + 1, 0);
+    for (const Ref<QzAnnoKey>& key : added) bitsFor(*key)->setRange(range);
 }
 
 void QzMutableAnnoString::addAnno(const Ref<QzAnnoKey>& key, Range range) {
@@ -139,7 +140,7 @@ bool QzMutableAnnoString::replaceCharactersInRange(Range range, const Ref<NSStri
     if (!withString) return false;
     const Ref<NSString> edited = stringReplacing(range, withString->characters());
     if (!edited) return false;
-    makeRoom(*NSSet::set(), uint64_t{length()} + 1, uint64_t{withString->length()} + 1);
+    makeRoom({}, uint64_t{length()} + 1, uint64_t{withString->length()} + 1);
     openRows(*annotations(), range, withString->length());
     setString(edited, false);
     return true;
@@ -176,7 +177,7 @@ void QzMutableAnnoString::appendAnnoString(const QzAnnoString& other) {
 /// Room for the other's rows at the range, which are copied there by `copyBitsOf`; that may make the other's rows grow.
 void QzMutableAnnoString::makeRoomFor(const QzAnnoString& other, Range range) {
     for (const ObjectMap::Entry& entry : other.annotations()->map().entries()) bitsOf(entry).reserve(range.end() + 2);
-    makeRoom(*other.allKeys(), uint64_t{length()} + 1, uint64_t{range.length} + 1);
+    makeRoom(other.allKeys()->objects<QzAnnoKey>(), uint64_t{length()} + 1, uint64_t{range.length} + 1);
 }
 
 void QzMutableAnnoString::copyBitsOf(const QzAnnoString& other, Range toRange) {

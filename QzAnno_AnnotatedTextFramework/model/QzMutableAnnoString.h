@@ -91,7 +91,7 @@ private:
     Ref<NSString> stringReplacing(Range range, std::u16string_view characters) const;
     template <class Change>
     void changeRow(const Ref<QzAnnoKey>& key, const Change& change);
-    void makeRoom(const NSSet& keys, uint64_t end, uint64_t added);
+    void makeRoom(const std::vector<Ref<QzAnnoKey>>& keys, uint64_t end, uint64_t added);
     void makeRoomFor(const QzAnnoString& other, Range range);
     void openRows(const NSDictionary& rows, Range range, uint32_t newLength);
     void copyBitsOf(const QzAnnoString& other, Range toRange);
