@@ -86,11 +86,13 @@ private:
 };
 
 bool Writer::fail(const std::string& what) {
-    // The innermost steps say most; a deep nest has too many for a line.
-    constexpr size_t stepsMax = 20;
-    const size_t left = path_.size() - std::min(path_.size(), stepsMax);
-    std::string way = left > 0 ? "…" : "";
-    for (size_t step = left; step < path_.size(); ++step) way += (way.empty() ? "" : " > ") + path_[step];
+    // A deep nest has too many steps for a line.
+    constexpr size_t stepsAtEachEnd = 10;
+    std::string way;
+    for (size_t step = 0; step < path_.size(); ++step) {
+        const bool isShown = step < stepsAtEachEnd || path_.size() - step <= stepsAtEachEnd;
+        if (isShown || step == stepsAtEachEnd) way += (way.empty() ? "" : " > ") + (isShown ? path_[step] : "…");
+    }
     error_ = (way.empty() ? "top level" : way) + ": " + what;
     return false;
 }
