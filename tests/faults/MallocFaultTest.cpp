@@ -170,8 +170,7 @@ Totals failEachMalloc(const Work& work, uint64_t tries) {
 
 void print(const char* what, const Totals& totals) {
     std::printf(
-        "%s: %llu allocations, %llu failed, %llu refusals, %llu without consequence, %llu drawn otherwise by HarfBuzz "
-        "or Fontconfig",
+        "%s: %llu allocations, %llu failed, %llu refusals, %llu without consequence, %llu without a font or glyph",
         what, static_cast<unsigned long long>(totals.allocations), static_cast<unsigned long long>(totals.failed),
         static_cast<unsigned long long>(totals.refused), static_cast<unsigned long long>(totals.absorbed),
         static_cast<unsigned long long>(totals.otherwise));

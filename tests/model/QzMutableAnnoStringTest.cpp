@@ -285,15 +285,16 @@ private:
 };
 
 TEST(QzMutableAnnoString, BehavesAsOneSetACharacterUnderRandomEdits) {
-    // Texts longer than a new bit set have rows that end inside the text.
-    for (const auto& [length, seeds, steps] : {std::tuple{8u, 60u, 80}, std::tuple{3000u, 6u, 60}}) {
+    // A million edits in all. Texts longer than a new bit set have rows that end inside the text.
+    for (const auto& [length, seeds, steps, stepsToCheck] :
+         {std::tuple{8u, 200u, 100, 3}, std::tuple{3000u, 6u, 60, 3}, std::tuple{20u, 980u, 1000, 50}}) {
         for (uint32_t seed = 1; seed <= seeds; ++seed) {
             SCOPED_TRACE(testing::Message() << "seed " << seed << ", length " << length);
             CharacterModel model(seed, length);
             for (int step = 0; step < steps; ++step) {
                 model.edit();
                 // Not after each edit, since the checks grow the bit sets.
-                if (step % 3 == 0) model.check();
+                if (step % stepsToCheck == 0) model.check();
                 if (testing::Test::HasFatalFailure()) return;
             }
         }
