@@ -162,6 +162,69 @@ TEST(AllocationFault, LeavesAnAnnotatedStringAsItWas) {
     EXPECT_GT(failed, 50u);
 }
 
+/// The names in their order, each with its number of attributes, and what could be undone.
+std::string stackOf(const QzAnnoPalette& palette) {
+    std::string text;
+    for (int32_t priority = 0; priority <= palette.maxPriority(); ++priority) {
+        const Ref<QzAnnoKey> key = palette.annoKeyAtPriority(priority);
+        text += key->name()->utf8() + std::to_string(palette.lookupAnno(key)->allAttributes()->count());
+        if (palette.lookupPrio(key) != priority || !key->valid()) text += " astray";
+        text += ",";
+    }
+    return text;
+}
+
+/// Edits a palette without memory, and undoes all of it: the stack is whole at any moment, and edits and undoing go on.
+TEST(AllocationFault, LeavesAPaletteAndItsUndoManagerWhole) {
+    const std::function<void(QzAnnoPalette&)> edits[] = {
+        [](auto& palette) { palette.createAnno("d"_ns); },
+        [](auto& palette) { palette.removeAnno(palette.annoKeyAtPriority(2)); },
+        [](auto& palette) { palette.setAnnoKey(palette.annoKeyAtPriority(1), 3); },
+        [](auto& palette) { palette.increasePriorityOfAnnoKey(palette.annoKeyAtPriority(1)); },
+        [](auto& palette) {
+            const Ref<QzMutableAnno> changed = palette.lookupAnno(palette.annoKeyAtPriority(1))->mutableCopy();
+            changed->setAttribute("size"_ns, "large"_ns);
+            palette.replaceAnno(changed);
+        },
+        [](auto& palette) { palette.undoManager()->undo(); },
+    };
+    setStandardErrorHook([](std::string_view) {});
+    uint64_t failed = 0;
+    for (const auto& edit : edits) {
+        const auto make = [&] {
+            const Ref<QzAnnoPalette> palette = test::paletteWithGlobals({});
+            // Twenty, so that the table has an index.
+            for (int i = 0; i < 20; ++i)
+                palette->createAnno(NSString::stringWithUTF8String(std::string(1, char('a' + i))));
+            palette->undoManager()->endEvent();
+            palette->removeAnno(palette->annoKeyAtPriority(7));
+            palette->undoManager()->endEvent();
+            return palette;
+        };
+        const Ref<QzAnnoPalette> before = make(), after = make();
+        edit(*after);
+        for (uint64_t number = 1; number < 1000; ++number) {
+            const Ref<QzAnnoPalette> palette = make();
+            try {
+                const test::FailingAllocation failing(number);
+                edit(*palette);
+                if (failing.count() < number) break;
+            } catch (const std::bad_alloc&) {
+                ++failed;
+            }
+            const std::string stack = stackOf(*palette);
+            EXPECT_TRUE(stack == stackOf(*before) || stack == stackOf(*after))
+                << stack << " after allocation " << number;
+            palette->undoManager()->endEvent();
+            for (int undone = 0; undone < 5 && palette->undoManager()->undo(); ++undone) continue;
+            EXPECT_EQ(stackOf(*palette), "GLOBALS0,") << "undone after the failure of allocation " << number;
+        }
+    }
+    setStandardErrorHook({});
+    RecordProperty("allocationsFailed", std::to_string(failed));
+    EXPECT_GT(failed, 20u);
+}
+
 TEST(AllocationFault, LeavesAnAttributedStringAsItWas) {
     const Ref<NSDictionary> red = test::dictionaryOf({{"colour"_ns, "red"_ns}});
     const Ref<NSDictionary> large = test::dictionaryOf({{"size"_ns, test::number(90)}});
