@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <string_view>
 
+#include <fuzzer/FuzzedDataProvider.h>
+
 #include "platform/foundation/NSLog.h"
 
 namespace qz::fuzz {
@@ -25,6 +27,13 @@ inline void require(bool holds, const char* what) {
     std::fprintf(stderr, "does not hold: %s\n", what);
     std::abort();
 }
+
+/// Choices for the checks that tests make as well.
+class Input : public FuzzedDataProvider {
+public:
+    using FuzzedDataProvider::FuzzedDataProvider;
+    static void require(bool holds, const char* what) { fuzz::require(holds, what); }
+};
 
 }  // namespace qz::fuzz
 

@@ -32,7 +32,7 @@ Ref<QzMutableAnno> QzAnno::mutableCopy() const {
 std::string QzAnno::description() const {
     std::string text = stringWithFormat("Annotation \"%@\" (%@)", {name(), key_});
     for (const ObjectMap::Entry& entry : attributes_->map().entries()) {
-        text += stringWithFormat("\t%@ = %@\n", {entry.key, entry.value});
+        text += stringWithFormat("\t%@ = %@\n", {heldDescription(entry.key.get()), heldDescription(entry.value.get())});
     }
     return text;
 }

@@ -33,6 +33,11 @@ Ref<QzAnnoBits> QzAnnoBits::initWithBytes(std::string_view bytes) {
     return Ref<QzAnnoBits>(new QzAnnoBits({bytes.begin(), bytes.end()}));
 }
 
+void QzAnnoBits::reserve(uint64_t positions) const {
+    if (positions <= bits_.capacity() || positions > kPositionMax + 1) return;
+    bits_.reserve(std::max<uint64_t>(positions, 2 * uint64_t{bits_.capacity()}));
+}
+
 /// Makes the position exist; false when it cannot be held.
 bool QzAnnoBits::cover(uint64_t position) const {
     if (position > kPositionMax) return false;

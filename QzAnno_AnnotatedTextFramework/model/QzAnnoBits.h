@@ -29,6 +29,9 @@ public:
     /// One byte a position; valid until the next call that may grow the row.
     std::string_view bytes() const { return {bits_.data(), bits_.size()}; }
 
+    /// Takes the memory for so many positions, which shows nowhere else. Edits that then stay within them do not fail.
+    void reserve(uint64_t positions) const;
+
     /// Sets every position of `range`; afterwards at least one position beyond the range exists. So do the next two.
     void setRange(Range range);
     void clearRange(Range range);

@@ -1,5 +1,7 @@
 #include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
 
+#include <algorithm>
+
 #include "QzAnno_AnnotatedTextFramework/model/QzAnnoAttributeName.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/text/NSAttributedString.h"
@@ -47,30 +49,54 @@ Ref<QzMutableAnnoString> QzMutableAnnoString::initWithKeyedAttributedString(
 }
 
 Ref<QzAnnoBits> QzMutableAnnoString::bitsFor(const Ref<QzAnnoKey>& key) {
-    if (!key) return {};
-    if (Ref<QzAnnoBits> bits = bitsFor(*key)) return bits;
-    Ref<QzAnnoBits> bits = QzAnnoBits::init();
+    changeRow(key, [](QzAnnoBits&) {});
+    return key ? bitsFor(*key) : Ref<QzAnnoBits>();
+}
+
+/// Changes the key's row. A new row becomes the string's only once it is changed.
+template <class Change>
+void QzMutableAnnoString::changeRow(const Ref<QzAnnoKey>& key, const Change& change) {
+    if (!key) return;
+    if (const Ref<QzAnnoBits> row = bitsFor(*key)) return change(*row);
+    const Ref<QzAnnoBits> row = QzAnnoBits::init();
+    change(*row);
     ObjectMap entries = annotations()->map();
-    entries.set(key, bits);
+    entries.set(key, row);
     setAnnotations(NSDictionary::dictionaryWithMap(std::move(entries)), false);
-    return bits;
+}
+
+/// Makes rows for the keys that lack one, and in every row room for positions up to `end` and `added` more. What
+/// follows in an edit cannot fail.
+void QzMutableAnnoString::makeRoom(const std::vector<Ref<QzAnnoKey>>& keys, uint64_t end, uint64_t added) {
+    ObjectMap entries = annotations()->map();
+    for (const Ref<QzAnnoKey>& key : keys) {
+        if (!entries.contains(*key)) entries.set(key, QzAnnoBits::init());
+    }
+    for (const ObjectMap::Entry& entry : entries.entries()) {
+        QzAnnoBits& row = bitsOf(entry);
+        row.reserve(std::max<uint64_t>(row.size(), end) + added);
+    }
+    if (entries.size() > annotations()->count())
+        setAnnotations(NSDictionary::dictionaryWithMap(std::move(entries)), false);
 }
 
 void QzMutableAnnoString::setAnnos(const Ref<NSSet>& keys, Range range) {
     if (!keys) return;
-    for (const Ref<QzAnnoKey>& key : keys->objects<QzAnnoKey>()) addAnno(key, range);
+    const std::vector<Ref<QzAnnoKey>> added = keys->objects<QzAnnoKey>();
+    makeRoom(added, range.end() + 1, 0);
+    for (const Ref<QzAnnoKey>& key : added) bitsFor(*key)->setRange(range);
 }
 
 void QzMutableAnnoString::addAnno(const Ref<QzAnnoKey>& key, Range range) {
-    if (const Ref<QzAnnoBits> bits = bitsFor(key)) bits->setRange(range);
+    changeRow(key, [range](QzAnnoBits& row) { row.setRange(range); });
 }
 
 void QzMutableAnnoString::removeAnno(const Ref<QzAnnoKey>& key, Range range) {
-    if (const Ref<QzAnnoBits> bits = bitsFor(key)) bits->clearRange(range);
+    changeRow(key, [range](QzAnnoBits& row) { row.clearRange(range); });
 }
 
 void QzMutableAnnoString::toggleAnno(const Ref<QzAnnoKey>& key, Range range) {
-    if (const Ref<QzAnnoBits> bits = bitsFor(key)) bits->toggleRange(range);
+    changeRow(key, [range](QzAnnoBits& row) { row.toggleRange(range); });
 }
 
 void QzMutableAnnoString::toggleFrameAnno(const Ref<QzAnnoKey>& key) {
@@ -96,12 +122,9 @@ bool QzMutableAnnoString::deleteCharactersInRange(Range range) {
     return replaceCharactersInRange(range, NSString::string());
 }
 
-bool QzMutableAnnoString::replaceCharactersInRange(Range range, const Ref<NSString>& withString) {
-    if (!withString) return false;
-    const Ref<NSString> edited = stringReplacing(range, withString->characters());
-    if (!edited) return false;
-    const uint32_t newLength = withString->length();
-    for (const ObjectMap::Entry& entry : annotations()->map().entries()) {
+/// Makes the positions of the range as many as the new text has: opens those in excess behind it, or closes the last.
+void QzMutableAnnoString::openRows(const NSDictionary& rows, Range range, uint32_t newLength) {
+    for (const ObjectMap::Entry& entry : rows.map().entries()) {
         if (newLength > range.length) {
             bitsOf(entry).insertRange({range.location + range.length, newLength - range.length});
         } else if (newLength < range.length) {
@@ -111,40 +134,61 @@ bool QzMutableAnnoString::replaceCharactersInRange(Range range, const Ref<NSStri
             bitsOf(entry).removeRange({range.location + newLength, range.length - newLength});
         }
     }
+}
+
+bool QzMutableAnnoString::replaceCharactersInRange(Range range, const Ref<NSString>& withString) {
+    if (!withString) return false;
+    const Ref<NSString> edited = stringReplacing(range, withString->characters());
+    if (!edited) return false;
+    makeRoom({}, uint64_t{length()} + 1, uint64_t{withString->length()} + 1);
+    openRows(*annotations(), range, withString->length());
     setString(edited, false);
     return true;
 }
 
 bool QzMutableAnnoString::replaceCharactersInRange(Range range, const QzAnnoString& withAnnoString) {
     if (&withAnnoString == this) return replaceCharactersInRange(range, *copy());
-    return deleteCharactersInRange(range) && insertAnnoString(withAnnoString, range.location);
+    const Range inserted{range.location, withAnnoString.length()};
+    const Ref<NSString> edited = stringReplacing(range, withAnnoString.string()->characters());
+    if (!edited) return false;
+    // Rows that are new are clear, and need no moving.
+    const Ref<NSDictionary> rows = annotations();
+    makeRoomFor(withAnnoString, inserted);
+    openRows(*rows, range, 0);
+    openRows(*rows, {range.location, 0}, inserted.length);
+    setString(edited, false);
+    copyBitsOf(withAnnoString, inserted);
+    return true;
 }
 
 bool QzMutableAnnoString::insertAnnoString(const QzAnnoString& other, uint32_t atIndex) {
-    if (&other == this) return insertAnnoString(*copy(), atIndex);
-    const Range inserted{atIndex, other.length()};
-    if (!replaceCharactersInRange({atIndex, 0}, other.string())) return false;
-    copyBitsOf(other, inserted);
-    return true;
+    return replaceCharactersInRange({atIndex, 0}, other);
 }
 
 void QzMutableAnnoString::appendAnnoString(const QzAnnoString& other) {
     if (&other == this) return appendAnnoString(*copy());
     const Range appended{length(), other.length()};
     const Ref<NSString> edited = stringReplacing({length(), 0}, other.string()->characters());
-    copyBitsOf(other, appended);
+    makeRoomFor(other, appended);
     setString(edited, false);
+    copyBitsOf(other, appended);
+}
+
+/// Room for the other's rows at the range, which are copied there by `copyBitsOf`; that may make the other's rows grow.
+void QzMutableAnnoString::makeRoomFor(const QzAnnoString& other, Range range) {
+    for (const ObjectMap::Entry& entry : other.annotations()->map().entries()) bitsOf(entry).reserve(range.end() + 2);
+    makeRoom(other.allKeys()->objects<QzAnnoKey>(), uint64_t{length()} + 1, uint64_t{range.length} + 1);
 }
 
 void QzMutableAnnoString::copyBitsOf(const QzAnnoString& other, Range toRange) {
     for (const ObjectMap::Entry& entry : other.annotations()->map().entries()) {
-        bitsFor(std::static_pointer_cast<QzAnnoKey>(entry.key))->copyBits(bitsOf(entry), toRange);
+        bitsFor(static_cast<const QzAnnoKey&>(*entry.key))->copyBits(bitsOf(entry), toRange);
     }
 }
 
 void QzMutableAnnoString::setAnnoString(const QzAnnoString& other) {
-    setString(other.string(), true);
     setAnnotations(other.annotations(), true);
+    setString(other.string(), true);
 }
 
 bool QzMutableAnnoString::isEqual(const NSObject& other) const {

@@ -46,6 +46,8 @@ public:
 };
 
 /// An annotated string that is edited in place. Keys are never removed once added.
+///
+/// An edit that ends with `std::bad_alloc` has changed nothing.
 class QzMutableAnnoString final : public QzAnnoString, public QzAnnoStringWriting {
 public:
     static Ref<QzMutableAnnoString> init();
@@ -87,6 +89,11 @@ private:
     using QzAnnoString::QzAnnoString;
 
     Ref<NSString> stringReplacing(Range range, std::u16string_view characters) const;
+    template <class Change>
+    void changeRow(const Ref<QzAnnoKey>& key, const Change& change);
+    void makeRoom(const std::vector<Ref<QzAnnoKey>>& keys, uint64_t end, uint64_t added);
+    void makeRoomFor(const QzAnnoString& other, Range range);
+    void openRows(const NSDictionary& rows, Range range, uint32_t newLength);
     void copyBitsOf(const QzAnnoString& other, Range toRange);
 };
 

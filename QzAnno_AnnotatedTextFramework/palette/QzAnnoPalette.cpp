@@ -107,12 +107,16 @@ Ref<QzAnno> QzAnnoPalette::addNewAnno(const Ref<NSString>& name) {
 /// Files the annotation itself under its key, at the priority or as near to it as there is one.
 void QzAnnoPalette::addAnno(const Ref<QzAnno>& anno, int32_t atPrio) {
     const Ref<QzAnnoKey> key = anno->annokey();
+    // The inverse of a removal that ended without memory before it removed anything.
+    if (contains(key)) return;
+    // Memory first, and the inverse before the edit: once the table has the key, the row must follow.
+    if (priorities_->size() == priorities_->capacity()) priorities_->reserve(2 * priorities_->size() + 8);
+    invocationTarget().invoke([this, key] { removeAnno(key); });
+    setUndoActionName("Create Annotation");
     reverse_lookup_->set(key, anno);
     if (reverse_lookup_->find(*key) != anno) NSStandardError("Created anno didn't get into the table\n");
     priorities_->insert(priorities_->begin() + (std::clamp(atPrio, 1, maxPriority() + 1) - 1), key);
     key->setPalette(refTo(*this));
-    invocationTarget().invoke([this, key] { removeAnno(key); });
-    setUndoActionName("Create Annotation");
 }
 
 bool QzAnnoPalette::removeAnno(const Ref<QzAnnoKey>& keyToRemove) {
@@ -136,10 +140,11 @@ bool QzAnnoPalette::replaceAnno(const Ref<QzAnno>& anno) {
     if (!isGlobal(key) && !contains(key)) return false;
     invocationTarget().invoke([this, former = lookupAnno(key)] { replaceAnno(former); });
     setUndoActionName("Change Annotation");
+    const Ref<QzAnno> copy = anno->copy();
     if (isGlobal(key))
-        globals_ = anno->copy();
+        globals_ = copy;
     else
-        reverse_lookup_->set(key, anno->copy());
+        reverse_lookup_->set(key, copy);
     postAnnoChanged(key);
     return true;
 }

@@ -14,8 +14,8 @@ inline constexpr uint64_t kFileBytesMax = uint64_t{256} << 20;
 inline constexpr uint32_t kTitleUnitsMax = 1u << 24;
 /// Annotations of a palette above the global one. A title holds a byte for each of its units and annotations.
 inline constexpr int32_t kAnnotationsMax = 65536;
-/// Objects inside objects, in archives and in property lists, both ways: what holds them is copied, compared and freed
-/// by recursion.
+/// Objects inside objects, in archives and in property lists, both ways; what a host nests deeper is not compared or
+/// described further.
 inline constexpr uint32_t kNestingMax = 512;
 /// Pixels of one bitmap of the library's own: 16384 x 16384 of RGBA.
 inline constexpr uint64_t kBitmapBytesMax = uint64_t{1} << 30;

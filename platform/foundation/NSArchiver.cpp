@@ -3,7 +3,6 @@
 #include <cassert>
 #include <cmath>
 #include <unordered_map>
-#include <vector>
 
 #include "platform/foundation/CodedGraph.h"
 #include "platform/foundation/DiagnosticText.h"
@@ -25,9 +24,6 @@ struct NSArchiver::State {
     CodedGraph graph;
     std::unordered_map<const NSObject*, WrittenObject> objects;
     std::unordered_map<std::string, EncodedTypes> types;
-    // Of the failure, innermost first.
-    std::vector<std::string> places;
-    std::string reason;
 };
 
 NSArchiver::NSArchiver() : state_(std::make_unique<State>()) {}
@@ -47,17 +43,14 @@ Ref<NSData> NSArchiver::archivedDataWithRootObject(const Ref<NSObject>& rootObje
 
 void NSArchiver::fail(std::string reason) {
     if (hasFailed()) return;
-    state_->reason = oneLine(reason);
-    error_ = state_->reason;
+    error_ = oneLine(reason);
 }
 
 void NSArchiver::addPlaceOfFailure(std::string_view place) {
-    if (!hasFailed()) return;
-    std::vector<std::string>& places = state_->places;
-    places.push_back(oneLine(place));
-    error_.clear();
-    for (auto step = places.rbegin(); step != places.rend(); ++step) error_ += *step + " > ";
-    error_ += state_->reason;
+    // The innermost places say most; a deep nest has too many for a line.
+    constexpr size_t bytesMax = 500;
+    if (!hasFailed() || error_.starts_with("…")) return;
+    error_.insert(0, (error_.size() < bytesMax ? oneLine(place) : "…") + " > ");
 }
 
 bool NSArchiver::countKey(size_t entries) {
@@ -166,6 +159,8 @@ void NSArchiver::writeObject(const Ref<NSObject>& object) {
     const auto known = state_->objects.find(object.get());
     if (known == state_->objects.end()) return writeNewObject(object);
     const auto& [kept, number, hasEnded, extent] = known->second;
+    if (!hasEnded && !codedClassNamed(object->className())->allocate)
+        return fail("an object of class " + object->className() + " that holds itself, which its readers refuse");
     // Of an object that refers to itself the reader knows as little as we do here.
     if (!graph.refer(hasEnded ? extent : CodedGraph::Extent{0, 1})) fail(graph.refusal());
     state_->writer.writeReference(number);

@@ -2,12 +2,12 @@
 
 #include <vector>
 
-#include "platform/foundation/NSObject.h"
+#include "platform/foundation/ObjectHolder.h"
 
 namespace qz {
 
 /// An immutable row of objects. Equal when both hold equal elements in the same order.
-class NSArray final : public NSObject {
+class NSArray final : public ObjectHolder {
 public:
     static Ref<NSArray> array();
     static Ref<NSArray> arrayWithObjects(std::vector<Ref<NSObject>> elements);

@@ -9,23 +9,24 @@ Ref<NSDictionary> NSDictionary::dictionary() {
 }
 
 Ref<NSDictionary> NSDictionary::dictionaryWithMap(ObjectMap map) {
-    return Ref<NSDictionary>(new NSDictionary(std::move(map)));
+    return owned(new NSDictionary(std::move(map)));
 }
 
 bool NSDictionary::isEqual(const NSObject& other) const {
     if (this == &other) return true;
     const auto* dictionary = dynamic_cast<const NSDictionary*>(&other);
-    if (!dictionary || dictionary->count() != count()) return false;
+    const Descent descent;
+    if (!dictionary || dictionary->count() != count() || !descent.mayGoOn()) return false;
     return std::ranges::all_of(map_.entries(), [&](const ObjectMap::Entry& entry) {
-        const Ref<NSObject> value = dictionary->objectForKey(*entry.key);
-        return value && value->isEqual(*entry.value);
+        return dictionary->map_.contains(*entry.key) && areEqual(dictionary->objectForKey(*entry.key), entry.value);
     });
 }
 
 std::string NSDictionary::description() const {
     std::string text = "{";
     for (const ObjectMap::Entry& entry : map_.entries()) {
-        text += (text.size() > 1 ? "; " : "") + entry.key->description() + " = " + entry.value->description();
+        text += (text.size() > 1 ? "; " : "") + heldDescription(entry.key.get()) + " = " +
+                heldDescription(entry.value.get());
     }
     return text + "}";
 }

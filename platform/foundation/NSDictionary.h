@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/ObjectHolder.h"
 #include "platform/foundation/ObjectMap.h"
 
 namespace qz {
@@ -7,7 +8,7 @@ namespace qz {
 /// An immutable dictionary in insertion order. To edit one, copy its `map()`, change that, and make a new dictionary.
 ///
 /// Equal when both hold equal values under equal keys, in whatever order.
-class NSDictionary final : public NSObject {
+class NSDictionary final : public ObjectHolder {
 public:
     static Ref<NSDictionary> dictionary();
     static Ref<NSDictionary> dictionaryWithMap(ObjectMap map);

@@ -16,13 +16,14 @@ Ref<NSSet> NSSet::setWithObject(Ref<NSObject> member) {
 }
 
 Ref<NSSet> NSSet::setWithMap(ObjectMap map) {
-    return Ref<NSSet>(new NSSet(std::move(map)));
+    return owned(new NSSet(std::move(map)));
 }
 
 bool NSSet::isEqual(const NSObject& other) const {
     if (this == &other) return true;
     const auto* set = dynamic_cast<const NSSet*>(&other);
-    if (!set || set->count() != count()) return false;
+    const Descent descent;
+    if (!set || set->count() != count() || !descent.mayGoOn()) return false;
     return std::ranges::all_of(map_.entries(),
                                [&](const ObjectMap::Entry& entry) { return set->containsObject(*entry.key); });
 }
@@ -30,7 +31,7 @@ bool NSSet::isEqual(const NSObject& other) const {
 std::string NSSet::description() const {
     std::string text = "{(";
     for (const ObjectMap::Entry& entry : map_.entries()) {
-        text += (text.size() > 2 ? ", " : "") + entry.key->description();
+        text += (text.size() > 2 ? ", " : "") + heldDescription(entry.key.get());
     }
     return text + ")}";
 }

@@ -2,12 +2,13 @@
 
 #include <vector>
 
+#include "platform/foundation/ObjectHolder.h"
 #include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 
 /// An immutable set in insertion order. Equal when both hold equal members, in whatever order.
-class NSSet final : public NSObject {
+class NSSet final : public ObjectHolder {
 public:
     static Ref<NSSet> set();
     static Ref<NSSet> setWithObject(Ref<NSObject> member);

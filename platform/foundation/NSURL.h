@@ -1,12 +1,13 @@
 #pragma once
 
 #include "platform/foundation/NSString.h"
+#include "platform/foundation/ObjectHolder.h"
 
 namespace qz {
 
 /// An immutable address as it is written, and the one that it is relative to, if any; nothing is parsed or resolved.
 /// Equal when both are.
-class NSURL final : public NSObject {
+class NSURL final : public ObjectHolder {
 public:
     static Ref<NSURL> URLWithString(Ref<NSString> string, Ref<NSURL> relativeToURL = {});
 

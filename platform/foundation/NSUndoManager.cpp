@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 #include <utility>
 
 #include "platform/foundation/NSNotificationCenter.h"
@@ -25,7 +26,9 @@ void NSUndoManager::registerAction(Action action) {
     std::vector<Group> forgotten;
     if (activity_ == Activity::recording) forgotten = std::exchange(redo_, {});
     if (open_.empty() && !groupsByEvent_) {
-        undo_.emplace_back().actions.push_back(std::move(action));
+        Group group;
+        group.actions.push_back(std::move(action));
+        undo_.push_back(std::move(group));
         return;
     }
     if (open_.empty()) {
@@ -115,23 +118,35 @@ bool NSUndoManager::playBack(Activity activity, std::vector<Group>& from, std::v
     if (activity_ != Activity::recording) return false;
     endEvent();
     if (!open_.empty() || from.empty()) return false;
+    beginUndoGrouping();
     playing_ = std::move(from.back());
     from.pop_back();
-    const std::string name = playing_.name;
     activity_ = activity;
-    beginUndoGrouping();
-    // A call may remove others of its group.
-    while (!playing_.actions.empty()) {
-        const Action action = std::move(playing_.actions.back());
-        playing_.actions.pop_back();
-        action.call();
+    const auto stop = [&] {
+        while (open_.size() > 1) mergeInnermostIntoOuter();
+        activity_ = Activity::recording;
+        Group inverse = std::move(open_.front());
+        open_.clear();
+        if (inverse.name.empty()) inverse.name = playing_.name;
+        if (!inverse.actions.empty()) inverses.push_back(std::move(inverse));
+    };
+    std::list<Action> current;
+    try {
+        // A call may remove others of its group.
+        while (!playing_.actions.empty()) {
+            current.splice(current.end(), playing_.actions, std::prev(playing_.actions.end()));
+            current.back().call();
+            current.clear();
+        }
+    } catch (const std::bad_alloc&) {
+        // What is not played back yet can be played back later.
+        playing_.actions.splice(playing_.actions.end(), current);
+        stop();
+        from.push_back(std::exchange(playing_, {}));
+        throw;
     }
-    while (open_.size() > 1) mergeInnermostIntoOuter();
-    activity_ = Activity::recording;
-    Group inverse = std::move(open_.front());
-    open_.clear();
-    if (inverse.name.empty()) inverse.name = name;
-    if (!inverse.actions.empty()) inverses.push_back(std::move(inverse));
+    stop();
+    playing_ = {};
     NSNotificationCenter::defaultCenter().postNotificationName(
         activity == Activity::undoing ? NSUndoManagerDidUndoChangeNotification : NSUndoManagerDidRedoChangeNotification,
         refTo(*this));

@@ -1,6 +1,7 @@
 #include "platform/foundation/ObjectMap.h"
 
 #include <bit>
+#include <new>
 
 namespace qz {
 namespace {
@@ -34,9 +35,14 @@ void ObjectMap::enterIndex(size_t entry) {
 }
 
 void ObjectMap::rebuildIndex() {
+    // Without memory for an index the entries are scanned.
     index_.clear();
     if (entries_.size() <= kScannedMax) return;
-    index_.resize(std::bit_ceil(entries_.size() * 4));
+    try {
+        index_.resize(std::bit_ceil(entries_.size() * 4));
+    } catch (const std::bad_alloc&) {
+        return;
+    }
     for (size_t i = 0; i < entries_.size(); ++i) enterIndex(i);
 }
 

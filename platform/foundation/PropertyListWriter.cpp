@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/foundation/DiagnosticText.h"
+#include "platform/foundation/Limits.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSDate.h"
 #include "platform/foundation/NSDictionary.h"
@@ -85,8 +86,13 @@ private:
 };
 
 bool Writer::fail(const std::string& what) {
+    // A deep nest has too many steps for a line.
+    constexpr size_t stepsAtEachEnd = 10;
     std::string way;
-    for (const std::string& step : path_) way += (way.empty() ? "" : " > ") + step;
+    for (size_t step = 0; step < path_.size(); ++step) {
+        const bool isShown = step < stepsAtEachEnd || path_.size() - step <= stepsAtEachEnd;
+        if (isShown || step == stepsAtEachEnd) way += (way.empty() ? "" : " > ") + (isShown ? path_[step] : "…");
+    }
     error_ = (way.empty() ? "top level" : way) + ": " + what;
     return false;
 }
@@ -201,6 +207,9 @@ bool Writer::writeDictionary(const NSDictionary& dictionary) {
 
 bool Writer::writeValue(const NSObject* value) {
     if (path_.size() >= kDepthMax) return fail("more than " + std::to_string(kDepthMax) + " levels of nesting");
+    // The same object in many places of a small list can make a file without end.
+    if (text_.size() > Limits::kFileBytesMax)
+        return fail("more than the " + std::to_string(Limits::kFileBytesMax) + " bytes that are read at most");
     if (!value) return fail("there is no object, and a property list cannot hold none");
     if (const auto* string = dynamic_cast<const NSString*>(value)) return textElement("string", *string);
     if (const auto* number = dynamic_cast<const NSNumber*>(value)) return writeNumber(*number);

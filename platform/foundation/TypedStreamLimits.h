@@ -9,7 +9,8 @@
 /// written can be read; the largest stream known nests 26 objects.
 namespace qz::TypedStreamLimits {
 
-/// Objects inside objects, through references too: copying, comparing and freeing the objects recurses as deep as that.
+/// Objects inside objects, through references too: reading, comparing and describing the objects recurses as deep as
+/// that.
 inline constexpr uint32_t kNestingMax = Limits::kNestingMax;
 inline constexpr uint32_t kSuperclassesMax = 64;
 /// Characters of one type string, and brackets inside brackets.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
 
 #include <cairo.h>
 
@@ -104,6 +105,8 @@ void drawShapeInto(CoverageMask& mask, const DeviceShape& shape, bool antialias)
     const std::unique_ptr<cairo_t, Destroy> cairo(cairo_create(surface.get()));
     cairo_set_antialias(cairo.get(), antialias ? CAIRO_ANTIALIAS_DEFAULT : CAIRO_ANTIALIAS_NONE);
     drawShape(cairo.get(), shape, mask.box);
+    // Cairo goes on without what it found no memory for.
+    if (cairo_status(cairo.get()) == CAIRO_STATUS_NO_MEMORY) throw std::bad_alloc();
     cairo_surface_flush(surface.get());
 }
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <new>
 #include <numbers>
 
 #include <cairo.h>
@@ -246,6 +247,7 @@ void PictureCanvas::endGroup(CompositeMode mode) {
 }
 
 Ref<NSBitmapImageRep> PictureCanvas::picture() const {
+    if (cairo_status(surface_->cairo.get()) == CAIRO_STATUS_NO_MEMORY) throw std::bad_alloc();
     cairo_surface_t* const surface = surface_->surface.get();
     cairo_surface_flush(surface);
     const uint8_t* const pixels = cairo_image_surface_get_data(surface);

@@ -118,12 +118,12 @@ public:
 private:
     bool open() {
         if (isOpened_) return face_ != nullptr;
+        const auto size = static_cast<FT_Long>(file_.size());
+        // The library may be there from a time when memory ran out behind it.
+        const bool isFont = (library_ || succeeded(FT_Init_FreeType(&library_))) &&
+                            succeeded(FT_New_Memory_Face(library_, file_.data(), size, index_, &face_));
         isOpened_ = true;
-        if (FT_Init_FreeType(&library_) != 0 ||
-            FT_New_Memory_Face(library_, file_.data(), static_cast<FT_Long>(file_.size()), index_, &face_) != 0) {
-            face_ = nullptr;
-            return false;
-        }
+        if (!isFont) return false;
         if (FT_Palette_Data data; FT_Palette_Data_Get(face_, &data) == 0) paletteSize_ = data.num_palette_entries;
         if (FT_Palette_Select(face_, 0, &palette_) != 0) palette_ = nullptr;
         FT_ULong length = 0;
@@ -143,7 +143,7 @@ private:
 
     NSBezierPath outlineOf(uint32_t glyph) {
         constexpr FT_Int32 flags = FT_LOAD_NO_SCALE | FT_LOAD_NO_HINTING | FT_LOAD_NO_BITMAP;
-        if (!FT_IS_SCALABLE(face_) || FT_Load_Glyph(face_, glyph, flags) != 0) return {};
+        if (!FT_IS_SCALABLE(face_) || !succeeded(FT_Load_Glyph(face_, glyph, flags))) return {};
         if (face_->glyph->format != FT_GLYPH_FORMAT_OUTLINE) return {};
         return pathOfOutline(face_->glyph->outline);
     }
@@ -197,7 +197,8 @@ private:
             const bool bestIsEnough = best >= 0 && static_cast<double>(bestSize) / 64 >= pixelsPerEm;
             if (best < 0 || (isEnough ? !bestIsEnough || size < bestSize : !bestIsEnough && size > bestSize)) best = i;
         }
-        if (best < 0 || FT_Select_Size(face_, best) != 0 || FT_Load_Glyph(face_, glyph, FT_LOAD_COLOR) != 0) return {};
+        if (best < 0 || FT_Select_Size(face_, best) != 0 || !succeeded(FT_Load_Glyph(face_, glyph, FT_LOAD_COLOR)))
+            return {};
         const FT_GlyphSlot slot = face_->glyph;
         const double ppem = static_cast<double>(face_->available_sizes[best].y_ppem) / 64;
         if (slot->format != FT_GLYPH_FORMAT_BITMAP || ppem <= 0) return {};

@@ -5,6 +5,7 @@
 #include <bitset>
 #include <cmath>
 #include <mutex>
+#include <new>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -39,8 +40,9 @@ public:
 
     bool open(hb_blob_t* file, int index) {
         const std::span<const uint8_t> bytes = bytesOf(file);
-        return FT_Init_FreeType(&library_) == 0 &&
-               FT_New_Memory_Face(library_, bytes.data(), static_cast<FT_Long>(bytes.size()), index, &face_) == 0 &&
+        return succeeded(FT_Init_FreeType(&library_)) &&
+               succeeded(
+                   FT_New_Memory_Face(library_, bytes.data(), static_cast<FT_Long>(bytes.size()), index, &face_)) &&
                FT_IS_SFNT(face_) && (FT_IS_SCALABLE(face_) || FT_HAS_COLOR(face_));
     }
 
@@ -77,7 +79,7 @@ private:
         if (colourGlyphs && colourGlyphs->hasGlyph(glyph)) return colourGlyphs->silhouette(glyph);
         if (!FT_IS_SCALABLE(face_)) return {};
         constexpr FT_Int32 flags = FT_LOAD_NO_SCALE | FT_LOAD_NO_HINTING | FT_LOAD_NO_BITMAP;
-        if (FT_Load_Glyph(face_, glyph, flags) != 0) {
+        if (!succeeded(FT_Load_Glyph(face_, glyph, flags))) {
             damaged_.insert(glyph);
             hasDamage_ = true;
             return {};
@@ -101,6 +103,7 @@ FontFace::FontFace(const InstalledFont& font, HarfBuzzRef<hb_blob_t> file)
     const auto faceNumber = static_cast<unsigned int>(font.index) & 0xFFFF;
     const auto instance = static_cast<unsigned int>(font.index) >> 16;
     const HarfBuzzRef<hb_face_t> tables(hb_face_create(file_.get(), faceNumber));
+    if (tables.get() == hb_face_get_empty()) throw std::bad_alloc();
 
     auto outlines = std::make_unique<OutlineSource>();
     const bool isOpen = outlines->open(file_.get(), font.index) && hb_face_get_glyph_count(tables.get()) > 0;
@@ -117,6 +120,7 @@ FontFace::FontFace(const InstalledFont& font, HarfBuzzRef<hb_blob_t> file)
     if (hasColourGlyphs_) colourGlyphs_ = std::make_unique<ColourGlyphs>(bytesOf(file_.get()), font.index, unitsPerEm_);
     hb_face_make_immutable(tables.get());
     shaper_.reset(hb_font_create(tables.get()));
+    if (shaper_.get() == hb_font_get_empty()) throw std::bad_alloc();
     if (instance > 0) hb_font_set_var_named_instance(shaper_.get(), instance - 1);
     hb_font_make_immutable(shaper_.get());
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <functional>
+#include <new>
 #include <optional>
 #include <vector>
 
@@ -128,16 +129,20 @@ public:
     Ranking(FontLibrary& library, FcConfig* config, const InstalledFont& look, const std::string& language)
         : library_(library) {
         const FontconfigRef<FcPattern> wish(FcPatternCreate());
-        FcPatternAddString(wish.get(), FC_FAMILY, fontconfigText(look.familyName.c_str()));
-        FcPatternAddString(wish.get(), FC_LANG, fontconfigText(language.c_str()));
-        FcPatternAddDouble(wish.get(), FC_WEIGHT, look.weight);
-        FcPatternAddDouble(wish.get(), FC_WIDTH, look.width);
-        FcPatternAddInteger(wish.get(), FC_SLANT, look.slant);
-        FcConfigSubstitute(config, wish.get(), FcMatchPattern);
+        const bool isAsked = wish &&
+                             FcPatternAddString(wish.get(), FC_FAMILY, fontconfigText(look.familyName.c_str())) &&
+                             FcPatternAddString(wish.get(), FC_LANG, fontconfigText(language.c_str())) &&
+                             FcPatternAddDouble(wish.get(), FC_WEIGHT, look.weight) &&
+                             FcPatternAddDouble(wish.get(), FC_WIDTH, look.width) &&
+                             FcPatternAddInteger(wish.get(), FC_SLANT, look.slant) &&
+                             FcConfigSubstitute(config, wish.get(), FcMatchPattern);
+        if (!isAsked) throw std::bad_alloc();
         FcDefaultSubstitute(wish.get());
         FcResult result = FcResultMatch;
         set_.reset(FcFontSort(config, wish.get(), FcFalse, nullptr, &result));
-        for (int i = 0; set_ && i < set_->nfont; ++i) addCandidate(set_->fonts[i], language);
+        // Of no fonts at all it makes an empty set.
+        if (!set_) throw std::bad_alloc();
+        for (int i = 0; i < set_->nfont; ++i) addCandidate(set_->fonts[i], language);
         // "Noto Sans Arabic" goes with "Noto Sans" better than whatever a machine prefers for Arabic.
         const std::string family = look.familyName + " ";
         std::stable_partition(candidates_.begin(), candidates_.end(),

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <new>
 #include <tuple>
 #include <unordered_set>
 
@@ -155,16 +156,18 @@ std::vector<ListedFont> listFonts(FcConfig* config) {
         FcObjectSetBuild(FC_FILE, FC_INDEX, FC_FAMILY, FC_FAMILYLANG, FC_STYLE, FC_STYLELANG, FC_FULLNAME,
                          FC_FULLNAMELANG, FC_POSTSCRIPT_NAME, FC_WEIGHT, FC_WIDTH, FC_SLANT, FC_FONTVERSION,
                          FC_FONTFORMAT, FC_VARIABLE, FC_SCALABLE, FC_OUTLINE, FC_COLOR, nullptr));
+    if (!everything || !objects) throw std::bad_alloc();
     const FontconfigRef<FcFontSet> set(FcFontList(config, everything.get(), objects.get()));
+    if (!set) throw std::bad_alloc();
     const std::unordered_set<std::string> added = pathsOf(FcConfigGetFonts(config, FcSetApplication));
     std::unordered_set<std::string> variable;
-    for (int i = 0; set && i < set->nfont; ++i) {
+    for (int i = 0; i < set->nfont; ++i) {
         if (flagOf(set->fonts[i], FC_VARIABLE)) variable.insert(stringOf(set->fonts[i], FC_FILE));
     }
 
     InstanceNaming instances;
     std::vector<ListedFont> listed;
-    for (int i = 0; set && i < set->nfont; ++i) {
+    for (int i = 0; i < set->nfont; ++i) {
         if (!isUsable(set->fonts[i])) continue;
         ListedFont font = listedFont(set->fonts[i]);
         font.font.isAdded = added.contains(font.font.path);
@@ -180,8 +183,9 @@ std::vector<ListedFont> listFonts(FcConfig* config) {
 
 std::pair<std::string, int> bestMatch(FcConfig* config, const char* family) {
     const FontconfigRef<FcPattern> wish(FcPatternCreate());
-    FcPatternAddString(wish.get(), FC_FAMILY, fontconfigText(family));
-    FcConfigSubstitute(config, wish.get(), FcMatchPattern);
+    const bool isAsked = wish && FcPatternAddString(wish.get(), FC_FAMILY, fontconfigText(family)) &&
+                         FcConfigSubstitute(config, wish.get(), FcMatchPattern);
+    if (!isAsked) throw std::bad_alloc();
     FcDefaultSubstitute(wish.get());
     FcResult result = FcResultMatch;
     const FontconfigRef<FcPattern> match(FcFontMatch(config, wish.get(), &result));

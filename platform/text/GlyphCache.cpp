@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/text/GlyphImage.h"
+#include "platform/text/SmallBlockPool.h"
 
 namespace qz {
 namespace {
@@ -32,7 +33,7 @@ struct GlyphCache::Store {
     using Entries = std::pmr::unordered_map<GlyphKey, Entry, GlyphKeyHash>;
 
     // Side by side in the order in which they were made, which is that in which the next frame looks for them.
-    std::pmr::unsynchronized_pool_resource pool;
+    SmallBlockPool pool;
     Entries entries{&pool};
     // By hash: a map's own way leads past another entry, which is another wait for memory.
     std::vector<Entries::value_type*> shortcuts = std::vector<Entries::value_type*>(kShortcuts);

@@ -1,5 +1,6 @@
 #include "platform/text/GlyphOutline.h"
 
+#include <new>
 #include <utility>
 
 namespace qz {
@@ -82,6 +83,11 @@ NSBezierPath pathOfOutline(FT_Outline& outline) {
     ContourSink sink;
     if (FT_Outline_Decompose(&outline, &funcs, &sink) != 0) return {};
     return sink.finish();
+}
+
+bool succeeded(FT_Error error) {
+    if (FT_ERROR_BASE(error) == FT_Err_Out_Of_Memory) throw std::bad_alloc();
+    return error == FT_Err_Ok;
 }
 
 }  // namespace qz

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <ft2build.h>
+#include FT_FREETYPE_H
 #include FT_OUTLINE_H
 
 #include "platform/graphics/NSBezierPath.h"
@@ -11,5 +12,8 @@ namespace qz {
 /// contour of a single point, which some fonts use as an anchor, is left out: stroked with round caps it would be a
 /// dot.
 NSBezierPath pathOfOutline(FT_Outline& outline);
+
+/// Whether a call of FreeType went well. Memory that ran out is no fault of the font: `std::bad_alloc`.
+bool succeeded(FT_Error error);
 
 }  // namespace qz

@@ -60,6 +60,8 @@ protected:
 /// An attributed string that is edited in place. Edits whose range reaches beyond the text are refused: false, and
 /// nothing changed.
 ///
+/// An edit that ends with `std::bad_alloc` has changed nothing, unless it is one who is told of the edit that throws.
+///
 /// Appending takes amortised constant time a run, and changing attributes over a range time in proportion to the number
 /// of runs. A font that is added is a font asked for: it takes `NSOriginalFontAttributeName` away, which told of the
 /// one before.

@@ -14,6 +14,12 @@ void checkLength(uint64_t length) {
     if (length > std::numeric_limits<int32_t>::max()) throw std::bad_alloc();
 }
 
+/// Takes the memory for so many runs, and some in advance.
+template <class Runs>
+void makeRoomForRuns(Runs& runs, size_t count) {
+    if (count > runs.capacity()) runs.reserve(std::max(count, 2 * runs.capacity()));
+}
+
 }  // namespace
 
 Ref<NSMutableAttributedString> NSMutableAttributedString::init() {
@@ -41,6 +47,8 @@ void NSMutableAttributedString::appendString(std::u16string_view characters, Ref
     checkLength(uint64_t{length()} + characters.size());
     if (!attributes) attributes = NSDictionary::dictionary();
     const uint32_t start = length();
+    // Memory first: once the characters are there, their run must follow.
+    makeRoomForRuns(runs_, runs_.size() + 1);
     characters_ += characters;
     if (!runs_.empty() && runs_.back().attributes == attributes)
         runs_.back().end = length();
@@ -72,6 +80,7 @@ void NSMutableAttributedString::replaceRuns(Range range, std::vector<Run> runs, 
         replacement.pop_back();
     }
 
+    makeRoomForRuns(runs_, runs_.size() + erasedFrom - next + replacement.size());
     if (growth != 0) {
         for (size_t run = next; run < runs_.size(); ++run) {
             runs_[run].end = static_cast<uint32_t>(runs_[run].end + growth);

@@ -80,8 +80,9 @@ std::vector<ShapedGlyph> shape(const ShapingItem& item) {
     const uint32_t firstPosition = fill(buffer, item);
     setProperties(buffer, item);
     const std::vector<hb_feature_t> features = featuresOf(item, firstPosition);
-    hb_shape(face.shaper(), buffer, features.data(), static_cast<unsigned int>(features.size()));
-    if (!hb_buffer_allocation_successful(buffer)) throw std::bad_alloc();
+    const auto featureCount = static_cast<unsigned int>(features.size());
+    const bool isShaped = hb_shape_full(face.shaper(), buffer, features.data(), featureCount, nullptr);
+    if (!isShaped || !hb_buffer_allocation_successful(buffer)) throw std::bad_alloc();
     // HarfBuzz gives visual order, the first glyph at the left.
     if (item.isRightToLeft) hb_buffer_reverse_clusters(buffer);
 

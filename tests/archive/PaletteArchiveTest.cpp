@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
 #include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
 #include "platform/foundation/NSDate.h"
 #include "platform/foundation/NSUnarchiver.h"
@@ -53,6 +54,37 @@ TEST(PaletteArchive, CarriesWhatThePropertyListCarries) {
     EXPECT_EQ(read->pListData()->view(), palette->pListData()->view());
     EXPECT_EQ(NSArchiver::archivedDataWithRootObject(read)->view(), data->view());
     EXPECT_TRUE(log.lines().empty());
+}
+
+TEST(PaletteArchive, AFileIsReadByWhatItHoldsAndWrittenByItsName) {
+    test::LogCapture log;
+    const Ref<QzAnnoPalette> palette = test::paletteOf({"Title"});
+    for (const char* name : {"a.annopalette", "a.plist", "a"}) {
+        const Ref<NSData> data = dataOfPalette(palette, name);
+        EXPECT_EQ(isArchive(*data), std::string_view(name) == "a.annopalette");
+        const Ref<QzAnnoPalette> read = paletteFromData(data);
+        ASSERT_TRUE(read) << name;
+        EXPECT_EQ(read->pListData()->view(), palette->pListData()->view());
+    }
+    const Ref<QzMutableAnnoString> title = QzMutableAnnoString::initWithString("text"_ns);
+    title->addAnno(palette->annoKeyAtPriority(1), {0, 2});
+    std::string later(NSArchiver::archivedDataWithRootObject(palette)->view());
+    later[later.find("QzAnnoPalette") + std::string_view("QzAnnoPalette").size()] = 7;
+    const struct {
+        Ref<NSData> data;
+        const char* error;
+    } others[] = {
+        {QzTokeningArchiver::archivedDataWithRootObject(title, {palette}), "holds titles, no palette"},
+        {NSArchiver::archivedDataWithRootObject("x"_ns), "holds an object of class NSString, no palette"},
+        {NSData::dataWithBytes(std::string_view(later)), "holds no palette of a version that can be read"},
+        {NSData::dataWithBytes(NSArchiver::archivedDataWithRootObject(palette)->view().substr(0, 60)), "byte "},
+        {NSData::dataWithBytes(std::string_view("palette")), "no well-formed XML"},
+    };
+    for (const auto& [data, expected] : others) {
+        std::string error;
+        EXPECT_FALSE(paletteFromData(data, &error));
+        EXPECT_THAT(error, HasSubstr(expected));
+    }
 }
 
 TEST(PaletteArchive, TheGlobalAnnotationIsAlwaysCalledSo) {

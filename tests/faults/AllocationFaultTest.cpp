@@ -12,6 +12,7 @@
 #include "platform/foundation/NSLog.h"
 #include "platform/graphics/NSGraphicsContext.h"
 #include "platform/graphics/PNG.h"
+#include "platform/text/NSAttributedString.h"
 #include "tests/faults/FailingAllocation.h"
 #include "tests/support/Palettes.h"
 #include "tests/support/TemporaryFolder.h"
@@ -92,6 +93,186 @@ TEST(AllocationFault, LeavesAPipelineUsable) {
         screen->drawInFullScreen(true, frame);
         return std::string(reinterpret_cast<const char*>(frame->row(0)), size_t{96} * 64 * 4);
     });
+}
+
+/// Makes the edit of a string of its own, failing allocation after allocation: a string is what it was, or what the
+/// edit makes of it, and never between.
+template <class String>
+uint64_t failEachAllocationOfEdit(const std::function<Ref<String>()>& make, const std::function<void(String&)>& edit,
+                                  const char* name) {
+    const Ref<String> before = make(), after = make();
+    edit(*after);
+    uint64_t failed = 0;
+    for (uint64_t number = 1;; ++number) {
+        const Ref<String> edited = make();
+        try {
+            const test::FailingAllocation failing(number);
+            edit(*edited);
+            if (failing.count() >= number)
+                ADD_FAILURE() << name << ": the failure of allocation " << number << " is lost";
+            EXPECT_TRUE(edited->isEqual(*after)) << name;
+            return failed;
+        } catch (const std::bad_alloc&) {
+            ++failed;
+        }
+        EXPECT_TRUE(edited->isEqual(*before)) << name << " is half done after the failure of allocation " << number;
+        edit(*edited);
+        EXPECT_TRUE(edited->isEqual(*after)) << name << ", tried again after the failure of allocation " << number;
+    }
+}
+
+TEST(AllocationFault, LeavesAnAnnotatedStringAsItWas) {
+    const Ref<QzAnnoPalette> styles = palette();
+    const Ref<QzAnnoKey> red = styles->annoKeyAtPriority(1), other = QzAnnoKey::keyWithName("other"_ns);
+    const std::function<Ref<QzMutableAnnoString>()> make = [&] { return title(*styles); };
+    // Longer than a row is at first, and with a key that the title lacks.
+    const auto added = QzMutableAnnoString::initWithString(NSString::stringWithCharacters(std::u16string(3000, u'x')));
+    added->addAnno(other, {1, 2998});
+    const Ref<NSSet> both = NSSet::setWithObjects(std::vector<Ref<QzAnnoKey>>{red, other});
+    const std::pair<const char*, std::function<void(QzMutableAnnoString&)>> edits[] = {
+        {"a plain replacement",
+         [&](auto& text) {
+             text.replaceCharactersInRange({2, 3}, added->string());
+         }},
+        {"an annotated replacement",
+         [&](auto& text) {
+             text.replaceCharactersInRange({1, 4}, *added);
+         }},
+        {"an insertion", [&](auto& text) { text.insertAnnoString(*added, 3); }},
+        {"an insertion of itself", [&](auto& text) { text.insertAnnoString(text, 3); }},
+        {"an appended string", [&](auto& text) { text.appendAnnoString(*added); }},
+        {"a deletion",
+         [&](auto& text) {
+             text.deleteCharactersInRange({1, 4});
+         }},
+        {"a new string", [&](auto& text) { text.setAnnoString(*added); }},
+        {"a set key",
+         [&](auto& text) {
+             text.addAnno(other, {0, 5});
+         }},
+        {"two set keys",
+         [&](auto& text) {
+             text.setAnnos(both, {0, 12});
+         }},
+        {"a toggled frame", [&](auto& text) { text.toggleFrameAnno(red); }},
+    };
+    uint64_t failed = 0;
+    for (const auto& [name, edit] : edits) failed += failEachAllocationOfEdit(make, edit, name);
+    RecordProperty("allocationsFailed", std::to_string(failed));
+    EXPECT_GT(failed, 50u);
+}
+
+/// The names in their order, each with its number of attributes, and what could be undone.
+std::string stackOf(const QzAnnoPalette& palette) {
+    std::string text;
+    for (int32_t priority = 0; priority <= palette.maxPriority(); ++priority) {
+        const Ref<QzAnnoKey> key = palette.annoKeyAtPriority(priority);
+        text += key->name()->utf8() + std::to_string(palette.lookupAnno(key)->allAttributes()->count());
+        if (palette.lookupPrio(key) != priority || !key->valid()) text += " astray";
+        text += ",";
+    }
+    return text;
+}
+
+/// Edits a palette without memory, and undoes all of it: the stack is whole at any moment, and edits and undoing go on.
+TEST(AllocationFault, LeavesAPaletteAndItsUndoManagerWhole) {
+    const std::function<void(QzAnnoPalette&)> edits[] = {
+        [](auto& palette) { palette.createAnno("d"_ns); },
+        [](auto& palette) { palette.removeAnno(palette.annoKeyAtPriority(2)); },
+        [](auto& palette) { palette.setAnnoKey(palette.annoKeyAtPriority(1), 3); },
+        [](auto& palette) { palette.increasePriorityOfAnnoKey(palette.annoKeyAtPriority(1)); },
+        [](auto& palette) {
+            const Ref<QzMutableAnno> changed = palette.lookupAnno(palette.annoKeyAtPriority(1))->mutableCopy();
+            changed->setAttribute("size"_ns, "large"_ns);
+            palette.replaceAnno(changed);
+        },
+        [](auto& palette) { palette.undoManager()->undo(); },
+    };
+    setStandardErrorHook([](std::string_view) {});
+    uint64_t failed = 0;
+    for (const auto& edit : edits) {
+        const auto make = [&] {
+            const Ref<QzAnnoPalette> palette = test::paletteWithGlobals({});
+            // Twenty, so that the table has an index.
+            for (int i = 0; i < 20; ++i)
+                palette->createAnno(NSString::stringWithUTF8String(std::string(1, char('a' + i))));
+            palette->undoManager()->endEvent();
+            palette->removeAnno(palette->annoKeyAtPriority(7));
+            palette->undoManager()->endEvent();
+            return palette;
+        };
+        const Ref<QzAnnoPalette> before = make(), after = make();
+        edit(*after);
+        for (uint64_t number = 1; number < 1000; ++number) {
+            const Ref<QzAnnoPalette> palette = make();
+            try {
+                const test::FailingAllocation failing(number);
+                edit(*palette);
+                if (failing.count() < number) break;
+            } catch (const std::bad_alloc&) {
+                ++failed;
+            }
+            const std::string stack = stackOf(*palette);
+            EXPECT_TRUE(stack == stackOf(*before) || stack == stackOf(*after))
+                << stack << " after allocation " << number;
+            palette->undoManager()->endEvent();
+            for (int undone = 0; undone < 5 && palette->undoManager()->undo(); ++undone) continue;
+            EXPECT_EQ(stackOf(*palette), "GLOBALS0,") << "undone after the failure of allocation " << number;
+        }
+    }
+    setStandardErrorHook({});
+    RecordProperty("allocationsFailed", std::to_string(failed));
+    EXPECT_GT(failed, 20u);
+}
+
+TEST(AllocationFault, LeavesAnAttributedStringAsItWas) {
+    const Ref<NSDictionary> red = test::dictionaryOf({{"colour"_ns, "red"_ns}});
+    const Ref<NSDictionary> large = test::dictionaryOf({{"size"_ns, test::number(90)}});
+    // Its lists of characters and of runs are full, so that whatever is added takes memory.
+    const std::function<Ref<NSMutableAttributedString>()> make = [&] {
+        const auto text = NSMutableAttributedString::init();
+        for (int run = 0; run < 8; ++run) text->appendString(u"four", run % 2 ? red : large);
+        return text;
+    };
+    const std::u16string added(100, u'x');
+    const Ref<NSAttributedString> runs = make()->copy();
+    const std::pair<const char*, std::function<void(NSMutableAttributedString&)>> edits[] = {
+        {"appended characters", [&](auto& text) { text.appendString(added, large); }},
+        {"characters appended to the last run", [&](auto& text) { text.appendString(added, red); }},
+        {"an appended string", [&](auto& text) { text.appendAttributedString(*runs); }},
+        {"a replacement",
+         [&](auto& text) {
+             text.replaceCharactersInRange({5, 9}, *runs);
+         }},
+        {"a replacement by itself",
+         [&](auto& text) {
+             text.replaceCharactersInRange({5, 9}, text);
+         }},
+        {"a plain replacement",
+         [&](auto& text) {
+             text.replaceCharactersInRange({1, 2}, "some more text"_ns);
+         }},
+        {"a deletion",
+         [&](auto& text) {
+             text.deleteCharactersInRange({2, 20});
+         }},
+        {"new attributes",
+         [&](auto& text) {
+             text.setAttributes(red, {1, 2});
+         }},
+        {"one attribute",
+         [&](auto& text) {
+             text.addAttribute("font"_ns, "f"_ns, {2, 25});
+         }},
+        {"one attribute less",
+         [&](auto& text) {
+             text.removeAttribute(*"size"_ns, {1, 14});
+         }},
+    };
+    uint64_t failed = 0;
+    for (const auto& [name, edit] : edits) failed += failEachAllocationOfEdit(make, edit, name);
+    RecordProperty("allocationsFailed", std::to_string(failed));
+    EXPECT_GT(failed, 50u);
 }
 
 TEST(AllocationFault, LeavesNoHalfWrittenFile) {

@@ -1,11 +1,19 @@
 // What is more than a limit is refused in one line, and what is at the limit is not.
+#include <algorithm>
+#include <functional>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "QzAnno_AnnotatedTextFramework/model/QzAnno.h"
 #include "captions/PlainText.h"
 #include "captions/WebVTT.h"
 #include "platform/foundation/Limits.h"
+#include "platform/foundation/NSArchiver.h"
 #include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSPropertyListSerialization.h"
+#include "platform/foundation/NSURL.h"
+#include "platform/text/NSAttributedString.h"
 #include "tests/support/Palettes.h"
 
 namespace qz {
@@ -64,6 +72,65 @@ TEST_F(Limit, OfATitleHoldsForTextsAndCues) {
         ASSERT_TRUE(captions);
         EXPECT_EQ(captions->cues.size(), fits ? 2u : 1u) << "the cue behind one that is too long is read";
         EXPECT_EQ(captions->problems.size(), fits ? 0u : 1u);
+    }
+}
+
+/// A million collections inside each other, of every kind in turn, around one object.
+Ref<NSObject> deepNest(const Ref<NSObject>& innermost, int levels = 1'000'000) {
+    Ref<NSObject> nest = innermost;
+    for (int level = 0; level < levels; ++level) {
+        if (level % 4 == 0) nest = NSArray::arrayWithObjects({nest});
+        if (level % 4 == 1) nest = test::dictionaryOf({{"k"_ns, nest}});
+        if (level % 4 == 2) nest = NSSet::setWithObject(nest);
+        if (level % 4 == 3) nest = NSArray::arrayWithObjects({nest, nest});
+    }
+    return nest;
+}
+
+TEST_F(Limit, OfNestingHoldsForWhatHostsMake) {
+    std::string log;
+    setLogHook([&](std::string_view line) { log += line; });
+    const Ref<NSString> innermost = "x"_ns;
+    {
+        const Ref<NSObject> nest = deepNest(innermost), other = deepNest(innermost);
+        EXPECT_TRUE(nest->isEqual(*nest));
+        EXPECT_FALSE(nest->isEqual(*other)) << "as deep as that nobody looks";
+        EXPECT_THAT(log, HasSubstr("more than 512 deep"));
+        EXPECT_EQ(std::ranges::count(log, '\n'), 1) << "one line for one comparison";
+        EXPECT_THAT(nest->description(), HasSubstr("…"));
+        EXPECT_TRUE(deepNest(innermost, 8)->isEqual(*deepNest(innermost, 8))) << "the walk before left nothing behind";
+        Ref<NSURL> url;
+        for (int level = 0; level < 1'000'000; ++level) url = NSURL::URLWithString("u"_ns, url);
+        EXPECT_TRUE(url->isEqual(*NSURL::URLWithString("u"_ns, url->baseURL())));
+    }
+    EXPECT_EQ(innermost.use_count(), 1) << "all of it is freed, and without a stack as deep";
+
+    // A list of thirty objects that would be written as 2^30.
+    Ref<NSObject> doubled = NSArray::array();
+    for (int level = 0; level < 30; ++level) doubled = NSArray::arrayWithObjects({doubled, doubled});
+    std::string error;
+    EXPECT_FALSE(NSPropertyListSerialization::dataFromPropertyList(doubled, NSPropertyListFormat::xml, &error));
+    EXPECT_THAT(error, HasSubstr("more than the 268435456 bytes"));
+    EXPECT_FALSE(NSArchiver::archivedDataWithRootObject(doubled, &error));
+}
+
+TEST_F(Limit, OfCirclesIsTheirFirstRound) {
+    const Ref<QzMutableAnno> anno = QzAnno::initWithKey(QzAnnoKey::keyWithName("a"_ns))->mutableCopy();
+    const auto text = NSMutableAttributedString::initWithAttributedString(*NSAttributedString::initWithString("t"_ns));
+    const std::pair<Ref<NSObject>, std::function<void(Ref<NSObject>)>> holders[] = {
+        {anno, [&](const Ref<NSObject>& held) { anno->setAttribute("held"_ns, held); }},
+        {text, [&](const Ref<NSObject>& held) {
+             held ? text->addAttribute("held"_ns, held, {0, 1}) : text->removeAttribute(*"held"_ns, {0, 1});
+         }}};
+    for (const auto& [holder, hold] : holders) {
+        const Ref<NSArray> other = NSArray::arrayWithObjects({holder});
+        hold(other);
+        std::string error;
+        EXPECT_FALSE(NSArchiver::archivedDataWithRootObject(holder, &error));
+        EXPECT_THAT(error, testing::EndsWith("that holds itself, which its readers refuse"));
+        EXPECT_THAT(other->description(), HasSubstr("…"));
+        EXPECT_TRUE(other->isEqual(*NSArray::arrayWithObjects({holder}))) << "the same object needs no look inside";
+        hold({});
     }
 }
 

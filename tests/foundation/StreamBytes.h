@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <string>
 #include <string_view>
 
@@ -14,6 +16,45 @@ class StreamBytes {
 public:
     explicit StreamBytes(bool isBigEndian = false) : isBigEndian_(isBigEndian) {
         byte(4).byte(11).raw(isBigEndian ? "typedstream" : "streamtyped").byte(0x81).word(1000, 2);
+    }
+    /// A little-endian stream of what the words say, see `add`.
+    explicit StreamBytes(const std::string& words) : StreamBytes() { add(words); }
+    explicit StreamBytes(const char* words) : StreamBytes() { add(words); }
+
+    /// Words stand for bytes: `(` begins an object and `)` ends one, `~` is nil, `<i>` a new shared string (types,
+    /// mostly), `^3` a reference to an entry, `Name:1` a new class of that version with its superclass yet to come,
+    /// `'ab'` the characters themselves, `w5` and `l5` integers of two and four bytes, and a number one byte.
+    StreamBytes& add(std::string_view words) {
+        while (true) {
+            words.remove_prefix(std::min(words.find_first_not_of(' '), words.size()));
+            if (words.empty()) return *this;
+            const char first = words.front();
+            const char last = first == '<' ? '>' : first == '\'' ? '\'' : ' ';
+            const size_t end = std::min(words.find(last, 1), words.size());
+            const std::string word(words.substr(0, end));
+            words.remove_prefix(std::min(end + 1, words.size()));
+            const auto number = [&word](size_t from) { return std::strtoll(word.c_str() + from, nullptr, 0); };
+            if (first == '(')
+                object();
+            else if (first == ')')
+                this->end();
+            else if (first == '~')
+                nil();
+            else if (first == '<')
+                text(std::string_view(word).substr(1));
+            else if (first == '\'')
+                raw(std::string_view(word).substr(1));
+            else if (first == '^')
+                ref(static_cast<uint32_t>(number(1)));
+            else if (first == 'w')
+                byte(0x81).word(static_cast<uint64_t>(number(1)), 2);
+            else if (first == 'l')
+                byte(0x82).word(static_cast<uint64_t>(number(1)), 4);
+            else if (first >= 'A' && first <= 'Z')
+                cls(word.substr(0, word.find(':')), std::atoi(word.c_str() + word.find(':') + 1));
+            else
+                byte(static_cast<int>(number(0)));
+        }
     }
 
     StreamBytes& byte(int value) {

@@ -1,6 +1,5 @@
 #include <bit>
-#include <limits>
-#include <map>
+#include <cmath>
 #include <random>
 
 #include <gmock/gmock.h>
@@ -32,6 +31,10 @@ public:
 
 private:
     uint32_t below(uint32_t limit) { return static_cast<uint32_t>(random_() % limit); }
+    double real() {
+        const auto real = std::bit_cast<double>(bits());
+        return std::isnan(real) ? 0.5 : real;  // not equal to itself
+    }
     uint64_t bits() { return uint64_t{static_cast<uint32_t>(random_())} << 32 | static_cast<uint32_t>(random_()); }
     Ref<NSObject> known() { return pool_[below(static_cast<uint32_t>(pool_.size()))]; }
 
@@ -54,10 +57,9 @@ private:
             case 2:
                 return NSNumber::numberWithLongLong(integer);
             case 3:
-                return NSNumber::numberWithFloat(std::bit_cast<float>(static_cast<uint32_t>(bits())));
+                return NSNumber::numberWithFloat(static_cast<float>(real()));
             default:
-                return NSNumber::numberWithDouble(below(2) ? std::bit_cast<double>(bits())
-                                                           : static_cast<double>(integer));
+                return NSNumber::numberWithDouble(below(2) ? real() : static_cast<double>(integer));
         }
     }
 
@@ -71,7 +73,7 @@ private:
             case 2:
                 return NSData::dataWithBytes(std::string(below(4) ? below(5) : 200, static_cast<char>(below(256))));
             case 3:
-                return NSDate::dateWithTimeIntervalSinceReferenceDate(std::bit_cast<double>(bits()));
+                return NSDate::dateWithTimeIntervalSinceReferenceDate(real());
             case 4:
                 return NSNull::null();
             case 5:
@@ -100,74 +102,24 @@ private:
     std::vector<Ref<NSObject>> pool_;
 };
 
-// Whether two graphs have equal objects in the same places, and the same object wherever the other has the same.
-class GraphComparison {
-public:
-    bool same(const NSObject& a, const NSObject& b) {
-        const auto [known, isNew] = counterparts_.emplace(&a, &b);
-        if (!isNew) return known->second == &b;
-        if (!sources_.emplace(&b, &a).second) return false;
-        if (a.className() != b.className()) return false;
-        if (const auto* array = dynamic_cast<const NSArray*>(&a))
-            return sameArrays(*array, static_cast<const NSArray&>(b));
-        if (const auto* set = dynamic_cast<const NSSet*>(&a))
-            return sameMaps(set->map(), static_cast<const NSSet&>(b).map());
-        if (const auto* dictionary = dynamic_cast<const NSDictionary*>(&a)) {
-            return sameMaps(dictionary->map(), static_cast<const NSDictionary&>(b).map());
-        }
-        if (const auto* number = dynamic_cast<const NSNumber*>(&a))
-            return sameNumbers(*number, static_cast<const NSNumber&>(b));
-        if (const auto* date = dynamic_cast<const NSDate*>(&a)) {
-            return std::bit_cast<uint64_t>(date->timeIntervalSinceReferenceDate()) ==
-                   std::bit_cast<uint64_t>(static_cast<const NSDate&>(b).timeIntervalSinceReferenceDate());
-        }
-        return a.isEqual(b);
-    }
-
-private:
-    bool sameArrays(const NSArray& a, const NSArray& b) {
-        if (a.count() != b.count()) return false;
-        for (size_t i = 0; i < a.count(); ++i) {
-            if (!same(*a.elements()[i], *b.elements()[i])) return false;
-        }
-        return true;
-    }
-
-    bool sameMaps(const ObjectMap& a, const ObjectMap& b) {
-        if (a.size() != b.size()) return false;
-        for (size_t i = 0; i < a.size(); ++i) {
-            const auto& [key, value, hash] = a.entries()[i];
-            const auto& other = b.entries()[i];
-            if (!same(*key, *other.key) || (value && !same(*value, *other.value))) return false;
-        }
-        return true;
-    }
-
-    static bool sameNumbers(const NSNumber& a, const NSNumber& b) {
-        if (a.value().index() != b.value().index()) return false;
-        return std::bit_cast<uint64_t>(a.doubleValue()) == std::bit_cast<uint64_t>(b.doubleValue()) &&
-               a.longLongValue() == b.longLongValue();
-    }
-
-    std::map<const NSObject*, const NSObject*> counterparts_;
-    std::map<const NSObject*, const NSObject*> sources_;
-};
-
 uint32_t freshSeed() {
     return std::random_device()();
 }
 
-TEST(TypedStreamRoundTrip, GraphsKeepShapeAndSharing) {
+TEST(TypedStreamRoundTrip, GraphsKeepValuesShapeAndSharing) {
     const uint32_t seed = freshSeed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     for (uint32_t round = 0; round < 300; ++round) {
-        const Ref<NSObject> graph = RandomGraph(seed + round).make(static_cast<int>(1 + round % 80));
+        // Numbers of objects beyond 237 are written with 16 bits.
+        const Ref<NSObject> graph =
+            RandomGraph(seed + round).make(round % 50 == 0 ? 500 : static_cast<int>(1 + round % 80));
         std::string error;
         const Ref<NSData> data = NSArchiver::archivedDataWithRootObject(graph, &error);
         ASSERT_TRUE(data) << round << ": " << error;
         const Ref<NSObject> read = NSUnarchiver::unarchiveObjectWithData(data, &error);
         ASSERT_TRUE(read) << round << ": " << error;
-        ASSERT_TRUE(GraphComparison().same(*graph, *read)) << round;
+        ASSERT_TRUE(read->isEqual(*graph)) << round;
+        // The same bytes come of the same kinds, with the same objects in several places.
         ASSERT_TRUE(NSArchiver::archivedDataWithRootObject(read)->isEqual(*data)) << round;
     }
 }

@@ -17,31 +17,6 @@ Ref<QzAnnoBits> bitsWith(std::initializer_list<Range> setRanges) {
     return bits;
 }
 
-TEST(QzAnnoBits, EditsGrowAndShift) {
-    const struct {
-        const char* reason;
-        const char* before;
-        void (QzAnnoBits::*edit)(Range);
-        Range range;
-        const char* after;
-    } cases[] = {
-        {"one position beyond the range exists", "0", &QzAnnoBits::setRange, {1, 2}, "0110"},
-        {"an empty range still grows the row", "01", &QzAnnoBits::clearRange, {3, 0}, "0111"},
-        {"a toggle flips each position", "0110", &QzAnnoBits::toggleRange, {0, 3}, "1000"},
-        {"removal keeps the last stretch", "001011", &QzAnnoBits::removeRange, {0, 2}, "101111"},
-        {"inserted positions take the state before them", "0100", &QzAnnoBits::insertRange, {2, 2}, "0111000"},
-        {"insertion at the start is clear", "11", &QzAnnoBits::insertRange, {0, 2}, "00111"},
-        {"insertion past the end repeats the last state", "01", &QzAnnoBits::insertRange, {5, 2}, "01111111"},
-        {"foreign bytes read as clear and are repeated by growth", "1x", &QzAnnoBits::setRange, {3, 0}, "1xxx"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.reason);
-        const Ref<QzAnnoBits> bits = QzAnnoBits::initWithBytes(c.before);
-        (*bits.*c.edit)(c.range);
-        EXPECT_EQ(bits->bytes(), c.after);
-    }
-}
-
 TEST(QzAnnoBits, DescribesItsSetRuns) {
     EXPECT_EQ(QzAnnoBits::init()->description(), "none");
     EXPECT_EQ(bitsWith({{2, 3}, {7, 2}})->description(), "2-5, 7-9");

@@ -1,14 +1,11 @@
-#include <algorithm>
-#include <functional>
-#include <random>
-#include <set>
-
 #include <gmock/gmock.h>
 
 #include "QzAnno_AnnotatedTextFramework/model/QzAnnoAttributeName.h"
 #include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "fuzz/EditsCheck.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/text/NSAttributedString.h"
+#include "tests/support/RandomChoices.h"
 
 namespace qz {
 namespace {
@@ -150,153 +147,19 @@ TEST(QzMutableAnnoString, ReadsKeysFromAnAttributedString) {
     EXPECT_EQ(QzMutableAnnoString::initWithKeyedAttributedString(*NSAttributedString::init())->length(), 0u);
 }
 
-/// A string as one set of keys a character, and the annotated string under the same edits.
-class CharacterModel {
-public:
-    using Keys = std::set<Ref<QzAnnoKey>>;
-
-    CharacterModel(uint32_t seed, uint32_t length)
-        : random_(seed), string_(QzMutableAnnoString::initWithString(textOf(length))), characters_(length) {
-        for (const char* name : {"K", "L", "M", "N"}) {
-            keys_.push_back(QzAnnoKey::keyWithName(NSString::stringWithUTF8String(name)));
+/// A million edits, of texts shorter and longer than a new row of bits.
+TEST(QzMutableAnnoString, BehavesAsOneSetOfKeysACharacterUnderRandomEdits) {
+    constexpr int kEdits = 1'000'000;
+    int edits = 0;
+    for (uint32_t seed = 1; edits < kEdits; ++seed) {
+        test::RandomChoices choices(seed);
+        fuzz::EditsCheck check(choices);
+        // Not compared after each edit, since queries make rows grow.
+        const int editsToCompare = seed % 4 == 0 ? 1 : 30;
+        for (int edit = 1; edit <= 300 && check.edit(); ++edit, ++edits) {
+            if (edit % editsToCompare == 0) check.compare();
         }
-    }
-
-    void edit() {
-        const uint32_t count = static_cast<uint32_t>(characters_.size());
-        const uint32_t location = upTo(count);
-        const Range range{location, upTo(upTo(4) == 0 ? count - location : std::min(count - location, 9u))};
-        const Ref<QzAnnoKey>& key = keys_[upTo(3)];
-        const uint32_t newLength = upTo(6);
-        const std::function<void()> operations[] = {
-            [&] { string_->addAnno(key, range), each(range, [&](Keys& k) { k.insert(key); }); },
-            [&] { string_->removeAnno(key, range), each(range, [&](Keys& k) { k.erase(key); }); },
-            [&] {
-                string_->toggleAnno(key, range), each(range, [&](Keys& k) { k.erase(key) || k.insert(key).second; });
-            },
-            [&] { string_->toggleFrameAnno(key), toggleEverywhere(key); },
-            [&] { string_->replaceCharactersInRange(range, textOf(newLength)), replace(range, newLength); },
-            [&] { string_->deleteCharactersInRange(range), replace(range, 0); },
-            [&] { insert(location, newLength); },
-            [&] { append(newLength); },
-        };
-        operations[upTo(std::size(operations) - 1)]();
-    }
-
-    void check() {
-        ASSERT_EQ(string_->length(), characters_.size());
-        // A string built anew has other bit set sizes, and must be equal all the same.
-        const auto rebuilt = QzMutableAnnoString::initWithString(string_->string());
-        for (const auto& key : string_->allKeys()->objects<QzAnnoKey>()) rebuilt->removeAnno(key, {0, 0});
-        Keys frame(keys_.begin(), keys_.end());
-        for (uint32_t i = 0; i < characters_.size(); ++i) {
-            for (const auto& key : characters_[i]) rebuilt->addAnno(key, {i, 1});
-            std::erase_if(frame, [&](const auto& key) { return !characters_[i].contains(key); });
-        }
-        ASSERT_TRUE(string_->isEqual(*rebuilt));
-        ASSERT_EQ(asKeys(string_->frame()), characters_.empty() ? Keys() : frame);
-        checkRuns();
-    }
-
-private:
-    uint32_t upTo(uint32_t last) { return static_cast<uint32_t>(random_() % (last + 1)); }
-    static Ref<NSString> textOf(uint32_t length) {
-        return NSString::stringWithCharacters(std::u16string(length, u'x'));
-    }
-    static Keys asKeys(const Ref<NSSet>& set) {
-        const auto keys = set->objects<QzAnnoKey>();
-        return {keys.begin(), keys.end()};
-    }
-
-    void each(Range range, const std::function<void(Keys&)>& change) {
-        for (uint64_t i = range.location; i < range.end(); ++i) change(characters_[i]);
-    }
-
-    void replace(Range range, uint32_t newLength) {
-        std::vector<Keys> fresh;
-        for (uint32_t i = 0; i < newLength; ++i) {
-            const uint32_t source = range.location + std::min(i, range.length);  // one past the one whose keys go on
-            if (i < range.length)
-                fresh.push_back(characters_[source]);
-            else
-                fresh.push_back(source > 0 ? characters_[source - 1] : Keys());
-        }
-        const auto first = characters_.begin() + range.location;
-        characters_.insert(characters_.erase(first, first + range.length), fresh.begin(), fresh.end());
-    }
-
-    /// A short annotated string that uses the keys, at random, and its sets.
-    std::pair<Ref<QzMutableAnnoString>, std::vector<Keys>> other(uint32_t length,
-                                                                 const std::vector<Ref<QzAnnoKey>>& keys) {
-        const auto string = QzMutableAnnoString::initWithString(textOf(length));
-        std::vector<Keys> sets(length);
-        for (const auto& key : keys) {
-            const uint32_t end = upTo(length);
-            string->addAnno(key, {0, end});
-            for (uint32_t i = 0; i < end; ++i) sets[i].insert(key);
-        }
-        return {string, sets};
-    }
-
-    void insert(uint32_t location, uint32_t length) {
-        const std::vector<Ref<QzAnnoKey>> used = {keys_[upTo(1)], keys_[2 + upTo(1)]};
-        const auto [string, sets] = other(length, used);
-        ASSERT_TRUE(string_->insertAnnoString(*string, location));
-        replace({location, 0}, length);
-        for (uint32_t i = 0; i < length; ++i) {
-            for (const auto& key : used) characters_[location + i].erase(key);
-            characters_[location + i].insert(sets[i].begin(), sets[i].end());
-        }
-    }
-
-    // With every key used, so that no tail comes into view.
-    void append(uint32_t length) {
-        const auto [string, sets] = other(length, keys_);
-        string_->appendAnnoString(*string);
-        characters_.insert(characters_.end(), sets.begin(), sets.end());
-    }
-
-    void toggleEverywhere(const Ref<QzAnnoKey>& key) {
-        const bool everywhere =
-            !characters_.empty() && std::ranges::all_of(characters_, [&](const Keys& k) { return k.contains(key); });
-        for (Keys& k : characters_) everywhere ? void(k.erase(key)) : void(k.insert(key));
-    }
-
-    void checkRuns() {
-        uint32_t i = 0;
-        const Keys* previous = nullptr;
-        for (const auto& [range, keys] : string_->runs()) {
-            ASSERT_EQ(range.location, i);
-            Range queried;
-            ASSERT_TRUE(string_->annotationsAtIndex(upToWithin(range), &queried)->isEqual(*keys));
-            ASSERT_EQ(queried, range);
-            for (; i < range.end(); ++i) ASSERT_EQ(characters_[i], asKeys(keys));
-            ASSERT_FALSE(previous && *previous == characters_[range.location]) << "a run was cut in two";
-            previous = &characters_[range.location];
-        }
-        ASSERT_EQ(i, characters_.size());
-    }
-    uint32_t upToWithin(Range range) { return range.location + upTo(range.length - 1); }
-
-    std::mt19937 random_;
-    Ref<QzMutableAnnoString> string_;
-    std::vector<Keys> characters_;
-    std::vector<Ref<QzAnnoKey>> keys_;
-};
-
-TEST(QzMutableAnnoString, BehavesAsOneSetACharacterUnderRandomEdits) {
-    // Texts longer than a new bit set have rows that end inside the text.
-    for (const auto& [length, seeds, steps] : {std::tuple{8u, 60u, 80}, std::tuple{3000u, 6u, 60}}) {
-        for (uint32_t seed = 1; seed <= seeds; ++seed) {
-            SCOPED_TRACE(testing::Message() << "seed " << seed << ", length " << length);
-            CharacterModel model(seed, length);
-            for (int step = 0; step < steps; ++step) {
-                model.edit();
-                // Not after each edit, since the checks grow the bit sets.
-                if (step % 3 == 0) model.check();
-                if (testing::Test::HasFatalFailure()) return;
-            }
-        }
+        check.compare();
     }
 }
 

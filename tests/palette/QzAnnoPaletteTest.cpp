@@ -1,11 +1,11 @@
-#include <random>
-
 #include <gmock/gmock.h>
 
 #include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "fuzz/UndoCheck.h"
 #include "platform/foundation/NSNotificationCenter.h"
 #include "platform/foundation/NSNumber.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/RandomChoices.h"
 
 namespace qz {
 namespace {
@@ -267,62 +267,12 @@ TEST_F(QzAnnoPaletteTest, UndoManagerOutlivesThePalette) {
     EXPECT_FALSE(key->valid());
 }
 
-// Model: the names in order of priority, and a stack of such rows, one for each edit that was not refused.
-TEST_F(QzAnnoPaletteTest, RandomEditsAndUndosAgreeWithARowOfNames) {
-    const uint32_t seed = std::random_device()();
-    SCOPED_TRACE(testing::Message() << "seed " << seed);
-    std::mt19937 random(seed);
-    std::vector<std::string> row;
-    std::vector<std::vector<std::string>> history;
-    for (int step = 0; step < 2000; ++step) {
-        std::vector<std::string> next = row;
-        const int32_t count = static_cast<int32_t>(row.size());
-        const int32_t from = count == 0 ? 0 : static_cast<int32_t>(random() % row.size());
-        const int32_t to = static_cast<int32_t>(random() % (row.size() + 2));
-        const Ref<QzAnnoKey> key = palette_->annoKeyAtPriority(from + 1);
-        bool expected = count > 0;
-        bool done = false;
-        switch (random() % 6) {
-            case 0:
-                next.push_back(std::to_string(step));
-                expected = done = true;
-                palette_->createAnno(NSString::stringWithUTF8String(next.back()));
-                break;
-            case 1:
-                if (expected) next.erase(next.begin() + from);
-                done = palette_->removeAnno(key);
-                break;
-            case 2:
-                expected = expected && to >= 1 && to <= count;
-                if (expected) {
-                    next.erase(next.begin() + from);
-                    next.insert(next.begin() + to - 1, row[static_cast<size_t>(from)]);
-                }
-                done = palette_->setAnnoKey(key, to);
-                break;
-            case 3:
-                expected = from + 1 < count;
-                if (expected) std::swap(next[static_cast<size_t>(from)], next[static_cast<size_t>(from) + 1]);
-                done = palette_->increasePriorityOfAnnoKey(key);
-                break;
-            case 4:
-                expected = from > 0;
-                if (expected) std::swap(next[static_cast<size_t>(from)], next[static_cast<size_t>(from) - 1]);
-                done = palette_->decreasePriorityOfAnnoKey(key);
-                break;
-            default:
-                ASSERT_EQ(undo_->undo(), !history.empty());
-                if (!history.empty()) {
-                    row = history.back();
-                    history.pop_back();
-                }
-                ASSERT_EQ(order(), row) << "after undo in step " << step;
-                continue;
-        }
-        undo_->endEvent();
-        ASSERT_EQ(done, expected) << "step " << step;
-        if (done) history.push_back(std::exchange(row, next));
-        ASSERT_EQ(order(), row) << "step " << step;
+TEST_F(QzAnnoPaletteTest, RandomEditsAndTheirUndoingAgreeWithAPlainStack) {
+    for (uint32_t seed = 1; seed <= 40; ++seed) {
+        test::RandomChoices choices(seed);
+        fuzz::UndoCheck check(choices);
+        for (int step = 0; step < 60; ++step) check.step();
+        check.undoAll();
     }
 }
 
