@@ -238,7 +238,10 @@ qzanno_result qzanno_renderer_set_title(qzanno_renderer* renderer, const qzanno_
                 return fail(QZANNO_ERROR_ANNOTATION, "the palette has no annotation " + quoted(span.annotation));
         }
         qzanno_title copy = *title;
-        renderer->session->setTitle(copy);
+        // Where memory runs out half way, a new session shows the former title.
+        auto session = std::move(renderer->session);
+        session->setTitle(copy);
+        renderer->session = std::move(session);
         renderer->title = std::move(copy);
         return QZANNO_OK;
     });
