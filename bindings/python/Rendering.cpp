@@ -152,6 +152,10 @@ private:
 }  // namespace
 
 void addRendering(py::module_& module) {
+    // pybind11 looks NumPy up on first use, and lets the interpreter go meanwhile: two threads would wait for each
+    // other.
+    py::dtype::of<uint8_t>();
+
     py::class_<Renderer>(
         module, "Renderer", py::is_final(),
         "Lays out titles for one screen and draws them. Keeps drawn glyphs for the next title, so keep the renderer.")

@@ -125,6 +125,18 @@ class PythonModule(unittest.TestCase):
             ends.set()
             ticker.join()
 
+    def test_threads_may_be_the_first_to_render(self):
+        program = """
+import concurrent.futures, qzanno
+palette = qzanno.Palette.load("examples/broadcast.plist")
+def render(_):
+    return qzanno.Renderer(palette, frame=(32, 18)).render(qzanno.Title("x"))
+with concurrent.futures.ThreadPoolExecutor(8) as pool:
+    print(len(list(pool.map(render, range(8)))))
+"""
+        ran = subprocess.run([sys.executable, "-c", program], check=True, capture_output=True, text=True, timeout=60)
+        self.assertEqual(ran.stdout, "8\n")
+
     def test_threads_may_share_a_renderer_and_a_title(self):
         expected = self.renderer.render(self.title)
         differing = []
