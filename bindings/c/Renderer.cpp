@@ -26,9 +26,9 @@ struct Settings {
 };
 
 /// A palette, and a pipeline that draws by it, of one state of the settings.
-class Session {
+class PreparedPipeline {
 public:
-    explicit Session(const Settings& settings)
+    explicit PreparedPipeline(const Settings& settings)
         : fonts_(settings.fonts),
           palette_(newPalette(settings.palette)),
           placements_(palette_, settings.screen, settings.direction),
@@ -96,15 +96,15 @@ struct qzanno_renderer {
     qz::c::Settings settings;
     qzanno_title title;
     // None until it is asked for, and again when a setting has changed.
-    std::unique_ptr<qz::c::Session> session;
+    std::unique_ptr<qz::c::PreparedPipeline> prepared;
 
     qz::QzAnnoStringToScreen& pipeline() {
-        if (!session) {
-            auto fresh = std::make_unique<qz::c::Session>(settings);
+        if (!prepared) {
+            auto fresh = std::make_unique<qz::c::PreparedPipeline>(settings);
             fresh->setTitle(title);
-            session = std::move(fresh);
+            prepared = std::move(fresh);
         }
-        return session->pipeline();
+        return prepared->pipeline();
     }
 
     qzanno_place place(qzanno_area area) {
@@ -179,7 +179,7 @@ qzanno_result qzanno_renderer_set_screen(qzanno_renderer* renderer, float width_
         renderer->settings.screen = {width_points, height_points};
         renderer->settings.frameWidth = frame_width;
         renderer->settings.frameHeight = frame_height;
-        renderer->session.reset();
+        renderer->prepared.reset();
         return QZANNO_OK;
     });
 }
@@ -188,7 +188,7 @@ qzanno_result qzanno_renderer_set_fonts(qzanno_renderer* renderer, const qzanno_
     if (!renderer) return failNull("renderer");
     return guarded([=] {
         renderer->settings.fonts = fonts ? fonts->library : nullptr;
-        renderer->session.reset();
+        renderer->prepared.reset();
         return QZANNO_OK;
     });
 }
@@ -201,7 +201,7 @@ qzanno_result qzanno_renderer_set_language(qzanno_renderer* renderer, const char
             return fail(QZANNO_ERROR_ARGUMENT,
                         quoted(language) + " is no language tag; write one such as ja or zh-Hant");
         renderer->settings.language = std::move(language);
-        renderer->session.reset();
+        renderer->prepared.reset();
         return QZANNO_OK;
     });
 }
@@ -222,7 +222,7 @@ qzanno_result qzanno_renderer_set_direction(qzanno_renderer* renderer, qzanno_di
             default:
                 return fail(QZANNO_ERROR_ARGUMENT, "there is no direction " + std::to_string(int{direction}));
         }
-        renderer->session.reset();
+        renderer->prepared.reset();
         return QZANNO_OK;
     });
 }
@@ -232,16 +232,16 @@ qzanno_result qzanno_renderer_set_title(qzanno_renderer* renderer, const qzanno_
     if (!title) return failNull("title");
     return guarded([=] {
         renderer->pipeline();
-        const qz::QzAnnoPalette& palette = renderer->session->palette();
+        const qz::QzAnnoPalette& palette = renderer->prepared->palette();
         for (const qzanno_title::Span& span : title->spans) {
             if (!palette.findAnnoKey(qz::NSString::stringWithUTF8String(span.annotation)))
                 return fail(QZANNO_ERROR_ANNOTATION, "the palette has no annotation " + quoted(span.annotation));
         }
         qzanno_title copy = *title;
-        // Where memory runs out half way, a new session shows the former title.
-        auto session = std::move(renderer->session);
-        session->setTitle(copy);
-        renderer->session = std::move(session);
+        // Where memory runs out half way, a new one shows the former title.
+        auto prepared = std::move(renderer->prepared);
+        prepared->setTitle(copy);
+        renderer->prepared = std::move(prepared);
         renderer->title = std::move(copy);
         return QZANNO_OK;
     });
