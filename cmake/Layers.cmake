@@ -16,14 +16,27 @@ if(QZANNO_SANITIZE)
   add_link_options(-fsanitize=${QZANNO_SANITIZE})
 endif()
 
-# qz_layer(NAME SOURCES file... [HEADERS file...] [LINKS library...]): an object library qz_NAME of the current folder. HEADERS are
-# the public ones: they are installed under their path in this tree; other headers are private to the tree.
+# qz_layer(NAME SOURCES file... [HEADERS file...] [COMPONENT component] [LINKS library...]): an object library qz_NAME of the
+# current folder. HEADERS are the public ones: they are installed under their path in this tree, with the component, by default
+# dev; other headers are private to the tree.
 function(qz_layer name)
-  cmake_parse_arguments(layer "" "" "SOURCES;HEADERS;LINKS" ${ARGN})
+  cmake_parse_arguments(layer "" "COMPONENT" "SOURCES;HEADERS;LINKS" ${ARGN})
+  if(NOT layer_COMPONENT)
+    set(layer_COMPONENT dev)
+  endif()
   add_library(qz_${name} OBJECT ${layer_SOURCES})
   target_link_libraries(qz_${name} PRIVATE qz_options PUBLIC ${layer_LINKS})
   file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
-  install(FILES ${layer_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/QzAnno/${folder} COMPONENT dev)
+  install(FILES ${layer_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/QzAnno/${folder} COMPONENT ${layer_COMPONENT})
+endfunction()
+
+# qz_export_only(LIBRARY script): the shared library shows what the linker's version script names, and nothing else of what it
+# holds: no instance of a standard template, no type of a dependency.
+function(qz_export_only library script)
+  if(NOT APPLE)
+    target_link_options(${library} PRIVATE LINKER:--version-script=${script})
+    set_property(TARGET ${library} APPEND PROPERTY LINK_DEPENDS ${script})
+  endif()
 endfunction()
 
 # qz_test(NAME SOURCES file... LAYERS layer... [LINKS library...]): a test program of the current folder.

@@ -12,6 +12,7 @@
 
 #include "apps/qzanno/Progress.h"
 #include "apps/qzanno/TitleLines.h"
+#include "platform/graphics/StraightAlpha.h"
 
 namespace qz::tool {
 namespace {
@@ -50,13 +51,10 @@ public:
 
     void update() {
         forEachRow(touched_, [this](const uint8_t* drawn, uint8_t* sent, size_t bytes) {
-            std::memcpy(sent, drawn, bytes);
-            for (size_t i = 0; isStraight_ && i < bytes; i += 4) {
-                const unsigned alpha = drawn[i + 3];
-                if (alpha == 0 || alpha == 255) continue;
-                for (size_t j = i; j < i + 3; ++j)
-                    sent[j] = static_cast<uint8_t>(std::min(255u, (drawn[j] * 255u + alpha / 2) / alpha));
-            }
+            if (isStraight_)
+                unpremultiply(drawn, bytes / 4, sent);
+            else
+                std::memcpy(sent, drawn, bytes);
         });
     }
 

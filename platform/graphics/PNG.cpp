@@ -14,6 +14,7 @@
 
 #include "platform/graphics/Compositing.h"
 #include "platform/graphics/NSColor.h"
+#include "platform/graphics/StraightAlpha.h"
 
 // Files are read by libpng, which knows every kind there is, and written around libdeflate, which compresses a picture
 // in a fraction of the time that libpng and zlib need; https://www.w3.org/TR/png-3/ has the chunks.
@@ -98,22 +99,6 @@ private:
     png_structp png_;
     png_infop info_;
 };
-
-// c = 255 p / a to the nearest; reading it back by p = c a / 255 to the nearest gives p again for every p up to a.
-void unpremultiply(const uint8_t* pixels, size_t count, uint8_t* straight) {
-    for (; count > 0; --count, pixels += 4, straight += 4) {
-        const uint32_t alpha = pixels[3];
-        if (alpha == 255) {
-            std::memcpy(straight, pixels, 4);
-        } else if (alpha == 0) {
-            std::memset(straight, 0, 4);
-        } else {
-            for (int i = 0; i < 3; ++i)
-                straight[i] = static_cast<uint8_t>(std::min((pixels[i] * 255u + alpha / 2) / alpha, 255u));
-            straight[3] = static_cast<uint8_t>(alpha);
-        }
-    }
-}
 
 /// Memory that is written before it is read, so it need not be zeroed.
 struct Buffer {

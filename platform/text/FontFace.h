@@ -71,7 +71,7 @@ public:
 private:
     class OutlineSource;
 
-    FontFace(const InstalledFont& font, HarfBuzzRef<hb_blob_t> file);
+    [[gnu::visibility("hidden")]] FontFace(const InstalledFont& font, HarfBuzzRef<hb_blob_t> file);
 
     Metrics readMetrics() const;
     bool showsLetters() const;

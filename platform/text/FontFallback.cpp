@@ -126,7 +126,8 @@ bool meets(Demand demand, std::u16string_view text, const FontFace& face) {
 // The usable fonts in the order in which they suit a font and a language. Finding it takes Fontconfig milliseconds.
 class FontFallback::Ranking {
 public:
-    Ranking(FontLibrary& library, FcConfig* config, const InstalledFont& look, const std::string& language)
+    [[gnu::visibility("hidden")]] Ranking(FontLibrary& library, FcConfig* config, const InstalledFont& look,
+                                          const std::string& language)
         : library_(library) {
         const FontconfigRef<FcPattern> wish(FcPatternCreate());
         const bool isAsked = wish &&
@@ -174,7 +175,7 @@ private:
         bool isAddedForLanguage;
     };
 
-    void addCandidate(FcPattern* pattern, const std::string& language) {
+    [[gnu::visibility("hidden")]] void addCandidate(FcPattern* pattern, const std::string& language) {
         FcChar8* path = nullptr;
         int index = 0;
         FcCharSet* characters = nullptr;

@@ -19,13 +19,14 @@ struct ListedFont {
 
 /// The usable fonts of a configuration, the current one for none. Those added by `addFontDirectory` come first, then
 /// newer versions, so that the order does not depend on Fontconfig's hashing.
-std::vector<ListedFont> listFonts(FcConfig* config);
+[[gnu::visibility("hidden")]] std::vector<ListedFont> listFonts(FcConfig* config);
 
 /// The file and index of the font that a configuration has for a family name or alias; an empty path without one.
-std::pair<std::string, int> bestMatch(FcConfig* config, const char* family);
+[[gnu::visibility("hidden")]] std::pair<std::string, int> bestMatch(FcConfig* config, const char* family);
 
 /// Adds the fonts of the files in a folder and the folders in it to a configuration. False when it is no folder that
 /// can be read. `problems` receives a line for each matter.
-bool addFontDirectory(FcConfig* config, const std::string& directory, std::vector<FontProblem>& problems);
+[[gnu::visibility("hidden")]] bool addFontDirectory(FcConfig* config, const std::string& directory,
+                                                    std::vector<FontProblem>& problems);
 
 }  // namespace qz

@@ -24,11 +24,13 @@ ALLOWED = {
     f"{LIBRARY}/archive": PLATFORM + [f"{LIBRARY}/{f}" for f in ("model", "palette", "format")],
     f"{LIBRARY}/ui": PLATFORM + ["platform/ui", LIBRARY],
     "captions": PLATFORM + [LIBRARY],
+    "bindings/c": PLATFORM + [LIBRARY, "captions"],
+    "bindings/python": ["bindings/c"],
     "apps/qzanno": PLATFORM + [LIBRARY, "captions"],
     "apps/qzanno-composer": PLATFORM + ["platform/ui", LIBRARY, "captions"],
 }
 
-DEPENDENCY = re.compile(r"<(hb|cairo|unicode/|ft2build|freetype|fontconfig/|png\.h|expat|CLI/|nlohmann/)")
+DEPENDENCY = re.compile(r"<(hb|cairo|unicode/|ft2build|freetype|fontconfig/|png\.h|expat|CLI/|nlohmann/|libdeflate|pybind11/)")
 QT = re.compile(r"<Q[A-Z]\w*>")
 QT_FOLDERS = ("platform/ui", f"{LIBRARY}/ui", "apps/qzanno-composer")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"][^>"]+[>"])')

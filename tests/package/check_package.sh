@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs the build into a folder of its own and builds a program of another project against it, by find_package and by pkg-config.
-# Usage: check_package.sh BUILD_FOLDER
+# Installs the build into a folder of its own and builds programs of other projects against it, by find_package and by pkg-config.
+# Usage: check_package.sh BUILD_FOLDER PYTHON
 set -euo pipefail
 build=$(realpath "$1")
 host=$(realpath "$(dirname "$0")/host")
@@ -24,10 +24,19 @@ if ldd "$work/host/static_host" | grep libQzAnno; then
   exit 1
 fi
 
-libdir=$(dirname "$(find "$work/prefix" -name QzAnno.pc)")/..
+libdir=$(realpath "$(dirname "$(find "$work/prefix" -name QzAnno.pc)")/..")
 for package in QzAnno QzAnno-static; do
-  flags=$(PKG_CONFIG_PATH="$libdir/pkgconfig" pkg-config --define-variable=prefix="$work/prefix" --cflags --libs "$package")
+  flags=$(PKG_CONFIG_PATH="$libdir/pkgconfig" pkg-config --cflags --libs "$package")
   # shellcheck disable=SC2086
   g++ -std=c++20 "$host/host.cpp" -o "$work/by-pkg-config" $flags
   LD_LIBRARY_PATH="$libdir" "$work/by-pkg-config"
 done
+
+"$(dirname "$0")/build_hosts.sh" "$(dirname "$0")/../../examples" "$work/prefix" "$libdir"
+
+# The installed tool and the Python package find the libraries by where they lie.
+"$work/prefix/bin/qzanno" --version
+package=$(find "$work/prefix" -path '*/qzanno/__init__.py')
+if [ -n "$package" ]; then
+  PYTHONPATH=$(dirname "$(dirname "$package")") "$2" -c 'import qzanno; print("qzanno for Python", qzanno.__version__)'
+fi

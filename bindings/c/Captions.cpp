@@ -1,0 +1,137 @@
+#include <algorithm>
+#include <optional>
+
+#include "bindings/c/Calls.h"
+#include "bindings/c/Objects.h"
+#include "captions/SubRip.h"
+#include "captions/WebVTT.h"
+#include "platform/foundation/Files.h"
+#include "platform/foundation/NSString.h"
+
+struct qzanno_captions {
+    struct Cue {
+        double start;
+        double end;
+        std::string identifier;
+        qzanno_title title;
+    };
+
+    std::vector<Cue> cues;
+    std::vector<qz::CaptionProblem> problems;
+};
+
+namespace qz::c {
+namespace {
+
+std::optional<qzanno_caption_format> formatOfName(std::string_view path) {
+    const auto endsWith = [&](std::string_view ending) {
+        return path.size() >= ending.size() &&
+               std::ranges::equal(path.substr(path.size() - ending.size()), ending,
+                                  [](char a, char b) { return std::tolower(static_cast<unsigned char>(a)) == b; });
+    };
+    if (endsWith(".srt")) return QZANNO_CAPTIONS_SUBRIP;
+    if (endsWith(".vtt")) return QZANNO_CAPTIONS_WEBVTT;
+    return {};
+}
+
+qzanno_title titleOf(const CaptionCue& cue, const QzAnnoPalette& palette) {
+    qzanno_title title;
+    title.text = cue.text->string()->utf8();
+    size_t malformed = 0;
+    title.positions = *TextPositions::of(title.text, &malformed);
+    title.placement = cue.placement;
+    for (int32_t priority = 1; priority <= palette.maxPriority(); ++priority) {
+        const Ref<QzAnnoKey> key = palette.annoKeyAtPriority(priority);
+        if (!cue.text->bitsFor(*key)) continue;
+        Range run;
+        for (uint32_t i = 0; i < cue.text->length(); i = static_cast<uint32_t>(run.end())) {
+            if (cue.text->annotation(*key, i, &run))
+                title.spans.push_back({key->name()->utf8(), title.positions.bytesOf(run)});
+        }
+    }
+    return title;
+}
+
+qzanno_result readCaptions(const NSData& file, const std::string& place, qzanno_caption_format format,
+                           const qzanno_palette& palette, qzanno_captions** out) {
+    const Ref<QzAnnoPalette> own = newPalette(palette.file);
+    auto made = std::make_unique<qzanno_captions>();
+    const CueSink sink = [&](CaptionCue&& cue) {
+        made->cues.push_back({cue.start, cue.end, cue.identifier, titleOf(cue, *own)});
+    };
+    CaptionProblem error;
+    auto problems =
+        format == QZANNO_CAPTIONS_SUBRIP ? readSubRip(file, *own, sink, &error) : readWebVTT(file, *own, sink, &error);
+    if (!problems) return fail(QZANNO_ERROR_FORMAT, place + std::to_string(error.line) + ": " + error.message);
+    made->problems = std::move(*problems);
+    *out = made.release();
+    return QZANNO_OK;
+}
+
+}  // namespace
+}  // namespace qz::c
+
+using namespace qz::c;
+
+qzanno_result qzanno_captions_load(const char* path, const qzanno_palette* palette, qzanno_captions** out) {
+    if (!path) return failNull("path");
+    if (!palette) return failNull("palette");
+    if (!out) return failNull("out");
+    return guarded([=] {
+        const std::string place = std::string(path) + ":";
+        const auto format = formatOfName(path);
+        if (!format)
+            return fail(QZANNO_ERROR_ARGUMENT, place + " is no .srt or .vtt file; give captions as SubRip or WebVTT");
+        std::string reason;
+        const qz::Ref<qz::NSData> file = qz::readFile(path, &reason);
+        if (!file) return fail(QZANNO_ERROR_FILE, place + " " + reason);
+        return readCaptions(*file, place, *format, *palette, out);
+    });
+}
+
+qzanno_result qzanno_captions_load_memory(const void* bytes, size_t size, qzanno_caption_format format,
+                                          const qzanno_palette* palette, qzanno_captions** out) {
+    if (!bytes) return failNull("bytes");
+    if (!palette) return failNull("palette");
+    if (!out) return failNull("out");
+    return guarded([=] {
+        if (format != QZANNO_CAPTIONS_SUBRIP && format != QZANNO_CAPTIONS_WEBVTT)
+            return fail(QZANNO_ERROR_ARGUMENT, "there is no caption format " + std::to_string(int{format}));
+        const auto file = qz::NSData::dataWithBytes(std::string_view(static_cast<const char*>(bytes), size));
+        return readCaptions(*file, "captions:", format, *palette, out);
+    });
+}
+
+void qzanno_captions_free(qzanno_captions* captions) {
+    delete captions;
+}
+
+size_t qzanno_captions_count(const qzanno_captions* captions) {
+    return captions ? captions->cues.size() : 0;
+}
+
+qzanno_result qzanno_captions_cue(const qzanno_captions* captions, size_t index, qzanno_cue* out) {
+    if (!captions) return failNull("captions");
+    if (!out) return failNull("out");
+    return guarded([=] {
+        if (index >= captions->cues.size()) return failIndex(index, captions->cues.size());
+        const qzanno_captions::Cue& cue = captions->cues[index];
+        *out = {cue.start, cue.end, cue.identifier.c_str(), &cue.title};
+        return QZANNO_OK;
+    });
+}
+
+size_t qzanno_captions_problem_count(const qzanno_captions* captions) {
+    return captions ? captions->problems.size() : 0;
+}
+
+qzanno_result qzanno_captions_problem(const qzanno_captions* captions, size_t index, qzanno_caption_problem* out) {
+    if (!captions) return failNull("captions");
+    if (!out) return failNull("out");
+    return guarded([=] {
+        if (index >= captions->problems.size()) return failIndex(index, captions->problems.size());
+        const qz::CaptionProblem& problem = captions->problems[index];
+        *out = {problem.line, problem.message.c_str()};
+        return QZANNO_OK;
+    });
+}

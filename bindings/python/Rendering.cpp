@@ -1,0 +1,190 @@
+#include <array>
+#include <mutex>
+#include <optional>
+
+#include <pybind11/numpy.h>
+#include <pybind11/stl.h>
+
+#include "bindings/python/Handles.h"
+
+namespace py = pybind11;
+using namespace py::literals;
+
+namespace qz::python {
+namespace {
+
+using Picture = py::array_t<uint8_t>;
+
+template <class Enumeration, size_t count>
+Enumeration named(const char* parameter, const std::string& name,
+                  const std::array<std::pair<const char*, Enumeration>, count>& known) {
+    std::string names;
+    for (const auto& [spelling, meaning] : known) {
+        if (name == spelling) return meaning;
+        names += (names.empty() ? "\"" : ", \"") + std::string(spelling) + "\"";
+    }
+    throw py::value_error(std::string(parameter) + " is one of " + names + ", not \"" + name + "\"");
+}
+
+qzanno_area areaOf(const std::string& name) {
+    return named<qzanno_area>("area", name,
+                              std::array{std::pair{"screen", QZANNO_AREA_SCREEN}, std::pair{"box", QZANNO_AREA_BOX}});
+}
+
+qzanno_alpha alphaOf(const std::string& name) {
+    return named<qzanno_alpha>("alpha", name,
+                               std::array{std::pair{"premultiplied", QZANNO_ALPHA_PREMULTIPLIED},
+                                          std::pair{"straight", QZANNO_ALPHA_STRAIGHT}});
+}
+
+qzanno_direction directionOf(const std::string& name) {
+    return named<qzanno_direction>(
+        "direction", name,
+        std::array{std::pair{"natural", QZANNO_DIRECTION_NATURAL}, std::pair{"ltr", QZANNO_DIRECTION_LEFT_TO_RIGHT},
+                   std::pair{"rtl", QZANNO_DIRECTION_RIGHT_TO_LEFT}});
+}
+
+/// The memory of an array, which may be part of a larger one as long as the bytes of a row are in order.
+qzanno_buffer bufferOf(const py::array& array) {
+    if (!array.dtype().is(py::dtype::of<uint8_t>()) || array.ndim() != 3 || array.shape(2) != 4)
+        throw py::type_error("pictures are arrays of height x width x 4 of uint8");
+    if (!array.writeable()) throw py::value_error("the array is read-only");
+    const bool isOfPixels = array.strides(2) == 1 && (array.strides(1) == 4 || array.shape(1) <= 1);
+    if (!isOfPixels || array.strides(0) < 0)
+        throw py::value_error(
+            "the array's pixels do not follow each other from left to right and from the top; make a copy first");
+    if (array.shape(0) > INT32_MAX || array.shape(1) > INT32_MAX || array.strides(0) > INT32_MAX)
+        throw py::value_error("the array is larger than a picture may be");
+    return {static_cast<uint8_t*>(const_cast<void*>(array.data())), static_cast<int32_t>(array.shape(1)),
+            static_cast<int32_t>(array.shape(0)), array.shape(0) > 1 ? static_cast<int32_t>(array.strides(0)) : 0};
+}
+
+class Renderer {
+public:
+    Renderer(const Palette& palette, std::pair<float, float> screen, std::optional<std::pair<int32_t, int32_t>> frame,
+             const Fonts* fonts, const std::string& language, const std::string& direction)
+        : handle_(make<RendererHandle>([&](auto** out) { return qzanno_renderer_new(palette.handle.get(), out); })) {
+        if (!frame) {
+            if (!(screen.first >= 1 && screen.first <= 1e6f && screen.second >= 1 && screen.second <= 1e6f))
+                throw py::value_error("a screen's sides are 1 to 1000000 points; smaller ones need a frame");
+            frame.emplace(static_cast<int32_t>(screen.first), static_cast<int32_t>(screen.second));
+        }
+        check(qzanno_renderer_set_screen(handle_.get(), screen.first, screen.second, frame->first, frame->second));
+        if (fonts) check(qzanno_renderer_set_fonts(handle_.get(), fonts->handle.get()));
+        check(qzanno_renderer_set_language(handle_.get(), language.c_str()));
+        check(qzanno_renderer_set_direction(handle_.get(), directionOf(direction)));
+    }
+
+    py::object measure(const Title& title, const std::string& area) {
+        const qzanno_place place = placeOf(title, areaOf(area));
+        return value("Place")(place.x, place.y, place.width, place.height);
+    }
+
+    py::array render(const Title& title, const std::string& areaName, const std::string& alphaName,
+                     const std::optional<py::array>& out) {
+        const qzanno_area area = areaOf(areaName);
+        const qzanno_alpha alpha = alphaOf(alphaName);
+        py::array picture = out ? *out : newPicture(placeOf(title, area));
+        const qzanno_buffer buffer = bufferOf(picture);
+        withTitle(title, [&] { return qzanno_renderer_render(handle_.get(), area, alpha, &buffer, nullptr); });
+        return picture;
+    }
+
+    py::object composite(const Title& title, const py::array& frame, const std::string& areaName) {
+        const qzanno_area area = areaOf(areaName);
+        const qzanno_buffer buffer = bufferOf(frame);
+        qzanno_pixels changed{};
+        withTitle(title, [&] { return qzanno_renderer_composite(handle_.get(), area, &buffer, &changed); });
+        return value("Pixels")(changed.x, changed.y, changed.width, changed.height);
+    }
+
+    py::list report(const Title& title, const std::string& areaName) {
+        static constexpr std::array kKinds = {"font missing",   "font substituted", "glyph missing",  "text clipped",
+                                              "glyphs clipped", "layer 1 clipped",  "layer 2 clipped"};
+        const qzanno_area area = areaOf(areaName);
+        qzanno_report* made = nullptr;
+        withTitle(title, [&] { return qzanno_renderer_report(handle_.get(), area, &made); });
+        const ReportHandle report(made);
+        const py::object type = value("ReportItem");
+        const std::string_view text = title.text();
+        py::list items;
+        qzanno_report_item item;
+        for (size_t i = 0; i < qzanno_report_count(made); ++i) {
+            check(qzanno_report_item_at(made, i, &item));
+            items.append(type(kKinds.at(static_cast<size_t>(item.kind) - 1), charactersOf(text.substr(0, item.start)),
+                              charactersOf(text.substr(0, item.start + item.length)), item.font_asked, item.font_used));
+        }
+        return items;
+    }
+
+private:
+    static py::array newPicture(const qzanno_place& place) {
+        return Picture({py::ssize_t{place.height}, py::ssize_t{place.width}, py::ssize_t{4}});
+    }
+
+    qzanno_place placeOf(const Title& title, qzanno_area area) {
+        qzanno_place place{};
+        withTitle(title, [&] { return qzanno_renderer_measure(handle_.get(), area, &place); });
+        return place;
+    }
+
+    /// Calls the renderer for a title, one thread at a time, with the interpreter let go. The title is copied before,
+    /// since another thread may annotate it meanwhile.
+    template <class Call>
+    void withTitle(const Title& title, Call&& call) {
+        qzanno_title* made = nullptr;
+        check(qzanno_title_copy(title.handle.get(), &made));
+        const TitleHandle copy(made);
+        qzanno_result result = QZANNO_OK;
+        {
+            const py::gil_scoped_release letGo;
+            const std::lock_guard lock(mutex_);
+            result = qzanno_renderer_set_title(handle_.get(), copy.get());
+            if (result == QZANNO_OK) result = call();
+        }
+        check(result);
+    }
+
+    const RendererHandle handle_;
+    std::mutex mutex_;
+};
+
+}  // namespace
+
+void addRendering(py::module_& module) {
+    // pybind11 looks NumPy up on first use, and lets the interpreter go meanwhile: two threads would wait for each
+    // other.
+    py::dtype::of<uint8_t>();
+
+    py::class_<Renderer>(
+        module, "Renderer", py::is_final(),
+        "Lays out titles for one screen and draws them. Keeps drawn glyphs for the next title, so keep the renderer.")
+        .def(py::init<const Palette&, std::pair<float, float>, std::optional<std::pair<int32_t, int32_t>>, const Fonts*,
+                      const std::string&, const std::string&>(),
+             "palette"_a, py::kw_only(), "screen"_a = std::pair(1920.0f, 1080.0f), "frame"_a = py::none(),
+             "fonts"_a = py::none(), "language"_a = "", "direction"_a = "natural",
+             "The screen is in points, which the palette's sizes are given in; the frame is the pixels that it stands "
+             "for, width "
+             "and height, by default one for each point. The language is a tag such as \"ja\"; the direction "
+             "\"natural\", \"ltr\" or "
+             "\"rtl\". Raises ValueError.")
+        .def("measure", &Renderer::measure, "title"_a, py::kw_only(), "area"_a = "box",
+             "The Place of the picture that `render` makes of an area: \"screen\", or \"box\" for the text's box and "
+             "10 points round it.")
+        .def("render", &Renderer::render, "title"_a, py::kw_only(), "area"_a = "screen", "alpha"_a = "premultiplied",
+             "out"_a = py::none(),
+             "A new array of the picture, premultiplied or \"straight\". With `out`, which must have the size that "
+             "`measure` tells, "
+             "clears that array, draws into it and returns it; it may be part of a larger one. Raises AnnotationError "
+             "for a name "
+             "that the palette lacks.")
+        .def("composite", &Renderer::composite, "title"_a, "frame"_a, py::kw_only(), "area"_a = "screen",
+             "Draws the title over what an array holds, an opaque frame or premultiplied pixels. Returns the Pixels "
+             "that may have "
+             "changed.")
+        .def("report", &Renderer::report, "title"_a, py::kw_only(), "area"_a = "screen",
+             "A ReportItem for each matter in which the title is not shown as it was asked for; an empty list when "
+             "there is none.");
+}
+
+}  // namespace qz::python

@@ -1,0 +1,182 @@
+#include <pybind11/stl.h>
+#include <pybind11/stl/filesystem.h>
+
+#include "bindings/python/Handles.h"
+
+namespace py = pybind11;
+using namespace py::literals;
+
+namespace qz::python {
+namespace {
+
+bool beginsCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
+}
+
+Palette loadPalette(const std::filesystem::path& path) {
+    return {make<PaletteHandle>([&](auto** out) { return qzanno_palette_load(path.c_str(), out); })};
+}
+
+Palette paletteOfBytes(std::string_view data) {
+    return {make<PaletteHandle>([&](auto** out) { return qzanno_palette_load_memory(data.data(), data.size(), out); })};
+}
+
+std::vector<std::string> annotationsOf(const Palette& palette) {
+    std::vector<std::string> names;
+    while (const char* name = qzanno_palette_annotation_name(palette.handle.get(), names.size()))
+        names.emplace_back(name);
+    return names;
+}
+
+Fonts openFonts(const py::iterable& folders) {
+    std::vector<std::string> paths;
+    for (const py::handle folder : folders) paths.push_back(folder.cast<std::filesystem::path>().string());
+    std::vector<const char*> pointers;
+    for (const std::string& path : paths) pointers.push_back(path.c_str());
+    // An empty list has no pointer of its own.
+    pointers.push_back(nullptr);
+    return {make<FontsHandle>([&](auto** out) { return qzanno_fonts_open(pointers.data(), paths.size(), out); })};
+}
+
+std::vector<std::string> problemsOf(const Fonts& fonts) {
+    std::vector<std::string> problems;
+    while (const char* line = qzanno_fonts_problem(fonts.handle.get(), problems.size())) problems.emplace_back(line);
+    return problems;
+}
+
+Title newTitle(const std::string& text, const py::iterable& annotations) {
+    // A C string ends there, and the rest would be lost without a word.
+    if (text.find('\0') != text.npos)
+        throw py::value_error("the text has a null character, which shows nothing; leave it out");
+    Title title{make<TitleHandle>([&](auto** out) { return qzanno_title_new(text.c_str(), out); })};
+    for (const py::handle name : annotations)
+        check(qzanno_title_annotate_all(title.handle.get(), name.cast<std::string>().c_str()));
+    return title;
+}
+
+void annotate(Title& title, const std::string& annotation, py::ssize_t start, std::optional<py::ssize_t> stop) {
+    const std::string_view text = title.text();
+    const auto length = static_cast<py::ssize_t>(charactersOf(text));
+    const py::ssize_t end = stop.value_or(length);
+    if (start < 0 || start > end || end > length)
+        throw py::value_error("\"" + annotation + "\": characters " + std::to_string(start) + " to " +
+                              std::to_string(end) + " are not within a text of " + std::to_string(length));
+    const size_t first = byteOfCharacter(text, static_cast<size_t>(start));
+    const size_t last = byteOfCharacter(text, static_cast<size_t>(end));
+    check(qzanno_title_annotate(title.handle.get(), annotation.c_str(), first, last - first));
+}
+
+py::list spansOf(const Title& title) {
+    const py::object type = value("Span");
+    const std::string_view text = title.text();
+    py::list spans;
+    qzanno_span span;
+    for (size_t i = 0; i < qzanno_title_span_count(title.handle.get()); ++i) {
+        check(qzanno_title_span(title.handle.get(), i, &span));
+        spans.append(type(span.annotation, charactersOf(text.substr(0, span.start)),
+                          charactersOf(text.substr(0, span.start + span.length))));
+    }
+    return spans;
+}
+
+Captions loadCaptions(const std::filesystem::path& path, const Palette& palette) {
+    return {make<CaptionsHandle>(
+        [&](auto** out) { return qzanno_captions_load(path.c_str(), palette.handle.get(), out); })};
+}
+
+Captions captionsOfBytes(std::string_view data, const std::string& format, const Palette& palette) {
+    if (format != "srt" && format != "vtt")
+        throw py::value_error("format is \"srt\" or \"vtt\", not \"" + format + "\"");
+    const auto kind = format == "srt" ? QZANNO_CAPTIONS_SUBRIP : QZANNO_CAPTIONS_WEBVTT;
+    return {make<CaptionsHandle>([&](auto** out) {
+        return qzanno_captions_load_memory(data.data(), data.size(), kind, palette.handle.get(), out);
+    })};
+}
+
+py::object cueAt(const Captions& captions, py::ssize_t index) {
+    const auto count = static_cast<py::ssize_t>(qzanno_captions_count(captions.handle.get()));
+    if (index < 0) index += count;
+    if (index < 0 || index >= count) throw py::index_error("there are " + std::to_string(count) + " cues");
+    qzanno_cue cue;
+    check(qzanno_captions_cue(captions.handle.get(), static_cast<size_t>(index), &cue));
+    // A copy, which may be annotated further.
+    Title title{make<TitleHandle>([&](auto** out) { return qzanno_title_copy(cue.title, out); })};
+    return value("Cue")(cue.start, cue.end, cue.identifier, std::move(title));
+}
+
+py::list problemsOf(const Captions& captions) {
+    const py::object type = value("Problem");
+    py::list problems;
+    qzanno_caption_problem problem;
+    for (size_t i = 0; i < qzanno_captions_problem_count(captions.handle.get()); ++i) {
+        check(qzanno_captions_problem(captions.handle.get(), i, &problem));
+        problems.append(type(problem.line, problem.message));
+    }
+    return problems;
+}
+
+}  // namespace
+
+size_t charactersOf(std::string_view utf8) {
+    size_t count = 0;
+    for (const char byte : utf8) count += beginsCharacter(byte);
+    return count;
+}
+
+size_t byteOfCharacter(std::string_view utf8, size_t character) {
+    for (size_t i = 0; i < utf8.size(); ++i) {
+        if (!beginsCharacter(utf8[i])) continue;
+        if (character == 0) return i;
+        --character;
+    }
+    return utf8.size();
+}
+
+void addTitles(py::module_& module) {
+    py::class_<Palette>(module, "Palette", py::is_final(),
+                        "What annotations look like. Never changes; for any number of threads.")
+        .def_static("load", &loadPalette, "path"_a,
+                    "Reads a palette, an XML property list or an archive as its first bytes tell. Raises FileError or "
+                    "FormatError.")
+        .def_static("from_bytes", &paletteOfBytes, "data"_a, "The same of what such a file holds.")
+        .def_property_readonly("annotations", &annotationsOf,
+                               "The names of the annotations besides the global one, highest priority first.");
+
+    py::class_<Fonts>(module, "Fonts", py::is_final(),
+                      "The fonts of the machine and those in folders. For any number of threads.")
+        .def(py::init(&openFonts), "folders"_a,
+             "Reads every font file of the folders and of those below; nothing is installed. Raises FileError for a "
+             "folder that "
+             "cannot be read.")
+        .def_property_readonly("problems", py::overload_cast<const Fonts&>(&problemsOf),
+                               "A line for each file that is no font, path first; it is left out.");
+
+    py::class_<Title>(
+        module, "Title", py::is_final(),
+        "A text and the names of annotations that hold on stretches of it. Goes with any palette that has those names.")
+        .def(py::init(&newTitle), "text"_a, "annotations"_a = py::tuple(),
+             "A text, whose lines are separated by line feeds, and annotations that hold on the whole of it.")
+        .def("annotate", &annotate, "annotation"_a, "start"_a = 0, "stop"_a = py::none(),
+             "Lets an annotation hold from the character `start` up to `stop`, by default on the whole text. One that "
+             "holds on the "
+             "whole text also gives the title margins, place and box. Raises ValueError for what is not within the "
+             "text.")
+        .def_property_readonly("text", &Title::text)
+        .def_property_readonly("spans", &spansOf, "A Span for each stretch, in the order in which they were made.")
+        .def("__repr__",
+             [](const Title& title) { return "Title(" + py::repr(py::str(title.text())).cast<std::string>() + ")"; });
+
+    py::class_<Captions>(module, "Captions", py::is_final(), "The cues of a SubRip or WebVTT file, a sequence of Cue.")
+        .def_static("load", &loadCaptions, "path"_a, "palette"_a,
+                    "Reads a .srt or .vtt file, its marks as annotations of the palette. Raises FileError, "
+                    "FormatError, or ValueError "
+                    "for another ending.")
+        .def_static("from_bytes", &captionsOfBytes, "data"_a, "format"_a, "palette"_a,
+                    "The same of what such a file holds.")
+        .def("__len__", [](const Captions& captions) { return qzanno_captions_count(captions.handle.get()); })
+        .def("__getitem__", &cueAt, "index"_a)
+        .def_property_readonly("problems", py::overload_cast<const Captions&>(&problemsOf),
+                               "A Problem for each mark that adds nothing, or is not in the format's form.");
+}
+
+}  // namespace qz::python

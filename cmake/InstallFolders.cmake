@@ -1,0 +1,10 @@
+# Where installed programs and libraries look for the libraries. In a prefix of its own the tree may be moved; where the system
+# looks by itself they name nothing, as Debian asks.
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(QZANNO_LIBRARY_RPATH "")
+  set(QZANNO_PROGRAM_RPATH "")
+else()
+  file(RELATIVE_PATH libraries_from_programs /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+  set(QZANNO_LIBRARY_RPATH "$ORIGIN")
+  set(QZANNO_PROGRAM_RPATH "$ORIGIN/${libraries_from_programs}")
+endif()

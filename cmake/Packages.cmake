@@ -1,0 +1,83 @@
+# cpack makes Debian packages of the installed components: one for each, as Debian splits a library. scripts/check-packages makes
+# and tries them.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME qzanno)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_OUTPUT_FILE_PREFIX ${PROJECT_BINARY_DIR}/packages)
+set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
+set(CPACK_COMPONENTS_ALL)
+
+set(QZANNO_PACKAGE_MAINTAINER "The QzAnno maintainers <maintainers@qzanno.invalid>" CACHE STRING "Whom packages name as maintainer")
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER ${QZANNO_PACKAGE_MAINTAINER})
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(same_version "(= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+
+# qz_package(COMPONENT NAME name SECTION section SUMMARY line TEXT text [DEPENDS package...] [RECOMMENDS package...] [LIBRARY]).
+# What the programs and libraries need of the system is found in their files. LIBRARY: holds a shared library that others link.
+function(qz_package component)
+  cmake_parse_arguments(package "LIBRARY" "NAME;SECTION;SUMMARY;TEXT" "DEPENDS;RECOMMENDS" ${ARGN})
+  string(TOUPPER ${component} upper)
+  list(JOIN package_DEPENDS ", " depends)
+  list(JOIN package_RECOMMENDS ", " recommends)
+  set(settings
+    PACKAGE_NAME ${package_NAME} PACKAGE_SECTION ${package_SECTION} PACKAGE_DEPENDS "${depends}" PACKAGE_RECOMMENDS "${recommends}"
+    DESCRIPTION "${package_SUMMARY}\n${package_TEXT}" PACKAGE_SHLIBDEPS ON)
+  if(package_LIBRARY)
+    list(APPEND settings PACKAGE_GENERATE_SHLIBS ON PACKAGE_GENERATE_SHLIBS_POLICY =)
+  endif()
+  while(settings)
+    list(POP_FRONT settings name)
+    list(POP_FRONT settings value)
+    set(CPACK_DEBIAN_${upper}_${name} "${value}" PARENT_SCOPE)
+  endwhile()
+  set(CPACK_COMPONENTS_ALL ${CPACK_COMPONENTS_ALL} ${component} PARENT_SCOPE)
+endfunction()
+
+set(libraries_folders $<TARGET_FILE_DIR:QzAnno> $<TARGET_FILE_DIR:QzAnnoC>)
+string(CONCAT about
+  "QzAnno turns annotated texts into titles and captions for video frames:\n"
+  "palettes resolve named annotations to fonts, colours, layers and boxes, texts\n"
+  "of every script are laid out on a screen and drawn into RGBA bitmaps.\n")
+
+set(soversion ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+qz_package(core NAME libqzanno${soversion} SECTION libs LIBRARY
+  SUMMARY "annotated titles and captions for video, C++ library" TEXT "${about}")
+qz_package(c NAME libqzanno-c${QZANNO_C_SOVERSION} SECTION libs LIBRARY DEPENDS "libqzanno${soversion} ${same_version}"
+  SUMMARY "annotated titles and captions for video, C library" TEXT "${about}This package holds the library of C functions.")
+qz_package(dev NAME libqzanno-dev SECTION libdevel
+  DEPENDS "libqzanno${soversion} ${same_version}" "libqzanno-c${QZANNO_C_SOVERSION} ${same_version}"
+  RECOMMENDS libcairo2-dev libdeflate-dev libexpat1-dev libfontconfig-dev libfreetype-dev libharfbuzz-dev libicu-dev libpng-dev
+  SUMMARY "annotated titles and captions for video, development files"
+  TEXT "${about}This package holds the headers of the C++ and the C library, the static\nlibrary, and what CMake and pkg-config read. The recommended packages are for\nprograms that link the static library.")
+qz_package(tools NAME qzanno SECTION video DEPENDS "libqzanno${soversion} ${same_version}"
+  SUMMARY "renders annotated titles and captions for video" TEXT "${about}This package holds the command line qzanno.")
+if(TARGET QzAnnoUI)
+  list(APPEND libraries_folders $<TARGET_FILE_DIR:QzAnnoUI>)
+  qz_package(ui NAME libqzanno-ui${soversion} SECTION libs LIBRARY DEPENDS "libqzanno${soversion} ${same_version}"
+    SUMMARY "annotated titles and captions for video, desktop library"
+    TEXT "${about}This package holds the annotation panel, the editor and the text view, over Qt 6.")
+  qz_package(ui_dev NAME libqzanno-ui-dev SECTION libdevel
+    DEPENDS "libqzanno-ui${soversion} ${same_version}" "libqzanno-dev ${same_version}" RECOMMENDS qt6-base-dev
+    SUMMARY "annotated titles and captions for video, desktop development files"
+    TEXT "${about}This package holds the headers of the desktop library.")
+  qz_package(composer NAME qzanno-composer SECTION video DEPENDS "libqzanno-ui${soversion} ${same_version}" "libqzanno${soversion} ${same_version}"
+    SUMMARY "styles annotated titles for video on the desktop" TEXT "${about}This package holds the desktop program.")
+endif()
+if(TARGET QzAnnoPython)
+  get_property(python DIRECTORY bindings/python PROPERTY QZANNO_PYTHON_DEPENDS)
+  qz_package(python NAME python3-qzanno SECTION python
+    DEPENDS ${python} python3-numpy "libqzanno-c${QZANNO_C_SOVERSION} ${same_version}"
+    SUMMARY "annotated titles and captions for video, Python 3 module" TEXT "${about}This package holds the Python module, which draws into NumPy arrays.")
+endif()
+
+# Read by cpack: where the packages' libraries are found while the needs of the others are looked up.
+file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/PackageLibraries.cmake
+  CONTENT "set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${libraries_folders})\n# Each package has a summary of its own.\nset(CPACK_PACKAGE_DESCRIPTION_SUMMARY \"\")\n")
+set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_BINARY_DIR}/PackageLibraries.cmake)
+include(CPack)
