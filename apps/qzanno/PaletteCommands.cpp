@@ -7,6 +7,7 @@
 
 #include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
 #include "apps/qzanno/PaletteFile.h"
+#include "apps/qzanno/PaletteReadability.h"
 #include "apps/qzanno/PaletteText.h"
 #include "platform/foundation/Files.h"
 
@@ -53,9 +54,18 @@ int showPalette(const std::string& path, Diagnostics& diagnostics) {
     return 0;
 }
 
-int checkPalette(const std::string& path, Diagnostics& diagnostics) {
-    if (!loadPalette(path, diagnostics) || reportFaults(path, Faults::all, diagnostics) > 0) return 1;
-    diagnostics.note(path, "no faults");
+int checkPalette(const PaletteCheckOptions& options, Diagnostics& diagnostics) {
+    const Ref<QzAnnoPalette> palette = loadPalette(options.path, diagnostics);
+    if (!palette) return 1;
+    const size_t faults = reportFaults(options.path, Faults::all, diagnostics);
+    const NSSize screen = {static_cast<float>(options.screen.width), static_cast<float>(options.screen.height)};
+    const std::vector<ReadabilityWarning> warnings = readabilityOf(*palette, screen);
+    for (const ReadabilityWarning& warning : warnings) {
+        const std::string line = tool::quoted(warning.annotationName) + ": " + warning.message;
+        options.strict ? diagnostics.error(options.path, line) : diagnostics.warning(options.path, line);
+    }
+    if (faults > 0 || (options.strict && !warnings.empty())) return 1;
+    diagnostics.note(options.path, "no faults");
     return 0;
 }
 

@@ -71,6 +71,10 @@ void addFontFolders(CLI::App& command, std::vector<std::string>& folders) {
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
+void addScreenOption(CLI::App& command, const std::string& description, PixelSize& screen) {
+    addSizeOption(command, "-s,--screen", description, [&screen](PixelSize size) { screen = size; });
+}
+
 void addDrawingOptions(CLI::App& command, DrawingOptions& options) {
     command.add_option("-p,--palette", options.palette,
                        "Property list or archive with the styles; without it a built-in palette serves");
@@ -80,8 +84,7 @@ void addDrawingOptions(CLI::App& command, DrawingOptions& options) {
         ->type_name("NAME")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    addSizeOption(command, "-s,--screen", "The screen that the titles are laid out for, in points [1920x1080]",
-                  [&options](PixelSize size) { options.screen = size; });
+    addScreenOption(command, "The screen that the titles are laid out for, in points [1920x1080]", options.screen);
     addSizeOption(command, "-d,--data", "The frame that the screen is scaled onto, in pixels [the screen's]",
                   [&options](PixelSize size) { options.data = size; });
     command

@@ -9,6 +9,7 @@ namespace qz::tool {
 
 /// Options of the command line that several commands have.
 void addFontFolders(CLI::App& command, std::vector<std::string>& folders);
+void addScreenOption(CLI::App& command, const std::string& description, PixelSize& screen);
 /// Those that say how titles are laid out and drawn.
 void addDrawingOptions(CLI::App& command, DrawingOptions& options);
 

@@ -7,6 +7,7 @@
 #include "apps/qzanno/ManifestMerge.h"
 #include "apps/qzanno/PaletteCommands.h"
 #include "apps/qzanno/RenderArguments.h"
+#include "apps/qzanno/StarterPalettes.h"
 #include "platform/foundation/NSLog.h"
 
 namespace qz::tool {
@@ -17,6 +18,8 @@ constexpr int kWrongUsage = 2;
 
 constexpr const char* kPaletteExamples =
     "Examples:\n"
+    "  qzanno palette new\n"
+    "  qzanno palette new news-lower-third -o news.plist\n"
     "  qzanno palette show broadcast.plist\n"
     "  qzanno palette check broadcast.plist\n"
     "  qzanno palette convert broadcast.plist broadcast.annopalette";
@@ -51,11 +54,14 @@ struct FileOptions {
     std::vector<std::string> fontDirectories;
     std::string palette;
     std::string output;
+    PaletteCheckOptions check;
+    NewPaletteOptions starter;
 };
 
 struct Commands {
     CLI::App* render;
     CLI::App* stream;
+    CLI::App* newPalette;
     CLI::App* showPalette;
     CLI::App* checkPalette;
     CLI::App* convertPalette;
@@ -68,18 +74,30 @@ struct Commands {
 void describePaletteCommands(CLI::App& app, FileOptions& files, Commands& commands) {
     CLI::App& palette = *app.add_subcommand("palette", "Look at palettes");
     palette.require_subcommand(1);
+    commands.newPalette =
+        palette.add_subcommand("new", "Write a palette to begin with; without a name, list those that there are");
+    commands.newPalette->add_option("NAME", files.starter.name, "Which one");
+    commands.newPalette
+        ->add_option("-o,--output", files.starter.output, "The file to write, - for standard output [NAME.plist]")
+        ->type_name("FILE");
+    commands.newPalette->add_flag("--overwrite", files.starter.overwrite, "Write over a file that is there");
     commands.showPalette = palette.add_subcommand("show", "Print a palette as a table, the highest priority first");
-    commands.checkPalette =
-        palette.add_subcommand("check", "Report each fault of a palette; exit with 1 when there is one");
+    commands.checkPalette = palette.add_subcommand(
+        "check", "Report each fault of a palette and what is hard to read; exit with 1 for faults");
     commands.convertPalette =
         palette.add_subcommand("convert", "Write a palette as a property list or an archive, by the output's name");
     for (CLI::App* command : {commands.showPalette, commands.checkPalette, commands.convertPalette}) {
-        command->add_option("FILE", files.input, "Property list or archive with the palette")->required();
+        std::string& path = command == commands.checkPalette ? files.check.path : files.input;
+        command->add_option("FILE", path, "Property list or archive with the palette")->required();
     }
+    addScreenOption(*commands.checkPalette, "The screen that the palette is meant for, in points [1920x1080]",
+                    files.check.screen);
+    commands.checkPalette->add_flag("--strict", files.check.strict, "What is hard to read is a fault");
     commands.convertPalette
         ->add_option("OUTPUT", files.output, "A .plist file for a property list, an .annopalette file for an archive")
         ->required();
-    for (CLI::App* command : {&palette, commands.showPalette, commands.checkPalette, commands.convertPalette}) {
+    for (CLI::App* command :
+         {&palette, commands.newPalette, commands.showPalette, commands.checkPalette, commands.convertPalette}) {
         command->footer(kPaletteExamples);
     }
 }
@@ -126,7 +144,8 @@ int listCommands(int argc, char** argv, uint32_t count) {
 
 int perform(const Commands& commands, const FileOptions& files, Diagnostics& diagnostics) {
     if (commands.showPalette->parsed()) return showPalette(files.input, diagnostics);
-    if (commands.checkPalette->parsed()) return checkPalette(files.input, diagnostics);
+    if (commands.checkPalette->parsed()) return checkPalette(files.check, diagnostics);
+    if (commands.newPalette->parsed()) return newStarterPalette(files.starter, diagnostics);
     if (commands.convertPalette->parsed()) return convertPalette(files.input, files.output, diagnostics);
     if (commands.packArchive->parsed()) return packArchive(files.input, files.palette, files.output, diagnostics);
     if (commands.showArchive->parsed()) return showArchive(files.input, files.palette, diagnostics);
@@ -153,9 +172,9 @@ int run(int argc, char** argv) {
     describePaletteCommands(app, files, commands);
     describeArchiveCommands(app, files, commands);
     describeManifestCommands(app, files, commands);
-    for (CLI::App* command :
-         {commands.render, commands.stream, commands.showPalette, commands.checkPalette, commands.convertPalette,
-          commands.packArchive, commands.showArchive, commands.dumpArchive, commands.mergeManifests}) {
+    for (CLI::App* command : {commands.render, commands.stream, commands.newPalette, commands.showPalette,
+                              commands.checkPalette, commands.convertPalette, commands.packArchive,
+                              commands.showArchive, commands.dumpArchive, commands.mergeManifests}) {
         addVerbosity(*command, verbose, quiet);
     }
     for (CLI::App* command : {commands.showPalette, commands.checkPalette, commands.showArchive}) {
