@@ -9,6 +9,7 @@
 #include "apps/qzanno/PaletteFile.h"
 #include "apps/qzanno/PaletteReadability.h"
 #include "apps/qzanno/PaletteText.h"
+#include "captions/AssPalette.h"
 #include "platform/foundation/Files.h"
 
 namespace qz::tool {
@@ -40,6 +41,28 @@ void print(const std::vector<Row>& rows) {
         for (size_t i = 0; i < row.size(); ++i) line += row[i] + std::string(widths[i] - columnsOf(row[i]) + 2, ' ');
         std::cout << line.substr(0, line.find_last_not_of(' ') + 1) << "\n";
     }
+}
+
+bool isScript(const std::string& path) {
+    const std::string ending = std::filesystem::path(path).extension().string();
+    return ending == ".ass" || ending == ".ssa";
+}
+
+Ref<QzAnnoPalette> paletteOfScript(const std::string& path, Diagnostics& diagnostics) {
+    CaptionProblem error;
+    const Ref<NSData> file = readFile(path, &error.message);
+    const std::optional<AssScript> script = file ? parseAssScript(*file, &error) : std::nullopt;
+    if (script && script->styles.empty()) error.message = "has no styles to make a palette of";
+    if (!script || script->styles.empty()) {
+        diagnostics.error(path, error.message);
+        return {};
+    }
+    for (const CaptionProblem& problem : script->problems)
+        diagnostics.warning(placeInFile(path, problem.line), problem.message);
+    std::vector<std::string> losses;
+    Ref<QzAnnoPalette> palette = paletteOfAss(*script, losses);
+    for (const std::string& loss : losses) diagnostics.warning(path, loss);
+    return palette;
 }
 
 }  // namespace
@@ -75,7 +98,8 @@ int convertPalette(const std::string& input, const std::string& output, Diagnost
         diagnostics.error(output, "ends neither in .plist, for a property list, nor in .annopalette, for an archive");
         return 1;
     }
-    const Ref<QzAnnoPalette> palette = loadPalette(input, diagnostics);
+    const Ref<QzAnnoPalette> palette =
+        isScript(input) ? paletteOfScript(input, diagnostics) : loadPalette(input, diagnostics);
     if (!palette) return 1;
     std::string reason;
     const Ref<NSData> data = dataOfPalette(palette, output, &reason);

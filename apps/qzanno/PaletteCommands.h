@@ -22,8 +22,8 @@ struct PaletteCheckOptions {
 /// Reports each fault of a palette file, and what is hard to read. The exit code: 1 when there is a fault.
 int checkPalette(const PaletteCheckOptions& options, Diagnostics& diagnostics);
 
-/// Writes a palette file as a property list (.plist) or as an archive (.annopalette), by the ending of the output's
-/// name. The exit code.
+/// Writes a palette file, or the styles of a SubStation Alpha script (.ass, .ssa), as a property list (.plist) or as an
+/// archive (.annopalette), by the ending of the output's name. The exit code.
 int convertPalette(const std::string& input, const std::string& output, Diagnostics& diagnostics);
 
 }  // namespace qz::tool

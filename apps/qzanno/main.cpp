@@ -22,7 +22,8 @@ constexpr const char* kPaletteExamples =
     "  qzanno palette new news-lower-third -o news.plist\n"
     "  qzanno palette show broadcast.plist\n"
     "  qzanno palette check broadcast.plist\n"
-    "  qzanno palette convert broadcast.plist broadcast.annopalette";
+    "  qzanno palette convert broadcast.plist broadcast.annopalette\n"
+    "  qzanno palette convert subtitles.ass styles.plist";
 
 constexpr const char* kArchiveExamples =
     "Examples:\n"
@@ -56,11 +57,13 @@ struct FileOptions {
     std::string output;
     PaletteCheckOptions check;
     NewPaletteOptions starter;
+    ExportOptions exported;
 };
 
 struct Commands {
     CLI::App* render;
     CLI::App* stream;
+    CLI::App* exportCaptions;
     CLI::App* newPalette;
     CLI::App* showPalette;
     CLI::App* checkPalette;
@@ -84,8 +87,8 @@ void describePaletteCommands(CLI::App& app, FileOptions& files, Commands& comman
     commands.showPalette = palette.add_subcommand("show", "Print a palette as a table, the highest priority first");
     commands.checkPalette = palette.add_subcommand(
         "check", "Report each fault of a palette and what is hard to read; exit with 1 for faults");
-    commands.convertPalette =
-        palette.add_subcommand("convert", "Write a palette as a property list or an archive, by the output's name");
+    commands.convertPalette = palette.add_subcommand(
+        "convert", "Write a palette, or the styles of an .ass script, as a property list or an archive");
     for (CLI::App* command : {commands.showPalette, commands.checkPalette, commands.convertPalette}) {
         std::string& path = command == commands.checkPalette ? files.check.path : files.input;
         command->add_option("FILE", path, "Property list or archive with the palette")->required();
@@ -107,7 +110,8 @@ void describeArchiveCommands(CLI::App& app, FileOptions& files, Commands& comman
     archive.require_subcommand(1);
     commands.packArchive = archive.add_subcommand(
         "pack", "Write titles with their annotations as an archive; times and places of captions are not kept");
-    commands.packArchive->add_option("INPUT", files.input, "Captions (.srt, .vtt), or a .txt file that is one title")
+    commands.packArchive
+        ->add_option("INPUT", files.input, "Captions (.srt, .vtt, .ass), or a .txt file that is one title")
         ->required();
     commands.packArchive->add_option("-p,--palette", files.palette,
                                      "Palette with the annotations; without it the built-in one serves");
@@ -143,6 +147,7 @@ int listCommands(int argc, char** argv, uint32_t count) {
 }
 
 int perform(const Commands& commands, const FileOptions& files, Diagnostics& diagnostics) {
+    if (commands.exportCaptions->parsed()) return exportCaptions(files.exported, diagnostics);
     if (commands.showPalette->parsed()) return showPalette(files.input, diagnostics);
     if (commands.checkPalette->parsed()) return checkPalette(files.check, diagnostics);
     if (commands.newPalette->parsed()) return newStarterPalette(files.starter, diagnostics);
@@ -169,15 +174,20 @@ int run(int argc, char** argv) {
     describeRender(*commands.render, rendering);
     commands.stream = app.add_subcommand("stream", "Write captions as frames, for a program that edits films");
     describeStream(*commands.stream, streaming);
+    commands.exportCaptions =
+        app.add_subcommand("export", "Write captions with the looks of a palette as a script for other programs");
+    describeExport(*commands.exportCaptions, files.exported);
     describePaletteCommands(app, files, commands);
     describeArchiveCommands(app, files, commands);
     describeManifestCommands(app, files, commands);
-    for (CLI::App* command : {commands.render, commands.stream, commands.newPalette, commands.showPalette,
-                              commands.checkPalette, commands.convertPalette, commands.packArchive,
-                              commands.showArchive, commands.dumpArchive, commands.mergeManifests}) {
+    for (CLI::App* command :
+         {commands.render, commands.stream, commands.exportCaptions, commands.newPalette, commands.showPalette,
+          commands.checkPalette, commands.convertPalette, commands.packArchive, commands.showArchive,
+          commands.dumpArchive, commands.mergeManifests}) {
         addVerbosity(*command, verbose, quiet);
     }
-    for (CLI::App* command : {commands.showPalette, commands.checkPalette, commands.showArchive}) {
+    for (CLI::App* command : {commands.exportCaptions, commands.showPalette, commands.checkPalette,
+                              commands.convertPalette, commands.showArchive}) {
         addFontFolders(*command, files.fontDirectories);
     }
 
