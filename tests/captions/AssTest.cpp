@@ -1,15 +1,11 @@
 #include <algorithm>
-#include <sstream>
 
 #include <gmock/gmock.h>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
 #include "captions/Ass.h"
 #include "captions/AssPalette.h"
 #include "captions/AssWriter.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/graphics/NSColor.h"
+#include "tests/captions/CaptionTest.h"
 
 namespace qz {
 namespace {
@@ -25,20 +21,9 @@ constexpr const char* kHead =
     "Style: Default,DejaVu Sans,20,2,10,10,10\nStyle: Loud,DejaVu Sans,30,8,20,20,30\n[Events]\n"
     "Format: Layer, Start, End, Style, Name, MarginL, MarginR, MarginV, Effect, Text\n";
 
-class AssTest : public testing::Test {
+class AssTest : public test::CaptionTest {
 protected:
-    AssTest() {
-        setStandardErrorHook([](std::string_view) {});
-        palette_ = newPalette({"b", "i", "u", "Loud", "#ff0000", "Ann"});
-    }
-    ~AssTest() override { setStandardErrorHook({}); }
-
-    static Ref<QzAnnoPalette> newPalette(std::initializer_list<const char*> names) {
-        Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
-        palette->setUndoManager(NSUndoManager::init());
-        for (const char* name : names) palette->createAnno(NSString::stringWithUTF8String(name));
-        return palette;
-    }
+    AssTest() : CaptionTest({"b", "i", "u", "Loud", "#ff0000", "Ann"}) {}
 
     static std::string dialogue(const std::string& text, const std::string& style = "Default",
                                 const std::string& rest = ",0,0,0") {
@@ -54,19 +39,11 @@ protected:
         return none;
     }
 
-    static std::vector<std::string> messages(const std::vector<CaptionProblem>& problems) {
-        std::vector<std::string> lines;
-        for (const CaptionProblem& each : problems) lines.push_back(std::to_string(each.line) + ": " + each.message);
-        return lines;
-    }
-
     // "b[Bold] and b,i[both]": a text with the names of its annotations before each stretch that has some.
     static std::string shown(const QzAnnoString& text) {
         std::string result;
         for (const QzAnnoString::Run& run : text.runs()) {
-            std::string names;
-            for (const auto& key : run.keys->objects<QzAnnoKey>())
-                names += (names.empty() ? "" : ",") + key->name()->utf8();
+            const std::string names = namesOf(*run.keys);
             std::string part = utf8FromUtf16(
                 std::u16string_view(text.string()->characters()).substr(run.range.location, run.range.length));
             std::ranges::replace(part, '\n', '|');
@@ -74,8 +51,6 @@ protected:
         }
         return result;
     }
-
-    Ref<QzAnnoPalette> palette_;
 };
 
 TEST_F(AssTest, DialogueBecomesAnnotatedCues) {
@@ -102,7 +77,7 @@ TEST_F(AssTest, DialogueBecomesAnnotatedCues) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.line);
         const CaptionFile captions = read(kHead + c.line);
-        ASSERT_THAT(captions.cues, SizeIs(1)) << messages(captions.problems).front();
+        ASSERT_THAT(captions.cues, SizeIs(1)) << linesOf(captions.problems).front();
         EXPECT_EQ(shown(*captions.cues[0].text), c.expected) << c.reason;
         EXPECT_EQ(captions.cues[0].start, 1);
         EXPECT_EQ(captions.cues[0].end, 2.5);
@@ -157,7 +132,7 @@ TEST_F(AssTest, WhatIsNotInTheFormIsSaidOrRefused) {
         const CaptionFile captions = read(c.file);
         EXPECT_THAT(captions.cues, SizeIs(c.cues));
         ASSERT_THAT(captions.problems, SizeIs(testing::Ge(1u)));
-        EXPECT_THAT(messages(captions.problems).front(), HasSubstr(c.message));
+        EXPECT_THAT(linesOf(captions.problems).front(), HasSubstr(c.message));
     }
     // Each kind once, however often; and what could be scanned again and again from each place is not.
     EXPECT_THAT(read(kHead + dialogue("{\\fs1}x{\\fs2}y") + dialogue("{\\fs3}z")).problems, SizeIs(1));
@@ -220,7 +195,7 @@ TEST_F(AssTest, StylesComeBackAsTheyWere) {
     CaptionProblem error;
     const auto script = parseAssScript(*NSData::dataWithBytes(file), &error);
     ASSERT_TRUE(script) << error.message;
-    EXPECT_THAT(messages(script->problems), IsEmpty());
+    EXPECT_THAT(linesOf(script->problems), IsEmpty());
     std::vector<std::string> lost;
     AssWriter writer(paletteOfAss(*script, lost), {1920, 1080}, NSWritingDirection::natural);
     EXPECT_THAT(lost, IsEmpty());
@@ -231,14 +206,14 @@ TEST_F(AssTest, StylesComeBackAsTheyWere) {
 }
 
 TEST_F(AssTest, TitlesComeBackWithTheirTextsAndTimes) {
-    AssWriter writer(newPalette({"Loud, very"}), {1920, 1080}, NSWritingDirection::natural);
+    AssWriter writer(paletteOf({"Loud, very"}), {1920, 1080}, NSWritingDirection::natural);
     const std::vector<std::string> texts = {"Hello, you", "One\nTwo", "a{b}c", "x\\Ny", "a\u00A0b", ""};
     for (const std::string& text : texts) {
         const auto string = QzMutableAnnoString::initWithString(NSString::stringWithUTF8String(text));
         writer.add(3661.239, 3662, {}, *string);
     }
     const CaptionFile captions = read(writer.script());
-    EXPECT_THAT(messages(captions.problems), IsEmpty());
+    EXPECT_THAT(linesOf(captions.problems), IsEmpty());
     ASSERT_THAT(captions.cues, SizeIs(texts.size()));
     for (size_t i = 0; i < texts.size(); ++i) {
         std::string text = captions.cues[i].text->string()->utf8();
