@@ -75,7 +75,7 @@ struct Commands {
 };
 
 void describePaletteCommands(CLI::App& app, FileOptions& files, Commands& commands) {
-    CLI::App& palette = *app.add_subcommand("palette", "Look at palettes");
+    CLI::App& palette = *app.add_subcommand("palette", "Begin, check and convert palettes");
     palette.require_subcommand(1);
     commands.newPalette =
         palette.add_subcommand("new", "Write a palette to begin with; without a name, list those that there are");
@@ -91,7 +91,12 @@ void describePaletteCommands(CLI::App& app, FileOptions& files, Commands& comman
         "convert", "Write a palette, or the styles of an .ass script, as a property list or an archive");
     for (CLI::App* command : {commands.showPalette, commands.checkPalette, commands.convertPalette}) {
         std::string& path = command == commands.checkPalette ? files.check.path : files.input;
-        command->add_option("FILE", path, "Property list or archive with the palette")->required();
+        command
+            ->add_option("FILE", path,
+                         command == commands.convertPalette
+                             ? "Property list or archive with the palette, or an .ass script with styles"
+                             : "Property list or archive with the palette")
+            ->required();
     }
     addScreenOption(*commands.checkPalette, "The screen that the palette is meant for, in points [1920x1080]",
                     files.check.screen);
