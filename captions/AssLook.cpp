@@ -23,10 +23,15 @@ AssColour assColourOf(const NSColor& color) {
             byteOf(color.alphaComponent())};
 }
 
+/// Palettes may hold any number; none that is drawn is larger.
+double bounded(double length) {
+    constexpr double kMost = 1e6;
+    return std::isfinite(length) ? std::clamp(length, -kMost, kMost) : 0;
+}
+
 double numberUnder(const NSDictionary& attributes, const Ref<NSString>& name) {
     const auto number = attributes.objectForKey<NSNumber>(*name);
-    const double value = number ? number->doubleValue() : 0;
-    return std::isfinite(value) ? value : 0;
+    return number ? bounded(number->doubleValue()) : 0;
 }
 
 /// A layer that shows, with its width on each side.
@@ -46,7 +51,8 @@ Layer layerOf(const NSDictionary& attributes, const Ref<NSString>& colorName, co
     if (!color || color->alphaComponent() == 0) return {};
     const auto offset = attributes.objectForKey<NSString>(*offsetName);
     const NSPoint point = offset ? NSPointFromString(*offset) : NSPoint{};
-    return {true, assColourOf(*color), std::max(0.0, numberUnder(attributes, widthName) / 2), point.x, point.y};
+    return {true, assColourOf(*color), std::max(0.0, numberUnder(attributes, widthName) / 2), bounded(point.x),
+            bounded(point.y)};
 }
 
 void readLayers(const NSDictionary& attributes, AssLook& look, std::set<std::string>& losses) {
@@ -102,13 +108,13 @@ void readPlace(const NSDictionary& attributes, NSSize screen, AssLook& look, std
     if (margins && margins->count() >= 4) {
         for (size_t i = 0; i < 4; ++i) {
             const auto margin = std::dynamic_pointer_cast<NSNumber>(margins->objectAtIndex(i));
-            *sides[i] = margin && std::isfinite(margin->doubleValue()) ? std::max(0.0, margin->doubleValue()) : 0;
+            *sides[i] = margin ? std::max(0.0, bounded(margin->doubleValue())) : 0;
         }
     } else if (const auto box = text ? wellFormedRectFromString(*text) : std::nullopt) {
         const double values[] = {
             double{box->origin.x} * double{screen.width}, (1 - double{box->maxX()}) * double{screen.width},
             double{box->origin.y} * double{screen.height}, (1 - double{box->maxY()}) * double{screen.height}};
-        for (size_t i = 0; i < 4; ++i) *sides[i] = std::max(0.0, values[i]);
+        for (size_t i = 0; i < 4; ++i) *sides[i] = std::max(0.0, bounded(values[i]));
     }
     look.marginLeft += kLinePaddingOfAss;
     look.marginRight += kLinePaddingOfAss;
