@@ -1,11 +1,10 @@
 #include "captions/SubRipText.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <optional>
 
 #include "captions/CharacterReference.h"
+#include "captions/PadPlace.h"
 #include "platform/foundation/DiagnosticText.h"
 #include "platform/foundation/NSString.h"
 
@@ -55,37 +54,6 @@ Attribute takeAttribute(std::string_view& rest) {
     }
     attribute.value = trimmed(attribute.value);
     return attribute;
-}
-
-std::optional<int> numberBehind(std::string_view text, std::string_view name) {
-    if (!text.starts_with(name)) return {};
-    int number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [last, error] = std::from_chars(text.data() + name.size(), end, number);
-    return error == std::errc() && last == end ? std::optional(number) : std::nullopt;
-}
-
-/// The place on the number pad that "an8" or the older "a6" names, 1 to 9.
-std::optional<int> padPlace(std::string_view override) {
-    if (const auto number = numberBehind(override, "an")) {
-        return *number >= 1 && *number <= 9 ? number : std::nullopt;
-    }
-    const auto number = numberBehind(override, "a");
-    // Sub Station Alpha: 1 to 3 at the foot, 4 more at the top, 8 more in the middle.
-    if (!number || *number < 1 || *number > 11 || *number % 4 == 0) return {};
-    const int column = *number % 4;
-    return *number < 4 ? column : *number < 8 ? column + 6 : column + 3;
-}
-
-CuePlacement placementOf(int padPlace) {
-    using Alignment = CuePlacement::Alignment;
-    using Row = CuePlacement::Row;
-    constexpr std::array columns = {Alignment::left, Alignment::centre, Alignment::right};
-    constexpr std::array rows = {Row::bottom, Row::centre, Row::top};
-    CuePlacement placement;
-    placement.alignment = columns[static_cast<size_t>((padPlace - 1) % 3)];
-    placement.row = rows[static_cast<size_t>((padPlace - 1) / 3)];
-    return placement;
 }
 
 }  // namespace
@@ -151,7 +119,7 @@ public:
             if (!place)
                 reportOnce("{\\" + oneLine(override.substr(0, 20)) + "} shows nothing");
             else if (result_.placement.isEmpty())
-                result_.placement = placementOf(*place);
+                result_.placement = placementOfPad(*place);
         }
     }
 

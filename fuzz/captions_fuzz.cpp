@@ -1,6 +1,8 @@
 // Caption files of anybody: cues in order, texts whole, every problem one line with its place.
 #include <cmath>
 
+#include "captions/Ass.h"
+#include "captions/AssPalette.h"
 #include "captions/PlainText.h"
 #include "captions/SubRip.h"
 #include "captions/WebVTT.h"
@@ -14,7 +16,7 @@ using fuzz::require;
 using Reader = std::optional<CaptionFile> (*)(const NSData&, const QzAnnoPalette&, CaptionProblem*);
 
 /// Each reads every input.
-constexpr Reader kReaders[] = {readWebVTT, readSubRip};
+constexpr Reader kReaders[] = {readWebVTT, readSubRip, readAss};
 
 const QzAnnoPalette& palette() {
     static const Ref<QzAnnoPalette> palette = [] {
@@ -57,6 +59,10 @@ void check(const uint8_t* data, size_t size) {
         for (const CaptionCue& cue : captions->cues) checkCue(cue);
     }
     CaptionProblem error;
+    if (const auto script = parseAssScript(*file, &error)) {
+        std::vector<std::string> losses;
+        require(paletteOfAss(*script, losses)->lookupAnno({}) != nullptr, "styles make a palette");
+    }
     if (!readPlainText(*file, &error)) checkProblem(error);
 }
 

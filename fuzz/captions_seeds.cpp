@@ -17,6 +17,17 @@ int main(int argc, char** argv) {
          "\xEF\xBB\xBF"
          "1\r\n00:00:01,000 --> 00:00:02,500 X1:1 X2:2\r\n<b>Bold</b> {\\an8}<font color=\"#ff0000\">"
          "red</font> &amp;\r\nsecond line\r\n\r\n2\r\n00:00:03.000 --> 00:00:01,000\r\nlate\r\n"},
+        {"ass",
+         "[Script Info]\r\nPlayResX: 640\nPlayResY: 360\n\n[V4+ Styles]\nFormat: Name, Fontname, Fontsize, "
+         "PrimaryColour, "
+         "OutlineColour, Bold, BorderStyle, Outline, Shadow, Alignment, MarginL, MarginR, MarginV\nStyle: "
+         "Default,DejaVu "
+         "Sans,20,&H00FFFFFF,&H80000000,-1,1,2,1,2,10,10,10\nStyle: Loud voice,Arial,30,&HFF&,65280,0,3,1,0,8,1,2,3\n\n"
+         "[Events]\nFormat: Layer, Start, End, Style, Name, MarginL, MarginR, MarginV, Effect, Text\nDialogue: "
+         "0,0:00:01.00,0:00:02.50,*Loud voice,Ann,0,0,20,,{\\an8\\i1\\c&H00FF00&}Hi\\N{\\r\\t(0,1,\\fs20)\\pos(1,2)"
+         "\\p1}m 0 0{\\p0} there, {note}you\\h{\nComment: 0,x\n[V4 Styles]\nStyle: "
+         "Old,Arial,20,255,255,255,0,0,0,1,2,3,6,"
+         "1,1,1,0,0\n"},
         {"utf16",
          {"\xFF\xFE"
           "1\0\r\0\n\0",

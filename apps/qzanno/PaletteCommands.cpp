@@ -7,7 +7,9 @@
 
 #include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
 #include "apps/qzanno/PaletteFile.h"
+#include "apps/qzanno/PaletteReadability.h"
 #include "apps/qzanno/PaletteText.h"
+#include "captions/AssPalette.h"
 #include "platform/foundation/Files.h"
 
 namespace qz::tool {
@@ -41,6 +43,28 @@ void print(const std::vector<Row>& rows) {
     }
 }
 
+bool isScript(const std::string& path) {
+    const std::string ending = std::filesystem::path(path).extension().string();
+    return ending == ".ass" || ending == ".ssa";
+}
+
+Ref<QzAnnoPalette> paletteOfScript(const std::string& path, Diagnostics& diagnostics) {
+    CaptionProblem error;
+    const Ref<NSData> file = readFile(path, &error.message);
+    const std::optional<AssScript> script = file ? parseAssScript(*file, &error) : std::nullopt;
+    if (script && script->styles.empty()) error.message = "has no styles to make a palette of";
+    if (!script || script->styles.empty()) {
+        diagnostics.error(path, error.message);
+        return {};
+    }
+    for (const CaptionProblem& problem : script->problems)
+        diagnostics.warning(placeInFile(path, problem.line), problem.message);
+    std::vector<std::string> losses;
+    Ref<QzAnnoPalette> palette = paletteOfAss(*script, losses);
+    for (const std::string& loss : losses) diagnostics.warning(path, loss);
+    return palette;
+}
+
 }  // namespace
 
 int showPalette(const std::string& path, Diagnostics& diagnostics) {
@@ -53,9 +77,18 @@ int showPalette(const std::string& path, Diagnostics& diagnostics) {
     return 0;
 }
 
-int checkPalette(const std::string& path, Diagnostics& diagnostics) {
-    if (!loadPalette(path, diagnostics) || reportFaults(path, Faults::all, diagnostics) > 0) return 1;
-    diagnostics.note(path, "no faults");
+int checkPalette(const PaletteCheckOptions& options, Diagnostics& diagnostics) {
+    const Ref<QzAnnoPalette> palette = loadPalette(options.path, diagnostics);
+    if (!palette) return 1;
+    const size_t faults = reportFaults(options.path, Faults::all, diagnostics);
+    const NSSize screen = {static_cast<float>(options.screen.width), static_cast<float>(options.screen.height)};
+    const std::vector<ReadabilityWarning> warnings = readabilityOf(*palette, screen);
+    for (const ReadabilityWarning& warning : warnings) {
+        const std::string line = tool::quoted(warning.annotationName) + ": " + warning.message;
+        options.strict ? diagnostics.error(options.path, line) : diagnostics.warning(options.path, line);
+    }
+    if (faults > 0 || (options.strict && !warnings.empty())) return 1;
+    diagnostics.note(options.path, "no faults");
     return 0;
 }
 
@@ -65,7 +98,8 @@ int convertPalette(const std::string& input, const std::string& output, Diagnost
         diagnostics.error(output, "ends neither in .plist, for a property list, nor in .annopalette, for an archive");
         return 1;
     }
-    const Ref<QzAnnoPalette> palette = loadPalette(input, diagnostics);
+    const Ref<QzAnnoPalette> palette =
+        isScript(input) ? paletteOfScript(input, diagnostics) : loadPalette(input, diagnostics);
     if (!palette) return 1;
     std::string reason;
     const Ref<NSData> data = dataOfPalette(palette, output, &reason);

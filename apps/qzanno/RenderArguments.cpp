@@ -21,6 +21,11 @@ constexpr const char* kStreamExamples =
     "      -video_size 1920x1080 -framerate 30000/1001 -i - -filter_complex overlay=eof_action=pass -c:a copy out.mp4\n"
     "  qzanno stream captions.vtt --fps 25 --changes | your-program";
 
+constexpr const char* kExportExamples =
+    "Examples:\n"
+    "  qzanno export captions.vtt -p broadcast.plist -o captions.ass\n"
+    "  qzanno palette convert captions.ass styles.plist";
+
 const std::vector<std::pair<std::string, bool>> kAlphas = {{"straight", true}, {"premultiplied", false}};
 
 const std::vector<std::pair<std::string, NSWritingDirection>> kDirections = {
@@ -71,6 +76,18 @@ void addFontFolders(CLI::App& command, std::vector<std::string>& folders) {
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
+void addScreenOption(CLI::App& command, const std::string& description, PixelSize& screen) {
+    addSizeOption(command, "-s,--screen", description, [&screen](PixelSize size) { screen = size; });
+}
+
+void addDirectionOption(CLI::App& command, NSWritingDirection& direction) {
+    command
+        .add_option("--direction", direction,
+                    "Direction of every paragraph: ltr, rtl, or auto by its first letter [auto]")
+        ->transform(CLI::CheckedTransformer(kDirections).description(""))
+        ->type_name("auto|ltr|rtl");
+}
+
 void addDrawingOptions(CLI::App& command, DrawingOptions& options) {
     command.add_option("-p,--palette", options.palette,
                        "Property list or archive with the styles; without it a built-in palette serves");
@@ -80,15 +97,10 @@ void addDrawingOptions(CLI::App& command, DrawingOptions& options) {
         ->type_name("NAME")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    addSizeOption(command, "-s,--screen", "The screen that the titles are laid out for, in points [1920x1080]",
-                  [&options](PixelSize size) { options.screen = size; });
+    addScreenOption(command, "The screen that the titles are laid out for, in points [1920x1080]", options.screen);
     addSizeOption(command, "-d,--data", "The frame that the screen is scaled onto, in pixels [the screen's]",
                   [&options](PixelSize size) { options.data = size; });
-    command
-        .add_option("--direction", options.direction,
-                    "Direction of every paragraph: ltr, rtl, or auto by its first letter [auto]")
-        ->transform(CLI::CheckedTransformer(kDirections).description(""))
-        ->type_name("auto|ltr|rtl");
+    addDirectionOption(command, options.direction);
     addFontFolders(command, options.fontDirectories);
     command
         .add_option("--lang", options.language,
@@ -106,10 +118,10 @@ void addDrawingOptions(CLI::App& command, DrawingOptions& options) {
 void describeRender(CLI::App& command, RenderArguments& arguments) {
     RenderOptions& options = arguments.options;
     command.footer(kRenderExamples);
-    auto* input = command.add_option(
-        "INPUT", options.inputs,
-        "Captions (.srt, .vtt), a .txt file that is one title, an archive of titles (.annostring), or a folder of such "
-        "files; several get a folder each");
+    auto* input = command.add_option("INPUT", options.inputs,
+                                     "Captions (.srt, .vtt, .ass), a .txt file that is one title, an archive of titles "
+                                     "(.annostring), or a folder of such "
+                                     "files; several get a folder each");
     command.add_option("--text", options.text, "Render this text instead of files")->excludes(input);
     addDrawingOptions(command, options.drawing);
     auto* box = command.add_flag("-b,--box", options.drawing.box, "Only the area round the text, not the whole screen");
@@ -150,9 +162,21 @@ void describeRender(CLI::App& command, RenderArguments& arguments) {
         ->excludes(shard);
 }
 
+void describeExport(CLI::App& command, ExportOptions& options) {
+    command.footer(kExportExamples);
+    command.add_option("CAPTIONS", options.input, "Captions (.srt, .vtt, .ass)")->required();
+    command.add_option("-p,--palette", options.palette,
+                       "Property list or archive with the styles; without it a built-in palette serves");
+    command.add_option("-o,--output", options.output, "The script to write")->type_name("FILE.ass")->required();
+    addScreenOption(command, "The screen that the palette is meant for, in points [1920x1080]", options.screen);
+    addDirectionOption(command, options.direction);
+    command.add_flag("--strict", options.strict, "Fail on what the format cannot hold");
+}
+
 void describeStream(CLI::App& command, StreamOptions& options) {
     command.footer(kStreamExamples);
-    command.add_option("CAPTIONS", options.input, "Captions (.srt, .vtt), or titles without times for a --duration")
+    command
+        .add_option("CAPTIONS", options.input, "Captions (.srt, .vtt, .ass), or titles without times for a --duration")
         ->required();
     command
         .add_option_function<std::string>(

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "apps/qzanno/ExportCommand.h"
 #include "apps/qzanno/RenderCommand.h"
 #include "apps/qzanno/StreamCommand.h"
 
@@ -9,6 +10,8 @@ namespace qz::tool {
 
 /// Options of the command line that several commands have.
 void addFontFolders(CLI::App& command, std::vector<std::string>& folders);
+void addScreenOption(CLI::App& command, const std::string& description, PixelSize& screen);
+void addDirectionOption(CLI::App& command, NSWritingDirection& direction);
 /// Those that say how titles are laid out and drawn.
 void addDrawingOptions(CLI::App& command, DrawingOptions& options);
 
@@ -23,6 +26,8 @@ struct RenderArguments {
 };
 
 void describeRender(CLI::App& command, RenderArguments& arguments);
+
+void describeExport(CLI::App& command, ExportOptions& options);
 
 void describeStream(CLI::App& command, StreamOptions& options);
 

@@ -10,6 +10,7 @@
 
 #include <unistd.h>
 
+#include "apps/qzanno/FreePlace.h"
 #include "apps/qzanno/Progress.h"
 #include "apps/qzanno/TitleLines.h"
 #include "platform/graphics/StraightAlpha.h"
@@ -26,6 +27,10 @@ struct ShownTitle {
     int64_t firstFrame = 0;
     int64_t endFrame = kForever;
     bool isTold = false;
+    /// Whether it has been shown by itself, so that its place is taken.
+    bool wasAlone = false;
+    /// Where its lines stand once it is shown together with others, in points of the screen.
+    std::optional<NSRect> box;
 };
 
 /// The frame as it is sent: drawn premultiplied, turned straight where that is asked for, and only where it changes.
@@ -87,7 +92,7 @@ private:
     bool readTitlesOfInput();
     bool planFrames();
     bool checkStrictly();
-    void warnOfOverlaps();
+    void keepApart(const std::vector<size_t>& shown);
     bool draw(const std::vector<size_t>& shown);
     bool tell(ShownTitle& title, const RenderedTitle& drawn, bool isDone);
     bool send(int64_t frame, int64_t count);
@@ -124,7 +129,9 @@ bool StreamRun::readTitlesOfInput() {
     const Ref<QzAnnoPalette> palette = newPalette(*setup_);
     bool hasUnknownName = false;
     const TitleSink sink = [&](Title&& title) {
-        ShownTitle shown{title.index, contentOf(title, *palette)};
+        ShownTitle shown;
+        shown.index = title.index;
+        shown.content = contentOf(title, *palette);
         if (title.start) shown.firstFrame = options_.rate.firstFrameAt(*title.start);
         if (title.end) shown.endFrame = options_.rate.firstFrameAt(*title.end);
         if (shown.firstFrame < shown.endFrame)
@@ -150,21 +157,35 @@ bool StreamRun::planFrames() {
         }
     }
     if (frames_ == 0) diagnostics_.warning(options_.input, "shows nothing; no frame is written");
-    warnOfOverlaps();
     return true;
 }
 
-void StreamRun::warnOfOverlaps() {
-    const ShownTitle* last = nullptr;
-    for (const ShownTitle& title : titles_) {
-        if (last && title.firstFrame < last->endFrame && title.content.placement == last->content.placement) {
-            diagnostics_.warning(options_.input, "titles " + std::to_string(last->index) + " and " +
-                                                     std::to_string(title.index) +
-                                                     ", and maybe others, are shown in one place at one time; give "
-                                                     "them different lines or times");
-            return;
+// A caption keeps its place as long as it is shown; those that come later make room.
+void StreamRun::keepApart(const std::vector<size_t>& shown) {
+    if (shown.size() < 2) {
+        for (const size_t index : shown) titles_[index].wasAlone = true;
+        return;
+    }
+    const PixelSize size = options_.drawing.screen;
+    const NSSize screen = {static_cast<float>(size.width), static_cast<float>(size.height)};
+    std::vector<NSRect> boxes;
+    for (const size_t index : shown) {
+        ShownTitle& title = titles_[index];
+        if (!title.box) {
+            title.box = renderer_->textBoxOf(title.content);
+            const std::optional<float> top = title.wasAlone ? title.box->origin.y : freeTop(*title.box, boxes, screen);
+            if (!top) {
+                diagnostics_.warning("title " + std::to_string(title.index),
+                                     "finds no room beside those that are shown with it and is drawn over them");
+            } else if (*top != title.box->origin.y) {
+                title.box->origin.y = *top;
+                CuePlacement& placement = title.content.placement;
+                placement.row.reset();
+                placement.line =
+                    CuePlacement::Line{100 * double{*top} / double{screen.height}, true, CuePlacement::Edge::start};
+            }
         }
-        if (!last || title.endFrame > last->endFrame) last = &title;
+        boxes.push_back(*title.box);
     }
 }
 
@@ -216,6 +237,7 @@ bool StreamRun::write() {
 }
 
 bool StreamRun::draw(const std::vector<size_t>& shown) {
+    keepApart(shown);
     canvas_->clear();
     for (const size_t title : shown) {
         PixelRect changed;

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "apps/qzanno/ArchiveFile.h"
+#include "captions/Ass.h"
 #include "captions/PlainText.h"
 #include "captions/SubRip.h"
 #include "captions/WebVTT.h"
@@ -13,11 +14,12 @@
 namespace qz::tool {
 namespace {
 
-enum class Kind { unknown, subRip, webVTT, text, archive };
+enum class Kind { unknown, subRip, webVTT, ass, text, archive };
 
 Kind kindOf(const std::string& path) {
     static constexpr std::pair<std::string_view, Kind> kinds[] = {
-        {".srt", Kind::subRip}, {".vtt", Kind::webVTT}, {".txt", Kind::text}, {".annostring", Kind::archive}};
+        {".srt", Kind::subRip}, {".vtt", Kind::webVTT}, {".ass", Kind::ass},
+        {".ssa", Kind::ass},    {".txt", Kind::text},   {".annostring", Kind::archive}};
     std::string ending = std::filesystem::path(path).extension().string();
     for (char& c : ending) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     const auto* const found = std::ranges::find(kinds, ending, &std::pair<std::string_view, Kind>::first);
@@ -61,9 +63,10 @@ bool readTitles(const std::string& path, const Ref<QzAnnoPalette>& palette, Diag
     const Kind kind = kindOf(path);
     if (kind == Kind::archive) return readArchive(path, palette, diagnostics, sink, hasUnknownName);
     if (kind == Kind::unknown) {
-        diagnostics.error(path, "is no " + std::string(kTitleEndings) +
-                                    " file; give captions as SubRip or WebVTT, one title as text, or an archive of "
-                                    "titles");
+        diagnostics.error(
+            path, "is no " + std::string(kTitleEndings) +
+                      " file; give captions as SubRip, WebVTT or SubStation Alpha, one title as text, or an archive of "
+                      "titles");
         return false;
     }
     std::string reason;
@@ -85,8 +88,9 @@ bool readTitles(const std::string& path, const Ref<QzAnnoPalette>& palette, Diag
     const CueSink cues = [&](CaptionCue&& cue) {
         sink({++index, cue.start, cue.end, cue.placement, std::move(cue.text)});
     };
-    const auto problems =
-        kind == Kind::subRip ? readSubRip(*file, *palette, cues, &error) : readWebVTT(*file, *palette, cues, &error);
+    const auto problems = kind == Kind::subRip ? readSubRip(*file, *palette, cues, &error)
+                          : kind == Kind::ass  ? readAss(*file, *palette, cues, &error)
+                                               : readWebVTT(*file, *palette, cues, &error);
     if (!problems) {
         diagnostics.error(placeInFile(path, error.line), error.message);
         return false;

@@ -26,7 +26,7 @@ struct Title {
 using TitleSink = std::function<void(Title&&)>;
 
 /// For messages.
-inline constexpr std::string_view kTitleEndings = ".srt, .vtt, .txt or .annostring";
+inline constexpr std::string_view kTitleEndings = ".srt, .vtt, .ass, .ssa, .txt or .annostring";
 
 /// Whether a file of that name is one of titles.
 bool holdsTitles(const std::string& path);

@@ -151,6 +151,12 @@ RenderedTitle TitleRenderer::layOut(const TitleContent& content) {
     return title;
 }
 
+NSRect TitleRenderer::textBoxOf(const TitleContent& content) {
+    layOut(content);
+    pipeline_->placeInFullScreen(false);
+    return pipeline_->textContainer()->textBox();
+}
+
 RenderedTitle TitleRenderer::draw(const TitleContent& content) {
     RenderedTitle title = layOut(content);
     if (setup_.options.strict && (!title.missingFonts.empty() || !title.report.isEmpty())) return title;

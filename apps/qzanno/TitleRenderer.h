@@ -52,6 +52,8 @@ public:
 
     /// What is known before anything is drawn; no picture.
     RenderedTitle layOut(const TitleContent& content);
+    /// The box round the title's lines, in points of the screen, without what its layers add.
+    NSRect textBoxOf(const TitleContent& content);
     RenderedTitle draw(const TitleContent& content);
     /// The same over a picture of the data's size, as it is; `changed` receives the pixels that may have changed. No
     /// `picture` in the result when that failed.

@@ -7,6 +7,7 @@
 #include "apps/qzanno/ManifestMerge.h"
 #include "apps/qzanno/PaletteCommands.h"
 #include "apps/qzanno/RenderArguments.h"
+#include "apps/qzanno/StarterPalettes.h"
 #include "platform/foundation/NSLog.h"
 
 namespace qz::tool {
@@ -17,9 +18,12 @@ constexpr int kWrongUsage = 2;
 
 constexpr const char* kPaletteExamples =
     "Examples:\n"
+    "  qzanno palette new\n"
+    "  qzanno palette new news-lower-third -o news.plist\n"
     "  qzanno palette show broadcast.plist\n"
     "  qzanno palette check broadcast.plist\n"
-    "  qzanno palette convert broadcast.plist broadcast.annopalette";
+    "  qzanno palette convert broadcast.plist broadcast.annopalette\n"
+    "  qzanno palette convert subtitles.ass styles.plist";
 
 constexpr const char* kArchiveExamples =
     "Examples:\n"
@@ -51,11 +55,16 @@ struct FileOptions {
     std::vector<std::string> fontDirectories;
     std::string palette;
     std::string output;
+    PaletteCheckOptions check;
+    NewPaletteOptions starter;
+    ExportOptions exported;
 };
 
 struct Commands {
     CLI::App* render;
     CLI::App* stream;
+    CLI::App* exportCaptions;
+    CLI::App* newPalette;
     CLI::App* showPalette;
     CLI::App* checkPalette;
     CLI::App* convertPalette;
@@ -66,20 +75,37 @@ struct Commands {
 };
 
 void describePaletteCommands(CLI::App& app, FileOptions& files, Commands& commands) {
-    CLI::App& palette = *app.add_subcommand("palette", "Look at palettes");
+    CLI::App& palette = *app.add_subcommand("palette", "Begin, check and convert palettes");
     palette.require_subcommand(1);
+    commands.newPalette =
+        palette.add_subcommand("new", "Write a palette to begin with; without a name, list those that there are");
+    commands.newPalette->add_option("NAME", files.starter.name, "Which one");
+    commands.newPalette
+        ->add_option("-o,--output", files.starter.output, "The file to write, - for standard output [NAME.plist]")
+        ->type_name("FILE");
+    commands.newPalette->add_flag("--overwrite", files.starter.overwrite, "Write over a file that is there");
     commands.showPalette = palette.add_subcommand("show", "Print a palette as a table, the highest priority first");
-    commands.checkPalette =
-        palette.add_subcommand("check", "Report each fault of a palette; exit with 1 when there is one");
-    commands.convertPalette =
-        palette.add_subcommand("convert", "Write a palette as a property list or an archive, by the output's name");
+    commands.checkPalette = palette.add_subcommand(
+        "check", "Report each fault of a palette and what is hard to read; exit with 1 for faults");
+    commands.convertPalette = palette.add_subcommand(
+        "convert", "Write a palette, or the styles of an .ass script, as a property list or an archive");
     for (CLI::App* command : {commands.showPalette, commands.checkPalette, commands.convertPalette}) {
-        command->add_option("FILE", files.input, "Property list or archive with the palette")->required();
+        std::string& path = command == commands.checkPalette ? files.check.path : files.input;
+        command
+            ->add_option("FILE", path,
+                         command == commands.convertPalette
+                             ? "Property list or archive with the palette, or an .ass script with styles"
+                             : "Property list or archive with the palette")
+            ->required();
     }
+    addScreenOption(*commands.checkPalette, "The screen that the palette is meant for, in points [1920x1080]",
+                    files.check.screen);
+    commands.checkPalette->add_flag("--strict", files.check.strict, "What is hard to read is a fault");
     commands.convertPalette
         ->add_option("OUTPUT", files.output, "A .plist file for a property list, an .annopalette file for an archive")
         ->required();
-    for (CLI::App* command : {&palette, commands.showPalette, commands.checkPalette, commands.convertPalette}) {
+    for (CLI::App* command :
+         {&palette, commands.newPalette, commands.showPalette, commands.checkPalette, commands.convertPalette}) {
         command->footer(kPaletteExamples);
     }
 }
@@ -89,7 +115,8 @@ void describeArchiveCommands(CLI::App& app, FileOptions& files, Commands& comman
     archive.require_subcommand(1);
     commands.packArchive = archive.add_subcommand(
         "pack", "Write titles with their annotations as an archive; times and places of captions are not kept");
-    commands.packArchive->add_option("INPUT", files.input, "Captions (.srt, .vtt), or a .txt file that is one title")
+    commands.packArchive
+        ->add_option("INPUT", files.input, "Captions (.srt, .vtt, .ass), or a .txt file that is one title")
         ->required();
     commands.packArchive->add_option("-p,--palette", files.palette,
                                      "Palette with the annotations; without it the built-in one serves");
@@ -125,8 +152,10 @@ int listCommands(int argc, char** argv, uint32_t count) {
 }
 
 int perform(const Commands& commands, const FileOptions& files, Diagnostics& diagnostics) {
+    if (commands.exportCaptions->parsed()) return exportCaptions(files.exported, diagnostics);
     if (commands.showPalette->parsed()) return showPalette(files.input, diagnostics);
-    if (commands.checkPalette->parsed()) return checkPalette(files.input, diagnostics);
+    if (commands.checkPalette->parsed()) return checkPalette(files.check, diagnostics);
+    if (commands.newPalette->parsed()) return newStarterPalette(files.starter, diagnostics);
     if (commands.convertPalette->parsed()) return convertPalette(files.input, files.output, diagnostics);
     if (commands.packArchive->parsed()) return packArchive(files.input, files.palette, files.output, diagnostics);
     if (commands.showArchive->parsed()) return showArchive(files.input, files.palette, diagnostics);
@@ -150,15 +179,20 @@ int run(int argc, char** argv) {
     describeRender(*commands.render, rendering);
     commands.stream = app.add_subcommand("stream", "Write captions as frames, for a program that edits films");
     describeStream(*commands.stream, streaming);
+    commands.exportCaptions =
+        app.add_subcommand("export", "Write captions with the looks of a palette as a script for other programs");
+    describeExport(*commands.exportCaptions, files.exported);
     describePaletteCommands(app, files, commands);
     describeArchiveCommands(app, files, commands);
     describeManifestCommands(app, files, commands);
     for (CLI::App* command :
-         {commands.render, commands.stream, commands.showPalette, commands.checkPalette, commands.convertPalette,
-          commands.packArchive, commands.showArchive, commands.dumpArchive, commands.mergeManifests}) {
+         {commands.render, commands.stream, commands.exportCaptions, commands.newPalette, commands.showPalette,
+          commands.checkPalette, commands.convertPalette, commands.packArchive, commands.showArchive,
+          commands.dumpArchive, commands.mergeManifests}) {
         addVerbosity(*command, verbose, quiet);
     }
-    for (CLI::App* command : {commands.showPalette, commands.checkPalette, commands.showArchive}) {
+    for (CLI::App* command : {commands.exportCaptions, commands.showPalette, commands.checkPalette,
+                              commands.convertPalette, commands.showArchive}) {
         addFontFolders(*command, files.fontDirectories);
     }
 

@@ -1,10 +1,9 @@
 #include <random>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "captions/SubRip.h"
-#include "platform/foundation/NSLog.h"
+#include "tests/captions/CaptionTest.h"
 
 namespace qz {
 namespace {
@@ -15,28 +14,16 @@ using testing::IsEmpty;
 
 constexpr const char* kTimes = "00:00:01,000 --> 00:00:02,000\n";
 
-class SubRipTest : public testing::Test {
+class SubRipTest : public test::CaptionTest {
 protected:
-    SubRipTest() {
-        // A palette greets on standard error when it is made.
-        setStandardErrorHook([](std::string_view) {});
-        palette_ = QzAnnoPalette::init();
-        palette_->setUndoManager(NSUndoManager::init());
-        for (const char* name : {"b", "i", "u", "yellow", "#ff0000"}) {
-            palette_->createAnno(NSString::stringWithUTF8String(name));
-        }
-    }
-    ~SubRipTest() override { setStandardErrorHook({}); }
+    SubRipTest() : CaptionTest({"b", "i", "u", "yellow", "#ff0000"}) {}
 
     bool read(std::string_view file) {
         cues_.clear();
         auto problems = readSubRip(
             *NSData::dataWithBytes(file), *palette_, [this](CaptionCue&& cue) { cues_.push_back(std::move(cue)); },
             &error_);
-        problems_.clear();
-        for (const CaptionProblem& problem : problems.value_or(std::vector<CaptionProblem>())) {
-            problems_.push_back(std::to_string(problem.line) + ": " + problem.message);
-        }
+        problems_ = linesOf(problems.value_or(std::vector<CaptionProblem>()));
         return problems.has_value();
     }
 
@@ -53,22 +40,8 @@ protected:
         return lines;
     }
 
-    // "b,i|b": the names of the annotations at each character of the first cue.
-    std::string names() const {
-        std::string text;
-        const auto& cue = *cues_.at(0).text;
-        for (uint32_t i = 0; i < cue.length(); ++i) {
-            if (i > 0) text += '|';
-            std::string names;
-            for (const auto& key : cue.annotationsAtIndex(i)->objects<QzAnnoKey>()) {
-                names += (names.empty() ? "" : ",") + key->name()->utf8();
-            }
-            text += names;
-        }
-        return text;
-    }
+    std::string names() const { return namesAt(*cues_.at(0).text); }
 
-    Ref<QzAnnoPalette> palette_;
     std::vector<CaptionCue> cues_;
     std::vector<std::string> problems_;
     CaptionProblem error_;

@@ -1,10 +1,9 @@
 #include <chrono>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "captions/WebVTT.h"
-#include "platform/foundation/NSLog.h"
+#include "tests/captions/CaptionTest.h"
 
 namespace qz {
 namespace {
@@ -12,18 +11,9 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-class WebVTTTest : public testing::Test {
+class WebVTTTest : public test::CaptionTest {
 protected:
-    WebVTTTest() {
-        // A palette greets on standard error when it is made.
-        setStandardErrorHook([](std::string_view) {});
-        palette_ = QzAnnoPalette::init();
-        palette_->setUndoManager(NSUndoManager::init());
-        for (const char* name : {"One", "Two", "Lower Third", "a_b", "a b", "b", "v", "Mary"}) {
-            palette_->createAnno(NSString::stringWithUTF8String(name));
-        }
-    }
-    ~WebVTTTest() override { setStandardErrorHook({}); }
+    WebVTTTest() : CaptionTest({"One", "Two", "Lower Third", "a_b", "a b", "b", "v", "Mary"}) {}
 
     std::optional<CaptionFile> read(std::string_view file) {
         return readWebVTT(*NSData::dataWithBytes(file), *palette_, &error_);
@@ -40,29 +30,6 @@ protected:
         return file->cues.front();
     }
 
-    // "One,Two|a" for two characters: the names of the annotations at each character.
-    std::string namesAt(const CaptionCue& cue) {
-        std::string text;
-        for (uint32_t i = 0; i < cue.text->length(); ++i) {
-            if (i > 0) text += '|';
-            std::string names;
-            for (const auto& key : cue.text->annotationsAtIndex(i)->objects<QzAnnoKey>()) {
-                names += (names.empty() ? "" : ",") + key->name()->utf8();
-            }
-            text += names;
-        }
-        return text;
-    }
-
-    static std::vector<std::string> linesOf(const std::vector<CaptionProblem>& problems) {
-        std::vector<std::string> lines;
-        for (const CaptionProblem& problem : problems) {
-            lines.push_back(std::to_string(problem.line) + ": " + problem.message);
-        }
-        return lines;
-    }
-
-    Ref<QzAnnoPalette> palette_;
     std::vector<CaptionProblem> problems_;
     CaptionProblem error_;
 };
@@ -82,7 +49,7 @@ TEST_F(WebVTTTest, TagsBecomeAnnotations) {
         {"<c.GLOBALS>a</c>", "", "the global annotation holds anyway"},
         {"<b></b>a", "", "a span over nothing"},
     };
-    for (const auto& [payload, names, reason] : cases) EXPECT_EQ(namesAt(cueOf(payload)), names) << reason;
+    for (const auto& [payload, names, reason] : cases) EXPECT_EQ(namesAt(*cueOf(payload).text), names) << reason;
 
     // A key without characters would count as one of the string's.
     EXPECT_EQ(cueOf("<b></b>a").text->annotations()->count(), 0u);

@@ -97,7 +97,7 @@ TEST_F(ArchiveCommandTest, RefusalsSayWhatTheFileIsAndDestroyNothing) {
           {"palette convert c.annostring p.plist", "holds titles, no palette"},
           {"palette convert p.plist p.txt", "neither in .plist"},
           {"archive pack t.txt -o no/such/folder.annostring", "No such file"},
-          {"archive pack c.doc -o c.annostring", "is no .srt, .vtt, .txt or .annostring file"}}) {
+          {"archive pack c.doc -o c.annostring", "is no .srt, .vtt, .ass, .ssa, .txt or .annostring file"}}) {
         const ToolResult result = run(arguments);
         EXPECT_EQ(result.exitCode, 1) << arguments;
         EXPECT_THAT(result.err, HasSubstr(error)) << arguments;

@@ -94,7 +94,7 @@ TEST_F(BatchTest, EveryFileGetsAFolderThatNoOtherHas) {
     } refused[] = {
         {"render in other -o one.png", "one.png: one file cannot hold the titles of several"},
         {"render nowhere.srt in -o out2", "nowhere.srt: cannot be opened"},
-        {"render empty -o out3", "empty: holds no .srt, .vtt, .txt or .annostring file"},
+        {"render empty -o out3", "empty: holds no .srt, .vtt, .ass, .ssa, .txt or .annostring file"},
     };
     fs::create_directory(path("empty"));
     for (const auto& c : refused) {

@@ -264,7 +264,7 @@ TEST_F(RenderTest, BadInputGetsALineAndLeavesFilesAlone) {
         {"render text.txt -p later.plist -o old.png", 1, "later.plist: "},
         {"render text.txt -p missing.plist -o old.png", 1, "missing.plist: "},
         {"render missing.txt -o old.png", 1, "missing.txt: "},
-        {"render text.doc -o old.png", 1, "text.doc: is no .srt, .vtt, .txt or .annostring file"},
+        {"render text.doc -o old.png", 1, "text.doc: is no .srt, .vtt, .ass, .ssa, .txt or .annostring file"},
         {"render utf16.vtt -o old.png", 1, "utf16.vtt:1: "},
         {"render none.vtt -o old.png", 1, "none.vtt:1: "},
         {"render latin.txt -o old.png", 1, "latin.txt: "},

@@ -1,0 +1,66 @@
+#include "apps/qzanno/ExportCommand.h"
+
+#include <filesystem>
+
+#include "apps/qzanno/PaletteFile.h"
+#include "apps/qzanno/TitleReader.h"
+#include "captions/AssWriter.h"
+#include "platform/foundation/Files.h"
+
+namespace qz::tool {
+
+int exportCaptions(const ExportOptions& options, Diagnostics& diagnostics) {
+    if (std::filesystem::path(options.output).extension() != ".ass") {
+        diagnostics.error(options.output, "does not end in .ass, the only format that captions are exported to");
+        return 1;
+    }
+    std::error_code ignored;
+    if (std::filesystem::equivalent(options.input, options.output, ignored)) {
+        diagnostics.error(options.output, "is the input; name another file with -o");
+        return 1;
+    }
+    const Ref<QzAnnoPalette> palette = loadPalette(options.palette, diagnostics);
+    if (!palette) return 1;
+    const auto missingFonts = std::make_shared<MissingFonts>();
+    palette->setLog(missingFonts);
+    const NSSize screen = {static_cast<float>(options.screen.width), static_cast<float>(options.screen.height)};
+    AssWriter writer(palette, screen, options.direction);
+    bool hasUnknownName = false;
+    uint32_t withoutTimes = 0;
+    const TitleSink sink = [&](Title&& title) {
+        if (title.start && title.end)
+            writer.add(*title.start, *title.end, title.placement, *title.text);
+        else
+            ++withoutTimes;
+    };
+    if (!readTitles(options.input, palette, diagnostics, sink, hasUnknownName)) return 1;
+    if (withoutTimes > 0) {
+        diagnostics.error(options.input,
+                          "has titles without times; a script shows only what has some; export captions");
+        return 1;
+    }
+    for (const std::string& font : missingFonts->names()) {
+        diagnostics.warning(
+            paletteName(options.palette),
+            "the font " + tool::quoted(font) + " is not installed; the system font is written in its place");
+    }
+    for (const std::string& loss : writer.losses()) {
+        options.strict ? diagnostics.error(options.output, loss) : diagnostics.warning(options.output, loss);
+    }
+    const bool isLossy = hasUnknownName || !missingFonts->names().empty() || !writer.losses().empty();
+    if (options.strict && isLossy) {
+        diagnostics.error(options.output, "--strict forbids that; nothing is written");
+        return 1;
+    }
+    const std::string script = writer.script();
+    std::string reason;
+    if (!writeFileAtomically(options.output, {reinterpret_cast<const uint8_t*>(script.data()), script.size()},
+                             &reason)) {
+        diagnostics.error(options.output, reason);
+        return 1;
+    }
+    diagnostics.note(options.output, "written");
+    return 0;
+}
+
+}  // namespace qz::tool

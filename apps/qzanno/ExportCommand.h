@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "apps/qzanno/Diagnostics.h"
+#include "apps/qzanno/RenderCommand.h"
+
+namespace qz::tool {
+
+/// What `qzanno export` was asked for.
+struct ExportOptions {
+    std::string input;
+    std::string palette;
+    std::string output;
+    PixelSize screen = {1920, 1080};
+    NSWritingDirection direction = NSWritingDirection::natural;
+    /// Whether what the format cannot hold is an error.
+    bool strict = false;
+};
+
+/// Writes captions with the looks of a palette as a SubStation Alpha script, and says what that cannot hold. The exit
+/// code.
+int exportCaptions(const ExportOptions& options, Diagnostics& diagnostics);
+
+}  // namespace qz::tool

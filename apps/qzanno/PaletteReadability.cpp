@@ -1,0 +1,225 @@
+#include "apps/qzanno/PaletteReadability.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <initializer_list>
+
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
+#include "platform/foundation/NSArray.h"
+#include "platform/foundation/NSNumber.h"
+#include "platform/graphics/NSColor.h"
+#include "platform/text/NSFont.h"
+
+namespace qz::tool {
+namespace {
+
+constexpr double kContrastMin = 4.5;
+constexpr double kContrastOfLargeMin = 3;
+// WCAG's large text is 24 reference pixels of 0.0213 degrees; a screen is watched from 3.1 times its height (ITU-R
+// BT.2022).
+constexpr double kLargeShare = 0.0277;
+constexpr double kLineShareMin = 0.8 / 15 / 2;
+constexpr double kMarginShareMin = 0.05;
+
+double number(const NSDictionary& attributes, const Ref<NSString>& name) {
+    const auto value = attributes.objectForKey<NSNumber>(*name);
+    return value ? value->doubleValue() : 0;
+}
+
+/// "4.52", "29"
+std::string shown(double value, int digits) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.*f", digits, value);
+    return text;
+}
+
+/// A colour over another, by its alpha; components as they are stored, which is how pictures are blended.
+struct Paint {
+    double red, green, blue;
+
+    void lay(const NSColor& color) {
+        const double alpha = color.alphaComponent();
+        red += (double{color.redComponent()} - red) * alpha;
+        green += (double{color.greenComponent()} - green) * alpha;
+        blue += (double{color.blueComponent()} - blue) * alpha;
+    }
+    double luminance() const { return relativeLuminance(red, green, blue); }
+};
+
+/// What shows on every side of the letters, from the lowest; without what is only a shadow.
+std::vector<Ref<NSColor>> surroundings(const NSDictionary& attributes) {
+    std::vector<Ref<NSColor>> colors;
+    const auto box = attributes.objectForKey<QzBBoxInfo>(*QzTextBoundingBoxAppearanceAttribute);
+    if (box && box->type() > 1) colors.push_back(box->color());
+    const auto addLayer = [&](const Ref<NSString>& colorName, const Ref<NSString>& widthName,
+                              const Ref<NSString>& offsetName) {
+        const auto color = attributes.objectForKey<NSColor>(*colorName);
+        const auto text = attributes.objectForKey<NSString>(*offsetName);
+        const NSPoint offset = text ? NSPointFromString(*text) : NSPoint{};
+        const double shift = std::max(std::abs(offset.x), std::abs(offset.y));
+        // What is thinner than a point is lost in the picture.
+        if (color && number(attributes, widthName) / 2 - shift >= 1) colors.push_back(color);
+    };
+    addLayer(QzBackground2ColorAttribute, QzBackground2WidthAttribute, QzBackground2OffsetAttribute);
+    addLayer(QzBackgroundColorAttribute, QzBackgroundWidthAttribute, QzBackgroundOffsetAttribute);
+    std::erase_if(colors, [](const Ref<NSColor>& color) { return color->alphaComponent() == 0; });
+    return colors;
+}
+
+/// Lies between what the surroundings make of a black and of a white picture; where the letters are as light as
+/// something in between, some grey hides them.
+double worstContrast(const NSColor& text, const std::vector<Ref<NSColor>>& around) {
+    double letters[2];
+    double ground[2];
+    for (const int white : {0, 1}) {
+        Paint paint = {double(white), double(white), double(white)};
+        for (const Ref<NSColor>& color : around) paint.lay(*color);
+        ground[white] = paint.luminance();
+        paint.lay(text);
+        letters[white] = paint.luminance();
+    }
+    if ((letters[0] - ground[0]) * (letters[1] - ground[1]) <= 0) return 1;
+    return std::min(contrastRatio(letters[0], ground[0]), contrastRatio(letters[1], ground[1]));
+}
+
+class Reader {
+public:
+    Reader(const QzAnnoPalette& palette, NSSize screen) : palette_(palette), screen_(screen) {}
+
+    void read(const QzAnno& anno, bool isGlobal) {
+        name_ = anno.name()->utf8();
+        const NSDictionary& own = *anno.allAttributes();
+        const auto changes = [&](std::initializer_list<Ref<NSString>> names) {
+            return isGlobal || std::ranges::any_of(names, [&](const Ref<NSString>& name) {
+                       return own.objectForKey(*name) != nullptr;
+                   });
+        };
+        const Ref<NSSet> set = isGlobal ? NSSet::set() : NSSet::setWithObject(anno.annokey());
+        const Ref<NSDictionary> complete = palette_.assembleCompleteAttributes(palette_.attributesForSet(set));
+        attributes_ = complete;
+        font_ = attributes_->objectForKey<NSFont>(*NSFontAttributeName);
+        const bool changesFont =
+            changes({QzFontAttribute, QzFontNameAttribute, QzFontStyleAttribute, QzFontSizeAttribute});
+        const bool changesPlace = changes({QzBoundingMarginsAttribute, QzBoundingBoxAttribute});
+        if (changesFont ||
+            changes({QzTextColorAttribute, QzTextBoundingBoxAppearanceAttribute, QzBackgroundColorAttribute,
+                     QzBackgroundWidthAttribute, QzBackgroundOffsetAttribute, QzBackground2ColorAttribute,
+                     QzBackground2WidthAttribute, QzBackground2OffsetAttribute}))
+            checkContrast();
+        if (changesFont) checkSize();
+        readMargins();
+        if (changesPlace) checkMargins();
+        if (changesPlace || changesFont) checkRoom(isGlobal ? 2 : 1);
+    }
+
+    std::vector<ReadabilityWarning> take() { return std::move(warnings_); }
+
+private:
+    void warn(std::string message) { warnings_.push_back({name_, std::move(message)}); }
+
+    double lineHeight() const { return double{font_->ascender()} - double{font_->descender()}; }
+
+    void checkContrast() {
+        auto color = attributes_->objectForKey<NSColor>(*QzTextColorAttribute);
+        if (!color) color = NSColor::blackColor();
+        const bool isLarge = double{font_->pointSize()} >= kLargeShare * double{screen_.height};
+        const double least = isLarge ? kContrastOfLargeMin : kContrastMin;
+        const std::string bound =
+            shown(least, 1) + ":1 is the least for " + (isLarge ? "large text" : "text of this size");
+        const std::vector<Ref<NSColor>> around = surroundings(*attributes_);
+        if (around.empty()) {
+            return warn("nothing surrounds the letters, so that some pictures hide them (contrast 1:1; " + bound +
+                        "); give them an outline or a filled box");
+        }
+        const double contrast = worstContrast(*color, around);
+        if (contrast >= least) return;
+        // Rounded down, so that what is too little does not look enough.
+        warn("the letters' contrast with their outline or box may be as low as " +
+             shown(std::floor(contrast * 100) / 100, 2) + ":1; " + bound +
+             "; take colours further apart, or more opaque ones");
+    }
+
+    void checkSize() {
+        const double least = kLineShareMin * double{screen_.height};
+        if (lineHeight() >= least) return;
+        warn("a line is " + shown(lineHeight(), 0) + " points high, " +
+             shown(100 * lineHeight() / double{screen_.height}, 1) + " % of the screen; " +
+             shown(100 * kLineShareMin, 1) + " % is the least that viewers can read; take a font size of at least " +
+             shown(std::ceil(double{font_->pointSize()} * least / lineHeight()), 0));
+    }
+
+    void readMargins() {
+        for (double& margin : margins_) margin = 0;
+        const auto margins = attributes_->objectForKey<NSArray>(*QzBoundingMarginsAttribute);
+        const auto text = attributes_->objectForKey<NSString>(*QzBoundingBoxAttribute);
+        if (margins && margins->count() >= 4) {
+            for (size_t i = 0; i < 4; ++i) {
+                const auto margin = std::dynamic_pointer_cast<NSNumber>(margins->objectAtIndex(i));
+                if (margin) margins_[i] = margin->doubleValue();
+            }
+        } else if (const auto box = text ? wellFormedRectFromString(*text) : std::nullopt) {
+            margins_[0] = double{box->origin.x} * double{screen_.width};
+            margins_[1] = (1 - double{box->maxX()}) * double{screen_.width};
+            margins_[2] = double{box->origin.y} * double{screen_.height};
+            margins_[3] = (1 - double{box->maxY()}) * double{screen_.height};
+        }
+    }
+
+    void checkMargins() {
+        static constexpr const char* sides[] = {"left", "right", "top", "bottom"};
+        std::string list;
+        for (size_t i = 0; i < 4; ++i) {
+            const double least = kMarginShareMin * double{i < 2 ? screen_.width : screen_.height};
+            // Fractions of the screen are not exact.
+            if (margins_[i] > least - 0.5) continue;
+            list += std::string(list.empty() ? "" : ", ") + sides[i] + " " + shown(margins_[i], 0) + " of " +
+                    shown(least, 0);
+        }
+        if (list.empty()) return;
+        warn("text may leave the safe title area, 5 % from each edge of the screen (" + list +
+             " points); widen these margins");
+    }
+
+    void checkRoom(int lines) {
+        const double room = double{screen_.height} - margins_[2] - margins_[3];
+        if (room >= lines * lineHeight()) return;
+        warn("there are " + shown(std::max(0.0, room), 0) + " points between the top and the bottom margin, and " +
+             (lines == 1 ? "a line needs " : "two lines need ") + shown(lines * lineHeight(), 0) +
+             "; text is cut; take smaller margins or a smaller font");
+    }
+
+    const QzAnnoPalette& palette_;
+    const NSSize screen_;
+    std::vector<ReadabilityWarning> warnings_;
+    // Of the annotation that is being read.
+    std::string name_;
+    Ref<NSDictionary> attributes_;
+    Ref<NSFont> font_;
+    // Left, right, top, bottom.
+    double margins_[4] = {};
+};
+
+}  // namespace
+
+double relativeLuminance(double red, double green, double blue) {
+    const auto linear = [](double component) {
+        return component <= 0.03928 ? component / 12.92 : std::pow((component + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(red) + 0.7152 * linear(green) + 0.0722 * linear(blue);
+}
+
+double contrastRatio(double luminance, double otherLuminance) {
+    const auto [darker, lighter] = std::minmax(luminance, otherLuminance);
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+std::vector<ReadabilityWarning> readabilityOf(const QzAnnoPalette& palette, NSSize screen) {
+    Reader reader(palette, screen);
+    for (int32_t priority = 0; priority <= palette.maxPriority(); ++priority)
+        reader.read(*palette.lookupAnno(palette.annoKeyAtPriority(priority)), priority == 0);
+    return reader.take();
+}
+
+}  // namespace qz::tool

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "platform/foundation/NSGeometry.h"
+
+namespace qz::tool {
+
+/// Something that makes titles hard to read.
+struct ReadabilityWarning {
+    std::string annotationName;
+    /// The value, the bound, and what to do, in one line.
+    std::string message;
+};
+
+/// Looks at each annotation by itself over the global one, as a title looks that has no other, on a screen of that
+/// size in points. An annotation is asked only about what it changes.
+///
+/// - Contrast of the letters with what surrounds them, over the picture that is worst for it: W3C WCAG 2.1, "contrast
+///   ratio", success criterion 1.4.3. At least 4.5, for large text 3. What surrounds letters are the filled box and
+///   the layers that show on every side of them.
+/// - Height of a line: the smallest that 47 CFR 79.103 asks of caption decoders, half of a row where 15 rows fill the
+///   80 per cent of the height that are CTA-708's safe title area.
+/// - Margins: the safe title area of SMPTE ST 2046-1 and EBU R 95, 90 per cent of the width and of the height.
+/// - Room for a line; in the global style for two, what subtitles need.
+std::vector<ReadabilityWarning> readabilityOf(const QzAnnoPalette& palette, NSSize screen);
+
+/// WCAG's contrast ratio, 1 to 21, of two relative luminances.
+double contrastRatio(double luminance, double otherLuminance);
+
+/// WCAG's relative luminance, 0 to 1, of components in sRGB.
+double relativeLuminance(double red, double green, double blue);
+
+}  // namespace qz::tool

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "captions/CaptionFile.h"
+#include "platform/foundation/NSData.h"
+
+namespace qz {
+
+/// Reads the dialogue of a SubStation Alpha script (see AssScript.h), with styles, speakers and overrides as
+/// annotations of the palette (see AssText.h and CueAnnotator.h). A style is a class; the one named "Default" adds
+/// nothing.
+///
+/// None, with the reason in `error` and no cue handed over, for a file that is no such script.
+std::optional<std::vector<CaptionProblem>> readAss(const NSData& file, const QzAnnoPalette& palette,
+                                                   const CueSink& sink, CaptionProblem* error = nullptr);
+
+/// The whole file at once.
+std::optional<CaptionFile> readAss(const NSData& file, const QzAnnoPalette& palette, CaptionProblem* error = nullptr);
+
+}  // namespace qz

@@ -1,0 +1,115 @@
+#include "captions/AssPalette.h"
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
+#include "captions/AssFonts.h"
+#include "captions/AssLook.h"
+#include "platform/foundation/NSArray.h"
+#include "platform/foundation/NSNumber.h"
+#include "platform/graphics/NSColor.h"
+#include "platform/text/NSParagraphStyle.h"
+
+namespace qz {
+namespace {
+
+constexpr double kShorterSide = 1080;
+
+Ref<NSNumber> number(double value) {
+    return NSNumber::numberWithFloat(static_cast<float>(value));
+}
+
+Ref<NSColor> colorOf(const AssColour& colour) {
+    const auto part = [](uint8_t byte) { return static_cast<float>(byte) / 255; };
+    return NSColor::colorWithCalibratedRed(part(colour.red), part(colour.green), part(colour.blue), part(colour.alpha));
+}
+
+void setFont(const AssStyle& style, double scale, ObjectMap& attributes) {
+    const Ref<NSString> name = fontNameOf({style.fontName, style.isBold ? 700 : 400, style.isItalic});
+    attributes.set(QzFontAttribute, name);
+    Ref<NSFont> font = NSFont::fontWithName(*name, 0);
+    if (!font) font = NSFont::titleBarFontOfSize(0);
+    // Sizes in scripts are rounded ones of another unit; nobody sees less than a tenth of a point.
+    const double points = std::round(10 * style.fontSize * scale / assLineHeightOf(*font)) / 10;
+    attributes.set(QzFontSizeAttribute, number(std::clamp(points, 1.0, double{Limits::kFontPointsMax})));
+}
+
+/// A layer of no colour, so that it is not the global style's that shows.
+void setLayers(const AssStyle& style, double scale, ObjectMap& attributes) {
+    const bool isBoxed = style.borderStyle == 3 || style.borderStyle == 4;
+    const auto box = style.borderStyle == 4 ? style.back : style.outline;
+    attributes.set(QzTextBoundingBoxAppearanceAttribute, QzBBoxInfo::initWithColor(colorOf(box), isBoxed ? 2 : 0));
+    const double width = isBoxed ? 0 : 2 * style.outlineWidth * scale;
+    attributes.set(QzBackgroundColorAttribute, width > 0 ? colorOf(style.outline) : NSColor::clearColor());
+    attributes.set(QzBackgroundWidthAttribute, number(width));
+    const double shadow = isBoxed ? 0 : style.shadow * scale;
+    attributes.set(QzBackground2ColorAttribute, shadow > 0 ? colorOf(style.back) : NSColor::clearColor());
+    attributes.set(QzBackground2WidthAttribute, number(width));
+    const std::string offset = shortestDecimal(static_cast<float>(shadow));
+    attributes.set(QzBackground2OffsetAttribute, NSString::stringWithUTF8String("{" + offset + ", " + offset + "}"));
+}
+
+ObjectMap attributesOf(const AssStyle& style, double scale) {
+    ObjectMap attributes;
+    setFont(style, scale, attributes);
+    attributes.set(QzTextColorAttribute, colorOf(style.primary));
+    attributes.set(NSKernAttributeName, number(style.spacing * scale));
+    const int column = (style.alignment - 1) % 3;
+    const auto alignment = column == 0   ? NSTextAlignment::left
+                           : column == 1 ? NSTextAlignment::center
+                                         : NSTextAlignment::right;
+    attributes.set(QzHorizontalAlignmentAttribute, NSNumber::numberWithInt(static_cast<int32_t>(alignment)));
+    attributes.set(QzVerticalAlignmentAttribute, NSNumber::numberWithInt(2 - (style.alignment - 1) / 3));
+    const double vertical = style.marginVertical * scale;
+    const auto side = [scale](double margin) { return std::max(0.0, margin * scale - kLinePaddingOfAss); };
+    attributes.set(QzBoundingMarginsAttribute,
+                   NSArray::arrayWithObjects({number(side(style.marginLeft)), number(side(style.marginRight)),
+                                              number(vertical), number(vertical)}));
+    setLayers(style, scale, attributes);
+    return attributes;
+}
+
+}  // namespace
+
+Ref<QzAnnoPalette> paletteOfAss(const AssScript& script, std::vector<std::string>& losses) {
+    const Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
+    palette->setUndoManager(NSUndoManager::init());
+    const double scale = kShorterSide / std::min(script.width, script.height);
+    const AssStyle* const fallback = script.styles.empty() ? nullptr : &script.styles.front();
+    const AssStyle* const global = script.styleNamed("Default") ? script.styleNamed("Default") : fallback;
+    if (!global) return palette;
+    std::set<std::string> told;
+    const auto file = [&](const Ref<QzAnno>& anno, const AssStyle& style, const ObjectMap* below) {
+        const Ref<QzMutableAnno> changed = anno->mutableCopy();
+        const ObjectMap attributes = attributesOf(style, scale);
+        for (const ObjectMap::Entry& entry : attributes.entries()) {
+            const Ref<NSObject> under = below ? below->find(*entry.key) : nullptr;
+            // Boxes are equal only to themselves.
+            const bool isSame =
+                under && (areEqual(under, entry.value) || under->description() == entry.value->description());
+            if (!isSame) changed->setAttribute(std::static_pointer_cast<NSString>(entry.key), entry.value);
+        }
+        palette->replaceAnno(changed);
+        for (const std::string& name : style.unsupported) {
+            if (told.insert(name).second) losses.push_back(name + " of " + style.name + " has no form in a palette");
+        }
+    };
+    file(palette->lookupAnno({}), *global, nullptr);
+    const ObjectMap globals = attributesOf(*global, scale);
+    for (const AssStyle& style : script.styles) {
+        // Of styles with one name the last counts.
+        if (&style == global || script.styleNamed(style.name) != &style) continue;
+        const Ref<QzAnno> anno = palette->createAnno(NSString::stringWithUTF8String(style.name));
+        if (anno)
+            file(anno, style, &globals);
+        else
+            losses.push_back("the style " + style.name + " is left out; a palette keeps that name for its global one");
+    }
+    palette->undoManager()->removeAllActions();
+    return palette;
+}
+
+}  // namespace qz

@@ -1,0 +1,159 @@
+#include "captions/AssWriter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+namespace qz {
+namespace {
+
+/// "0:01:02.50"
+std::string writtenTime(double seconds) {
+    const auto hundredths = static_cast<uint64_t>(std::llround(std::clamp(seconds, 0.0, 1e9) * 100));
+    char text[40];
+    std::snprintf(text, sizeof text, "%llu:%02llu:%02llu.%02llu", static_cast<unsigned long long>(hundredths / 360000),
+                  static_cast<unsigned long long>(hundredths / 6000 % 60),
+                  static_cast<unsigned long long>(hundredths / 100 % 60),
+                  static_cast<unsigned long long>(hundredths % 100));
+    return text;
+}
+
+/// Line ends and what would be taken for an override.
+std::string written(std::u16string_view text) {
+    std::string result;
+    const std::string utf8 = utf8FromUtf16(text);
+    constexpr std::string_view kNoBreakSpace = "\u00A0";
+    for (size_t i = 0; i < utf8.size(); ++i) {
+        const char c = utf8[i];
+        if (std::string_view(utf8).substr(i).starts_with(kNoBreakSpace)) {
+            result += "\\h";
+            ++i;
+            continue;
+        }
+        if (c == '\n')
+            result += "\\N";
+        else if (c == '{' || c == '}')
+            result += std::string("\\") + c;
+        else if (c == '\\')
+            // A word joiner, which shows nothing, so that no letter behind makes an escape of it.
+            result += "\\\u2060";
+        else if (static_cast<unsigned char>(c) >= ' ' || c == '\t')
+            result += c;
+    }
+    return result;
+}
+
+/// Fit for a column.
+std::string styleName(std::string name) {
+    std::ranges::replace_if(
+        name, [](char c) { return c == ',' || static_cast<unsigned char>(c) < ' '; }, ';');
+    const size_t begin = name.find_first_not_of("* ");
+    name.erase(0, begin);
+    name.erase(name.find_last_not_of(' ') + 1);
+    return name.empty() ? "Style" : name;
+}
+
+double verticalMargin(const AssLook& look) {
+    return look.alignment >= 7 ? look.marginTop : look.marginBottom;
+}
+
+}  // namespace
+
+AssWriter::AssWriter(Ref<QzAnnoPalette> palette, NSSize screen, NSWritingDirection direction)
+    : palette_(std::move(palette)), screen_(screen), placements_(palette_, screen, direction) {
+    addStyle(NSSet::set(), "Default");
+    const int32_t count = palette_->maxPriority();
+    for (int32_t priority = 1; priority <= count; ++priority) {
+        const Ref<QzAnnoKey> key = palette_->annoKeyAtPriority(priority);
+        addStyle(NSSet::setWithObject(key), key->name()->utf8());
+    }
+}
+
+AssLook AssWriter::lookOf(const Ref<NSSet>& keys) {
+    return assLookOf(*palette_->assembleCompleteAttributes(palette_->attributesForSet(keys)), screen_, losses_);
+}
+
+const AssWriter::Style& AssWriter::addStyle(const Ref<NSSet>& keys, const std::string& wanted) {
+    std::string name = styleName(wanted);
+    for (int number = 2; !names_.insert(name).second; ++number) name = styleName(wanted) + " " + std::to_string(number);
+    const AssLook look = lookOf(keys);
+    const AssStyle style = styleOfLook(name, look);
+    styleLines_ += "Style: " + writtenStyle(style) + "\n";
+    std::vector<int32_t> priorities;
+    for (const auto& key : keys->objects<QzAnnoKey>()) priorities.push_back(palette_->lookupPrio(key));
+    std::ranges::sort(priorities);
+    return styles_[priorities] = {name, lookOfStyle(style, look)};
+}
+
+const AssWriter::Style& AssWriter::styleFor(const Ref<NSSet>& frame) {
+    std::vector<int32_t> priorities;
+    for (const auto& key : frame->objects<QzAnnoKey>()) priorities.push_back(palette_->lookupPrio(key));
+    std::ranges::sort(priorities);
+    const auto known = styles_.find(priorities);
+    if (known != styles_.end()) return known->second;
+    std::string name;
+    for (const int32_t priority : priorities) {
+        name += (name.empty() ? "" : " + ") + palette_->annoKeyAtPriority(priority)->name()->utf8();
+    }
+    return addStyle(frame, name);
+}
+
+std::string AssWriter::placeOverrides(const AssLook& look, const AssLook& styled) const {
+    std::string text;
+    if (look.alignment != styled.alignment) text += "\\an" + std::to_string(look.alignment);
+    const bool isMiddle = look.alignment >= 4 && look.alignment <= 6;
+    if (!isMiddle || std::abs(look.marginTop - look.marginBottom) < 1) return text;
+    // The middle row stands in the middle of the screen, whatever the margins are.
+    const double width = screen_.width;
+    const double x = look.alignment == 4   ? look.marginLeft
+                     : look.alignment == 6 ? width - look.marginRight
+                                           : (look.marginLeft + width - look.marginRight) / 2;
+    const double y = (look.marginTop + double{screen_.height} - look.marginBottom) / 2;
+    return text + "\\pos(" + shortNumber(x) + "," + shortNumber(y) + ")";
+}
+
+void AssWriter::add(double start, double end, const CuePlacement& placement, QzMutableAnnoString& text) {
+    const Style& style = styleFor(text.frame());
+    placements_.place(placement, text);
+    const AssLook look = lookOf(text.frame());
+
+    std::string line = "Dialogue: 0," + writtenTime(start) + "," + writtenTime(end) + "," + style.name + ",";
+    const auto addMargin = [&](double margin, double styled) {
+        // 0 stands for the style's.
+        const bool isStyled = std::lround(margin) == std::lround(styled);
+        line += "," + std::to_string(isStyled ? 0 : std::max(1L, std::lround(margin)));
+    };
+    addMargin(look.marginLeft, style.look.marginLeft);
+    addMargin(look.marginRight, style.look.marginRight);
+    addMargin(verticalMargin(look), verticalMargin(style.look));
+    line += ",,";
+
+    std::string place = placeOverrides(look, style.look);
+    AssLook current = style.look;
+    const std::u16string& characters = text.string()->characters();
+    for (const QzAnnoString::Run& run : text.runs()) {
+        const AssLook next = lookOf(run.keys);
+        const std::string overrides = place + overridesBetween(current, next);
+        place.clear();
+        if (!overrides.empty()) line += "{" + overrides + "}";
+        line += written(std::u16string_view(characters).substr(run.range.location, run.range.length));
+        current = next;
+    }
+    eventLines_ += line + "\n";
+}
+
+std::string AssWriter::script() const {
+    const auto points = [](float length) { return std::to_string(std::lround(length)); };
+    // Lines are filled from the first on; lengths are pixels of the script; colours are those of RGB pictures.
+    return "[Script Info]\nScriptType: v4.00+\nPlayResX: " + points(screen_.width) +
+           "\nPlayResY: " + points(screen_.height) +
+           "\nWrapStyle: 1\nScaledBorderAndShadow: yes\nYCbCr Matrix: None\n\n"
+           "[V4+ Styles]\nFormat: Name, Fontname, Fontsize, PrimaryColour, SecondaryColour, OutlineColour, BackColour, "
+           "Bold, Italic, Underline, StrikeOut, ScaleX, ScaleY, Spacing, Angle, BorderStyle, Outline, Shadow, "
+           "Alignment, MarginL, MarginR, MarginV, Encoding\n" +
+           styleLines_ +
+           "\n[Events]\nFormat: Layer, Start, End, Style, Name, MarginL, MarginR, MarginV, Effect, Text\n" +
+           eventLines_;
+}
+
+}  // namespace qz

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "captions/AssLook.h"
+#include "captions/PlacementAnnos.h"
+
+namespace qz {
+
+/// Writes titles as an Advanced SubStation Alpha script that looks as they do as far as the format goes: a style for
+/// each annotation over the global one, which is "Default", and overrides for the parts of a title that differ from its
+/// style. Fonts are named by family, so players need them installed.
+class AssWriter {
+public:
+    /// A palette of the caller's own, which is changed, and the screen in points. `direction` as for `PlacementAnnos`.
+    AssWriter(Ref<QzAnnoPalette> palette, NSSize screen, NSWritingDirection direction);
+
+    /// Seconds; the end is not before the start.
+    void add(double start, double end, const CuePlacement& placement, QzMutableAnnoString& text);
+
+    /// The script, in UTF-8 with line feeds.
+    std::string script() const;
+    /// What the script cannot hold, a line for each kind.
+    const std::set<std::string>& losses() const { return losses_; }
+
+private:
+    struct Style {
+        std::string name;
+        /// What the style alone makes of it.
+        AssLook look;
+    };
+
+    AssLook lookOf(const Ref<NSSet>& keys);
+    const Style& addStyle(const Ref<NSSet>& keys, const std::string& name);
+    const Style& styleFor(const Ref<NSSet>& frame);
+    std::string placeOverrides(const AssLook& look, const AssLook& styled) const;
+
+    const Ref<QzAnnoPalette> palette_;
+    const NSSize screen_;
+    PlacementAnnos placements_;
+    // By the priorities of the annotations that a style stands for.
+    std::map<std::vector<int32_t>, Style> styles_;
+    std::set<std::string> names_;
+    std::set<std::string> losses_;
+    std::string styleLines_;
+    std::string eventLines_;
+};
+
+}  // namespace qz

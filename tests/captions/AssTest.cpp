@@ -1,0 +1,229 @@
+#include <algorithm>
+
+#include <gmock/gmock.h>
+
+#include "captions/Ass.h"
+#include "captions/AssPalette.h"
+#include "captions/AssWriter.h"
+#include "tests/captions/CaptionTest.h"
+
+namespace qz {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr const char* kHead =
+    "[Script Info]\nPlayResX: 640\nPlayResY: 360\n[V4+ Styles]\n"
+    "Format: Name, Fontname, Fontsize, Alignment, MarginL, MarginR, MarginV\n"
+    "Style: Default,DejaVu Sans,20,2,10,10,10\nStyle: Loud,DejaVu Sans,30,8,20,20,30\n[Events]\n"
+    "Format: Layer, Start, End, Style, Name, MarginL, MarginR, MarginV, Effect, Text\n";
+
+class AssTest : public test::CaptionTest {
+protected:
+    AssTest() : CaptionTest({"b", "i", "u", "Loud", "#ff0000", "Ann"}) {}
+
+    static std::string dialogue(const std::string& text, const std::string& style = "Default",
+                                const std::string& rest = ",0,0,0") {
+        return "Dialogue: 0,0:00:01.00,0:00:02.50," + style + "," + rest + ",," + text + "\n";
+    }
+
+    CaptionFile read(const std::string& file) {
+        CaptionProblem error;
+        auto captions = readAss(*NSData::dataWithBytes(file), *palette_, &error);
+        if (captions) return std::move(*captions);
+        CaptionFile none;
+        none.problems = {error};
+        return none;
+    }
+
+    // "b[Bold] and b,i[both]": a text with the names of its annotations before each stretch that has some.
+    static std::string shown(const QzAnnoString& text) {
+        std::string result;
+        for (const QzAnnoString::Run& run : text.runs()) {
+            const std::string names = namesOf(*run.keys);
+            std::string part = utf8FromUtf16(
+                std::u16string_view(text.string()->characters()).substr(run.range.location, run.range.length));
+            std::ranges::replace(part, '\n', '|');
+            result += names.empty() ? part : names + "[" + part + "]";
+        }
+        return result;
+    }
+};
+
+TEST_F(AssTest, DialogueBecomesAnnotatedCues) {
+    const struct {
+        std::string line, expected;
+        const char* reason;
+    } cases[] = {
+        {dialogue("Hello, you"), "Hello, you", "commas are text"},
+        {dialogue("One\\NTwo\\nthree\\hfour"), "One|Two three\u00A0four", "hard and soft line ends, a hard blank"},
+        {dialogue("{\\b1}Bold{\\b0} {\\i1\\b1}both"), "b[Bold] b,i[both]", ""},
+        {dialogue("{\\b700}x{\\b400}y"), "b[x]y", "weights"},
+        {dialogue("{\\c&H0000FF&}red{\\c} {\\1c&HFF&}red{\\1c&H00FF00&}green"), "#ff0000[red] #ff0000[red]green", ""},
+        {dialogue("a{a note}b"), "ab", "a comment"},
+        {dialogue("{\\p1}m 0 0 l 9 9{\\p0}drawn"), "drawn", "a drawing"},
+        {dialogue("{\\t(0,9,\\b1)}x"), "x", "what changes over time"},
+        {dialogue("all", "Loud"), "Loud[all]", "a style is a class"},
+        {dialogue("all", "*Loud"), "Loud[all]", ""},
+        {dialogue("a{\\rLoud}b{\\r}c{\\i1}d{\\r}e"), "aLoud[b]ci[d]e", ""},
+        {dialogue("Hi", "Default", "Ann,0,0,0"), "Ann[Hi]", "a speaker"},
+        {dialogue("open { brace"), "open { brace", ""},
+        {dialogue("\\{x\\} \\z"), "{x} \\z", "escaped, and no escape"},
+        {"Comment: 0,0:00:01.00,0:00:02.00,Default,,0,0,0,,x\n" + dialogue("y"), "y", ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.line);
+        const CaptionFile captions = read(kHead + c.line);
+        ASSERT_THAT(captions.cues, SizeIs(1)) << linesOf(captions.problems).front();
+        EXPECT_EQ(shown(*captions.cues[0].text), c.expected) << c.reason;
+        EXPECT_EQ(captions.cues[0].start, 1);
+        EXPECT_EQ(captions.cues[0].end, 2.5);
+    }
+}
+
+TEST_F(AssTest, PlacesAreThoseOfTheScript) {
+    using Edge = CuePlacement::Edge;
+    using Alignment = CuePlacement::Alignment;
+    const auto placed = [&](const std::string& line) { return read(kHead + line).cues.at(0).placement; };
+    EXPECT_TRUE(placed(dialogue("x")).isEmpty());
+    const CuePlacement top = placed(dialogue("{\\an9\\an1}x"));
+    EXPECT_EQ(top.alignment, Alignment::right) << "the first counts";
+    EXPECT_EQ(top.row, CuePlacement::Row::top);
+    EXPECT_EQ(placed(dialogue("{\\a6}x")), placed(dialogue("{\\an8}x")));
+    const CuePlacement point = placed(dialogue("{\\an7\\pos(64,90)}x"));
+    EXPECT_EQ(point.position, 10);
+    EXPECT_EQ(point.positionEdge, Edge::start);
+    EXPECT_EQ(point.line, (CuePlacement::Line{25, true, Edge::start}));
+    const CuePlacement margins = placed(dialogue("x", "Default", ",64,0,36"));
+    EXPECT_EQ(margins.position, 10);
+    EXPECT_EQ(margins.size, 100 * (640 - 64 - 10) / 640.0) << "0 is the style's margin";
+    EXPECT_EQ(margins.line, (CuePlacement::Line{90, true, Edge::end})) << "from the foot";
+    EXPECT_EQ(placed(dialogue("x", "Loud", ",0,0,36")).line, (CuePlacement::Line{10, true, Edge::start}));
+}
+
+TEST_F(AssTest, WhatIsNotInTheFormIsSaidOrRefused) {
+    const struct {
+        std::string file;
+        size_t cues;
+        const char* message;
+    } cases[] = {
+        {"", 0, "1: is no SubStation Alpha script"},
+        {"[Script Info]\nTitle: x\n", 0, "1: is no SubStation Alpha script"},
+        {"\xE4[Events]\n", 0, "is not in UTF-8"},
+        {kHead + std::string("Dialogue: 0,x,0:00:02.00,Default,,0,0,0,,y\n"), 0,
+         "10: the times \"x\" and \"0:00:02.00\""},
+        {kHead + std::string("Dialogue: 0,0:00:03.00,0:00:02.00,Default,,0,0,0,,y\n"), 1, "ends before it starts"},
+        {kHead + std::string("Dialogue: 0,0:00:01.00\n"), 0, "10: the times"},
+        {kHead + std::string("Dialogue:"), 0, "10: the times"},
+        {kHead + dialogue("{\\fs40}x{\\fs50}y"), 1, "10: {\\fs} shows nothing"},
+        {kHead + dialogue("{\\c&Hxyz}x"), 1, "{\\c} shows nothing"},
+        {kHead + dialogue("x", "Quiet"), 1, "the class \"Quiet\" is ignored"},
+        {kHead + dialogue("x", "Default", ",many,0,0"), 1, "MarginL \"many\" cannot be read"},
+        {"[Events]\nDialogue: 0,0:00:01.00,9999999:00:00.00,D,,0,0,0,,x", 0, "the times"},
+        {"[V4+ Styles]\nStyle: A,B,nan,&H1234567890&,,,,,,,,,,,,,,,99,-1e99\n", 0,
+         "2: Fontsize \"nan\" cannot be read"},
+        {"[Script Info]\nPlayResX: -4\n[Events]\n", 0, "2: PlayResX \"-4\" is no size"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.file);
+        const CaptionFile captions = read(c.file);
+        EXPECT_THAT(captions.cues, SizeIs(c.cues));
+        ASSERT_THAT(captions.problems, SizeIs(testing::Ge(1u)));
+        EXPECT_THAT(linesOf(captions.problems).front(), HasSubstr(c.message));
+    }
+    // Each kind once, however often; and what could be scanned again and again from each place is not.
+    EXPECT_THAT(read(kHead + dialogue("{\\fs1}x{\\fs2}y") + dialogue("{\\fs3}z")).problems, SizeIs(1));
+    for (const char* part : {"{", "{\\t(", "{\\p1}{\\p0}", "\\N", "{\\i1}{\\i0}"}) {
+        std::string text;
+        while (text.size() < 2'000'000) text += part;
+        EXPECT_THAT(read(kHead + dialogue(text)).cues, SizeIs(1)) << part;
+    }
+}
+
+TEST_F(AssTest, ColoursAreReadAsPlayersReadThem) {
+    const struct {
+        const char* text;
+        std::optional<AssColour> colour;
+    } cases[] = {
+        {"&H00112233", AssColour{0x33, 0x22, 0x11, 255}},
+        {"&H80FFFFFF&", AssColour{255, 255, 255, 127}},
+        {"&hff&", AssColour{255, 0, 0, 255}},
+        {"65535", AssColour{255, 255, 0, 255}},
+        {"-1", AssColour{255, 255, 255, 0}},
+        {"&H", {}},
+        {"red", {}},
+        {"", {}},
+    };
+    for (const auto& c : cases) EXPECT_EQ(parsedAssColour(c.text), c.colour) << c.text;
+}
+
+// A palette's looks, written as styles and read again, are the looks, as far as the format goes.
+TEST_F(AssTest, StylesComeBackAsTheyWere) {
+    const auto make = [](const char* name, AssStyle style) {
+        style.name = name;
+        style.fontName = "DejaVu Sans";
+        return style;
+    };
+    AssStyle outlined;
+    outlined.primary = {250, 240, 10, 255};
+    outlined.outline = {1, 2, 3, 200};
+    outlined.fontSize = 66;
+    outlined.outlineWidth = 4;
+    outlined.shadow = 3;
+    outlined.back = {9, 8, 7, 100};
+    outlined.spacing = 1.5;
+    outlined.marginLeft = 130;
+    outlined.marginRight = 140;
+    outlined.marginVertical = 70;
+    AssStyle boxed = outlined;
+    boxed.borderStyle = 3;
+    boxed.outlineWidth = 5;
+    boxed.shadow = 0;
+    boxed.back = {0, 0, 0, 255};
+    boxed.isBold = true;
+    boxed.alignment = 7;
+    AssStyle bare = outlined;
+    bare.outlineWidth = bare.shadow = 0;
+    bare.outline = bare.back = {0, 0, 0, 255};
+    bare.alignment = 6;
+    std::string file = "[Script Info]\nPlayResX: 1920\nPlayResY: 1080\n[V4+ Styles]\n";
+    for (const AssStyle& style : {make("Default", outlined), make("Boxed", boxed), make("Bare", bare)})
+        file += "Style: " + writtenStyle(style) + "\n";
+    CaptionProblem error;
+    const auto script = parseAssScript(*NSData::dataWithBytes(file), &error);
+    ASSERT_TRUE(script) << error.message;
+    EXPECT_THAT(linesOf(script->problems), IsEmpty());
+    std::vector<std::string> lost;
+    AssWriter writer(paletteOfAss(*script, lost), {1920, 1080}, NSWritingDirection::natural);
+    EXPECT_THAT(lost, IsEmpty());
+    const std::string written = writer.script();
+    for (size_t at = file.find("Style: "); at != std::string::npos; at = file.find("Style: ", at + 1)) {
+        EXPECT_THAT(written, HasSubstr(file.substr(at, file.find('\n', at) - at)));
+    }
+}
+
+TEST_F(AssTest, TitlesComeBackWithTheirTextsAndTimes) {
+    AssWriter writer(paletteOf({"Loud, very"}), {1920, 1080}, NSWritingDirection::natural);
+    const std::vector<std::string> texts = {"Hello, you", "One\nTwo", "a{b}c", "x\\Ny", "a\u00A0b", ""};
+    for (const std::string& text : texts) {
+        const auto string = QzMutableAnnoString::initWithString(NSString::stringWithUTF8String(text));
+        writer.add(3661.239, 3662, {}, *string);
+    }
+    const CaptionFile captions = read(writer.script());
+    EXPECT_THAT(linesOf(captions.problems), IsEmpty());
+    ASSERT_THAT(captions.cues, SizeIs(texts.size()));
+    for (size_t i = 0; i < texts.size(); ++i) {
+        std::string text = captions.cues[i].text->string()->utf8();
+        // A backslash is kept from its letter by a character that shows nothing.
+        if (const size_t joiner = text.find("\u2060"); joiner != std::string::npos) text.erase(joiner, 3);
+        EXPECT_EQ(text, texts[i]);
+        EXPECT_DOUBLE_EQ(captions.cues[i].start, 3661.24);
+    }
+    EXPECT_THAT(writer.script(), HasSubstr("Style: Loud; very,")) << "a comma would end the column";
+}
+
+}  // namespace
+}  // namespace qz

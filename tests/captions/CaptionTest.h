@@ -1,0 +1,57 @@
+#pragma once
+
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoString.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "captions/CaptionProblem.h"
+#include "platform/foundation/NSLog.h"
+
+namespace qz::test {
+
+/// Captions that are read with a palette of these annotations.
+class CaptionTest : public testing::Test {
+protected:
+    explicit CaptionTest(std::initializer_list<const char*> names) {
+        // A palette greets on standard error when it is made.
+        setStandardErrorHook([](std::string_view) {});
+        palette_ = paletteOf(names);
+    }
+    ~CaptionTest() override { setStandardErrorHook({}); }
+
+    static Ref<QzAnnoPalette> paletteOf(std::initializer_list<const char*> names) {
+        Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
+        palette->setUndoManager(NSUndoManager::init());
+        for (const char* name : names) palette->createAnno(NSString::stringWithUTF8String(name));
+        return palette;
+    }
+
+    static std::string namesOf(const NSSet& keys) {
+        std::string names;
+        for (const auto& key : keys.objects<QzAnnoKey>()) names += (names.empty() ? "" : ",") + key->name()->utf8();
+        return names;
+    }
+
+    // "b,i|b": the names of the annotations at each character.
+    static std::string namesAt(const QzAnnoString& text) {
+        std::string result;
+        for (uint32_t i = 0; i < text.length(); ++i)
+            result += (i > 0 ? "|" : "") + namesOf(*text.annotationsAtIndex(i));
+        return result;
+    }
+
+    static std::vector<std::string> linesOf(const std::vector<CaptionProblem>& problems) {
+        std::vector<std::string> lines;
+        for (const CaptionProblem& problem : problems)
+            lines.push_back(std::to_string(problem.line) + ": " + problem.message);
+        return lines;
+    }
+
+    Ref<QzAnnoPalette> palette_;
+};
+
+}  // namespace qz::test

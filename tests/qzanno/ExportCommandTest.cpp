@@ -1,0 +1,131 @@
+#include <gmock/gmock.h>
+
+#include "tests/qzanno/Tool.h"
+
+namespace qz {
+namespace {
+
+using namespace test;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class ExportTest : public ToolTest {
+protected:
+    struct Box {
+        int left = 100000, top = 100000, right = -1, bottom = -1;
+    };
+
+    // What differs from the grey of the background, in a raw frame of 1920 x 1080 in RGB.
+    static Box inkOf(const std::string& frame) {
+        Box box;
+        for (size_t i = 0; i + 2 < frame.size(); i += 3) {
+            bool differs = false;
+            for (size_t j = i; j < i + 3; ++j) differs |= std::abs(static_cast<uint8_t>(frame[j]) - 128) > 24;
+            if (!differs) continue;
+            const int x = static_cast<int>(i / 3 % 1920);
+            const int y = static_cast<int>(i / 3 / 1920);
+            box = {std::min(box.left, x), std::min(box.top, y), std::max(box.right, x), std::max(box.bottom, y)};
+        }
+        return box;
+    }
+};
+
+// The very thing that players draw scripts with is the referee.
+TEST_F(ExportTest, PlayersDrawAScriptWhereTheTitleIs) {
+    if (shell("ffmpeg -v quiet -filters | grep -q ' ass '").exitCode != 0) GTEST_SKIP() << "install the package ffmpeg";
+    const struct {
+        const char *palette, *cue;
+        int tolerance;
+        const char* reason;
+    } cases[] = {
+        {"film-subtitle", "Hello there", 4, "one line at the foot"},
+        {"film-subtitle", "<b>Hello</b> and <i>good bye</i>", 4, "fonts of parts"},
+        {"film-subtitle", "<c.Top><c.Sign>NO ENTRY</c></c>", 4, "the top, letters apart"},
+        {"film-subtitle", "This is a line that is far too long for the room between its margins and must be broken", 8,
+         "broken at the same place"},
+        {"documentary", "<c.Place>The Lofoten Wall\n<c.Date>NORWAY</c></c>", 10, "two sizes, the left, no leading"},
+        {"documentary", "<c.Chapter>The Ice Road</c>", 6, "the middle"},
+        {"speaker-colours", "<c.Right><c.green>Nobody</c></c>", 6, "a box, the right"},
+        {"high-contrast", "<c.Alert>MIND THE STEP</c>", 6, "a box at the top"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.cue);
+        write("c.vtt", "WEBVTT\n\n00:00.000 --> 00:02.000\n" + std::string(c.cue) + "\n");
+        const std::string palette = " -p " QZANNO_PALETTES "/" + std::string(c.palette) + ".plist ";
+        ASSERT_EQ(run("export c.vtt -o c.ass -q" + palette).exitCode, 0);
+        const std::string grey =
+            "ffmpeg -nostdin -v warning -y -f lavfi -i color=0x808080:size=1920x1080:rate=1:duration=1";
+        const ToolResult theirs =
+            shell(grey + ",format=gbrp -vf ass=c.ass -frames:v 1 -f rawvideo -pix_fmt rgb24 theirs.raw");
+        ASSERT_EQ(theirs.exitCode, 0);
+        EXPECT_THAT(theirs.err, IsEmpty()) << "no complaint";
+        write("t.txt", "");
+        ASSERT_EQ(
+            shell("\"$QZANNO\" render c.vtt -o ours.png " + palette + " && " + grey +
+                  " -i ours.png -filter_complex overlay=format=gbrp -frames:v 1 -f rawvideo -pix_fmt rgb24 ours.raw")
+                .exitCode,
+            0);
+        const Box our = inkOf(contentOf("ours.raw"));
+        const Box their = inkOf(contentOf("theirs.raw"));
+        ASSERT_GT(our.right, our.left);
+        EXPECT_NEAR(our.left, their.left, c.tolerance) << c.reason;
+        EXPECT_NEAR(our.right, their.right, c.tolerance) << c.reason;
+        EXPECT_NEAR(our.top, their.top, c.tolerance) << c.reason;
+        EXPECT_NEAR(our.bottom, their.bottom, c.tolerance) << c.reason;
+    }
+}
+
+TEST_F(ExportTest, WhatAScriptCannotHoldIsSaidOnce) {
+    write("c.vtt", "WEBVTT\n\n00:00.000 --> 00:02.000\nOne\n\n00:03.000 --> 00:04.000\nTwo\n");
+    write("t.txt", "Title");
+    const std::string documentary = " -p " QZANNO_PALETTES "/documentary.plist";
+    const ToolResult told = run("export c.vtt -o c.ass" + documentary);
+    EXPECT_EQ(told.exitCode, 0);
+    EXPECT_EQ(std::count(told.err.begin(), told.err.end(), '\n'), 2) << told.err;
+    EXPECT_THAT(told.err, HasSubstr("c.ass: the leading is left out"));
+    EXPECT_THAT(told.err, HasSubstr("c.ass: shadows are as wide as the outline"));
+    const struct {
+        std::string line;
+        const char* message;
+    } refused[] = {
+        {"export c.vtt -o strict.ass --strict" + documentary, "--strict forbids that; nothing is written"},
+        {"export t.txt -o t.ass", "t.txt: has titles without times"},
+        {"export c.vtt -o c.xyz", "c.xyz: does not end in .ass"},
+        {"export c.ass -o c.ass", "c.ass: is the input"},
+        {"palette convert c.vtt.ass x.plist", "c.vtt.ass: cannot be opened"},
+    };
+    for (const auto& c : refused) {
+        const ToolResult result = run(c.line);
+        EXPECT_EQ(result.exitCode, 1) << c.line;
+        EXPECT_THAT(result.err, HasSubstr(c.message));
+    }
+    EXPECT_FALSE(exists("strict.ass"));
+}
+
+TEST_F(ExportTest, StylesBecomeAPaletteThatTheScriptIsReadWith) {
+    write("c.vtt", "WEBVTT\n\n00:00.000 --> 00:02.000\n<c.Alert>MIND</c>\n\n00:03.000 --> 00:04.000\nTwo\n");
+    const std::string palette = " -p " QZANNO_PALETTES "/high-contrast.plist";
+    ASSERT_EQ(run("export c.vtt -o c.ass" + palette).exitCode, 0);
+    const ToolResult converted = run("palette convert c.ass styles.plist");
+    EXPECT_EQ(converted.exitCode, 0) << converted.err;
+    EXPECT_THAT(run("palette show styles.plist").out, HasSubstr("Noto Sans-Bold 76  #ffee00"));
+    EXPECT_EQ(run("render c.vtt -o ours" + palette).exitCode, 0);
+    const ToolResult read = run("render c.ass -p styles.plist -o theirs --strict");
+    EXPECT_EQ(read.exitCode, 0) << read.err;
+    for (const char* name : {"0001.png", "0002.png"}) {
+        const Ref<NSBitmapImageRep> our = picture("ours/" + std::string(name));
+        const Ref<NSBitmapImageRep> their = picture("theirs/" + std::string(name));
+        int64_t differences = 0;
+        int64_t ink = 0;
+        for (int32_t y = 0; y < 1080; ++y) {
+            for (int32_t x = 3; x < 1920 * 4; x += 4) {
+                ink += our->rowWithin(y)[x] > 0;
+                differences += std::abs(our->rowWithin(y)[x] - their->rowWithin(y)[x]) > 64;
+            }
+        }
+        EXPECT_LT(differences, ink / 50) << name;
+    }
+}
+
+}  // namespace
+}  // namespace qz
