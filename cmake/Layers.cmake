@@ -3,6 +3,8 @@
 
 add_library(qz_options INTERFACE)
 target_include_directories(qz_options INTERFACE ${PROJECT_SOURCE_DIR})
+# What an assertion prints names the file from the project's folder on, on whatever machine it was built.
+target_compile_options(qz_options INTERFACE "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
 target_compile_options(qz_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor -Woverloaded-virtual)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # GCC 12 sees overlaps in every `"text" + std::string` of an optimised build.
