@@ -1,5 +1,6 @@
 #include "QzAnno_AnnotatedTextFramework/ui/QzAnnoEditor.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
@@ -256,12 +257,18 @@ void QzAnnoEditor::showPage(int32_t page) {
 }
 
 bool QzAnnoEditor::showPage(const Ref<NSString>& label) {
-    for (int32_t page = 0; outlets_.tabview && page < outlets_.tabview->numberOfTabViewItems(); ++page) {
-        if (!areEqual(outlets_.tabview->labelOfTabViewItemAtIndex(page), label)) continue;
-        showPage(page);
-        return true;
-    }
-    return false;
+    const std::vector<Ref<NSString>> labels = pageLabels();
+    const auto found = std::ranges::find_if(labels, [&](const auto& other) { return areEqual(other, label); });
+    if (found == labels.end()) return false;
+    showPage(static_cast<int32_t>(found - labels.begin()));
+    return true;
+}
+
+std::vector<Ref<NSString>> QzAnnoEditor::pageLabels() const {
+    std::vector<Ref<NSString>> labels;
+    for (int32_t page = 0; outlets_.tabview && page < outlets_.tabview->numberOfTabViewItems(); ++page)
+        labels.push_back(outlets_.tabview->labelOfTabViewItemAtIndex(page));
+    return labels;
 }
 
 void QzAnnoEditor::applyAnno(const Ref<QzAnno>& anno) {

@@ -56,6 +56,8 @@ public:
     bool isEditing() const { return editing_; }
     /// Turns to the page of that label; false when there is none.
     bool showPage(const Ref<NSString>& label);
+    /// What the pages are called, from the top.
+    std::vector<Ref<NSString>> pageLabels() const;
     const Ref<NSWindow>& window() const { return outlets_.annowindow; }
 
     // Actions.

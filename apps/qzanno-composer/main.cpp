@@ -38,6 +38,12 @@ struct Options {
     bool isVerbose = false;
 };
 
+std::string pagesOf(const QzAnnoEditor& editor) {
+    std::string pages;
+    for (const Ref<NSString>& label : editor.pageLabels()) pages += (pages.empty() ? "" : ", ") + label->utf8();
+    return pages;
+}
+
 int fail(int code, const std::string& message) {
     std::fprintf(stderr, "qzanno-composer: %s\n", message.c_str());
     return code;
@@ -162,7 +168,7 @@ int run(const Options& options) {
         manager->editor()->setAnno(palette->lookupAnno(key));
         const std::string page = options.page.toStdString();
         if (!page.empty() && !manager->editor()->showPage(NSString::stringWithUTF8String(page)))
-            return fail(kFailed, "the editor has no page \"" + page + "\"");
+            return fail(kFailed, "the editor has no page \"" + page + "\"; there are: " + pagesOf(*manager->editor()));
     }
     window.activateWindow();
     window.textWidget()->setFocus();
