@@ -12,6 +12,9 @@
 namespace qz {
 namespace {
 
+// What 16 bits before the point hold.
+constexpr double kFixedMax = 32768;
+
 struct Destroy {
     void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
     void operator()(cairo_t* cairo) const { cairo_destroy(cairo); }
@@ -213,6 +216,14 @@ void PictureCanvas::paint(const Gradient& gradient) {
 }
 
 void PictureCanvas::paint(const NSBitmapImageRep& bitmap) {
+    cairo_t* const cairo = surface_->cairo.get();
+    // Cairo reads pictures through the inverse matrix in fixed point, and tells of one that does not fit as if memory
+    // had run out. Of such a picture no pixel would show more than a trace.
+    cairo_matrix_t toBitmap;
+    cairo_get_matrix(cairo, &toBitmap);
+    if (cairo_matrix_invert(&toBitmap) != CAIRO_STATUS_SUCCESS) return;
+    for (const double factor : {toBitmap.xx, toBitmap.xy, toBitmap.yx, toBitmap.yy})
+        if (!(std::fabs(factor) < kFixedMax)) return;
     const int32_t width = bitmap.pixelsWide(), height = bitmap.pixelsHigh();
     const SurfaceRef source(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
     uint8_t* const pixels = cairo_image_surface_get_data(source.get());
@@ -228,7 +239,6 @@ void PictureCanvas::paint(const NSBitmapImageRep& bitmap) {
         }
     }
     cairo_surface_mark_dirty(source.get());
-    cairo_t* const cairo = surface_->cairo.get();
     cairo_set_source_surface(cairo, source.get(), 0, 0);
     cairo_pattern_set_filter(cairo_get_source(cairo), CAIRO_FILTER_GOOD);
     cairo_paint(cairo);

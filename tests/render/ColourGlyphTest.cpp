@@ -89,5 +89,13 @@ TEST_F(EmojiTest, IsSharpAndWholeAtEverySize) {
     }
 }
 
+TEST_F(EmojiTest, IsLeftOutWhereItsMatrixLeavesNoPicture) {
+    for (const double slant : {1e6, -1.8e36}) {
+        const PixelBox face = boxOf(*draw({{NSObliquenessAttributeName, number(slant)}}), isSolid);
+        EXPECT_LE(face.width(), 0) << slant;
+    }
+    EXPECT_GT(boxOf(*draw({{NSObliquenessAttributeName, number(0.3)}}), isSolid).width(), 0);
+}
+
 }  // namespace
 }  // namespace qz
