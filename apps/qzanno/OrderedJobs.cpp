@@ -16,7 +16,7 @@ OrderedJobs::~OrderedJobs() {
 void OrderedJobs::add(std::unique_ptr<Job> job) {
     std::unique_lock lock(mutex_);
     hasRoom_.wait(lock, [this] { return places_.size() < window_; });
-    places_.push_back(std::make_shared<Place>(std::move(job)));
+    places_.push_back(std::make_shared<Place>(Place{std::move(job)}));
     hasWork_.notify_one();
 }
 
