@@ -30,7 +30,7 @@ constexpr float kCoarseFlatness = 10.0f;
 constexpr float kLayerMiterLimit = 50.0f;
 
 // A layer of repeated glyphs costs (2n + 1)^2 copies; a wider one is drawn with this n.
-constexpr long kRepeatsMax = 32;
+constexpr int32_t kRepeatsMax = 32;
 
 /// Holds a flag up for a scope.
 class Raised {
@@ -215,19 +215,19 @@ GlyphStroke QzAnnoLayoutManager::strokeOf(float width) const {
 }
 
 void QzAnnoLayoutManager::repeatGlyphs(Range glyphRange, const TitleLayer& layer, NSPoint origin) {
-    long n = contextAntialiases() ? std::lround(layer.width) : std::lround(layer.width * 0.5);
-    if (n > kRepeatsMax) {
+    const float repeats = std::round(contextAntialiases() ? layer.width : layer.width * 0.5f);
+    if (repeats > kRepeatsMax) {
         NSLog("A layer of width %@ is too wide without antialiasing; it is drawn %i wide\n",
-              {shortestDecimal(layer.width), static_cast<int32_t>(2 * kRepeatsMax)});
-        n = kRepeatsMax;
+              {shortestDecimal(layer.width), 2 * kRepeatsMax});
     }
+    const auto n = static_cast<int32_t>(std::clamp<float>(repeats, -1, kRepeatsMax));  // below 0: no copy
     Range glyphs;
     const Range characters = characterRangeForGlyphRange(glyphRange, &glyphs);
     ObjectMap color;
     color.set(NSForegroundColorAttributeName, layer.color);
     addTemporaryAttributes(*NSDictionary::dictionaryWithMap(std::move(color)), characters);
-    for (long dx = -n; dx <= n; ++dx) {
-        for (long dy = -n; dy <= n; ++dy) {
+    for (int32_t dx = -n; dx <= n; ++dx) {
+        for (int32_t dy = -n; dy <= n; ++dy) {
             drawGlyphsForGlyphRange(glyphs, NSMakeRoundedPoint(origin.x + layer.offset.x + static_cast<float>(dx),
                                                                origin.y + layer.offset.y + static_cast<float>(dy)));
         }

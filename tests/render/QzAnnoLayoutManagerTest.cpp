@@ -102,7 +102,7 @@ TEST_F(LayersTest, WithoutAntialiasingLayersAreRepeatedGlyphsWithHardEdges) {
     const struct {
         double width;
         int n;
-    } cases[] = {{0, 0}, {1, 1}, {2, 1}, {3, 2}, {8, 4}};
+    } cases[] = {{0, 0}, {1, 1}, {2, 1}, {3, 2}, {8, 4}, {65, 32}, {1e30, 32}, {-1, 0}, {-1e30, 0}};
     for (const auto& [width, n] : cases) {
         SCOPED_TRACE(width);
         const auto bitmap =
