@@ -73,7 +73,8 @@ public:
     /// Writes one group "[Nc]" of raw bytes; the type is 'c' or 'C'.
     bool encodeArrayOfObjCType(char type, std::span<const uint8_t> bytes);
 
-    /// Write one group of one value, of the types "c", "i", "I", "f" and "d" in this order, and "[Nc]" for the bytes.
+    /// Writes one group of one value: of the type "c" for a truth value, "i" or "I" for an integer, "f" or "d" for a
+    /// real, "[Nc]" for bytes.
     ///@{
     bool encodeBool(bool value) { return encodeValueOfObjCType("c", value); }
     bool encodeInt(int32_t value) { return encodeValueOfObjCType("i", value); }

@@ -15,11 +15,10 @@ public:
     /// none, and property lists refuse them.
     static Ref<NSArray> arrayWithObjects(std::vector<Ref<NSObject>> elements);
 
-    /// Never changed; they live as long as the array.
-    ///@{
+    /// Indices run from 0 to below it.
     size_t count() const { return elements_.size(); }
+    /// Never changed; they live as long as the array.
     const std::vector<Ref<NSObject>>& elements() const { return elements_; }
-    ///@}
     /// The element; empty when the index lies beyond the last.
     Ref<NSObject> objectAtIndex(size_t index) const { return index < count() ? elements_[index] : Ref<NSObject>(); }
 

@@ -19,11 +19,10 @@ public:
     static Ref<NSData> dataWithBytes(std::string_view bytes);
     ///@}
 
-    /// Never changed; they live as long as the data.
-    ///@{
+    /// In bytes.
     size_t length() const { return bytes_.size(); }
+    /// Never changed; they live as long as the data.
     const std::vector<uint8_t>& bytes() const { return bytes_; }
-    ///@}
     /// The bytes seen as characters; valid as long as the data lives.
     std::string_view view() const { return {reinterpret_cast<const char*>(bytes_.data()), bytes_.size()}; }
 

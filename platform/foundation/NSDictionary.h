@@ -17,10 +17,9 @@ public:
     static Ref<NSDictionary> dictionaryWithMap(ObjectMap map);
 
     /// The entries, never changed; they live as long as the dictionary.
-    ///@{
     const ObjectMap& map() const { return map_; }
+    /// Of entries.
     size_t count() const { return map_.size(); }
-    ///@}
     /// The value; empty when there is none.
     Ref<NSObject> objectForKey(const NSObject& key) const { return map_.find(key); }
     /// The value when it is of class `T`; empty when there is none or it is of another class.

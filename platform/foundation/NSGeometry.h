@@ -55,7 +55,7 @@ NSRect NSUnionRect(const NSRect& a, const NSRect& b);
 /// minX <= x < maxX, and minY <= y < maxY when `flipped`, minY < y <= maxY when not.
 bool NSMouseInRect(NSPoint point, const NSRect& rect, bool flipped);
 
-/// The text forms "{x, y}", "{width, height}" and "{{x, y}, {width, height}}", each number in the shortest decimal that
+/// The text form, "{x, y}", "{width, height}" or "{{x, y}, {width, height}}", each number in the shortest decimal that
 /// reads back as the same float.
 ///@{
 Ref<NSString> NSStringFromPoint(NSPoint point);
@@ -63,7 +63,7 @@ Ref<NSString> NSStringFromSize(NSSize size);
 Ref<NSString> NSStringFromRect(const NSRect& rect);
 ///@}
 
-/// Read the text forms, whatever stands there: white space between tokens is skipped, exponents are taken, and a number
+/// Reads the text form, whatever stands there: white space between tokens is skipped, exponents are taken, and a number
 /// that is missing or beyond 32-bit floats is 0.
 ///@{
 NSPoint NSPointFromString(const NSString& text);

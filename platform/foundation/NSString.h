@@ -21,11 +21,10 @@ public:
     /// As it is, well-formed or not.
     static Ref<NSString> stringWithCharacters(std::u16string characters);
 
-    /// In UTF-16; they live as long as the text.
-    ///@{
+    /// In UTF-16 units.
     uint32_t length() const { return static_cast<uint32_t>(characters_.size()); }
+    /// Never changed; they live as long as the text.
     const std::u16string& characters() const { return characters_; }
-    ///@}
     /// Throws `std::out_of_range` for an index that is not below the length.
     char16_t characterAtIndex(uint32_t index) const { return characters_.at(index); }
     /// In UTF-8, as `utf8FromUtf16` makes it.

@@ -56,8 +56,8 @@ public:
     /// unarchiver.
     std::optional<std::string_view> decodeArrayOfObjCType(char type, size_t count);
 
-    /// Read one group of one value, which must be of the type "c", "i", "I", "f" or "d", in this order. None is a
-    /// failure.
+    /// Reads one group of one value, which must be of the type "c" for a truth value, "i" or "I" for an integer, "f" or
+    /// "d" for a real. None is a failure.
     ///@{
     std::optional<bool> decodeBool() { return decodeOne<bool>("c"); }
     std::optional<int32_t> decodeInt() { return decodeOne<int32_t>("i"); }

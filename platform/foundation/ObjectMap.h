@@ -20,9 +20,10 @@ public:
         size_t hash;          ///< the key's when it was filed; a filed key must not change its hash
     };
 
-    /// In the order of the keys; whatever changes the map may move them.
-    ///@{
+    /// In the order in which the keys came; whatever changes the map may move them.
     const std::vector<Entry>& entries() const { return entries_; }
+    /// Every key counts, one without a value too.
+    ///@{
     size_t size() const { return entries_.size(); }
     bool empty() const { return entries_.empty(); }
     ///@}

@@ -12,13 +12,14 @@ struct NSAffineTransform {
     double m11 = 1, m12 = 0, m21 = 0, m22 = 1, tX = 0, tY = 0;
     ///@}
 
-    /// Prepend a step. A turn goes from the x axis toward the y axis, so it looks clockwise where y grows downward;
-    /// quarter turns are exact.
+    /// Prepends the step, which is in the units of the points that go in, not of those that come out.
     ///@{
     void translateXBy(double dx, double dy);
     void scaleXBy(double sx, double sy);
-    void rotateByDegrees(double degrees);
     ///@}
+    /// Prepends a turn from the x axis toward the y axis, clockwise as seen where y grows downward. Quarter turns are
+    /// exact.
+    void rotateByDegrees(double degrees);
     /// This, after `transform` has been applied first.
     void prependTransform(const NSAffineTransform& transform);
     /// This, and then `transform`.

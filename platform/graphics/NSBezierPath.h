@@ -93,10 +93,13 @@ public:
     float flatness() const { return flatness_; }
     void setFlatness(float flatness) { flatness_ = flatness; }
     ///@}
-    /// Butt caps and miter joins at first.
+    /// Butt at first.
     ///@{
     NSLineCapStyle lineCapStyle() const { return lineCapStyle_; }
     void setLineCapStyle(NSLineCapStyle style) { lineCapStyle_ = style; }
+    ///@}
+    /// Miter at first.
+    ///@{
     NSLineJoinStyle lineJoinStyle() const { return lineJoinStyle_; }
     void setLineJoinStyle(NSLineJoinStyle style) { lineJoinStyle_ = style; }
     ///@}
@@ -107,7 +110,7 @@ public:
     void setMiterLimit(float limit) { miterLimit_ = limit; }
     ///@}
 
-    /// Draw in the current graphics context, in its colour; nothing without one.
+    /// Draws in the current graphics context, in its colour; nothing without one.
     ///@{
     void stroke() const;
     void fill() const;

@@ -4,8 +4,8 @@
 
 namespace qz {
 
-/// Names of colour spaces. Calibrated components are those of the pixels: they are drawn as they are, 1 as 255, and no
-/// colour profile is applied.
+/// The name of a colour space. Calibrated components are those of the pixels: they are drawn as they are, 1 as 255, and
+/// no colour profile is applied.
 ///@{
 inline const Ref<NSString> NSCalibratedRGBColorSpace = "NSCalibratedRGBColorSpace"_ns;
 inline const Ref<NSString> NSCalibratedWhiteColorSpace = "NSCalibratedWhiteColorSpace"_ns;
@@ -27,12 +27,13 @@ public:
     /// catalogue known here is "System", whose names are those of the user interface ("textColor", "gridColor"). No
     /// name counts as the empty one.
     static Ref<NSColor> colorWithCatalogName(Ref<NSString> catalogName, Ref<NSString> colorName);
-    /// In calibrated white: opaque black, opaque white, and black with alpha 0.
+    /// Opaque, in calibrated white.
     ///@{
     static Ref<NSColor> blackColor();
     static Ref<NSColor> whiteColor();
-    static Ref<NSColor> clearColor();
     ///@}
+    /// Black of alpha 0, in calibrated white.
+    static Ref<NSColor> clearColor();
 
     /// One of the three colour-space constants.
     Ref<NSString> colorSpaceName() const;

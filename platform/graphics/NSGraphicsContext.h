@@ -62,12 +62,12 @@ public:
     /// Draws a premultiplied RGBA bitmap, unscaled, its top left pixel on the pixel (x, y) of the target, thinned to
     /// `alpha` of 255. A bitmap of another kind, or the target itself, draws nothing.
     void drawBitmap(const NSBitmapImageRep& bitmap, int32_t x, int32_t y, uint8_t alpha = 255);
-    /// Fills what a mask covers, its box moved by (dx, dy) pixels, and what shapes cover between them. A mask that
-    /// holds the colour's alpha already is filled as if that were 1.
-    ///@{
+    /// Fills what a mask covers, its box moved by (dx, dy) pixels. A mask that holds the colour's alpha already is
+    /// filled as if that were 1.
     void drawMask(const CoverageMask& mask, int32_t dx, int32_t dy, bool holdsAlpha = false);
+    /// Fills what shapes cover between them, moved by (dx, dy) pixels: the colour is laid on once, where they overlap
+    /// too.
     void drawShapes(std::span<const DeviceShape> shapes, int32_t dx, int32_t dy);
-    ///@}
 
     /// Until `endGathering`, fills and strokes draw nothing; what they cover, each point of it once, is then filled in
     /// the colour of that time. Bitmaps are drawn at once. Pairs do not nest.
