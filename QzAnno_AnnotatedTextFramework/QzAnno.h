@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// Everything that a host of QzAnno needs, in one header.
 ///
 /// Objects are held by `qz::Ref` and made by the static functions of their class. Operations that refuse return false

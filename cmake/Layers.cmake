@@ -30,6 +30,9 @@ function(qz_layer name)
   target_link_libraries(qz_${name} PRIVATE qz_options PUBLIC ${layer_LINKS})
   file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
   install(FILES ${layer_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/QzAnno/${folder} COMPONENT ${layer_COMPONENT})
+  # For the API reference.
+  list(TRANSFORM layer_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+  set_property(GLOBAL APPEND PROPERTY QZANNO_PUBLIC_HEADERS ${layer_HEADERS})
 endfunction()
 
 # qz_export_only(LIBRARY script): the shared library shows what the linker's version script names, and nothing else of what it

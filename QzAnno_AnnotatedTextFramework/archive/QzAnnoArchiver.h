@@ -13,8 +13,10 @@ public:
     /// None, with one line in `error` that says what failed and where in the object it stands.
     static Ref<NSData> archivedDataWithRootObject(const Ref<NSObject>& rootObject,
                                                   const Ref<QzAnnoPalette>& annoPalette, std::string* error = nullptr);
+    /// For objects that are written one by one.
     static Ref<QzAnnoArchiver> initWithAnnoPalette(const Ref<QzAnnoPalette>& annoPalette);
 
+    /// As it was given: may be none.
     const Ref<QzAnnoPalette>& palette() const { return pal_; }
     std::string className() const override { return "QzAnnoArchiver"; }
 
@@ -31,8 +33,10 @@ public:
     /// The first object of the stream; none, with one line in `error`, when it cannot be read.
     static Ref<NSObject> unarchiveObjectWithData(const Ref<NSData>& data, const Ref<QzAnnoPalette>& annoPalette,
                                                  std::string* error = nullptr);
+    /// For objects that are read one by one.
     static Ref<QzAnnoUnarchiver> initForReadingWithData(const Ref<NSData>& data, const Ref<QzAnnoPalette>& annoPalette);
 
+    /// As it was given: may be none.
     const Ref<QzAnnoPalette>& palette() const { return pal_; }
     std::string className() const override { return "QzAnnoUnarchiver"; }
 

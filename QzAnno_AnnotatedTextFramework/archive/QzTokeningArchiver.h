@@ -17,6 +17,7 @@ public:
     static Ref<NSData> archivedDataWithRootObject(const Ref<NSObject>& rootObject,
                                                   const std::vector<Ref<QzTokenTable>>& tokeners,
                                                   std::string* error = nullptr);
+    /// For objects that are written one by one.
     static Ref<QzTokeningArchiver> initWithTokeners(const std::vector<Ref<QzTokenTable>>& tokeners);
 
     /// Writes the three objects that stand for the token; called where the token's own content goes. False after a
@@ -41,6 +42,7 @@ public:
     static Ref<NSObject> unarchiveObjectWithData(const Ref<NSData>& data,
                                                  const std::vector<Ref<QzTokenTable>>& tokeners,
                                                  std::string* error = nullptr);
+    /// For objects that are read one by one.
     static Ref<QzTokeningUnarchiver> initForReadingWithData(const Ref<NSData>& data,
                                                             const std::vector<Ref<QzTokenTable>>& tokeners);
 

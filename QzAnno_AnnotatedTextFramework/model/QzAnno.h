@@ -14,7 +14,9 @@ public:
     virtual ~QzAnnoReading() = default;
     /// Attribute name to value; never changed in place.
     virtual Ref<NSDictionary> allAttributes() const = 0;
+    /// Never none.
     virtual Ref<QzAnnoKey> annokey() const = 0;
+    /// The key's.
     virtual Ref<NSString> name() const = 0;
     /// The names, a set of `NSString`.
     virtual Ref<NSSet> attributeNames() const = 0;
@@ -57,12 +59,14 @@ public:
 
     /// A new immutable annotation with the same key, also of a mutable one.
     Ref<QzAnno> copy() const;
+    /// With the same key: a new name for the copy is one for this annotation too.
     Ref<QzMutableAnno> mutableCopy() const;
 
     std::string description() const override;
     std::string className() const override { return "QzAnno"; }
 
 protected:
+    /// Neither is none.
     QzAnno(Ref<QzAnnoKey> key, Ref<NSDictionary> attributes)
         : key_(std::move(key)), attributes_(std::move(attributes)) {}
 

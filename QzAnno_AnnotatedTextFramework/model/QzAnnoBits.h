@@ -16,6 +16,7 @@ namespace qz {
 /// units. Not safe for use from two threads at once, reading included: a query may grow the row.
 class QzAnnoBits final : public NSObject {
 public:
+    /// Positions of a new row.
     static constexpr uint32_t kInitialSize = 1024;
 
     /// `kInitialSize` clear positions.
@@ -32,10 +33,12 @@ public:
     /// Takes the memory for so many positions, which shows nowhere else. Edits that then stay within them do not fail.
     void reserve(uint64_t positions) const;
 
-    /// Sets every position of `range`; afterwards at least one position beyond the range exists. So do the next two.
+    /// Changes every position of `range`; afterwards at least one position beyond the range exists.
+    ///@{
     void setRange(Range range);
     void clearRange(Range range);
     void toggleRange(Range range);
+    ///@}
     /// Opens `range.length` new positions at `range.location`. They take the state of the position before; at 0 they
     /// are clear.
     void insertRange(Range range);
@@ -48,8 +51,10 @@ public:
     /// A new set of exactly `range.length` positions, which are those of the range. None when the range cannot be held.
     Ref<QzAnnoBits> annoSubbitsFromRange(Range range) const;
     /// A new set of the same positions; this one gains a position at its end.
+    ///@{
     Ref<QzAnnoBits> copy() const;
     Ref<QzAnnoBits> mutableCopy() const { return copy(); }
+    ///@}
 
     /// Whether the position is set. `effectiveRange`, when given, receives the longest run around `index` of that
     /// state; it may reach past the text's end, and callers clip it. An index that cannot be held is clear, and its run

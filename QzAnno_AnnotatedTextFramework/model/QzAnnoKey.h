@@ -14,15 +14,21 @@ class QzAnnoPalette;
 /// the palette does not own; it empties when the palette dies.
 class QzAnnoKey final : public QzToken {
 public:
+    /// A new key; no name is the empty name. It is bound to the palette, which does not hold it for that:
+    /// `QzAnnoPalette::createAnno` makes the keys that a palette holds.
+    ///@{
     static Ref<QzAnnoKey> keyWithName(const Ref<NSString>& name, const Ref<QzAnnoPalette>& palette = {});
     static Ref<QzAnnoKey> initWithName(const Ref<NSString>& name, const Ref<QzAnnoPalette>& palette = {});
+    ///@}
 
+    /// Never none.
     const Ref<NSString>& name() const { return annoname_; }
-    /// No name is the empty name.
+    /// No name is the empty name. Tells nobody; a palette posts `QzAnnoChanged` when the annotation is replaced.
     void setName(const Ref<NSString>& name);
 
     /// Whether the key is bound to a palette.
     bool valid() const { return !palette_.expired(); }
+    /// None while the key is unbound.
     Ref<QzAnnoPalette> palette() const { return palette_.lock(); }
     /// Binds an unbound key; refused while it is bound.
     bool setPalette(const Ref<QzAnnoPalette>& palette);
@@ -31,6 +37,7 @@ public:
     /// Whether the key is that of its palette's global annotation; false while unbound.
     bool isDefault() const;
 
+    /// Whether it is the same object.
     bool isEqualToAnnoKey(const QzAnnoKey& other) const { return this == &other; }
     Ref<NSString> tokenType() const override { return AnnoKeyTokenType; }
     /// "Title (Palette 3)": the name, and the palette's serial number, 0 while unbound.

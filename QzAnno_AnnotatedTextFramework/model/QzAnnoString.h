@@ -20,6 +20,8 @@ class QzMutableAnnoString;
 class QzAnnoStringReading {
 public:
     virtual ~QzAnnoStringReading() = default;
+    /// Whether text, keys and the runs of every key are equal. Keys that hold nowhere count; positions past the text's
+    /// end do not.
     virtual bool isEqualToAnnoString(const QzAnnoString& other) const = 0;
     /// Every key that the string uses, those included that hold nowhere.
     virtual Ref<NSSet> allKeys() const = 0;
@@ -27,13 +29,21 @@ public:
     virtual Ref<NSSet> frame() const = 0;
     /// A new immutable string with every key of this one. None when the range reaches beyond the text.
     virtual Ref<QzAnnoString> annoSubstringFromRange(Range range) const = 0;
+    /// Whether the key holds at the index, with the run of this key alone. A key that the string does not use holds
+    /// nowhere, which is one run.
+    ///@{
     virtual bool annotation(const QzAnnoKey& key, uint32_t atIndex, Range* effectiveRange = nullptr) const = 0;
     virtual bool annotation(const QzAnnoKey& key, uint32_t atIndex, Range* longestEffectiveRange,
                             Range inRange) const = 0;
-    /// The set of keys that hold at the index.
+    ///@}
+    /// The set of keys that hold at the index, with the run of them all.
+    ///@{
     virtual Ref<NSSet> annotationsAtIndex(uint32_t index, Range* effectiveRange = nullptr) const = 0;
     virtual Ref<NSSet> annotationsAtIndex(uint32_t index, Range* longestEffectiveRange, Range inRange) const = 0;
+    ///@}
+    /// Never none.
     virtual Ref<NSString> string() const = 0;
+    /// In UTF-16 units.
     virtual uint32_t length() const = 0;
 };
 
@@ -46,13 +56,15 @@ class QzAnnoString : public NSObject, public QzAnnoStringReading {
 public:
     /// A stretch of text in which no annotation begins or ends.
     struct Run {
-        Range range;
-        Ref<NSSet> keys;
+        Range range;      ///< never empty
+        Ref<NSSet> keys;  ///< of `QzAnnoKey`; never none
     };
 
+    /// The empty text.
     static Ref<QzAnnoString> init();
     /// No text is the empty text.
     static Ref<QzAnnoString> initWithString(const Ref<NSString>& string);
+    /// With the same text and keys, and bit sets of its own.
     static Ref<QzAnnoString> initWithAnnoString(const QzAnnoString& other);
     /// Of this class also when asked of the mutable one.
     static Ref<QzAnnoString> annoStringWithString(const Ref<NSString>& string) { return initWithString(string); }
@@ -79,13 +91,17 @@ public:
 
     // For the mutable class and for decoding; whoever holds an immutable string relies on its staying as it is.
 
-    /// Takes over the entries, with `doCopy` a copy of each bit set. Refused when an entry is not a key with a bit set.
+    /// Takes over the entries, with `doCopy` a copy of each bit set. Refused for none, and when an entry is not a key
+    /// with a bit set.
     bool setAnnotations(const Ref<NSDictionary>& annotations, bool doCopy);
     /// Texts are immutable, so a copy is the text itself. No text is the empty text.
     void setString(const Ref<NSString>& string, bool doCopy);
 
+    /// With the same text and keys, and bit sets of its own.
+    ///@{
     Ref<QzAnnoString> copy() const { return initWithAnnoString(*this); }
     Ref<QzMutableAnnoString> mutableCopy() const;
+    ///@}
 
     /// Whether the other is of the same class or one derived from it, with equal text, keys and runs. So a mutable
     /// string never equals an immutable one, though the reverse may hold.
@@ -96,6 +112,7 @@ public:
     std::string className() const override { return "QzAnnoString"; }
 
 protected:
+    /// No text is the empty text.
     explicit QzAnnoString(const Ref<NSString>& string);
 
 private:

@@ -29,20 +29,25 @@ public:
     /// New characters take the annotations of the replaced ones position by position; those in excess take the state of
     /// the character before them, and none at the start of the text.
     virtual bool replaceCharactersInRange(Range range, const Ref<NSString>& withString) = 0;
+    /// What follows keeps its annotations.
     virtual bool deleteCharactersInRange(Range range) = 0;
 
-    // A key that is named here becomes one of the string's keys, even when it is cleared. No key, or no set: nothing
-    // happens.
-
-    /// Sets every given key; other keys are untouched.
+    /// Sets every given key, which becomes one of the string's; other keys are untouched. No set: nothing happens.
     virtual void setAnnos(const Ref<NSSet>& keys, Range range) = 0;
+    /// Sets, clears or reverses one key at every position of the range. The key becomes one of the string's, even when
+    /// it is cleared. No key: nothing happens.
+    ///@{
     virtual void addAnno(const Ref<QzAnnoKey>& key, Range range) = 0;
     virtual void removeAnno(const Ref<QzAnnoKey>& key, Range range) = 0;
     virtual void toggleAnno(const Ref<QzAnnoKey>& key, Range range) = 0;
+    ///@}
+    /// The same over the whole text.
+    ///@{
     virtual void addFrameAnno(const Ref<QzAnnoKey>& key) = 0;
     virtual void removeFrameAnno(const Ref<QzAnnoKey>& key) = 0;
     /// Clears the key everywhere when it holds at every character, sets it everywhere otherwise.
     virtual void toggleFrameAnno(const Ref<QzAnnoKey>& key) = 0;
+    ///@}
 };
 
 /// An annotated string that is edited in place. Keys are never removed once added.
@@ -50,9 +55,12 @@ public:
 /// An edit that ends with `std::bad_alloc` has changed nothing.
 class QzMutableAnnoString final : public QzAnnoString, public QzAnnoStringWriting {
 public:
+    /// As for `QzAnnoString`.
+    ///@{
     static Ref<QzMutableAnnoString> init();
     static Ref<QzMutableAnnoString> initWithString(const Ref<NSString>& string);
     static Ref<QzMutableAnnoString> initWithAnnoString(const QzAnnoString& other);
+    ///@}
     /// The text, and at each character the keys of its `QzAnnoAttributeName`, an `NSSet` or `NSArray`.
     static Ref<QzMutableAnnoString> initWithKeyedAttributedString(const NSAttributedString& attributedString);
 
@@ -78,9 +86,11 @@ public:
     void removeFrameAnno(const Ref<QzAnnoKey>& key) override { removeAnno(key, {0, length()}); }
     void toggleFrameAnno(const Ref<QzAnnoKey>& key) override;
 
-    // The string keeps no edit state; callers may bracket edits as they do for other editable text.
+    /// The string keeps no edit state; callers may bracket edits as they do for other editable text.
+    ///@{
     void beginEditing() {}
     void endEditing() {}
+    ///@}
 
     bool isEqual(const NSObject& other) const override;
     std::string className() const override { return "QzMutableAnnoString"; }

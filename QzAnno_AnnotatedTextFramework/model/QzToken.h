@@ -11,6 +11,7 @@ inline const Ref<NSString> AnnoKeyTokenType = "QzAnnoKey"_ns;
 /// own again.
 class QzToken : public NSObject {
 public:
+    /// By which its token table is found.
     virtual Ref<NSString> tokenType() const = 0;
 };
 
@@ -18,7 +19,9 @@ public:
 class QzTokenTable {
 public:
     virtual ~QzTokenTable() = default;
+    /// Of the tokens that the table serves.
     virtual Ref<NSString> tokenType() const = 0;
+    /// None when the token has no name here; then none is archived.
     virtual Ref<NSString> nameForToken(const QzToken& token) const = 0;
     /// None when the name stands for no token.
     virtual Ref<QzToken> tokenForName(const Ref<NSString>& name) const = 0;

@@ -1,19 +1,22 @@
 #pragma once
 
+/// @file
+/// The names under which annotations and attributed strings hold what the library reads. Lengths are in points of the
+/// screen unless a line says otherwise. The values are part of stored palettes. Names that nothing here knows are
+/// passed on as they are.
+
 #include "QzAnno_AnnotatedTextFramework/model/QzAnnoAttributeName.h"
 #include "platform/text/AttributeNames.h"
 
 namespace qz {
 
-// The names under which annotations and attributed strings hold what the library reads. Lengths are in points of the
-// screen unless a line says otherwise. The values are part of stored palettes. Names that nothing here knows are passed
-// on as they are.
-
 /// String: "family-style".
 inline const Ref<NSString> QzFontAttribute = "Full FontName as NSString"_ns;
-/// Strings: the font where there is no full name.
+/// Strings, family and style: the font where there is no full name.
+///@{
 inline const Ref<NSString> QzFontNameAttribute = "FontName as NSString"_ns;
 inline const Ref<NSString> QzFontStyleAttribute = "FontStyle as NSString"_ns;
+///@}
 /// Number; not above 0: the default size.
 inline const Ref<NSString> QzFontSizeAttribute = "FontSize as NSNumber(float)"_ns;
 /// Colour of the glyphs, under the platform's own name, so that the text system draws it without a conversion.
@@ -35,15 +38,16 @@ inline const Ref<NSString> QzBoundingBoxAttribute = "BoundingBox as NSRect"_ns;
 /// `QzBBoxInfo`.
 inline const Ref<NSString> QzTextBoundingBoxAppearanceAttribute = "QzTextBoundingBoxAppearance as QzBBoxInfo"_ns;
 
-// Layer 1 lies beneath the glyphs, layer 2 beneath layer 1; one without a colour is not drawn. Offset: string "{x, y}",
-// x to the right, y downward. Width: number, the whole width of the stroke around the glyphs' outlines.
-
+/// Layer 1 lies beneath the glyphs, layer 2 beneath layer 1; one without a colour is not drawn. Offset: string
+/// "{x, y}", x to the right, y downward. Width: number, the whole width of the stroke around the glyphs' outlines.
+///@{
 inline const Ref<NSString> QzBackgroundColorAttribute = "BackgroundColor as NSColor"_ns;
 inline const Ref<NSString> QzBackgroundOffsetAttribute = "BackgroundOffset as NSPoint"_ns;
 inline const Ref<NSString> QzBackgroundWidthAttribute = "BackgroundWidth as NSNumber"_ns;
 inline const Ref<NSString> QzBackground2ColorAttribute = "Background2Color as NSColor"_ns;
 inline const Ref<NSString> QzBackground2OffsetAttribute = "Background2Offset as NSPoint"_ns;
 inline const Ref<NSString> QzBackground2WidthAttribute = "Background2Width as NSNumber"_ns;
+///@}
 
 /// Set of `QzAnnoKey`: the annotations that cover the whole text. (`QzAnnoAttributeName` holds those of one run.)
 inline const Ref<NSString> QzFrameAnnoAttributeName = "QzFrameAnnoList"_ns;

@@ -21,8 +21,10 @@ Ref<NSString> fontFontName(const NSFont& font);
 /// What stands between the first hyphen and the second; empty when there is none.
 Ref<NSString> fontStyleName(const NSFont& font);
 
-// The same for the bare name of a font.
+/// The same for the bare name of a font.
+///@{
 Ref<NSString> fontFontName(const NSString& fontName);
 Ref<NSString> fontStyleName(const NSString& fontName);
+///@}
 
 }  // namespace qz

@@ -11,6 +11,7 @@ class QzAnnoPalette;
 
 /// Something in a palette that will not do what its author meant.
 struct PaletteFault {
+    /// Where the list gives none, the name that reading gives it.
     std::string annotationName;
     /// Empty when the fault is in the annotation's name.
     std::string attributeName;

@@ -40,9 +40,11 @@ public:
     /// the other is to be discarded. Neither lock nor undo manager nor log of this palette change.
     void retainContentsOfAnnoPalette(const Ref<QzAnnoPalette>& other);
 
+    /// None while the palette is locked.
     const Ref<NSUndoManager>& undoManager() const { return undo_; }
     /// The first undo manager is kept and unlocks the palette; later ones, and none, change nothing.
     void setUndoManager(const Ref<NSUndoManager>& undoManager);
+    /// Whether the palette is unlocked.
     bool editable() const { return !immutable_; }
     void setLog(const Ref<QzLog>& log) override { logger_ = log; }
 
@@ -52,6 +54,7 @@ public:
     bool contains(const Ref<QzAnnoKey>& key) const;
     /// 0 for the global key, -1 for one that is not in the palette.
     int32_t lookupPrio(const Ref<QzAnnoKey>& key) const;
+    /// How many annotations there are above the global one.
     int32_t maxPriority() const { return static_cast<int32_t>(priorities_->size()); }
     /// None outside 0 to `maxPriority`.
     Ref<QzAnnoKey> annoKeyAtPriority(int32_t priority) const;
@@ -67,9 +70,11 @@ public:
     bool replaceAnno(const Ref<QzAnno>& anno);
     /// Moves the key to a priority from 1 to `maxPriority`; those between shift by one.
     bool setAnnoKey(const Ref<QzAnnoKey>& key, int32_t toPriority);
-    /// Exchanges the key with its neighbour one priority higher, or lower.
+    /// Exchanges the key with its neighbour one priority higher, or lower; refused where there is none.
+    ///@{
     bool increasePriorityOfAnnoKey(const Ref<QzAnnoKey>& key);
     bool decreasePriorityOfAnnoKey(const Ref<QzAnnoKey>& key);
+    ///@}
 
     // Attribute dictionaries are in, or are turned into, the vocabulary of AttributeNames.h; none counts as an empty
     // one.
@@ -93,11 +98,13 @@ public:
     /// list that cannot be read also gets a log line.
     static Ref<QzAnnoPalette> paletteFromPListData(const NSData& data, std::string* errorDescription = nullptr);
 
-    /// As token table the palette turns its keys into their names and back; a name that it lacks stands for the global
-    /// key.
+    /// As token table the palette turns keys, also those of other palettes, into their names, and names into its own
+    /// keys; a name that it lacks stands for the global key.
+    ///@{
     Ref<NSString> tokenType() const override { return AnnoKeyTokenType; }
     Ref<NSString> nameForToken(const QzToken& token) const override;
     Ref<QzToken> tokenForName(const Ref<NSString>& name) const override;
+    ///@}
 
     /// Reads the coded form, which is the global annotation, then an array of the others in rising priority. A new,
     /// locked palette; none when the class version is not 0, and none, with a failure of the unarchiver, when another

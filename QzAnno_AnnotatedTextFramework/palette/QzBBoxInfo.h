@@ -12,11 +12,14 @@ class NSColor;
 class QzBBoxInfo final : public NSObject {
 public:
     /// `type`: 0 or less draws no box, 1 strokes its outline, more than 1 fills it. None without a colour.
+    ///@{
     static Ref<QzBBoxInfo> initWithColor(const Ref<NSColor>& color, int32_t type);
     static Ref<QzBBoxInfo> qzbbWithColor(const Ref<NSColor>& color, int32_t type) { return initWithColor(color, type); }
+    ///@}
 
     /// Never none.
     const Ref<NSColor>& color() const { return col_; }
+    /// The number that was given.
     int32_t type() const { return type_; }
 
     /// Another object with the same colour and type.

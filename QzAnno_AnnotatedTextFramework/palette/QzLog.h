@@ -22,6 +22,8 @@ inline const Ref<NSString> QzLogEntry_Source = "QzLogEntry_Source"_ns;
 class QzLog {
 public:
     virtual ~QzLog() = default;
+    /// Called on the thread, and in the midst, of the work that met the error, which does not wait for an answer; once
+    /// for every time that it is met. The palette reports fonts that are missing, with the tag "QZA_NOFONT".
     virtual void logError(const NSDictionary& entry) = 0;
 };
 

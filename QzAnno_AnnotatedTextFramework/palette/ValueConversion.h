@@ -1,5 +1,11 @@
 #pragma once
 
+/// @file
+/// Attribute values in a property list. Colours and box appearances become dictionaries that carry a form tag under
+/// `safeObjectName`: "NSColor Named" with "CatalogName" and "ColorName", or "NSColor RGBCalibrated" with "Red",
+/// "Green", "Blue" and "Alpha" from 0 to 1; a box appearance is its colour's dictionary with `BBOXSTART` before the
+/// tag, and its type under "bbtype".
+
 #include "platform/foundation/NSDictionary.h"
 #include "platform/foundation/NSString.h"
 
@@ -8,12 +14,9 @@ namespace qz {
 class NSColor;
 class QzBBoxInfo;
 
-// Attribute values in a property list. Colours and box appearances become dictionaries that carry a form tag under
-// `safeObjectName`: "NSColor Named" with "CatalogName" and "ColorName", or "NSColor RGBCalibrated" with "Red", "Green",
-// "Blue" and "Alpha" from 0 to 1; a box appearance is its colour's dictionary with `BBOXSTART` before the tag, and its
-// type under "bbtype".
-
+/// The key of the form tag.
 inline const Ref<NSString> safeObjectName = "Object Name"_ns;
+/// What the tag of a box appearance begins with; that of its colour follows.
 inline const Ref<NSString> BBOXSTART = "BBox with "_ns;
 
 /// The value's form in a property list: itself for what a list can hold (the elements of arrays and dictionaries are
@@ -22,14 +25,13 @@ Ref<NSObject> dehydrate(const Ref<NSObject>& value);
 /// The colour or box appearance that the dictionary stands for; the dictionary itself when it stands for neither.
 Ref<NSObject> rehydrate(const Ref<NSDictionary>& dictionary);
 
-// Each gives none for a value, or a dictionary, that is not of its kind.
-
-/// A colour that has no calibrated RGB form gives 0 for every component.
+/// The dictionary of a colour, with 0 for every component when it has no calibrated RGB form; none for any other value.
 Ref<NSDictionary> safeColor(const NSObject& value);
-/// Missing components count as 0.
+/// The colour that the dictionary stands for, missing components counting as 0; none when it stands for none.
 Ref<NSColor> genColor(const NSDictionary& dictionary);
+/// The dictionary of a box appearance; none for any other value.
 Ref<NSDictionary> safeBGBox(const NSObject& value);
-/// A missing type counts as 0.
+/// The box appearance that the dictionary stands for, a missing type counting as 0; none when it stands for none.
 Ref<QzBBoxInfo> genBGBox(const NSDictionary& dictionary);
 
 }  // namespace qz

@@ -15,6 +15,7 @@ struct TitleLayer;
 /// outlines with antialiasing, repeated glyphs without. Offsets are points, x to the right and y downward.
 class QzAnnoLayoutManager final : public NSLayoutManager {
 public:
+    /// Draws nothing until it has a text storage and a text container.
     static Ref<QzAnnoLayoutManager> init();
 
     /// True unless antialiasing has been switched off. Until it is set, drawing goes by what the graphics context says.
@@ -23,14 +24,18 @@ public:
     void setAntialiasing(bool antialiasing);
     /// How carefully outlines are stroked: 1 is the best. Below 2/3 curves are coarser, below 1/3 coarser still; 0.5
     /// and below have mitred joins instead of round ones.
+    ///@{
     float qualityFactor() const { return qualityFactor_; }
     void setQualityFactor(float quality) { qualityFactor_ = quality; }
+    ///@}
 
     /// Whether each layer is gathered over all that is drawn and then laid down once, so that a translucent outline or
     /// shadow is even where glyphs, or a glyph's stroke and its fill, overlap. Runs whose layers have one colour gather
     /// together. Off at the start: glyphs are laid one over another.
+    ///@{
     bool mergesLayers() const { return mergesLayers_; }
     void setMergesLayers(bool merges) { mergesLayers_ = merges; }
+    ///@}
 
     /// The font of a character as it is drawn: the screen font when those are used. None beyond the text.
     Ref<NSFont> fontAtIndex(uint32_t index) const;

@@ -11,13 +11,12 @@
 
 namespace qz {
 
-/// Pixels of premultiplied RGBA that the host keeps: `height` rows from the top, `bytesPerRow` bytes from one to the
-/// next, 0 for as few as hold a row.
+/// Pixels of premultiplied RGBA that the host keeps, a byte for each of R, G, B and A.
 struct PixelBuffer {
-    uint8_t* pixels = nullptr;
-    int32_t width = 0;
-    int32_t height = 0;
-    int32_t bytesPerRow = 0;
+    uint8_t* pixels = nullptr;  ///< rows from the top
+    int32_t width = 0;          ///< in pixels
+    int32_t height = 0;         ///< in pixels
+    int32_t bytesPerRow = 0;    ///< from one row to the next; 0 for as few as hold a row
 };
 
 /// From a title to pixels: a text system for one screen that formats an annotated string through a palette, lays it
@@ -27,6 +26,7 @@ struct PixelBuffer {
 /// one thread at a time; pipelines with palettes of their own may work on threads of their own.
 class QzAnnoStringToScreen final : public NSObject {
 public:
+    /// Without palette, sizes and text.
     static Ref<QzAnnoStringToScreen> init();
     /// Passes the palette on to the formatter once more.
     void awakeFromNib();
@@ -39,13 +39,18 @@ public:
     void setScreenSize(NSSize screenSize, NSSize dataSize);
     /// The string is owned and must not be changed afterwards without being set again. Either setter drops what the
     /// other has set.
+    ///@{
     void setAnnoString(const Ref<QzAnnoString>& string);
     void setAttributedString(const Ref<NSAttributedString>& string);
+    ///@}
+    /// None while an attributed string, or nothing, is set.
     Ref<QzAnnoString> annoString() const { return string_; }
     /// The direction of every paragraph, whatever its style says; `natural`, as at the start, leaves it to the style,
     /// and by default to the first letter that has one. Natural alignment goes with it.
+    ///@{
     void setBaseWritingDirection(NSWritingDirection direction);
     NSWritingDirection baseWritingDirection() const { return direction_; }
+    ///@}
 
     /// The fonts that titles of this pipeline are looked up in; none, as at the start, stands for those of the machine,
     /// or those that the thread uses. A library may be shared by pipelines on different threads.
@@ -55,8 +60,11 @@ public:
     /// nothing changed, for what is no such tag.
     bool setLanguage(std::string_view tag);
 
+    /// The pipeline's own. What is set there, such as quality or merged layers, holds for every title.
+    ///@{
     const Ref<QzAnnoLayoutManager>& layoutManager() const { return layoutManager_; }
     const Ref<QzScreenTextContainer>& textContainer() const { return textContainer_; }
+    ///@}
 
     /// Whether text and text box are up to date with string, sizes and mode.
     bool available() const { return available_; }

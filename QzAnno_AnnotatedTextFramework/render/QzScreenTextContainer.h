@@ -15,26 +15,35 @@ namespace qz {
 /// glyphs are placed from the box's corner.
 class QzScreenTextContainer final : public NSTextContainer {
 public:
-    /// A screen of 640 x 480 in full-screen mode, the box covering it.
+    /// In full-screen mode, with a box that covers the screen; of 640 x 480 unless a size is given.
+    ///@{
     static Ref<QzScreenTextContainer> init();
     static Ref<QzScreenTextContainer> initWithScreenSize(NSSize size);
+    ///@}
     ~QzScreenTextContainer() override;
 
+    /// The mode; the layout manager is told when it really changes.
+    ///@{
     bool fullscreen() const { return fullscreenMode_; }
-    /// Tells the layout manager when the mode really changes.
     void setFullscreen(bool fullscreen);
+    ///@}
+    /// Setting the size does not recompute the box; `updateFromString` does.
+    ///@{
     NSSize screenSize() const { return screensize_; }
-    /// Does not recompute the box; `updateFromString` does.
     void setScreenSize(NSSize size);
+    ///@}
+    /// In screen points in both modes. A width or height of 0 that is set becomes 1.
+    ///@{
     NSRect textBox() const { return textBox_; }
-    /// A width or height of 0 becomes 1. Does not recompute the box from the text.
     void setTextBox(NSRect box);
+    ///@}
 
     /// What a text view that the container tracks calls when its frame changes: a new screen size in full-screen mode,
     /// ignored in box mode, refused with a log line without a text view.
     void setContainerSize(NSSize size) override;
     /// Follows the view's edits with `updateFromString`.
     void setTextView(const Ref<NSTextView>& textView) override;
+    /// What the text view's changes of text call.
     void textViewUpdate(const NSNotification& notification);
 
     /// Recomputes the box from the frame attributes of the first character, lays the text out in it and shrinks it to

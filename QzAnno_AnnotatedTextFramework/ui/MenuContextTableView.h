@@ -16,11 +16,14 @@ public:
 /// going on to the next row.
 class MenuContextTableView final : public NSTableView {
 public:
+    /// On a widget that lies in a window.
     static Ref<MenuContextTableView> tableViewWithWidget(QTableView* widget);
 
     /// Of the last context menu; -1 where there was none.
+    ///@{
     int32_t menuRow() const { return row_; }
     int32_t menuColumn() const { return column_; }
+    ///@}
 
     Ref<NSMenu> menuForEvent(int x, int y) override;
     void textDidEndEditing(const NSNotification& notification) override;

@@ -10,6 +10,7 @@ namespace qz {
 class QzAnnoChanging {
 public:
     virtual ~QzAnnoChanging() = default;
+    /// None while it shows none.
     virtual Ref<QzAnnoPalette> palette() const = 0;
     /// A set of `QzAnnoKey`; none counts as the empty one.
     virtual Ref<NSSet> selectedAnnoKeys() const = 0;

@@ -32,32 +32,37 @@ class QzAnnoEditor final : public NSResponder,
 public:
     /// What the interface file connects.
     struct Outlets {
-        Ref<NSTabView> tabview;
-        WeakRef<QzAnnoPaletteAsTable> paletteHost;
-        Ref<NSWindow> annowindow;
-        Ref<NSPopUpButton> hpopup;
-        Ref<NSPopUpButton> vpopup;
+        Ref<NSTabView> tabview;                     ///< the fields, page by page
+        WeakRef<QzAnnoPaletteAsTable> paletteHost;  ///< shows the palette that is edited; may be none
+        Ref<NSWindow> annowindow;                   ///< the panel
+        Ref<NSPopUpButton> hpopup;                  ///< of the horizontal alignment
+        Ref<NSPopUpButton> vpopup;                  ///< of the vertical alignment
         /// Lists the pages; asks this editor for them.
         Ref<NSTableView> pages;
     };
 
+    /// Edits nothing, and has no outlets.
     static Ref<QzAnnoEditor> init();
     ~QzAnnoEditor() override;
 
+    /// Becomes the delegate of the panel and of the list of pages.
     void connectOutlets(const Outlets& outlets);
+    /// Not owned. Without one nothing is written back.
     void setPaletteHost(const Ref<QzAnnoPaletteAsTable>& host) { outlets_.paletteHost = host; }
-    /// Fills the alignment menus and readies the font panel.
+    /// Fills the alignment menus and readies the font panel. Needs the outlets.
     void awakeFromNib();
 
     /// In points. A size without area is no screen, and counts as 100 x 100.
     void setScreenSize(NSSize size) { screensize_ = size; }
     /// Begins to edit a copy of the annotation; ignored while another is being edited. None only closes the panel.
     void setAnno(const Ref<QzAnno>& anno);
+    /// From `setAnno` on until the panel closes.
     bool isEditing() const { return editing_; }
     /// Turns to the page of that label; false when there is none.
     bool showPage(const Ref<NSString>& label);
     /// What the pages are called, from the top.
     std::vector<Ref<NSString>> pageLabels() const;
+    /// The panel; none before it is connected.
     const Ref<NSWindow>& window() const { return outlets_.annowindow; }
 
     // Actions.
@@ -65,11 +70,15 @@ public:
     void apply(const Ref<NSObject>& sender);
     /// Fills the fields from the annotation as it was when editing began.
     void revert(const Ref<NSObject>& sender);
+    /// Writes the fields into the palette and closes the panel.
     void okay(const Ref<NSObject>& sender);
     /// Puts the annotation back into the palette as it was when editing began, its name included.
     void cancel(const Ref<NSObject>& sender);
+    /// Opens the font panel at the field's font.
     void editFont(const Ref<NSObject>& sender);
+    /// Takes over the font, but not the size, that is chosen in the sender, the font manager.
     void changeFont(const Ref<NSObject>& sender);
+    /// Every action is valid at any time.
     bool validateUserInterfaceItem(const NSObject& /*item*/) const { return true; }
 
     /// Ends the edit and writes nothing back.

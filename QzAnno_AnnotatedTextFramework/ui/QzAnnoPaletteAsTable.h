@@ -32,18 +32,20 @@ class QzAnnoPaletteAsTable final : public NSResponder,
 public:
     /// What the interface file connects; not owned but for the table view and its menu.
     struct Outlets {
-        QLabel* DBGtext = nullptr;
-        Ref<MenuContextTableView> tableView;
-        Ref<NSMenu> menuForTable;
-        WeakRef<QzAnnoEditor> annoAsTable;
-        QzAnnotationManager* delegate = nullptr;
+        QLabel* DBGtext = nullptr;                ///< tells palettes apart; may be none
+        Ref<MenuContextTableView> tableView;      ///< the only one that is needed
+        Ref<NSMenu> menuForTable;                 ///< the table view's context menu
+        WeakRef<QzAnnoEditor> annoAsTable;        ///< edits one annotation
+        QzAnnotationManager* delegate = nullptr;  ///< as for `setManager`
     };
 
+    /// Shows no palette, and has no outlets.
     static Ref<QzAnnoPaletteAsTable> init();
     ~QzAnnoPaletteAsTable() override;
 
     /// Becomes the table view's data source and delegate.
     void connectOutlets(const Outlets& outlets);
+    /// Sends on what the user switches. Not owned, so it must be cleared before the manager dies; may be none.
     void setManager(QzAnnotationManager* manager) { outlets_.delegate = manager; }
     /// Readies the connected table view for drags and toggles.
     void awakeFromNib();
@@ -53,15 +55,21 @@ public:
     Ref<QzAnnoPalette> palette() const override { return annotationPalette_; }
     /// The keys that are on for the text's selection, and those that the user has switched on since; none at the start.
     Ref<NSSet> selectedAnnoKeys() const override { return currentSelection_; }
+    /// The sparse and the immutable keys that were reported last (AnnotationReporting.h); none at the start.
+    ///@{
     const Ref<NSSet>& shadedSelection() const { return shadedSelection_; }
     const Ref<NSSet>& frameSelection() const { return frameSelection_; }
+    ///@}
 
     /// The priority of the annotation that editing and deletion act on; one beyond the highest while no row is
     /// selected.
     int32_t editPrio() const { return editPrio_; }
+    /// Whether the user has selected a row.
     bool haveMouseSelected() const { return haveMouseSelected_; }
+    /// Whether `editPrio` is above 0, so also while no row is selected; false with a new palette and after a deletion.
     bool haveNonGlobalSelected() const { return haveNonGlobalSelected_; }
 
+    /// Shows all rows anew, whatever the notification says.
     void reloadTable(const NSNotification& notification);
     /// Switches the row's annotation on or off for the selected text.
     void toggleRow(int32_t row);
@@ -71,8 +79,11 @@ public:
     void annotationChangeSelectionUpdate(const NSNotification& notification);
 
     // Actions.
+    /// Puts an annotation "NEW" on top of the palette and edits it.
     void newAnno(const Ref<NSObject>& sender);
+    /// Edits the annotation at `editPrio`; ignored while another is being edited.
     void editAnno(const Ref<NSObject>& sender);
+    /// Removes the annotation at `editPrio`, but never the global one.
     void deleteAnno(const Ref<NSObject>& sender);
     bool validateMenuItem(const NSMenuItem& item) override;
     Ref<NSMenu> menuForRow(int32_t row, int32_t column) override;
@@ -80,15 +91,20 @@ public:
     // The table.
     int32_t numberOfRowsInTableView(NSTableView& tableView) override;
     Ref<NSObject> objectValueForTableColumn(NSTableView& tableView, NSTableColumn& column, int32_t row) override;
+    /// Column "selectionstate" switches the row's annotation, "Annotations" renames it, and "Frame" sends
+    /// "toggleFrameAnno:" with its key along the responder chain; the value matters to the name only.
     void setObjectValue(NSTableView& tableView, const Ref<NSObject>& value, NSTableColumn& column,
                         int32_t row) override;
     bool writeRows(NSTableView& tableView, const std::vector<int32_t>& rows,
                    const Ref<NSPasteboard>& toPasteboard) override;
     uint32_t validateDrop(NSTableView& tableView, const Ref<NSPasteboard>& pasteboard, int32_t proposedRow,
                           NSTableViewDropOperation proposedDropOperation) override;
+    /// The dragged annotations, in their order, come right below the nearest row above the place that is not dragged
+    /// itself, or to the top where there is none.
     bool acceptDrop(NSTableView& tableView, const Ref<NSPasteboard>& pasteboard, int32_t row,
                     NSTableViewDropOperation dropOperation) override;
     void willDisplayCell(NSTableView& tableView, NSCell& cell, NSTableColumn& forColumn, int32_t row) override;
+    /// A name is not edited in its row: the editor opens instead.
     bool shouldEditTableColumn(NSTableView& tableView, NSTableColumn& column, int32_t row) override;
     bool shouldSelectTableColumn(NSTableView& /*tableView*/, NSTableColumn& /*column*/) override { return false; }
     void tableViewSelectionDidChange(const NSNotification& notification) override;

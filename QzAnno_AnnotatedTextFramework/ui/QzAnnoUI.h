@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// Everything that a host of QzAnno's desktop side needs, besides QzAnno.h. Used on the thread of the user interface.
 
 #include "QzAnno_AnnotatedTextFramework/ui/AnnotationReporting.h"

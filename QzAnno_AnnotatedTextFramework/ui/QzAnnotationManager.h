@@ -24,9 +24,13 @@ public:
     static Ref<QzAnnotationManager> initWithWindow(const Ref<NSWindow>& window);
     ~QzAnnotationManager() override;
 
+    /// None for a manager that is not the shared one, or whose interface file could not be loaded.
+    ///@{
     const Ref<QzAnnoPaletteAsTable>& ptable() const { return ptable_; }
     const Ref<QzAnnoEditor>& editor() const { return editor_; }
+    ///@}
 
+    /// Lets the panel float, and shows it when the user defaults say that it was visible.
     void awakeFromNib();
     /// Whether this is the shared manager.
     bool isWindowLoaded() const override;
@@ -43,11 +47,14 @@ public:
     /// Sends "changeAnno:" to the bound responder, or else up the responder chain.
     void sendChangeAnno(const Ref<QzAnnoPaletteAsTable>& sender);
 
+    /// Shows what the notification's object reports of its selection.
     void annotationChangeSelectionUpdate(const NSNotification& notification);
-    /// Lets the panel follow a further notification, which must have a text view, or another object that reports its
-    /// annotations, as object. No name stands for any, no object for all.
+    /// Lets the panel follow a further notification, or no longer follow it. It must have a text view, or another
+    /// object that reports its annotations, as object. No name stands for any, no object for all.
+    ///@{
     void addSelectionChangeNotifier(const Ref<NSString>& name, const Ref<NSObject>& object);
     void removeSelectionChangeNotifier(const Ref<NSString>& name, const Ref<NSObject>& object);
+    ///@}
 
     void windowWillClose(const NSNotification& notification) override;
     Ref<NSUndoManager> windowWillReturnUndoManager(NSWindow& window) override;

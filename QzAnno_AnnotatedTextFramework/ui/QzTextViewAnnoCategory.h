@@ -9,6 +9,7 @@ namespace qz {
 class QzAnnoUsing {
 public:
     virtual ~QzAnnoUsing() = default;
+    /// Carries out the change; the sender is there during the call only.
     virtual void changeAnno(const QzAnnoChanging& sender) = 0;
 };
 

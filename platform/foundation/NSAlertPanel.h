@@ -11,11 +11,11 @@ enum NSAlertReturn : int32_t { NSAlertOtherReturn = -1, NSAlertAlternateReturn =
 
 /// What an alert shows, in UTF-8.
 struct AlertPanel {
-    std::string title;
-    std::string message;
-    std::string defaultButton;
-    std::string alternateButton;
-    std::string otherButton;
+    std::string title;            ///< of the window
+    std::string message;          ///< what happened
+    std::string defaultButton;    ///< answers `NSAlertDefaultReturn`
+    std::string alternateButton;  ///< answers `NSAlertAlternateReturn`; an empty text is no button
+    std::string otherButton;      ///< answers `NSAlertOtherReturn`; an empty text is no button
 };
 
 /// Shows an alert and returns the button that was chosen. May be called from any thread that uses the library.
@@ -25,6 +25,7 @@ using AlertHook = std::function<NSAlertReturn(const AlertPanel& panel)>;
 /// program with a screen sets, one line on standard error names message and buttons, and the default button counts as
 /// chosen.
 NSAlertReturn NSRunCriticalAlertPanel(const AlertPanel& panel);
+/// Shows later alerts through the hook, or on standard error when it is empty. Safe while other threads raise alerts.
 void setCriticalAlertHook(AlertHook hook);
 
 }  // namespace qz

@@ -20,7 +20,9 @@ class NSUnarchiver;
 struct CodedClass {
     /// What `className()` answers.
     std::string_view name;
+    /// Written into the class record; `NSUnarchiver::versionForClassName` tells a stream's.
     int32_t version = 0;
+    /// Of a registered class too, or writing an object fails.
     std::string_view superclassName = "NSObject";
     /// Writes the object's groups, those of its superclasses first. None for a class that stands in chains only.
     void (*encode)(const NSObject& object, NSArchiver& archiver) = nullptr;
@@ -28,6 +30,7 @@ struct CodedClass {
     /// then get that. None without a failure of the unarchiver means "no object": groups left unread are passed over.
     /// An object whose groups are left unread is a failure.
     Ref<NSObject> (*decode)(NSUnarchiver& unarchiver) = nullptr;
+    /// The empty object for `fill`, never none. Not called when there is a `decode`.
     Ref<NSObject> (*allocate)() = nullptr;
     /// False means "no object", as none does for `decode`; references met by then keep the empty one.
     bool (*fill)(NSObject& object, NSUnarchiver& unarchiver) = nullptr;
@@ -39,6 +42,8 @@ struct CodedClass {
 /// holds the coded form; a name that is taken is a bug.
 class CodedClassRegistration {
 public:
+    /// Enters the name and the aliases. One that is taken stays with its first class, with a line on standard error.
+    /// Not while another thread codes.
     explicit CodedClassRegistration(CodedClass codedClass);
 };
 

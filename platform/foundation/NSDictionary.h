@@ -10,10 +10,15 @@ namespace qz {
 /// Equal when both hold equal values under equal keys, in whatever order.
 class NSDictionary final : public ObjectHolder {
 public:
+    /// The empty dictionary.
     static Ref<NSDictionary> dictionary();
+    /// A value should be an object, `NSNull` where there is none: archives read back without the entries whose value is
+    /// none, and property lists refuse them.
     static Ref<NSDictionary> dictionaryWithMap(ObjectMap map);
 
+    /// The entries, never changed; they live as long as the dictionary.
     const ObjectMap& map() const { return map_; }
+    /// Of entries.
     size_t count() const { return map_.size(); }
     /// The value; empty when there is none.
     Ref<NSObject> objectForKey(const NSObject& key) const { return map_.find(key); }

@@ -12,6 +12,9 @@ namespace qz {
 /// One argument of a log format: a text, a number, or an object's description ("(null)" for none).
 class FormatArgument {
 public:
+    /// Implicit, so that arguments stand in a row as they are. The text is made at once, of an object its description;
+    /// a null pointer to characters is not allowed.
+    ///@{
     FormatArgument(std::string text) : text_(std::move(text)) {}
     FormatArgument(std::string_view text) : text_(text) {}
     FormatArgument(const char* text) : text_(text) {}
@@ -20,7 +23,9 @@ public:
     FormatArgument(const NSObject& object) : text_(object.description()) {}
     template <class T>
     FormatArgument(const Ref<T>& object) : text_(object ? object->description() : "(null)") {}
+    ///@}
 
+    /// What takes the conversion's place, before it is padded to a field width.
     const std::string& text() const { return text_; }
 
 private:
@@ -36,11 +41,14 @@ using DiagnosticHook = std::function<void(std::string_view line)>;
 
 /// Writes one line to the log of the process: to the log hook, which is standard error until one is set.
 void NSLog(std::string_view format, std::initializer_list<FormatArgument> arguments = {});
+/// Sends later lines to the hook, or to standard error when it is empty. Safe while other threads log; a line that is
+/// on its way still reaches the hook before.
 void setLogHook(DiagnosticHook hook);
 
 /// Writes what the library sends to standard error itself, past the log; a tool that must stay quiet sets a hook here
 /// too.
 void NSStandardError(std::string_view format, std::initializer_list<FormatArgument> arguments = {});
+/// As `setLogHook`, for these lines.
 void setStandardErrorHook(DiagnosticHook hook);
 
 /// Reports an assertion that a caller has broken, as "source:line: failed assertion `condition'" on standard error.

@@ -9,7 +9,9 @@
 
 namespace qz {
 
+/// What an observer receives.
 struct NSNotification {
+    /// As posted; none when it was posted without one.
     Ref<NSString> name;
     /// The object that the notification is about; may be none.
     Ref<NSObject> object;
@@ -24,8 +26,11 @@ struct NSNotification {
 /// observes removes its observations before it dies.
 class NSNotificationCenter {
 public:
+    /// Called for each notification that matches its observation. What it throws passes through to the poster, and the
+    /// later observers are not called.
     using Handler = std::function<void(const NSNotification&)>;
 
+    /// That of the process, which outlives every object.
     static NSNotificationCenter& defaultCenter();
 
     /// `observer` only identifies the observation. No name: any notification; no object: from any object.
@@ -33,6 +38,7 @@ public:
     /// Removes the observations of `observer` that were added with this name and object; none of them stands for any.
     void removeObserver(const void* observer, const Ref<NSString>& name = {}, const NSObject* object = nullptr);
 
+    /// Returns when every observer has been called. Without a name it reaches those alone that observe any.
     void postNotificationName(const Ref<NSString>& name, const Ref<NSObject>& object, Ref<NSDictionary> userInfo = {});
 
 private:

@@ -7,6 +7,7 @@ namespace qz {
 /// Stands for "nothing" in a collection, which cannot hold none. There is one.
 class NSNull final : public NSObject {
 public:
+    /// The one object, the same for every thread.
     static Ref<NSNull> null();
 
     std::string description() const override { return "<null>"; }

@@ -23,11 +23,14 @@ public:
     NSObject& operator=(const NSObject&) = delete;
     virtual ~NSObject();
 
+    /// Whether both stand for the same value, by the rule of this object's class. Dictionaries and sets match their
+    /// keys by it.
     virtual bool isEqual(const NSObject& other) const;
     /// Equal objects have equal hashes. Not stable across runs, so never stored.
     virtual size_t hash() const;
     /// Readable text in UTF-8, for logs and lists.
     virtual std::string description() const;
+    /// By which archives find the coded form (`CodedClass`); also names the class in messages.
     virtual std::string className() const = 0;
 
 protected:

@@ -10,7 +10,10 @@ namespace qz {
 /// An immutable set in insertion order. Equal when both hold equal members, in whatever order.
 class NSSet final : public ObjectHolder {
 public:
+    /// The empty set, one object for all.
     static Ref<NSSet> set();
+    /// No member is none. Of equal members the first is kept.
+    ///@{
     static Ref<NSSet> setWithObject(Ref<NSObject> member);
     template <class T>
     static Ref<NSSet> setWithObjects(const std::vector<Ref<T>>& members) {
@@ -18,11 +21,15 @@ public:
         for (const Ref<T>& member : members) map.set(member, nullptr);
         return setWithMap(std::move(map));
     }
+    ///@}
     /// The keys of the map are the members; its values are not looked at.
     static Ref<NSSet> setWithMap(ObjectMap map);
 
+    /// Of members; equal ones are one.
     size_t count() const { return map_.size(); }
+    /// Whether the object or one equal to it is a member.
     bool containsObject(const NSObject& member) const { return map_.contains(member); }
+    /// The members are the keys; the values mean nothing. Never changed; it lives as long as the set.
     const ObjectMap& map() const { return map_; }
     /// The members that are of class `T`, in order.
     template <class T>

@@ -9,9 +9,12 @@ namespace qz {
 /// Equal when both are.
 class NSURL final : public ObjectHolder {
 public:
+    /// No string is the empty one.
     static Ref<NSURL> URLWithString(Ref<NSString> string, Ref<NSURL> relativeToURL = {});
 
+    /// As it was given; never none.
     const Ref<NSString>& relativeString() const { return string_; }
+    /// None for an address that stands alone.
     const Ref<NSURL>& baseURL() const { return base_; }
 
     bool isEqual(const NSObject& other) const override;

@@ -26,6 +26,8 @@ using CodedSlot =
 /// (TypedStreamLimits.h).
 class NSUnarchiver : public NSObject {
 public:
+    /// Reads the header, so it may have failed already. No data counts as empty data, which is no typed stream. The
+    /// data are kept as long as the unarchiver lives.
     static Ref<NSUnarchiver> initForReadingWithData(const Ref<NSData>& data);
     ~NSUnarchiver() override;
 
@@ -44,18 +46,25 @@ public:
         return typed;
     }
 
-    /// Reads one group, whose types must be these. There is one slot for each leaf of the types, as for the archiver.
+    /// Reads one group, whose types must be these, or it is a failure. There is one slot for each leaf of the types, as
+    /// for the archiver. After a failure slots may be written or not.
+    ///@{
     bool decodeValuesOfObjCTypes(std::string_view types, std::initializer_list<CodedSlot> slots);
     bool decodeValueOfObjCType(std::string_view type, CodedSlot slot) { return decodeValuesOfObjCTypes(type, {slot}); }
+    ///@}
     /// Reads one group "[Nc]" of exactly `count` raw bytes; the type is 'c' or 'C'. The view lives as long as the
     /// unarchiver.
     std::optional<std::string_view> decodeArrayOfObjCType(char type, size_t count);
 
+    /// Reads one group of one value, which must be of the type "c" for a truth value, "i" or "I" for an integer, "f" or
+    /// "d" for a real. None is a failure.
+    ///@{
     std::optional<bool> decodeBool() { return decodeOne<bool>("c"); }
     std::optional<int32_t> decodeInt() { return decodeOne<int32_t>("i"); }
     std::optional<uint32_t> decodeUnsignedInt() { return decodeOne<uint32_t>("I"); }
     std::optional<float> decodeFloat() { return decodeOne<float>("f"); }
     std::optional<double> decodeDouble() { return decodeOne<double>("d"); }
+    ///@}
 
     /// The types of the group that comes next; none at the end of the object or the data. Reads nothing.
     std::optional<std::string_view> typesOfNextGroup();
@@ -64,10 +73,12 @@ public:
     std::optional<int32_t> versionForClassName(std::string_view className) const;
     /// Whether all groups of the data are read; also true after a failure.
     bool isAtEnd();
+    /// The system version in the header, which reading does not depend on; `NSArchiver` writes 1000.
     uint32_t systemVersion() const;
 
     /// Makes the unarchiver fail, for a decode function whose object is damaged: "byte 37: reason".
     void fail(const std::string& reason);
+    /// Stays true: nothing more is read after a failure.
     bool hasFailed() const;
     /// Empty until a failure.
     const std::string& error() const;
@@ -77,6 +88,7 @@ public:
     /// the collections around this one expect; else memory for them may be reserved. They are then read by
     /// `decodeExpectedObject`.
     bool expectObjects(uint64_t count);
+    /// As `decodeObject`, for one of the groups that `expectObjects` has announced; asking for more is a bug.
     Ref<NSObject> decodeExpectedObject();
     /// Counts memory that decoding is about to take beyond that of the objects themselves. False (a failure) past the
     /// limit.
@@ -88,6 +100,7 @@ public:
     std::string className() const override { return "NSUnarchiver"; }
 
 protected:
+    /// As `initForReadingWithData`.
     explicit NSUnarchiver(const Ref<NSData>& data);
 
 private:

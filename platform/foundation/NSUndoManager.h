@@ -10,9 +10,11 @@
 
 namespace qz {
 
-/// Posted by an undo manager, as object, after it has undone, or redone, a group.
+/// Posted by an undo manager, as object, after it has undone, or redone, a group; it then records again.
+///@{
 inline const Ref<NSString> NSUndoManagerDidUndoChangeNotification = "NSUndoManagerDidUndoChangeNotification"_ns;
 inline const Ref<NSString> NSUndoManagerDidRedoChangeNotification = "NSUndoManagerDidRedoChangeNotification"_ns;
+///@}
 
 /// Records the inverses of edits in groups, and plays the last group back.
 ///
@@ -23,6 +25,7 @@ inline const Ref<NSString> NSUndoManagerDidRedoChangeNotification = "NSUndoManag
 /// be redone.
 class NSUndoManager final : public NSObject {
 public:
+    /// With nothing to undo.
     static Ref<NSUndoManager> init();
 
     /// Records calls on one target. Registered with `invoke`, the call is made when the group is played back.
@@ -30,6 +33,7 @@ public:
     public:
         /// Drops what it is given, as a call on none does nothing.
         InvocationTarget() = default;
+        /// Records the call in the innermost open group, or in one of its own as the class says.
         void invoke(std::function<void()> call) const;
 
     private:
@@ -43,34 +47,52 @@ public:
     /// target calls `removeAllActionsWithTarget` before it dies. Objects held by a recorded call live as long as the
     /// record.
     InvocationTarget prepareWithInvocationTarget(const NSObject& target);
+    /// Drops the calls on the target, also those of open groups and of the one that is being played back, and
+    /// with them the closed groups that are empty then. Takes no memory, so destructors may call it.
     void removeAllActionsWithTarget(const NSObject& target);
+    /// Drops every call; open groups stay open, without their names.
     void removeAllActions();
 
+    /// Opens a group inside the innermost open one, if there is one.
     void beginUndoGrouping();
     /// Ends the innermost group; an empty one leaves nothing behind, and one inside another becomes part of that, its
-    /// name included. False when no group is open.
+    /// name included. False when no group is open that `beginUndoGrouping` or an event has opened.
     bool endUndoGrouping();
+    /// How many groups are open inside each other; the one that collects while undoing or redoing counts.
     uint32_t groupingLevel() const;
+    /// True at the start. A change takes effect with the next inverse; a group that is open stays so.
+    ///@{
     bool groupsByEvent() const;
     void setGroupsByEvent(bool groupsByEvent);
+    ///@}
     /// Ends the group that an event opened by itself; does nothing when there is none.
     void endEvent();
 
     /// Whether `undo` (`redo`) would play something back now.
+    ///@{
     bool canUndo() const;
     bool canRedo() const;
+    ///@}
     /// Plays the last group back, latest call first. False, and nothing done, when there is none, when a group opened
-    /// by `beginUndoGrouping` is still open, or when called while undoing or redoing.
+    /// by `beginUndoGrouping` is still open, or when called while undoing or redoing. A `std::bad_alloc` of a call
+    /// passes through; that call and those not yet made can be played back later. Calls must throw nothing else.
+    ///@{
     bool undo();
     bool redo();
+    ///@}
+    /// Whether calls are being made by `undo` (`redo`).
+    ///@{
     bool isUndoing() const;
     bool isRedoing() const;
+    ///@}
 
     /// Names the group that is open now; a name set later wins. Does nothing outside a group.
     void setActionName(std::string name);
     /// The name of what undo (redo) would play back; empty when there is nothing or it has no name.
+    ///@{
     std::string undoActionName() const;
     std::string redoActionName() const;
+    ///@}
 
     std::string className() const override { return "NSUndoManager"; }
 

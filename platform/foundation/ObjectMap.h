@@ -13,20 +13,26 @@ namespace qz {
 /// keeps its place. Small maps are scanned; larger ones are found through an index.
 class ObjectMap {
 public:
+    /// A key with what is filed under it.
     struct Entry {
-        Ref<NSObject> key;
-        Ref<NSObject> value;
-        size_t hash;
+        Ref<NSObject> key;    ///< never none
+        Ref<NSObject> value;  ///< none where only the key counts, as in a set
+        size_t hash;          ///< the key's when it was filed; a filed key must not change its hash
     };
 
+    /// In the order in which the keys came; whatever changes the map may move them.
     const std::vector<Entry>& entries() const { return entries_; }
+    /// Every key counts, one without a value too.
+    ///@{
     size_t size() const { return entries_.size(); }
     bool empty() const { return entries_.empty(); }
+    ///@}
 
     /// The value under the key; empty when there is none.
     Ref<NSObject> find(const NSObject& key) const;
+    /// Whether the key is there, be its value none.
     bool contains(const NSObject& key) const { return findIndex(key, key.hash()) != kNone; }
-    /// Files a value under a key, replacing the one that is there.
+    /// Files a value under a key, which is not none, replacing the one that is there; an equal key that is there stays.
     void set(Ref<NSObject> key, Ref<NSObject> value);
     /// Sets every entry of the other map.
     void setAll(const ObjectMap& other);

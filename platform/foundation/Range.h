@@ -6,11 +6,12 @@ namespace qz {
 
 /// A stretch of text: `location` and `length` in UTF-16 units.
 struct Range {
-    uint32_t location = 0;
-    uint32_t length = 0;
+    uint32_t location = 0;  ///< of the first unit, from 0
+    uint32_t length = 0;    ///< in units; may be 0
 
     /// The position after the last one. 64 bits wide, since location + length may pass 2^32.
     uint64_t end() const { return uint64_t{location} + length; }
+    /// Whether the unit at the index is within; an empty range contains none.
     bool contains(uint32_t index) const { return index >= location && index < end(); }
 
     friend bool operator==(const Range&, const Range&) = default;

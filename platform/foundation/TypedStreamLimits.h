@@ -12,9 +12,11 @@ namespace qz::TypedStreamLimits {
 /// Objects inside objects, through references too: reading, comparing and describing the objects recurses as deep as
 /// that.
 inline constexpr uint32_t kNestingMax = Limits::kNestingMax;
+/// Classes above one class, up to the root.
 inline constexpr uint32_t kSuperclassesMax = 64;
-/// Characters of one type string, and brackets inside brackets.
+/// Characters of one type string.
 inline constexpr size_t kTypesLengthMax = 1024;
+/// Structures and arrays inside each other in a type string.
 inline constexpr size_t kBracketDepthMax = 32;
 /// Types walked over, those of structures and arrays included, in proportion to the bytes of the stream: a long type
 /// string is paid for once and used by references of one byte.
@@ -26,7 +28,9 @@ inline constexpr uint32_t kUnfoldedObjectsMax = 1u << 24;
 inline constexpr uint64_t kKeyComparisonsMax = 1u << 26;
 /// Memory of the tables and the decoded objects: so many bytes whatever the stream's size, and so many for each of its
 /// bytes.
+///@{
 inline constexpr uint64_t kMemoryFree = 16u << 20;
 inline constexpr uint64_t kMemoryPerByteMax = 16;
+///@}
 
 }  // namespace qz::TypedStreamLimits

@@ -12,17 +12,22 @@ public:
     /// fraction of a point has a pixel of its own.
     static Ref<NSImage> initWithSize(NSSize size);
 
+    /// In points, as it was asked for, while the bitmap has whole pixels.
     NSSize size() const { return size_; }
     /// Whether drawing sees the origin at the top left with y growing downward. Takes effect at the next `lockFocus`;
-    /// what is drawn already stays where it is.
+    /// what is drawn already stays where it is. False at first.
+    ///@{
     bool isFlipped() const { return flipped_; }
     void setFlipped(bool flipped) { flipped_ = flipped; }
+    ///@}
 
     /// Makes a fresh context on this image the current one, until `unlockFocus` brings back the one before. Pairs may
     /// nest, also between images; they stay on one thread. An unlock that does not match the innermost lock does
     /// nothing.
+    ///@{
     void lockFocus();
     void unlockFocus();
+    ///@}
 
     /// The pixels. Reference to the image's own, not a copy.
     const Ref<NSBitmapImageRep>& bitmap() const { return bitmap_; }

@@ -7,7 +7,7 @@
 
 namespace qz {
 
-/// A PNG file, 8-bit RGBA with straight alpha, of a premultiplied RGBA bitmap.
+/// A PNG file, 8-bit RGBA with straight alpha, of a premultiplied RGBA bitmap; none for another.
 Ref<NSData> pngFromBitmap(const NSBitmapImageRep& bitmap);
 
 /// A premultiplied RGBA bitmap of a PNG file of any kind; none, with the reason in `error`, for a damaged file, one
