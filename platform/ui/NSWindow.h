@@ -91,7 +91,7 @@ public:
     bool becomesKeyOnlyIfNeeded() const;
     void setBecomesKeyOnlyIfNeeded(bool onlyIfNeeded);
     ///@}
-    /// Whether the panel stays above document windows. Setting it leaves a panel that shows on the screen.
+    /// Whether the panel stays above document windows. A panel that shows goes on showing when it is set.
     ///@{
     bool isFloatingPanel() const;
     void setFloatingPanel(bool floats);
