@@ -34,7 +34,10 @@ public:
     void awakeFromNib();
     /// Whether this is the shared manager.
     bool isWindowLoaded() const override;
+    /// Shows the panel.
     void windowDidLoad() override;
+    /// Shows the panel, in the background colour of the user defaults, which are told that it is visible. A manager
+    /// that is not the shared one becomes it.
     void showWindow(const Ref<NSObject>& sender) override;
 
     /// Shows the palette. False, and nothing changed, while a responder is bound and the panel shows another one.
@@ -56,6 +59,7 @@ public:
     void removeSelectionChangeNotifier(const Ref<NSString>& name, const Ref<NSObject>& object);
     ///@}
 
+    /// Tells the user defaults that the panel is not visible.
     void windowWillClose(const NSNotification& notification) override;
     Ref<NSUndoManager> windowWillReturnUndoManager(NSWindow& window) override;
 

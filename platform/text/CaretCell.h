@@ -7,10 +7,10 @@ namespace qz {
 /// The room of one grapheme cluster in a line; x in container coordinates. White space that hangs at a line's end has
 /// none.
 struct CaretCell {
-    Range characters;
-    float left = 0;
-    float right = 0;
-    bool isRightToLeft = false;
+    Range characters;            ///< of the text, never empty
+    float left = 0;              ///< x of its left edge, in points
+    float right = 0;             ///< x of its right edge; the left one's for a cluster without room
+    bool isRightToLeft = false;  ///< whether its text begins at the right edge
 };
 
 }  // namespace qz

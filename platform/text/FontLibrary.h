@@ -13,27 +13,27 @@ class FontFallback;
 
 /// A font as Fontconfig lists it, without opening its file. A named instance of a variable font is a font of its own.
 struct InstalledFont {
-    std::string path;
-    int index = 0;  ///< the face within the file in the lower 16 bits, the named instance, from 1, in the upper ones
-    std::string postScriptName;
-    std::string fullName;
-    std::string familyName;
-    std::string styleName;
+    std::string path;  ///< of the file
+    int index = 0;     ///< the face within the file in the lower 16 bits, the named instance, from 1, in the upper ones
+    std::string postScriptName;  ///< may be empty
+    std::string fullName;        ///< in English when the font has such a name, else the first that it has
+    std::string familyName;      ///< likewise
+    std::string styleName;       ///< likewise
     /// The name by which the library finds this font again: PostScript name, full name or family-style.
     std::string fontName;
     // Fontconfig's scales.
-    double weight = 80;  ///< 80 regular, 200 bold
-    double width = 100;  ///< per cent of the normal width
-    int slant = 0;       ///< 0 upright, 100 italic, 110 oblique
-    int version = 0;
-    bool isColour = false;
-    bool isAdded = false;  ///< from a folder given to the library
+    double weight = 80;     ///< 80 regular, 200 bold
+    double width = 100;     ///< per cent of the normal width
+    int slant = 0;          ///< 0 upright, 100 italic, 110 oblique
+    int version = 0;        ///< the font revision of its "head" table, 16.16; 0 when it is not known
+    bool isColour = false;  ///< whether it has colour glyphs
+    bool isAdded = false;   ///< from a folder given to the library
 };
 
 /// Something about a folder of fonts, or a file in it, that its owner should know.
 struct FontProblem {
-    std::string path;
-    std::string what;
+    std::string path;  ///< of the folder or the file
+    std::string what;  ///< a clause to stand behind the path and a colon, without a full stop
 };
 
 /// The scalable fonts in SFNT files that text may use, and the opened faces: those of this machine, listed once per
@@ -57,7 +57,9 @@ public:
     /// Makes a library the current one of this thread for a scope; none leaves all as it is.
     class Use {
     public:
+        /// Keeps the library alive meanwhile.
         explicit Use(std::shared_ptr<FontLibrary> library);
+        /// Brings back the library that was current before, so uses end on their thread, the innermost first.
         ~Use();
         Use(const Use&) = delete;
         Use& operator=(const Use&) = delete;
@@ -67,6 +69,7 @@ public:
         FontLibrary* const former_;
     };
 
+    /// Those of added folders first, then newer versions first; stands as long as the library.
     const std::vector<InstalledFont>& fonts() const;
     /// The font of that PostScript name, full name, "family-style" or family, in this order, in any language of the
     /// font's own names and without regard to case; none when there is none.
@@ -74,13 +77,18 @@ public:
     /// Names, at most `count`, that whoever wrote this one may have meant: fonts of the family that it begins with, the
     /// most regular first, or else of the family whose name differs least, by two letters at most. For messages.
     std::vector<std::string> namesLike(std::string_view name, size_t count) const;
+    /// The font of a file, with the index of `InstalledFont`; none when the library does not list it.
     const InstalledFont* fontOfFile(std::string_view path, int index) const;
 
-    /// The face of a font of this library; the same one as long as anybody holds it. None when its file is of no use.
+    /// The face of a font of this library, an element of `fonts` and no copy; the same face as long as anybody holds
+    /// it. None when its file is of no use.
     std::shared_ptr<const FontFace> face(const InstalledFont& font);
+    /// The face of `fontWithName`; when its file is of no use, that of another font which bears the name and looks the
+    /// same. None without either.
     std::shared_ptr<const FontFace> faceWithName(std::string_view name);
     /// The face that serves where none is named; one without glyphs when there are no fonts.
     std::shared_ptr<const FontFace> systemFace();
+    /// What finds fonts of this library for characters that the font asked for lacks; lives as long as the library.
     FontFallback& fallback() { return *fallback_; }
 
 private:

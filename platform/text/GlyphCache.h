@@ -17,26 +17,32 @@ struct GlyphKey;
 /// threads at once.
 class GlyphCache final : public NSObject {
 public:
+    /// What the cache has done since it was made, and what it keeps.
     struct Statistics {
-        uint64_t hits = 0;
-        uint64_t misses = 0;
-        /// Images given up to make room, not those that `removeAll` or a smaller bound took.
-        uint64_t evictions = 0;
-        /// What is kept now: images, and their bytes with what it takes to keep them.
-        uint64_t images = 0;
-        uint64_t bytes = 0;
+        uint64_t hits = 0;       ///< images that were looked for and found
+        uint64_t misses = 0;     ///< images that were looked for in vain
+        uint64_t evictions = 0;  ///< images given up to make room, not those that `removeAll` or a smaller bound took
+        uint64_t images = 0;     ///< images that are kept now
+        uint64_t bytes = 0;      ///< of these, with what it takes to keep them
     };
 
+    /// The bound of a new cache, in bytes.
     static constexpr uint64_t kBytesMaxDefault = Limits::kGlyphCacheBytes;
 
+    /// Empty.
     static Ref<GlyphCache> init();
     ~GlyphCache() override;
 
+    /// The bound in bytes; a smaller one takes effect at once, and 0 keeps nothing. What is drawn at one bound differs
+    /// from what is drawn at another by 2 of 255 at most, on any channel: a layer that is made of kept parts is rounded
+    /// once more.
+    ///@{
     uint64_t bytesMax() const;
-    /// 0 keeps nothing. What is drawn at one bound differs from what is drawn at another by 2 of 255 at most, on any
-    /// channel: a layer that is made of kept parts is rounded once more.
     void setBytesMax(uint64_t bytes);
+    ///@}
+    /// The cache's own, which change as it is used.
     const Statistics& statistics() const;
+    /// Frees every image; the bound and the counts of what has been done stay.
     void removeAll();
 
     // For the drawing of glyphs.

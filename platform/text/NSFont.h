@@ -25,23 +25,33 @@ public:
     /// The fonts that serve where none is named, both the same face; always found, or the process has no fonts at all
     /// and gets one without glyphs. A size that is not above 0, or not a number, gives `systemFontSize`, one beyond
     /// `kPointSizeMax` that.
+    ///@{
     static Ref<NSFont> titleBarFontOfSize(float size);
     static Ref<NSFont> systemFontOfSize(float size);
+    ///@}
+    /// In points.
     static float systemFontSize() { return 13.0f; }
     /// The same face at another size, with the size rules of `fontWithName`.
     Ref<NSFont> fontWithSize(float size) const;
 
+    /// In points.
     static constexpr float kPointSizeMax = Limits::kFontPointsMax;
 
     /// The PostScript name; `fontWithName` finds the font by it.
     Ref<NSString> fontName() const;
+    /// In English when the font has such a name; empty for the face without glyphs, as the PostScript name is then.
     Ref<NSString> familyName() const;
+    /// Above 0, and `kPointSizeMax` at most.
     float pointSize() const { return pointSize_; }
 
-    // In points at this size. The descender lies below the baseline, so it is negative; the leading is the line gap.
+    /// In points at this size: the typographic metrics when the font's OS/2 table asks for them, else those of its hhea
+    /// table, else the Windows metrics of OS/2; 0.8 and -0.2 of the size when it has none. The descender lies below the
+    /// baseline, so it is never above 0; the leading is the line gap, and never below 0.
+    ///@{
     float ascender() const;
     float descender() const;
     float leading() const;
+    ///@}
 
     /// The glyph of a character (a Unicode code point); 0 when the font lacks it.
     NSGlyph glyphForCharacter(char32_t character) const;
@@ -49,6 +59,8 @@ public:
     /// controls do not. An emoji, unless U+FE0E asks for the plain form, counts only in a font with colour glyphs; one
     /// that is followed by U+FE0E, only in a font without.
     bool coversText(std::u16string_view text) const;
+    /// The advance in points, unhinted and without kerning; the height is 0. The zero size for a number that is no
+    /// glyph of the font.
     NSSize advancementForGlyph(NSGlyph glyph) const;
     /// A box round the glyph's outline, in points from its origin, y upward. Made of the outline's control points, so
     /// it may be larger than the ink; the zero rectangle for a glyph without an outline.
@@ -56,13 +68,16 @@ public:
     /// Whether the glyph's outline cannot be read from the font's file; nothing is drawn for it then.
     bool isGlyphDamaged(NSGlyph glyph) const;
 
+    /// For the text system; lives as long as the font.
     const FontFace& face() const { return *face_; }
 
+    /// Whether the other is the same face of the same library at the same size.
     bool isEqual(const NSObject& other) const override;
     size_t hash() const override;
     std::string description() const override;
     std::string className() const override { return "NSFont"; }
 
+    /// For the text system, which sees to it that there is a face, and that the size is one that `pointSize` may give.
     NSFont(std::shared_ptr<const FontFace> face, float pointSize);
 
 private:

@@ -26,21 +26,29 @@ struct PlacedGlyph;
 /// container coordinates.
 class NSLayoutManager : public NSObject {
 public:
+    /// Without text and containers.
     static Ref<NSLayoutManager> init();
     ~NSLayoutManager() override;
 
+    /// Not owned, but the owner; none before there is one, and after it has died.
     Ref<NSTextStorage> textStorage() const;
     /// Moves this layout manager to another text storage, which then owns it.
     void replaceTextStorage(const Ref<NSTextStorage>& textStorage);
     /// Owns its containers. Text fills them in this order.
     void addTextContainer(const Ref<NSTextContainer>& container);
+    /// Its text goes on in the containers behind it. Nothing happens when it is none of this layout manager's.
     void removeTextContainer(const NSTextContainer& container);
+    /// In the order in which text fills them.
     const std::vector<Ref<NSTextContainer>>& textContainers() const { return containers_; }
 
-    // Told by the container and the text storage; each forgets the layout that no longer holds.
+    /// Called by a container whose region has changed: what is laid out in it and behind it is forgotten.
     void textContainerChangedGeometry(const NSTextContainer& container);
+    /// Called by the text storage after an edit, and when it takes this layout manager in or lets go of it. The range
+    /// holds the edited paragraphs as they are now, with fonts that serve; `changeInLength` counts UTF-16 units. The
+    /// lines from there on are forgotten, but not how other paragraphs are shaped.
     virtual void textStorageEdited(Range editedRange, int64_t changeInLength, bool charactersChanged);
 
+    /// Of the whole text, which is laid out for that.
     uint32_t numberOfGlyphs() const;
     /// The first glyph that has not been laid out yet, or has no place; `numberOfGlyphs` when all have. Nothing is laid
     /// out in the background, so waiting does not change it, and asking for it lays nothing out.
@@ -64,15 +72,20 @@ public:
     Range glyphRangeForCharacterRange(Range characterRange, Range* actualCharacterRange = nullptr) const;
     /// The first character of the glyph's cluster; the length of the text beyond the last glyph.
     uint32_t characterIndexForGlyphAtIndex(uint32_t glyphIndex) const;
+    /// `NSControlGlyph` for a character that shows nothing, and beyond the last glyph.
     NSGlyph glyphAtIndex(uint32_t glyphIndex) const;
     /// Whether nothing of the glyph is to be drawn: control characters, white space that hangs at a line's end.
     bool notShownAttributeForGlyphAtIndex(uint32_t glyphIndex) const;
     /// The glyph's origin, on its baseline and with its own offset, from the origin of its line fragment.
     NSPoint locationForGlyphAtIndex(uint32_t glyphIndex) const;
+    /// Points along the line, with kerning, tab stops and justification; 0 for white space that hangs at a line's end,
+    /// and beyond the last glyph.
     float advanceForGlyphAtIndex(uint32_t glyphIndex) const;
     /// The line fragment that holds the glyph; the zero rectangle when it has no place. `effectiveRange` receives its
     /// glyphs.
     NSRect lineFragmentRectForGlyphAtIndex(uint32_t glyphIndex, Range* effectiveRange = nullptr) const;
+    /// What the text of that line takes of the fragment, padding included, and not the spacing below it; the zero
+    /// rectangle when the glyph has no place. `effectiveRange` as above.
     NSRect lineFragmentUsedRectForGlyphAtIndex(uint32_t glyphIndex, Range* effectiveRange = nullptr) const;
     /// Whether the glyph was laid out in a right-to-left run.
     bool isRightToLeftGlyphAtIndex(uint32_t glyphIndex) const;
@@ -83,13 +96,21 @@ public:
     /// Whether the paragraph of the glyph runs from right to left; false when the glyph has no place.
     bool isRightToLeftParagraphOfGlyphAtIndex(uint32_t glyphIndex) const;
 
-    // Attributes that serve drawing only: they lie over those of the text storage and change no layout.
+    /// Attributes that serve drawing only, which heeds the foreground colour: they lie over those of the text storage
+    /// and change no layout. A paragraph whose characters are edited loses them.
+    ///@{
     void addTemporaryAttributes(const NSDictionary& attributes, Range forCharacterRange);
     void removeTemporaryAttribute(const NSString& name, Range forCharacterRange);
+    ///@}
+    /// The empty dictionary where there are none, and none beyond the text. `effectiveRange` receives the run around
+    /// the index, inside the text.
     Ref<NSDictionary> temporaryAttributesAtCharacterIndex(uint32_t index, Range* effectiveRange = nullptr) const;
 
+    /// Whether drawing asks `substituteFontForFont`; not at the start.
+    ///@{
     bool usesScreenFonts() const { return usesScreenFonts_; }
     void setUsesScreenFonts(bool uses) { usesScreenFonts_ = uses; }
+    ///@}
     /// The font that draws for another when screen fonts are used. Outlines are unhinted at every size, so it is the
     /// font itself.
     virtual Ref<NSFont> substituteFontForFont(const Ref<NSFont>& font) const { return font; }
@@ -99,9 +120,11 @@ public:
     /// `atPoint` is where the origin of the container lies.
     virtual void drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint);
 
-    /// What has been drawn before and can be drawn again. Never null; none given means a fresh one.
+    /// What has been drawn before and can be drawn again. Never none; none given stands for a fresh one.
+    ///@{
     const Ref<GlyphCache>& glyphCache() const { return glyphCache_; }
     void setGlyphCache(const Ref<GlyphCache>& cache) { glyphCache_ = cache ? cache : GlyphCache::init(); }
+    ///@}
 
     std::string className() const override { return "NSLayoutManager"; }
 

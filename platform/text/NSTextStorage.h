@@ -16,14 +16,22 @@ class NSLayoutManager;
 /// layout manager is told. Owns its layout managers.
 class NSTextStorage final : public NSMutableAttributedString {
 public:
+    /// The empty text, without layout managers.
     static Ref<NSTextStorage> init();
 
+    /// Takes it from the storage that it had. Edits of a series that is not ended yet are told of first.
     void addLayoutManager(const Ref<NSLayoutManager>& layoutManager);
+    /// It is then without text. Nothing happens when it is none of this storage's.
     void removeLayoutManager(const NSLayoutManager& layoutManager);
+    /// In the order in which they are told of edits.
     const std::vector<Ref<NSLayoutManager>>& layoutManagers() const { return layoutManagers_; }
 
+    /// Brackets a series of edits. Series nest; an end without a beginning does nothing. Until the outermost end,
+    /// layout managers know nothing of the edits, and should not be asked.
+    ///@{
     void beginEditing();
     void endEditing();
+    ///@}
 
     std::string className() const override { return "NSTextStorage"; }
 

@@ -18,7 +18,8 @@ namespace qz {
 ///
 /// Buttons and actions name what they do in the dynamic properties "action" ("apply:") and "target" (a name that the
 /// owner gives an object; without one, the responder chain). Controls name the property that they show in "binding",
-/// and those that together enable them in "enabledBinding"; a group box names one for a check box in its title in "titleBinding".
+/// and those that together enable them in "enabledBinding"; a group box names one for a check box in its title in
+/// "titleBinding".
 class InterfaceFile {
 public:
     /// None, with a log line that says what and where, when the file cannot be read.

@@ -11,6 +11,7 @@ namespace qz {
 /// object must exist before the first call and outlive the last.
 class NSApplication final : public NSResponder {
 public:
+    /// Made with the first call; another one after the toolkit's application object has been exchanged for a new one.
     static NSApplication& sharedApplication();
 
     /// Asks the target; without one, whoever first has a handler along the chain: from the focused widget of the key

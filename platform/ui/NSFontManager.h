@@ -9,28 +9,34 @@ namespace qz {
 
 /// What a font panel offers, as a mask.
 enum NSFontPanelModeMask : uint32_t {
-    NSFontPanelFaceModeMask = 1,
-    NSFontPanelSizeModeMask = 2,
-    NSFontPanelCollectionModeMask = 4
+    NSFontPanelFaceModeMask = 1,       ///< the faces of a family
+    NSFontPanelSizeModeMask = 2,       ///< the size in points
+    NSFontPanelCollectionModeMask = 4  ///< the families, and the search for one
 };
 
 /// Decides what the font panel offers.
 class NSFontPanelValidation {
 public:
     virtual ~NSFontPanelValidation() = default;
+    /// A mask of `NSFontPanelModeMask`. Asked by `NSFontManager::modifyFontViaPanel`.
     virtual uint32_t validModesForFontPanel(NSWindow& fontPanel) = 0;
 };
 
 /// The font that is being chosen, and the panel that offers the installed ones.
 class NSFontManager final : public NSObject {
 public:
+    /// Lives until the process ends.
     static NSFontManager& sharedFontManager();
 
     /// Gets "changeFont:" when the user has chosen, and decides on the panel's controls when it is a
-    /// `NSFontPanelValidation`. Not owned. Without one the action goes up the responder chain.
+    /// `NSFontPanelValidation`. Not owned. Without one that takes the action it goes up the responder chain; without
+    /// one that decides the panel offers everything.
+    ///@{
     void setDelegate(const Ref<NSResponder>& delegate) { delegate_ = delegate; }
     Ref<NSResponder> delegate() const { return delegate_.lock(); }
+    ///@}
 
+    /// The font that was set or chosen last; none before, and when the library has lost the chosen one.
     const Ref<NSFont>& selectedFont() const { return selectedFont_; }
     /// The panel follows. With `isMultiple` it shows that several fonts are selected.
     void setSelectedFont(const Ref<NSFont>& font, bool isMultiple);

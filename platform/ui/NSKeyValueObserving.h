@@ -12,11 +12,12 @@ namespace qz {
 /// Properties by name, whose changes observers are told of before and after: what controls bind to.
 class NSKeyValueObserving {
 public:
+    /// How a property is read and set.
     struct Property {
-        std::function<Ref<NSObject>()> get;
-        /// None for a property that only its owner sets.
-        std::function<void(const Ref<NSObject>& value)> set;
+        std::function<Ref<NSObject>()> get;                   ///< never none
+        std::function<void(const Ref<NSObject>& value)> set;  ///< none for a property that only its owner sets
     };
+    /// Gets the name of the property that changes.
     using ChangeHandler = std::function<void(const std::string& key)>;
 
     virtual ~NSKeyValueObserving() = default;
@@ -28,14 +29,21 @@ public:
     /// Reports the failure in the log.
     virtual Ref<NSObject> valueForUndefinedKey(const std::string& key) const;
 
+    /// To be called around a change that `setValue` does not make: tells the observers at once, in the order in which
+    /// they were added.
+    ///@{
     void willChangeValueForKey(const std::string& key);
     void didChangeValueForKey(const std::string& key);
+    ///@}
 
     /// `observer` identifies the observation; whoever observes removes it before it dies. Either handler may be none.
     void addObserver(const void* observer, ChangeHandler willChange, ChangeHandler didChange);
+    /// Removes every observation of it. A handler that is removed by another one may still get the change that is being
+    /// told of.
     void removeObserver(const void* observer);
 
 protected:
+    /// In the place of a property of that name. Tells nobody.
     void defineProperty(const std::string& key, Property property);
     /// Assigns between the two announcements.
     template <class T, class U>

@@ -22,6 +22,7 @@ public:
 
     /// Empties the pasteboard and announces the type.
     void declareType(const Ref<NSString>& type);
+    /// Whether the type is declared, or came with a drag; its data may be missing all the same.
     bool offersType(const Ref<NSString>& type) const;
     /// False for a type that has not been declared, and for what is no property list.
     bool setPropertyList(const Ref<NSObject>& propertyList, const Ref<NSString>& forType);

@@ -10,9 +10,13 @@ namespace qz {
 /// A button that shows the item chosen last from a menu.
 class NSPopUpButton final : public NSView {
 public:
+    /// Without a menu; the widget keeps the choices that it has.
     static Ref<NSPopUpButton> popUpButtonWithWidget(QComboBox* widget);
 
+    /// None before one is set.
     const Ref<NSMenu>& menu() const { return menu_; }
+    /// Offers the titles of its items as they are now, the first one chosen; must not be none. Choosing an item sends
+    /// no action: controls are bound to its tag.
     void setMenu(const Ref<NSMenu>& menu);
     /// False when the menu has no item of that tag; the choice then stays.
     bool selectItemWithTag(int32_t tag);

@@ -14,17 +14,21 @@ namespace qz {
 /// on the thread of the user interface, as everything in this folder.
 class NSResponder : public NSObject {
 public:
+    /// Performs an action; `sender` is who asks for it, and may be none.
     using ActionHandler = std::function<void(const Ref<NSObject>& sender)>;
 
     /// A handler that is registered again replaces the former one.
     void setHandler(const std::string& action, ActionHandler handler);
+    /// Whether this responder has a handler; those that follow it do not count.
     virtual bool respondsTo(const std::string& action) const;
     /// False when there is no handler.
     virtual bool tryToPerform(const std::string& action, const Ref<NSObject>& sender);
 
-    /// Whom an action is offered to next, besides what the window system gives. Not owned.
+    /// Whom an action is offered to next, besides what the window system gives. Not owned; none at the start.
+    ///@{
     Ref<NSResponder> nextResponder() const { return nextResponder_.lock(); }
     void setNextResponder(const Ref<NSResponder>& responder) { nextResponder_ = responder; }
+    ///@}
 
     std::string className() const override { return "NSResponder"; }
 

@@ -20,6 +20,7 @@ public:
     static Ref<NSTextViewWidget> initWithTextView(const Ref<NSTextView>& textView, QWidget* parent);
     ~NSTextViewWidget() override;
 
+    /// Never none.
     const Ref<NSTextView>& textView() const { return textView_; }
     /// A picture beneath the text, stretched over the container; none shows a checkerboard.
     void setBackdrop(const Ref<NSBitmapImageRep>& picture);
@@ -31,10 +32,12 @@ public:
     /// Where a point of the container lies in the widget.
     NSPoint pointInWidget(NSPoint containerPoint) const;
 
+    /// What performs an action on a text view.
     using Action = std::function<void(NSTextView& textView, const Ref<NSObject>& sender)>;
     /// Lets every text view take an action. One static object of this type stands in the source file that knows how.
     class ActionRegistration {
     public:
+        /// In the place of an action of that name, also of one that this class performs.
         ActionRegistration(const std::string& action, Action perform);
     };
     bool respondsTo(const std::string& action) const override;

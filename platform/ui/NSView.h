@@ -16,6 +16,7 @@ public:
     static Ref<NSView> viewWithWidget(QWidget* widget);
     ~NSView() override;
 
+    /// Null once it has gone.
     QWidget* widget() const;
     /// The responder of exactly this widget; none when it has none.
     static NSResponder* responderOfWidget(const QWidget* widget);
@@ -26,6 +27,7 @@ public:
     std::string className() const override { return "NSView"; }
 
 protected:
+    /// As `viewWithWidget`; null makes a view that does nothing.
     explicit NSView(QWidget* widget);
 
 private:
