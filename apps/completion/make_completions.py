@@ -159,7 +159,7 @@ def zsh(name, root):
         return {"choice": f"({' '.join(argument.choices)})", "folder": "_files -/", "nothing": " ",
                 "file": f'_files -g "*.({globs})"' if globs else "_files"}[argument.kind]
 
-    def option_spec(option):
+    def form(option):
         excluded = "*" if option.is_repeatable else f"({' '.join(option.flags)})"
         suffixes = {flag: ("=" if flag.startswith("--") else "+") if option.value else "" for flag in option.flags}
         value = f":{plain(option.value)}:{action(option)}" if option.value else ""
@@ -167,18 +167,18 @@ def zsh(name, root):
 
     lines = [f"#compdef {name}", f"# zsh completion for {name}, made of its --help."]
     for command in root.all():
-        specs = [option_spec(option) for option in command.options]
+        forms = [form(option) for option in command.options]
         function = "_".join(["_@IDENT@", *command.words])
         lines += ["", f"{function}() {{"]
         if command.commands:
-            specs += ["'1: :->command'", "'*:: :->arguments'"]
+            forms += ["'1: :->command'", "'*:: :->arguments'"]
             lines += ['  local curcontext="$curcontext" context state state_descr line', "  typeset -A opt_args",
                       "  local -a commands=(", *(f"    '{below.words[-1]}:{plain(below.text)}'" for below in command.commands), "  )"]
         else:
             last = len(command.operands) - 1
-            specs += [f"'{'*' if i == last else i + 1}:{plain(operand.value)}:{action(operand)}'"
+            forms += [f"'{'*' if i == last else i + 1}:{plain(operand.value)}:{action(operand)}'"
                       for i, operand in enumerate(command.operands)]
-        lines += [f"  _arguments {'-C ' if command.commands else ''}-S \\", " \\\n".join("    " + spec for spec in specs)]
+        lines += [f"  _arguments {'-C ' if command.commands else ''}-S \\", " \\\n".join("    " + each for each in forms)]
         if command.commands:
             lines += ["  case $state in", "    command) _describe command commands ;;", "    arguments)", "      case $line[1] in",
                       *(f"        {below.words[-1]}) {'_'.join(['_@IDENT@', *below.words])} ;;" for below in command.commands),
