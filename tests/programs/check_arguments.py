@@ -32,7 +32,8 @@ class Command:
         self.choices = {head.split(",")[-1].strip(): set(value[1].split("|"))
                         for head, rest in heads if (value := re.match(r" <?((?:\w+\|)+\w+)", rest))}
         below = re.search(r"^Subcommands:\n((?:  .*\n)+)", text, re.MULTILINE)
-        self.commands = [Command(program, (*words, name)) for name in re.findall(r"^  (\w+)", below.group(1), re.MULTILINE)] if below else []
+        names = re.findall(r"^  (\w+)", below.group(1), re.MULTILINE) if below else []
+        self.commands = [Command(program, (*words, name)) for name in names]
 
     def flags(self):
         return {flag for option in self.options for flag in option.split()}
@@ -61,7 +62,8 @@ def check_man_page(page, root):
         for flag, choices in command.choices.items():
             listed = re.search(rf"Fl {flag[1:]} Cm ([\w |]+)", synopsis)
             expect(f"{where}: {flag}", "value", set(listed.group(1).split(" | ")) if listed else set(), choices)
-    described = {" ".join("-" + flag for flag in flags.split(" , ")) for flags in re.findall(r"^\.It Fl (\S+(?: , \S+)?)", text, re.MULTILINE)}
+    items = re.findall(r"^\.It Fl (\S+(?: , \S+)?)", text, re.MULTILINE)
+    described = {" ".join("-" + flag for flag in item.split(" , ")) for item in items}
     expect(f"{page.name}: list of options", "option", described, {option for command in root.all() for option in command.options})
     if shutil.which("groff"):
         warnings = subprocess.run(["groff", "-mandoc", "-ww", "-z", "-Tutf8", page], stderr=subprocess.PIPE, text=True).stderr
