@@ -50,7 +50,7 @@ void routeLibraryLog(Diagnostics::Verbosity verbosity) {
 /// Performs a command; the exit code.
 using Action = std::function<int(Diagnostics&)>;
 
-/// The commands of the tool, and what all of them may be told. Holds their arguments, so it outlives the actions.
+/// The commands of the tool with what each of them does. The actions use the arguments kept here.
 class CommandLine {
 public:
     CommandLine(int argc, char** argv);
