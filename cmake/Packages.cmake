@@ -6,6 +6,7 @@ set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_OUTPUT_FILE_PREFIX ${PROJECT_BINARY_DIR}/packages)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/CompressManPages.cmake)
 set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
 set(CPACK_COMPONENTS_ALL)
 
@@ -56,7 +57,7 @@ qz_package(dev NAME libqzanno-dev SECTION libdevel
   SUMMARY "annotated titles and captions for video, development files"
   TEXT "${about}This package holds the headers of the C++ and the C library, the static\nlibrary, and what CMake and pkg-config read. The recommended packages are for\nprograms that link the static library.")
 qz_package(tools NAME qzanno SECTION video DEPENDS "libqzanno${soversion} ${same_version}"
-  SUMMARY "renders annotated titles and captions for video" TEXT "${about}This package holds the command line qzanno.")
+  SUMMARY "renders annotated titles and captions for video" TEXT "${about}This package holds the command line qzanno, its man page, and completion\nfor bash, zsh and fish.")
 if(TARGET QzAnnoUI)
   list(APPEND libraries_folders $<TARGET_FILE_DIR:QzAnnoUI>)
   qz_package(ui NAME libqzanno-ui${soversion} SECTION libs LIBRARY DEPENDS "libqzanno${soversion} ${same_version}"

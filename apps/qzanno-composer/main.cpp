@@ -2,6 +2,7 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
+#include <QIcon>
 #include <QStyle>
 #include <QStyleFactory>
 #include <QTemporaryDir>
@@ -73,15 +74,16 @@ bool parse(const QStringList& arguments, Options& options, std::string& error, Q
     parser.setApplicationDescription("Composes titles: type over a frame, style with annotations.");
     parser.addPositionalArgument(
         "TITLES", "Captions (.vtt, .srt), one title as text (.txt), or archived titles (.annostring)", "[TITLES]");
-    parser.addOptions({{{"p", "palette"}, "The palette, a property list or an archive.", "FILE"},
-                       {{"f", "frame"}, "A PNG picture to lie beneath the text; a checkerboard without.", "FILE"},
+    parser.addOptions({{{"p", "palette"}, "The palette (.plist, .annopalette); an empty one without.", "PALETTE"},
+                       {{"f", "frame"}, "A .png picture to lie beneath the text; a checkerboard without.", "FRAME"},
                        {{"s", "screen"}, "The screen in points; 1920x1080 without.", "WxH"},
                        {{"t", "title"}, "The title to begin with, from 1.", "NUMBER"},
                        {"edit", "Opens the editor on the annotation of that name.", "NAME"},
                        {"page", "Turns the editor to that page, as in \"Place and box\".", "PAGE"},
                        {"safe-areas", "Shows the safe areas over the title."},
-                       {"appearance", "light, dark, or desktop (as the desktop has it).", "LOOK", "desktop"},
-                       {"screenshot", "Writes a picture of the windows and ends.", "FILE"},
+                       {"appearance", "The colours of the windows; desktop takes those of the desktop.",
+                        "light|dark|desktop", "desktop"},
+                       {"screenshot", "Writes a .png picture of the windows and ends.", "FILE"},
                        {{"v", "verbose"}, "Shows the library's log."},
                        {{"h", "help"}, "Shows this text."},
                        {"version", "Shows the version."}});
@@ -197,6 +199,9 @@ int main(int argc, char** argv) {
                            qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
     if (!hasScreen) qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
+    // The icon and the name that the desktop has for it, of the installed .desktop file.
+    QGuiApplication::setDesktopFileName("qzanno-composer");
+    QApplication::setWindowIcon(QIcon::fromTheme("qzanno-composer"));
     Options options;
     std::string error;
     QString help;

@@ -67,6 +67,20 @@ uint32_t threadsOfMachine() {
     return std::clamp(std::thread::hardware_concurrency(), 1u, kJobsMax);
 }
 
+/// What is wrong with the arguments as they stand together; completes them with what the environment says. Empty when
+/// nothing is.
+std::string completeRender(RenderArguments& arguments) {
+    if (arguments.options.inputs.empty() && !arguments.options.text)
+        return "give a file or --text; see 'qzanno render --help'";
+    std::string reason;
+    if (!arguments.shard && arguments.listedShares == 0 && !arguments.options.text) {
+        arguments.shard = shardOfEnvironment(&reason);
+        arguments.isShardOfEnvironment = arguments.shard && !arguments.shard->isWhole();
+    }
+    arguments.options.shard = arguments.shard.value_or(Shard());
+    return reason;
+}
+
 }  // namespace
 
 void addFontFolders(CLI::App& command, std::vector<std::string>& folders) {
@@ -74,6 +88,13 @@ void addFontFolders(CLI::App& command, std::vector<std::string>& folders) {
         ->type_name("DIR")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void addPaletteOption(CLI::App& command, std::string& path) {
+    command
+        .add_option("-p,--palette", path,
+                    "Palette with the styles (.plist, .annopalette); without it a built-in one serves")
+        ->type_name("PALETTE");
 }
 
 void addScreenOption(CLI::App& command, const std::string& description, PixelSize& screen) {
@@ -89,8 +110,7 @@ void addDirectionOption(CLI::App& command, NSWritingDirection& direction) {
 }
 
 void addDrawingOptions(CLI::App& command, DrawingOptions& options) {
-    command.add_option("-p,--palette", options.palette,
-                       "Property list or archive with the styles; without it a built-in palette serves");
+    addPaletteOption(command, options.palette);
     command
         .add_option("-a,--annotate", options.annotations,
                     "Lay this annotation over the whole of every title (repeatable)")
@@ -106,9 +126,11 @@ void addDrawingOptions(CLI::App& command, DrawingOptions& options) {
         .add_option("--lang", options.language,
                     "The language of the titles, such as ja or zh-Hant; it decides which forms shared letters take")
         ->type_name("TAG");
-    command.add_flag("!--no-antialias", options.antialias, "Draw hard edges");
+    command.add_flag_callback(
+        "--no-antialias", [&options] { options.antialias = false; }, "Draw hard edges");
     command.add_option("--quality", options.quality, "How carefully outlines are drawn, 0 to 1 [1]")
-        ->check(CLI::Range(0.0, 1.0));
+        ->check(CLI::Range(0.0, 1.0).description(""))
+        ->type_name("Q");
     command.add_flag("--strict", options.strict,
                      "Fail on a font that is missing or lacks characters, on cut text and on unknown classes");
     command.add_flag("--merge-layers", options.mergeLayers,
@@ -118,25 +140,28 @@ void addDrawingOptions(CLI::App& command, DrawingOptions& options) {
 void describeRender(CLI::App& command, RenderArguments& arguments) {
     RenderOptions& options = arguments.options;
     command.footer(kRenderExamples);
-    auto* input = command.add_option("INPUT", options.inputs,
-                                     "Captions (.srt, .vtt, .ass), a .txt file that is one title, an archive of titles "
-                                     "(.annostring), or a folder of such "
-                                     "files; several get a folder each");
+    auto* input =
+        command
+            .add_option("INPUT", options.inputs,
+                        "Captions (.srt, .vtt, .ass, .ssa), a .txt file that is one title, an archive of titles "
+                        "(.annostring), or a folder of such files; several get a folder each")
+            ->type_name("");
     command.add_option("--text", options.text, "Render this text instead of files")->excludes(input);
     addDrawingOptions(command, options.drawing);
     auto* box = command.add_flag("-b,--box", options.drawing.box, "Only the area round the text, not the whole screen");
-    command.add_option(
-        "-o,--output", options.output,
-        "A .png or .rgba file for one title, a directory for many, - for raw premultiplied RGBA on standard output");
-    command.add_option("--over", options.drawing.over, "Composite over this frame")
-        ->type_name("FRAME.png")
+    command
+        .add_option("-o,--output", options.output,
+                    "A .png or .rgba file for one title, a folder for many, - for raw premultiplied RGBA on standard "
+                    "output")
+        ->type_name("PATH");
+    command.add_option("--over", options.drawing.over, "Composite over this frame, a .png picture")
+        ->type_name("FRAME")
         ->excludes(box);
     auto* manifest =
-        command.add_option("--manifest", options.manifest, "Write what was rendered as JSON Lines")->type_name("FILE");
+        command.add_option("--manifest", options.manifest, "Write what was rendered as JSON Lines (.jsonl)")
+            ->type_name("FILE");
     options.jobs = threadsOfMachine();
-    command
-        .add_option("-j,--jobs", options.jobs,
-                    "How many threads render [" + std::to_string(options.jobs) + ", the processors]")
+    command.add_option("-j,--jobs", options.jobs, "How many threads render [one for each processor]")
         ->check(CLI::Range(1u, kJobsMax).description(""))
         ->type_name("N");
     command
@@ -151,8 +176,7 @@ void describeRender(CLI::App& command, RenderArguments& arguments) {
                                            text + " is no share; write K/N, such as 2/8, with K from 1 to N");
         },
         "Render a share of the titles only, the same one every time; its manifest has K-of-N in its name [that of a "
-        "Slurm "
-        "array task]");
+        "Slurm array task]");
     shard->type_name("K/N");
     command
         .add_option("--list-commands", arguments.listedShares,
@@ -160,14 +184,17 @@ void describeRender(CLI::App& command, RenderArguments& arguments) {
         ->check(CLI::Range(1u, 1000000u).description(""))
         ->type_name("N")
         ->excludes(shard);
+    command.callback([&arguments] {
+        const std::string fault = completeRender(arguments);
+        if (!fault.empty()) throw CLI::ValidationError("render", fault);
+    });
 }
 
 void describeExport(CLI::App& command, ExportOptions& options) {
     command.footer(kExportExamples);
-    command.add_option("CAPTIONS", options.input, "Captions (.srt, .vtt, .ass)")->required();
-    command.add_option("-p,--palette", options.palette,
-                       "Property list or archive with the styles; without it a built-in palette serves");
-    command.add_option("-o,--output", options.output, "The script to write")->type_name("FILE.ass")->required();
+    command.add_option("CAPTIONS", options.input, "Captions (.srt, .vtt, .ass, .ssa)")->type_name("")->required();
+    addPaletteOption(command, options.palette);
+    command.add_option("-o,--output", options.output, "The script to write (.ass)")->type_name("FILE")->required();
     addScreenOption(command, "The screen that the palette is meant for, in points [1920x1080]", options.screen);
     addDirectionOption(command, options.direction);
     command.add_flag("--strict", options.strict, "Fail on what the format cannot hold");
@@ -176,7 +203,9 @@ void describeExport(CLI::App& command, ExportOptions& options) {
 void describeStream(CLI::App& command, StreamOptions& options) {
     command.footer(kStreamExamples);
     command
-        .add_option("CAPTIONS", options.input, "Captions (.srt, .vtt, .ass), or titles without times for a --duration")
+        .add_option("CAPTIONS", options.input,
+                    "Captions (.srt, .vtt, .ass, .ssa), or titles without times (.txt, .annostring) for a --duration")
+        ->type_name("")
         ->required();
     command
         .add_option_function<std::string>(
@@ -201,18 +230,6 @@ void describeStream(CLI::App& command, StreamOptions& options) {
     command.add_flag("--changes", options.onlyChanges,
                      "Write only frames at which a caption comes or goes, each behind a line with its number, its "
                      "microsecond and its bytes");
-}
-
-std::string completeRender(RenderArguments& arguments) {
-    if (arguments.options.inputs.empty() && !arguments.options.text)
-        return "give a file or --text; see 'qzanno render --help'";
-    std::string reason;
-    if (!arguments.shard && arguments.listedShares == 0 && !arguments.options.text) {
-        arguments.shard = shardOfEnvironment(&reason);
-        arguments.isShardOfEnvironment = arguments.shard && !arguments.shard->isWhole();
-    }
-    arguments.options.shard = arguments.shard.value_or(Shard());
-    return reason;
 }
 
 }  // namespace qz::tool

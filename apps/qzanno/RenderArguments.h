@@ -10,6 +10,7 @@ namespace qz::tool {
 
 /// Options of the command line that several commands have.
 void addFontFolders(CLI::App& command, std::vector<std::string>& folders);
+void addPaletteOption(CLI::App& command, std::string& path);
 void addScreenOption(CLI::App& command, const std::string& description, PixelSize& screen);
 void addDirectionOption(CLI::App& command, NSWritingDirection& direction);
 /// Those that say how titles are laid out and drawn.
@@ -25,14 +26,11 @@ struct RenderArguments {
     uint32_t listedShares = 0;
 };
 
+/// The arguments are complete once the command line is parsed, the share of the environment's included.
 void describeRender(CLI::App& command, RenderArguments& arguments);
 
 void describeExport(CLI::App& command, ExportOptions& options);
 
 void describeStream(CLI::App& command, StreamOptions& options);
-
-/// What is wrong with the arguments as they stand together, after they were read; completes them with what the
-/// environment says. Empty when nothing is.
-std::string completeRender(RenderArguments& arguments);
 
 }  // namespace qz::tool

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <functional>
 #include <iostream>
 
 #include <CLI/CLI.hpp>
@@ -15,6 +17,8 @@ namespace {
 
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
+
+constexpr const char* kPalette = "Property list (.plist) or archive (.annopalette) with the palette";
 
 constexpr const char* kPaletteExamples =
     "Examples:\n"
@@ -36,11 +40,6 @@ constexpr const char* kManifestExamples =
     "Examples:\n"
     "  qzanno manifest merge titles.*-of-8.jsonl -o titles.jsonl";
 
-void addVerbosity(CLI::App& command, bool& verbose, bool& quiet) {
-    auto* flag = command.add_flag("-v,--verbose", verbose, "Say more, the library's log included");
-    command.add_flag("-q,--quiet", quiet, "Only say what failed")->excludes(flag);
-}
-
 /// The library's own lines are for developers: shown when asked for.
 void routeLibraryLog(Diagnostics::Verbosity verbosity) {
     if (verbosity == Diagnostics::Verbosity::verbose) return;
@@ -48,187 +47,219 @@ void routeLibraryLog(Diagnostics::Verbosity verbosity) {
     setStandardErrorHook([](std::string_view) {});
 }
 
-/// What the commands were asked for that neither render nor stream.
-struct FileOptions {
-    std::string input;
-    std::vector<std::string> inputs;
-    std::vector<std::string> fontDirectories;
-    std::string palette;
-    std::string output;
-    PaletteCheckOptions check;
-    NewPaletteOptions starter;
-    ExportOptions exported;
+/// Performs a command; the exit code.
+using Action = std::function<int(Diagnostics&)>;
+
+/// The commands of the tool with what each of them does. The actions use the arguments kept here.
+class CommandLine {
+public:
+    CommandLine(int argc, char** argv);
+
+    /// The exit code.
+    int run();
+
+private:
+    /// A command that does something, as opposed to a group of such.
+    struct Command {
+        CLI::App* app;
+        Action action;
+    };
+
+    CLI::App& addGroup(const char* name, const char* description, const char* examples);
+    CLI::App& add(CLI::App& group, const char* name, const char* description, Action action);
+    /// One that needs fonts without drawing.
+    CLI::App& addWithFonts(CLI::App& group, const char* name, const char* description, Action action);
+    void addPaletteCommands();
+    void addArchiveCommands();
+    void addManifestCommands();
+    void addVerbosity();
+    int renderOrList(Diagnostics& diagnostics);
+    int fail(const CLI::ParseError& error);
+
+    const int argc_;
+    char** const argv_;
+    CLI::App app_;
+    std::vector<Command> commands_;
+    bool verbose_ = false;
+    bool quiet_ = false;
+    RenderArguments rendering_;
+    StreamOptions streaming_;
+    ExportOptions exported_;
+    NewPaletteOptions starter_;
+    PaletteCheckOptions check_;
+    // Of the other commands.
+    std::string input_;
+    std::vector<std::string> inputs_;
+    std::string palette_;
+    std::string output_;
+    std::vector<std::string> fontFolders_;
 };
 
-struct Commands {
-    CLI::App* render;
-    CLI::App* stream;
-    CLI::App* exportCaptions;
-    CLI::App* newPalette;
-    CLI::App* showPalette;
-    CLI::App* checkPalette;
-    CLI::App* convertPalette;
-    CLI::App* packArchive;
-    CLI::App* showArchive;
-    CLI::App* dumpArchive;
-    CLI::App* mergeManifests;
-};
+/// An argument that is no option: its name alone in the help, without a type.
+template <class Value>
+CLI::Option* addOperand(CLI::App& command, const char* name, Value& value, const char* description) {
+    return command.add_option(name, value, description)->type_name("");
+}
 
-void describePaletteCommands(CLI::App& app, FileOptions& files, Commands& commands) {
-    CLI::App& palette = *app.add_subcommand("palette", "Begin, check and convert palettes");
-    palette.require_subcommand(1);
-    commands.newPalette =
-        palette.add_subcommand("new", "Write a palette to begin with; without a name, list those that there are");
-    commands.newPalette->add_option("NAME", files.starter.name, "Which one");
-    commands.newPalette
-        ->add_option("-o,--output", files.starter.output, "The file to write, - for standard output [NAME.plist]")
-        ->type_name("FILE");
-    commands.newPalette->add_flag("--overwrite", files.starter.overwrite, "Write over a file that is there");
-    commands.showPalette = palette.add_subcommand("show", "Print a palette as a table, the highest priority first");
-    commands.checkPalette = palette.add_subcommand(
-        "check", "Report each fault of a palette and what is hard to read; exit with 1 for faults");
-    commands.convertPalette = palette.add_subcommand(
-        "convert", "Write a palette, or the styles of an .ass script, as a property list or an archive");
-    for (CLI::App* command : {commands.showPalette, commands.checkPalette, commands.convertPalette}) {
-        std::string& path = command == commands.checkPalette ? files.check.path : files.input;
-        command
-            ->add_option("FILE", path,
-                         command == commands.convertPalette
-                             ? "Property list or archive with the palette, or an .ass script with styles"
-                             : "Property list or archive with the palette")
-            ->required();
-    }
-    addScreenOption(*commands.checkPalette, "The screen that the palette is meant for, in points [1920x1080]",
-                    files.check.screen);
-    commands.checkPalette->add_flag("--strict", files.check.strict, "What is hard to read is a fault");
-    commands.convertPalette
-        ->add_option("OUTPUT", files.output, "A .plist file for a property list, an .annopalette file for an archive")
+CLI::Option* addOutput(CLI::App& command, std::string& output, const char* description) {
+    return command.add_option("-o,--output", output, description)->type_name("FILE");
+}
+
+CommandLine::CommandLine(int argc, char** argv)
+    : argc_(argc), argv_(argv), app_("Annotated titles and captions, from palette and text to pixels.", "qzanno") {
+    app_.require_subcommand(1);
+    app_.set_version_flag("--version", QZANNO_VERSION);
+    app_.footer("'qzanno COMMAND --help' shows the options of a command, with examples.");
+    describeRender(add(app_, "render", "Render titles to pictures",
+                       [this](Diagnostics& diagnostics) { return renderOrList(diagnostics); }),
+                   rendering_);
+    describeStream(add(app_, "stream", "Write captions as frames, for a program that edits films",
+                       [this](Diagnostics& diagnostics) { return stream(streaming_, diagnostics); }),
+                   streaming_);
+    describeExport(
+        addWithFonts(app_, "export", "Write captions with the looks of a palette as a script for other programs",
+                     [this](Diagnostics& diagnostics) { return exportCaptions(exported_, diagnostics); }),
+        exported_);
+    addPaletteCommands();
+    addArchiveCommands();
+    addManifestCommands();
+    addVerbosity();
+}
+
+CLI::App& CommandLine::addGroup(const char* name, const char* description, const char* examples) {
+    CLI::App& group = *app_.add_subcommand(name, description);
+    group.require_subcommand(1);
+    // Its commands take the footer over as they are added.
+    group.footer(examples);
+    return group;
+}
+
+CLI::App& CommandLine::add(CLI::App& group, const char* name, const char* description, Action action) {
+    CLI::App* const command = group.add_subcommand(name, description);
+    commands_.push_back({command, std::move(action)});
+    return *command;
+}
+
+CLI::App& CommandLine::addWithFonts(CLI::App& group, const char* name, const char* description, Action action) {
+    const auto withFonts = [this, action = std::move(action)](Diagnostics& diagnostics) {
+        const auto fonts = fontsWithFolders(fontFolders_, false, diagnostics);
+        if (!fonts) return kFailed;
+        const FontLibrary::Use use(*fonts);
+        return action(diagnostics);
+    };
+    CLI::App& command = add(group, name, description, withFonts);
+    addFontFolders(command, fontFolders_);
+    return command;
+}
+
+void CommandLine::addPaletteCommands() {
+    CLI::App& group = addGroup("palette", "Begin, check and convert palettes", kPaletteExamples);
+    CLI::App& create = add(group, "new", "Write a palette to begin with; without a name, list those that there are",
+                           [this](Diagnostics& diagnostics) { return newStarterPalette(starter_, diagnostics); });
+    addOperand(create, "NAME", starter_.name, "Which one");
+    addOutput(create, starter_.output, "The palette to write (.plist), - for standard output [NAME.plist]");
+    create.add_flag("--overwrite", starter_.overwrite, "Write over a file that is there");
+
+    CLI::App& show = addWithFonts(group, "show", "Print a palette as a table, the highest priority first",
+                                  [this](Diagnostics& diagnostics) { return showPalette(input_, diagnostics); });
+    addOperand(show, "PALETTE", input_, kPalette)->required();
+
+    CLI::App& check =
+        addWithFonts(group, "check", "Report each fault of a palette and what is hard to read; exit with 1 for faults",
+                     [this](Diagnostics& diagnostics) { return checkPalette(check_, diagnostics); });
+    addOperand(check, "PALETTE", check_.path, kPalette)->required();
+    addScreenOption(check, "The screen that the palette is meant for, in points [1920x1080]", check_.screen);
+    check.add_flag("--strict", check_.strict, "What is hard to read is a fault");
+
+    CLI::App& convert = addWithFonts(
+        group, "convert", "Write a palette, or the styles of an .ass script, as a property list or an archive",
+        [this](Diagnostics& diagnostics) { return convertPalette(input_, output_, diagnostics); });
+    addOperand(
+        convert, "PALETTE", input_,
+        "Property list (.plist) or archive (.annopalette) with the palette, or a script with styles (.ass, .ssa)")
         ->required();
-    for (CLI::App* command :
-         {&palette, commands.newPalette, commands.showPalette, commands.checkPalette, commands.convertPalette}) {
-        command->footer(kPaletteExamples);
-    }
-}
-
-void describeArchiveCommands(CLI::App& app, FileOptions& files, Commands& commands) {
-    CLI::App& archive = *app.add_subcommand("archive", "Keep titles in archives, and look into archives");
-    archive.require_subcommand(1);
-    commands.packArchive = archive.add_subcommand(
-        "pack", "Write titles with their annotations as an archive; times and places of captions are not kept");
-    commands.packArchive
-        ->add_option("INPUT", files.input, "Captions (.srt, .vtt, .ass), or a .txt file that is one title")
+    addOperand(convert, "OUTPUT", output_, "A .plist file for a property list, an .annopalette file for an archive")
         ->required();
-    commands.packArchive->add_option("-p,--palette", files.palette,
-                                     "Palette with the annotations; without it the built-in one serves");
-    commands.packArchive->add_option("-o,--output", files.output, "The archive to write")
-        ->type_name("FILE.annostring")
+}
+
+void CommandLine::addArchiveCommands() {
+    CLI::App& group = addGroup("archive", "Keep titles in archives, and look into archives", kArchiveExamples);
+    CLI::App& pack = add(
+        group, "pack", "Write titles with their annotations as an archive; times and places of captions are not kept",
+        [this](Diagnostics& diagnostics) { return packArchive(input_, palette_, output_, diagnostics); });
+    addOperand(pack, "INPUT", input_, "Captions (.srt, .vtt, .ass, .ssa), or a .txt file that is one title")
         ->required();
-    commands.showArchive = archive.add_subcommand("show", "Print the titles of an archive: text, annotations and runs");
-    commands.showArchive->add_option("FILE", files.input, "Archive of titles")->required();
-    commands.showArchive->add_option("-p,--palette", files.palette, "Palette to say what each run looks like");
-    commands.dumpArchive = archive.add_subcommand(
-        "dump", "List any typed-stream archive, of other programs too: classes, versions, references");
-    commands.dumpArchive->add_option("FILE", files.input, "Archive")->required();
-    for (CLI::App* command : {&archive, commands.packArchive, commands.showArchive, commands.dumpArchive}) {
-        command->footer(kArchiveExamples);
+    addPaletteOption(pack, palette_);
+    addOutput(pack, output_, "The archive to write (.annostring)")->required();
+
+    CLI::App& show =
+        addWithFonts(group, "show", "Print the titles of an archive: text, annotations and runs",
+                     [this](Diagnostics& diagnostics) { return showArchive(input_, palette_, diagnostics); });
+    addOperand(show, "ARCHIVE", input_, "Archive of titles (.annostring)")->required();
+    show.add_option("-p,--palette", palette_, "Palette to say what each run looks like (.plist, .annopalette)")
+        ->type_name("PALETTE");
+
+    CLI::App& dump =
+        add(group, "dump", "List any typed-stream archive, of other programs too: classes, versions, references",
+            [this](Diagnostics& diagnostics) { return dumpArchive(input_, diagnostics); });
+    addOperand(dump, "FILE", input_, "Archive")->required();
+}
+
+void CommandLine::addManifestCommands() {
+    CLI::App& group = addGroup("manifest", "Join the manifests of a run's shares", kManifestExamples);
+    CLI::App& merge =
+        add(group, "merge", "Join manifests and name the titles that are missing; exit with 1 when any is",
+            [this](Diagnostics& diagnostics) { return mergeManifests(inputs_, output_, diagnostics); });
+    addOperand(merge, "MANIFEST", inputs_, "Manifests of the shares (.jsonl)")->required();
+    addOutput(merge, output_, "The manifest to write (.jsonl)")->required();
+}
+
+void CommandLine::addVerbosity() {
+    for (const Command& command : commands_) {
+        auto* const flag = command.app->add_flag("-v,--verbose", verbose_, "Say more, the library's log included");
+        command.app->add_flag("-q,--quiet", quiet_, "Only say what failed")->excludes(flag);
     }
 }
 
-void describeManifestCommands(CLI::App& app, FileOptions& files, Commands& commands) {
-    CLI::App& manifest = *app.add_subcommand("manifest", "Join the manifests of a run's shares");
-    manifest.require_subcommand(1);
-    commands.mergeManifests = manifest.add_subcommand(
-        "merge", "Join manifests and name the titles that are missing; exit with 1 when any is");
-    commands.mergeManifests->add_option("FILE", files.inputs, "Manifests of the shares")->required();
-    commands.mergeManifests->add_option("-o,--output", files.output, "The manifest to write")
-        ->type_name("FILE")
-        ->required();
-    for (CLI::App* command : {&manifest, commands.mergeManifests}) command->footer(kManifestExamples);
-}
-
-int listCommands(int argc, char** argv, uint32_t count) {
-    for (const std::string& command : commandsOfShards({argv, argv + argc}, count)) std::cout << command << "\n";
-    return std::cout.flush() ? 0 : kFailed;
-}
-
-int perform(const Commands& commands, const FileOptions& files, Diagnostics& diagnostics) {
-    if (commands.exportCaptions->parsed()) return exportCaptions(files.exported, diagnostics);
-    if (commands.showPalette->parsed()) return showPalette(files.input, diagnostics);
-    if (commands.checkPalette->parsed()) return checkPalette(files.check, diagnostics);
-    if (commands.newPalette->parsed()) return newStarterPalette(files.starter, diagnostics);
-    if (commands.convertPalette->parsed()) return convertPalette(files.input, files.output, diagnostics);
-    if (commands.packArchive->parsed()) return packArchive(files.input, files.palette, files.output, diagnostics);
-    if (commands.showArchive->parsed()) return showArchive(files.input, files.palette, diagnostics);
-    if (commands.mergeManifests->parsed()) return mergeManifests(files.inputs, files.output, diagnostics);
-    return dumpArchive(files.input, diagnostics);
-}
-
-int run(int argc, char** argv) {
-    CLI::App app("Annotated titles and captions, from palette and text to pixels.", "qzanno");
-    app.require_subcommand(1);
-    app.set_version_flag("--version", QZANNO_VERSION);
-    app.footer("'qzanno COMMAND --help' shows the options of a command, with examples.");
-
-    bool verbose = false;
-    bool quiet = false;
-    RenderArguments rendering;
-    StreamOptions streaming;
-    FileOptions files;
-    Commands commands;
-    commands.render = app.add_subcommand("render", "Render titles to pictures");
-    describeRender(*commands.render, rendering);
-    commands.stream = app.add_subcommand("stream", "Write captions as frames, for a program that edits films");
-    describeStream(*commands.stream, streaming);
-    commands.exportCaptions =
-        app.add_subcommand("export", "Write captions with the looks of a palette as a script for other programs");
-    describeExport(*commands.exportCaptions, files.exported);
-    describePaletteCommands(app, files, commands);
-    describeArchiveCommands(app, files, commands);
-    describeManifestCommands(app, files, commands);
-    for (CLI::App* command :
-         {commands.render, commands.stream, commands.exportCaptions, commands.newPalette, commands.showPalette,
-          commands.checkPalette, commands.convertPalette, commands.packArchive, commands.showArchive,
-          commands.dumpArchive, commands.mergeManifests}) {
-        addVerbosity(*command, verbose, quiet);
+int CommandLine::renderOrList(Diagnostics& diagnostics) {
+    if (rendering_.listedShares > 0) {
+        for (const std::string& command : commandsOfShards({argv_, argv_ + argc_}, rendering_.listedShares))
+            std::cout << command << "\n";
+        return std::cout.flush() ? 0 : kFailed;
     }
-    for (CLI::App* command : {commands.exportCaptions, commands.showPalette, commands.checkPalette,
-                              commands.convertPalette, commands.showArchive}) {
-        addFontFolders(*command, files.fontDirectories);
-    }
-
-    try {
-        app.parse(argc, argv);
-        const std::string fault = commands.render->parsed() ? completeRender(rendering) : "";
-        if (!fault.empty()) throw CLI::ValidationError("render", fault);
-    } catch (const CLI::Success& done) {
-        return app.exit(done);
-    } catch (const CLI::ParseError& error) {
-        const std::vector<std::string> unknown = app.remaining();
-        std::cerr << "qzanno: ";
-        if (app.get_subcommands().empty() && !unknown.empty())
-            std::cerr << "there is no command " << unknown.front() << "; see 'qzanno --help'";
-        else
-            std::cerr << error.what();
-        std::cerr << std::endl;
-        return kWrongUsage;
-    }
-
-    using Verbosity = Diagnostics::Verbosity;
-    const Verbosity verbosity = verbose ? Verbosity::verbose : quiet ? Verbosity::quiet : Verbosity::normal;
-    Diagnostics diagnostics(verbosity);
-    routeLibraryLog(verbosity);
-    if (rendering.listedShares > 0) return listCommands(argc, argv, rendering.listedShares);
-    if (rendering.isShardOfEnvironment) {
-        const Shard& shard = rendering.options.shard;
+    if (rendering_.isShardOfEnvironment) {
+        const Shard& shard = rendering_.options.shard;
         diagnostics.warning("", "renders share " + std::to_string(shard.number) + " of " + std::to_string(shard.count) +
                                     ", as the task of a Slurm array; --shard 1/1 renders all");
     }
-    if (commands.render->parsed()) return render(rendering.options, diagnostics);
-    if (commands.stream->parsed()) return stream(streaming, diagnostics);
-    const auto fonts = fontsWithFolders(files.fontDirectories, false, diagnostics);
-    if (!fonts) return kFailed;
-    const FontLibrary::Use use(*fonts);
-    return perform(commands, files, diagnostics);
+    return render(rendering_.options, diagnostics);
+}
+
+int CommandLine::run() {
+    try {
+        app_.parse(argc_, argv_);
+    } catch (const CLI::Success& done) {
+        return app_.exit(done);
+    } catch (const CLI::ParseError& error) {
+        return fail(error);
+    }
+    using Verbosity = Diagnostics::Verbosity;
+    const Verbosity verbosity = verbose_ ? Verbosity::verbose : quiet_ ? Verbosity::quiet : Verbosity::normal;
+    Diagnostics diagnostics(verbosity);
+    routeLibraryLog(verbosity);
+    const auto command = std::ranges::find_if(commands_, [](const Command& each) { return each.app->parsed(); });
+    return command->action(diagnostics);
+}
+
+int CommandLine::fail(const CLI::ParseError& error) {
+    const std::vector<std::string> unknown = app_.remaining();
+    std::cerr << "qzanno: ";
+    if (app_.get_subcommands().empty() && !unknown.empty())
+        std::cerr << "there is no command " << unknown.front() << "; see 'qzanno --help'";
+    else
+        std::cerr << error.what();
+    std::cerr << std::endl;
+    return kWrongUsage;
 }
 
 }  // namespace
@@ -236,7 +267,7 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     try {
-        return qz::tool::run(argc, argv);
+        return qz::tool::CommandLine(argc, argv).run();
     } catch (const std::bad_alloc&) {
         std::cerr << "qzanno: not enough memory; render smaller pictures or fewer at a time" << std::endl;
         return 1;
