@@ -3,12 +3,15 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QIcon>
+#include <QMessageBox>
 #include <QStyle>
 #include <QStyleFactory>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <cstdio>
 #include <string_view>
+
+#include <unistd.h>
 
 #include "QzAnno_AnnotatedTextFramework/ui/QzAnnotationManager.h"
 #include "apps/qzanno-composer/ComposerWindow.h"
@@ -47,6 +50,15 @@ std::string pagesOf(const QzAnnoEditor& editor) {
 
 int fail(int code, const std::string& message) {
     std::fprintf(stderr, "qzanno-composer: %s\n", message.c_str());
+    return code;
+}
+
+/// Fails, and says so in a window where nobody reads standard error: the desktop has started the program.
+int failInSight(const Options& options, const std::string& message) {
+    const int code = fail(kFailed, message);
+    const bool isRead = isatty(STDERR_FILENO) || !options.screenshot.isEmpty();
+    if (!isRead && QGuiApplication::platformName() != "offscreen")
+        QMessageBox::critical(nullptr, "QzAnno Composer", QString::fromStdString(message));
     return code;
 }
 
@@ -128,17 +140,17 @@ int run(const Options& options) {
     std::string error;
     Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
     if (!options.palette.isEmpty()) palette = readPaletteFile(options.palette.toStdString(), error);
-    if (!palette) return fail(kFailed, error);
+    if (!palette) return failInSight(options, error);
     const Ref<TitleDocument> document = TitleDocument::documentWithPalette(palette, options.screen);
     if (!options.titles.isEmpty()) {
         auto file = readTitleFile(options.titles.toStdString(), palette, error);
-        if (!file) return fail(kFailed, error);
+        if (!file) return failInSight(options, error);
         for (const std::string& warning : file->warnings) fail(0, warning);
         document->setTitles(std::move(*file));
     }
     if (static_cast<size_t>(options.title) > document->titles().size()) {
-        return fail(kFailed, "there is no title " + std::to_string(options.title) + "; there are " +
-                                 std::to_string(document->titles().size()));
+        return failInSight(options, "there is no title " + std::to_string(options.title) + "; there are " +
+                                        std::to_string(document->titles().size()));
     }
     document->show(static_cast<size_t>(options.title) - 1);
     Ref<NSBitmapImageRep> frame;
@@ -146,7 +158,7 @@ int run(const Options& options) {
         const std::string path = options.frame.toStdString();
         const Ref<NSData> data = readFile(path, &error);
         if (data) frame = bitmapFromPNG(*data, &error);
-        if (!frame) return fail(kFailed, path + ": " + error);
+        if (!frame) return failInSight(options, path + ": " + error);
     }
 
     // A picture of the windows must neither depend on the user's settings nor change them.
@@ -166,11 +178,12 @@ int run(const Options& options) {
     if (!defaults.hasValueForKey("AnnoationPaletteVisible")) manager->showWindow({});
     if (!options.edit.isEmpty()) {
         const Ref<QzAnnoKey> key = palette->findAnnoKey(NSString::stringWithUTF8String(options.edit.toStdString()));
-        if (!key) return fail(kFailed, "the palette has no annotation \"" + options.edit.toStdString() + "\"");
+        if (!key) return failInSight(options, "the palette has no annotation \"" + options.edit.toStdString() + "\"");
         manager->editor()->setAnno(palette->lookupAnno(key));
         const std::string page = options.page.toStdString();
         if (!page.empty() && !manager->editor()->showPage(NSString::stringWithUTF8String(page)))
-            return fail(kFailed, "the editor has no page \"" + page + "\"; there are: " + pagesOf(*manager->editor()));
+            return failInSight(options,
+                               "the editor has no page \"" + page + "\"; there are: " + pagesOf(*manager->editor()));
     }
     window.activateWindow();
     window.textWidget()->setFocus();
