@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <new>
 #include <utility>
 
 #include "platform/foundation/NSNotificationCenter.h"
@@ -138,7 +137,7 @@ bool NSUndoManager::playBack(Activity activity, std::vector<Group>& from, std::v
             current.back().call();
             current.clear();
         }
-    } catch (const std::bad_alloc&) {
+    } catch (...) {
         // What is not played back yet can be played back later.
         playing_.actions.splice(playing_.actions.end(), current);
         stop();

@@ -74,8 +74,8 @@ public:
     bool canRedo() const;
     ///@}
     /// Plays the last group back, latest call first. False, and nothing done, when there is none, when a group opened
-    /// by `beginUndoGrouping` is still open, or when called while undoing or redoing. A `std::bad_alloc` of a call
-    /// passes through; that call and those not yet made can be played back later. Calls must throw nothing else.
+    /// by `beginUndoGrouping` is still open, or when called while undoing or redoing. An exception of a call
+    /// passes through; that call and those not yet made can be played back later.
     ///@{
     bool undo();
     bool redo();

@@ -1,3 +1,5 @@
+#include <stdexcept>
+
 #include <gtest/gtest.h>
 
 #include "platform/foundation/NSString.h"
@@ -116,6 +118,22 @@ TEST_F(NSUndoManagerTest, NothingRegisteredWhileUndoingLeavesNoRedo) {
     EXPECT_FALSE(manager_->isUndoing());
     EXPECT_FALSE(manager_->canRedo());
     NSUndoManager::InvocationTarget().invoke([] { FAIL() << "a call on none"; });
+    EXPECT_FALSE(manager_->canUndo());
+}
+
+TEST_F(NSUndoManagerTest, WhatACallThrowsLeavesTheRestToBeUndoneLater) {
+    bool fails = true;
+    set(1);
+    manager_->prepareWithInvocationTarget(*document_).invoke([&] {
+        if (fails) throw std::runtime_error("no disk");
+    });
+    set(2);
+    EXPECT_THROW(manager_->undo(), std::runtime_error);
+    EXPECT_EQ(value_, 1) << "the call before it was made";
+    EXPECT_FALSE(manager_->isUndoing());
+    fails = false;
+    EXPECT_TRUE(manager_->undo());
+    EXPECT_EQ(value_, 0);
     EXPECT_FALSE(manager_->canUndo());
 }
 
