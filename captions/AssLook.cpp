@@ -8,19 +8,15 @@
 #include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSNumber.h"
-#include "platform/graphics/NSColor.h"
+#include "platform/graphics/StraightColor.h"
 #include "platform/text/NSParagraphStyle.h"
 
 namespace qz {
 namespace {
 
-uint8_t byteOf(float component) {
-    return static_cast<uint8_t>(std::lround(component * 255));
-}
-
 AssColour assColourOf(const NSColor& color) {
-    return {byteOf(color.redComponent()), byteOf(color.greenComponent()), byteOf(color.blueComponent()),
-            byteOf(color.alphaComponent())};
+    const auto [red, green, blue, alpha] = straightColorOf(color);
+    return {red, green, blue, alpha};
 }
 
 /// Palettes may hold any number; none that is drawn is larger.

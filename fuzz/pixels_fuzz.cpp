@@ -50,7 +50,7 @@ void checkRows(FuzzedDataProvider& input) {
     makePremultiplied(source);
     for (const PixelRows* rows : pixelRowsOfThisMachine()) {
         Bytes blended = pixels, laid = pixels, covered = united;
-        rows->blendCoverage(coverage.data(), width, opaque.data(), alpha, blended.data());
+        rows->blendCoverage({coverage.data(), 0, blended.data(), 0, width, 1}, opaque.data(), alpha);
         rows->blendPixels(source.data(), width, alpha, laid.data());
         rows->uniteCoverage(coverage.data(), width, covered.data());
         for (size_t i = 0; i < 4 * width; ++i) {

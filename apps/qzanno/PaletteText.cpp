@@ -1,6 +1,5 @@
 #include "apps/qzanno/PaletteText.h"
 
-#include <cmath>
 #include <cstdio>
 
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
@@ -8,7 +7,7 @@
 #include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSNumber.h"
-#include "platform/graphics/NSColor.h"
+#include "platform/graphics/StraightColor.h"
 #include "platform/text/AttributeNames.h"
 #include "platform/text/NSFont.h"
 
@@ -33,11 +32,10 @@ private:
 
 std::string colorText(const NSColor& color) {
     if (const Ref<NSString> name = color.colorNameComponent()) return name->utf8();
-    const auto byte = [](float component) { return static_cast<unsigned>(std::lround(component * 255)); };
+    const auto [red, green, blue, alpha] = straightColorOf(color);
     char text[16];
-    std::snprintf(text, sizeof text, "#%02x%02x%02x", byte(color.redComponent()), byte(color.greenComponent()),
-                  byte(color.blueComponent()));
-    if (color.alphaComponent() < 1) std::snprintf(text + 7, sizeof text - 7, "%02x", byte(color.alphaComponent()));
+    const int length = std::snprintf(text, sizeof text, "#%02x%02x%02x", red, green, blue);
+    if (alpha < 255) std::snprintf(text + length, sizeof text - length, "%02x", alpha);
     return text;
 }
 

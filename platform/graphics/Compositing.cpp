@@ -26,11 +26,13 @@ PixelRect blendMask(const CoverageMask& mask, StraightColor color, NSBitmapImage
     const size_t whole = (static_cast<size_t>(visible.width) + kPixelBlock - 1) / kPixelBlock * kPixelBlock;
     const bool hasRoom = int64_t{visible.x} + static_cast<int64_t>(whole) <= target.pixelsWide() &&
                          left + static_cast<int64_t>(whole) <= mask.stride;
-    const size_t width = hasRoom ? whole : static_cast<size_t>(visible.width);
-    for (int32_t i = 0; i < visible.height; ++i) {
-        pixelRows().blendCoverage(mask.row(static_cast<int32_t>(top + i)) + left, width, opaque, color.alpha,
-                                  pixelWithin(target, visible.x, visible.y + i));
-    }
+    const CoverageRows rows = {.coverage = mask.row(static_cast<int32_t>(top)) + left,
+                               .coverageStride = static_cast<size_t>(mask.stride),
+                               .pixels = pixelWithin(target, visible.x, visible.y),
+                               .pixelStride = static_cast<size_t>(target.bytesPerRow()),
+                               .width = hasRoom ? whole : static_cast<size_t>(visible.width),
+                               .height = static_cast<size_t>(visible.height)};
+    pixelRows().blendCoverage(rows, opaque, color.alpha);
     return visible;
 }
 

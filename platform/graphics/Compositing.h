@@ -2,13 +2,9 @@
 
 #include "platform/graphics/CoverageMask.h"
 #include "platform/graphics/NSBitmapImageRep.h"
+#include "platform/graphics/StraightColor.h"
 
 namespace qz {
-
-/// A colour in 8 bits a component, not premultiplied.
-struct StraightColor {
-    uint8_t red = 0, green = 0, blue = 0, alpha = 255;
-};
 
 /// Whether pixels are four bytes R, G, B, A: the only bitmaps that are drawn into and from.
 bool isRGBA8(const NSBitmapImageRep& bitmap);

@@ -1,7 +1,6 @@
 #include "platform/graphics/NSGraphicsContext.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "platform/graphics/Compositing.h"
 #include "platform/graphics/CoverageMask.h"
@@ -16,15 +15,6 @@ constexpr int32_t kMaskBytesMax = 4 << 20;
 constexpr PixelRect kAnyPixels{-(1 << 30), -(1 << 30), INT32_MAX, INT32_MAX};
 
 thread_local Ref<NSGraphicsContext> currentOfThread;
-
-uint8_t byteOf(float component) {
-    return static_cast<uint8_t>(std::lround(component * 255));
-}
-
-StraightColor straightColorOf(const NSColor& color) {
-    return {byteOf(color.redComponent()), byteOf(color.greenComponent()), byteOf(color.blueComponent()),
-            byteOf(color.alphaComponent())};
-}
 
 }  // namespace
 
@@ -72,7 +62,7 @@ void NSGraphicsContext::stroke(const NSBezierPath& path) {
 }
 
 void NSGraphicsContext::drawShapes(std::span<const DeviceShape> shapes, int32_t dx, int32_t dy) {
-    if (!state_.color || byteOf(state_.color->alphaComponent()) == 0) return;
+    if (!state_.color || straightColorOf(*state_.color).alpha == 0) return;
     const PixelRect within = intersectionOfMoved(bitmap_->bounds(), -dx, -dy, kAnyPixels);
     PixelRect box;
     for (const DeviceShape& shape : shapes) box = unionOf(box, shape.pixelBounds(within));

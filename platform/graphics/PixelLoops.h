@@ -127,29 +127,41 @@ QZ_INLINE uint8_t united(uint8_t a, uint8_t b) {
     return static_cast<uint8_t>(255 - ((rounded + (rounded >> 8)) >> 8));
 }
 
-QZ_INLINE void blendCoverage(const uint8_t* coverage, size_t width, const uint8_t* opaque, uint8_t alpha,
-                             uint8_t* pixels) {
-    // Spread in a register: a vector loaded from parts just written would have to wait for them, at every row.
-    uint32_t pixel;
-    memcpy(&pixel, opaque, sizeof pixel);
-    const Bytes color = (Bytes)(Pixels{} + pixel);
-    size_t x = 0;
-    for (; x + kBlock <= width; x += kBlock) {
-        const Fill fill = fillOf(coverage + x);
-        if (fill == Fill::none) continue;
-        if (fill == Fill::whole && alpha == 255) {
-            for (size_t i = 0; i < kBlockBytes; i += kVectorBytes) memcpy(pixels + 4 * x + i, &color, sizeof color);
-        } else {
-            blendBlock(coverage + x, color, alpha, pixels + 4 * x);
+QZ_INLINE Bytes repeated(const uint8_t* pixel) {
+    // Spread in a register: a vector loaded from parts just written would have to wait for them.
+    uint32_t number;
+    memcpy(&number, pixel, sizeof number);
+    return (Bytes)(Pixels{} + number);
+}
+
+// Apart from the loop, whose registers and stack it would cost.
+[[gnu::noinline]] void blendLastPixels(const uint8_t* coverage, size_t width, const uint8_t* opaque, uint8_t alpha,
+                                       uint8_t* pixels) {
+    uint8_t wholeCoverage[kBlock] = {}, wholePixels[kBlockBytes] = {};
+    memcpy(wholeCoverage, coverage, width);
+    if (fillOf(wholeCoverage) == Fill::none) return;
+    memcpy(wholePixels, pixels, 4 * width);
+    blendBlock(wholeCoverage, repeated(opaque), alpha, wholePixels);
+    memcpy(pixels, wholePixels, 4 * width);
+}
+
+QZ_INLINE void blendCoverage(const CoverageRows& rows, const uint8_t* opaque, uint8_t alpha) {
+    const Bytes color = repeated(opaque);
+    const size_t whole = rows.width / kBlock * kBlock, rest = rows.width - whole;
+    const uint8_t* coverage = rows.coverage;
+    uint8_t* pixels = rows.pixels;
+    for (size_t y = 0; y < rows.height; ++y, coverage += rows.coverageStride, pixels += rows.pixelStride) {
+        for (size_t x = 0; x < whole; x += kBlock) {
+            const Fill fill = fillOf(coverage + x);
+            if (fill == Fill::none) continue;
+            if (fill == Fill::whole && alpha == 255) {
+                for (size_t i = 0; i < kBlockBytes; i += kVectorBytes) memcpy(pixels + 4 * x + i, &color, sizeof color);
+            } else {
+                blendBlock(coverage + x, color, alpha, pixels + 4 * x);
+            }
         }
+        if (rest != 0) blendLastPixels(coverage + whole, rest, opaque, alpha, pixels + 4 * whole);
     }
-    if (x == width) return;
-    uint8_t lastCoverage[kBlock] = {}, lastPixels[kBlockBytes] = {};
-    memcpy(lastCoverage, coverage + x, width - x);
-    if (fillOf(lastCoverage) == Fill::none) return;
-    memcpy(lastPixels, pixels + 4 * x, 4 * (width - x));
-    blendBlock(lastCoverage, color, alpha, lastPixels);
-    memcpy(pixels + 4 * x, lastPixels, 4 * (width - x));
 }
 
 QZ_INLINE void blendPixels(const uint8_t* source, size_t width, uint8_t alpha, uint8_t* pixels) {

@@ -13,8 +13,9 @@ namespace {
 
 // What an entry takes besides its pixels: its key, itself, its links in the map.
 constexpr uint64_t kBytesPerEntry = sizeof(GlyphKey) + sizeof(GlyphImage) + 64;
-// Ways to the entries of a title or a page, which each frame looks for again; a power of two.
-constexpr size_t kShortcuts = 4096;
+// Pairs of ways to the entries of a title or a page, which each frame looks for again; a power of two. Of single ways
+// one in six of a page's would lead to another glyph of its hash.
+constexpr size_t kShortcuts = 2048;
 // An image is kept only when this many of its size would fit.
 constexpr uint64_t kImagesMin = 16;
 
@@ -36,23 +37,29 @@ struct GlyphCache::Store {
     SmallBlockPool pool;
     Entries entries{&pool};
     // By hash: a map's own way leads past another entry, which is another wait for memory.
-    std::vector<Entries::value_type*> shortcuts = std::vector<Entries::value_type*>(kShortcuts);
+    struct Shortcut {
+        Entries::value_type* latest = nullptr;
+        Entries::value_type* other = nullptr;
+    };
+    std::vector<Shortcut> shortcuts = std::vector<Shortcut>(kShortcuts);
     uint64_t clock = 0;
     uint64_t bytesMax = kBytesMaxDefault;
     Statistics statistics;
 
     Entry* find(const GlyphKey& key) {
-        Entries::value_type*& shortcut = shortcuts[GlyphKeyHash{}(key) % kShortcuts];
-        if (shortcut && shortcut->first == key) return &shortcut->second;
+        Shortcut& shortcut = shortcuts[GlyphKeyHash{}(key) % kShortcuts];
+        for (Entries::value_type* const entry : {shortcut.latest, shortcut.other})
+            if (entry && entry->first == key) return &entry->second;
         const auto found = entries.find(key);
         if (found == entries.end()) return nullptr;
-        shortcut = &*found;
+        shortcut = {.latest = &*found, .other = shortcut.latest};
         return &found->second;
     }
 
     void remove(Entries::iterator entry) {
-        Entries::value_type*& shortcut = shortcuts[GlyphKeyHash{}(entry->first) % kShortcuts];
-        if (shortcut == &*entry) shortcut = nullptr;
+        Shortcut& shortcut = shortcuts[GlyphKeyHash{}(entry->first) % kShortcuts];
+        for (Entries::value_type** const way : {&shortcut.latest, &shortcut.other})
+            if (*way == &*entry) *way = nullptr;
         statistics.bytes -= bytesKeptFor(entry->second.image);
         --statistics.images;
         entries.erase(entry);

@@ -8,6 +8,7 @@
 #include <span>
 
 #include "platform/graphics/DeviceShape.h"
+#include "platform/graphics/StraightColor.h"
 #include "platform/text/ColourGlyphs.h"
 #include "platform/text/FontFace.h"
 #include "platform/text/GlyphImage.h"
@@ -263,25 +264,18 @@ void drawParts(NSGraphicsContext& context, std::span<const GlyphAtPlace> glyphs,
     }
 }
 
-uint8_t byteOf(float component) {
-    return static_cast<uint8_t>(std::lround(component * 255));
-}
-
 /// Draws a colour glyph's own picture; false when the glyph has none.
 bool drawPicture(NSGraphicsContext& context, const GlyphAtPlace& glyph, const Place& place, GlyphCache& cache) {
     const ColourGlyphs* const colours = glyph.font->face().colourGlyphs();
     if (!colours) return false;
-    const NSColor& color = *context.color();
-    const StraightColor foreground{byteOf(color.redComponent()), byteOf(color.greenComponent()),
-                                   byteOf(color.blueComponent()), 255};
-    const uint8_t alpha = byteOf(color.alphaComponent());
+    const StraightColor color = straightColorOf(*context.color()), foreground{color.red, color.green, color.blue, 255};
     GlyphKey key = keyOf(sharedKeyOf(context, GlyphPart::picture), glyph, place);
     key.antialias = true;
     key.red = foreground.red;
     key.green = foreground.green;
     key.blue = foreground.blue;
     const auto draw = [&](const NSBitmapImageRep& picture, const PixelRect& box) {
-        context.drawBitmap(picture, place.x + box.x, place.y + box.y, alpha);
+        context.drawBitmap(picture, place.x + box.x, place.y + box.y, color.alpha);
     };
     if (const GlyphImage* const kept = cache.find(key)) {
         if (kept->picture) draw(*kept->picture, kept->mask.box);
@@ -349,7 +343,7 @@ void strokeAndFillGlyphs(NSGraphicsContext& context, std::span<const GlyphAtPlac
     shared.lineCap = static_cast<uint8_t>(stroke.lineCap);
     shared.lineJoin = static_cast<uint8_t>(stroke.lineJoin);
     // In an opaque colour, or gathered, stroke and fill lie over each other as they do in one mask.
-    const uint8_t alpha = byteOf(context.color()->alphaComponent());
+    const uint8_t alpha = straightColorOf(*context.color()).alpha;
     if (!context.isGathering() && alpha != 255) {
         shared.part = GlyphPart::strokeThenFill;
         shared.alpha = alpha;

@@ -92,7 +92,7 @@ TEST(Compositing, AllLoopsOfThisMachineDoTheSame) {
                     united[i] = uint8_t(i * 13 % 256);
                 }
                 const auto oldPixels = pixels, oldUnited = united;
-                rows->blendCoverage(coverage.data(), length, kOpaque, alpha, pixels.data());
+                rows->blendCoverage({coverage.data(), 0, pixels.data(), 0, length, 1}, kOpaque, alpha);
                 rows->uniteCoverage(coverage.data(), length, united.data());
                 for (size_t i = 0; i < 4 * kLength; ++i) {
                     const int weight = i / 4 < length ? scalarMix(alpha, 0, coverage[i / 4]) : 0;

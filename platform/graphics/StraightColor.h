@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+
+#include "platform/graphics/NSColor.h"
+
+namespace qz {
+
+/// A colour in 8 bits a component, not premultiplied.
+struct StraightColor {
+    uint8_t red = 0, green = 0, blue = 0, alpha = 255;
+};
+
+/// Components rounded to the nearest, halves upward.
+inline StraightColor straightColorOf(const NSColor& color) {
+    // In doubles, where the sum is exact; several times as fast as a call of lround.
+    const auto byte = [](float component) { return static_cast<uint8_t>(component * 255 + 0.5); };
+    return {byte(color.redComponent()), byte(color.greenComponent()), byte(color.blueComponent()),
+            byte(color.alphaComponent())};
+}
+
+}  // namespace qz
