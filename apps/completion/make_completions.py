@@ -138,12 +138,12 @@ def bash(name, root):
             values.append(f"        {spellings}) {act + '; ' if act else ''}return ;;")
         flags = " ".join(flag for option in command.options for flag in option.flags)
         rest.append(f'        "{place}:-"*) _@IDENT@_words {quoted(flags)} ;;')
-        # Which operand the cursor is at is not told apart.
+        # Which operand the cursor is at is not told apart: choices go before files, files before folders.
         kinds = {operand.kind for operand in command.operands} | ({"choice"} if command.commands else set())
         if kinds:
             choices = [below.words[-1] for below in command.commands] + [c for operand in command.operands for c in operand.choices]
             endings = dict.fromkeys(ending for operand in command.operands for ending in operand.endings)
-            rest.append(f'        "{place}:"*) {action(kinds.pop(), choices, endings)} ;;')
+            rest.append(f'        "{place}:"*) {action(min(kinds), choices, endings)} ;;')
     paths = " | ".join(f'" {" ".join(command.words)}"' for command in root.all() if command.words) or '""'
     return BASH.replace("@COMMANDS@", paths).replace("@VALUES@", "\n".join(values)).replace("@REST@", "\n".join(rest))
 

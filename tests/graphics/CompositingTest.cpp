@@ -101,6 +101,11 @@ TEST(Compositing, AllLoopsOfThisMachineDoTheSame) {
                 for (size_t i = 0; i < kLength; ++i) {
                     ASSERT_EQ(united[i], i < length ? scalarMix(255, oldUnited[i], coverage[i]) : oldUnited[i]);
                 }
+                // The same pixels as two rows.
+                const size_t half = length / 2;
+                auto folded = oldPixels;
+                rows->blendCoverage({coverage.data(), half, folded.data(), 4 * half, half, 2}, kOpaque, alpha);
+                ASSERT_TRUE(std::equal(folded.begin(), folded.begin() + 8 * half, pixels.begin())) << length;
                 pixels = oldPixels;
                 rows->blendPixels(source.data(), length, alpha, pixels.data());
                 for (size_t i = 0; i < 4 * kLength; ++i) {
