@@ -19,6 +19,19 @@ inline const Ref<NSString> QzFontStyleAttribute = "FontStyle as NSString"_ns;
 ///@}
 /// Number; not above 0: the default size.
 inline const Ref<NSString> QzFontSizeAttribute = "FontSize as NSNumber(float)"_ns;
+/// Numbers that count as booleans. Each asks for the bold or the italic face of the run's own family (1), or for the face
+/// without that trait (0); without the attribute the face is the one that the font's name says. They are attributes of
+/// their own so that an italic word in a bold line is both.
+///@{
+inline const Ref<NSString> QzBoldAttribute = "Bold as NSNumber(bool)"_ns;
+inline const Ref<NSString> QzItalicAttribute = "Italic as NSNumber(bool)"_ns;
+///@}
+/// Numbers that count as booleans: a line below the text or through it, where the font puts it and as thick as the font
+/// says. Layers follow it.
+///@{
+inline const Ref<NSString> QzUnderlineAttribute = "Underline as NSNumber(bool)"_ns;
+inline const Ref<NSString> QzStrikeThroughAttribute = "StrikeThrough as NSNumber(bool)"_ns;
+///@}
 /// Colour of the glyphs, under the platform's own name, so that the text system draws it without a conversion.
 inline const Ref<NSString> QzTextColorAttribute = NSForegroundColorAttributeName;
 /// Number: both line spacing and paragraph spacing.
