@@ -6,13 +6,13 @@
 
 namespace qz {
 
-std::optional<std::vector<CaptionProblem>> readAss(const NSData& file, const QzAnnoPalette& palette,
-                                                   const CueSink& sink, CaptionProblem* error) {
+std::optional<std::vector<CaptionProblem>> readAss(const NSData& file, const CueNames& names, const CueSink& sink,
+                                                   CaptionProblem* error) {
     const std::optional<AssScript> script = parseAssScript(file, error);
     if (!script) return {};
     std::vector<CaptionProblem> problems = script->problems;
     AssTextReader textReader(*script, problems);
-    CueAnnotator annotator(palette, problems);
+    CueAnnotator annotator(names, problems);
     for (const AssEvent& event : script->events) {
         AssText read = textReader.read(event);
         CaptionCue cue;
@@ -26,8 +26,8 @@ std::optional<std::vector<CaptionProblem>> readAss(const NSData& file, const QzA
     return problems;
 }
 
-std::optional<CaptionFile> readAss(const NSData& file, const QzAnnoPalette& palette, CaptionProblem* error) {
-    return wholeCaptionFile(readAss, file, palette, error);
+std::optional<CaptionFile> readAss(const NSData& file, const CueNames& names, CaptionProblem* error) {
+    return wholeCaptionFile(readAss, file, names, error);
 }
 
 }  // namespace qz

@@ -3,7 +3,6 @@
 #include <optional>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
 #include "captions/CaptionFile.h"
 #include "platform/foundation/NSData.h"
 
@@ -14,10 +13,10 @@ namespace qz {
 /// nothing.
 ///
 /// None, with the reason in `error` and no cue handed over, for a file that is no such script.
-std::optional<std::vector<CaptionProblem>> readAss(const NSData& file, const QzAnnoPalette& palette,
-                                                   const CueSink& sink, CaptionProblem* error = nullptr);
+std::optional<std::vector<CaptionProblem>> readAss(const NSData& file, const CueNames& names, const CueSink& sink,
+                                                   CaptionProblem* error = nullptr);
 
 /// The whole file at once.
-std::optional<CaptionFile> readAss(const NSData& file, const QzAnnoPalette& palette, CaptionProblem* error = nullptr);
+std::optional<CaptionFile> readAss(const NSData& file, const CueNames& names, CaptionProblem* error = nullptr);
 
 }  // namespace qz

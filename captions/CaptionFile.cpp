@@ -2,11 +2,11 @@
 
 namespace qz {
 
-std::optional<CaptionFile> wholeCaptionFile(CueReader reader, const NSData& file, const QzAnnoPalette& palette,
+std::optional<CaptionFile> wholeCaptionFile(CueReader reader, const NSData& file, const CueNames& names,
                                             CaptionProblem* error) {
     CaptionFile captions;
     auto problems = reader(
-        file, palette, [&](CaptionCue&& cue) { captions.cues.push_back(std::move(cue)); }, error);
+        file, names, [&](CaptionCue&& cue) { captions.cues.push_back(std::move(cue)); }, error);
     if (!problems) return {};
     captions.problems = std::move(*problems);
     return captions;

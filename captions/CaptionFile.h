@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
 #include "captions/CaptionProblem.h"
+#include "captions/CueNames.h"
 #include "captions/CuePlacement.h"
 #include "platform/foundation/NSData.h"
 
@@ -48,11 +48,11 @@ using CueSink = std::function<void(CaptionCue&&)>;
 
 /// Hands over the cues of a file of one format and returns its problems; none, with the reason, for a file that is not
 /// of that format.
-using CueReader = std::optional<std::vector<CaptionProblem>> (*)(const NSData& file, const QzAnnoPalette& palette,
+using CueReader = std::optional<std::vector<CaptionProblem>> (*)(const NSData& file, const CueNames& names,
                                                                  const CueSink& sink, CaptionProblem* error);
 
 /// The whole file at once.
-std::optional<CaptionFile> wholeCaptionFile(CueReader reader, const NSData& file, const QzAnnoPalette& palette,
+std::optional<CaptionFile> wholeCaptionFile(CueReader reader, const NSData& file, const CueNames& names,
                                             CaptionProblem* error);
 
 }  // namespace qz

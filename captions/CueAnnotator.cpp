@@ -40,11 +40,12 @@ Ref<QzMutableAnnoString> CueAnnotator::annotated(const CueText& cue) {
 Ref<QzAnnoKey> CueAnnotator::keyOf(const CueSpan& span) {
     const auto [place, isNew] = known_.try_emplace({span.kind, span.name});
     if (!isNew) return place->second;
-    Ref<QzAnnoKey> key = find(span, palette_);
-    if (!key)
+    Ref<QzAnnoKey> key = find(span, names_.palette);
+    if (!key) {
         report(span);
-    else if (!key->isDefault())
-        place->second = std::move(key);
+        if (names_.others) key = names_.others->keyNamed(span.name.empty() ? nameOfTag(span.kind) : span.name);
+    }
+    if (key && !key->isDefault()) place->second = std::move(key);
     return place->second;
 }
 
@@ -66,12 +67,13 @@ Ref<QzAnnoKey> CueAnnotator::find(const CueSpan& span, const QzAnnoPalette& pale
 void CueAnnotator::report(const CueSpan& span) {
     const std::string tag = nameOfTag(span.kind);
     const std::string name = quotedExcerpt(span.name);
+    const std::string effect = names_.others ? " changes nothing" : " is ignored";
     if (span.kind == CueSpan::styleClass) {
         problems_.push_back({CaptionProblem::unknownClass, span.line,
-                             "the class " + name + " is ignored; the palette has no annotation of that name"});
+                             "the class " + name + effect + "; the palette has no annotation of that name"});
     } else if (span.kind == CueSpan::colour) {
         problems_.push_back({CaptionProblem::unknownClass, span.line,
-                             "the colour " + name + " is ignored; the palette has no annotation of that name"});
+                             "the colour " + name + effect + "; the palette has no annotation of that name"});
     } else if (span.name.empty()) {
         problems_.push_back({CaptionProblem::unknownName, span.line,
                              "<" + tag + "> adds nothing; the palette has no annotation \"" + tag + "\""});

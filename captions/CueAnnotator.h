@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
 #include "captions/CaptionProblem.h"
+#include "captions/CueNames.h"
 #include "captions/CueText.h"
 
 namespace qz {
@@ -17,13 +17,12 @@ namespace qz {
 /// A class is the annotation of exactly that name, or, since classes cannot hold blanks, of the name with a blank for
 /// each "_"; bold, italic and underlined text are the annotations "b", "i", "u"; a voice is the annotation with the
 /// speaker's name, else "v"; a colour is the annotation of that name as it is written, or in small letters. What the
-/// palette lacks is reported once, where it first stands, and adds nothing; so does the global annotation, which holds
-/// anyway.
+/// palette lacks is reported once, where it first stands, and adds nothing, or the key of its name as it is written
+/// (see CueNames). The global annotation, which holds anyway, adds nothing.
 class CueAnnotator {
 public:
-    /// Both outlive this object.
-    CueAnnotator(const QzAnnoPalette& palette, std::vector<CaptionProblem>& problems)
-        : palette_(palette), problems_(problems) {}
+    /// What both refer to outlives this object.
+    CueAnnotator(const CueNames& names, std::vector<CaptionProblem>& problems) : names_(names), problems_(problems) {}
 
     Ref<QzMutableAnnoString> annotated(const CueText& cue);
 
@@ -34,7 +33,7 @@ private:
     Ref<QzAnnoKey> keyOf(const CueSpan& span);
     void report(const CueSpan& span);
 
-    const QzAnnoPalette& palette_;
+    const CueNames names_;
     std::vector<CaptionProblem>& problems_;
     // None for what adds nothing.
     std::map<std::pair<CueSpan::Kind, std::string>, Ref<QzAnnoKey>> known_;

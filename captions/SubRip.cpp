@@ -134,8 +134,8 @@ private:
 
 class FileReader {
 public:
-    FileReader(std::string_view text, const QzAnnoPalette& palette, const CueSink& sink)
-        : sink_(sink), annotator_(palette, problems_), textReader_(problems_) {
+    FileReader(std::string_view text, const CueNames& names, const CueSink& sink)
+        : sink_(sink), annotator_(names, problems_), textReader_(problems_) {
         while (!text.empty()) {
             lines_.push_back(text.substr(0, text.find('\n')));
             text.remove_prefix(std::min(lines_.back().size() + 1, text.size()));
@@ -237,15 +237,15 @@ private:
 
 }  // namespace
 
-std::optional<std::vector<CaptionProblem>> readSubRip(const NSData& file, const QzAnnoPalette& palette,
-                                                      const CueSink& sink, CaptionProblem* error) {
+std::optional<std::vector<CaptionProblem>> readSubRip(const NSData& file, const CueNames& names, const CueSink& sink,
+                                                      CaptionProblem* error) {
     const std::optional<std::string> text = unicodeTextOfFile(file, error);
     if (!text) return {};
-    return FileReader(withLineFeeds(*text), palette, sink).read();
+    return FileReader(withLineFeeds(*text), names, sink).read();
 }
 
-std::optional<CaptionFile> readSubRip(const NSData& file, const QzAnnoPalette& palette, CaptionProblem* error) {
-    return wholeCaptionFile(readSubRip, file, palette, error);
+std::optional<CaptionFile> readSubRip(const NSData& file, const CueNames& names, CaptionProblem* error) {
+    return wholeCaptionFile(readSubRip, file, names, error);
 }
 
 }  // namespace qz

@@ -3,7 +3,6 @@
 #include <optional>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
 #include "captions/CaptionFile.h"
 #include "platform/foundation/NSData.h"
 
@@ -18,11 +17,10 @@ namespace qz {
 /// one that ends before it starts is kept without a length. The lines of a cue are separated by line feeds.
 ///
 /// None, with the reason in `error` and no cue handed over, for a file in another encoding.
-std::optional<std::vector<CaptionProblem>> readSubRip(const NSData& file, const QzAnnoPalette& palette,
-                                                      const CueSink& sink, CaptionProblem* error = nullptr);
+std::optional<std::vector<CaptionProblem>> readSubRip(const NSData& file, const CueNames& names, const CueSink& sink,
+                                                      CaptionProblem* error = nullptr);
 
 /// The whole file at once.
-std::optional<CaptionFile> readSubRip(const NSData& file, const QzAnnoPalette& palette,
-                                      CaptionProblem* error = nullptr);
+std::optional<CaptionFile> readSubRip(const NSData& file, const CueNames& names, CaptionProblem* error = nullptr);
 
 }  // namespace qz

@@ -105,8 +105,8 @@ private:
 // first or second line holds an arrow. An arrow further down ends the block and begins the next.
 class FileReader {
 public:
-    FileReader(std::string_view text, const QzAnnoPalette& palette, const CueSink& sink)
-        : sink_(sink), rest_(text), annotator_(palette, problems_) {}
+    FileReader(std::string_view text, const CueNames& names, const CueSink& sink)
+        : sink_(sink), rest_(text), annotator_(names, problems_) {}
 
     std::vector<CaptionProblem> read() {
         const char* const header = rest_.data();
@@ -250,19 +250,19 @@ std::optional<std::string> webVTTText(const NSData& file, CaptionProblem* error)
 
 }  // namespace
 
-std::optional<std::vector<CaptionProblem>> readWebVTT(const NSData& file, const QzAnnoPalette& palette,
-                                                      const CueSink& sink, CaptionProblem* error) {
+std::optional<std::vector<CaptionProblem>> readWebVTT(const NSData& file, const CueNames& names, const CueSink& sink,
+                                                      CaptionProblem* error) {
     const std::optional<std::string> text = webVTTText(file, error);
     if (!text) return {};
-    return FileReader(*text, palette, sink).read();
+    return FileReader(*text, names, sink).read();
 }
 
-std::optional<CaptionFile> readWebVTT(const NSData& file, const QzAnnoPalette& palette, CaptionProblem* error) {
+std::optional<CaptionFile> readWebVTT(const NSData& file, const CueNames& names, CaptionProblem* error) {
     const std::optional<std::string> text = webVTTText(file, error);
     if (!text) return {};
     CaptionFile captions;
     const CueSink keep = [&](CaptionCue&& cue) { captions.cues.push_back(std::move(cue)); };
-    FileReader reader(*text, palette, keep);
+    FileReader reader(*text, names, keep);
     captions.problems = reader.read();
     captions.header = std::move(reader.header());
     captions.trailer = std::move(reader.trailer());

@@ -3,7 +3,6 @@
 #include <optional>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
 #include "captions/CaptionFile.h"
 #include "platform/foundation/NSData.h"
 
@@ -16,10 +15,9 @@ namespace qz {
 ///
 /// None, with the reason in `error` and no cue handed over, for a file that is in another encoding or does not begin as
 /// WebVTT does.
-std::optional<std::vector<CaptionProblem>> readWebVTT(const NSData& file, const QzAnnoPalette& palette,
-                                                      const CueSink& sink, CaptionProblem* error = nullptr);
+std::optional<std::vector<CaptionProblem>> readWebVTT(const NSData& file, const CueNames& names, const CueSink& sink,
+                                                      CaptionProblem* error = nullptr);
 /// The same, with all cues at once.
-std::optional<CaptionFile> readWebVTT(const NSData& file, const QzAnnoPalette& palette,
-                                      CaptionProblem* error = nullptr);
+std::optional<CaptionFile> readWebVTT(const NSData& file, const CueNames& names, CaptionProblem* error = nullptr);
 
 }  // namespace qz

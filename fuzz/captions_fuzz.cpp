@@ -13,7 +13,7 @@ namespace {
 using namespace qz;
 using fuzz::require;
 
-using Reader = std::optional<CaptionFile> (*)(const NSData&, const QzAnnoPalette&, CaptionProblem*);
+using Reader = std::optional<CaptionFile> (*)(const NSData&, const CueNames&, CaptionProblem*);
 
 /// Each reads every input.
 constexpr Reader kReaders[] = {readWebVTT, readSubRip, readAss};

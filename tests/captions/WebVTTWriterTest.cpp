@@ -180,10 +180,17 @@ TEST_F(WebVTTWriter, refusesWhatHasNoForm) {
     }
 }
 
-TEST_F(WebVTTWriter, keepsTheNameOfAnAnnotationThatThePaletteHasLost) {
-    const CaptionFile captions = cueOf("<c.Lower_Third>a</c><c.One>b</c>");
+TEST_F(WebVTTWriter, keepsNamesThatThePaletteLacks) {
     palette_->removeAnno(palette_->findAnnoKey("Lower Third"_ns));
-    EXPECT_THAT(write(captions), HasSubstr("<c.Lower_Third>a</c><c.One>b</c>"));
+    LooseKeys others;
+    const char* file =
+        "WEBVTT\n\n00:00:01.000 --> 00:00:02.000\n<c.Lower_Third>a</c><c.One>b<c.Nobody>c</c></c><u>d</u>\n";
+    const auto captions = readWebVTT(*NSData::dataWithBytes(std::string_view(file)), {*palette_, &others});
+    ASSERT_TRUE(captions);
+    EXPECT_EQ(shown(*captions->cues[0].text), "a[Lower_Third,]b[One,]c[Nobody,One,]d[u,]");
+    EXPECT_EQ(captions->problems.size(), 3u);
+    EXPECT_EQ(captions->cues[0].text->annotation(*others.keyNamed("Nobody"), 2), true) << "one key for a name";
+    EXPECT_EQ(write(withoutPayloads(*captions)), file);
 }
 
 TEST_F(WebVTTWriter, readsBackRandomTitles) {
