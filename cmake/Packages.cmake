@@ -56,8 +56,10 @@ qz_package(dev NAME libqzanno-dev SECTION libdevel
   RECOMMENDS libcairo2-dev libdeflate-dev libexpat1-dev libfontconfig-dev libfreetype-dev libharfbuzz-dev libicu-dev libpng-dev
   SUMMARY "annotated titles and captions for video, development files"
   TEXT "${about}This package holds the headers of the C++ and the C library, the static\nlibrary, and what CMake and pkg-config read. The recommended packages are for\nprograms that link the static library.")
-qz_package(tools NAME qzanno SECTION video DEPENDS "libqzanno${soversion} ${same_version}"
-  SUMMARY "renders annotated titles and captions for video" TEXT "${about}This package holds the command line qzanno, its man page, and completion\nfor bash, zsh and fish.")
+if(QZANNO_COMMAND_LINE)
+  qz_package(tools NAME qzanno SECTION video DEPENDS "libqzanno${soversion} ${same_version}"
+    SUMMARY "renders annotated titles and captions for video" TEXT "${about}This package holds the command line qzanno, its man page, and completion\nfor bash, zsh and fish.")
+endif()
 if(TARGET QzAnnoUI)
   list(APPEND libraries_folders $<TARGET_FILE_DIR:QzAnnoUI>)
   qz_package(ui NAME libqzanno-ui${soversion} SECTION libs LIBRARY DEPENDS "libqzanno${soversion} ${same_version}"

@@ -7,7 +7,6 @@ Usage: check_arguments.py PROGRAM MAN_PAGE COMPLETION_FOLDER. Exits with 1 when 
 
 import pathlib
 import re
-import shutil
 import subprocess
 import sys
 import tempfile
@@ -65,9 +64,8 @@ def check_man_page(page, root):
     items = re.findall(r"^\.It Fl (\S+(?: , \S+)?)", text, re.MULTILINE)
     described = {" ".join("-" + flag for flag in item.split(" , ")) for item in items}
     expect(f"{page.name}: list of options", "option", described, {option for command in root.all() for option in command.options})
-    if shutil.which("groff"):
-        warnings = subprocess.run(["groff", "-mandoc", "-ww", "-z", "-Tutf8", page], stderr=subprocess.PIPE, text=True).stderr
-        faults.extend(warnings.splitlines())
+    warnings = subprocess.run(["groff", "-mandoc", "-ww", "-z", "-Tutf8", page], stderr=subprocess.PIPE, text=True).stderr
+    faults.extend(warnings.splitlines())
 
 
 def check_bash(script, program, root):
@@ -119,7 +117,7 @@ def check_fish(script, root):
 
 
 def check_syntax(script, shell, option):
-    if shutil.which(shell) and subprocess.run([shell, option, script]).returncode != 0:
+    if subprocess.run([shell, option, script]).returncode != 0:
         faults.append(f"{script.name}: {shell} does not read it")
 
 

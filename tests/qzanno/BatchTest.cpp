@@ -252,7 +252,6 @@ TEST_F(BatchTest, ListedCommandsRunInParallel) {
     const ToolResult listed = run(render + "--list-commands 3");
     EXPECT_EQ(linesOf(listed.out).size(), 3u);
     EXPECT_FALSE(exists("out"));
-    if (shell("command -v parallel").exitCode != 0) GTEST_SKIP() << "install the package parallel";
     const ToolResult result = shell("\"$QZANNO\" " + render + "--list-commands 3 | parallel --will-cite -j 2");
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_TRUE(filesOf("out") == whole);

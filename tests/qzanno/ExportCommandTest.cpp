@@ -32,7 +32,6 @@ protected:
 
 // The very thing that players draw scripts with is the referee.
 TEST_F(ExportTest, PlayersDrawAScriptWhereTheTitleIs) {
-    if (shell("ffmpeg -v quiet -filters | grep -q ' ass '").exitCode != 0) GTEST_SKIP() << "install the package ffmpeg";
     const struct {
         const char *palette, *cue;
         int tolerance;

@@ -171,7 +171,6 @@ TEST_F(StreamTest, WhatCannotBeStreamedIsSaid) {
 
 // The command lines of docs/batch.md, with the real program.
 TEST_F(StreamTest, CaptionsAreBurntIntoAFilm) {
-    if (shell("command -v ffmpeg").exitCode != 0) GTEST_SKIP() << "install the package ffmpeg";
     const std::string ffmpeg = "ffmpeg -nostdin -v error -y ";
     const std::string piped = " | ffmpeg -v error -y ";
     const std::string raw = "-f rawvideo -pixel_format rgba -video_size 320x180 -framerate 30000/1001 -i - ";
