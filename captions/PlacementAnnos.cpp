@@ -21,6 +21,9 @@ constexpr int32_t kTop = 0;
 constexpr int32_t kCentre = 1;
 constexpr int32_t kBottom = 2;
 
+// Points by which lines that just fit may seem to reach over the edge, their heights being 32-bit floats.
+constexpr double kTolerance = 0.01;
+
 Edge edgeOf(NSTextAlignment alignment) {
     return alignment == NSTextAlignment::left    ? Edge::start
            : alignment == NSTextAlignment::right ? Edge::end
@@ -155,7 +158,7 @@ void PlacementAnnos::placeLine(const CuePlacement::Line& line, double textHeight
         margins.bottom += std::max(0.0, -line.value * lineHeight - textHeight);
     }
     // A text that would reach over the edge is moved until it fits.
-    if (place.row == kCentre || margins.top + textHeight + margins.bottom <= height) return;
+    if (place.row == kCentre || margins.top + textHeight + margins.bottom <= height + kTolerance) return;
     const Margins safe = line.isPercentage ? Margins{} : marginsOf(*palette_->attributesForSet({}));
     place.row = place.row == kTop ? kBottom : kTop;
     margins.top = safe.top;

@@ -171,6 +171,9 @@ NSRect QzScreenTextContainer::placedUsedRect() const {
     if (!manager) return {textBox_.origin, {}};
     manager->glyphRangeForTextContainer(*this);
     NSRect used = manager->usedRectForTextContainer(*this);
+    // The lines of a full box may add up to a trifle more than its height, which is not worth another point, nor the
+    // line that would begin in it.
+    used.size.height = std::min(used.size.height, std::max(textBox_.size.height, 0.0f));
     used = {{std::floor(used.origin.x), std::floor(used.origin.y)},
             {std::ceil(used.size.width), std::ceil(used.size.height)}};
     const float free = textBox_.size.height - used.size.height;

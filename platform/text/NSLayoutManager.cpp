@@ -79,7 +79,7 @@ uint32_t NSLayoutManager::numberOfGlyphs() const {
 }
 
 uint32_t NSLayoutManager::firstUnlaidGlyphIndex() const {
-    return layout_->placedGlyphCount();
+    return layout_->isDone() ? numberOfGlyphs() : layout_->placedGlyphCount();
 }
 
 Ref<NSTextContainer> NSLayoutManager::textContainerForGlyphAtIndex(uint32_t glyphIndex, Range* effectiveRange) const {

@@ -50,8 +50,9 @@ public:
 
     /// Of the whole text, which is laid out for that.
     uint32_t numberOfGlyphs() const;
-    /// The first glyph that has not been laid out yet, or has no place; `numberOfGlyphs` when all have. Nothing is laid
-    /// out in the background, so waiting does not change it, and asking for it lays nothing out.
+    /// The first glyph that has not been laid out yet; `numberOfGlyphs` when there is none. Glyphs without a place count
+    /// as laid out once no container has room for them. Nothing is laid out in the background, so waiting does not
+    /// change it, and asking for it lays nothing out.
     uint32_t firstUnlaidGlyphIndex() const;
     /// The container that holds the glyph, laid out as far as that takes; none when no container has room.
     /// `effectiveRange` receives the glyphs of that container.

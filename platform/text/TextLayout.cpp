@@ -10,6 +10,9 @@ namespace {
 // The height of a line is known when it is filled, and how it is filled may depend on the height asked for.
 constexpr int kFragmentTriesMax = 3;
 constexpr float kHeightTolerance = 0.001f;
+// Points that a fragment adds to the lines before it, at least. In 32-bit floats a full container may have a little
+// left, where lines would stand on one another without ever filling it.
+constexpr float kLowestFragment = 0.01f;
 
 }  // namespace
 
@@ -126,6 +129,7 @@ std::optional<NSRect> NSLayoutManager::Layout::askForFragment(float height, floa
     const NSRect fragment = container->lineFragmentRectForProposedRect(proposed, NSLineSweepDirection::right,
                                                                        NSLineMovementDirection::down, &remaining);
     if (generation != generation_ || NSIsEmptyRect(fragment)) return std::nullopt;
+    if (fragment.maxY() - fragment.origin.y < kLowestFragment) return std::nullopt;
     // Between the free ends of so short a line there is no room for text, as little as in an empty one.
     if (fragment.size.width < 2 * container->lineFragmentPadding()) return std::nullopt;
     return fragment;

@@ -48,6 +48,8 @@ public:
     /// The lines laid out in the container so far, in order.
     std::span<const Line> linesOfContainer(size_t container) const;
     uint32_t placedGlyphCount() const;
+    /// Whether the text has all its lines, or no container has room for more.
+    bool isDone() const { return isDone_; }
     /// The line of a glyph; none when it has no place.
     const Line* lineOfGlyph(uint32_t glyphIndex) const;
     NSRect usedRectOfContainer(size_t container) const;

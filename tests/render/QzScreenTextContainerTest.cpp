@@ -43,16 +43,6 @@ protected:
     Ref<NSTextStorage> storage = NSTextStorage::init();
 };
 
-TEST(ScreenTextContainer, StartsAsAScreenOf640By480) {
-    const auto container = QzScreenTextContainer::init();
-    EXPECT_EQ(container->screenSize(), (NSSize{640, 480}));
-    EXPECT_EQ(container->containerSize(), (NSSize{640, 480}));
-    EXPECT_EQ(container->textBox(), (NSRect{{0, 0}, {640, 480}}));
-    EXPECT_TRUE(container->fullscreen());
-    EXPECT_TRUE(container->widthTracksTextView());
-    EXPECT_TRUE(container->heightTracksTextView());
-}
-
 TEST(ScreenTextContainer, TheContainerIsAsLargeAsTheScreenOrTheBox) {
     const auto container = QzScreenTextContainer::initWithScreenSize({720, 576});
     container->setTextBox({{5, 5}, {0, 0}});

@@ -1,3 +1,6 @@
+#include <cmath>
+#include <random>
+
 #include <gmock/gmock.h>
 
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
@@ -6,6 +9,7 @@
 #include "tests/support/LogCapture.h"
 #include "tests/support/Palettes.h"
 #include "tests/support/Pixels.h"
+#include "tests/support/RandomChoices.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace qz {
@@ -81,6 +85,84 @@ TEST_F(RenderReportTest, TellsWhereTheBoxEndsTheText) {
     EXPECT_EQ(report.clipped[0].part, Part::text);
     EXPECT_EQ(report.clipped[0].characters, (Range{19, 4}));
     EXPECT_TRUE(reportOf("one\ntwo\nthree\nfour\n \n").isEmpty()) << "blanks are not missed";
+}
+
+/// A title that is mostly too long for its box, which is given by whole per cents or fractional margins.
+struct CrowdedTitle {
+    Attributes attributes;
+    std::string text;
+    float boxHeight;
+};
+
+CrowdedTitle crowdedTitle(RandomChoices& choices, NSSize screen) {
+    const auto fraction = [&](int32_t least, int32_t most, int32_t of) {
+        return static_cast<float>(choices.ConsumeIntegralInRange(least, most)) / static_cast<float>(of);
+    };
+    CrowdedTitle title = {
+        {{QzFontAttribute, choices.PickValueInArray({"DejaVu Sans"_ns, "Noto Sans"_ns, "Inter Variable"_ns})},
+         {QzFontSizeAttribute, number(choices.ConsumeBool() ? fraction(20, 79, 1) : fraction(2000, 7900, 100))},
+         {QzVerticalAlignmentAttribute, integer(choices.ConsumeIntegralInRange(0, 2))},
+         {QzHorizontalAlignmentAttribute, integer(choices.ConsumeIntegralInRange(0, 4))},
+         {QzLeadingAttribute, number(choices.PickValueInArray({0.0, 4.0, 7.3}))}},
+        {},
+        0};
+    for (int words = choices.ConsumeIntegralInRange(1, 60); words > 0; --words) {
+        title.text += choices.PickValueInArray({"a ", "title ", "that ", "Überlänge ", "does\nnot ", "fit ", "\n"});
+    }
+    if (choices.ConsumeBool()) {
+        const auto width = [&] { return screen.width * fraction(0, 3000, 10000); };
+        const float top = screen.height * fraction(0, 4500, 10000), bottom = screen.height * fraction(0, 4500, 10000);
+        title.boxHeight = static_cast<float>(double{screen.height} - (double{top} + double{bottom}));
+        title.attributes.emplace_back(QzBoundingMarginsAttribute, margins(width(), width(), top, bottom));
+    } else {
+        const NSRect box = {{fraction(0, 30, 100), fraction(0, 60, 100)},
+                            {fraction(30, 70, 100), fraction(8, 40, 100)}};
+        title.boxHeight = box.size.height * screen.height;
+        title.attributes.emplace_back(QzBoundingBoxAttribute, NSStringFromRect(box));
+    }
+    return title;
+}
+
+// Places are 32-bit floats, in which a full box seems to have a little room left, or to be a little higher than it is.
+TEST(CrowdedBox, LinesStandBelowOneAnotherAndWhatHasNoRoomIsTold) {
+    const LogCapture log;
+    const uint32_t firstSeed = std::random_device{}();
+    int overflowing = 0;
+    for (uint32_t seed = firstSeed; seed != firstSeed + 4000 && !testing::Test::HasFailure(); ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        RandomChoices choices(seed);
+        const auto screen = choices.PickValueInArray<NSSize>({{1280, 720}, {720, 576}, {1920, 1080}, {3840, 2160}});
+        const CrowdedTitle title = crowdedTitle(choices, screen);
+        const auto palette = paletteWithGlobals(title.attributes);
+        const auto pipeline = QzAnnoStringToScreen::init();
+        pipeline->setPalette(palette);
+        pipeline->setScreenSize(screen, screen);
+        pipeline->setAnnoString(QzAnnoString::initWithString(NSString::stringWithUTF8String(title.text)));
+        const bool isFullScreen = choices.ConsumeBool();
+        const RenderReport report = pipeline->reportInFullScreen(isFullScreen);
+
+        const auto& manager = *pipeline->layoutManager();
+        const Range glyphs = manager.glyphRangeForTextContainer(*pipeline->textContainer());
+        const NSRect box = pipeline->textContainer()->textBox();
+        ASSERT_LE(box.size.height, std::ceil(title.boxHeight)) << "the box has grown";
+        const float top = isFullScreen ? box.origin.y : 0;
+        float bottomBefore = std::max(top, 0.0f);
+        for (Range line{glyphs.location, 0}; line.end() < glyphs.end();) {
+            const NSRect fragment = manager.lineFragmentRectForGlyphAtIndex(static_cast<uint32_t>(line.end()), &line);
+            ASSERT_GE(fragment.origin.y, bottomBefore - 0.001f) << "a line over another";
+            ASSERT_LT(fragment.origin.y, top + box.size.height - 0.005f) << "a line below the box";
+            bottomBefore = fragment.maxY();
+        }
+        const std::u16string& characters = pipeline->annoString()->string()->characters();
+        const uint64_t end = glyphs.length > 0 ? manager.characterRangeForGlyphRange(glyphs).end() : 0;
+        const Range rest = {static_cast<uint32_t>(end), static_cast<uint32_t>(characters.size() - end)};
+        const bool isTold = !report.clipped.empty() && report.clipped[0].part == Part::text;
+        ASSERT_EQ(isTold, characters.find_first_not_of(u" \n", end) != characters.npos);
+        ASSERT_EQ(isTold ? report.clipped[0].characters : rest, rest);
+        ASSERT_EQ(manager.firstUnlaidGlyphIndex(), manager.numberOfGlyphs()) << "drawing would wait in vain";
+        overflowing += isTold;
+    }
+    EXPECT_TRUE(testing::Test::HasFailure() || overflowing > 1000) << "hardly a title is too long";
 }
 
 // The full screen's picture, which cuts nothing here, shows what a box picture would have to hold.

@@ -38,7 +38,7 @@ TEST(Containers, anEmptyFragmentEndsTheContainer) {
     // Text without a place has glyphs all the same.
     EXPECT_EQ(system.manager->numberOfGlyphs(), 7u);
     EXPECT_FALSE(system.manager->textContainerForGlyphAtIndex(2));
-    EXPECT_EQ(system.manager->firstUnlaidGlyphIndex(), 0u);
+    EXPECT_EQ(system.manager->firstUnlaidGlyphIndex(), 7u) << "nobody need wait for it";
     EXPECT_EQ(system.manager->lineFragmentRectForGlyphAtIndex(2), NSRect());
 }
 
