@@ -1,5 +1,7 @@
 #include "captions/Ass.h"
 
+#include <utility>
+
 #include "captions/AssScript.h"
 #include "captions/AssText.h"
 #include "captions/CueAnnotator.h"
@@ -8,14 +10,20 @@ namespace qz {
 
 std::optional<std::vector<CaptionProblem>> readAss(const NSData& file, const CueNames& names, const CueSink& sink,
                                                    CaptionProblem* error) {
-    const std::optional<AssScript> script = parseAssScript(file, error);
+    CaptionProblems problems;
+    const std::optional<AssScript> script = parseAssScript(file, problems, error);
     if (!script) return {};
-    std::vector<CaptionProblem> problems = script->problems;
     AssTextReader textReader(*script, problems);
     CueAnnotator annotator(names, problems);
+    uint32_t leftOut = 0;
     for (const AssEvent& event : script->events) {
         AssText read = textReader.read(event);
+        if (read.isDrawing) {
+            ++leftOut;
+            continue;
+        }
         CaptionCue cue;
+        cue.leftOutBefore = std::exchange(leftOut, 0);
         cue.start = event.start;
         cue.end = event.end;
         cue.placement = read.placement;
@@ -23,7 +31,7 @@ std::optional<std::vector<CaptionProblem>> readAss(const NSData& file, const Cue
         cue.line = event.line;
         sink(std::move(cue));
     }
-    return problems;
+    return problems.take();
 }
 
 std::optional<CaptionFile> readAss(const NSData& file, const CueNames& names, CaptionProblem* error) {

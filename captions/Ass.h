@@ -10,7 +10,7 @@ namespace qz {
 
 /// Reads the dialogue of a SubStation Alpha script (see AssScript.h), with styles, speakers and overrides as
 /// annotations of the palette (see AssText.h and CueAnnotator.h). A style is a class; the one named "Default" adds
-/// nothing.
+/// nothing. Lines that hold a drawing alone are left out.
 ///
 /// None, with the reason in `error` and no cue handed over, for a file that is no such script.
 std::optional<std::vector<CaptionProblem>> readAss(const NSData& file, const CueNames& names, const CueSink& sink,

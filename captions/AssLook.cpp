@@ -14,7 +14,7 @@
 namespace qz {
 namespace {
 
-AssColour assColourOf(const NSColor& color) {
+CaptionColour assColourOf(const NSColor& color) {
     const auto [red, green, blue, alpha] = straightColorOf(color);
     return {red, green, blue, alpha};
 }
@@ -33,7 +33,7 @@ double numberUnder(const NSDictionary& attributes, const Ref<NSString>& name) {
 /// A layer that shows, with its width on each side.
 struct Layer {
     bool isShown = false;
-    AssColour colour;
+    CaptionColour colour;
     double width = 0;
     double x = 0;
     double y = 0;
@@ -122,15 +122,15 @@ std::string hex(uint32_t value, int digits) {
     return text;
 }
 
-uint32_t bits(const AssColour& colour) {
+uint32_t bits(const CaptionColour& colour) {
     return static_cast<uint32_t>(colour.blue << 16 | colour.green << 8 | colour.red);
 }
 
-std::string writtenColour(const AssColour& colour) {
+std::string writtenColour(const CaptionColour& colour) {
     return hex(static_cast<uint32_t>(255 - colour.alpha) << 24 | bits(colour), 8);
 }
 
-std::string colourChange(const char* number, const AssColour& from, const AssColour& to) {
+std::string colourChange(const char* number, const CaptionColour& from, const CaptionColour& to) {
     std::string text;
     if (bits(from) != bits(to)) text += std::string("\\") + number + "c" + hex(bits(to), 6) + "&";
     if (from.alpha != to.alpha) text += std::string("\\") + number + "a" + hex(255u - to.alpha, 2) + "&";
@@ -159,7 +159,7 @@ AssLook assLookOf(const NSDictionary& attributes, NSSize screen, std::set<std::s
         look.fontSize = double{font->pointSize()} * assLineHeightOf(*font);
     }
     const auto color = attributes.objectForKey<NSColor>(*QzTextColorAttribute);
-    look.primary = color ? assColourOf(*color) : AssColour{0, 0, 0, 255};
+    look.primary = color ? assColourOf(*color) : CaptionColour{0, 0, 0, 255};
     look.spacing = numberUnder(attributes, NSKernAttributeName);
     look.slant = numberUnder(attributes, NSObliquenessAttributeName);
     readLayers(attributes, look, losses);
@@ -203,7 +203,7 @@ AssLook lookOfStyle(const AssStyle& style, const AssLook& written) {
 std::string writtenStyle(const AssStyle& style) {
     const auto flag = [](bool isSet) { return isSet ? "-1" : "0"; };
     std::string text = style.name + "," + style.fontName + "," + shortNumber(style.fontSize);
-    for (const AssColour& colour : {style.primary, style.primary, style.outline, style.back})
+    for (const CaptionColour& colour : {style.primary, style.primary, style.outline, style.back})
         text += "," + writtenColour(colour);
     text += std::string(",") + flag(style.isBold) + "," + flag(style.isItalic) + ",0,0,100,100";
     text += "," + shortNumber(style.spacing) + ",0," + std::to_string(style.borderStyle);

@@ -17,9 +17,9 @@ struct AssLook {
     AssFont font;
     /// As that of `AssStyle`.
     double fontSize = 0;
-    AssColour primary;
-    AssColour outline = {0, 0, 0, 255};
-    AssColour back = {0, 0, 0, 255};
+    CaptionColour primary;
+    CaptionColour outline = {0, 0, 0, 255};
+    CaptionColour back = {0, 0, 0, 255};
     double outlineWidth = 0;
     double shadowX = 0;
     double shadowY = 0;

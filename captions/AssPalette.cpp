@@ -22,7 +22,7 @@ Ref<NSNumber> number(double value) {
     return NSNumber::numberWithFloat(static_cast<float>(value));
 }
 
-Ref<NSColor> colorOf(const AssColour& colour) {
+Ref<NSColor> colorOf(const CaptionColour& colour) {
     const auto part = [](uint8_t byte) { return static_cast<float>(byte) / 255; };
     return NSColor::colorWithCalibratedRed(part(colour.red), part(colour.green), part(colour.blue), part(colour.alpha));
 }

@@ -79,7 +79,7 @@ public:
         read(name, value);
         flag = value != 0;
     }
-    void read(std::string_view name, AssColour& colour) { take(name, colour, parsedAssColour(text(name))); }
+    void read(std::string_view name, CaptionColour& colour) { take(name, colour, parsedAssColour(text(name))); }
     void read(std::string_view name, double& seconds, double ifMissing) {
         seconds = ifMissing;
         take(name, seconds, parsedTime(text(name)));
@@ -122,7 +122,7 @@ constexpr std::string_view kEventColumns = "Layer, Start, End, Style, Name, Marg
 
 class Parser {
 public:
-    explicit Parser(AssScript& script) : script_(script) {}
+    Parser(AssScript& script, CaptionProblems& problems) : script_(script), problems_(problems) {}
 
     /// Whether there were styles or events.
     bool parse(std::string_view text) {
@@ -143,9 +143,11 @@ public:
 private:
     enum class Section { none, info, styles, oldStyles, events };
 
-    void report(std::string message) {
-        script_.problems.push_back({CaptionProblem::malformed, line_, std::move(message)});
+    void report(std::string message, CaptionProblem::Kind kind = CaptionProblem::malformed) {
+        problems_.add(kind, line_, std::move(message));
     }
+
+    void tellNotShown(std::string message) { problems_.addOnce(CaptionProblem::notShown, line_, std::move(message)); }
 
     void parseLine(std::string_view line) {
         const std::string_view content = trimmed(line);
@@ -159,7 +161,10 @@ private:
         if (equalNames(name, "Format")) {
             columns_ = columnNames(value);
         } else if (section_ == Section::events) {
-            if (equalNames(name, "Dialogue")) readEvent(value);
+            if (equalNames(name, "Dialogue"))
+                readEvent(value);
+            else if (!equalNames(name, "Comment"))
+                tellNotShown(quotedExcerpt(name) + " lines show nothing");
         } else if (equalNames(name, "Style")) {
             readStyle(value);
         }
@@ -174,18 +179,41 @@ private:
         for (const auto& [name, section] : kSections) {
             if (equalNames(title, name)) section_ = section;
         }
+        if (equalNames(title, "[Fonts]"))
+            tellNotShown("the fonts in the script are not used; give their folder with --font-dir");
+        if (equalNames(title, "[Graphics]")) tellNotShown("the pictures in the script are not shown");
         isScript_ |= section_ != Section::none && section_ != Section::info;
         columns_ = columnNames(section_ == Section::events ? kEventColumns : kStyleColumns);
     }
 
     void readInfo(std::string_view name, std::string_view value) {
         double* const size = equalNames(name, "PlayResX") ? &width_ : equalNames(name, "PlayResY") ? &height_ : nullptr;
-        if (!size) return;
+        if (!size) return tellSetting(name, value);
         const auto number = parsedNumber(value);
         if (number && *number >= 1)
             *size = *number;
         else
             report(std::string(name) + " " + quotedExcerpt(value) + " is no size of a screen and is ignored");
+    }
+
+    // Keys of a script's own looks, with the value at which it is drawn as it asks.
+    void tellSetting(std::string_view name, std::string_view value) {
+        constexpr struct {
+            const char *name, *drawn, *instead;
+        } kSettings[] = {
+            {"WrapStyle", "1", "lines are filled from the first on"},
+            {"ScaledBorderAndShadow", "yes", "outlines and shadows are scaled with the screen"},
+            {"YCbCr Matrix", "None", "colours are those of RGB, as they stand"},
+            {"Collisions", "Normal", "later lines make room"},
+            {"Timer", "100.0000", "times are taken as they stand"},
+            {"Kerning", "yes", "letters are kerned"},
+            {"Language", "", "give the language with --lang"},
+        };
+        for (const auto& setting : kSettings) {
+            if (!equalNames(name, setting.name) || value.empty() || equalNames(value, setting.drawn)) continue;
+            if (parsedNumber(value) && parsedNumber(value) == parsedNumber(setting.drawn)) continue;
+            tellNotShown(std::string(name) + " " + quotedExcerpt(value) + " is not followed; " + setting.instead);
+        }
     }
 
     void tellUnread(const Row& row) {
@@ -207,6 +235,8 @@ private:
         row.read("OutlineColour", style.outline);
         row.read("Bold", style.isBold);
         row.read("Italic", style.isItalic);
+        row.read("Underline", style.isUnderlined);
+        row.read("StrikeOut", style.isStruck);
         row.read("Spacing", style.spacing);
         row.read("BorderStyle", style.borderStyle);
         row.read("Outline", style.outlineWidth);
@@ -236,8 +266,7 @@ private:
     }
 
     static void readUnsupported(Row& row, AssStyle& style) {
-        constexpr std::pair<const char*, double> kUsual[] = {
-            {"Underline", 0}, {"StrikeOut", 0}, {"ScaleX", 100}, {"ScaleY", 100}, {"Angle", 0}};
+        constexpr std::pair<const char*, double> kUsual[] = {{"ScaleX", 100}, {"ScaleY", 100}, {"Angle", 0}};
         for (const auto& [name, usual] : kUsual) {
             double value = usual;
             row.read(name, value);
@@ -253,6 +282,8 @@ private:
         event.speaker = row.text("Name");
         if (event.speaker.empty()) event.speaker = row.text("Actor");
         event.text = row.raw("Text");
+        event.effect = row.text("Effect");
+        row.read("Layer", event.layer);
         row.read("Start", event.start, -1);
         row.read("End", event.end, -1);
         row.read("MarginL", event.marginLeft);
@@ -260,11 +291,13 @@ private:
         row.read("MarginV", event.marginVertical);
         if (event.start < 0 || event.end < 0) {
             return report("the times " + quotedExcerpt(row.text("Start")) + " and " + quotedExcerpt(row.text("End")) +
-                          " are not written as 0:01:02.50; the line is skipped");
+                              " are not written as 0:01:02.50; the line is skipped",
+                          CaptionProblem::notShown);
         }
         if (event.text.size() > Limits::kTitleUnitsMax) {
             return report("the line has " + std::to_string(event.text.size()) + " characters; " +
-                          std::to_string(Limits::kTitleUnitsMax) + " are the most; it is skipped");
+                              std::to_string(Limits::kTitleUnitsMax) + " are the most; it is skipped",
+                          CaptionProblem::notShown);
         }
         if (event.end < event.start) {
             report("the line ends before it starts; it is kept without a length");
@@ -275,6 +308,7 @@ private:
     }
 
     AssScript& script_;
+    CaptionProblems& problems_;
     uint32_t line_ = 0;
     Section section_ = Section::none;
     std::vector<std::string_view> columns_;
@@ -285,7 +319,7 @@ private:
 
 }  // namespace
 
-std::optional<AssColour> parsedAssColour(std::string_view text) {
+std::optional<CaptionColour> parsedAssColour(std::string_view text) {
     text = trimmed(text);
     int base = 10;
     if (text.starts_with("&H") || text.starts_with("&h") || text.starts_with("0x")) {
@@ -298,8 +332,8 @@ std::optional<AssColour> parsedAssColour(std::string_view text) {
     // Old writers give negative numbers, whose lower 32 bits count.
     if (error != std::errc() || end != text.data() + text.size()) return {};
     const auto bits = static_cast<uint32_t>(value);
-    return AssColour{static_cast<uint8_t>(bits), static_cast<uint8_t>(bits >> 8), static_cast<uint8_t>(bits >> 16),
-                     static_cast<uint8_t>(255 - (bits >> 24))};
+    return CaptionColour{static_cast<uint8_t>(bits), static_cast<uint8_t>(bits >> 8), static_cast<uint8_t>(bits >> 16),
+                         static_cast<uint8_t>(255 - (bits >> 24))};
 }
 
 const AssStyle* AssScript::styleNamed(std::string_view name) const {
@@ -310,12 +344,12 @@ const AssStyle* AssScript::styleNamed(std::string_view name) const {
     return otherwise == stylePlaces.end() ? nullptr : &styles[otherwise->second];
 }
 
-std::optional<AssScript> parseAssScript(const NSData& file, CaptionProblem* error) {
-    const std::optional<std::string> text = unicodeTextOfFile(file, error);
+std::optional<AssScript> parseAssScript(const NSData& file, CaptionProblems& problems, CaptionProblem* error) {
+    const std::optional<std::string> text = unicodeTextOfFile(file, problems, error);
     if (!text) return {};
     AssScript script;
     script.text = std::make_unique<const std::string>(withLineFeeds(*text));
-    if (Parser(script).parse(*script.text)) return script;
+    if (Parser(script, problems).parse(*script.text)) return script;
     if (error)
         *error = {CaptionProblem::malformed, 1, "is no SubStation Alpha script; it has neither styles nor events"};
     return {};

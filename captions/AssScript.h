@@ -8,22 +8,15 @@
 #include <string_view>
 #include <vector>
 
+#include "captions/CaptionColour.h"
 #include "captions/CaptionProblem.h"
 #include "platform/foundation/NSData.h"
 
 namespace qz {
 
-/// A colour of an Advanced SubStation Alpha script; there alpha is how transparent it is, here how opaque.
-struct AssColour {
-    uint8_t red = 255;
-    uint8_t green = 255;
-    uint8_t blue = 255;
-    uint8_t alpha = 255;
-    friend bool operator==(const AssColour&, const AssColour&) = default;
-};
-
-/// "&H00FFFFFF", "&HFFFFFF&" or a decimal number, as alpha, blue, green, red from the highest byte.
-std::optional<AssColour> parsedAssColour(std::string_view text);
+/// "&H00FFFFFF", "&HFFFFFF&" or a decimal number, as alpha, blue, green, red from the highest byte. There alpha is how
+/// transparent a colour is, here how opaque.
+std::optional<CaptionColour> parsedAssColour(std::string_view text);
 
 /// A style. Lengths are in script pixels, of which the screen has `AssScript::width` by `height`.
 struct AssStyle {
@@ -32,11 +25,13 @@ struct AssStyle {
     std::string fontName = "Arial";
     /// The height of a line, ascent and descent of the font together (its usWinAscent and usWinDescent).
     double fontSize = 18;
-    AssColour primary;
-    AssColour outline = {0, 0, 0, 255};
-    AssColour back = {0, 0, 0, 255};
+    CaptionColour primary;
+    CaptionColour outline = {0, 0, 0, 255};
+    CaptionColour back = {0, 0, 0, 255};
     bool isBold = false;
     bool isItalic = false;
+    bool isUnderlined = false;
+    bool isStruck = false;
     double spacing = 0;
     /// 3 and 4 are boxes, of the outline's or the back's colour.
     int borderStyle = 1;
@@ -49,7 +44,7 @@ struct AssStyle {
     double marginLeft = 10;
     double marginRight = 10;
     double marginVertical = 10;
-    /// What the style asks for and nothing here has, such as "Underline".
+    /// What the style asks for and nothing here has, such as "ScaleX".
     std::vector<std::string> unsupported;
     uint32_t line = 0;
 };
@@ -62,6 +57,9 @@ struct AssEvent {
     std::string_view style;
     std::string_view speaker;
     std::string_view text;
+    /// What moves the line about: "Banner;20".
+    std::string_view effect;
+    double layer = 0;
     /// 0 for the style's.
     double marginLeft = 0;
     double marginRight = 0;
@@ -77,7 +75,6 @@ struct AssScript {
     std::map<std::string, size_t, std::less<>> stylePlaces;
     /// In the order of the file.
     std::vector<AssEvent> events;
-    std::vector<CaptionProblem> problems;
     /// What the events point into.
     std::unique_ptr<const std::string> text;
 
@@ -88,9 +85,9 @@ struct AssScript {
 
 /// Reads an Advanced SubStation Alpha script, or one of its forerunner (`[V4 Styles]`), in UTF-8 or in UTF-16 with a
 /// byte-order mark, as players do: sections in any order, columns as each section's Format line names them, a column
-/// that is missing or cannot be read at its default. What is not in the form is a problem; embedded fonts and pictures
-/// and sections of editors are not looked at. None, with the reason in `error`, for another encoding, and for a file
-/// with neither styles nor events.
-std::optional<AssScript> parseAssScript(const NSData& file, CaptionProblem* error);
+/// that is missing or cannot be read at its default. What is not in the form is a problem, and so is what the script
+/// asks for as a whole and titles do not show; sections of editors are not looked at. None, with the reason in `error`,
+/// for another encoding, and for a file with neither styles nor events.
+std::optional<AssScript> parseAssScript(const NSData& file, CaptionProblems& problems, CaptionProblem* error);
 
 }  // namespace qz

@@ -4,21 +4,16 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <optional>
 
+#include "captions/AssOverride.h"
 #include "captions/PadPlace.h"
 #include "platform/foundation/DiagnosticText.h"
+#include "platform/foundation/NSNumber.h"
 #include "platform/foundation/NSString.h"
 
 namespace qz {
 namespace {
-
-std::string nameOf(const AssColour& colour) {
-    char text[8];
-    std::snprintf(text, sizeof text, "#%02x%02x%02x", colour.red, colour.green, colour.blue);
-    return text;
-}
 
 std::string_view trimmed(std::string_view text) {
     text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
@@ -45,12 +40,10 @@ std::optional<std::pair<double, double>> pointOf(std::string_view text) {
 class AssTextReader::Builder {
 public:
     Builder(AssTextReader& reader, const AssEvent& event) : reader_(reader), event_(event) {
-        const AssStyle* const style = reader.script_.styleNamed(event.style);
-        padPlace_ = style ? style->alignment : 2;
+        lineStyle_ = style_ = styleNamed(event.style);
+        padPlace_ = style_->alignment;
         // Every script has a style of that name, for what has no other.
-        std::string_view name = event.style;
-        if (name.starts_with('*')) name.remove_prefix(1);
-        if (!name.empty() && name != "Default") begin(CueSpan::styleClass, std::string(name));
+        if (lineName() != "Default") begin(CueSpan::styleClass, std::string(lineName()));
         if (!event.speaker.empty()) begin(CueSpan::voice, std::string(event.speaker));
         fixed_ = open_.size();
     }
@@ -69,6 +62,8 @@ public:
                 rest.remove_prefix(addText(rest));
             }
         }
+        result_.isDrawing = hasDrawing_ && result_.text.text.empty();
+        tellLine();
         while (!open_.empty()) close(open_.size() - 1);
         std::erase_if(result_.text.spans, [](const CueSpan& span) { return span.range.length == 0; });
         place();
@@ -81,9 +76,28 @@ private:
         CueSpan::Kind kind;
     };
 
-    void reportOnce(const std::string& message) {
-        if (reader_.told_.insert(message).second)
-            reader_.problems_.push_back({CaptionProblem::malformed, event_.line, message});
+    void tellNotShown(std::string message, std::string matter = {}) {
+        reader_.problems_.addOnce(CaptionProblem::notShown, event_.line, std::move(message), std::move(matter));
+    }
+
+    void tellLine() {
+        if (event_.layer != 0)
+            tellNotShown("Layer " + shortestDecimal(event_.layer) + " is ignored; later lines lie over earlier ones",
+                         "Layer");
+        if (!event_.effect.empty())
+            tellNotShown("the effect " + quotedExcerpt(event_.effect) + " is ignored", "Effect");
+    }
+
+    std::string_view lineName() const {
+        std::string_view name = event_.style;
+        if (name.starts_with('*')) name.remove_prefix(1);
+        return name.empty() ? "Default" : name;
+    }
+
+    const AssStyle* styleNamed(std::string_view name) const {
+        static const AssStyle kDefault;
+        const AssStyle* const style = reader_.script_.styleNamed(name);
+        return style ? style : &kDefault;
     }
 
     uint32_t length() const { return static_cast<uint32_t>(result_.text.text.size()); }
@@ -118,47 +132,31 @@ private:
             shown += next == 'N' ? "\n" : next == 'n' ? " " : next == 'h' ? "\u00A0" : std::string(1, next);
             i += 2;
         } while (i < text.size() && text[i] != '{');
-        if (isDrawing_) return i;
+        if (isDrawing_) {
+            tellNotShown("drawings are left out, and lines that hold nothing else");
+            hasDrawing_ = true;
+            return i;
+        }
         std::u16string units = utf16FromUtf8(shown);
         std::ranges::replace(units, u'\0', u'\uFFFD');
         result_.text.text += units;
         return i;
     }
 
-    // "\i1\c&H00FF00&", with anything between the overrides.
     void readOverrides(std::string_view inside) {
-        inside.remove_prefix(std::min(inside.find('\\'), inside.size()));
-        while (!inside.empty()) {
-            inside.remove_prefix(1);
-            // What stands in brackets may hold overrides of its own: "\t(\fs20)". Without an end it reaches to the
-            // last.
-            size_t end = inside.find_first_of("(\\");
-            if (end != std::string_view::npos && inside[end] == '(') {
-                end = inside.find(')', end);
-                if (end != std::string_view::npos) end = inside.find('\\', end);
-            }
-            const std::string_view override = inside.substr(0, end);
-            if (!readOverride(trimmed(override))) reportOnce("{\\" + oneLine(kindOf(override)) + "} shows nothing");
-            inside.remove_prefix(override.size());
-        }
+        forEachAssOverride(inside, [this](const AssOverride& override) {
+            if (!readOverride(override)) tellNotShown("{\\" + oneLine(override.kind) + "} shows nothing");
+        });
     }
 
-    // "fs" of "fs20", "1c" of "1c&HFF&".
-    static std::string_view kindOf(std::string_view override) {
-        size_t end = 0;
-        const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
-        if (end < override.size() && override[end] >= '1' && override[end] <= '4') ++end;
-        while (end < override.size() && end < 8 && isLetter(override[end])) ++end;
-        return override.substr(0, end);
-    }
-
-    bool readOverride(std::string_view override) {
-        const std::string_view kind = kindOf(override);
-        const std::string_view value = trimmed(override.substr(kind.size()));
-        if (kind == "b") return toggle(CueSpan::bold, value);
-        if (kind == "i") return toggle(CueSpan::italic, value);
-        if (kind == "u") return toggle(CueSpan::underline, value);
+    bool readOverride(const AssOverride& override) {
+        const auto& [text, kind, value] = override;
+        if (kind == "b") return toggle(CueSpan::bold, value, style_->isBold);
+        if (kind == "i") return toggle(CueSpan::italic, value, style_->isItalic);
+        if (kind == "u") return toggle(CueSpan::underline, value, style_->isUnderlined);
+        if (kind == "s") return toggle(CueSpan::strikeThrough, value, style_->isStruck);
         if (kind == "c" || kind == "1c") return colour(value);
+        if (kind == "alpha" || kind == "1a") return alpha(kind, value);
         if (kind == "p") {
             isDrawing_ = !value.empty() && value != "0";
             return true;
@@ -166,36 +164,63 @@ private:
         if (kind == "pos") return position(value);
         if (kind == "an" || kind == "a") {
             // The first counts.
-            const auto place = padPlace(override);
+            const auto place = padPlace(text);
             if (place && !isPlaced_) padPlace_ = *place;
             isPlaced_ |= place.has_value();
             return place.has_value();
         }
         // A style's name runs into the letter.
-        if (override.starts_with('r')) return reset(trimmed(override.substr(1)));
+        if (text.starts_with('r')) return reset(trimmed(text.substr(1)));
         return false;
     }
 
-    bool toggle(CueSpan::Kind kind, std::string_view value) {
+    bool toggle(CueSpan::Kind kind, std::string_view value, bool isStyles) {
         end(kind);
-        // Weights of 100 to 900 as well; 400 is regular.
+        if (value.empty()) return true;
         int number = 0;
         std::from_chars(value.data(), value.data() + value.size(), number);
-        if (number == 1 || number > 400) begin(kind, {});
+        const bool isWeight = kind == CueSpan::bold && number >= 100;
+        if (isWeight && number != 400 && number != 700)
+            tellNotShown("weights are either regular or bold; {\\b" + std::to_string(number) + "} is the nearer one",
+                         "weight");
+        // 400 is regular.
+        if (isWeight ? number > 400 : number == 1)
+            begin(kind, {});
+        else if (isStyles)
+            begin(kind, "0");
         return true;
     }
 
     bool colour(std::string_view value) {
-        end(CueSpan::colour);
-        if (value.empty()) return true;
-        const auto parsed = parsedAssColour(value);
-        if (parsed) begin(CueSpan::colour, nameOf(*parsed));
-        return parsed.has_value();
+        colour_ = value.empty() ? std::nullopt : parsedAssColour(value);
+        showColour();
+        return colour_ || value.empty();
     }
 
-    bool reset(std::string_view style) {
+    bool alpha(std::string_view kind, std::string_view value) {
+        const auto parsed = value.empty() ? std::nullopt : parsedAssColour(value);
+        alpha_ = parsed ? std::optional(static_cast<uint8_t>(255 - parsed->red)) : std::nullopt;
+        showColour();
+        if (parsed && kind == "alpha") tellNotShown("{\\alpha} holds for the letters, not for what lies beneath them");
+        return parsed || value.empty();
+    }
+
+    void showColour() {
+        end(CueSpan::colour);
+        if (!colour_ && !alpha_) return;
+        CaptionColour shown = colour_.value_or(style_->primary);
+        shown.alpha = alpha_.value_or(style_->primary.alpha);
+        begin(CueSpan::colour, nameOfColour(shown));
+    }
+
+    bool reset(std::string_view name) {
         while (open_.size() > fixed_) close(open_.size() - 1);
-        if (!style.empty() && style != "Default") begin(CueSpan::styleClass, std::string(style));
+        colour_.reset();
+        alpha_.reset();
+        if (name.starts_with('*')) name.remove_prefix(1);
+        const bool isLines = name.empty() || name == lineName();
+        style_ = isLines ? lineStyle_ : styleNamed(name);
+        if (!isLines) begin(CueSpan::reset, std::string(name));
         return true;
     }
 
@@ -221,10 +246,9 @@ private:
             placement.line = CuePlacement::Line{percent(point_->second, reader_.script_.height), true, row};
             return;
         }
-        const AssStyle* const style = reader_.script_.styleNamed(event_.style);
         if (event_.marginLeft > 0 || event_.marginRight > 0) {
-            const double left = event_.marginLeft > 0 || !style ? event_.marginLeft : style->marginLeft;
-            const double right = event_.marginRight > 0 || !style ? event_.marginRight : style->marginRight;
+            const double left = event_.marginLeft > 0 ? event_.marginLeft : lineStyle_->marginLeft;
+            const double right = event_.marginRight > 0 ? event_.marginRight : lineStyle_->marginRight;
             placement.position = percent(left, reader_.script_.width);
             placement.positionEdge = Edge::start;
             placement.size = percent(reader_.script_.width - left - right, reader_.script_.width);
@@ -243,7 +267,14 @@ private:
     std::vector<Open> open_;
     // Of the open spans, those that nothing closes: the line's style and speaker.
     size_t fixed_ = 0;
+    // Of the script, or one of defaults.
+    const AssStyle* lineStyle_ = nullptr;
+    // The one that a reset has put in its place.
+    const AssStyle* style_ = nullptr;
+    std::optional<CaptionColour> colour_;
+    std::optional<uint8_t> alpha_;
     bool isDrawing_ = false;
+    bool hasDrawing_ = false;
     int padPlace_ = 2;
     bool isPlaced_ = false;
     std::optional<std::pair<double, double>> point_;

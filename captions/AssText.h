@@ -1,10 +1,5 @@
 #pragma once
 
-#include <set>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "captions/AssScript.h"
 #include "captions/CaptionProblem.h"
 #include "captions/CuePlacement.h"
@@ -15,18 +10,21 @@ namespace qz {
 struct AssText {
     CueText text;
     CuePlacement placement;
+    /// Whether it holds a drawing and nothing else.
+    bool isDrawing = false;
 };
 
 /// Reads the text of lines of dialogue.
 ///
-/// `{\b}`, `{\i}`, `{\u}`, `{\c}` and `{\r}` with a style become spans, a colour's name being "#ffee00"; `{\an}`,
-/// `{\a}`, `{\pos}` and the line's margins become its placement. Other overrides show nothing and are reported, each
-/// kind once for the file; drawings (`{\p1}`) are left out, and what stands in braces without a backslash is a comment.
+/// `{\b}`, `{\i}`, `{\u}`, `{\s}` and `{\r}` with a style become spans, and so do `{\c}`, `{\1a}` and `{\alpha}`, by a
+/// colour's name: "#ffee00", with alpha "#ffee0080". A trait that an override takes from a style which has it is a span
+/// of the name "0". `{\an}`, `{\a}`, `{\pos}` and the line's margins become its placement. Other overrides show nothing
+/// and are reported, each kind once for the file, and so are drawings (`{\p1}`), layers and effects; what stands in
+/// braces without a backslash is a comment.
 class AssTextReader {
 public:
     /// Both outlive this object.
-    AssTextReader(const AssScript& script, std::vector<CaptionProblem>& problems)
-        : script_(script), problems_(problems) {}
+    AssTextReader(const AssScript& script, CaptionProblems& problems) : script_(script), problems_(problems) {}
 
     AssText read(const AssEvent& event);
 
@@ -34,8 +32,7 @@ private:
     class Builder;
 
     const AssScript& script_;
-    std::vector<CaptionProblem>& problems_;
-    std::set<std::string> told_;
+    CaptionProblems& problems_;
 };
 
 }  // namespace qz

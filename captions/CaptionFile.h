@@ -31,6 +31,9 @@ struct CaptionCue {
     std::string preamble;
     /// The line of the time line, from 1.
     uint32_t line = 0;
+    /// How many cues behind the one before are left out, since they hold nothing that titles show. They count when
+    /// cues are numbered.
+    uint32_t leftOutBefore = 0;
 };
 
 struct CaptionFile {

@@ -4,21 +4,11 @@
 #include <charconv>
 #include <cstdint>
 
+#include "captions/NamedCharacters.h"
 #include "platform/foundation/NSString.h"
 
 namespace qz {
 namespace {
-
-struct NamedCharacter {
-    std::string_view name;
-    std::string_view utf8;
-    bool needsSemicolon;
-};
-
-constexpr NamedCharacter kNamed[] = {
-    {"amp", "&", false},     {"lt", "<", false},      {"gt", ">", false},    {"nbsp", "\u00A0", false},
-    {"lrm", "\u200E", true}, {"rlm", "\u200F", true}, {"quot", "\"", false}, {"apos", "'", true},
-};
 
 // Numbers of the C1 controls are read as Windows' characters; 0 where that has none.
 constexpr char16_t kWindows[32] = {0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
@@ -52,11 +42,14 @@ CharacterReference numberAt(std::string_view text) {
 
 CharacterReference characterReferenceAt(std::string_view text) {
     if (text.starts_with("&#")) return numberAt(text);
-    const std::string_view behind = text.substr(1);
-    for (const auto& [name, utf8, needsSemicolon] : kNamed) {
-        if (!behind.starts_with(name)) continue;
-        const bool hasSemicolon = behind.substr(name.size()).starts_with(';');
-        if (hasSemicolon || !needsSemicolon) return {1 + name.size() + (hasSemicolon ? 1 : 0), std::string(utf8)};
+    // The longest name counts: "&notin;" is one, though "&not" is one as well.
+    constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    std::string_view name = text.substr(1, kCharacterNameMax);
+    const size_t end = std::min(name.find_first_not_of(kLetters), name.size());
+    name = name.substr(0, end + (name.substr(end).starts_with(';') ? 1 : 0));
+    for (; !name.empty(); name.remove_suffix(1)) {
+        const std::string_view utf8 = characterNamed(name);
+        if (!utf8.empty()) return {1 + name.size(), std::string(utf8)};
     }
     return {};
 }

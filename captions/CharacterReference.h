@@ -11,9 +11,9 @@ struct CharacterReference {
     std::string utf8;
 };
 
-/// The character reference at the begin of a text, which is a "&": the names that WebVTT knows, with those of quotation
-/// marks, and numbers as in HTML (WHATWG HTML, "numeric character reference end state"). The semicolon may be missing
-/// where HTML lets it.
+/// The character reference at the start of a text, which is a "&": names and numbers as in HTML (WHATWG HTML, "named
+/// character reference state", "numeric character reference end state"). The semicolon may be missing where HTML lets
+/// it.
 CharacterReference characterReferenceAt(std::string_view text);
 
 }  // namespace qz

@@ -11,6 +11,7 @@ namespace {
 const char* nameOfTag(CueSpan::Kind kind) {
     switch (kind) {
         case CueSpan::styleClass:
+        case CueSpan::reset:
             return "c";
         case CueSpan::bold:
             return "b";
@@ -18,12 +19,33 @@ const char* nameOfTag(CueSpan::Kind kind) {
             return "i";
         case CueSpan::underline:
             return "u";
+        case CueSpan::strikeThrough:
+            return "s";
         case CueSpan::voice:
             return "v";
         case CueSpan::colour:
             return "font";
+        case CueSpan::language:
+            return "lang";
     }
     return "";
+}
+
+/// The annotation that a span stands for, by its name as it is written.
+std::string nameOf(const CueSpan& span) {
+    const std::string tag = nameOfTag(span.kind);
+    switch (span.kind) {
+        case CueSpan::styleClass:
+        case CueSpan::reset:
+        case CueSpan::colour:
+            return span.name;
+        case CueSpan::voice:
+            return span.name.empty() ? tag : span.name;
+        case CueSpan::language:
+            return tag + " " + span.name;
+        default:
+            return tag + span.name;
+    }
 }
 
 }  // namespace
@@ -43,7 +65,7 @@ Ref<QzAnnoKey> CueAnnotator::keyOf(const CueSpan& span) {
     Ref<QzAnnoKey> key = find(span, names_.palette);
     if (!key) {
         report(span);
-        if (names_.others) key = names_.others->keyNamed(span.name.empty() ? nameOfTag(span.kind) : span.name);
+        if (names_.others) key = names_.others->keyNamed(nameOf(span));
     }
     if (key && !key->isDefault()) place->second = std::move(key);
     return place->second;
@@ -51,36 +73,54 @@ Ref<QzAnnoKey> CueAnnotator::keyOf(const CueSpan& span) {
 
 Ref<QzAnnoKey> CueAnnotator::find(const CueSpan& span, const QzAnnoPalette& palette) {
     const auto named = [&](std::string_view name) { return palette.findAnnoKey(NSString::stringWithUTF8String(name)); };
-    Ref<QzAnnoKey> key = span.name.empty() ? nullptr : named(span.name);
-    if (key) return key;
-    std::string otherwise = span.name;
-    if (span.kind == CueSpan::styleClass)
-        std::ranges::replace(otherwise, '_', ' ');
-    else if (span.kind == CueSpan::colour)
-        std::ranges::transform(otherwise, otherwise.begin(),
-                               [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c; });
-    else
-        otherwise = nameOfTag(span.kind);
-    return named(otherwise);
+    const std::string tag = nameOfTag(span.kind);
+    switch (span.kind) {
+        case CueSpan::styleClass:
+        case CueSpan::reset: {
+            std::string spaced = span.name;
+            std::ranges::replace(spaced, '_', ' ');
+            const Ref<QzAnnoKey> key = named(span.name);
+            return key ? key : named(spaced);
+        }
+        case CueSpan::colour: {
+            std::string small = span.name;
+            std::ranges::transform(small, small.begin(),
+                                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c; });
+            const Ref<QzAnnoKey> key = named(span.name);
+            return key ? key : named(small);
+        }
+        case CueSpan::voice: {
+            const Ref<QzAnnoKey> key = span.name.empty() ? nullptr : named(span.name);
+            return key ? key : named(tag);
+        }
+        default:
+            return named(nameOf(span));
+    }
 }
 
 void CueAnnotator::report(const CueSpan& span) {
     const std::string tag = nameOfTag(span.kind);
     const std::string name = quotedExcerpt(span.name);
     const std::string effect = names_.others ? " changes nothing" : " is ignored";
-    if (span.kind == CueSpan::styleClass) {
-        problems_.push_back({CaptionProblem::unknownClass, span.line,
-                             "the class " + name + effect + "; the palette has no annotation of that name"});
-    } else if (span.kind == CueSpan::colour) {
-        problems_.push_back({CaptionProblem::unknownClass, span.line,
-                             "the colour " + name + effect + "; the palette has no annotation of that name"});
-    } else if (span.name.empty()) {
-        problems_.push_back({CaptionProblem::unknownName, span.line,
-                             "<" + tag + "> adds nothing; the palette has no annotation \"" + tag + "\""});
-    } else {
-        problems_.push_back(
-            {CaptionProblem::unknownName, span.line,
-             "the voice " + name + " adds nothing; the palette has no annotation of that name and none \"v\""});
+    const std::string noAnnotation = "; the palette has no annotation of that name";
+    switch (span.kind) {
+        case CueSpan::styleClass:
+        case CueSpan::reset:
+            return problems_.add(CaptionProblem::unknownClass, span.line, "the class " + name + effect + noAnnotation);
+        case CueSpan::colour:
+            return problems_.add(CaptionProblem::unknownClass, span.line, "the colour " + name + effect + noAnnotation);
+        case CueSpan::voice:
+            return problems_.add(CaptionProblem::unknownName, span.line,
+                                 span.name.empty()
+                                     ? "<v> adds nothing; the palette has no annotation \"v\""
+                                     : "the voice " + name + " adds nothing" + noAnnotation + " and none \"v\"");
+        case CueSpan::language:
+            return problems_.add(CaptionProblem::unknownName, span.line, "the language " + name + " adds nothing");
+        default:
+            // What takes a trait away takes it from a style that is not drawn either.
+            if (span.name.empty())
+                problems_.add(CaptionProblem::unknownName, span.line,
+                              "<" + tag + "> adds nothing; the palette has no annotation \"" + tag + "\"");
     }
 }
 

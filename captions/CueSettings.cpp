@@ -26,10 +26,15 @@ constexpr std::pair<std::string_view, Alignment> kAlignments[] = {{"start", Alig
                                                                   {"end", Alignment::end},
                                                                   {"left", Alignment::left},
                                                                   {"right", Alignment::right}};
+// What drafts of the format had in their place is read as it was meant, and told.
+constexpr std::pair<std::string_view, Alignment> kOldAlignments[] = {{"middle", Alignment::centre}};
 constexpr std::pair<std::string_view, Edge> kLineEdges[] = {
     {"start", Edge::start}, {"center", Edge::centre}, {"end", Edge::end}};
+constexpr std::pair<std::string_view, Edge> kOldLineEdges[] = {{"middle", Edge::centre}};
 constexpr std::pair<std::string_view, Edge> kPositionEdges[] = {
     {"line-left", Edge::start}, {"center", Edge::centre}, {"line-right", Edge::end}};
+constexpr std::pair<std::string_view, Edge> kOldPositionEdges[] = {
+    {"start", Edge::start}, {"middle", Edge::centre}, {"end", Edge::end}};
 
 // Digits with at most one point among them, and a sign before them.
 std::optional<double> number(std::string_view text) {
@@ -56,38 +61,55 @@ std::pair<std::string_view, std::string_view> inTwo(std::string_view value) {
                                            : std::pair(value.substr(0, comma), value.substr(comma + 1));
 }
 
-bool readLine(std::string_view value, CuePlacement& placement) {
-    const auto [place, edge] = inTwo(value);
-    CuePlacement::Line line;
-    line.isPercentage = place.ends_with('%');
-    const auto distance = line.isPercentage ? percentage(place) : number(place);
-    const auto lineEdge = edge.empty() ? Edge::start : named(edge, kLineEdges);
-    if (!distance || !lineEdge) return false;
-    line.value = *distance;
-    line.edge = *lineEdge;
-    placement.line = line;
-    return true;
+enum class Form { good, doubtful, unknown };
+
+/// The edge of a line or a position. One that does not exist is left out: the number before it stands by itself.
+template <size_t count, size_t oldCount>
+Form readEdge(std::string_view name, const std::pair<std::string_view, Edge> (&edges)[count],
+              const std::pair<std::string_view, Edge> (&oldEdges)[oldCount], std::optional<Edge>& edge) {
+    edge = named(name, edges);
+    if (edge || name.empty()) return Form::good;
+    edge = named(name, oldEdges);
+    return Form::doubtful;
 }
 
-bool readPosition(std::string_view value, CuePlacement& placement) {
+Form readLine(std::string_view value, CuePlacement& placement) {
+    const auto [place, edge] = inTwo(value);
+    const bool isPercentage = place.ends_with('%');
+    const auto distance = isPercentage ? percentage(place) : number(place);
+    if (!distance) return Form::unknown;
+    std::optional<Edge> lineEdge;
+    const Form form = readEdge(edge, kLineEdges, kOldLineEdges, lineEdge);
+    placement.line = CuePlacement::Line{*distance, isPercentage, lineEdge.value_or(Edge::start)};
+    return form;
+}
+
+Form readPosition(std::string_view value, CuePlacement& placement) {
     const auto [place, edge] = inTwo(value);
     const auto position = percentage(place);
-    const auto positionEdge = named(edge, kPositionEdges);
-    if (!position || (!edge.empty() && !positionEdge)) return false;
+    if (!position) return Form::unknown;
     placement.position = position;
-    placement.positionEdge = positionEdge;
-    return true;
+    return readEdge(edge, kPositionEdges, kOldPositionEdges, placement.positionEdge);
 }
 
 template <class Value>
-bool take(const std::optional<Value>& value, std::optional<Value>& into) {
+Form take(const std::optional<Value>& value, std::optional<Value>& into, Form form = Form::good) {
     if (value) into = value;
-    return value.has_value();
+    return value ? form : Form::unknown;
+}
+
+Form readSetting(std::string_view name, std::string_view value, CuePlacement& placement) {
+    if (name == "line") return readLine(value, placement);
+    if (name == "position") return readPosition(value, placement);
+    if (name == "size") return take(percentage(value), placement.size);
+    if (name != "align") return Form::unknown;
+    const Form form = take(named(value, kAlignments), placement.alignment);
+    return form == Form::good ? form : take(named(value, kOldAlignments), placement.alignment, Form::doubtful);
 }
 
 }  // namespace
 
-CuePlacement parseCueSettings(std::string_view settings, uint32_t line, std::vector<CaptionProblem>& problems) {
+CuePlacement parseCueSettings(std::string_view settings, uint32_t line, CaptionProblems& problems) {
     CuePlacement placement;
     while (true) {
         settings.remove_prefix(std::min(settings.find_first_not_of(kBlanks), settings.size()));
@@ -97,16 +119,19 @@ CuePlacement parseCueSettings(std::string_view settings, uint32_t line, std::vec
         const size_t colon = std::min(setting.find(':'), setting.size());
         const std::string_view name = setting.substr(0, colon);
         const std::string_view value = setting.substr(std::min(colon + 1, setting.size()));
-        const bool isKnown = (name == "line" && readLine(value, placement)) ||
-                             (name == "position" && readPosition(value, placement)) ||
-                             (name == "size" && take(percentage(value), placement.size)) ||
-                             (name == "align" && take(named(value, kAlignments), placement.alignment));
-        if (isKnown) continue;
-        const bool isNotShown = (name == "vertical" || name == "region") && !value.empty();
-        problems.push_back({CaptionProblem::malformed, line,
-                            "the setting " + quotedExcerpt(setting) +
-                                (isNotShown ? " is ignored; text is set in lines on the whole screen"
-                                            : " is none that captions have, and is ignored")});
+        const std::string what = "the setting " + quotedExcerpt(setting);
+        if ((name == "vertical" || name == "region") && !value.empty()) {
+            problems.addOnce(CaptionProblem::notShown, line,
+                             what + " is ignored; text is set in lines on the whole screen",
+                             "setting " + std::string(name));
+            continue;
+        }
+        const Form form = readSetting(name, value, placement);
+        if (form == Form::doubtful)
+            problems.add(CaptionProblem::malformed, line,
+                         what + " is not in the form that captions have now; it is read as was meant");
+        else if (form == Form::unknown)
+            problems.add(CaptionProblem::malformed, line, what + " is none that captions have, and is ignored");
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <string_view>
-#include <vector>
 
 #include "captions/CaptionProblem.h"
 #include "captions/CuePlacement.h"
@@ -10,8 +9,8 @@
 namespace qz {
 
 /// Reads what stands behind the times of a WebVTT cue, "line:0 align:start" (W3C WebVTT, "parse the WebVTT cue
-/// settings"). A setting that is not in the format's form adds nothing and is reported, and so are `vertical` and
+/// settings"). A setting that is not in the format's form adds nothing and is reported; so are `vertical` and
 /// `region`, which nothing here can show; of a setting that is given twice the last counts.
-CuePlacement parseCueSettings(std::string_view settings, uint32_t line, std::vector<CaptionProblem>& problems);
+CuePlacement parseCueSettings(std::string_view settings, uint32_t line, CaptionProblems& problems);
 
 }  // namespace qz

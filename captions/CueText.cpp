@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "captions/CharacterReference.h"
+#include "platform/foundation/DiagnosticText.h"
 #include "platform/foundation/NSString.h"
 
 namespace qz {
@@ -82,7 +83,7 @@ StartTag parseStartTag(std::string_view inside) {
 
 class Builder {
 public:
-    explicit Builder(uint32_t line) : line_(line) {}
+    Builder(uint32_t line, CaptionProblems* problems) : line_(line), problems_(problems) {}
 
     void addText(std::string_view text) {
         result_.text += utf16FromUtf8(withReferencesResolved(text));
@@ -95,7 +96,7 @@ public:
         else if (inside.empty() || inside.front() < '0' || inside.front() > '9')
             start(parseStartTag(inside), inside);
         else
-            drop(inside);
+            drop(inside, "the times within cues are ignored; a cue is shown whole from its start", "time");
         line_ += static_cast<uint32_t>(std::ranges::count(inside, '\n'));
     }
 
@@ -118,29 +119,46 @@ private:
         std::vector<OpenSpans::iterator> spans;
     };
 
-    void drop(std::string_view inside) {
+    void report(CaptionProblem::Kind kind, const std::string& message, const std::string& matter) {
+        if (problems_) problems_->addOnce(kind, line_, message, "tag " + matter);
+    }
+
+    void drop(std::string_view inside, const std::string& message, const std::string& matter) {
         if (!inside.empty()) result_.dropped.emplace(inside);
+        report(CaptionProblem::notShown, message, matter);
     }
 
     void start(const StartTag& start, std::string_view inside) {
         const std::optional<Tag> tag = tagOf(start.name);
-        if (!tag || *tag == Tag::lang || *tag == Tag::ruby || *tag == Tag::rt) drop(inside);
-        if (!tag || (*tag == Tag::rt && !innermostIs(Tag::ruby))) return;
+        const std::string name(start.name);
+        if (!tag || (*tag == Tag::rt && !innermostIs(Tag::ruby)))
+            return drop(inside,
+                        quotedExcerpt("<" + name + ">") + (tag ? " is no tag outside <ruby>" : " is no tag") +
+                            " and is dropped",
+                        name);
+        if (*tag == Tag::ruby || *tag == Tag::rt)
+            drop(inside, "<ruby> is set in the line; the text of <rt> stands behind its base", "ruby");
         Node node{*tag, {}};
-        for (const std::string_view name : start.classes) open(node, CueSpan::styleClass, std::string(name));
+        for (const std::string_view each : start.classes) open(node, CueSpan::styleClass, std::string(each));
         if (*tag == Tag::b) open(node, CueSpan::bold, {});
         if (*tag == Tag::i) open(node, CueSpan::italic, {});
         if (*tag == Tag::u) open(node, CueSpan::underline, {});
         if (*tag == Tag::v) open(node, CueSpan::voice, start.annotation);
+        if (*tag == Tag::lang) open(node, CueSpan::language, start.annotation);
         nodes_.push_back(std::move(node));
     }
 
     void end(std::string_view name) {
         const std::optional<Tag> tag = tagOf(name);
-        if (!tag) return;
         // The end of a ruby closes the ruby text in it too.
-        if (*tag == Tag::ruby && innermostIs(Tag::rt)) closeInnermost();
-        if (innermostIs(*tag)) closeInnermost();
+        if (tag == Tag::ruby && innermostIs(Tag::rt)) closeInnermost();
+        if (tag && innermostIs(*tag)) return closeInnermost();
+        const bool isOpen = tag && std::ranges::find(nodes_, *tag, &Node::tag) != nodes_.end();
+        // Of tags that are none the start has been told.
+        report(CaptionProblem::malformed,
+               quotedExcerpt("</" + std::string(name) + ">") +
+                   (isOpen ? " stands before the end of a tag within it" : " closes nothing") + " and is ignored",
+               tag ? "/" + std::string(name) : std::string(name));
     }
 
     bool innermostIs(Tag tag) const { return !nodes_.empty() && nodes_.back().tag == tag; }
@@ -168,12 +186,13 @@ private:
     std::vector<Node> nodes_;
     OpenSpans open_;
     uint32_t line_;
+    CaptionProblems* const problems_;
 };
 
 }  // namespace
 
-CueText parseCueText(std::string_view payload, uint32_t firstLine) {
-    Builder builder(firstLine);
+CueText parseCueText(std::string_view payload, uint32_t firstLine, CaptionProblems* problems) {
+    Builder builder(firstLine, problems);
     while (!payload.empty()) {
         const size_t tag = std::min(payload.find('<'), payload.size());
         builder.addText(payload.substr(0, tag));

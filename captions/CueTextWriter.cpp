@@ -53,6 +53,8 @@ struct Tag {
                 return "u";
             case CueSpan::voice:
                 return "v " + escaped(name);
+            case CueSpan::language:
+                return "lang " + escaped(name);
             default:
                 return "c." + name;
         }
@@ -199,7 +201,7 @@ private:
 std::optional<WrittenCueText> writeCueText(const QzAnnoString& text, const QzAnnoPalette& palette,
                                            std::string_view former, std::string& reason) {
     const CueText formerText = parseCueText(former, 1);
-    std::vector<CaptionProblem> known;
+    CaptionProblems known;
     if (CueAnnotator(palette, known).annotated(formerText)->isEqualToAnnoString(text)) {
         return WrittenCueText{std::string(former), {}};
     }

@@ -134,15 +134,15 @@ private:
 
 class FileReader {
 public:
-    FileReader(std::string_view text, const CueNames& names, const CueSink& sink)
-        : sink_(sink), annotator_(names, problems_), textReader_(problems_) {
+    FileReader(std::string_view text, const CueNames& names, CaptionProblems& problems, const CueSink& sink)
+        : sink_(sink), problems_(problems), annotator_(names, problems_), textReader_(problems_) {
         while (!text.empty()) {
             lines_.push_back(text.substr(0, text.find('\n')));
             text.remove_prefix(std::min(lines_.back().size() + 1, text.size()));
         }
     }
 
-    std::vector<CaptionProblem> read() {
+    void read() {
         while (next_ < lines_.size()) {
             if (isBlank(next_)) {
                 ++next_;
@@ -152,7 +152,6 @@ public:
                 skipStrayLines();
             }
         }
-        return std::move(problems_);
     }
 
 private:
@@ -163,8 +162,8 @@ private:
     }
     static uint32_t numberOf(size_t line) { return static_cast<uint32_t>(line + 1); }
 
-    void report(size_t line, std::string message) {
-        problems_.push_back({CaptionProblem::malformed, numberOf(line), std::move(message)});
+    void report(size_t line, std::string message, CaptionProblem::Kind kind = CaptionProblem::malformed) {
+        problems_.add(kind, numberOf(line), std::move(message));
     }
 
     void readCue() {
@@ -180,8 +179,10 @@ private:
         const size_t length =
             begin < end ? static_cast<size_t>(lines_[end - 1].data() - payload) + lines_[end - 1].size() : 0;
         if (length > Limits::kTitleUnitsMax) {
-            return report(begin, "the cue has " + std::to_string(length) + " characters; " +
-                                     std::to_string(Limits::kTitleUnitsMax) + " are the most; the cue is skipped");
+            return report(begin,
+                          "the cue has " + std::to_string(length) + " characters; " +
+                              std::to_string(Limits::kTitleUnitsMax) + " are the most; the cue is skipped",
+                          CaptionProblem::notShown);
         }
         SubRipText read = textReader_.read({payload, length}, numberOf(begin));
         cue.text = annotator_.annotated(read.text);
@@ -193,11 +194,14 @@ private:
         TimeLineReader times(lines_[line]);
         const std::string shown = "the time line " + quotedExcerpt(lines_[line]);
         if (!times.read(cue)) {
-            report(line, shown + " is not written as 00:01:02,500 --> 00:01:04,000; the cue is skipped");
+            report(line, shown + " is not written as 00:01:02,500 --> 00:01:04,000; the cue is skipped",
+                   CaptionProblem::notShown);
             return false;
         }
         if (!times.isUsual()) report(line, shown + " is read as " + written(cue.start) + " --> " + written(cue.end));
-        if (!times.rest().empty()) report(line, quotedExcerpt(times.rest()) + " behind the times is ignored");
+        if (!times.rest().empty())
+            problems_.addOnce(CaptionProblem::notShown, numberOf(line),
+                              quotedExcerpt(times.rest()) + " behind the times is ignored", "behind the times");
         if (cue.end < cue.start) {
             report(line, "the cue ends before it starts; it is kept without a length");
             cue.end = cue.start;
@@ -223,12 +227,13 @@ private:
 
     void skipStrayLines() {
         report(next_,
-               quotedExcerpt(lines_[next_]) + " belongs to no cue, as no line of times is above it; it is skipped");
+               quotedExcerpt(lines_[next_]) + " belongs to no cue, as no line of times is above it; it is skipped",
+               CaptionProblem::notShown);
         while (next_ < lines_.size() && !isCueStart(next_)) ++next_;
     }
 
     const CueSink& sink_;
-    std::vector<CaptionProblem> problems_;
+    CaptionProblems& problems_;
     CueAnnotator annotator_;
     SubRipTextReader textReader_;
     std::vector<std::string_view> lines_;
@@ -239,9 +244,11 @@ private:
 
 std::optional<std::vector<CaptionProblem>> readSubRip(const NSData& file, const CueNames& names, const CueSink& sink,
                                                       CaptionProblem* error) {
-    const std::optional<std::string> text = unicodeTextOfFile(file, error);
+    CaptionProblems problems;
+    const std::optional<std::string> text = unicodeTextOfFile(file, problems, error);
     if (!text) return {};
-    return FileReader(withLineFeeds(*text), names, sink).read();
+    FileReader(withLineFeeds(*text), names, problems, sink).read();
+    return problems.take();
 }
 
 std::optional<CaptionFile> readSubRip(const NSData& file, const CueNames& names, CaptionProblem* error) {

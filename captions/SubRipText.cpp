@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <optional>
 
+#include "captions/AssOverride.h"
+#include "captions/AssScript.h"
 #include "captions/CharacterReference.h"
 #include "captions/PadPlace.h"
 #include "platform/foundation/DiagnosticText.h"
@@ -97,8 +99,8 @@ public:
             startOrEnd(isEnd, CueSpan::italic, name);
         } else if (name == "u" && rest.empty()) {
             startOrEnd(isEnd, CueSpan::underline, name);
-        } else if (name == "s" && rest.empty() && !isInBraces) {
-            reportOnce("<s> shows nothing");
+        } else if (name == "s" && rest.empty()) {
+            startOrEnd(isEnd, CueSpan::strikeThrough, name);
         } else if (name == "br" && !isEnd && !isInBraces) {
             openWanted();
             result_.text.text += u'\n';
@@ -109,24 +111,23 @@ public:
         return true;
     }
 
-    // "\an8\fs20" of "{\an8\fs20}".
+    // "\an8\i1" of "{\an8\i1}".
     void addOverrides(std::string_view inside) {
-        while (!inside.empty()) {
-            inside.remove_prefix(1);
-            const std::string_view override = inside.substr(0, inside.find('\\'));
-            inside.remove_prefix(override.size());
-            const std::optional<int> place = padPlace(trimmed(override));
-            if (!place)
-                reportOnce("{\\" + oneLine(override.substr(0, 20)) + "} shows nothing");
-            else if (result_.placement.isEmpty())
-                result_.placement = placementOfPad(*place);
-        }
+        forEachAssOverride(inside, [this](const AssOverride& override) {
+            if (!addOverride(override))
+                reader_.problems_.addOnce(CaptionProblem::notShown, line_,
+                                          "{\\" + oneLine(override.kind) + "} shows nothing");
+        });
     }
 
-    void reportText(std::string_view tag) { reportOnce(quotedExcerpt(tag) + " is no tag and is shown as it stands"); }
+    void reportText(std::string_view tag) {
+        reader_.problems_.addOnce(CaptionProblem::malformed, line_,
+                                  quotedExcerpt(tag) + " is no tag and is shown as it stands");
+    }
 
     SubRipText finish() {
         for (const Tag& tag : open_) {
+            if (tag.isOverride) continue;
             report(tag.line, "<" + tag.name + "> is not closed and holds to the end of the cue");
         }
         open_.clear();
@@ -138,17 +139,50 @@ private:
     struct Tag {
         CueSpan::Kind kind;
         std::string name;
-        // The colour that holds in it; empty for none.
+        // The colour that holds in it; may be empty.
         std::string colour;
         uint32_t line;
+        // Nothing closes overrides but others.
+        bool isOverride = false;
     };
 
     void report(uint32_t line, std::string message) {
-        reader_.problems_.push_back({CaptionProblem::malformed, line, std::move(message)});
+        reader_.problems_.add(CaptionProblem::malformed, line, std::move(message));
     }
 
-    void reportOnce(std::string message) {
-        if (reader_.told_.insert(message).second) report(line_, std::move(message));
+    bool addOverride(const AssOverride& override) {
+        const auto& [text, kind, value] = override;
+        constexpr std::pair<std::string_view, CueSpan::Kind> kTraits[] = {
+            {"b", CueSpan::bold}, {"i", CueSpan::italic}, {"u", CueSpan::underline}, {"s", CueSpan::strikeThrough}};
+        for (const auto& [name, trait] : kTraits) {
+            if (kind != name) continue;
+            endOverrides(trait);
+            if (value == "1") startOverride(trait, {});
+            return value == "1" || value == "0" || value.empty();
+        }
+        if (kind == "c" || kind == "1c") {
+            endOverrides(CueSpan::colour);
+            const auto colour = parsedAssColour(value);
+            if (colour) startOverride(CueSpan::colour, nameOfColour(*colour));
+            return colour || value.empty();
+        }
+        if (kind == "an" || kind == "a") {
+            const std::optional<int> place = padPlace(text);
+            if (place && result_.placement.isEmpty()) result_.placement = placementOfPad(*place);
+            return place.has_value();
+        }
+        if (text != "r") return false;
+        std::erase_if(open_, &Tag::isOverride);
+        return true;
+    }
+
+    void startOverride(CueSpan::Kind kind, std::string colour) {
+        start(kind, {}, std::move(colour));
+        open_.back().isOverride = true;
+    }
+
+    void endOverrides(CueSpan::Kind kind) {
+        std::erase_if(open_, [kind](const Tag& tag) { return tag.isOverride && tag.kind == kind; });
     }
 
     std::string colourOf(std::string_view attributes) {
@@ -158,7 +192,8 @@ private:
             if (attribute.name == "color" && !attribute.value.empty())
                 colour = attribute.value;
             else
-                reportOnce("the " + quotedExcerpt(attribute.name) + " of <font> is ignored");
+                reader_.problems_.addOnce(CaptionProblem::notShown, line_,
+                                          "the " + quotedExcerpt(attribute.name) + " of <font> is ignored");
         }
         return colour;
     }
@@ -173,7 +208,8 @@ private:
     }
 
     void end(CueSpan::Kind kind, const std::string& name) {
-        const auto found = std::ranges::find(open_.rbegin(), open_.rend(), kind, &Tag::kind);
+        const auto found = std::ranges::find_if(open_.rbegin(), open_.rend(),
+                                                [kind](const Tag& tag) { return tag.kind == kind && !tag.isOverride; });
         if (found == open_.rend())
             report(line_, "</" + name + "> closes nothing and is ignored");
         else

@@ -1,10 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <set>
-#include <string>
 #include <string_view>
-#include <vector>
 
 #include "captions/CaptionProblem.h"
 #include "captions/CuePlacement.h"
@@ -17,17 +14,17 @@ struct SubRipText {
     CuePlacement placement;
 };
 
-/// Reads the text of SubRip cues, as players do, since nobody ever wrote the format down: `<b>`, `<i>`, `<u>`,
-/// `<font color=…>`, in any letter case, the same in braces but for `font`, and `{\an1}` to `{\an9}` (or the older
-/// `{\a1}` to `{\a11}`), of which the first counts.
+/// Reads the text of SubRip cues, as players do, since nobody ever wrote the format down: `<b>`, `<i>`, `<u>`, `<s>`,
+/// `<font color=…>`, in any letter case, the same in braces but for `font`, overrides of SubStation Alpha for the same,
+/// and `{\an1}` to `{\an9}` (or the older `{\a1}` to `{\a11}`), of which the first counts.
 ///
 /// Tags may cross, and hold to the end of the cue where nothing closes them. `<br>` is a line end. A character
-/// reference counts with its semicolon. `<s>`, the other parts of `font` and the other `{\…}` show nothing; what merely
-/// looks like a tag is text. All this is reported, what players know and nothing here shows, once for the file.
+/// reference counts with its semicolon. The other parts of `font` and the other `{\…}` show nothing; what merely looks
+/// like a tag is text. All this is reported, what players know and nothing here shows, once for the file.
 class SubRipTextReader {
 public:
     /// `problems` outlives this object.
-    explicit SubRipTextReader(std::vector<CaptionProblem>& problems) : problems_(problems) {}
+    explicit SubRipTextReader(CaptionProblems& problems) : problems_(problems) {}
 
     /// A text of lines that are separated by line feeds, the first one being line `firstLine` of its file.
     SubRipText read(std::string_view payload, uint32_t firstLine);
@@ -35,8 +32,7 @@ public:
 private:
     class Builder;
 
-    std::vector<CaptionProblem>& problems_;
-    std::set<std::string> told_;
+    CaptionProblems& problems_;
 };
 
 }  // namespace qz

@@ -105,13 +105,13 @@ private:
 // first or second line holds an arrow. An arrow further down ends the block and begins the next.
 class FileReader {
 public:
-    FileReader(std::string_view text, const CueNames& names, const CueSink& sink)
-        : sink_(sink), rest_(text), annotator_(names, problems_) {}
+    FileReader(std::string_view text, const CueNames& names, CaptionProblems& problems, const CueSink& sink)
+        : sink_(sink), problems_(problems), rest_(text), annotator_(names, problems_) {}
 
-    std::vector<CaptionProblem> read() {
+    void read() {
         const char* const header = rest_.data();
         nextLine();
-        while (blockGoesOn()) nextLine();
+        while (blockGoesOn()) readHeaderLine(nextLine());
         header_ = linesSince(header);
         while (hasLine()) {
             if (peekLine().empty())
@@ -119,7 +119,6 @@ public:
             else
                 readBlock();
         }
-        return std::move(problems_);
     }
     // Once all is read.
     std::string& header() { return header_; }
@@ -152,8 +151,23 @@ private:
         skipped_ += linesSince(begin);
     }
 
+    // What is skipped does not show.
     void report(uint32_t line, std::string message) {
-        problems_.push_back({CaptionProblem::malformed, line, std::move(message)});
+        problems_.add(CaptionProblem::notShown, line, std::move(message));
+    }
+
+    // The line has been passed. Others say what nobody asks for, such as "Kind: captions".
+    void readHeaderLine(std::string_view line) {
+        if (line.starts_with("X-TIMESTAMP-MAP"))
+            problems_.addOnce(CaptionProblem::notShown, line_ - 1,
+                              "X-TIMESTAMP-MAP is ignored; times count from the start of the programme");
+        else if (line.starts_with("Region:"))
+            tellRegion(line_ - 1);
+    }
+
+    void tellRegion(uint32_t line) {
+        problems_.addOnce(CaptionProblem::notShown, line,
+                          "regions are ignored; text is set in lines on the whole screen");
     }
 
     void readBlock() {
@@ -197,7 +211,7 @@ private:
         }
         cue.placement = parseCueSettings(cue.settings, cue.line, problems_);
         cue.payload = {payload, static_cast<size_t>(payloadEnd - payload)};
-        cue.text = annotator_.annotated(parseCueText(cue.payload, cue.line + 1));
+        cue.text = annotator_.annotated(parseCueText(cue.payload, cue.line + 1, &problems_));
         cue.preamble = std::exchange(skipped_, {});
         sink_(std::move(cue));
         return true;
@@ -215,8 +229,11 @@ private:
             suspect = line;
             suspectNumber = number;
         }
-        for (const std::string_view word : {"NOTE", "STYLE", "REGION"}) {
-            if (beginsWithWord(firstLine, word)) return;
+        if (beginsWithWord(firstLine, "NOTE")) return;
+        if (beginsWithWord(firstLine, "REGION")) return tellRegion(firstNumber);
+        if (beginsWithWord(firstLine, "STYLE")) {
+            return problems_.addOnce(CaptionProblem::notShown, firstNumber,
+                                     "style sheets are ignored; the palette has the styles of classes and voices");
         }
         report(suspectNumber,
                quotedExcerpt(suspect) +
@@ -224,7 +241,7 @@ private:
     }
 
     const CueSink& sink_;
-    std::vector<CaptionProblem> problems_;
+    CaptionProblems& problems_;
     std::string_view rest_;
     CueAnnotator annotator_;
     std::string header_;
@@ -235,10 +252,10 @@ private:
 };
 
 /// The text of the file; none, with the reason, when it is no WebVTT.
-std::optional<std::string> webVTTText(const NSData& file, CaptionProblem* error) {
-    const std::optional<std::string_view> bytes = utf8TextOfFile(file, error);
-    if (!bytes) return {};
-    std::string text = withLineFeeds(*bytes);
+std::optional<std::string> webVTTText(const NSData& file, CaptionProblems& problems, CaptionProblem* error) {
+    const std::optional<std::string> read = repairedTextOfFile(file, problems, error);
+    if (!read) return {};
+    std::string text = withLineFeeds(*read);
     if (beginsWithWord(std::string_view(text).substr(0, text.find('\n')), "WEBVTT")) return text;
     if (error) {
         *error = {CaptionProblem::malformed, 1,
@@ -252,18 +269,22 @@ std::optional<std::string> webVTTText(const NSData& file, CaptionProblem* error)
 
 std::optional<std::vector<CaptionProblem>> readWebVTT(const NSData& file, const CueNames& names, const CueSink& sink,
                                                       CaptionProblem* error) {
-    const std::optional<std::string> text = webVTTText(file, error);
+    CaptionProblems problems;
+    const std::optional<std::string> text = webVTTText(file, problems, error);
     if (!text) return {};
-    return FileReader(*text, names, sink).read();
+    FileReader(*text, names, problems, sink).read();
+    return problems.take();
 }
 
 std::optional<CaptionFile> readWebVTT(const NSData& file, const CueNames& names, CaptionProblem* error) {
-    const std::optional<std::string> text = webVTTText(file, error);
+    CaptionProblems problems;
+    const std::optional<std::string> text = webVTTText(file, problems, error);
     if (!text) return {};
     CaptionFile captions;
     const CueSink keep = [&](CaptionCue&& cue) { captions.cues.push_back(std::move(cue)); };
-    FileReader reader(*text, names, keep);
-    captions.problems = reader.read();
+    FileReader reader(*text, names, problems, keep);
+    reader.read();
+    captions.problems = problems.take();
     captions.header = std::move(reader.header());
     captions.trailer = std::move(reader.trailer());
     return captions;

@@ -10,8 +10,9 @@ namespace qz {
 
 /// Reads a WebVTT file in UTF-8, with its marked-up text as annotations of the palette (see CueAnnotator.h).
 ///
-/// A cue whose time line is broken is reported and left out. The lines of a cue are separated by line feeds. Problems
-/// come in the order in which they are found, which is nearly that of the file.
+/// Bytes that are no UTF-8 are read as U+FFFD and reported, once. A cue whose time line is broken is reported and left
+/// out. The lines of a cue are separated by line feeds. Problems come in the order in which they are found, which is
+/// nearly that of the file.
 ///
 /// None, with the reason in `error` and no cue handed over, for a file that is in another encoding or does not begin as
 /// WebVTT does.

@@ -59,7 +59,8 @@ void check(const uint8_t* data, size_t size) {
         for (const CaptionCue& cue : captions->cues) checkCue(cue);
     }
     CaptionProblem error;
-    if (const auto script = parseAssScript(*file, &error)) {
+    CaptionProblems problems;
+    if (const auto script = parseAssScript(*file, problems, &error)) {
         std::vector<std::string> losses;
         require(paletteOfAss(*script, losses)->lookupAnno({}) != nullptr, "styles make a palette");
     }

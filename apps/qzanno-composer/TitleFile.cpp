@@ -38,7 +38,9 @@ std::vector<std::string> lossesInArchive(const TitleFile& titles) {
         hasSettings |= !title.source->identifier.empty() || !title.source->settings.empty();
         hasComments |= !title.source->preamble.empty();
         const CueText markup = parseCueText(title.source->payload, 1);
-        hasMarkup |= !markup.dropped.empty() || std::ranges::count(markup.spans, CueSpan::voice, &CueSpan::kind) > 0;
+        hasMarkup |= !markup.dropped.empty() || std::ranges::any_of(markup.spans, [](const CueSpan& span) {
+            return span.kind == CueSpan::voice || span.kind == CueSpan::language;
+        });
     }
     std::vector<std::string> losses;
     if (hasTimes) losses.emplace_back("An archive does not keep the times of titles.");

@@ -25,7 +25,7 @@ int exportCaptions(const ExportOptions& options, Diagnostics& diagnostics) {
     palette->setLog(missingFonts);
     const NSSize screen = {static_cast<float>(options.screen.width), static_cast<float>(options.screen.height)};
     AssWriter writer(palette, screen, options.direction);
-    bool hasUnknownName = false;
+    bool hasLosses = false;
     uint32_t withoutTimes = 0;
     const TitleSink sink = [&](Title&& title) {
         if (title.start && title.end)
@@ -33,7 +33,7 @@ int exportCaptions(const ExportOptions& options, Diagnostics& diagnostics) {
         else
             ++withoutTimes;
     };
-    if (!readTitles(options.input, palette, diagnostics, sink, hasUnknownName)) return 1;
+    if (!readTitles(options.input, palette, diagnostics, sink, hasLosses)) return 1;
     if (withoutTimes > 0) {
         diagnostics.error(options.input,
                           "has titles without times; a script shows only what has some; export captions");
@@ -47,7 +47,7 @@ int exportCaptions(const ExportOptions& options, Diagnostics& diagnostics) {
     for (const std::string& loss : writer.losses()) {
         options.strict ? diagnostics.error(options.output, loss) : diagnostics.warning(options.output, loss);
     }
-    const bool isLossy = hasUnknownName || !missingFonts->names().empty() || !writer.losses().empty();
+    const bool isLossy = hasLosses || !missingFonts->names().empty() || !writer.losses().empty();
     if (options.strict && isLossy) {
         diagnostics.error(options.output, "--strict forbids that; nothing is written");
         return 1;

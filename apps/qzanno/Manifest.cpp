@@ -128,6 +128,7 @@ std::string manifestHeading(const Shard& shard, const std::vector<SourceEntry>& 
     auto list = nlohmann::ordered_json::array();
     for (const SourceEntry& source : sources) {
         list.push_back({{"source", textOrNull(source.source)}, {"titles", source.titles}});
+        if (!source.leftOut.empty()) list.back()["leftOut"] = source.leftOut;
     }
     return written({{"shard", shard.number}, {"of", shard.count}, {"sources", std::move(list)}});
 }

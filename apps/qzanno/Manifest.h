@@ -56,7 +56,10 @@ std::string fileOfLine(const std::string& line);
 /// A file of titles and how many it holds.
 struct SourceEntry {
     std::string source;
+    /// The index of the last one.
     uint32_t titles = 0;
+    /// The indices that are no titles, in rising order.
+    std::vector<uint32_t> leftOut;
 };
 
 /// The first line of a share's manifest: what the whole run is.

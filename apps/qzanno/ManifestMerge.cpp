@@ -16,16 +16,20 @@ struct SourceLines {
     std::string name;
     /// As a share's heading says; without one, the highest index that was found.
     uint32_t titles = 0;
+    /// Indices that are no titles, as a share's heading says.
+    std::set<uint32_t> leftOut;
     std::map<uint32_t, std::string> lines;
+
+    bool isMissing(uint32_t index) const { return !lines.contains(index) && !leftOut.contains(index); }
 };
 
 /// "3, 7-9"
 std::string missingOf(const SourceLines& source) {
     std::string text;
     for (uint32_t index = 1; index <= source.titles; ++index) {
-        if (source.lines.contains(index)) continue;
+        if (!source.isMissing(index)) continue;
         uint32_t last = index;
-        while (last < source.titles && !source.lines.contains(last + 1)) ++last;
+        while (last < source.titles && source.isMissing(last + 1)) ++last;
         text += (text.empty() ? "" : ", ") + std::to_string(index);
         if (last > index) text += "-" + std::to_string(last);
         index = last;
@@ -109,7 +113,13 @@ private:
         shares_ = entry["of"];
         seenShares_.insert(entry["shard"].get<uint32_t>());
         for (const nlohmann::json& source : entry["sources"]) {
-            sourceOf(nameOf(source)).titles = source["titles"];
+            SourceLines& lines = sourceOf(nameOf(source));
+            lines.titles = source["titles"];
+            const auto leftOut = source.find("leftOut");
+            if (leftOut == source.end() || !leftOut->is_array()) continue;
+            for (const nlohmann::json& index : *leftOut) {
+                if (index.is_number_unsigned()) lines.leftOut.insert(index.get<uint32_t>());
+            }
         }
         return true;
     }
@@ -130,7 +140,7 @@ private:
     SourceLines& sourceOf(const std::string& name) {
         const auto found = std::ranges::find(sources_, name, &SourceLines::name);
         if (found != sources_.end()) return *found;
-        sources_.push_back({name, 0, {}});
+        sources_.push_back({name, 0, {}, {}});
         return sources_.back();
     }
 

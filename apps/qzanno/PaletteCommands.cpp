@@ -51,14 +51,17 @@ bool isScript(const std::string& path) {
 Ref<QzAnnoPalette> paletteOfScript(const std::string& path, Diagnostics& diagnostics) {
     CaptionProblem error;
     const Ref<NSData> file = readFile(path, &error.message);
-    const std::optional<AssScript> script = file ? parseAssScript(*file, &error) : std::nullopt;
+    CaptionProblems problems;
+    const std::optional<AssScript> script = file ? parseAssScript(*file, problems, &error) : std::nullopt;
     if (script && script->styles.empty()) error.message = "has no styles to make a palette of";
     if (!script || script->styles.empty()) {
         diagnostics.error(path, error.message);
         return {};
     }
-    for (const CaptionProblem& problem : script->problems)
-        diagnostics.warning(placeInFile(path, problem.line), problem.message);
+    for (const CaptionProblem& problem : problems.take()) {
+        // What lines of dialogue lose is no matter of their styles.
+        if (!problem.isLoss()) diagnostics.warning(placeInFile(path, problem.line), problem.message);
+    }
     std::vector<std::string> losses;
     Ref<QzAnnoPalette> palette = paletteOfAss(*script, losses);
     for (const std::string& loss : losses) diagnostics.warning(path, loss);

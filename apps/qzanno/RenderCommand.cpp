@@ -51,6 +51,8 @@ private:
     struct Input {
         TitleInput file;
         uint32_t titles = 0;
+        uint32_t lastIndex = 0;
+        std::vector<uint32_t> leftOut;
         OutputPlan plan;
     };
 
@@ -59,7 +61,7 @@ private:
     bool planOutputs();
     bool makeFolders();
     bool openManifest();
-    bool readInput(const Input& input, Diagnostics& diagnostics, const TitleSink& sink, bool& hasUnknownName) const;
+    bool readInput(const Input& input, Diagnostics& diagnostics, const TitleSink& sink, bool& hasLosses) const;
     Key keyOf(const TitleContent& content) const;
     bool addJobs(uint32_t input, OrderedJobs& jobs);
     void addJob(uint32_t input, const Title& title, OrderedJobs& jobs);
@@ -106,14 +108,13 @@ bool RenderRun::listFiles() {
     }
     const auto files = listInputs(options_.inputs, diagnostics_);
     if (!files) return false;
-    for (const TitleInput& file : *files) inputs_.push_back({file, 0, {}});
+    for (const TitleInput& file : *files) inputs_.emplace_back().file = file;
     lines_.setSeveralFiles(files->size() > 1);
     return true;
 }
 
-bool RenderRun::readInput(const Input& input, Diagnostics& diagnostics, const TitleSink& sink,
-                          bool& hasUnknownName) const {
-    if (!options_.text) return readTitles(input.file.path, palette_, diagnostics, sink, hasUnknownName);
+bool RenderRun::readInput(const Input& input, Diagnostics& diagnostics, const TitleSink& sink, bool& hasLosses) const {
+    if (!options_.text) return readTitles(input.file.path, palette_, diagnostics, sink, hasLosses);
     sink(titleOfText(*options_.text));
     return true;
 }
@@ -131,22 +132,23 @@ bool RenderRun::walkFirst() {
     bool mayRender = true;
     std::vector<Input> readable;
     for (Input& input : inputs_) {
-        bool hasUnknownName = false;
+        bool hasLosses = false;
         const auto number = static_cast<uint32_t>(readable.size());
         const bool isRead = readInput(
             input, diagnostics_,
             [&](Title&& title) {
                 ++input.titles;
+                while (++input.lastIndex < title.index) input.leftOut.push_back(input.lastIndex);
                 titlesOfShare_ += options_.shard.holds(input.file.identity(), title.index);
                 const Key key = keyOf(contentOf(title, *palette_));
                 ++firstUses_.try_emplace(key, FirstUse{number, title.index, 0}).first->second.uses;
             },
-            hasUnknownName);
+            hasLosses);
         if (isRead && input.titles == 0)
             diagnostics_.warning(input.file.path, "holds no captions; nothing is rendered");
-        if (hasUnknownName && options_.drawing.strict) {
+        if (hasLosses && options_.drawing.strict) {
             diagnostics_.error(input.file.path,
-                               "names what the palette lacks, and --strict forbids that; nothing is rendered");
+                               "asks for what is not shown, and --strict forbids that; nothing is rendered");
             mayRender = false;
         }
         allDone_ &= isRead;
@@ -188,7 +190,7 @@ bool RenderRun::openManifest() {
     isMarked_ = manifest_ && manifest_->replacesFile() && placeRunMark(manifestPath_, &reason);
     if (manifest_ && !options_.shard.isWhole()) {
         std::vector<SourceEntry> sources;
-        for (const Input& input : inputs_) sources.push_back({input.file.path, input.titles});
+        for (const Input& input : inputs_) sources.push_back({input.file.path, input.lastIndex, input.leftOut});
         manifest_->append(manifestHeading(options_.shard, sources), &reason);
     }
     if (reason.empty()) return true;
@@ -223,7 +225,7 @@ bool RenderRun::addJobs(uint32_t number, OrderedJobs& jobs) {
     const Input& input = inputs_[number];
     // What is wrong with the file has been told.
     Diagnostics again(Diagnostics::Verbosity::quiet);
-    bool hasUnknownName = false;
+    bool hasLosses = false;
     uint32_t count = 0;
     bool isSame = true;
     const bool isRead = readInput(
@@ -235,7 +237,7 @@ bool RenderRun::addJobs(uint32_t number, OrderedJobs& jobs) {
                 if (isSame) addJob(number, title, jobs);
             }
         },
-        hasUnknownName);
+        hasLosses);
     if (isRead && isSame && count == input.titles) return true;
     // The threads may be telling something at the same time; one line is written in one piece.
     Diagnostics(diagnostics_.verbosity())

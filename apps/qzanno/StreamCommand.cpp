@@ -127,7 +127,7 @@ bool StreamRun::prepare() {
 
 bool StreamRun::readTitlesOfInput() {
     const Ref<QzAnnoPalette> palette = newPalette(*setup_);
-    bool hasUnknownName = false;
+    bool hasLosses = false;
     const TitleSink sink = [&](Title&& title) {
         ShownTitle shown;
         shown.index = title.index;
@@ -139,9 +139,9 @@ bool StreamRun::readTitlesOfInput() {
         else
             diagnostics_.warning("title " + std::to_string(title.index), "lies between two frames and is not shown");
     };
-    if (!readTitles(options_.input, palette, diagnostics_, sink, hasUnknownName)) return false;
-    if (!hasUnknownName || !options_.drawing.strict) return true;
-    diagnostics_.error(options_.input, "names what the palette lacks, and --strict forbids that; nothing is written");
+    if (!readTitles(options_.input, palette, diagnostics_, sink, hasLosses)) return false;
+    if (!hasLosses || !options_.drawing.strict) return true;
+    diagnostics_.error(options_.input, "asks for what is not shown, and --strict forbids that; nothing is written");
     return false;
 }
 

@@ -28,7 +28,7 @@ Kind kindOf(const std::string& path) {
 
 void report(const CaptionProblem& problem, const std::string& path, Diagnostics& diagnostics) {
     const std::string place = placeInFile(path, problem.line);
-    // A voice or <b>, <i>, <u> without a style of its own is no mistake in the file.
+    // A voice without a style of its own is no mistake in the file.
     if (problem.kind == CaptionProblem::unknownName)
         diagnostics.note(place, problem.message);
     else
@@ -36,11 +36,11 @@ void report(const CaptionProblem& problem, const std::string& path, Diagnostics&
 }
 
 bool readArchive(const std::string& path, const Ref<QzAnnoPalette>& palette, Diagnostics& diagnostics,
-                 const TitleSink& sink, bool& hasUnknownName) {
+                 const TitleSink& sink, bool& hasLosses) {
     const auto archived = readArchivedTitles(path, palette, diagnostics);
     if (!archived) return false;
     for (const std::string& name : archived->unknownNames) {
-        hasUnknownName = true;
+        hasLosses = true;
         diagnostics.warning(path, "there is no annotation " + tool::quoted(name) + " in the palette; it shows nothing");
     }
     uint32_t index = 0;
@@ -59,9 +59,9 @@ Title titleOfText(const std::string& text) {
 }
 
 bool readTitles(const std::string& path, const Ref<QzAnnoPalette>& palette, Diagnostics& diagnostics,
-                const TitleSink& sink, bool& hasUnknownName) {
+                const TitleSink& sink, bool& hasLosses) {
     const Kind kind = kindOf(path);
-    if (kind == Kind::archive) return readArchive(path, palette, diagnostics, sink, hasUnknownName);
+    if (kind == Kind::archive) return readArchive(path, palette, diagnostics, sink, hasLosses);
     if (kind == Kind::unknown) {
         diagnostics.error(
             path, "is no " + std::string(kTitleEndings) +
@@ -86,7 +86,8 @@ bool readTitles(const std::string& path, const Ref<QzAnnoPalette>& palette, Diag
     }
     uint32_t index = 0;
     const CueSink cues = [&](CaptionCue&& cue) {
-        sink({++index, cue.start, cue.end, cue.placement, std::move(cue.text)});
+        index += cue.leftOutBefore + 1;
+        sink({index, cue.start, cue.end, cue.placement, std::move(cue.text)});
     };
     const auto problems = kind == Kind::subRip ? readSubRip(*file, *palette, cues, &error)
                           : kind == Kind::ass  ? readAss(*file, *palette, cues, &error)
@@ -97,7 +98,7 @@ bool readTitles(const std::string& path, const Ref<QzAnnoPalette>& palette, Diag
     }
     for (const CaptionProblem& problem : *problems) {
         report(problem, path, diagnostics);
-        hasUnknownName |= problem.kind == CaptionProblem::unknownClass;
+        hasLosses |= problem.isLoss();
     }
     return true;
 }

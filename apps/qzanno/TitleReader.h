@@ -14,7 +14,7 @@ namespace qz::tool {
 
 /// A title to render.
 struct Title {
-    /// From 1, in the order of the file.
+    /// From 1, in the order of the file. Cues that hold nothing to show are left out and keep their index.
     uint32_t index = 0;
     /// Seconds; none for a title without times.
     std::optional<double> start;
@@ -32,10 +32,10 @@ inline constexpr std::string_view kTitleEndings = ".srt, .vtt, .ass, .ssa, .txt 
 bool holdsTitles(const std::string& path);
 
 /// Hands over the titles of a caption file, a text file or an archive of annotated strings, by the ending of its name,
-/// one by one. False, with an error reported and no title handed over, when the file cannot be read. `hasUnknownName`
-/// receives whether the file names a class, a colour or an annotation that the palette lacks.
+/// one by one. False, with an error reported and no title handed over, when the file cannot be read. `hasLosses` receives
+/// whether the file asks for something that titles do not show, an annotation that the palette does not have included.
 bool readTitles(const std::string& path, const Ref<QzAnnoPalette>& palette, Diagnostics& diagnostics,
-                const TitleSink& sink, bool& hasUnknownName);
+                const TitleSink& sink, bool& hasLosses);
 
 /// The one title of a text in UTF-8.
 Title titleOfText(const std::string& text);

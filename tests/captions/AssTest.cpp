@@ -17,13 +17,13 @@ using testing::SizeIs;
 
 constexpr const char* kHead =
     "[Script Info]\nPlayResX: 640\nPlayResY: 360\n[V4+ Styles]\n"
-    "Format: Name, Fontname, Fontsize, Alignment, MarginL, MarginR, MarginV\n"
-    "Style: Default,DejaVu Sans,20,2,10,10,10\nStyle: Loud,DejaVu Sans,30,8,20,20,30\n[Events]\n"
+    "Format: Name, Fontname, Fontsize, Alignment, MarginL, MarginR, MarginV, Italic\n"
+    "Style: Default,DejaVu Sans,20,2,10,10,10,0\nStyle: Loud,DejaVu Sans,30,8,20,20,30,-1\n[Events]\n"
     "Format: Layer, Start, End, Style, Name, MarginL, MarginR, MarginV, Effect, Text\n";
 
 class AssTest : public test::CaptionTest {
 protected:
-    AssTest() : CaptionTest({"b", "i", "u", "Loud", "#ff0000", "Ann"}) {}
+    AssTest() : CaptionTest({"b", "i", "i0", "u", "Loud", "#ff0000", "#ff00007f", "#ffffff7f", "Ann"}) {}
 
     static std::string dialogue(const std::string& text, const std::string& style = "Default",
                                 const std::string& rest = ",0,0,0") {
@@ -64,7 +64,10 @@ TEST_F(AssTest, DialogueBecomesAnnotatedCues) {
         {dialogue("{\\b700}x{\\b400}y"), "b[x]y", "weights"},
         {dialogue("{\\c&H0000FF&}red{\\c} {\\1c&HFF&}red{\\1c&H00FF00&}green"), "#ff0000[red] #ff0000[red]green", ""},
         {dialogue("a{a note}b"), "ab", "a comment"},
-        {dialogue("{\\p1}m 0 0 l 9 9{\\p0}drawn"), "drawn", "a drawing"},
+        {dialogue("{\\p1}m 0 0 l 9 9") + dialogue("{\\p1}m 0 0 l 9 9{\\p0}drawn"), "drawn", "drawings"},
+        {dialogue("{\\alpha&H80&\\c&HFF&}a{\\c}b{\\1a}c"), "#ff00007f[a]#ffffff7f[b]c", "alpha, of the style's colour"},
+        {dialogue("{\\i0\\b0}a{\\i1\\b1}b{\\i0}c", "Loud"), "Loud,i0[a]Loud,i,b[b]Loud,i0,b[c]",
+         "a trait of the style is taken away"},
         {dialogue("{\\t(0,9,\\b1)}x"), "x", "what changes over time"},
         {dialogue("all", "Loud"), "Loud[all]", "a style is a class"},
         {dialogue("all", "*Loud"), "Loud[all]", ""},
@@ -136,6 +139,14 @@ TEST_F(AssTest, WhatIsNotInTheFormIsSaidOrRefused) {
     }
     // Each kind once, however often; and what could be scanned again and again from each place is not.
     EXPECT_THAT(read(kHead + dialogue("{\\fs1}x{\\fs2}y") + dialogue("{\\fs3}z")).problems, SizeIs(1));
+    const std::string losses =
+        "[Script Info]\nTitle: x\nWrapStyle: 0\nScaledBorderAndShadow: yes\nTimer: 100\n"
+        "[Fonts]\nx\n[Graphics]\n[Events]\nPicture: 0,0:00:00.00\nPicture: 0,0:00:00.00\n"
+        "Dialogue: 1,0:00:01.00,0:00:02.00,,,0,0,0,Banner;20,{\\p1}m 0 0{\\p0}{\\b300}x\n";
+    EXPECT_THAT(linesOf(read(losses + losses).problems),
+                ElementsAre(HasSubstr("3: WrapStyle \"0\""), HasSubstr("6: the fonts"), HasSubstr("8: the pictures"),
+                            HasSubstr("10: \"Picture\" lines"), HasSubstr("12: drawings"), HasSubstr("12: weights"),
+                            HasSubstr("12: Layer 1"), HasSubstr("12: the effect \"Banner;20\"")));
     for (const char* part : {"{", "{\\t(", "{\\p1}{\\p0}", "\\N", "{\\i1}{\\i0}"}) {
         std::string text;
         while (text.size() < 2'000'000) text += part;
@@ -146,13 +157,13 @@ TEST_F(AssTest, WhatIsNotInTheFormIsSaidOrRefused) {
 TEST_F(AssTest, ColoursAreReadAsPlayersReadThem) {
     const struct {
         const char* text;
-        std::optional<AssColour> colour;
+        std::optional<CaptionColour> colour;
     } cases[] = {
-        {"&H00112233", AssColour{0x33, 0x22, 0x11, 255}},
-        {"&H80FFFFFF&", AssColour{255, 255, 255, 127}},
-        {"&hff&", AssColour{255, 0, 0, 255}},
-        {"65535", AssColour{255, 255, 0, 255}},
-        {"-1", AssColour{255, 255, 255, 0}},
+        {"&H00112233", CaptionColour{0x33, 0x22, 0x11, 255}},
+        {"&H80FFFFFF&", CaptionColour{255, 255, 255, 127}},
+        {"&hff&", CaptionColour{255, 0, 0, 255}},
+        {"65535", CaptionColour{255, 255, 0, 255}},
+        {"-1", CaptionColour{255, 255, 255, 0}},
         {"&H", {}},
         {"red", {}},
         {"", {}},
@@ -192,10 +203,11 @@ TEST_F(AssTest, StylesComeBackAsTheyWere) {
     std::string file = "[Script Info]\nPlayResX: 1920\nPlayResY: 1080\n[V4+ Styles]\n";
     for (const AssStyle& style : {make("Default", outlined), make("Boxed", boxed), make("Bare", bare)})
         file += "Style: " + writtenStyle(style) + "\n";
+    CaptionProblems problems;
     CaptionProblem error;
-    const auto script = parseAssScript(*NSData::dataWithBytes(file), &error);
+    const auto script = parseAssScript(*NSData::dataWithBytes(file), problems, &error);
     ASSERT_TRUE(script) << error.message;
-    EXPECT_THAT(linesOf(script->problems), IsEmpty());
+    EXPECT_THAT(linesOf(problems.take()), IsEmpty());
     std::vector<std::string> lost;
     AssWriter writer(paletteOfAss(*script, lost), {1920, 1080}, NSWritingDirection::natural);
     EXPECT_THAT(lost, IsEmpty());

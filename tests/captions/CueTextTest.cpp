@@ -12,30 +12,13 @@ namespace {
 
 // "b:0-3 .One:1-2 v(Mary):0-5": every span as its tag, with an exclusive end.
 std::string spansOf(const CueText& cue) {
+    static constexpr const char* tags[] = {".", "r.", "b", "i", "u", "s", "v", "colour", "lang"};
     std::string text;
-    for (const CueSpan& span : cue.spans) {
+    for (const auto& [kind, name, range, line] : cue.spans) {
         if (!text.empty()) text += ' ';
-        switch (span.kind) {
-            case CueSpan::styleClass:
-                text += "." + span.name;
-                break;
-            case CueSpan::bold:
-                text += "b";
-                break;
-            case CueSpan::italic:
-                text += "i";
-                break;
-            case CueSpan::underline:
-                text += "u";
-                break;
-            case CueSpan::voice:
-                text += "v(" + span.name + ")";
-                break;
-            case CueSpan::colour:
-                text += "colour";
-                break;
-        }
-        text += ":" + std::to_string(span.range.location) + "-" + std::to_string(span.range.end());
+        text += tags[kind];
+        text += kind == CueSpan::styleClass || name.empty() ? name : "(" + name + ")";
+        text += ":" + std::to_string(range.location) + "-" + std::to_string(range.end());
     }
     return text;
 }
@@ -61,7 +44,7 @@ TEST(CueText, TextAndSpans) {
          "voices; blanks collapse"},
         {"<v\tA &amp; B>x", "x", "v(A & B):0-1", "references in a name"},
         {"<v\nMary\n>x", "x", "v(Mary):0-1", "a tag over several lines"},
-        {"<lang en-GB.x>a</lang>", "a", "", "a language; a point behind the blank is no class"},
+        {"<lang en-GB.x>a</lang>", "a", "lang(en-GB.x):0-1", "a language; a point behind the blank is no class"},
         {"<ruby>base<rt>over</rt></ruby>", "baseover", "", "ruby stays text"},
         {"<ruby.R>a<rt.T>b</ruby>c", "abc", ".R:0-2 .T:1-2", "the ruby's end closes its text too"},
         {"<rt.T>a</rt>", "a", "", "ruby text outside ruby is no tag"},
@@ -82,6 +65,8 @@ TEST(CueText, TextAndSpans) {
         {"&#146;&#129;", "\u2019\u0081", "", "numbers of Windows' characters"},
         {"&amp &lt&#65x &ampere", "& <Ax &ere", "", "HTML lets the semicolon go"},
         {"&lrm &who; &; && &# &#x;", "&lrm &who; &; && &# &#x;", "", "no references"},
+        {"&eacute;&hellip;&mdash;&not;in&notin;&NotEqualTilde;&AMP", "é…—¬in∉≂\u0338&", "",
+         "names of HTML, the longest first"},
         {"😀<i>😀</i>é", "😀😀é", "i:2-4", "positions in UTF-16"},
     };
     for (const auto& [payload, text, spans, reason] : cases) {
@@ -98,6 +83,20 @@ TEST(CueText, SpansKnowTheirLine) {
     EXPECT_EQ(cue.spans[0].line, 11u);
     EXPECT_EQ(cue.spans[1].line, 12u);
     EXPECT_EQ(cue.spans[2].line, 14u);
+}
+
+TEST(CueText, WhatIsDroppedIsToldOnceAKindWhereItFirstStands) {
+    CaptionProblems problems;
+    parseCueText(
+        "<00:01.000>a<00:02.000>\n<ruby>b<rt>c</ruby>\n<font color=red>d</font>\n<b><i>e</b></i></b>\n</u><rt>", 5,
+        &problems);
+    parseCueText("<00:01.000><ruby><font></u>", 20, &problems);
+    std::string told;
+    for (const CaptionProblem& problem : problems.take())
+        told += std::to_string(problem.line) + (problem.isLoss() ? "! " : ": ") + problem.message.substr(0, 12) + "|";
+    EXPECT_EQ(
+        told,
+        "5! the times wi|6! <ruby> is se|7! \"<font>\" is |8: \"</b>\" stand|9: \"</u>\" close|9! \"<rt>\" is no|");
 }
 
 // Reads the payload character by character and writes down, at each, which tags are open: b, i, A for the class, c for

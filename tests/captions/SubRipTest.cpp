@@ -133,8 +133,9 @@ TEST_F(SubRipTest, MarkupBecomesAnnotations) {
         {"<i></i>a", "a", "", {}, "over nothing"},
         {"<laughs> I <3 a{b", "<laughs> I <3 a{b", nullptr, {"\"<laughs>\" is no tag"}, "nothing lost"},
         {"a &lt;b&gt; &amp &unknown;", "a <b> &amp &unknown;", nullptr, {}, "references that end"},
-        {"a<br>b<s>c</s>", "a\nbc", nullptr, {"<s> shows nothing"}, "line ends, struck text"},
-        {"{\\fad(1,2)\\an8}a{\\fad(1,2)}", "a", "", {"{\\fad(1,2)} shows nothing"}, "other overrides"},
+        {"a<br>b<s>c</s>", "a\nbc", nullptr, {"no annotation \"s\""}, "line ends, struck text"},
+        {"{\\i1\\c&H0000FF&}a{\\i0}b{\\r}c", "abc", "i,#ff0000|#ff0000|", {}, "overrides"},
+        {"{\\fad(1,2)\\an8}a{\\fad(1,2)}", "a", "", {"{\\fad} shows nothing"}, "other overrides"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.payload);
@@ -195,6 +196,9 @@ TEST_F(SubRipTest, EncodingsAreReadOrRefusedInOneLine) {
         {little.substr(2), 1, "in UTF-16; save it as UTF-8"},
         {std::string("1\n") + kTimes + "caf\xE9\n", 3, "not in UTF-8"},
     };
+    ASSERT_TRUE(read(std::string(kTimes) + "étéé, \xE9t\xC3\n"));
+    EXPECT_THAT(shown(), ElementsAre("1-2 étéé, \uFFFDt\uFFFD")) << "more is whole than is damaged";
+    EXPECT_THAT(problems_, testing::Contains(HasSubstr("2: byte 39")));
     for (const auto& c : refused) {
         EXPECT_FALSE(read(c.file));
         EXPECT_EQ(error_.line, c.line);

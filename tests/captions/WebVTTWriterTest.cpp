@@ -260,7 +260,7 @@ TEST_F(WebVTTWriter, readsBackWhateverDamagedFilesHold) {
 TEST(SettingsOfPlacement, areReadBack) {
     for (const char* settings : {"", "line:0", "line:-1 align:left", "line:12.5%,end position:10%,line-right size:40%",
                                  "line:50%,center position:0% align:end"}) {
-        std::vector<CaptionProblem> problems;
+        CaptionProblems problems;
         EXPECT_EQ(settingsOfPlacement(parseCueSettings(settings, 1, problems)), settings);
     }
     CuePlacement topLeft;

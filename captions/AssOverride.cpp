@@ -1,0 +1,40 @@
+#include "captions/AssOverride.h"
+
+#include <algorithm>
+
+namespace qz {
+namespace {
+
+std::string_view trimmed(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+    return text.substr(0, text.find_last_not_of(" \t") + 1);
+}
+
+AssOverride overrideOf(std::string_view text) {
+    // No override has a longer name.
+    constexpr size_t kLettersMax = 8;
+    const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+    size_t end = !text.empty() && text[0] >= '1' && text[0] <= '4' ? 1 : 0;
+    while (end < text.size() && end < kLettersMax && isLetter(text[end])) ++end;
+    return {text, text.substr(0, end), trimmed(text.substr(end))};
+}
+
+}  // namespace
+
+void forEachAssOverride(std::string_view inside, const std::function<void(const AssOverride&)>& each) {
+    inside.remove_prefix(std::min(inside.find('\\'), inside.size()));
+    while (!inside.empty()) {
+        inside.remove_prefix(1);
+        // What stands in brackets may hold overrides of its own: "\t(\fs20)". Without an end it reaches to the last.
+        size_t end = inside.find_first_of("(\\");
+        if (end != std::string_view::npos && inside[end] == '(') {
+            end = inside.find(')', end);
+            if (end != std::string_view::npos) end = inside.find('\\', end);
+        }
+        const std::string_view text = inside.substr(0, end);
+        each(overrideOf(trimmed(text)));
+        inside.remove_prefix(text.size());
+    }
+}
+
+}  // namespace qz
