@@ -3,12 +3,17 @@
 #include <algorithm>
 
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "platform/foundation/NSLog.h"
 #include "platform/text/NSFont.h"
 
 namespace qz {
 
 Ref<NSString> fontnameWithName(const Ref<NSString>& name, const Ref<NSString>& style) {
     if (!style || style->length() == 0) return name;
+    if (!name) {
+        NSLog("The style \"%@\" has no font family and names no font\n", {style});
+        return {};
+    }
     return NSString::stringWithCharacters(name->characters() + u'-' + style->characters());
 }
 

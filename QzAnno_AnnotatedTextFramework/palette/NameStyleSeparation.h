@@ -9,7 +9,8 @@ class NSFont;
 
 // Font names of the form family-style.
 
-/// "family-style"; the family alone without a style or with an empty one.
+/// "family-style"; the family alone without a style or with an empty one. Without a family null, and a log line for a
+/// style that stands alone.
 Ref<NSString> fontnameWithName(const Ref<NSString>& name, const Ref<NSString>& style);
 /// The font of that name at the size in points; none when there is no such font.
 Ref<NSFont> fontWithName(const Ref<NSString>& name, const Ref<NSString>& style, float size);

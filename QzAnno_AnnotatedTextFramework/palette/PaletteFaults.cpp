@@ -115,8 +115,10 @@ std::vector<PaletteFault> faultsOfPalette(const QzAnnoPalette& palette) {
                 stored.set(entry.key, std::move(value));
                 continue;
             }
-            finder.add(entry.key->description(), "a value of class " + entry.value->className() +
-                                                     " has no form in a property list; the palette cannot be saved");
+            const std::string found =
+                entry.value ? "a value of class " + entry.value->className() + " has no form in a property list"
+                            : "there is no value";
+            finder.add(entry.key->description(), found + "; the palette cannot be saved");
         }
         finder.checkAttributes(stored);
     }

@@ -27,8 +27,11 @@ std::optional<ObjectMap> storedAttributes(const QzAnno& anno, std::string& error
         auto value = dehydrate(entry.value);
         // An attribute under the name's own key would come back as the annotation's name.
         if (!value || entry.key->isEqual(*QzAnnoPalette_AnnotationNameKey)) {
-            error = quotedExcerpt(anno.name()->utf8()) + ": the attribute " + quotedExcerpt(entry.key->description()) +
-                    ", of class " + entry.value->className() + ", has no form in a property list";
+            const std::string attribute =
+                quotedExcerpt(anno.name()->utf8()) + ": the attribute " + quotedExcerpt(entry.key->description());
+            error = entry.value
+                        ? attribute + ", of class " + entry.value->className() + ", has no form in a property list"
+                        : attribute + " has no value; set one or remove it";
             return {};
         }
         stored.set(entry.key, std::move(value));

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/foundation/NSLog.h"
+
 namespace qz {
 namespace {
 
@@ -19,6 +21,10 @@ NSNotificationCenter& NSNotificationCenter::defaultCenter() {
 
 void NSNotificationCenter::addObserver(const void* observer, Handler handler, Ref<NSString> name,
                                        const NSObject* object) {
+    if (!handler) {
+        NSLog("An observation of %@ without a handler is ignored\n", {name});
+        return;
+    }
     const std::lock_guard lock(mutex_);
     observations_.push_back({observer, std::move(handler), std::move(name), object, ++lastNumber_});
 }

@@ -33,7 +33,8 @@ public:
     /// That of the process, which outlives every object.
     static NSNotificationCenter& defaultCenter();
 
-    /// `observer` only identifies the observation. No name: any notification; no object: from any object.
+    /// `observer` only identifies the observation. Without a name it is told of every notification; without an object,
+    /// of those from any object. An empty handler is refused with a log line.
     void addObserver(const void* observer, Handler handler, Ref<NSString> name, const NSObject* object);
     /// Removes the observations of `observer` that were added with this name and object; none of them stands for any.
     void removeObserver(const void* observer, const Ref<NSString>& name = {}, const NSObject* object = nullptr);

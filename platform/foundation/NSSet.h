@@ -12,7 +12,7 @@ class NSSet final : public ObjectHolder {
 public:
     /// The empty set, one object for all.
     static Ref<NSSet> set();
-    /// No member is none. Of equal members the first is kept.
+    /// Of equal members the first is kept. Null members are left out, with a log line.
     ///@{
     static Ref<NSSet> setWithObject(Ref<NSObject> member);
     template <class T>

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <utility>
 
+#include "platform/foundation/NSLog.h"
 #include "platform/foundation/NSNotificationCenter.h"
 
 namespace qz {
@@ -13,7 +14,12 @@ Ref<NSUndoManager> NSUndoManager::init() {
 }
 
 void NSUndoManager::InvocationTarget::invoke(std::function<void()> call) const {
-    if (manager_) manager_->registerAction({target_, std::move(call)});
+    if (!manager_) return;
+    if (!call) {
+        NSLog("An empty call cannot be recorded for undo and is ignored\n");
+        return;
+    }
+    manager_->registerAction({target_, std::move(call)});
 }
 
 NSUndoManager::InvocationTarget NSUndoManager::prepareWithInvocationTarget(const NSObject& target) {
@@ -24,7 +30,8 @@ void NSUndoManager::registerAction(Action action) {
     // What a forgotten call holds may call back when it dies, so it dies last.
     std::vector<Group> forgotten;
     if (activity_ == Activity::recording) forgotten = std::exchange(redo_, {});
-    if (open_.empty() && !groupsByEvent_) {
+    lastGroupTakesName_ = open_.empty() && !groupsByEvent_;
+    if (lastGroupTakesName_) {
         Group group;
         group.actions.push_back(std::move(action));
         undo_.push_back(std::move(group));
@@ -38,6 +45,7 @@ void NSUndoManager::registerAction(Action action) {
 }
 
 void NSUndoManager::removeAllActionsWithTarget(const NSObject& target) {
+    lastGroupTakesName_ = false;
     // As above: nothing dies before all groups are in order again.
     // And nothing is allocated: targets call this from their destructors.
     std::list<Action> removed;
@@ -56,12 +64,14 @@ void NSUndoManager::removeAllActionsWithTarget(const NSObject& target) {
 }
 
 void NSUndoManager::removeAllActions() {
+    lastGroupTakesName_ = false;
     const std::vector<Group> removed[] = {std::exchange(undo_, {}), std::exchange(redo_, {}),
                                           std::exchange(open_, std::vector<Group>(open_.size()))};
     const Group unplayed = std::exchange(playing_, {});
 }
 
 void NSUndoManager::beginUndoGrouping() {
+    lastGroupTakesName_ = false;
     open_.emplace_back();
 }
 
@@ -169,7 +179,10 @@ bool NSUndoManager::isRedoing() const {
 }
 
 void NSUndoManager::setActionName(std::string name) {
-    if (!open_.empty()) open_.back().name = std::move(name);
+    if (!open_.empty())
+        open_.back().name = std::move(name);
+    else if (lastGroupTakesName_)
+        undo_.back().name = std::move(name);
 }
 
 std::string NSUndoManager::undoActionName() const {

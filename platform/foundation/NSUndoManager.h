@@ -33,7 +33,8 @@ public:
     public:
         /// Drops what it is given, as a call on none does nothing.
         InvocationTarget() = default;
-        /// Records the call in the innermost open group, or in one of its own as the class says.
+        /// Records the call in the innermost open group, or in one of its own as the class says. An empty call is
+        /// refused with a log line.
         void invoke(std::function<void()> call) const;
 
     private:
@@ -86,7 +87,8 @@ public:
     bool isRedoing() const;
     ///@}
 
-    /// Names the group that is open now; a name set later wins. Does nothing outside a group.
+    /// Names the group that is open now, or the last inverse that became a group of its own; a name set later wins.
+    /// Does nothing when there is neither.
     void setActionName(std::string name);
     /// The name of what undo (redo) would play back; empty when there is nothing or it has no name.
     ///@{
@@ -122,6 +124,8 @@ private:
     Activity activity_ = Activity::recording;
     bool groupsByEvent_ = true;
     bool eventGroupIsOpen_ = false;
+    // Whether `undo_` ends with an inverse that is a group of its own, until something else begins.
+    bool lastGroupTakesName_ = false;
 };
 
 }  // namespace qz

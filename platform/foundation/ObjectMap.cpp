@@ -3,6 +3,8 @@
 #include <bit>
 #include <new>
 
+#include "platform/foundation/NSLog.h"
+
 namespace qz {
 namespace {
 
@@ -52,6 +54,10 @@ Ref<NSObject> ObjectMap::find(const NSObject& key) const {
 }
 
 void ObjectMap::set(Ref<NSObject> key, Ref<NSObject> value) {
+    if (!key) {
+        NSLog("An entry without a key is ignored; a set needs objects as members, a dictionary as keys\n");
+        return;
+    }
     const size_t hash = key->hash();
     const size_t entry = findIndex(*key, hash);
     if (entry != kNone) {

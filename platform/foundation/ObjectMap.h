@@ -32,7 +32,8 @@ public:
     Ref<NSObject> find(const NSObject& key) const;
     /// Whether the key is there, be its value none.
     bool contains(const NSObject& key) const { return findIndex(key, key.hash()) != kNone; }
-    /// Files a value under a key, which is not none, replacing the one that is there; an equal key that is there stays.
+    /// Files a value under a key, replacing the one that is there; an equal key that is there stays. A null key is
+    /// ignored with a log line.
     void set(Ref<NSObject> key, Ref<NSObject> value);
     /// Sets every entry of the other map.
     void setAll(const ObjectMap& other);

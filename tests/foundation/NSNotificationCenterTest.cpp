@@ -31,6 +31,7 @@ TEST_F(NSNotificationCenterTest, FiltersByNameAndObjectInTheOrderOfAddition) {
     center_.addObserver(&observer_, logs('o'), {}, palette_.get());
     center_.addObserver(&observer_, logs('*'), {}, nullptr);
     center_.addObserver(&observer_, logs('b'), "Changed"_ns, palette_.get());
+    center_.addObserver(&observer_, {}, {}, nullptr);
     EXPECT_EQ(logOfPost("Changed"_ns, palette_), "no*b");
     EXPECT_EQ(logOfPost("Changed"_ns, other_), "n*") << "an equal object is another object";
     EXPECT_EQ(logOfPost("Loaded"_ns, palette_), "o*");

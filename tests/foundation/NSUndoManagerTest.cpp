@@ -48,11 +48,14 @@ TEST_F(NSUndoManagerTest, OneGroupPerEvent) {
 
 TEST_F(NSUndoManagerTest, WithoutEventsEachInverseIsAGroup) {
     manager_->setGroupsByEvent(false);
-    set(1);
-    set(2);
+    set(1, "Create Annotation");
+    set(2, "Change Annotation");
     EXPECT_EQ(manager_->groupingLevel(), 0u);
+    EXPECT_EQ(manager_->undoActionName(), "Change Annotation");
     EXPECT_TRUE(manager_->undo());
     EXPECT_EQ(value_, 1);
+    manager_->setActionName("Late");
+    EXPECT_EQ(manager_->undoActionName(), "Create Annotation") << "each keeps the name that came with it";
 }
 
 TEST_F(NSUndoManagerTest, GroupsNest) {
@@ -118,6 +121,7 @@ TEST_F(NSUndoManagerTest, NothingRegisteredWhileUndoingLeavesNoRedo) {
     EXPECT_FALSE(manager_->isUndoing());
     EXPECT_FALSE(manager_->canRedo());
     NSUndoManager::InvocationTarget().invoke([] { FAIL() << "a call on none"; });
+    manager_->prepareWithInvocationTarget(*document_).invoke({});
     EXPECT_FALSE(manager_->canUndo());
 }
 

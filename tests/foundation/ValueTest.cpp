@@ -12,6 +12,7 @@
 #include "platform/foundation/NSDictionary.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/NSNumber.h"
+#include "platform/foundation/NSSet.h"
 #include "platform/foundation/NSString.h"
 
 namespace qz {
@@ -92,6 +93,8 @@ TEST(ObjectMap, BehavesLikeARowOfPairs) {
     SCOPED_TRACE(seed);
     std::mt19937 random(seed);
     ObjectMap map;
+    map.set({}, "no key"_ns);
+    EXPECT_EQ(NSSet::setWithObjects<NSString>({"a"_ns, {}})->count(), 1u) << "null members are left out";
     std::vector<std::pair<int, int>> model;
     const auto find = [&](int key) {
         return std::find_if(model.begin(), model.end(), [&](const auto& pair) { return pair.first == key; });

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno_AnnotatedTextFramework/palette/PaletteFaults.h"
 #include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
 #include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
 #include "platform/foundation/NSArray.h"
@@ -177,14 +178,18 @@ TEST_F(PalettePropertyListTest, WhatCannotBeStoredFailsTheWholeWriteByName) {
         {"Control"_ns, NSString::stringWithUTF8String("a\x01"
                                                       "b")},
         {QzAnnoPalette_AnnotationNameKey, "would rename it"_ns},
+        {"Empty"_ns, {}},
     };
     for (const auto& row : cases) {
         const auto palette = richPalette();
         const auto edited = palette->lookupAnno(palette->annoKeyAtPriority(1))->mutableCopy();
         edited->setName("Lower Third"_ns);
-        edited->setAttribute(row.attribute, row.value);
+        ObjectMap attributes = edited->allAttributes()->map();
+        attributes.set(row.attribute, row.value);
+        edited->setAttributes(NSDictionary::dictionaryWithMap(attributes));
         palette->replaceAnno(edited);
         capture_.clear();
+        EXPECT_NO_THROW(faultsOfPalette(*palette));
         EXPECT_FALSE(palette->pListData());
         EXPECT_THAT(capture_.lines(), ElementsAre(testing::AllOf(
                                           testing::StartsWith("Error occurred serializing palette: \"Lower Third\": "),
