@@ -16,7 +16,6 @@ namespace qz {
 namespace {
 
 Ref<QzAnnoPalette> paletteOf(int annotations) {
-    setLogHook([](std::string_view) {});
     setStandardErrorHook([](std::string_view) {});
     const Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
     palette->setUndoManager(NSUndoManager::init());

@@ -88,7 +88,6 @@ BENCHMARK(typeIntoTitle)->Arg(50)->Arg(200)->Arg(800)->Unit(benchmark::kMillisec
 int main(int argc, char** argv) {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
-    qz::setLogHook([](std::string_view) {});
     qz::setStandardErrorHook([](std::string_view) {});
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

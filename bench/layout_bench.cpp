@@ -25,7 +25,6 @@ Ref<QzAnnoPalette> titlePalette() {
 
 /// Formats and lays out a title of two lines whose clock runs on from frame to frame.
 void titleOfEachFrame(benchmark::State& state, const char* before, const char* behind) {
-    setLogHook([](std::string_view) {});
     setStandardErrorHook([](std::string_view) {});
     const auto palette = titlePalette();
     const auto key = palette->findAnnoKey("Emphasis"_ns);
@@ -41,7 +40,6 @@ void titleOfEachFrame(benchmark::State& state, const char* before, const char* b
         pipeline->setAnnoString(title);
         benchmark::DoNotOptimize(pipeline->placeInFullScreen(true));
     }
-    setLogHook({});
     setStandardErrorHook({});
 }
 BENCHMARK_CAPTURE(titleOfEachFrame, latin, "Breaking news from the harbour ",

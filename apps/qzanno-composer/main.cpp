@@ -228,10 +228,10 @@ int main(int argc, char** argv) {
     if (!hasScreen && options.screenshot.isEmpty()) {
         return fail(kFailed, "there is no screen to open a window on; run it on a desktop, or with --screenshot FILE");
     }
-    if (!options.isVerbose) {
-        qz::setLogHook([](std::string_view) {});
+    if (options.isVerbose)
+        qz::setLogHook(qz::writeToStandardError);
+    else
         qz::setStandardErrorHook([](std::string_view) {});
-    }
     if (options.appearance != "desktop") {
         QApplication::setStyle(QStyleFactory::create("Fusion"));
         QApplication::setPalette(options.appearance == "dark" ? darkPalette()

@@ -42,9 +42,10 @@ constexpr const char* kManifestExamples =
 
 /// The library's own lines are for developers: shown when asked for.
 void routeLibraryLog(Diagnostics::Verbosity verbosity) {
-    if (verbosity == Diagnostics::Verbosity::verbose) return;
-    setLogHook([](std::string_view) {});
-    setStandardErrorHook([](std::string_view) {});
+    if (verbosity == Diagnostics::Verbosity::verbose)
+        setLogHook(writeToStandardError);
+    else
+        setStandardErrorHook([](std::string_view) {});
 }
 
 /// Performs a command; the exit code.

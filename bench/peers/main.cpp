@@ -92,7 +92,6 @@ int main(int argc, char** argv) {
         }
         options[name] = argv[i + 1];
     }
-    qz::setLogHook([](std::string_view) {});
     qz::setStandardErrorHook([](std::string_view) {});
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     // Fonts and raster painting need an application, but no screen.

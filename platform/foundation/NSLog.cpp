@@ -7,23 +7,18 @@
 namespace qz {
 namespace {
 
-void writeToStandardError(std::string_view line) {
-    std::fwrite(line.data(), 1, line.size(), stderr);
-}
-
 // A hook may be exchanged while another thread logs, so a line is sent through a copy.
 class Channel {
 public:
+    explicit Channel(DiagnosticHook hook) : hook_(std::move(hook)) {}
+
     void send(std::string_view line) {
         DiagnosticHook hook;
         {
             const std::lock_guard lock(mutex_);
             hook = hook_;
         }
-        if (hook)
-            hook(line);
-        else
-            writeToStandardError(line);
+        if (hook) hook(line);
     }
     void setHook(DiagnosticHook hook) {
         const std::lock_guard lock(mutex_);
@@ -36,12 +31,12 @@ private:
 };
 
 Channel& logChannel() {
-    static Channel channel;
+    static Channel channel{{}};
     return channel;
 }
 
 Channel& standardErrorChannel() {
-    static Channel channel;
+    static Channel channel{writeToStandardError};
     return channel;
 }
 
@@ -74,6 +69,10 @@ std::string stringWithFormat(std::string_view format, std::initializer_list<Form
     return text;
 }
 
+void writeToStandardError(std::string_view line) {
+    std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
 void NSLog(std::string_view format, std::initializer_list<FormatArgument> arguments) {
     logChannel().send(stringWithFormat(format, arguments));
 }
@@ -87,7 +86,7 @@ void NSStandardError(std::string_view format, std::initializer_list<FormatArgume
 }
 
 void setStandardErrorHook(DiagnosticHook hook) {
-    standardErrorChannel().setHook(std::move(hook));
+    standardErrorChannel().setHook(hook ? std::move(hook) : writeToStandardError);
 }
 
 void reportFailedAssertion(std::string_view source, uint32_t line, std::string_view condition) {

@@ -39,16 +39,19 @@ std::string stringWithFormat(std::string_view format, std::initializer_list<Form
 /// Receives one whole line, its line feed included, in UTF-8. May be called from any thread that uses the library.
 using DiagnosticHook = std::function<void(std::string_view line)>;
 
-/// Writes one line to the log of the process: to the log hook, which is standard error until one is set.
+/// A hook for standard error.
+void writeToStandardError(std::string_view line);
+
+/// Writes one line to the log of the process, which nobody hears until a log hook is set.
 void NSLog(std::string_view format, std::initializer_list<FormatArgument> arguments = {});
-/// Sends later lines to the hook, or to standard error when it is empty. Safe while other threads log; a line that is
-/// on its way still reaches the hook before.
+/// Sends later lines to the hook, as `setLogHook(writeToStandardError)`; an empty hook drops them. Safe while other
+/// threads log; a line that is on its way still reaches the hook before.
 void setLogHook(DiagnosticHook hook);
 
 /// Writes what the library sends to standard error itself, past the log; a tool that must stay quiet sets a hook here
 /// too.
 void NSStandardError(std::string_view format, std::initializer_list<FormatArgument> arguments = {});
-/// As `setLogHook`, for these lines.
+/// As `setLogHook`, for these lines; with an empty hook they go to standard error again.
 void setStandardErrorHook(DiagnosticHook hook);
 
 /// Reports an assertion that a caller has broken, as "source:line: failed assertion `condition'" on standard error.

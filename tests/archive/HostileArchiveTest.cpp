@@ -57,7 +57,6 @@ Ref<QzAnnoPalette> samplePalette() {
 }
 
 TEST(HostileArchive, EveryTruncationIsRefusedInLittleMemory) {
-    setLogHook([](std::string_view) {});
     setStandardErrorHook([](std::string_view) {});
     const Ref<QzAnnoPalette> palette = samplePalette();
     const Ref<NSData> whole = archive(palette);
@@ -71,12 +70,10 @@ TEST(HostileArchive, EveryTruncationIsRefusedInLittleMemory) {
     const Reading reading = read(whole, palette);
     ASSERT_TRUE(reading.object) << reading.error;
     EXPECT_LE(reading.peakBytes, 16 * whole->length());
-    setLogHook({});
     setStandardErrorHook({});
 }
 
 TEST(HostileArchive, EverySingleByteChangeEndsInLittleMemory) {
-    setLogHook([](std::string_view) {});
     setStandardErrorHook([](std::string_view) {});
     const Ref<QzAnnoPalette> palette = samplePalette();
     const Ref<NSData> whole = archive(palette);
@@ -97,7 +94,6 @@ TEST(HostileArchive, EverySingleByteChangeEndsInLittleMemory) {
         }
     }
     EXPECT_GT(refused, whole->length() / 4) << "most bytes are positions and letters; the others are structure";
-    setLogHook({});
     setStandardErrorHook({});
 }
 

@@ -43,7 +43,6 @@ std::u16string randomTitle(const std::vector<std::u16string>& words, std::minstd
 
 TEST(FlatMemory, TitlesLeaveNothingBehind) {
     constexpr int kWarm = 1000, kTitles = 10'000;
-    setLogHook([](std::string_view) {});
     setStandardErrorHook([](std::string_view) {});
     const Ref<QzAnnoPalette> palette = test::paletteWithGlobals({{QzFontSizeAttribute, test::number(18)},
                                                                  {QzBackgroundColorAttribute, test::rgba(0, 0, 0)},
@@ -72,7 +71,6 @@ TEST(FlatMemory, TitlesLeaveNothingBehind) {
         if (title < kWarm) warm = std::max(warm, bytesInUse());
         last = bytesInUse();
     }
-    setLogHook({});
     setStandardErrorHook({});
     std::printf("%d titles: %.0f bytes at most after %d, %.0f at the end\n", kTitles, warm, kWarm, last);
     EXPECT_LE(last, warm * 1.02);

@@ -17,13 +17,9 @@ namespace {
 class FontFault : public testing::Test {
 protected:
     FontFault() {
-        setLogHook([](std::string_view) {});
         setStandardErrorHook([](std::string_view) {});
     }
-    ~FontFault() override {
-        setLogHook({});
-        setStandardErrorHook({});
-    }
+    ~FontFault() override { setStandardErrorHook({}); }
 };
 
 struct Drawn {

@@ -24,7 +24,6 @@ using testing::HasSubstr;
 class Limit : public testing::Test {
 protected:
     Limit() {
-        setLogHook([](std::string_view) {});
         setStandardErrorHook([](std::string_view) {});
     }
     ~Limit() override {
