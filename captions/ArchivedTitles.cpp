@@ -74,9 +74,8 @@ std::optional<ArchivedTitles> archivedTitles(const Ref<NSData>& archive, const R
     if (!palette) return titles;
     // The older form leaves keys that the palette lacks without one.
     for (const Ref<QzAnnoString>& string : titles.strings) {
-        for (const ObjectMap::Entry& entry : string->annotations()->map().entries()) {
-            const auto& key = static_cast<const QzAnnoKey&>(*entry.key);
-            if (!key.valid()) addOnce(titles.unknownNames, key.name()->utf8());
+        for (const auto& key : string->allKeys()->objects<QzAnnoKey>()) {
+            if (!key->valid()) addOnce(titles.unknownNames, key->name()->utf8());
         }
     }
     return titles;

@@ -82,7 +82,7 @@ Ref<QzAnnoPalette> paletteOfAss(const AssScript& script, std::vector<std::string
     const AssStyle* const global = script.styleNamed("Default") ? script.styleNamed("Default") : fallback;
     if (!global) return palette;
     std::set<std::string> told;
-    const auto file = [&](const Ref<QzAnno>& anno, const AssStyle& style, const ObjectMap* below) {
+    const auto file = [&](const Ref<const QzAnno>& anno, const AssStyle& style, const ObjectMap* below) {
         const Ref<QzMutableAnno> changed = anno->mutableCopy();
         const ObjectMap attributes = attributesOf(style, scale);
         for (const ObjectMap::Entry& entry : attributes.entries()) {
@@ -102,7 +102,7 @@ Ref<QzAnnoPalette> paletteOfAss(const AssScript& script, std::vector<std::string
     for (const AssStyle& style : script.styles) {
         // Of styles with one name the last counts.
         if (&style == global || script.styleNamed(style.name) != &style) continue;
-        const Ref<QzAnno> anno = palette->createAnno(NSString::stringWithUTF8String(style.name));
+        const Ref<const QzAnno> anno = palette->createAnno(NSString::stringWithUTF8String(style.name));
         if (anno)
             file(anno, style, &globals);
         else

@@ -125,7 +125,7 @@ private:
             if (key->isDefault() || std::ranges::find(open_, key, &Open::key) != open_.end()) continue;
             const Tag* tag = tagOf(key, reason);
             Range range;
-            if (!tag || !text_.annotation(*key, here, &range)) return false;
+            if (!tag || !text_.annotation(key, here, &range)) return false;
             begun.push_back({key, tag, static_cast<uint32_t>(range.end())});
         }
         std::ranges::stable_sort(begun, std::ranges::greater(), &Open::end);

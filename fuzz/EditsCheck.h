@@ -87,7 +87,7 @@ private:
 
     void compareQuery(const Pair& pair, uint32_t index, size_t k, Range within) {
         Range run{77, 77};
-        const bool holds = pair.string->annotation(*keys()[k], index, &run, within);
+        const bool holds = pair.string->annotation(keys()[k], index, &run, within);
         if (within.end() > pair.model.size() || !within.contains(index)) {
             input_.require(!holds && run == Range{77, 77}, "a query outside is refused");
             return;

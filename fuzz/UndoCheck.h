@@ -71,7 +71,7 @@ private:
             const Entry& entry = stack[static_cast<size_t>(priority)];
             input_.require(palette_->annoKeyAtPriority(priority) == entry.key, "keys lie as in the model");
             input_.require(palette_->lookupPrio(entry.key) == priority, "a key knows its priority");
-            const Ref<QzAnno> anno = palette_->lookupAnno(entry.key);
+            const Ref<const QzAnno> anno = palette_->lookupAnno(entry.key);
             input_.require(anno && anno->annokey() == entry.key && markOf(*anno) == entry.mark,
                            "annotations are the model's");
         }
@@ -84,7 +84,8 @@ private:
         const auto at = stack_.begin() + priority;
         switch (input_.template ConsumeIntegralInRange<int>(0, 5)) {
             case 0: {
-                const Ref<QzAnno> made = palette_->createAnno(input_.PickValueInArray({"x"_ns, "y"_ns, "GLOBALS"_ns}));
+                const Ref<const QzAnno> made =
+                    palette_->createAnno(input_.PickValueInArray({"x"_ns, "y"_ns, "GLOBALS"_ns}));
                 if (made) stack_.push_back({made->annokey(), 0});
                 return made != nullptr;
             }

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
+#include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
 #include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
 #include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
 #include "platform/foundation/NSArray.h"
@@ -26,7 +27,7 @@ int main(int argc, char** argv) {
     ObjectMap annotations;
     annotations.set(bold, QzAnnoBits::initWithBytes("0110000"));
     annotations.set(box, QzAnnoBits::initWithBytes("11111111"));
-    title->setAnnotations(NSDictionary::dictionaryWithMap(annotations), false);
+    MutableSupport::setAnnotations(*title, NSDictionary::dictionaryWithMap(annotations), false);
     const std::pair<const char*, Ref<NSObject>> seeds[] = {
         {"title", title},
         {"titles", NSArray::arrayWithObjects({title, title->mutableCopy(), palette})},

@@ -54,8 +54,6 @@ public:
 
     /// Exchanges the key; does nothing once the current key is bound to a palette, nor when there is no new one.
     void setKey(const Ref<QzAnnoKey>& key);
-    /// Stores the given dictionary itself. No dictionary: no attributes.
-    void setAttributes(Ref<NSDictionary> attributes);
 
     /// A new immutable annotation with the same key, also of a mutable one.
     Ref<QzAnno> copy() const;
@@ -69,6 +67,8 @@ protected:
     /// Neither is none.
     QzAnno(Ref<QzAnnoKey> key, Ref<NSDictionary> attributes)
         : key_(std::move(key)), attributes_(std::move(attributes)) {}
+    /// Stores the given dictionary itself; null counts as empty.
+    void setAttributes(Ref<NSDictionary> attributes);
 
 private:
     Ref<QzAnnoKey> key_;
@@ -84,6 +84,7 @@ public:
     void copyFromAnno(const QzAnno& anno) override;
     void setName(const Ref<NSString>& name) override { annokey()->setName(name); }
     void setAttribute(const Ref<NSString>& name, const Ref<NSObject>& toObject) override;
+    using QzAnno::setAttributes;
 
     std::string className() const override { return "QzMutableAnno"; }
 

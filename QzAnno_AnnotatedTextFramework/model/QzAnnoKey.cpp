@@ -16,16 +16,4 @@ void QzAnnoKey::setName(const Ref<NSString>& name) {
     annoname_ = name ? name : NSString::string();
 }
 
-bool QzAnnoKey::setPalette(const Ref<QzAnnoPalette>& palette) {
-    if (valid()) return false;
-    palette_ = palette;
-    return true;
-}
-
-bool QzAnnoKey::clearPalette(const Ref<QzAnnoPalette>& palette) {
-    if (palette_.lock() != palette) return false;
-    palette_.reset();
-    return true;
-}
-
 }  // namespace qz

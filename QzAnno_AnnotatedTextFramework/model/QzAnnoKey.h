@@ -30,10 +30,6 @@ public:
     bool valid() const { return !palette_.expired(); }
     /// None while the key is unbound.
     Ref<QzAnnoPalette> palette() const { return palette_.lock(); }
-    /// Binds an unbound key; refused while it is bound.
-    bool setPalette(const Ref<QzAnnoPalette>& palette);
-    /// Unbinds the key from exactly this palette; refused otherwise. True for an unbound key and no palette.
-    bool clearPalette(const Ref<QzAnnoPalette>& palette);
     /// Whether the key is that of its palette's global annotation; false while unbound.
     bool isDefault() const;
 
@@ -45,6 +41,8 @@ public:
     std::string className() const override { return "QzAnnoKey"; }
 
 private:
+    friend class MutableSupport;
+
     QzAnnoKey(Ref<NSString> name, const Ref<QzAnnoPalette>& palette) : palette_(palette), annoname_(std::move(name)) {}
 
     WeakRef<QzAnnoPalette> palette_;

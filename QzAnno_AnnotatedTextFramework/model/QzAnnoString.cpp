@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
 #include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
 
 namespace qz {
@@ -10,7 +11,7 @@ namespace {
 
 using Entry = ObjectMap::Entry;
 
-// `setAnnotations` lets in nothing else.
+// `MutableSupport::setAnnotations` lets in nothing else.
 const QzAnnoBits& bitsOf(const Entry& entry) {
     return static_cast<const QzAnnoBits&>(*entry.value);
 }
@@ -26,9 +27,8 @@ bool haveEqualRuns(const QzAnnoBits& a, const QzAnnoBits& b, uint32_t textLength
 
 }  // namespace
 
-QzAnnoString::QzAnnoString(const Ref<NSString>& string) : annotations_(NSDictionary::dictionary()) {
-    setString(string, true);
-}
+QzAnnoString::QzAnnoString(const Ref<NSString>& string)
+    : annotations_(NSDictionary::dictionary()), s_(string ? string : NSString::string()) {}
 
 Ref<QzAnnoString> QzAnnoString::init() {
     return initWithString({});
@@ -40,7 +40,7 @@ Ref<QzAnnoString> QzAnnoString::initWithString(const Ref<NSString>& string) {
 
 Ref<QzAnnoString> QzAnnoString::initWithAnnoString(const QzAnnoString& other) {
     Ref<QzAnnoString> copy = initWithString(other.s_);
-    copy->setAnnotations(other.annotations_, true);
+    MutableSupport::setAnnotations(*copy, other.annotations_, true);
     return copy;
 }
 
@@ -48,20 +48,8 @@ Ref<QzMutableAnnoString> QzAnnoString::mutableCopy() const {
     return QzMutableAnnoString::initWithAnnoString(*this);
 }
 
-bool QzAnnoString::setAnnotations(const Ref<NSDictionary>& annotations, bool doCopy) {
-    if (!annotations) return false;
-    ObjectMap entries;
-    for (const auto& [key, value, hash] : annotations->map().entries()) {
-        const auto bits = std::dynamic_pointer_cast<QzAnnoBits>(value);
-        if (!bits || !dynamic_cast<const QzAnnoKey*>(key.get())) return false;
-        entries.set(key, doCopy ? bits->copy() : bits);
-    }
-    annotations_ = NSDictionary::dictionaryWithMap(std::move(entries));
-    return true;
-}
-
-void QzAnnoString::setString(const Ref<NSString>& string, bool /*doCopy*/) {
-    s_ = string ? string : NSString::string();
+Ref<const QzAnnoBits> QzAnnoString::bitsFor(const Ref<QzAnnoKey>& key) const {
+    return key ? rowOf(*key) : nullptr;
 }
 
 Ref<NSSet> QzAnnoString::allKeys() const {
@@ -77,14 +65,15 @@ Ref<NSSet> QzAnnoString::frame() const {
     return keysHolding(holding);
 }
 
-bool QzAnnoString::annotation(const QzAnnoKey& key, uint32_t atIndex, Range* effectiveRange) const {
+bool QzAnnoString::annotation(const Ref<QzAnnoKey>& key, uint32_t atIndex, Range* effectiveRange) const {
     if (atIndex >= length()) return false;
-    if (const Ref<QzAnnoBits> bits = bitsFor(key)) return bits->getValueAtIndex(atIndex, effectiveRange, length());
+    if (const Ref<const QzAnnoBits> bits = bitsFor(key))
+        return bits->getValueAtIndex(atIndex, effectiveRange, length());
     if (effectiveRange) *effectiveRange = {0, length()};
     return false;
 }
 
-bool QzAnnoString::annotation(const QzAnnoKey& key, uint32_t atIndex, Range* longestEffectiveRange,
+bool QzAnnoString::annotation(const Ref<QzAnnoKey>& key, uint32_t atIndex, Range* longestEffectiveRange,
                               Range inRange) const {
     if (!inRange.contains(atIndex) || inRange.end() > length()) return false;
     Range run;

@@ -29,11 +29,11 @@ public:
     virtual Ref<NSSet> frame() const = 0;
     /// A new immutable string with every key of this one. None when the range reaches beyond the text.
     virtual Ref<QzAnnoString> annoSubstringFromRange(Range range) const = 0;
-    /// Whether the key holds at the index, with the run of this key alone. A key that the string does not use holds
-    /// nowhere, which is one run.
+    /// Whether the key holds at the index, with the run of this key alone. A key that the string does not use, and
+    /// null, hold nowhere, which is one run.
     ///@{
-    virtual bool annotation(const QzAnnoKey& key, uint32_t atIndex, Range* effectiveRange = nullptr) const = 0;
-    virtual bool annotation(const QzAnnoKey& key, uint32_t atIndex, Range* longestEffectiveRange,
+    virtual bool annotation(const Ref<QzAnnoKey>& key, uint32_t atIndex, Range* effectiveRange = nullptr) const = 0;
+    virtual bool annotation(const Ref<QzAnnoKey>& key, uint32_t atIndex, Range* longestEffectiveRange,
                             Range inRange) const = 0;
     ///@}
     /// The set of keys that hold at the index, with the run of them all.
@@ -73,8 +73,9 @@ public:
     Ref<NSSet> allKeys() const override;
     Ref<NSSet> frame() const override;
     Ref<QzAnnoString> annoSubstringFromRange(Range range) const override;
-    bool annotation(const QzAnnoKey& key, uint32_t atIndex, Range* effectiveRange = nullptr) const override;
-    bool annotation(const QzAnnoKey& key, uint32_t atIndex, Range* longestEffectiveRange, Range inRange) const override;
+    bool annotation(const Ref<QzAnnoKey>& key, uint32_t atIndex, Range* effectiveRange = nullptr) const override;
+    bool annotation(const Ref<QzAnnoKey>& key, uint32_t atIndex, Range* longestEffectiveRange,
+                    Range inRange) const override;
     Ref<NSSet> annotationsAtIndex(uint32_t index, Range* effectiveRange = nullptr) const override;
     Ref<NSSet> annotationsAtIndex(uint32_t index, Range* longestEffectiveRange, Range inRange) const override;
     Ref<NSString> string() const override { return s_; }
@@ -84,18 +85,8 @@ public:
     /// once.
     std::vector<Run> runs() const;
 
-    /// The string's own bit set; none when the string does not use the key.
-    Ref<QzAnnoBits> bitsFor(const QzAnnoKey& key) const { return annotations_->objectForKey<QzAnnoBits>(key); }
-    /// `QzAnnoKey` to `QzAnnoBits`.
-    const Ref<NSDictionary>& annotations() const { return annotations_; }
-
-    // For the mutable class and for decoding; whoever holds an immutable string relies on its staying as it is.
-
-    /// Takes over the entries, with `doCopy` a copy of each bit set. Refused for none, and when an entry is not a key
-    /// with a bit set.
-    bool setAnnotations(const Ref<NSDictionary>& annotations, bool doCopy);
-    /// Texts are immutable, so a copy is the text itself. No text is the empty text.
-    void setString(const Ref<NSString>& string, bool doCopy);
+    /// The string's own row of positions; null if the string does not use the key.
+    Ref<const QzAnnoBits> bitsFor(const Ref<QzAnnoKey>& key) const;
 
     /// With the same text and keys, and bit sets of its own.
     ///@{
@@ -115,7 +106,12 @@ protected:
     /// No text is the empty text.
     explicit QzAnnoString(const Ref<NSString>& string);
 
+    /// The row of a key that is there.
+    Ref<QzAnnoBits> rowOf(const NSObject& key) const { return annotations_->objectForKey<QzAnnoBits>(key); }
+
 private:
+    friend class MutableSupport;
+
     Range statesAt(uint32_t index, Range limit, bool withRange, std::vector<bool>& holding) const;
     Ref<NSSet> keysHolding(const std::vector<bool>& holding) const;
 

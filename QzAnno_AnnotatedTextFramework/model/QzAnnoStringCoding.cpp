@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
 #include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
 #include "platform/foundation/NSArchiver.h"
 #include "platform/foundation/NSArray.h"
@@ -10,7 +11,7 @@ namespace {
 
 void encodeString(const NSObject& object, NSArchiver& archiver) {
     const auto& string = static_cast<const QzAnnoString&>(object);
-    archiver.encodeObject(string.annotations()) && archiver.encodeObject(string.string());
+    archiver.encodeObject(MutableSupport::annotations(string)) && archiver.encodeObject(string.string());
 }
 
 /// The older form keeps the keys that hold everywhere apart, in an array or a set.
@@ -61,9 +62,9 @@ bool readInto(QzAnnoString& string, NSUnarchiver& unarchiver, bool hasFrameKeys)
             withFrameKeys(annotations, membersOf(frameKeys, unarchiver), text ? text->length() : 0, unarchiver);
     }
     if (unarchiver.hasFailed() || !countCopies(*annotations, unarchiver)) return false;
-    string.setString(text, true);
+    MutableSupport::setString(string, text);
     // Copies, since the stream may refer to one bit set from two places.
-    if (!string.setAnnotations(annotations, true))
+    if (!MutableSupport::setAnnotations(string, annotations, true))
         unarchiver.fail("the annotations of a string are no dictionary from annotation keys to bit sets");
     return !unarchiver.hasFailed();
 }

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 
+#include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
 #include "QzAnno_AnnotatedTextFramework/model/QzAnnoAttributeName.h"
 #include "platform/foundation/NSArray.h"
+#include "platform/foundation/NSLog.h"
 #include "platform/text/NSAttributedString.h"
 
 namespace qz {
@@ -11,6 +13,13 @@ namespace {
 
 QzAnnoBits& bitsOf(const ObjectMap::Entry& entry) {
     return static_cast<QzAnnoBits&>(*entry.value);
+}
+
+/// Whether a key is null, with a line: such a key comes of a name that the palette does not have.
+bool isNull(const Ref<QzAnnoKey>& key) {
+    if (!key)
+        NSLog("A null annotation key changes nothing; look whether the palette has the name that was asked for\n");
+    return !key;
 }
 
 /// A set, or the elements of an array as a set; none otherwise.
@@ -50,25 +59,26 @@ Ref<QzMutableAnnoString> QzMutableAnnoString::initWithKeyedAttributedString(
 
 Ref<QzAnnoBits> QzMutableAnnoString::bitsFor(const Ref<QzAnnoKey>& key) {
     changeRow(key, [](QzAnnoBits&) {});
-    return key ? bitsFor(*key) : Ref<QzAnnoBits>();
+    return key ? rowOf(*key) : nullptr;
 }
 
 /// Changes the key's row. A new row becomes the string's only once it is changed.
 template <class Change>
 void QzMutableAnnoString::changeRow(const Ref<QzAnnoKey>& key, const Change& change) {
-    if (!key) return;
-    if (const Ref<QzAnnoBits> row = bitsFor(*key)) return change(*row);
+    if (isNull(key)) return;
+    if (const Ref<QzAnnoBits> row = rowOf(*key)) return change(*row);
     const Ref<QzAnnoBits> row = QzAnnoBits::init();
     change(*row);
-    ObjectMap entries = annotations()->map();
+    ObjectMap entries = MutableSupport::annotations(*this)->map();
     entries.set(key, row);
-    setAnnotations(NSDictionary::dictionaryWithMap(std::move(entries)), false);
+    MutableSupport::setAnnotations(*this, NSDictionary::dictionaryWithMap(std::move(entries)), false);
 }
 
 /// Makes rows for the keys that lack one, and in every row room for positions up to `end` and `added` more. What
 /// follows in an edit cannot fail.
 void QzMutableAnnoString::makeRoom(const std::vector<Ref<QzAnnoKey>>& keys, uint64_t end, uint64_t added) {
-    ObjectMap entries = annotations()->map();
+    const Ref<NSDictionary>& rows = MutableSupport::annotations(*this);
+    ObjectMap entries = rows->map();
     for (const Ref<QzAnnoKey>& key : keys) {
         if (!entries.contains(*key)) entries.set(key, QzAnnoBits::init());
     }
@@ -76,15 +86,15 @@ void QzMutableAnnoString::makeRoom(const std::vector<Ref<QzAnnoKey>>& keys, uint
         QzAnnoBits& row = bitsOf(entry);
         row.reserve(std::max<uint64_t>(row.size(), end) + added);
     }
-    if (entries.size() > annotations()->count())
-        setAnnotations(NSDictionary::dictionaryWithMap(std::move(entries)), false);
+    if (entries.size() > rows->count())
+        MutableSupport::setAnnotations(*this, NSDictionary::dictionaryWithMap(std::move(entries)), false);
 }
 
 void QzMutableAnnoString::setAnnos(const Ref<NSSet>& keys, Range range) {
     if (!keys) return;
     const std::vector<Ref<QzAnnoKey>> added = keys->objects<QzAnnoKey>();
     makeRoom(added, range.end() + 1, 0);
-    for (const Ref<QzAnnoKey>& key : added) bitsFor(*key)->setRange(range);
+    for (const Ref<QzAnnoKey>& key : added) rowOf(*key)->setRange(range);
 }
 
 void QzMutableAnnoString::addAnno(const Ref<QzAnnoKey>& key, Range range) {
@@ -100,7 +110,7 @@ void QzMutableAnnoString::toggleAnno(const Ref<QzAnnoKey>& key, Range range) {
 }
 
 void QzMutableAnnoString::toggleFrameAnno(const Ref<QzAnnoKey>& key) {
-    if (!key) return;
+    if (isNull(key)) return;
     if (frame()->containsObject(*key)) {
         removeFrameAnno(key);
     } else {
@@ -141,8 +151,8 @@ bool QzMutableAnnoString::replaceCharactersInRange(Range range, const Ref<NSStri
     const Ref<NSString> edited = stringReplacing(range, withString->characters());
     if (!edited) return false;
     makeRoom({}, uint64_t{length()} + 1, uint64_t{withString->length()} + 1);
-    openRows(*annotations(), range, withString->length());
-    setString(edited, false);
+    openRows(*MutableSupport::annotations(*this), range, withString->length());
+    MutableSupport::setString(*this, edited);
     return true;
 }
 
@@ -152,11 +162,11 @@ bool QzMutableAnnoString::replaceCharactersInRange(Range range, const QzAnnoStri
     const Ref<NSString> edited = stringReplacing(range, withAnnoString.string()->characters());
     if (!edited) return false;
     // Rows that are new are clear, and need no moving.
-    const Ref<NSDictionary> rows = annotations();
+    const Ref<NSDictionary> rows = MutableSupport::annotations(*this);
     makeRoomFor(withAnnoString, inserted);
     openRows(*rows, range, 0);
     openRows(*rows, {range.location, 0}, inserted.length);
-    setString(edited, false);
+    MutableSupport::setString(*this, edited);
     copyBitsOf(withAnnoString, inserted);
     return true;
 }
@@ -170,25 +180,26 @@ void QzMutableAnnoString::appendAnnoString(const QzAnnoString& other) {
     const Range appended{length(), other.length()};
     const Ref<NSString> edited = stringReplacing({length(), 0}, other.string()->characters());
     makeRoomFor(other, appended);
-    setString(edited, false);
+    MutableSupport::setString(*this, edited);
     copyBitsOf(other, appended);
 }
 
 /// Room for the other's rows at the range, which are copied there by `copyBitsOf`; that may make the other's rows grow.
 void QzMutableAnnoString::makeRoomFor(const QzAnnoString& other, Range range) {
-    for (const ObjectMap::Entry& entry : other.annotations()->map().entries()) bitsOf(entry).reserve(range.end() + 2);
+    for (const ObjectMap::Entry& entry : MutableSupport::annotations(other)->map().entries())
+        bitsOf(entry).reserve(range.end() + 2);
     makeRoom(other.allKeys()->objects<QzAnnoKey>(), uint64_t{length()} + 1, uint64_t{range.length} + 1);
 }
 
 void QzMutableAnnoString::copyBitsOf(const QzAnnoString& other, Range toRange) {
-    for (const ObjectMap::Entry& entry : other.annotations()->map().entries()) {
-        bitsFor(static_cast<const QzAnnoKey&>(*entry.key))->copyBits(bitsOf(entry), toRange);
+    for (const ObjectMap::Entry& entry : MutableSupport::annotations(other)->map().entries()) {
+        rowOf(*entry.key)->copyBits(bitsOf(entry), toRange);
     }
 }
 
 void QzMutableAnnoString::setAnnoString(const QzAnnoString& other) {
-    setAnnotations(other.annotations(), true);
-    setString(other.string(), true);
+    MutableSupport::setAnnotations(*this, MutableSupport::annotations(other), true);
+    MutableSupport::setString(*this, other.string());
 }
 
 bool QzMutableAnnoString::isEqual(const NSObject& other) const {

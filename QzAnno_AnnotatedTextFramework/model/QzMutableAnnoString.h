@@ -35,7 +35,7 @@ public:
     /// Sets every given key, which becomes one of the string's; other keys are untouched. No set: nothing happens.
     virtual void setAnnos(const Ref<NSSet>& keys, Range range) = 0;
     /// Sets, clears or reverses one key at every position of the range. The key becomes one of the string's, even when
-    /// it is cleared. No key: nothing happens.
+    /// it is cleared. A null key, as for a name that a palette does not have, changes nothing and leaves a log line.
     ///@{
     virtual void addAnno(const Ref<QzAnnoKey>& key, Range range) = 0;
     virtual void removeAnno(const Ref<QzAnnoKey>& key, Range range) = 0;
@@ -68,7 +68,8 @@ public:
     std::u16string mutableString() const { return string()->characters(); }
 
     using QzAnnoString::bitsFor;
-    /// The string's own bit set, made first when the string does not use the key. None for no key.
+    /// The string's own row of positions, to be changed; made first when the string does not use the key. Null, with a
+    /// log line, for a null key.
     Ref<QzAnnoBits> bitsFor(const Ref<QzAnnoKey>& key);
 
     void setAnnoString(const QzAnnoString& other) override;

@@ -106,7 +106,7 @@ std::vector<PaletteFault> faultsOfPropertyList(const NSObject& plist) {
 std::vector<PaletteFault> faultsOfPalette(const QzAnnoPalette& palette) {
     FaultFinder finder;
     for (int32_t priority = 0; priority <= palette.maxPriority(); ++priority) {
-        const Ref<QzAnno> anno = palette.lookupAnno(palette.annoKeyAtPriority(priority));
+        const Ref<const QzAnno> anno = palette.lookupAnno(palette.annoKeyAtPriority(priority));
         finder.beginAnnotation(anno->name()->utf8());
         const Ref<NSDictionary> attributes = anno->allAttributes();
         ObjectMap stored;

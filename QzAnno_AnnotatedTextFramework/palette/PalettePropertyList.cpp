@@ -109,7 +109,7 @@ Ref<NSData> QzAnnoPalette::pListData(std::string* errorDescription) const {
     };
     std::vector<Ref<NSObject>> elements;
     for (int32_t priority = 0; priority <= maxPriority(); ++priority) {
-        const Ref<QzAnno> anno = lookupAnno(annoKeyAtPriority(priority));
+        const Ref<const QzAnno> anno = lookupAnno(annoKeyAtPriority(priority));
         auto stored = storedAttributes(*anno, error);
         if (!stored) return refuse(error);
         ObjectMap element;
@@ -144,6 +144,12 @@ bool QzAnnoPalette::loadList(const NSArray& list, std::string& error) {
         return false;
     }
     immutable_ = false;
+    const auto fill = [this](const QzAnno& anno, const NSDictionary& element) {
+        const Ref<QzMutableAnno> filled = anno.mutableCopy();
+        loadAnno(*filled, element);
+        replaceAnno(filled);
+    };
+    if (list.count() == 0) fill(*globals_, *NSDictionary::dictionary());
     for (size_t i = 0; i < list.count(); ++i) {
         const auto* element = dynamic_cast<const NSDictionary*>(list.elements()[i].get());
         if (!element) {
@@ -153,10 +159,7 @@ bool QzAnnoPalette::loadList(const NSArray& list, std::string& error) {
             return false;
         }
         // Added past `createAnno`, which would refuse the temporary name if the file gave it to the global annotation.
-        const Ref<QzAnno> anno = i == 0 ? globals_ : addNewAnno("Fark new"_ns);
-        const Ref<QzMutableAnno> filled = anno->mutableCopy();
-        loadAnno(*filled, *element);
-        replaceAnno(filled);
+        fill(i == 0 ? *globals_ : *addNewAnno("Fark new"_ns), *element);
     }
     immutable_ = true;
     return true;

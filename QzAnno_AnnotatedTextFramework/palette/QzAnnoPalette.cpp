@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <utility>
 
+#include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/NSNotificationCenter.h"
 
@@ -18,9 +20,14 @@ QzAnnoPalette::QzAnnoPalette()
       reverse_lookup_(std::make_shared<ObjectMap>()),
       serialNumber_(++lastSerialNumber) {}
 
-Ref<QzAnnoPalette> QzAnnoPalette::init() {
-    const Ref<QzAnnoPalette> palette(new QzAnnoPalette);
+Ref<QzAnnoPalette> QzAnnoPalette::empty() {
+    Ref<QzAnnoPalette> palette(new QzAnnoPalette);
     palette->globals_ = QzAnno::initWithKey(QzAnnoKey::keyWithName("GLOBALS"_ns, palette));
+    return palette;
+}
+
+Ref<QzAnnoPalette> QzAnnoPalette::init() {
+    Ref<QzAnnoPalette> palette = empty();
     NSStandardError("Annopalette made\n");
     return palette;
 }
@@ -36,8 +43,8 @@ void QzAnnoPalette::retainContentsOfAnnoPalette(const Ref<QzAnnoPalette>& other)
     reverse_lookup_ = other->reverse_lookup_;
     globals_ = other->globals_;
     const auto moveHere = [&](QzAnnoKey& key) {
-        key.clearPalette(other);
-        key.setPalette(refTo(*this));
+        MutableSupport::clearPalette(key, other);
+        MutableSupport::setPalette(key, refTo(*this));
     };
     moveHere(*globals_->annokey());
     for (const Ref<QzAnnoKey>& key : *priorities_) moveHere(*key);
@@ -50,7 +57,12 @@ void QzAnnoPalette::setUndoManager(const Ref<NSUndoManager>& undoManager) {
     immutable_ = false;
 }
 
-Ref<QzAnno> QzAnnoPalette::lookupAnno(const Ref<QzAnnoKey>& key) const {
+Ref<const QzAnno> QzAnnoPalette::lookupAnno(const Ref<QzAnnoKey>& key) const {
+    return annoOf(key);
+}
+
+/// The annotation as the palette holds it.
+Ref<QzAnno> QzAnnoPalette::annoOf(const Ref<QzAnnoKey>& key) const {
     if (!key || isGlobal(key)) return globals_;
     return std::static_pointer_cast<QzAnno>(reverse_lookup_->find(*key));
 }
@@ -89,7 +101,7 @@ Ref<QzToken> QzAnnoPalette::tokenForName(const Ref<NSString>& name) const {
     return key ? key : globals_->annokey();
 }
 
-Ref<QzAnno> QzAnnoPalette::createAnno(const Ref<NSString>& name) {
+Ref<const QzAnno> QzAnnoPalette::createAnno(const Ref<NSString>& name) {
     if (immutable_ || !name || areEqual(name, globals_->name())) return {};
     if (maxPriority() >= Limits::kAnnotationsMax) {
         NSLog("The palette is full: %i annotations are the most\n", {Limits::kAnnotationsMax});
@@ -98,7 +110,7 @@ Ref<QzAnno> QzAnnoPalette::createAnno(const Ref<NSString>& name) {
     return addNewAnno(name);
 }
 
-Ref<QzAnno> QzAnnoPalette::addNewAnno(const Ref<NSString>& name) {
+Ref<const QzAnno> QzAnnoPalette::addNewAnno(const Ref<NSString>& name) {
     auto anno = QzAnno::initWithKey(QzAnnoKey::keyWithName(name, refTo(*this)));
     addAnno(anno, maxPriority() + 1);
     return anno;
@@ -116,7 +128,7 @@ void QzAnnoPalette::addAnno(const Ref<QzAnno>& anno, int32_t atPrio) {
     reverse_lookup_->set(key, anno);
     if (reverse_lookup_->find(*key) != anno) NSStandardError("Created anno didn't get into the table\n");
     priorities_->insert(priorities_->begin() + (std::clamp(atPrio, 1, maxPriority() + 1) - 1), key);
-    key->setPalette(refTo(*this));
+    MutableSupport::setPalette(*key, refTo(*this));
 }
 
 bool QzAnnoPalette::removeAnno(const Ref<QzAnnoKey>& keyToRemove) {
@@ -124,17 +136,17 @@ bool QzAnnoPalette::removeAnno(const Ref<QzAnnoKey>& keyToRemove) {
     // The argument may be an element of the row that is about to be erased.
     const Ref<QzAnnoKey> key = keyToRemove;
     const int32_t priority = lookupPrio(key);
-    invocationTarget().invoke([this, anno = lookupAnno(key), priority] { addAnno(anno, priority); });
+    invocationTarget().invoke([this, anno = annoOf(key), priority] { addAnno(anno, priority); });
     setUndoActionName("Delete Annotation");
     priorities_->erase(priorities_->begin() + (priority - 1));
     reverse_lookup_->remove(*key);
-    if (!key->clearPalette(refTo(*this))) NSLog("%@ would not clear palette\n", {key});
+    if (!MutableSupport::clearPalette(*key, refTo(*this))) NSLog("%@ would not clear palette\n", {key});
     post(QzAnnoPaletteOrderChanged);
     postAnnoChanged(key);
     return true;
 }
 
-bool QzAnnoPalette::replaceAnno(const Ref<QzAnno>& anno) {
+bool QzAnnoPalette::replaceAnno(const Ref<const QzAnno>& anno) {
     if (immutable_ || !anno) return false;
     const Ref<QzAnnoKey> key = anno->annokey();
     if (!isGlobal(key) && !contains(key)) return false;
@@ -203,7 +215,24 @@ void QzAnnoPalette::postAnnoChanged(const Ref<QzAnnoKey>& key) {
 }
 
 void QzAnnoPalette::post(const Ref<NSString>& name, const Ref<NSDictionary>& userInfo) {
-    NSNotificationCenter::defaultCenter().postNotificationName(name, refTo(*this), userInfo);
+    if (noNotification_ > 0)
+        heldNotificationBack_ = true;
+    else
+        NSNotificationCenter::defaultCenter().postNotificationName(name, refTo(*this), userInfo);
+}
+
+QzAnnoPalette::NoNotification::NoNotification(const Ref<QzAnnoPalette>& palette) : palette_(palette) {
+    if (palette_) ++palette_->noNotification_;
+}
+
+QzAnnoPalette::NoNotification::~NoNotification() {
+    if (!palette_ || --palette_->noNotification_ > 0 || !std::exchange(palette_->heldNotificationBack_, false)) return;
+    try {
+        palette_->post(QzAnnoPaletteLoaded);
+    } catch (...) {
+        // The scope may be ending with an exception already, and the changes stand whatever an observer makes of them.
+        NSStandardError("An observer of QzAnnoPaletteLoaded has thrown\n");
+    }
 }
 
 std::string QzAnnoPalette::description() const {

@@ -10,6 +10,7 @@
 
 namespace qz {
 
+class NSArchiver;
 class NSArray;
 class NSUnarchiver;
 
@@ -27,9 +28,9 @@ inline const Ref<NSString> QzAnnoPaletteOrderChanged = "QzAnnoPaletteOrderChange
 ///
 /// A palette is locked until it is given an undo manager; while it is locked every edit is refused. Edits record their
 /// inverse with the undo manager, but none while it undoes or redoes, so an undone edit cannot be redone. The
-/// annotations that the palette holds are not changed in place: make a mutable copy, change it, and hand it to
-/// `replaceAnno`. Names need not be unique. Used from one thread at a time; different palettes may be used from
-/// different threads.
+/// annotations that the palette gives out are to be looked at: to change one, make a mutable copy, change that, and
+/// hand it to `replaceAnno`. Names need not be unique. Used from one thread at a time; different palettes may be used
+/// from different threads.
 class QzAnnoPalette final : public NSObject, public QzLogUsing, public QzTokenTable {
 public:
     /// An empty, locked palette, whose global annotation "GLOBALS" has no attributes.
@@ -49,7 +50,7 @@ public:
     void setLog(const Ref<QzLog>& log) override { logger_ = log; }
 
     /// The annotation of the key: the global one for its key and for none; none for a key that is not in the palette.
-    Ref<QzAnno> lookupAnno(const Ref<QzAnnoKey>& key) const;
+    Ref<const QzAnno> lookupAnno(const Ref<QzAnnoKey>& key) const;
     /// Whether the key is that of an annotation above the global one.
     bool contains(const Ref<QzAnnoKey>& key) const;
     /// 0 for the global key, -1 for one that is not in the palette.
@@ -63,11 +64,11 @@ public:
 
     /// A new annotation without attributes, on top. Refused for the global annotation's name and for none,
     /// and when there are `Limits::kAnnotationsMax`.
-    Ref<QzAnno> createAnno(const Ref<NSString>& name);
+    Ref<const QzAnno> createAnno(const Ref<NSString>& name);
     /// Unbinds the key. The global annotation is not removed.
     bool removeAnno(const Ref<QzAnnoKey>& key);
     /// Files a copy of the annotation in place of the one with the same key; refused when the palette has none with it.
-    bool replaceAnno(const Ref<QzAnno>& anno);
+    bool replaceAnno(const Ref<const QzAnno>& anno);
     /// Moves the key to a priority from 1 to `maxPriority`; those between shift by one.
     bool setAnnoKey(const Ref<QzAnnoKey>& key, int32_t toPriority);
     /// Exchanges the key with its neighbour one priority higher, or lower; refused where there is none.
@@ -98,6 +99,23 @@ public:
     /// list that cannot be read also gets a log line.
     static Ref<QzAnnoPalette> paletteFromPListData(const NSData& data, std::string* errorDescription = nullptr);
 
+    /// Holds the palette's notifications back while it lives, for a host that makes many changes in a row. When the
+    /// last such scope of a palette ends and a notification was held back, `QzAnnoPaletteLoaded` is posted once, so
+    /// that whoever shows the palette reloads.
+    class NoNotification {
+    public:
+        /// Keeps the palette alive; null holds nothing back.
+        explicit NoNotification(const Ref<QzAnnoPalette>& palette);
+        ~NoNotification();
+        NoNotification(const NoNotification&) = delete;
+        NoNotification& operator=(const NoNotification&) = delete;
+
+    private:
+        const Ref<QzAnnoPalette> palette_;
+    };
+    /// How many scopes hold notifications back.
+    int32_t noNotification() const { return noNotification_; }
+
     /// As token table the palette turns keys, also those of other palettes, into their names, and names into its own
     /// keys; a name that it lacks stands for the global key.
     ///@{
@@ -110,6 +128,8 @@ public:
     /// locked palette; none when the class version is not 0, and none, with a failure of the unarchiver, when another
     /// object stands where an annotation is due.
     static Ref<QzAnnoPalette> initWithCoder(NSUnarchiver& unarchiver);
+    /// Writes that form.
+    void encodeWithCoder(NSArchiver& archiver) const;
 
     /// Identifies the palette object: counts from 1 in the order of creation.
     int32_t serialNumber() const { return serialNumber_; }
@@ -122,11 +142,13 @@ private:
 
     QzAnnoPalette();
 
+    static Ref<QzAnnoPalette> empty();
+    Ref<QzAnno> annoOf(const Ref<QzAnnoKey>& key) const;
     bool isGlobal(const Ref<QzAnnoKey>& key) const { return key == globals_->annokey(); }
     NSUndoManager::InvocationTarget invocationTarget();
     void setUndoActionName(const char* name);
     bool recordsUndo() const;
-    Ref<QzAnno> addNewAnno(const Ref<NSString>& name);
+    Ref<const QzAnno> addNewAnno(const Ref<NSString>& name);
     void addAnno(const Ref<QzAnno>& anno, int32_t atPrio);
     bool exchangeWithNeighbour(const Ref<QzAnnoKey>& key, int32_t step);
     void recordReordering(const Ref<QzAnnoKey>& key, int32_t formerPriority);
@@ -140,6 +162,8 @@ private:
     Ref<KeyRow> priorities_;         // element i has priority i + 1
     Ref<ObjectMap> reverse_lookup_;  // key -> QzAnno, for exactly the keys of `priorities_`
     Ref<QzAnno> globals_;
+    int32_t noNotification_ = 0;
+    bool heldNotificationBack_ = false;
     bool immutable_ = true;
     Ref<NSUndoManager> undo_;
     WeakRef<QzLog> logger_;

@@ -1,3 +1,4 @@
+#include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
 #include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
 #include "platform/foundation/NSArchiver.h"
 #include "platform/foundation/NSArray.h"
@@ -8,13 +9,7 @@ namespace qz {
 namespace {
 
 void encodePalette(const NSObject& object, NSArchiver& archiver) {
-    const auto& palette = static_cast<const QzAnnoPalette&>(object);
-    std::vector<Ref<NSObject>> annotations;
-    for (int32_t priority = 1; priority <= palette.maxPriority(); ++priority) {
-        annotations.push_back(palette.lookupAnno(palette.annoKeyAtPriority(priority)));
-    }
-    archiver.encodeObject(palette.lookupAnno({})) &&
-        archiver.encodeObject(NSArray::arrayWithObjects(std::move(annotations)));
+    static_cast<const QzAnnoPalette&>(object).encodeWithCoder(archiver);
 }
 
 Ref<NSObject> decodePalette(NSUnarchiver& unarchiver) {
@@ -25,13 +20,19 @@ const CodedClassRegistration registration({.name = "QzAnnoPalette", .encode = en
 
 }  // namespace
 
+void QzAnnoPalette::encodeWithCoder(NSArchiver& archiver) const {
+    std::vector<Ref<NSObject>> annotations;
+    for (const Ref<QzAnnoKey>& key : *priorities_) annotations.push_back(annoOf(key));
+    archiver.encodeObject(globals_) && archiver.encodeObject(NSArray::arrayWithObjects(std::move(annotations)));
+}
+
 Ref<QzAnnoPalette> QzAnnoPalette::initWithCoder(NSUnarchiver& unarchiver) {
     if (unarchiver.versionForClassName("QzAnnoPalette") != 0) return {};
     const auto globals = unarchiver.decodeObjectOfClass<QzAnno>("QzAnno");
     const auto annotations = unarchiver.decodeObjectOfClass<NSArray>("NSArray");
     if (!globals || !annotations) unarchiver.fail("a palette needs its global annotation and an array of the others");
     if (unarchiver.hasFailed()) return {};
-    const Ref<QzAnnoPalette> palette = init();
+    const Ref<QzAnnoPalette> palette = empty();
     // Of the global annotation only the attributes count: its key is the palette's own.
     palette->globals_ = QzAnno::initWithKey(palette->globals_->annokey(), globals->allAttributes());
     return palette->takeDecoded(*annotations, unarchiver) ? palette : nullptr;
@@ -45,13 +46,14 @@ bool QzAnnoPalette::takeDecoded(const NSArray& annotations, NSUnarchiver& unarch
     }
     for (const Ref<NSObject>& element : annotations.elements()) {
         const auto anno = std::dynamic_pointer_cast<QzAnno>(element);
-        if (!anno || contains(anno->annokey())) {
-            unarchiver.fail(anno ? "the annotation " + anno->name()->utf8() + " stands in its palette twice"
-                                 : "an object of class " + element->className() + " stands among the annotations");
+        if (!anno) {
+            unarchiver.fail("an object of class " + element->className() + " stands among the annotations");
             return false;
         }
         const Ref<QzAnnoKey> key = anno->annokey();
-        if (!key->setPalette(refTo(*this))) NSLog("nonglobal %@ would not set palette\n", {key});
+        // An annotation that stands there twice keeps its first place.
+        if (!MutableSupport::setPalette(*key, refTo(*this))) NSLog("nonglobal %@ would not set palette\n", {key});
+        if (contains(key)) continue;
         priorities_->push_back(key);
         reverse_lookup_->set(key, anno);
     }

@@ -2,7 +2,7 @@
 
 namespace qz {
 
-bool replaceAnnoNamed(QzAnnoPalette& palette, const Ref<QzAnno>& anno, const Ref<NSString>& name) {
+bool replaceAnnoNamed(QzAnnoPalette& palette, const Ref<const QzAnno>& anno, const Ref<NSString>& name) {
     if (!anno || !palette.editable()) return false;
     const Ref<QzAnnoKey> key = anno->annokey();
     const Ref<NSString> former = key->name();

@@ -233,7 +233,7 @@ Ref<QzAnnoPalette> QzAnnoEditor::palette() const {
     return host ? host->palette() : nullptr;
 }
 
-void QzAnnoEditor::setAnno(const Ref<QzAnno>& anno) {
+void QzAnnoEditor::setAnno(const Ref<const QzAnno>& anno) {
     if (editing_) return;
     okay(shared_from_this());
     if (!anno) return;

@@ -55,7 +55,7 @@ public:
     /// In points. A size without area is no screen, and counts as 100 x 100.
     void setScreenSize(NSSize size) { screensize_ = size; }
     /// Begins to edit a copy of the annotation; ignored while another is being edited. None only closes the panel.
-    void setAnno(const Ref<QzAnno>& anno);
+    void setAnno(const Ref<const QzAnno>& anno);
     /// From `setAnno` on until the panel closes.
     bool isEditing() const { return editing_; }
     /// Turns to the page of that label; false when there is none.

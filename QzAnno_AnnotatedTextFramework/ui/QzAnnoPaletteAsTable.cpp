@@ -211,7 +211,7 @@ void QzAnnoPaletteAsTable::updateSelection() {
 // Actions
 
 void QzAnnoPaletteAsTable::newAnno(const Ref<NSObject>& /*sender*/) {
-    const Ref<QzAnno> anno = annotationPalette_ ? annotationPalette_->createAnno("NEW"_ns) : nullptr;
+    const Ref<const QzAnno> anno = annotationPalette_ ? annotationPalette_->createAnno("NEW"_ns) : nullptr;
     const Ref<QzAnnoEditor> editor = outlets_.annoAsTable.lock();
     if (!anno || !editor) return;
     editor->setAnno(anno);

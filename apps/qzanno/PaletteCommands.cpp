@@ -18,7 +18,7 @@ namespace {
 using Row = std::vector<std::string>;
 
 Row rowFor(const QzAnnoPalette& palette, int32_t priority) {
-    const Ref<QzAnno> anno = palette.lookupAnno(palette.annoKeyAtPriority(priority));
+    const Ref<const QzAnno> anno = palette.lookupAnno(palette.annoKeyAtPriority(priority));
     const NSDictionary& attributes = *anno->allAttributes();
     return {std::to_string(priority), anno->name()->utf8(), fontText(attributes), styleText(attributes),
             frameText(attributes)};

@@ -23,10 +23,10 @@ TitleContent contentOf(const Title& title, const QzAnnoPalette& palette) {
     TitleContent content{title.text->string()->characters(), {}, title.placement};
     for (int32_t priority = 1; priority <= palette.maxPriority(); ++priority) {
         const Ref<QzAnnoKey> key = palette.annoKeyAtPriority(priority);
-        if (!title.text->bitsFor(*key)) continue;
+        if (!title.text->bitsFor(key)) continue;
         Range run;
         for (uint32_t i = 0; i < title.text->length(); i = static_cast<uint32_t>(run.end())) {
-            if (title.text->annotation(*key, i, &run)) content.spans.push_back({priority, run});
+            if (title.text->annotation(key, i, &run)) content.spans.push_back({priority, run});
         }
     }
     return content;

@@ -30,7 +30,7 @@ Ref<QzMutableAnnoString> annotatedWords(uint32_t length) {
 std::vector<std::string_view> rowsOf(const QzAnnoString& string) {
     std::vector<std::string_view> rows;
     for (const Ref<QzAnnoKey>& key : string.allKeys()->objects<QzAnnoKey>())
-        rows.push_back(string.bitsFor(*key)->bytes().substr(0, string.length()));
+        rows.push_back(string.bitsFor(key)->bytes().substr(0, string.length()));
     return rows;
 }
 

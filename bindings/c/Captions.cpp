@@ -42,10 +42,10 @@ qzanno_title titleOf(const CaptionCue& cue, const QzAnnoPalette& palette) {
     title.placement = cue.placement;
     for (int32_t priority = 1; priority <= palette.maxPriority(); ++priority) {
         const Ref<QzAnnoKey> key = palette.annoKeyAtPriority(priority);
-        if (!cue.text->bitsFor(*key)) continue;
+        if (!cue.text->bitsFor(key)) continue;
         Range run;
         for (uint32_t i = 0; i < cue.text->length(); i = static_cast<uint32_t>(run.end())) {
-            if (cue.text->annotation(*key, i, &run))
+            if (cue.text->annotation(key, i, &run))
                 title.spans.push_back({key->name()->utf8(), title.positions.bytesOf(run)});
         }
     }

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
 #include "platform/foundation/NSLog.h"
 #include "tests/archive/Archives.h"
 #include "tests/support/AllocationCount.h"
@@ -39,7 +40,7 @@ Ref<NSData> archive(const Ref<QzAnnoPalette>& palette) {
         ObjectMap annotations;
         annotations.set(palette->annoKeyAtPriority(1), QzAnnoBits::initWithBytes(std::string(100 + i, '1')));
         annotations.set(palette->annoKeyAtPriority(2), QzAnnoBits::initWithBytes(std::string(50, '0')));
-        title->setAnnotations(NSDictionary::dictionaryWithMap(annotations), false);
+        MutableSupport::setAnnotations(*title, NSDictionary::dictionaryWithMap(annotations), false);
         objects.push_back(title);
         objects.push_back(title->copy());
     }
@@ -126,12 +127,12 @@ TEST(HostileArchive, AStringThatRefersToOneBitSetTwiceEditsEachAnnotationOnItsOw
     const Ref<QzAnnoBits> shared = QzAnnoBits::initWithBytes("1100");
     for (const int32_t priority : {1, 2}) annotations.set(palette->annoKeyAtPriority(priority), shared);
     const Ref<QzMutableAnnoString> string = QzMutableAnnoString::initWithString("abcd"_ns);
-    string->setAnnotations(NSDictionary::dictionaryWithMap(annotations), false);
+    MutableSupport::setAnnotations(*string, NSDictionary::dictionaryWithMap(annotations), false);
     const auto read = std::dynamic_pointer_cast<QzMutableAnnoString>(
         test::readString(QzTokeningArchiver::archivedDataWithRootObject(string, {palette}), {palette}));
     ASSERT_TRUE(read);
     read->addAnno(palette->annoKeyAtPriority(1), {2, 2});
-    EXPECT_FALSE(read->annotation(*palette->annoKeyAtPriority(2), 3));
+    EXPECT_FALSE(read->annotation(palette->annoKeyAtPriority(2), 3));
 }
 
 TEST(HostileArchive, AStringOfOtherThingsIsRefused) {

@@ -128,7 +128,7 @@ TEST(OlderArchive, KeysOfTheWholeTextHoldAtEveryCharacter) {
             if (length == 0) continue;
             EXPECT_TRUE(read->frame()->containsObject(*keyIn(*palette, "Bold")));
             Range run;
-            EXPECT_TRUE(read->annotation(*keyIn(*palette, "Red"), 1, &run));
+            EXPECT_TRUE(read->annotation(keyIn(*palette, "Red"), 1, &run));
             EXPECT_EQ(run, (Range{1, 2}));
         }
     }

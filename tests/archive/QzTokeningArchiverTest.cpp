@@ -3,6 +3,7 @@
 
 #include "QzAnno_AnnotatedTextFramework/archive/QzAnnoArchiver.h"
 #include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
+#include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
 #include "tests/archive/Archives.h"
 #include "tests/foundation/StreamBytes.h"
 #include "tests/support/LogCapture.h"
@@ -47,9 +48,9 @@ TEST(QzTokeningArchiver, KeysBecomeThoseOfTheReadersPalette) {
     const Ref<QzAnnoString> partly = readString(data, {lacking});
     ASSERT_TRUE(partly);
     Range run;
-    EXPECT_TRUE(partly->annotation(*global, 0, &run));
+    EXPECT_TRUE(partly->annotation(global, 0, &run));
     EXPECT_EQ(run, (Range{0, 3}));
-    EXPECT_TRUE(partly->annotation(*keyIn(*lacking, "Red"), 6));
+    EXPECT_TRUE(partly->annotation(keyIn(*lacking, "Red"), 6));
 }
 
 TEST(QzTokeningArchiver, SharedKeysStandOnceAndKeepTheNameTheyWereWrittenWith) {
@@ -97,7 +98,7 @@ TEST(QzTokeningArchiver, BytesOfAnArchivedString) {
     ObjectMap annotations;
     annotations.set(keyIn(*palette, "B"), QzAnnoBits::initWithBytes("110"));
     const Ref<QzAnnoString> string = QzAnnoString::initWithString("ab"_ns);
-    string->setAnnotations(NSDictionary::dictionaryWithMap(annotations), false);
+    MutableSupport::setAnnotations(*string, NSDictionary::dictionaryWithMap(annotations), false);
 
     // Shared strings: 0 "@", 1 QzAnnoString, 2 NSObject, 3 NSDictionary, 4 "i", 5 QzAnnoKey, 6 NSNumber, 7 NSValue,
     // 8 "*", 9 NSString, 10 "+", 11 QzAnnoBits, 12 "I", 13 "[3c]". Objects, classes and C strings: 0 the string,

@@ -25,7 +25,7 @@ protected:
     }
     ~CuePlacementTest() override { setStandardErrorHook({}); }
 
-    void give(const Ref<QzAnno>& anno, std::vector<int32_t> margins) {
+    void give(const Ref<const QzAnno>& anno, std::vector<int32_t> margins) {
         const Ref<QzMutableAnno> changed = anno->mutableCopy();
         std::vector<Ref<NSObject>> numbers;
         for (const int32_t margin : margins) numbers.push_back(NSNumber::numberWithInt(margin));

@@ -52,11 +52,11 @@ TEST_F(WebVTTTest, TagsBecomeAnnotations) {
     for (const auto& [payload, names, reason] : cases) EXPECT_EQ(namesAt(*cueOf(payload).text), names) << reason;
 
     // A key without characters would count as one of the string's.
-    EXPECT_EQ(cueOf("<b></b>a").text->annotations()->count(), 0u);
-    EXPECT_EQ(cueOf("<c.GLOBALS>a</c>").text->annotations()->count(), 0u);
+    EXPECT_EQ(cueOf("<b></b>a").text->allKeys()->count(), 0u);
+    EXPECT_EQ(cueOf("<c.GLOBALS>a</c>").text->allKeys()->count(), 0u);
     EXPECT_TRUE(problems_.empty());
     // The palette's own key, not one of its name.
-    EXPECT_TRUE(cueOf("<c.One>a").text->annotations()->map().contains(*palette_->findAnnoKey("One"_ns)));
+    EXPECT_TRUE(cueOf("<c.One>a").text->bitsFor(palette_->findAnnoKey("One"_ns)));
 }
 
 TEST_F(WebVTTTest, EachMissingNameIsReportedOnceWhereItFirstStands) {

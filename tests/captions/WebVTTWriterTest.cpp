@@ -189,7 +189,7 @@ TEST_F(WebVTTWriter, keepsNamesThatThePaletteLacks) {
     ASSERT_TRUE(captions);
     EXPECT_EQ(shown(*captions->cues[0].text), "a[Lower_Third,]b[One,]c[Nobody,One,]d[u,]");
     EXPECT_EQ(captions->problems.size(), 3u);
-    EXPECT_EQ(captions->cues[0].text->annotation(*others.keyNamed("Nobody"), 2), true) << "one key for a name";
+    EXPECT_EQ(captions->cues[0].text->annotation(others.keyNamed("Nobody"), 2), true) << "one key for a name";
     EXPECT_EQ(write(withoutPayloads(*captions)), file);
 }
 

@@ -140,7 +140,7 @@ TEST_F(Composer, stylesAWordWithPanelAndEditorAndTakesItBackPixelForPixel) {
     QTest::mouseClick(table()->viewport(), Qt::LeftButton, {},
                       table()->visualRect(table()->model()->index(row, 0)).center());
     EXPECT_EQ(table()->model()->index(row, 0).data(Qt::CheckStateRole).toInt(), Qt::Checked);
-    EXPECT_TRUE(document->title()->annotation(*keyOf("Emphasis"), 0));
+    EXPECT_TRUE(document->title()->annotation(keyOf("Emphasis"), 0));
     const QImage annotated = exported();
     EXPECT_NE(annotated, plain);
 
@@ -414,7 +414,7 @@ TEST_F(Composer, recoversWhatCrashesLeftAndNothingElse) {
         EXPECT_EQ(files().size(), 4) << "what was recovered is kept again until it is saved";
         ASSERT_EQ(other->titles().size(), 8u);
         EXPECT_THAT(other->title()->string()->utf8(), HasSubstr("program kept"));
-        EXPECT_TRUE(other->title()->annotation(*other->palette()->findAnnoKey("Role"_ns), 20));
+        EXPECT_TRUE(other->title()->annotation(other->palette()->findAnnoKey("Role"_ns), 20));
         EXPECT_EQ(other->titles()[1].start, 4.5);
         EXPECT_THAT(other->titles()[0].source->preamble, HasSubstr("NOTE"));
         EXPECT_TRUE(next.isWindowModified()) << "it is in no file of the user's";

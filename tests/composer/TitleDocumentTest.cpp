@@ -38,8 +38,8 @@ protected:
     std::string coverage() const {
         std::string letters;
         for (uint32_t i = 0; i < document->title()->length(); ++i) {
-            const bool isBig = document->title()->annotation(*big, i);
-            const bool isRed = document->title()->annotation(*red, i);
+            const bool isBig = document->title()->annotation(big, i);
+            const bool isRed = document->title()->annotation(red, i);
             letters += isBig && isRed ? '*' : isBig ? 'B' : isRed ? 'R' : '.';
         }
         return letters;
@@ -78,7 +78,7 @@ TEST_F(Document, typesWithTheAnnotationsBeforeAndKeepsTheFrameOfAnEmptiedText) {
     key(Qt::Key_Delete);
     EXPECT_EQ(document->title()->length(), 0u);
     QTest::keyClicks(window.textWidget(), "x");
-    EXPECT_TRUE(document->title()->annotation(*red, 0));
+    EXPECT_TRUE(document->title()->annotation(red, 0));
     QTest::keyClicks(window.textWidget(), "x");
     view->setSelectedRange({1, 1});
     toggle(big);
@@ -111,7 +111,7 @@ TEST_F(Document, movesToAnotherPaletteByName) {
     const auto other = test::paletteWithGlobals({});
     const auto otherBig = test::addAnnotation(*other, "Big", {{QzFontSizeAttribute, number(30)}});
     document->replacePalette(other);
-    EXPECT_TRUE(document->title()->annotation(*otherBig, 0));
+    EXPECT_TRUE(document->title()->annotation(otherBig, 0));
     EXPECT_EQ(palette->findAnnoKey("Big"_ns), otherBig);
     EXPECT_EQ(sizeAt(0), 30);
     EXPECT_FALSE(palette->findAnnoKey("Red"_ns));

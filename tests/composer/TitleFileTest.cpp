@@ -95,7 +95,7 @@ TEST_F(TitleFiles, warnOfNamesThatThePaletteLacks) {
     const auto captions = readTitleFile(folder.file("c.vtt"), palette, error);
     ASSERT_TRUE(captions) << error;
     EXPECT_EQ(captions->titles[0].end, 2.5);
-    EXPECT_TRUE(captions->titles[0].text->annotation(*key, 0));
+    EXPECT_TRUE(captions->titles[0].text->annotation(key, 0));
     EXPECT_THAT(captions->warnings, ElementsAre(HasSubstr("c.vtt:4: ")));
     const auto written = titlesAsFile(folder.file("t.annostring"), *captions, palette, error);
     ASSERT_TRUE(written && writeFileAtomically(folder.file("t.annostring"), written->file->bytes(), &error));

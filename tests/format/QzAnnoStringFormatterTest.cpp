@@ -179,8 +179,8 @@ TEST_F(FormatterTest, LineFeedsBecomeMarkersInPlace) {
     annotated->addAnno(key, {1, 1});
     QzAnnoStringFormatter::replaceNewlineWithParagraphMarkers(*annotated);
     EXPECT_EQ(annotated->string()->characters(), u"a\u204Bb\u204B");
-    EXPECT_TRUE(annotated->annotation(*key, 1));
-    EXPECT_FALSE(annotated->annotation(*key, 3));
+    EXPECT_TRUE(annotated->annotation(key, 1));
+    EXPECT_FALSE(annotated->annotation(key, 3));
 
     const auto attributed = NSMutableAttributedString::init();
     attributed->appendString(u"no feed", NSDictionary::dictionary());

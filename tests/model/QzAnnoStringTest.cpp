@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
 #include "QzAnno_AnnotatedTextFramework/model/QzAnnoString.h"
 #include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
 
@@ -61,7 +62,7 @@ TEST_F(QzAnnoStringTest, RunIsWhereNoKeyChangesInsideTheLimit) {
         }
         EXPECT_EQ(run, c.run);
         run = untouched;
-        const bool holds = string->annotation(*a, c.index, &run, c.limit);
+        const bool holds = string->annotation(a, c.index, &run, c.limit);
         EXPECT_EQ(holds, keys && keys->containsObject(*a));
         EXPECT_EQ(run, keys ? intersection({c.index < 3 ? 0u : 3u, c.index < 3 ? 3u : 2u}, c.limit) : untouched);
     }
@@ -73,9 +74,9 @@ TEST_F(QzAnnoStringTest, AnswersDoNotDependOnHowFarBitSetsReach) {
     const auto shortRow = QzMutableAnnoString::initWithString(text),
                longRow = QzMutableAnnoString::initWithString(text);
     for (const auto& string : {shortRow, longRow}) string->addAnno(a, {0, 3});
-    longRow->bitsFor(*a)->getValueAtIndex(5000);
+    longRow->bitsFor(a)->getValueAtIndex(5000);
     Range run;
-    EXPECT_FALSE(shortRow->annotation(*a, 5, &run));
+    EXPECT_FALSE(shortRow->annotation(a, 5, &run));
     EXPECT_EQ(run, (Range{3, 2997}));
     EXPECT_TRUE(shortRow->isEqualToAnnoString(*longRow));
     EXPECT_EQ(shortRow->runs().size(), 2u);
@@ -90,7 +91,7 @@ TEST_F(QzAnnoStringTest, FrameHoldsKeysOfEveryCharacter) {
     string->addAnno(b, {4, 1});
     EXPECT_THAT(keysOf(string->frame()), ElementsAre(a, b));
     Range run;
-    EXPECT_TRUE(string->annotation(*a, 2, &run));
+    EXPECT_TRUE(string->annotation(a, 2, &run));
     EXPECT_EQ(run, (Range{0, 5}));
     EXPECT_EQ(string->description(),
               "Hello\n Frame-wide annotations: A (Palette 0),B (Palette 0)\n"
@@ -167,11 +168,11 @@ TEST_F(QzAnnoStringTest, OnlyKeysWithBitSetsAreTakenAsAnnotations) {
     ObjectMap wrong;
     wrong.set(a, QzAnnoBits::init());
     wrong.set("B"_ns, QzAnnoBits::init());
-    EXPECT_FALSE(string->setAnnotations(NSDictionary::dictionaryWithMap(wrong), false));
+    EXPECT_FALSE(MutableSupport::setAnnotations(*string, NSDictionary::dictionaryWithMap(wrong), false));
     wrong = {};
     wrong.set(a, "bits"_ns);
-    EXPECT_FALSE(string->setAnnotations(NSDictionary::dictionaryWithMap(wrong), true));
-    EXPECT_FALSE(string->setAnnotations({}, true));
+    EXPECT_FALSE(MutableSupport::setAnnotations(*string, NSDictionary::dictionaryWithMap(wrong), true));
+    EXPECT_FALSE(MutableSupport::setAnnotations(*string, {}, true));
     EXPECT_THAT(keysOf(string->allKeys()), IsEmpty());
 }
 

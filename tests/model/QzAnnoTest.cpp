@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
 #include "QzAnno_AnnotatedTextFramework/model/QzAnno.h"
 #include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
 #include "platform/foundation/NSNumber.h"
@@ -19,16 +20,16 @@ TEST(QzAnnoKey, IsBoundToOnePaletteAtATime) {
     Ref<QzAnnoPalette> first = QzAnnoPalette::init();
     const Ref<QzAnnoPalette> second = QzAnnoPalette::init();
     const auto key = QzAnnoKey::keyWithName("Title"_ns);
-    EXPECT_TRUE(key->clearPalette({}));
-    EXPECT_FALSE(key->clearPalette(first));
-    EXPECT_TRUE(key->setPalette(first));
-    EXPECT_FALSE(key->setPalette(second));
-    EXPECT_FALSE(key->clearPalette(second));
+    EXPECT_TRUE(MutableSupport::clearPalette(*key, {}));
+    EXPECT_FALSE(MutableSupport::clearPalette(*key, first));
+    EXPECT_TRUE(MutableSupport::setPalette(*key, first));
+    EXPECT_FALSE(MutableSupport::setPalette(*key, second));
+    EXPECT_FALSE(MutableSupport::clearPalette(*key, second));
     EXPECT_EQ(key->palette(), first);
     first.reset();
     EXPECT_FALSE(key->valid());  // the back reference neither owns nor dangles
-    EXPECT_TRUE(key->setPalette(second));
-    EXPECT_TRUE(key->clearPalette(second));
+    EXPECT_TRUE(MutableSupport::setPalette(*key, second));
+    EXPECT_TRUE(MutableSupport::clearPalette(*key, second));
     EXPECT_FALSE(key->palette());
 }
 
@@ -74,7 +75,7 @@ TEST(QzAnno, KeyIsFixedOnceBound) {
     anno->setKey(key);
     EXPECT_EQ(anno->annokey(), key);
     const Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
-    ASSERT_TRUE(key->setPalette(palette));
+    ASSERT_TRUE(MutableSupport::setPalette(*key, palette));
     anno->setKey(QzAnnoKey::keyWithName("Late"_ns));
     EXPECT_EQ(anno->annokey(), key);
 }

@@ -2,9 +2,11 @@
 
 #include "QzAnno_AnnotatedTextFramework/model/QzAnnoAttributeName.h"
 #include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
 #include "fuzz/EditsCheck.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/text/NSAttributedString.h"
+#include "tests/support/LogCapture.h"
 #include "tests/support/RandomChoices.h"
 
 namespace qz {
@@ -16,7 +18,7 @@ const Ref<QzAnnoKey> B = QzAnnoKey::keyWithName("B"_ns);
 /// The characters at which the key holds as '1', the others as '0'.
 std::string mask(const QzAnnoString& string, const Ref<QzAnnoKey>& key) {
     std::string mask;
-    for (uint32_t i = 0; i < string.length(); ++i) mask += string.annotation(*key, i) ? '1' : '0';
+    for (uint32_t i = 0; i < string.length(); ++i) mask += string.annotation(key, i) ? '1' : '0';
     return mask;
 }
 
@@ -106,9 +108,13 @@ TEST(QzMutableAnnoString, FrameTogglesSetFirstUnlessEverywhere) {
 }
 
 TEST(QzMutableAnnoString, NamingNoKeyOrAnUnholdableRangeSetsNothing) {
+    const test::LogCapture log;
     const auto string = annotated("abc"_ns, A, "010");
-    string->addAnno({}, {0, 3});
+    string->addFrameAnno(QzAnnoPalette::init()->findAnnoKey("Lower Thrid"_ns));
     string->toggleFrameAnno({});
+    EXPECT_FALSE(string->bitsFor(Ref<QzAnnoKey>()));
+    EXPECT_FALSE(string->annotation({}, 1));
+    EXPECT_EQ(log.lines().size(), 3u) << "a line for each call that would change something";
     string->setAnnos({}, {0, 3});
     EXPECT_EQ(string->allKeys()->count(), 1u);
     string->addAnno(A, {0, 0xFFFFFFFF});

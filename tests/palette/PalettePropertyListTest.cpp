@@ -6,6 +6,7 @@
 #include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSDate.h"
+#include "platform/foundation/NSNotificationCenter.h"
 #include "platform/foundation/NSNumber.h"
 #include "platform/graphics/NSColor.h"
 #include "tests/support/LogCapture.h"
@@ -25,7 +26,8 @@ Ref<NSNumber> number(double value) {
 Ref<QzAnnoPalette> richPalette() {
     const Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
     palette->setUndoManager(NSUndoManager::init());
-    const auto set = [&](const Ref<QzAnno>& anno, std::vector<std::pair<Ref<NSString>, Ref<NSObject>>> attributes) {
+    const auto set = [&](const Ref<const QzAnno>& anno,
+                         std::vector<std::pair<Ref<NSString>, Ref<NSObject>>> attributes) {
         const auto edited = anno->mutableCopy();
         for (const auto& [name, value] : attributes) edited->setAttribute(name, value);
         palette->replaceAnno(edited);
@@ -105,7 +107,12 @@ TEST_F(PalettePropertyListTest, TopLevelsThatAreAccepted) {
         EXPECT_EQ(palette->lookupPrio(palette->findAnnoKey("Title"_ns)), 1);
         EXPECT_TRUE(palette->lookupAnno({})->attribute(*"x"_ns));
     }
+    size_t changes = 0;
+    NSNotificationCenter::defaultCenter().addObserver(
+        &changes, [&](const NSNotification&) { ++changes; }, QzAnnoChanged, nullptr);
     EXPECT_EQ(read("<array/>")->maxPriority(), 0);
+    NSNotificationCenter::defaultCenter().removeObserver(&changes);
+    EXPECT_EQ(changes, 1u) << "that of the global annotation";
     EXPECT_THAT(capture_.lines(), IsEmpty());
 }
 

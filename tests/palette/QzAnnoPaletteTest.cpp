@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
 #include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
 #include "fuzz/UndoCheck.h"
 #include "platform/foundation/NSNotificationCenter.h"
@@ -12,6 +13,20 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+// What a palette or a string gives out cannot change it.
+template <class Anno>
+concept CanBeRestyled = requires(Anno anno) {
+    anno->setAttributes({});
+};
+template <class Row>
+concept CanBeSet = requires(Row row) {
+    row->setRange({});
+};
+static_assert(CanBeRestyled<Ref<QzMutableAnno>> && CanBeSet<Ref<QzAnnoBits>>);
+static_assert(!CanBeRestyled<decltype(std::declval<QzAnnoPalette>().lookupAnno({}))>);
+static_assert(!CanBeRestyled<decltype(std::declval<QzAnnoPalette>().createAnno({}))>);
+static_assert(!CanBeSet<decltype(std::declval<QzAnnoString>().bitsFor({}))>);
 
 /// Records a palette's notifications: "name", or "name key" where the user info holds a key.
 class Notifications {
@@ -42,7 +57,7 @@ protected:
     QzAnnoPaletteTest() { palette_->setUndoManager(undo_); }
 
     Ref<QzAnnoKey> create(const char* name) {
-        const Ref<QzAnno> anno = palette_->createAnno(NSString::stringWithUTF8String(name));
+        const Ref<const QzAnno> anno = palette_->createAnno(NSString::stringWithUTF8String(name));
         undo_->endEvent();
         return anno->annokey();
     }
@@ -215,6 +230,24 @@ TEST_F(QzAnnoPaletteTest, EditsNameTheirUndoAndNotifyInOrder) {
     EXPECT_THAT(order(), ElementsAre("a", "b")) << "undoing a creation removes";
 }
 
+TEST_F(QzAnnoPaletteTest, AScopeOfChangesReloadsOnceAndAnEmptyOneNever) {
+    Notifications notifications(palette_.get());
+    {
+        const QzAnnoPalette::NoNotification outer(palette_);
+        const Ref<QzAnnoKey> key = create("a");
+        {
+            const QzAnnoPalette::NoNotification inner(palette_);
+            palette_->replaceAnno(withAttribute(key, 5));
+        }
+        palette_->removeAnno(key);
+        EXPECT_EQ(palette_->noNotification(), 1);
+        EXPECT_THAT(notifications.take(), IsEmpty());
+    }
+    EXPECT_THAT(notifications.take(), ElementsAre("QzAnnoPaletteLoaded"));
+    { const QzAnnoPalette::NoNotification idle(palette_); }
+    EXPECT_THAT(notifications.take(), IsEmpty());
+}
+
 TEST_F(QzAnnoPaletteTest, ReplacementFilesACopyUnderTheSharedKey) {
     const Ref<QzAnnoKey> key = create("old name");
     const Ref<QzMutableAnno> edited = palette_->lookupAnno(key)->mutableCopy();
@@ -228,7 +261,7 @@ TEST_F(QzAnnoPaletteTest, ReplacementFilesACopyUnderTheSharedKey) {
     EXPECT_TRUE(palette_->removeAnno(key));
     EXPECT_FALSE(key->valid());
     const Ref<QzAnnoPalette> other = QzAnnoPalette::init();
-    EXPECT_TRUE(key->setPalette(other));
+    EXPECT_TRUE(MutableSupport::setPalette(*key, other));
     undo_->undo();
     EXPECT_TRUE(palette_->contains(key));
     EXPECT_EQ(key->palette(), other) << "the key was taken meanwhile";
@@ -240,7 +273,7 @@ TEST_F(QzAnnoPaletteTest, TakingOverContentsMovesTheVeryObjects) {
     create("former");
     const Ref<QzAnnoPalette> loaded = QzAnnoPalette::init();
     loaded->setUndoManager(NSUndoManager::init());
-    const Ref<QzAnno> title = loaded->createAnno("Title"_ns);
+    const Ref<const QzAnno> title = loaded->createAnno("Title"_ns);
     const Ref<QzAnnoKey> global = loaded->annoKeyAtPriority(0);
     Notifications notifications(palette_.get());
     palette_->retainContentsOfAnnoPalette(loaded);

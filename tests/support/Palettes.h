@@ -37,7 +37,7 @@ inline Ref<NSDictionary> dictionaryOf(const Attributes& attributes) {
     return NSDictionary::dictionaryWithMap(std::move(map));
 }
 
-inline void giveAttributes(QzAnnoPalette& palette, const Ref<QzAnno>& anno, const Attributes& attributes) {
+inline void giveAttributes(QzAnnoPalette& palette, const Ref<const QzAnno>& anno, const Attributes& attributes) {
     const Ref<QzMutableAnno> changed = anno->mutableCopy();
     for (const auto& [name, value] : attributes) changed->setAttribute(name, value);
     palette.replaceAnno(changed);
@@ -53,7 +53,7 @@ inline Ref<QzAnnoPalette> paletteWithGlobals(const Attributes& attributes) {
 
 /// Adds an annotation on top and returns its key.
 inline Ref<QzAnnoKey> addAnnotation(QzAnnoPalette& palette, const char* name, const Attributes& attributes) {
-    const Ref<QzAnno> anno = palette.createAnno(NSString::stringWithUTF8String(name));
+    const Ref<const QzAnno> anno = palette.createAnno(NSString::stringWithUTF8String(name));
     giveAttributes(palette, anno, attributes);
     return anno->annokey();
 }

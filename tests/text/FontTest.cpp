@@ -355,6 +355,7 @@ bool laysOutWithoutGlyphs(const Ref<NSFont>& font) {
 
 TEST_F(LonelyFontTest, AMachineWithoutFontsStillLaysOut) {
     const auto check = [this] {
+        setLogHook(writeToStandardError);
         useOnlyThisFolder();
         std::exit(laysOutWithoutGlyphs(NSFont::systemFontOfSize(10)) && !fontNamed("DejaVu Sans") ? 0 : 1);
     };

@@ -38,7 +38,7 @@ protected:
         return dynamic_cast<T*>(editorControl(name));
     }
     void click(const char* button) { control<QAbstractButton>(button)->click(); }
-    Ref<QzAnno> anno(size_t index) { return palette->lookupAnno(keys[index]); }
+    Ref<const QzAnno> anno(size_t index) { return palette->lookupAnno(keys[index]); }
     void give(size_t index, const test::Attributes& attributes) {
         test::giveAttributes(*palette, anno(index), attributes);
     }
