@@ -26,7 +26,7 @@ double bounded(double length) {
 }
 
 double numberUnder(const NSDictionary& attributes, const Ref<NSString>& name) {
-    const auto number = attributes.objectForKey<NSNumber>(*name);
+    const auto number = numberFrom(attributes.objectForKey(*name));
     return number ? bounded(number->doubleValue()) : 0;
 }
 
@@ -91,7 +91,7 @@ void readLayers(const NSDictionary& attributes, AssLook& look, std::set<std::str
 
 void readPlace(const NSDictionary& attributes, NSSize screen, AssLook& look, std::set<std::string>& losses) {
     using enum NSTextAlignment;
-    const auto number = attributes.objectForKey<NSNumber>(*QzHorizontalAlignmentAttribute);
+    const auto number = numberFrom(attributes.objectForKey(*QzHorizontalAlignmentAttribute));
     const auto alignment = number ? static_cast<NSTextAlignment>(number->intValue()) : natural;
     const int column = alignment == center ? 2 : alignment == right ? 3 : 1;
     if (alignment == justified) losses.insert("justified text is set to the left");
@@ -103,7 +103,7 @@ void readPlace(const NSDictionary& attributes, NSSize screen, AssLook& look, std
     double* const sides[] = {&look.marginLeft, &look.marginRight, &look.marginTop, &look.marginBottom};
     if (margins && margins->count() >= 4) {
         for (size_t i = 0; i < 4; ++i) {
-            const auto margin = std::dynamic_pointer_cast<NSNumber>(margins->objectAtIndex(i));
+            const auto margin = numberFrom(margins->objectAtIndex(i));
             *sides[i] = margin ? std::max(0.0, bounded(margin->doubleValue())) : 0;
         }
     } else if (const auto box = text ? wellFormedRectFromString(*text) : std::nullopt) {

@@ -72,7 +72,7 @@ PlacementAnnos::Place PlacementAnnos::placeOf(const CuePlacement& placement, con
                 break;
         }
         place.alignment = alignment;
-    } else if (const auto number = attributes->objectForKey<NSNumber>(*QzHorizontalAlignmentAttribute)) {
+    } else if (const auto number = numberFrom(attributes->objectForKey(*QzHorizontalAlignmentAttribute))) {
         alignment = static_cast<NSTextAlignment>(number->intValue());
     }
     if (alignment == NSTextAlignment::natural || alignment == NSTextAlignment::justified)
@@ -103,7 +103,7 @@ PlacementAnnos::Margins PlacementAnnos::marginsOf(const NSDictionary& attributes
     if (margins && margins->count() >= 4) {
         double values[4] = {};
         for (size_t i = 0; i < 4; ++i) {
-            const auto number = std::dynamic_pointer_cast<NSNumber>(margins->objectAtIndex(i));
+            const auto number = numberFrom(margins->objectAtIndex(i));
             if (number) values[i] = number->doubleValue();
         }
         return {values[0], values[1], values[2], values[3]};

@@ -13,18 +13,24 @@
 namespace qz {
 namespace {
 
-/// The value under the name when it is of class `T`; one of another class is reported and counts as absent.
-template <class T>
-Ref<T> checkedValue(const NSDictionary& attributes, const NSString& name) {
+/// Reports a value that is no string; it counts as absent.
+void checkString(const NSDictionary& attributes, const NSString& name) {
     const Ref<NSObject> value = attributes.objectForKey(name);
-    auto checked = std::dynamic_pointer_cast<T>(value);
-    if (value && !checked) NSLog("\"%@\" holds a value of class %@ and is ignored\n", {name, value->className()});
-    return checked;
+    if (value && !dynamic_cast<const NSString*>(value.get()))
+        NSLog("\"%@\" holds a value of class %@ and is ignored\n", {name, value->className()});
+}
+
+/// The number under the name, whole or as text; a value of another kind is reported and counts as absent.
+Ref<NSNumber> checkedNumber(const NSDictionary& attributes, const NSString& name) {
+    const Ref<NSObject> value = attributes.objectForKey(name);
+    Ref<NSNumber> number = numberFrom(value);
+    if (value && !number) NSLog("\"%@\" holds %@, which is no number, and is ignored\n", {name, value});
+    return number;
 }
 
 /// The font size in points; 0 stands for the default size.
 float fontSizeOf(const NSDictionary& attributes) {
-    const auto number = checkedValue<NSNumber>(attributes, *QzFontSizeAttribute);
+    const auto number = checkedNumber(attributes, *QzFontSizeAttribute);
     if (!number) return 0;
     const float size = number->floatValue();
     if (size <= NSFont::kPointSizeMax) return size;
@@ -36,14 +42,14 @@ float fontSizeOf(const NSDictionary& attributes) {
 
 Ref<NSParagraphStyle> paragraphStyleOf(const NSDictionary& attributes) {
     NSParagraphStyle::Values values = NSParagraphStyle::defaultParagraphStyle()->values();
-    if (const auto leading = checkedValue<NSNumber>(attributes, *QzLeadingAttribute)) {
+    if (const auto leading = checkedNumber(attributes, *QzLeadingAttribute)) {
         const float points = leading->floatValue();
         if (std::isfinite(points))
             values.lineSpacing = values.paragraphSpacing = points;
         else
             NSLog("Leading %@ is not a finite number and is ignored\n", {leading});
     }
-    if (const auto alignment = checkedValue<NSNumber>(attributes, *QzHorizontalAlignmentAttribute)) {
+    if (const auto alignment = checkedNumber(attributes, *QzHorizontalAlignmentAttribute)) {
         const int32_t number = alignment->intValue();
         if (number >= 0 && number <= static_cast<int32_t>(NSTextAlignment::natural)) {
             values.alignment = static_cast<NSTextAlignment>(number);
@@ -54,12 +60,15 @@ Ref<NSParagraphStyle> paragraphStyleOf(const NSDictionary& attributes) {
     return NSParagraphStyle::paragraphStyleWithValues(values);
 }
 
-/// Equal values. Reals are compared as 32-bit floats, since size and leading have been through fonts and paragraph
-/// styles, which hold such, while those of an annotation may be doubles from a file.
+/// Equal values, a number and its text included. Reals are compared as 32-bit floats, since size and leading have been
+/// through fonts and paragraph styles, which hold such, while those of an annotation may be doubles from a file.
 bool areSameFormatting(const Ref<NSObject>& a, const Ref<NSObject>& b) {
     if (areEqual(a, b)) return true;
-    const auto* first = dynamic_cast<const NSNumber*>(a.get());
-    const auto* second = dynamic_cast<const NSNumber*>(b.get());
+    const auto isText = [](const Ref<NSObject>& value) {
+        return dynamic_cast<const NSString*>(value.get()) != nullptr;
+    };
+    if (isText(a) && isText(b)) return false;
+    const Ref<NSNumber> first = numberFrom(a), second = numberFrom(b);
     return first && second && (first->isReal() || second->isReal()) && first->floatValue() == second->floatValue();
 }
 
@@ -91,9 +100,8 @@ Ref<NSDictionary> QzAnnoPalette::assembleCompleteAttributes(const Ref<NSDictiona
     ObjectMap complete = attributes->map();
     complete.set(NSParagraphStyleAttributeName, paragraphStyleOf(*attributes));
     const float size = fontSizeOf(*attributes);
-    for (const auto& name : {QzFontAttribute, QzFontNameAttribute, QzFontStyleAttribute}) {
-        checkedValue<NSString>(*attributes, *name);
-    }
+    for (const auto& name : {QzFontAttribute, QzFontNameAttribute, QzFontStyleAttribute})
+        checkString(*attributes, *name);
     const Ref<NSString> fontName = fontNameAskedFor(*attributes);
     Ref<NSFont> font = fontWithName(fontName, {}, size);
     if (fontName && !font) reportMissingFont(fontName);

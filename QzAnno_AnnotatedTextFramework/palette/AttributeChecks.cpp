@@ -22,64 +22,78 @@ using Messages = std::vector<std::string>;
 
 /// The value as a `T`; when it is none, says so.
 template <class T>
-const T* required(const NSObject& value, const char* kind, Messages& messages) {
-    const auto* typed = dynamic_cast<const T*>(&value);
+const T* required(const Ref<NSObject>& value, const char* kind, Messages& messages) {
+    const auto* typed = dynamic_cast<const T*>(value.get());
     if (!typed) {
-        messages.push_back(stringWithFormat("%s is needed, found %s; it is ignored", {kind, kindOfStoredValue(value)}));
+        messages.push_back(
+            stringWithFormat("%s is needed, found %s; it is ignored", {kind, kindOfStoredValue(*value)}));
     }
     return typed;
 }
 
-const NSNumber* requiredFiniteNumber(const NSObject& value, Messages& messages) {
-    const auto* number = required<NSNumber>(value, "a number", messages);
-    if (!number || std::isfinite(number->floatValue())) return number;
-    messages.push_back(stringWithFormat("a finite number is needed, found %@; it is ignored", {*number}));
-    return nullptr;
+/// The number that the value counts as. When it is none, or text with something behind the number, says so.
+Ref<NSNumber> requiredNumber(const Ref<NSObject>& value, Messages& messages) {
+    bool isWhole = true;
+    Ref<NSNumber> number = numberFrom(value, &isWhole);
+    if (!number)
+        messages.push_back(
+            stringWithFormat("a number is needed, found %s; it is ignored", {kindOfStoredValue(*value)}));
+    else if (!isWhole)
+        messages.push_back(
+            stringWithFormat("%s is no number; %@ is used", {quotedExcerpt(value->description()), number}));
+    return number;
 }
 
-void checkString(const NSObject& value, Messages& messages) {
+Ref<NSNumber> requiredFiniteNumber(const Ref<NSObject>& value, Messages& messages) {
+    Ref<NSNumber> number = requiredNumber(value, messages);
+    if (!number || std::isfinite(number->floatValue())) return number;
+    messages.push_back(stringWithFormat("a finite number is needed, found %@; it is ignored", {number}));
+    return {};
+}
+
+void checkString(const Ref<NSObject>& value, Messages& messages) {
     required<NSString>(value, "a string", messages);
 }
 
-void checkNumber(const NSObject& value, Messages& messages) {
+void checkNumber(const Ref<NSObject>& value, Messages& messages) {
     requiredFiniteNumber(value, messages);
 }
 
-void checkFontSize(const NSObject& value, Messages& messages) {
-    const auto* number = required<NSNumber>(value, "a number", messages);
+void checkFontSize(const Ref<NSObject>& value, Messages& messages) {
+    const Ref<NSNumber> number = requiredNumber(value, messages);
     if (!number) return;
     const float size = number->floatValue();
     if (size >= 0 && size <= NSFont::kPointSizeMax) return;
     messages.push_back(stringWithFormat("font size %@ is outside 0 to 10000 points; %s is used",
-                                        {*number, size > NSFont::kPointSizeMax ? "10000" : "the default size"}));
+                                        {number, size > NSFont::kPointSizeMax ? "10000" : "the default size"}));
 }
 
-void checkHorizontalAlignment(const NSObject& value, Messages& messages) {
-    const auto* number = required<NSNumber>(value, "a number", messages);
+void checkHorizontalAlignment(const Ref<NSObject>& value, Messages& messages) {
+    const Ref<NSNumber> number = requiredNumber(value, messages);
     if (!number) return;
     const int32_t alignment = number->intValue();
     if (alignment >= 0 && alignment <= static_cast<int32_t>(NSTextAlignment::natural)) return;
-    messages.push_back(stringWithFormat("horizontal alignment %@ is outside 0 to 4; it is ignored", {*number}));
+    messages.push_back(stringWithFormat("horizontal alignment %@ is outside 0 to 4; it is ignored", {number}));
 }
 
-void checkVerticalAlignment(const NSObject& value, Messages& messages) {
-    const auto* number = required<NSNumber>(value, "a number", messages);
+void checkVerticalAlignment(const Ref<NSObject>& value, Messages& messages) {
+    const Ref<NSNumber> number = requiredNumber(value, messages);
     if (!number || (number->intValue() >= 0 && number->intValue() <= 2)) return;
     messages.push_back(
-        stringWithFormat("vertical alignment %@ is outside 0 to 2; the text is placed at the top", {*number}));
+        stringWithFormat("vertical alignment %@ is outside 0 to 2; the text is placed at the top", {number}));
 }
 
-void checkWidth(const NSObject& value, Messages& messages) {
-    const auto* number = requiredFiniteNumber(value, messages);
+void checkWidth(const Ref<NSObject>& value, Messages& messages) {
+    const Ref<NSNumber> number = requiredFiniteNumber(value, messages);
     if (!number || number->floatValue() >= 0) return;
-    messages.push_back(stringWithFormat("width %@ is below 0; the layer is not drawn", {*number}));
+    messages.push_back(stringWithFormat("width %@ is below 0; the layer is not drawn", {number}));
 }
 
-void checkMargins(const NSObject& value, Messages& messages) {
+void checkMargins(const Ref<NSObject>& value, Messages& messages) {
     const auto* margins = required<NSArray>(value, "an array of four numbers", messages);
     if (!margins) return;
     const auto isFiniteNumber = [](const Ref<NSObject>& element) {
-        const auto* number = dynamic_cast<const NSNumber*>(element.get());
+        const Ref<NSNumber> number = numberFrom(element);
         return number && std::isfinite(number->floatValue());
     };
     const size_t count = margins->count();
@@ -92,14 +106,14 @@ void checkMargins(const NSObject& value, Messages& messages) {
                          {std::to_string(found), usable ? "the first four are used" : "the margins are ignored"}));
 }
 
-void checkRectangle(const NSObject& value, Messages& messages) {
+void checkRectangle(const Ref<NSObject>& value, Messages& messages) {
     const auto* text = required<NSString>(value, "a rectangle", messages);
     if (!text || wellFormedRectFromString(*text)) return;
     messages.push_back("a rectangle {{x, y}, {width, height}} is needed, found " + quotedExcerpt(text->utf8()) +
                        "; it is ignored");
 }
 
-void checkPoint(const NSObject& value, Messages& messages) {
+void checkPoint(const Ref<NSObject>& value, Messages& messages) {
     const auto* text = required<NSString>(value, "a point", messages);
     if (!text || wellFormedPointFromString(*text)) return;
     messages.push_back("a point {x, y} is needed, found " + quotedExcerpt(text->utf8()) + "; it is ignored");
@@ -107,7 +121,7 @@ void checkPoint(const NSObject& value, Messages& messages) {
 
 void checkComponent(const NSDictionary& color, const char* name, Messages& messages) {
     const Ref<NSObject> value = color.objectForKey(*NSString::stringWithUTF8String(name));
-    const auto* number = dynamic_cast<const NSNumber*>(value.get());
+    const Ref<NSNumber> number = numberFrom(value);
     if (!number) {
         const std::string found = value ? kindOfStoredValue(*value) : "nothing";
         messages.push_back(stringWithFormat("the component %s needs a number, found %s; 0 is used", {name, found}));
@@ -116,7 +130,7 @@ void checkComponent(const NSDictionary& color, const char* name, Messages& messa
     const float component = number->floatValue();
     if (component >= 0 && component <= 1) return;
     messages.push_back(stringWithFormat("the component %s is %@, outside 0 to 1; %s is used",
-                                        {name, *number, component > 1 ? "1" : "0"}));
+                                        {name, number, component > 1 ? "1" : "0"}));
 }
 
 /// `color` is what the library makes of the dictionary.
@@ -131,31 +145,31 @@ void checkColorForm(const NSDictionary& dictionary, const NSColor& color, Messag
     for (const char* name : {"Red", "Green", "Blue", "Alpha"}) checkComponent(dictionary, name, messages);
 }
 
-void checkColor(const NSObject& value, Messages& messages) {
+void checkColor(const Ref<NSObject>& value, Messages& messages) {
     const auto* dictionary = required<NSDictionary>(value, "a colour", messages);
     if (!dictionary) return;
     const Ref<NSColor> color = genColor(*dictionary);
     if (color) return checkColorForm(*dictionary, *color, messages);
-    messages.push_back(stringWithFormat("a colour is needed, found %s; it is ignored", {kindOfStoredValue(value)}));
+    messages.push_back(stringWithFormat("a colour is needed, found %s; it is ignored", {kindOfStoredValue(*value)}));
 }
 
-void checkBoxAppearance(const NSObject& value, Messages& messages) {
+void checkBoxAppearance(const Ref<NSObject>& value, Messages& messages) {
     const auto* dictionary = required<NSDictionary>(value, "a box appearance", messages);
     if (!dictionary) return;
     const Ref<QzBBoxInfo> box = genBGBox(*dictionary);
     if (!box) {
         messages.push_back(
-            stringWithFormat("a box appearance is needed, found %s; it is ignored", {kindOfStoredValue(value)}));
+            stringWithFormat("a box appearance is needed, found %s; it is ignored", {kindOfStoredValue(*value)}));
         return;
     }
     checkColorForm(*dictionary, *box->color(), messages);
-    if (dictionary->objectForKey<NSNumber>(*"bbtype"_ns)) return;
+    if (numberFrom(dictionary->objectForKey(*"bbtype"_ns))) return;
     messages.push_back("the type of the box is not a number; no box is drawn");
 }
 
 struct Rule {
     Ref<NSString> name;
-    void (*check)(const NSObject& value, Messages& messages);
+    void (*check)(const Ref<NSObject>& value, Messages& messages);
 };
 
 const std::vector<Rule>& rules() {
@@ -186,7 +200,7 @@ const std::vector<Rule>& rules() {
 
 }  // namespace
 
-void checkAttribute(const NSString& name, const NSObject& value, std::vector<std::string>& messages) {
+void checkAttribute(const NSString& name, const Ref<NSObject>& value, std::vector<std::string>& messages) {
     const auto rule =
         std::ranges::find_if(rules(), [&](const Rule& candidate) { return candidate.name->isEqual(name); });
     if (rule != rules().end()) rule->check(value, messages);

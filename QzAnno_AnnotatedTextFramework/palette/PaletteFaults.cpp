@@ -36,7 +36,7 @@ public:
             const auto* attributeName = dynamic_cast<const NSString*>(entry.key.get());
             if (!attributeName) continue;
             std::vector<std::string> messages;
-            checkAttribute(*attributeName, *entry.value, messages);
+            checkAttribute(*attributeName, entry.value, messages);
             for (std::string& message : messages) add(attributeName->utf8(), std::move(message));
         }
         checkFont(attributes);

@@ -84,7 +84,7 @@ Ref<NSArray> annotationList(const Ref<NSObject>& plist, std::string& error) {
         return {};
     }
     const Ref<NSObject> version = top->objectForKey(*"Version"_ns);
-    const auto* number = dynamic_cast<const NSNumber*>(version.get());
+    const Ref<NSNumber> number = numberFrom(version);
     if (version && !(number && number->intValue() == 0)) {
         const std::string found = number ? number->description() : "of class " + version->className();
         error = "the palette's version needs to be 0, found one " + found;

@@ -42,7 +42,7 @@ bool isPropertyListClass(const NSObject& value) {
 }
 
 float component(const NSDictionary& dictionary, const Ref<NSString>& name) {
-    const auto number = dictionary.objectForKey<NSNumber>(*name);
+    const auto number = numberFrom(dictionary.objectForKey(*name));
     return number ? number->floatValue() : 0.0f;
 }
 
@@ -120,7 +120,7 @@ Ref<QzBBoxInfo> genBGBox(const NSDictionary& dictionary) {
     ObjectMap map = dictionary.map();
     map.set(safeObjectName, colorTag);
     const Ref<NSColor> color = genColor(*NSDictionary::dictionaryWithMap(std::move(map)));
-    const auto type = dictionary.objectForKey<NSNumber>(*"bbtype"_ns);
+    const auto type = numberFrom(dictionary.objectForKey(*"bbtype"_ns));
     return QzBBoxInfo::initWithColor(color, type ? type->intValue() : 0);
 }
 

@@ -147,7 +147,7 @@ struct DrawnRun {
 DrawnRun drawnRunAt(const NSAttributedString& text, uint32_t character) {
     Range run;
     const Ref<NSDictionary> attributes = text.attributesAtIndex(character, &run);
-    const auto obliqueness = attributes->objectForKey<NSNumber>(*NSObliquenessAttributeName);
+    const auto obliqueness = numberFrom(attributes->objectForKey(*NSObliquenessAttributeName));
     return {run.end(), attributes->objectForKey<NSFont>(*NSFontAttributeName),
             obliqueness ? obliqueness->floatValue() : 0, reachOfLayer(TitleLayer::kFirst, *attributes),
             reachOfLayer(TitleLayer::kSecond, *attributes)};

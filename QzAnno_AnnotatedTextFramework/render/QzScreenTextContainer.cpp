@@ -29,7 +29,7 @@ std::optional<std::array<double, 4>> marginsIn(const NSDictionary& attributes) {
     std::array<double, 4> margins{};
     const auto array = std::dynamic_pointer_cast<NSArray>(value);
     for (size_t i = 0; i < margins.size(); ++i) {
-        const auto number = array ? std::dynamic_pointer_cast<NSNumber>(array->objectAtIndex(i)) : Ref<NSNumber>();
+        const auto number = array ? numberFrom(array->objectAtIndex(i)) : nullptr;
         if (!number || !std::isfinite(number->doubleValue())) {
             NSLog("Margins need four numbers, not %@; they are ignored\n", {value});
             return {};
@@ -171,6 +171,9 @@ NSRect QzScreenTextContainer::placedUsedRect() const {
     if (!manager) return {textBox_.origin, {}};
     manager->glyphRangeForTextContainer(*this);
     NSRect used = manager->usedRectForTextContainer(*this);
+    // A text that is still to be typed begins where its first line will.
+    if (manager->textStorage() && manager->textStorage()->length() == 0 && fullscreenMode_)
+        used.origin = textBox_.origin;
     // The lines of a full box may add up to a trifle more than its height, which is not worth another point, nor the
     // line that would begin in it.
     used.size.height = std::min(used.size.height, std::max(textBox_.size.height, 0.0f));
@@ -203,7 +206,7 @@ void QzScreenTextContainer::updateFromString() {
     setHeightTracksTextView(false);
     setWidthTracksTextView(false);
     try {
-        const auto alignment = attributes->objectForKey<NSNumber>(*QzVerticalAlignmentAttribute);
+        const auto alignment = numberFrom(attributes->objectForKey(*QzVerticalAlignmentAttribute));
         verticalAlignment_ = alignment ? alignment->intValue() : 0;
         setTextBox(boxFromAttributes(*attributes));
         announceChangedGeometry();

@@ -14,7 +14,7 @@ TitleLayer TitleLayer::numbered(uint32_t number, const NSDictionary& attributes)
     layer.color =
         attributes.objectForKey<NSColor>(isFirst ? *QzBackgroundColorAttribute : *QzBackground2ColorAttribute);
     const auto width =
-        attributes.objectForKey<NSNumber>(isFirst ? *QzBackgroundWidthAttribute : *QzBackground2WidthAttribute);
+        numberFrom(attributes.objectForKey(isFirst ? *QzBackgroundWidthAttribute : *QzBackground2WidthAttribute));
     if (width && std::isfinite(width->floatValue())) layer.width = width->floatValue();
     const auto offset =
         attributes.objectForKey<NSString>(isFirst ? *QzBackgroundOffsetAttribute : *QzBackground2OffsetAttribute);

@@ -44,7 +44,7 @@ Ref<NSObject> valueForEditorField(const std::string& name, const Ref<NSObject>& 
     const EditorFieldKind kind = kindOfEditorField(name);
     if (kind == EditorFieldKind::text && std::dynamic_pointer_cast<NSString>(value)) return value;
     if (kind == EditorFieldKind::color && std::dynamic_pointer_cast<NSColor>(value)) return value;
-    const auto number = std::dynamic_pointer_cast<NSNumber>(value);
+    const auto number = numberFrom(value);
     if (!number || kind == EditorFieldKind::text || kind == EditorFieldKind::color) return defaultOfEditorField(name);
     if (kind == EditorFieldKind::flag) return NSNumber::numberWithBool(number->boolValue());
     if (kind == EditorFieldKind::code) return NSNumber::numberWithInt(number->intValue());

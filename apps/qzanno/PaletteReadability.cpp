@@ -24,7 +24,7 @@ constexpr double kLineShareMin = 0.8 / 15 / 2;
 constexpr double kMarginShareMin = 0.05;
 
 double number(const NSDictionary& attributes, const Ref<NSString>& name) {
-    const auto value = attributes.objectForKey<NSNumber>(*name);
+    const auto value = numberFrom(attributes.objectForKey(*name));
     return value ? value->doubleValue() : 0;
 }
 
@@ -156,7 +156,7 @@ private:
         const auto text = attributes_->objectForKey<NSString>(*QzBoundingBoxAttribute);
         if (margins && margins->count() >= 4) {
             for (size_t i = 0; i < 4; ++i) {
-                const auto margin = std::dynamic_pointer_cast<NSNumber>(margins->objectAtIndex(i));
+                const auto margin = numberFrom(margins->objectAtIndex(i));
                 if (margin) margins_[i] = margin->doubleValue();
             }
         } else if (const auto box = text ? wellFormedRectFromString(*text) : std::nullopt) {

@@ -59,7 +59,7 @@ std::string layerText(const char* label, const NSDictionary& attributes, const N
 /// The word of an enumeration value; the number itself outside the enumeration.
 template <size_t N>
 std::string wordFor(const Ref<NSObject>& value, const char* const (&words)[N]) {
-    const auto number = std::dynamic_pointer_cast<NSNumber>(value);
+    const auto number = numberFrom(value);
     if (!number) return {};
     const int32_t index = number->intValue();
     return index >= 0 && index < static_cast<int32_t>(N) ? words[index] : number->description();

@@ -1,10 +1,14 @@
 #include "platform/foundation/NSNumber.h"
 
+#include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <functional>
 #include <limits>
 #include <type_traits>
+
+#include "platform/foundation/NSString.h"
 
 namespace qz {
 namespace {
@@ -39,6 +43,27 @@ std::string shortestDecimal(float value) {
 
 std::string shortestDecimal(double value) {
     return shortest(value);
+}
+
+Ref<NSNumber> numberFrom(const Ref<NSObject>& value, bool* whole) {
+    if (whole) *whole = true;
+    if (auto number = std::dynamic_pointer_cast<NSNumber>(value)) return number;
+    const auto* const string = dynamic_cast<const NSString*>(value.get());
+    if (!string) return {};
+    const std::string utf8 = string->utf8();
+    std::string_view text = utf8;
+    constexpr std::string_view kSpace = " \t\r\n";
+    text.remove_prefix(std::min(text.find_first_not_of(kSpace), text.size()));
+    if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
+    // Words such as "inf", which from_chars takes, are no numbers here.
+    const size_t firstDigit = text.find_first_not_of("-.");
+    double number = 0;
+    if (firstDigit == text.npos || !std::isdigit(static_cast<unsigned char>(text[firstDigit]))) return {};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc()) return {};
+    text.remove_prefix(static_cast<size_t>(end - text.data()));
+    if (whole) *whole = text.find_first_not_of(kSpace) == text.npos;
+    return NSNumber::numberWithDouble(number);
 }
 
 Ref<NSNumber> NSNumber::numberWithBool(bool value) {

@@ -54,6 +54,11 @@ private:
     const Value value_;
 };
 
+/// What a value counts as where a number is due: a number is itself, and a text is the number that it begins with, as
+/// in a list that a person wrote. Null for anything else. `whole`, when given, receives whether the text is nothing but
+/// that number.
+Ref<NSNumber> numberFrom(const Ref<NSObject>& value, bool* whole = nullptr);
+
 /// The fewest digits that read back as the same number; whole numbers have no point, and only numbers below 1e-4 or
 /// from 1e15 on have an exponent. "nan", "inf" and "-inf" otherwise. The same in every locale.
 ///@{

@@ -249,7 +249,7 @@ NSLayoutManager::RunAppearance NSLayoutManager::appearanceAt(const NSTextStorage
     run.isSilhouette = run.color != nullptr;
     if (!run.color) run.color = attributes->objectForKey<NSColor>(*NSForegroundColorAttributeName);
     if (!run.color) run.color = NSColor::blackColor();
-    const Ref<NSNumber> obliqueness = attributes->objectForKey<NSNumber>(*NSObliquenessAttributeName);
+    const Ref<NSNumber> obliqueness = numberFrom(attributes->objectForKey(*NSObliquenessAttributeName));
     if (obliqueness) run.obliqueness = obliqueness->floatValue();
     return run;
 }

@@ -24,7 +24,7 @@ static_assert(kItemUnitsMax + TextBreaker::kClusterUnitsMax <= kShapingUnitsMax)
 using Limits::kLengthMax;
 
 float lengthAttribute(const NSDictionary& attributes, const NSString& name) {
-    const Ref<NSNumber> number = attributes.objectForKey<NSNumber>(name);
+    const Ref<NSNumber> number = numberFrom(attributes.objectForKey(name));
     const float length = number ? number->floatValue() : 0;
     return std::isfinite(length) ? std::clamp(length, -kLengthMax, kLengthMax) : 0;
 }

@@ -140,7 +140,7 @@ TEST_F(AttributeAssemblyTest, ParagraphStyleIsAlwaysMadeAnew) {
     other.minimumLineHeight = 99;
     const auto complete =
         assembled({{QzLeadingAttribute, number(4)},
-                   {QzHorizontalAlignmentAttribute, NSNumber::numberWithInt(2)},
+                   {QzHorizontalAlignmentAttribute, "2"_ns},
                    {NSParagraphStyleAttributeName, NSParagraphStyle::paragraphStyleWithValues(other)}});
     EXPECT_EQ(styleOf(*complete).lineSpacing(), 4);
     EXPECT_EQ(styleOf(*complete).paragraphSpacing(), 4);
@@ -159,7 +159,8 @@ TEST_F(AttributeAssemblyTest, HostileValuesCountAsAbsentWithOneLine) {
         float size;
         const char* line;  // empty: none
     } cases[] = {
-        {QzFontSizeAttribute, "72"_ns, defaultSize, "NSString and is ignored"},
+        {QzFontSizeAttribute, "72"_ns, 72, ""},
+        {QzFontSizeAttribute, "large"_ns, defaultSize, "large, which is no number, and is ignored"},
         {QzFontSizeAttribute, number(0), defaultSize, ""},
         {QzFontSizeAttribute, number(-5), defaultSize, ""},
         {QzFontSizeAttribute, number(10000), 10000, ""},
@@ -170,7 +171,7 @@ TEST_F(AttributeAssemblyTest, HostileValuesCountAsAbsentWithOneLine) {
         {QzFontAttribute, number(1), defaultSize, "NSNumber and is ignored"},
         {QzFontNameAttribute, NSSet::set(), defaultSize, "NSSet and is ignored"},
         {QzLeadingAttribute, number(nan), defaultSize, "Leading nan is not a finite number"},
-        {QzLeadingAttribute, "4"_ns, defaultSize, "NSString and is ignored"},
+        {QzLeadingAttribute, NSSet::set(), defaultSize, "which is no number, and is ignored"},
         {QzHorizontalAlignmentAttribute, number(5), defaultSize, "alignment 5 is outside 0 to 4"},
         {QzHorizontalAlignmentAttribute, number(-1), defaultSize, "alignment -1 is outside"},
     };
@@ -193,7 +194,7 @@ TEST_F(AttributeAssemblyTest, InlinesAreWhatTheAnnotationsDoNotGive) {
     const auto key = annotation("Title", {{QzFontAttribute, "DejaVuSans"_ns},
                                           {QzFontSizeAttribute, number(12.1)},
                                           {QzLeadingAttribute, number(4.3)},
-                                          {QzHorizontalAlignmentAttribute, NSNumber::numberWithInt(2)},
+                                          {QzHorizontalAlignmentAttribute, "2"_ns},
                                           {QzTextColorAttribute, NSColor::whiteColor()}});
     const auto complete = palette_->assembleCompleteAttributes(palette_->attributesForSet(NSSet::setWithObject(key)));
     EXPECT_EQ(palette_->findInlines(complete)->description(), "{}");

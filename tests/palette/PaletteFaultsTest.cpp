@@ -51,7 +51,9 @@ TEST(PaletteFaultsTest, ValuesThatAreClampedOrIgnoredAreNamed) {
     } cases[] = {
         {QzFontSizeAttribute, "<real>72</real>", ""},
         {QzFontSizeAttribute, "<integer>0</integer>", ""},
-        {QzFontSizeAttribute, "<string>72</string>", "a number is needed, found a string; it is ignored"},
+        {QzFontSizeAttribute, "<string>72</string>", ""},
+        {QzFontSizeAttribute, "<string>+7e1 pt</string>", "\"+7e1 pt\" is no number; 70 is used"},
+        {QzFontSizeAttribute, "<string>large</string>", "a number is needed, found a string; it is ignored"},
         {QzFontSizeAttribute, "<real>20000</real>", "font size 20000 is outside 0 to 10000 points; 10000 is used"},
         {QzFontSizeAttribute, "<real>nan</real>",
          "font size nan is outside 0 to 10000 points; the default size is used"},
@@ -70,7 +72,7 @@ TEST(PaletteFaultsTest, ValuesThatAreClampedOrIgnoredAreNamed) {
         {QzBoundingMarginsAttribute, "<array><real>1</real><real>1</real></array>",
          "margins need four numbers, found 2; the margins are ignored"},
         {QzBoundingMarginsAttribute,
-         "<array><real>1</real><real>nan</real><string>1</string><real>1</real><real>1</real></array>",
+         "<array><real>1</real><real>nan</real><string>x</string><real>1</real><real>1</real></array>",
          "margins need four numbers, found 3; the margins are ignored"},
         {QzBoundingMarginsAttribute, "<string>1,2,3,4</string>",
          "an array of four numbers is needed, found a string; it is ignored"},
@@ -84,8 +86,9 @@ TEST(PaletteFaultsTest, ValuesThatAreClampedOrIgnoredAreNamed) {
         {QzTextColorAttribute, color(rgb, kGoodComponents), ""},
         {QzTextColorAttribute, color(rgb, kGoodComponents + "<key>Red</key><real>1.5</real>"),
          "the component Red is 1.5, outside 0 to 1; 1 is used"},
-        {QzTextColorAttribute, color(rgb, kGoodComponents + "<key>Blue</key><string>1</string>"),
-         "the component Blue needs a number, found a string; 0 is used"},
+        {QzTextColorAttribute,
+         color(rgb, kGoodComponents + "<key>Blue</key><string>.1</string><key>Red</key><string>full</string>"),
+         "the component Red needs a number, found a string; 0 is used"},
         {QzBackgroundColorAttribute, color("NSColor Nmaed", kGoodComponents),
          "a colour is needed, found a dictionary; it is ignored"},
         {QzBackground2ColorAttribute, color("BBox with " + rgb, kGoodComponents),
@@ -156,7 +159,7 @@ TEST(PaletteFaultsTest, PalettesInMemoryReportWhatCannotBeSaved) {
     palette->setUndoManager(NSUndoManager::init());
     const auto edited = palette->createAnno("Title"_ns)->mutableCopy();
     edited->setAttribute("Keys"_ns, NSSet::set());
-    edited->setAttribute(QzFontSizeAttribute, "12"_ns);
+    edited->setAttribute(QzFontSizeAttribute, "twelve"_ns);
     palette->replaceAnno(edited);
     EXPECT_THAT(
         linesOf(faultsOfPalette(*palette)),

@@ -97,10 +97,10 @@ TEST_F(PalettePropertyListTest, WhatIsWrittenReadsBackWholeAndLocked) {
 TEST_F(PalettePropertyListTest, TopLevelsThatAreAccepted) {
     const std::string title = "<dict><key>__Annotation Name</key><string>Title</string></dict>";
     const std::string global = "<dict><key>x</key><integer>1</integer></dict>";
-    for (const std::string& content : {"<array>" + global + title + "</array>",
-                                       "<dict><key>Palette</key><array>" + global + title + "</array></dict>",
-                                       "<dict><key>Version</key><integer>0</integer><key>Palette</key><array>" +
-                                           global + title + "</array></dict>"}) {
+    for (const std::string& content :
+         {"<array>" + global + title + "</array>",
+          "<dict><key>Palette</key><array>" + global + title + "</array></dict>",
+          "<dict><key>Version</key><string>0</string><key>Palette</key><array>" + global + title + "</array></dict>"}) {
         const auto palette = read(content);
         ASSERT_TRUE(palette) << error_;
         EXPECT_EQ(palette->maxPriority(), 1);
@@ -124,7 +124,7 @@ TEST_F(PalettePropertyListTest, WhatIsNoPaletteIsRefused) {
     } cases[] = {
         {"<dict><key>Version</key><integer>1</integer><key>Palette</key><array/></dict>", false, "version"},
         {"<dict><key>Version</key><integer>4294967296</integer><key>Palette</key><array/></dict>", false, "version"},
-        {"<dict><key>Version</key><string>one</string><key>Palette</key><array/></dict>", false, "version"},
+        {"<dict><key>Version</key><string>1</string><key>Palette</key><array/></dict>", false, "version"},
         {"<string>palette</string>", false, "found NSString"},
         {"<dict/>", true, "no array under \"Palette\""},
         {"<dict><key>Palette</key><dict/></dict>", true, "no array under \"Palette\""},

@@ -215,7 +215,12 @@ TEST(ScreenTextContainer, FollowsTheEditsOfItsTextView) {
     container->setTextView(view);
     int displays = 0;
     view->setDisplayHook([&] { ++displays; });
-    view->setTypingAttributes(dictionaryOf({{QzBoundingMarginsAttribute, margins(100, 0, 50, 0)}}));
+    // Numbers may be text, as in a list that a person wrote.
+    const auto typed = NSArray::arrayWithObjects({"100"_ns, number(0), " 50 "_ns, number(0)});
+    view->setTypingAttributes(dictionaryOf({{QzBoundingMarginsAttribute, typed}}));
+    container->updateFromString();
+    EXPECT_EQ(container->textBox(), (NSRect{{100, 50}, {1, 1}})) << "nothing is typed yet";
+    displays = 0;
     view->insertText("A"_ns);
     EXPECT_EQ(container->textBox().origin, (NSPoint{100, 50}));
     EXPECT_EQ(displays, 1);
