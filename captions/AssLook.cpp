@@ -116,6 +116,16 @@ void readPlace(const NSDictionary& attributes, NSSize screen, AssLook& look, std
     look.marginRight += kLinePaddingOfAss;
 }
 
+void readSlant(const NSDictionary& attributes, AssLook& look, std::set<std::string>& losses) {
+    const double slant = numberUnder(attributes, NSObliquenessAttributeName);
+    if (slant > 0 && !look.font.isItalic) {
+        // A shear for a part of a line moves what it begins with over the blank before it.
+        look.font.isItalic = true;
+        losses.insert("slanted text is written as italic, whose angle is the player's");
+    }
+    look.slant = std::max(0.0, -slant);
+}
+
 std::string hex(uint32_t value, int digits) {
     char text[16];
     std::snprintf(text, sizeof text, "&H%0*X", digits, static_cast<unsigned>(value));
@@ -161,7 +171,9 @@ AssLook assLookOf(const NSDictionary& attributes, NSSize screen, std::set<std::s
     const auto color = attributes.objectForKey<NSColor>(*QzTextColorAttribute);
     look.primary = color ? assColourOf(*color) : CaptionColour{0, 0, 0, 255};
     look.spacing = numberUnder(attributes, NSKernAttributeName);
-    look.slant = numberUnder(attributes, NSObliquenessAttributeName);
+    look.isUnderlined = numberUnder(attributes, QzUnderlineAttribute) != 0;
+    look.isStruck = numberUnder(attributes, QzStrikeThroughAttribute) != 0;
+    readSlant(attributes, look, losses);
     readLayers(attributes, look, losses);
     readPlace(attributes, screen, look, losses);
     if (numberUnder(attributes, QzLeadingAttribute) != 0)
@@ -181,6 +193,8 @@ AssStyle styleOfLook(const std::string& name, const AssLook& look) {
     style.back = look.back;
     style.isBold = look.font.weight >= 600;
     style.isItalic = look.font.isItalic;
+    style.isUnderlined = look.isUnderlined;
+    style.isStruck = look.isStruck;
     style.spacing = look.spacing;
     style.borderStyle = look.isBoxed ? 3 : 1;
     style.outlineWidth = look.outlineWidth;
@@ -205,14 +219,17 @@ std::string writtenStyle(const AssStyle& style) {
     std::string text = style.name + "," + style.fontName + "," + shortNumber(style.fontSize);
     for (const CaptionColour& colour : {style.primary, style.primary, style.outline, style.back})
         text += "," + writtenColour(colour);
-    text += std::string(",") + flag(style.isBold) + "," + flag(style.isItalic) + ",0,0,100,100";
+    for (const bool isSet : {style.isBold, style.isItalic, style.isUnderlined, style.isStruck})
+        text += std::string(",") + flag(isSet);
+    text += ",100,100";
     text += "," + shortNumber(style.spacing) + ",0," + std::to_string(style.borderStyle);
     for (const double length : {style.outlineWidth, style.shadow}) text += "," + shortNumber(length);
     text += "," + std::to_string(style.alignment);
     // Margins are whole numbers to players.
     for (const double margin : {style.marginLeft, style.marginRight, style.marginVertical})
         text += "," + std::to_string(std::lround(margin));
-    return text + ",1";
+    // Players then find the direction of each line.
+    return text + ",-1";
 }
 
 std::string overridesBetween(const AssLook& from, const AssLook& to) {
@@ -222,6 +239,8 @@ std::string overridesBetween(const AssLook& from, const AssLook& to) {
         text += to.font.weight == 400 || to.font.weight == 700 ? (to.font.weight == 700 ? "\\b1" : "\\b0")
                                                                : "\\b" + std::to_string(to.font.weight);
     if (from.font.isItalic != to.font.isItalic) text += to.font.isItalic ? "\\i1" : "\\i0";
+    if (from.isUnderlined != to.isUnderlined) text += to.isUnderlined ? "\\u1" : "\\u0";
+    if (from.isStruck != to.isStruck) text += to.isStruck ? "\\s1" : "\\s0";
     text += lengthChange("fs", from.fontSize, to.fontSize);
     text += colourChange("1", from.primary, to.primary);
     if (from.isBoxed == to.isBoxed) {
@@ -233,7 +252,7 @@ std::string overridesBetween(const AssLook& from, const AssLook& to) {
     text += lengthChange("yshad", from.shadowY, to.shadowY);
     text += lengthChange("fsp", from.spacing, to.spacing);
     // The factor shears the other way, since there y grows downward.
-    text += lengthChange("fax", -from.slant, -to.slant);
+    text += lengthChange("fax", from.slant, to.slant);
     return text;
 }
 

@@ -23,8 +23,10 @@ struct AssLook {
     double outlineWidth = 0;
     double shadowX = 0;
     double shadowY = 0;
+    bool isUnderlined = false;
+    bool isStruck = false;
     double spacing = 0;
-    /// To the right, for each unit of height.
+    /// To the left, for each unit of height.
     double slant = 0;
     bool isBoxed = false;
     /// As on the number pad.

@@ -22,13 +22,13 @@ Ref<NSNumber> number(double value) {
     return NSNumber::numberWithFloat(static_cast<float>(value));
 }
 
-Ref<NSColor> colorOf(const CaptionColour& colour) {
-    const auto part = [](uint8_t byte) { return static_cast<float>(byte) / 255; };
-    return NSColor::colorWithCalibratedRed(part(colour.red), part(colour.green), part(colour.blue), part(colour.alpha));
-}
+/// How bold and italic text is told.
+enum class Traits { byFontName, byAttributes };
 
-void setFont(const AssStyle& style, double scale, ObjectMap& attributes) {
-    const Ref<NSString> name = fontNameOf({style.fontName, style.isBold ? 700 : 400, style.isItalic});
+void setFont(const AssStyle& style, double scale, Traits traits, ObjectMap& attributes) {
+    const bool isByName = traits == Traits::byFontName;
+    const Ref<NSString> name =
+        fontNameOf({style.fontName, isByName && style.isBold ? 700 : 400, isByName && style.isItalic});
     attributes.set(QzFontAttribute, name);
     Ref<NSFont> font = NSFont::fontWithName(*name, 0);
     if (!font) font = NSFont::titleBarFontOfSize(0);
@@ -52,9 +52,15 @@ void setLayers(const AssStyle& style, double scale, ObjectMap& attributes) {
     attributes.set(QzBackground2OffsetAttribute, NSString::stringWithUTF8String("{" + offset + ", " + offset + "}"));
 }
 
-ObjectMap attributesOf(const AssStyle& style, double scale) {
+ObjectMap attributesOf(const AssStyle& style, double scale, Traits traits) {
     ObjectMap attributes;
-    setFont(style, scale, attributes);
+    setFont(style, scale, traits, attributes);
+    if (traits == Traits::byAttributes) {
+        attributes.set(QzBoldAttribute, NSNumber::numberWithInt(style.isBold));
+        attributes.set(QzItalicAttribute, NSNumber::numberWithInt(style.isItalic));
+    }
+    attributes.set(QzUnderlineAttribute, NSNumber::numberWithInt(style.isUnderlined));
+    attributes.set(QzStrikeThroughAttribute, NSNumber::numberWithInt(style.isStruck));
     attributes.set(QzTextColorAttribute, colorOf(style.primary));
     attributes.set(NSKernAttributeName, number(style.spacing * scale));
     const int column = (style.alignment - 1) % 3;
@@ -72,39 +78,61 @@ ObjectMap attributesOf(const AssStyle& style, double scale) {
     return attributes;
 }
 
+ObjectMap differences(const ObjectMap& attributes, const ObjectMap& below) {
+    ObjectMap different;
+    for (const ObjectMap::Entry& entry : attributes.entries()) {
+        const Ref<NSObject> under = below.find(*entry.key);
+        // Boxes are equal only to themselves.
+        const bool isSame =
+            under && (areEqual(under, entry.value) || under->description() == entry.value->description());
+        if (!isSame) different.set(entry.key, entry.value);
+    }
+    return different;
+}
+
 }  // namespace
+
+Ref<NSColor> colorOf(const CaptionColour& colour) {
+    const auto part = [](uint8_t byte) { return static_cast<float>(byte) / 255; };
+    return NSColor::colorWithCalibratedRed(part(colour.red), part(colour.green), part(colour.blue), part(colour.alpha));
+}
+
+ObjectMap attributesOfAssStyle(const AssStyle& style, double scale) {
+    return attributesOf(style, scale, Traits::byAttributes);
+}
+
+ObjectMap differencesOfAssStyle(const AssStyle& style, const AssStyle& global, double scale) {
+    return differences(attributesOfAssStyle(style, scale), attributesOfAssStyle(global, scale));
+}
 
 Ref<QzAnnoPalette> paletteOfAss(const AssScript& script, std::vector<std::string>& losses) {
     const Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
     palette->setUndoManager(NSUndoManager::init());
-    const double scale = kShorterSide / std::min(script.width, script.height);
-    const AssStyle* const fallback = script.styles.empty() ? nullptr : &script.styles.front();
-    const AssStyle* const global = script.styleNamed("Default") ? script.styleNamed("Default") : fallback;
+    const AssStyle* const global = script.globalStyle();
     if (!global) return palette;
+    const double scale = kShorterSide / std::min(script.width, script.height);
     std::set<std::string> told;
-    const auto file = [&](const Ref<const QzAnno>& anno, const AssStyle& style, const ObjectMap* below) {
+    const auto file = [&](const Ref<const QzAnno>& anno, const AssStyle& style, const ObjectMap& below) {
         const Ref<QzMutableAnno> changed = anno->mutableCopy();
-        const ObjectMap attributes = attributesOf(style, scale);
-        for (const ObjectMap::Entry& entry : attributes.entries()) {
-            const Ref<NSObject> under = below ? below->find(*entry.key) : nullptr;
-            // Boxes are equal only to themselves.
-            const bool isSame =
-                under && (areEqual(under, entry.value) || under->description() == entry.value->description());
-            if (!isSame) changed->setAttribute(std::static_pointer_cast<NSString>(entry.key), entry.value);
-        }
+        const ObjectMap attributes = attributesOf(style, scale, Traits::byFontName);
+        changed->setAttributes(NSDictionary::dictionaryWithMap(differences(attributes, below)));
         palette->replaceAnno(changed);
         for (const std::string& name : style.unsupported) {
             if (told.insert(name).second) losses.push_back(name + " of " + style.name + " has no form in a palette");
         }
     };
-    file(palette->lookupAnno({}), *global, nullptr);
-    const ObjectMap globals = attributesOf(*global, scale);
+    // No line is what there is without the attribute.
+    ObjectMap bare;
+    for (const Ref<NSString>& line : {QzUnderlineAttribute, QzStrikeThroughAttribute})
+        bare.set(line, NSNumber::numberWithInt(0));
+    file(palette->lookupAnno({}), *global, bare);
+    const ObjectMap globals = attributesOf(*global, scale, Traits::byFontName);
     for (const AssStyle& style : script.styles) {
         // Of styles with one name the last counts.
         if (&style == global || script.styleNamed(style.name) != &style) continue;
         const Ref<const QzAnno> anno = palette->createAnno(NSString::stringWithUTF8String(style.name));
         if (anno)
-            file(anno, style, &globals);
+            file(anno, style, globals);
         else
             losses.push_back("the style " + style.name + " is left out; a palette keeps that name for its global one");
     }

@@ -344,6 +344,11 @@ const AssStyle* AssScript::styleNamed(std::string_view name) const {
     return otherwise == stylePlaces.end() ? nullptr : &styles[otherwise->second];
 }
 
+const AssStyle* AssScript::globalStyle() const {
+    const AssStyle* const style = styleNamed("Default");
+    return style || styles.empty() ? style : &styles.front();
+}
+
 std::optional<AssScript> parseAssScript(const NSData& file, CaptionProblems& problems, CaptionProblem* error) {
     const std::optional<std::string> text = unicodeTextOfFile(file, problems, error);
     if (!text) return {};

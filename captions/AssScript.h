@@ -81,6 +81,8 @@ struct AssScript {
     /// The style of that name, a leading "*" aside; the one named "Default" for a name that there is not; none when
     /// there is neither.
     const AssStyle* styleNamed(std::string_view name) const;
+    /// The style named "Default", or else the first, from which others differ; null without styles.
+    const AssStyle* globalStyle() const;
 };
 
 /// Reads an Advanced SubStation Alpha script, or one of its forerunner (`[V4 Styles]`), in UTF-8 or in UTF-16 with a

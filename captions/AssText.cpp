@@ -42,8 +42,7 @@ public:
     Builder(AssTextReader& reader, const AssEvent& event) : reader_(reader), event_(event) {
         lineStyle_ = style_ = styleNamed(event.style);
         padPlace_ = style_->alignment;
-        // Every script has a style of that name, for what has no other.
-        if (lineName() != "Default") begin(CueSpan::styleClass, std::string(lineName()));
+        if (reader.isDefaultNamed_ || lineName() != "Default") begin(CueSpan::styleClass, std::string(lineName()));
         if (!event.speaker.empty()) begin(CueSpan::voice, std::string(event.speaker));
         fixed_ = open_.size();
     }

@@ -23,8 +23,10 @@ struct AssText {
 /// braces without a backslash is a comment.
 class AssTextReader {
 public:
-    /// Both outlive this object.
-    AssTextReader(const AssScript& script, CaptionProblems& problems) : script_(script), problems_(problems) {}
+    /// Script and problems outlive this object. The style "Default" is a class only if that is asked for: every script
+    /// has it, for what has no other.
+    AssTextReader(const AssScript& script, CaptionProblems& problems, bool isDefaultNamed = false)
+        : script_(script), problems_(problems), isDefaultNamed_(isDefaultNamed) {}
 
     AssText read(const AssEvent& event);
 
@@ -33,6 +35,7 @@ private:
 
     const AssScript& script_;
     CaptionProblems& problems_;
+    const bool isDefaultNamed_;
 };
 
 }  // namespace qz

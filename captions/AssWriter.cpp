@@ -69,32 +69,29 @@ AssWriter::AssWriter(Ref<QzAnnoPalette> palette, NSSize screen, NSWritingDirecti
     }
 }
 
-AssLook AssWriter::lookOf(const Ref<NSSet>& keys) {
-    return assLookOf(*palette_->assembleCompleteAttributes(palette_->attributesForSet(keys)), screen_, losses_);
+AssLook AssWriter::lookOf(const Ref<NSSet>& keys, std::set<std::string>& losses) const {
+    return assLookOf(*palette_->assembleCompleteAttributes(palette_->attributesForSet(keys)), screen_, losses);
 }
 
 const AssWriter::Style& AssWriter::addStyle(const Ref<NSSet>& keys, const std::string& wanted) {
     std::string name = styleName(wanted);
     for (int number = 2; !names_.insert(name).second; ++number) name = styleName(wanted) + " " + std::to_string(number);
-    const AssLook look = lookOf(keys);
+    // Whether anything is lost depends on the titles that have the style.
+    std::set<std::string> unused;
+    const AssLook look = lookOf(keys, unused);
     const AssStyle style = styleOfLook(name, look);
     styleLines_ += "Style: " + writtenStyle(style) + "\n";
-    std::vector<int32_t> priorities;
-    for (const auto& key : keys->objects<QzAnnoKey>()) priorities.push_back(palette_->lookupPrio(key));
-    std::ranges::sort(priorities);
-    return styles_[priorities] = {name, lookOfStyle(style, look)};
+    const auto all = keys->objects<QzAnnoKey>();
+    return styles_[{all.begin(), all.end()}] = {name, lookOfStyle(style, look)};
 }
 
 const AssWriter::Style& AssWriter::styleFor(const Ref<NSSet>& frame) {
-    std::vector<int32_t> priorities;
-    for (const auto& key : frame->objects<QzAnnoKey>()) priorities.push_back(palette_->lookupPrio(key));
-    std::ranges::sort(priorities);
-    const auto known = styles_.find(priorities);
+    auto keys = frame->objects<QzAnnoKey>();
+    const auto known = styles_.find({keys.begin(), keys.end()});
     if (known != styles_.end()) return known->second;
+    std::ranges::sort(keys, {}, [this](const Ref<QzAnnoKey>& key) { return palette_->lookupPrio(key); });
     std::string name;
-    for (const int32_t priority : priorities) {
-        name += (name.empty() ? "" : " + ") + palette_->annoKeyAtPriority(priority)->name()->utf8();
-    }
+    for (const auto& key : keys) name += (name.empty() ? "" : " + ") + key->name()->utf8();
     return addStyle(frame, name);
 }
 
@@ -115,7 +112,7 @@ std::string AssWriter::placeOverrides(const AssLook& look, const AssLook& styled
 void AssWriter::add(double start, double end, const CuePlacement& placement, QzMutableAnnoString& text) {
     const Style& style = styleFor(text.frame());
     placements_.place(placement, text);
-    const AssLook look = lookOf(text.frame());
+    const AssLook look = lookOf(text.frame(), losses_);
 
     std::string line = "Dialogue: 0," + writtenTime(start) + "," + writtenTime(end) + "," + style.name + ",";
     const auto addMargin = [&](double margin, double styled) {
@@ -132,7 +129,7 @@ void AssWriter::add(double start, double end, const CuePlacement& placement, QzM
     AssLook current = style.look;
     const std::u16string& characters = text.string()->characters();
     for (const QzAnnoString::Run& run : text.runs()) {
-        const AssLook next = lookOf(run.keys);
+        const AssLook next = lookOf(run.keys, losses_);
         const std::string overrides = place + overridesBetween(current, next);
         place.clear();
         if (!overrides.empty()) line += "{" + overrides + "}";

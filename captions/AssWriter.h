@@ -3,7 +3,6 @@
 #include <map>
 #include <set>
 #include <string>
-#include <vector>
 
 #include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
 #include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
@@ -18,6 +17,7 @@ namespace qz {
 class AssWriter {
 public:
     /// A palette of the caller's own, which is changed, and the screen in points. `direction` as for `PlacementAnnos`.
+    /// Each annotation that the palette has now is a style of the script, used or not.
     AssWriter(Ref<QzAnnoPalette> palette, NSSize screen, NSWritingDirection direction);
 
     /// Seconds; the end is not before the start.
@@ -25,7 +25,7 @@ public:
 
     /// The script, in UTF-8 with line feeds.
     std::string script() const;
-    /// What the script cannot hold, a line for each kind.
+    /// What of the titles the script cannot hold, a line for each kind.
     const std::set<std::string>& losses() const { return losses_; }
 
 private:
@@ -35,7 +35,7 @@ private:
         AssLook look;
     };
 
-    AssLook lookOf(const Ref<NSSet>& keys);
+    AssLook lookOf(const Ref<NSSet>& keys, std::set<std::string>& losses) const;
     const Style& addStyle(const Ref<NSSet>& keys, const std::string& name);
     const Style& styleFor(const Ref<NSSet>& frame);
     std::string placeOverrides(const AssLook& look, const AssLook& styled) const;
@@ -43,8 +43,8 @@ private:
     const Ref<QzAnnoPalette> palette_;
     const NSSize screen_;
     PlacementAnnos placements_;
-    // By the priorities of the annotations that a style stands for.
-    std::map<std::vector<int32_t>, Style> styles_;
+    // By the annotations that a style stands for.
+    std::map<std::set<Ref<QzAnnoKey>>, Style> styles_;
     std::set<std::string> names_;
     std::set<std::string> losses_;
     std::string styleLines_;

@@ -1,6 +1,7 @@
 #include "captions/CueAnnotator.h"
 
 #include <algorithm>
+#include <array>
 
 #include "platform/foundation/DiagnosticText.h"
 
@@ -48,13 +49,40 @@ std::string nameOf(const CueSpan& span) {
     }
 }
 
+/// Spans of which only the innermost holds.
+enum Group { kColours, kBehind, kLanguages, kGroups };
+
+std::optional<Group> groupOf(const CueSpan& span) {
+    if (span.kind == CueSpan::colour) return kColours;
+    if (span.kind == CueSpan::language) return kLanguages;
+    const auto look = span.kind == CueSpan::styleClass ? lookOfWebVTTClass(span.name) : std::nullopt;
+    return !look ? std::nullopt : std::optional(look->box ? kBehind : kColours);
+}
+
 }  // namespace
 
 Ref<QzMutableAnnoString> CueAnnotator::annotated(const CueText& cue) {
     auto text = QzMutableAnnoString::initWithString(NSString::stringWithCharacters(cue.text));
+    struct Outer {
+        Ref<QzAnnoKey> key;
+        uint64_t end;
+    };
+    std::array<std::vector<Outer>, kGroups> outers;
     for (const CueSpan& span : cue.spans) {
         const Ref<QzAnnoKey> key = keyOf(span);
-        if (key && span.range.length > 0) text->addAnno(key, span.range);
+        if (!key || span.range.length == 0) continue;
+        if (const auto group = groupOf(span)) {
+            std::vector<Outer>& outer = outers[*group];
+            while (!outer.empty() && outer.back().end <= span.range.location) outer.pop_back();
+            if (!outer.empty()) text->removeAnno(outer.back().key, span.range);
+            outer.push_back({key, span.range.end()});
+            if (*group == kBehind && span.range.length < text->length())
+                problems_.addOnce(CaptionProblem::notShown, span.line,
+                                  "the background " + quotedExcerpt(span.name) +
+                                      " is not shown; a box lies behind a whole caption alone",
+                                  "background");
+        }
+        text->addAnno(key, span.range);
     }
     return text;
 }
@@ -62,13 +90,31 @@ Ref<QzMutableAnnoString> CueAnnotator::annotated(const CueText& cue) {
 Ref<QzAnnoKey> CueAnnotator::keyOf(const CueSpan& span) {
     const auto [place, isNew] = known_.try_emplace({span.kind, span.name});
     if (!isNew) return place->second;
-    Ref<QzAnnoKey> key = find(span, names_.palette);
+    const Looks which = names_.looks ? names_.looks->which() : Looks::house;
+    Ref<QzAnnoKey> key = which == Looks::file ? fileKeyOf(span) : nullptr;
+    if (!key) key = paletteKeyOf(span);
+    // A language is a fact and no look.
+    if (!key && (which == Looks::both || span.kind == CueSpan::language)) key = fileKeyOf(span);
     if (!key) {
         report(span);
         if (names_.others) key = names_.others->keyNamed(nameOf(span));
     }
     if (key && !key->isDefault()) place->second = std::move(key);
     return place->second;
+}
+
+Ref<QzAnnoKey> CueAnnotator::paletteKeyOf(const CueSpan& span) const {
+    const Ref<QzAnnoKey> key = find(span, names_.palette);
+    return names_.looks && names_.looks->lookOf(key) ? nullptr : key;
+}
+
+Ref<QzAnnoKey> CueAnnotator::fileKeyOf(const CueSpan& span) const {
+    if (!names_.looks) return {};
+    const bool isClass = span.kind == CueSpan::styleClass || span.kind == CueSpan::reset;
+    const std::optional<CaptionLook> look = !isClass       ? lookOfSpan(span)
+                                            : lookOfClass_ ? lookOfClass_(span)
+                                                           : std::nullopt;
+    return look ? names_.looks->keyOf(*look) : nullptr;
 }
 
 Ref<QzAnnoKey> CueAnnotator::find(const CueSpan& span, const QzAnnoPalette& palette) {
@@ -108,18 +154,22 @@ void CueAnnotator::report(const CueSpan& span) {
         case CueSpan::reset:
             return problems_.add(CaptionProblem::unknownClass, span.line, "the class " + name + effect + noAnnotation);
         case CueSpan::colour:
-            return problems_.add(CaptionProblem::unknownClass, span.line, "the colour " + name + effect + noAnnotation);
+            return problems_.add(CaptionProblem::unknownClass, span.line,
+                                 "the colour " + name + effect + noAnnotation +
+                                     (parsedCssColour(span.name) ? "" : ", and captions know no such colour"));
         case CueSpan::voice:
             return problems_.add(CaptionProblem::unknownName, span.line,
                                  span.name.empty()
                                      ? "<v> adds nothing; the palette has no annotation \"v\""
                                      : "the voice " + name + " adds nothing" + noAnnotation + " and none \"v\"");
         case CueSpan::language:
-            return problems_.add(CaptionProblem::unknownName, span.line, "the language " + name + " adds nothing");
+            return problems_.add(CaptionProblem::notShown, span.line,
+                                 "the language " + name + effect +
+                                     (lookOfSpan(span) ? noAnnotation : "; it is no tag such as ja or zh-Hant"));
         default:
             // What takes a trait away takes it from a style that is not drawn either.
             if (span.name.empty())
-                problems_.add(CaptionProblem::unknownName, span.line,
+                problems_.add(CaptionProblem::unknownClass, span.line,
                               "<" + tag + "> adds nothing; the palette has no annotation \"" + tag + "\"");
     }
 }

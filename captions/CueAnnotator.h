@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <utility>
@@ -16,12 +17,19 @@ namespace qz {
 /// A class is the annotation of exactly that name, or, since classes cannot hold blanks, of the name with a blank for
 /// each "_"; bold, italic, underlined and struck text are the annotations "b", "i", "u", "s"; a voice is the annotation
 /// with the speaker's name, else "v"; a colour is the annotation of that name as it is written, or in small letters.
-/// What the palette lacks is reported once, where it first stands, and adds nothing, or the key of its name as it is
-/// written (see CueNames). The global annotation, which holds anyway, adds nothing.
+/// What the palette lacks is the look that the file itself defines, if the names have looks (see Looks). What has
+/// neither is reported once, where it first stands, and adds nothing, or the key of its name as it is written (see
+/// CueNames). The global annotation, which holds anyway, adds nothing.
+///
+/// Of colours, backgrounds and languages that lie within one another the innermost holds alone.
 class CueAnnotator {
 public:
-    /// What both refer to outlives this object.
-    CueAnnotator(const CueNames& names, CaptionProblems& problems) : names_(names), problems_(problems) {}
+    /// The look that a file defines for a class.
+    using LookOfClass = std::function<std::optional<CaptionLook>(const CueSpan&)>;
+
+    /// What the first two refer to outlives this object.
+    CueAnnotator(const CueNames& names, CaptionProblems& problems, LookOfClass lookOfClass = {})
+        : names_(names), problems_(problems), lookOfClass_(std::move(lookOfClass)) {}
 
     Ref<QzMutableAnnoString> annotated(const CueText& cue);
 
@@ -30,10 +38,13 @@ public:
 
 private:
     Ref<QzAnnoKey> keyOf(const CueSpan& span);
+    Ref<QzAnnoKey> paletteKeyOf(const CueSpan& span) const;
+    Ref<QzAnnoKey> fileKeyOf(const CueSpan& span) const;
     void report(const CueSpan& span);
 
     const CueNames names_;
     CaptionProblems& problems_;
+    const LookOfClass lookOfClass_;
     // None for what adds nothing.
     std::map<std::pair<CueSpan::Kind, std::string>, Ref<QzAnnoKey>> known_;
 };

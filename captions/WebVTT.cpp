@@ -106,7 +106,10 @@ private:
 class FileReader {
 public:
     FileReader(std::string_view text, const CueNames& names, CaptionProblems& problems, const CueSink& sink)
-        : sink_(sink), problems_(problems), rest_(text), annotator_(names, problems_) {}
+        : sink_(sink),
+          problems_(problems),
+          rest_(text),
+          annotator_(names, problems_, [](const CueSpan& span) { return lookOfWebVTTClass(span.name); }) {}
 
     void read() {
         const char* const header = rest_.data();

@@ -92,7 +92,13 @@ void QzAnnoStringToScreen::build() {
     if (!text) text = NSAttributedString::init();
     if (language_) {
         const auto inLanguage = NSMutableAttributedString::initWithAttributedString(*text);
-        inLanguage->addAttribute(NSLanguageAttributeName, language_, {0, text->length()});
+        // What an annotation says of its run is nearer to the truth.
+        inLanguage->changeAttributes({0, text->length()}, [this](const Ref<NSDictionary>& attributes) {
+            if (attributes->objectForKey<NSString>(*NSLanguageAttributeName)) return attributes;
+            ObjectMap map = attributes->map();
+            map.set(NSLanguageAttributeName, language_);
+            return NSDictionary::dictionaryWithMap(std::move(map));
+        });
         text = inLanguage;
     }
     if (direction_ != NSWritingDirection::natural) text = textInDirection(*text, direction_);

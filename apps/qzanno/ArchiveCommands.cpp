@@ -58,10 +58,12 @@ int packArchive(const std::string& input, const std::string& paletteFile, const 
                 Diagnostics& diagnostics) {
     const Ref<QzAnnoPalette> palette = loadPalette(paletteFile, diagnostics);
     if (!palette) return 1;
+    // An archive holds names, and no looks.
+    CaptionLooks looks(palette, {}, Looks::house);
     bool hasLosses = false;
     std::vector<Ref<NSObject>> strings;
     const TitleSink sink = [&strings](Title&& title) { strings.push_back(title.text->copy()); };
-    if (!readTitles(input, palette, diagnostics, sink, hasLosses)) return 1;
+    if (!readTitles(input, looks, diagnostics, sink, hasLosses)) return 1;
     if (strings.empty()) diagnostics.warning(input, "holds no captions; the archive is an empty array");
     const Ref<NSObject> root = strings.size() == 1 ? strings.front() : NSArray::arrayWithObjects(std::move(strings));
     std::string reason;

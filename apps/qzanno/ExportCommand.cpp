@@ -24,7 +24,10 @@ int exportCaptions(const ExportOptions& options, Diagnostics& diagnostics) {
     const auto missingFonts = std::make_shared<MissingFonts>();
     palette->setLog(missingFonts);
     const NSSize screen = {static_cast<float>(options.screen.width), static_cast<float>(options.screen.height)};
+    CaptionLooks looks(palette, screen, options.looks);
     AssWriter writer(palette, screen, options.direction);
+    // Those of the titles count, not those of styles that none has.
+    missingFonts->clear();
     bool hasLosses = false;
     uint32_t withoutTimes = 0;
     const TitleSink sink = [&](Title&& title) {
@@ -33,7 +36,7 @@ int exportCaptions(const ExportOptions& options, Diagnostics& diagnostics) {
         else
             ++withoutTimes;
     };
-    if (!readTitles(options.input, palette, diagnostics, sink, hasLosses)) return 1;
+    if (!readTitles(options.input, looks, diagnostics, sink, hasLosses)) return 1;
     if (withoutTimes > 0) {
         diagnostics.error(options.input,
                           "has titles without times; a script shows only what has some; export captions");

@@ -15,6 +15,7 @@ struct ExportOptions {
     std::string output;
     PixelSize screen = {1920, 1080};
     NSWritingDirection direction = NSWritingDirection::natural;
+    Looks looks = Looks::both;
     /// Whether what the format cannot hold is an error.
     bool strict = false;
 };

@@ -34,6 +34,9 @@ const std::vector<std::pair<std::string, NSWritingDirection>> kDirections = {
     {"rtl", NSWritingDirection::rightToLeft},
 };
 
+const std::vector<std::pair<std::string, Looks>> kLooks = {
+    {"house", Looks::house}, {"file", Looks::file}, {"both", Looks::both}};
+
 constexpr uint32_t kJobsMax = 256;
 
 std::optional<PixelSize> parsedSize(const std::string& text) {
@@ -109,8 +112,18 @@ void addDirectionOption(CLI::App& command, NSWritingDirection& direction) {
         ->type_name("auto|ltr|rtl");
 }
 
+void addLooksOption(CLI::App& command, Looks& looks) {
+    command
+        .add_option("--looks", looks,
+                    "Whose styles, colours and italics count: the palette's, the file's, or the file's where the "
+                    "palette has none [both]")
+        ->transform(CLI::CheckedTransformer(kLooks).description(""))
+        ->type_name("house|file|both");
+}
+
 void addDrawingOptions(CLI::App& command, DrawingOptions& options) {
     addPaletteOption(command, options.palette);
+    addLooksOption(command, options.looks);
     command
         .add_option("-a,--annotate", options.annotations,
                     "Lay this annotation over the whole of every title (repeatable)")
@@ -131,8 +144,9 @@ void addDrawingOptions(CLI::App& command, DrawingOptions& options) {
     command.add_option("--quality", options.quality, "How carefully outlines are drawn, 0 to 1 [1]")
         ->check(CLI::Range(0.0, 1.0).description(""))
         ->type_name("Q");
-    command.add_flag("--strict", options.strict,
-                     "Fail on a font that is missing or lacks characters, on cut text and on unknown classes");
+    command.add_flag(
+        "--strict", options.strict,
+        "Fail on a font that is missing or lacks characters, on cut text and on what files ask for in vain");
     command.add_flag("--merge-layers", options.mergeLayers,
                      "Lay each outline and shadow down as one, even where its letters overlap");
 }
@@ -197,6 +211,7 @@ void describeExport(CLI::App& command, ExportOptions& options) {
     command.add_option("-o,--output", options.output, "The script to write (.ass)")->type_name("FILE")->required();
     addScreenOption(command, "The screen that the palette is meant for, in points [1920x1080]", options.screen);
     addDirectionOption(command, options.direction);
+    addLooksOption(command, options.looks);
     command.add_flag("--strict", options.strict, "Fail on what the format cannot hold");
 }
 

@@ -13,6 +13,7 @@ void addFontFolders(CLI::App& command, std::vector<std::string>& folders);
 void addPaletteOption(CLI::App& command, std::string& path);
 void addScreenOption(CLI::App& command, const std::string& description, PixelSize& screen);
 void addDirectionOption(CLI::App& command, NSWritingDirection& direction);
+void addLooksOption(CLI::App& command, Looks& looks);
 /// Those that say how titles are laid out and drawn.
 void addDrawingOptions(CLI::App& command, DrawingOptions& options);
 

@@ -61,7 +61,7 @@ private:
     bool planOutputs();
     bool makeFolders();
     bool openManifest();
-    bool readInput(const Input& input, Diagnostics& diagnostics, const TitleSink& sink, bool& hasLosses) const;
+    bool readInput(const Input& input, Diagnostics& diagnostics, const TitleSink& sink, bool& hasLosses);
     Key keyOf(const TitleContent& content) const;
     bool addJobs(uint32_t input, OrderedJobs& jobs);
     void addJob(uint32_t input, const Title& title, OrderedJobs& jobs);
@@ -73,7 +73,8 @@ private:
     Diagnostics& diagnostics_;
     TitleLines lines_;
     std::optional<RenderSetup> setup_;
-    Ref<QzAnnoPalette> palette_;
+    // Of the files as they are read; each thread has its own.
+    std::optional<CaptionLooks> looks_;
     Sha256 setupHash_;
     std::vector<Input> inputs_;
     size_t titlesOfShare_ = 0;
@@ -94,7 +95,7 @@ private:
 bool RenderRun::prepare() {
     setup_ = prepareSetup(options_.drawing, diagnostics_);
     if (!setup_) return false;
-    palette_ = newPalette(*setup_);
+    looks_.emplace(newLooks(*setup_));
     addSetup(setupHash_, *setup_);
     lines_.setFonts(setup_->fonts);
     // The manifest may lie in a folder of pictures.
@@ -113,8 +114,9 @@ bool RenderRun::listFiles() {
     return true;
 }
 
-bool RenderRun::readInput(const Input& input, Diagnostics& diagnostics, const TitleSink& sink, bool& hasLosses) const {
-    if (!options_.text) return readTitles(input.file.path, palette_, diagnostics, sink, hasLosses);
+bool RenderRun::readInput(const Input& input, Diagnostics& diagnostics, const TitleSink& sink, bool& hasLosses) {
+    const FontLibrary::Use fonts(setup_->fonts);
+    if (!options_.text) return readTitles(input.file.path, *looks_, diagnostics, sink, hasLosses);
     sink(titleOfText(*options_.text));
     return true;
 }
@@ -140,7 +142,7 @@ bool RenderRun::walkFirst() {
                 ++input.titles;
                 while (++input.lastIndex < title.index) input.leftOut.push_back(input.lastIndex);
                 titlesOfShare_ += options_.shard.holds(input.file.identity(), title.index);
-                const Key key = keyOf(contentOf(title, *palette_));
+                const Key key = keyOf(contentOf(title, *looks_));
                 ++firstUses_.try_emplace(key, FirstUse{number, title.index, 0}).first->second.uses;
             },
             hasLosses);
@@ -233,7 +235,7 @@ bool RenderRun::addJobs(uint32_t number, OrderedJobs& jobs) {
         [&](Title&& title) {
             ++count;
             if (options_.shard.holds(input.file.identity(), title.index)) {
-                isSame &= firstUses_.contains(keyOf(contentOf(title, *palette_)));
+                isSame &= firstUses_.contains(keyOf(contentOf(title, *looks_)));
                 if (isSame) addJob(number, title, jobs);
             }
         },
@@ -248,7 +250,7 @@ bool RenderRun::addJobs(uint32_t number, OrderedJobs& jobs) {
 void RenderRun::addJob(uint32_t number, const Title& title, OrderedJobs& jobs) {
     const Input& input = inputs_[number];
     auto job = std::make_unique<TitleJob>();
-    job->content = contentOf(title, *palette_);
+    job->content = contentOf(title, *looks_);
     const Key key = keyOf(job->content);
     const FirstUse& first = firstUses_.at(key);
     job->title = {input.file.path,

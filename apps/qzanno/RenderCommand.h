@@ -6,6 +6,7 @@
 
 #include "apps/qzanno/Diagnostics.h"
 #include "apps/qzanno/Shard.h"
+#include "captions/CaptionLooks.h"
 #include "platform/text/NSParagraphStyle.h"
 
 namespace qz::tool {
@@ -29,6 +30,7 @@ struct DrawingOptions {
     bool antialias = true;
     float quality = 1.0f;
     bool mergeLayers = false;
+    Looks looks = Looks::both;
     bool strict = false;
 };
 

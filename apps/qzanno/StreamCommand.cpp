@@ -126,12 +126,13 @@ bool StreamRun::prepare() {
 }
 
 bool StreamRun::readTitlesOfInput() {
-    const Ref<QzAnnoPalette> palette = newPalette(*setup_);
+    const FontLibrary::Use fonts(setup_->fonts);
+    CaptionLooks looks = newLooks(*setup_);
     bool hasLosses = false;
     const TitleSink sink = [&](Title&& title) {
         ShownTitle shown;
         shown.index = title.index;
-        shown.content = contentOf(title, *palette);
+        shown.content = contentOf(title, looks);
         if (title.start) shown.firstFrame = options_.rate.firstFrameAt(*title.start);
         if (title.end) shown.endFrame = options_.rate.firstFrameAt(*title.end);
         if (shown.firstFrame < shown.endFrame)
@@ -139,7 +140,7 @@ bool StreamRun::readTitlesOfInput() {
         else
             diagnostics_.warning("title " + std::to_string(title.index), "lies between two frames and is not shown");
     };
-    if (!readTitles(options_.input, palette, diagnostics_, sink, hasLosses)) return false;
+    if (!readTitles(options_.input, looks, diagnostics_, sink, hasLosses)) return false;
     if (!hasLosses || !options_.drawing.strict) return true;
     diagnostics_.error(options_.input, "asks for what is not shown, and --strict forbids that; nothing is written");
     return false;

@@ -58,10 +58,10 @@ Title titleOfText(const std::string& text) {
     return {1, {}, {}, {}, QzMutableAnnoString::initWithString(NSString::stringWithUTF8String(text))};
 }
 
-bool readTitles(const std::string& path, const Ref<QzAnnoPalette>& palette, Diagnostics& diagnostics,
-                const TitleSink& sink, bool& hasLosses) {
+bool readTitles(const std::string& path, CaptionLooks& looks, Diagnostics& diagnostics, const TitleSink& sink,
+                bool& hasLosses) {
     const Kind kind = kindOf(path);
-    if (kind == Kind::archive) return readArchive(path, palette, diagnostics, sink, hasLosses);
+    if (kind == Kind::archive) return readArchive(path, looks.palette(), diagnostics, sink, hasLosses);
     if (kind == Kind::unknown) {
         diagnostics.error(
             path, "is no " + std::string(kTitleEndings) +
@@ -89,9 +89,9 @@ bool readTitles(const std::string& path, const Ref<QzAnnoPalette>& palette, Diag
         index += cue.leftOutBefore + 1;
         sink({index, cue.start, cue.end, cue.placement, std::move(cue.text)});
     };
-    const auto problems = kind == Kind::subRip ? readSubRip(*file, *palette, cues, &error)
-                          : kind == Kind::ass  ? readAss(*file, *palette, cues, &error)
-                                               : readWebVTT(*file, *palette, cues, &error);
+    const auto problems = kind == Kind::subRip ? readSubRip(*file, looks, cues, &error)
+                          : kind == Kind::ass  ? readAss(*file, looks, cues, &error)
+                                               : readWebVTT(*file, looks, cues, &error);
     if (!problems) {
         diagnostics.error(placeInFile(path, error.line), error.message);
         return false;

@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
 #include "apps/qzanno/Diagnostics.h"
+#include "captions/CaptionLooks.h"
 #include "captions/CuePlacement.h"
 
 namespace qz::tool {
@@ -32,10 +32,11 @@ inline constexpr std::string_view kTitleEndings = ".srt, .vtt, .ass, .ssa, .txt 
 bool holdsTitles(const std::string& path);
 
 /// Hands over the titles of a caption file, a text file or an archive of annotated strings, by the ending of its name,
-/// one by one. False, with an error reported and no title handed over, when the file cannot be read. `hasLosses` receives
-/// whether the file asks for something that titles do not show, an annotation that the palette does not have included.
-bool readTitles(const std::string& path, const Ref<QzAnnoPalette>& palette, Diagnostics& diagnostics,
-                const TitleSink& sink, bool& hasLosses);
+/// one by one; the looks receive those that the file defines. False, with an error reported and no title handed over,
+/// when the file cannot be read. `hasLosses` receives whether the file asks for something that titles do not show, an
+/// annotation that the palette does not have included.
+bool readTitles(const std::string& path, CaptionLooks& looks, Diagnostics& diagnostics, const TitleSink& sink,
+                bool& hasLosses);
 
 /// The one title of a text in UTF-8.
 Title titleOfText(const std::string& text);

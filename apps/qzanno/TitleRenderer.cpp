@@ -95,6 +95,10 @@ Ref<QzAnnoPalette> newPalette(const RenderSetup& setup) {
     return paletteFromData(setup.paletteFile, &reason);
 }
 
+CaptionLooks newLooks(const RenderSetup& setup) {
+    return {newPalette(setup), sizeOf(setup.options.screen), setup.options.looks};
+}
+
 void addSetup(Sha256& hash, const RenderSetup& setup) {
     const DrawingOptions& options = setup.options;
     hash.addText(QZANNO_VERSION);
@@ -120,7 +124,8 @@ void addSetup(Sha256& hash, const RenderSetup& setup) {
 TitleRenderer::TitleRenderer(const RenderSetup& setup)
     : setup_(setup),
       fonts_(setup.fonts),
-      palette_(newPalette(setup)),
+      looks_(newLooks(setup)),
+      palette_(looks_.palette()),
       placements_(palette_, sizeOf(setup.options.screen), setup.options.direction),
       pipeline_(QzAnnoStringToScreen::init()) {
     const DrawingOptions& options = setup.options;
@@ -137,7 +142,7 @@ TitleRenderer::TitleRenderer(const RenderSetup& setup)
 }
 
 RenderedTitle TitleRenderer::layOut(const TitleContent& content) {
-    const Ref<QzMutableAnnoString> string = annotatedString(content, *palette_);
+    const Ref<QzMutableAnnoString> string = annotatedString(content, looks_);
     for (const std::string& name : setup_.options.annotations) {
         string->addFrameAnno(palette_->findAnnoKey(NSString::stringWithUTF8String(name)));
     }

@@ -31,6 +31,9 @@ std::optional<RenderSetup> prepareSetup(const DrawingOptions& options, Diagnosti
 /// A new palette object of the setup's palette.
 Ref<QzAnnoPalette> newPalette(const RenderSetup& setup);
 
+/// The looks of files with a new palette object of the setup's palette.
+CaptionLooks newLooks(const RenderSetup& setup);
+
 /// Adds all of a setup but the fonts that makes pictures different.
 void addSetup(Sha256& hash, const RenderSetup& setup);
 
@@ -64,6 +67,7 @@ private:
 
     const RenderSetup& setup_;
     const FontLibrary::Use fonts_;
+    CaptionLooks looks_;
     const Ref<QzAnnoPalette> palette_;
     PlacementAnnos placements_;
     const Ref<MissingFonts> missingFonts_ = std::make_shared<MissingFonts>();

@@ -331,6 +331,38 @@ TEST_F(RenderTest, ABrokenCueIsNamedAndTheOthersAreRendered) {
     EXPECT_EQ(lines[0]["text"], "Whole");
 }
 
+// Looks go to the threads with their titles, and whatever a look says makes another picture.
+TEST_F(RenderTest, AFilesOwnLooksAreDrawnAndMakePicturesOfTheirOwn) {
+    const std::string head =
+        "[Script Info]\nPlayResX: 320\nPlayResY: 180\n[V4+ Styles]\nFormat: Name, PrimaryColour\n"
+        "Style: Default,&HFFFFFF\n";
+    std::string lines = "[Events]\nFormat: Start, End, Style, Text\n";
+    for (const char* text : {"Sign,One", "Default,{\\p1}m 0 0", "Default,{\\c&HFF0000&}One", "Default,One", "Sign,Two"})
+        lines += "Dialogue: 0:00:01.00,0:00:02.00," + std::string(text) + "\n";
+    write("c.ass", head + "Style: Sign,&H0000FF\n" + lines);
+    const std::string command = "render c.ass -s 320x180 -o out --manifest m.jsonl ";
+    const ToolResult result = run(command + "-j 3");
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_THAT(result.err, HasSubstr("c.ass:11: drawings are left out"));
+    const auto isRed = [](Pixel p) { return p.red > 200 && p.green < 60 && p.blue < 60; };
+    const auto isBlue = [](Pixel p) { return p.blue > 200 && p.green < 60 && p.red < 60; };
+    EXPECT_GT(boxOf(*picture("out/0001.png"), isRed).width(), 20);
+    EXPECT_FALSE(exists("out/0002.png")) << "its number is kept";
+    EXPECT_GT(boxOf(*picture("out/0003.png"), isBlue).width(), 20);
+    EXPECT_EQ(boxOf(*picture("out/0004.png"), isRed), PixelBox{});
+    EXPECT_EQ(boxOf(*picture("out/0004.png"), isBlue), PixelBox{});
+    const auto before = manifest("m.jsonl");
+    ASSERT_EQ(before.size(), 4u);
+
+    write("c.ass", head + "Style: Sign,&HFF0000\n" + lines);
+    EXPECT_EQ(run(command + "--resume").exitCode, 0);
+    EXPECT_GT(boxOf(*picture("out/0001.png"), isBlue).width(), 20) << "rendered again";
+    EXPECT_EQ(manifest("m.jsonl").at(1)["key"], before.at(1)["key"]);
+    EXPECT_EQ(run(command + "--looks house").exitCode, 0);
+    EXPECT_EQ(contentOf("out/0001.png"), contentOf("out/0003.png")) << "the palette's look, and no other";
+    EXPECT_THAT(run(command + "--strict").err, HasSubstr("c.ass: asks for what is not shown, and --strict"));
+}
+
 TEST_F(RenderTest, CaptionsStandWhereTheyAsk) {
     write("c.srt", "00:00:01,000 --> 00:00:02,000\nHere\n\n00:00:03,000 --> 00:00:04,000\n{\\an7}Here\n");
     write("c.vtt",

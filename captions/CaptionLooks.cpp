@@ -1,0 +1,95 @@
+#include "captions/CaptionLooks.h"
+
+#include <algorithm>
+
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
+#include "captions/AssPalette.h"
+#include "platform/foundation/NSNumber.h"
+#include "platform/graphics/NSColor.h"
+
+namespace qz {
+namespace {
+
+/// Where text stands and what is round it, which a style within a line does not change.
+bool isOfFrame(const NSObject& name) {
+    return std::ranges::any_of(
+        std::initializer_list<Ref<NSString>>{QzHorizontalAlignmentAttribute, QzVerticalAlignmentAttribute,
+                                             QzBoundingMarginsAttribute, QzBoundingBoxAttribute,
+                                             QzTextBoundingBoxAppearanceAttribute},
+        [&name](const Ref<NSString>& each) { return each->isEqual(name); });
+}
+
+void copyLetters(const ObjectMap& from, ObjectMap& to) {
+    for (const ObjectMap::Entry& entry : from.entries()) {
+        if (!isOfFrame(*entry.key)) to.set(entry.key, entry.value);
+    }
+}
+
+}  // namespace
+
+CaptionLooks::CaptionLooks(Ref<QzAnnoPalette> palette, NSSize screen, Looks which)
+    : palette_(std::move(palette)), screen_(screen), which_(which) {
+    palette_->setUndoManager(NSUndoManager::init());
+    for (int32_t priority = 1; priority <= palette_->maxPriority(); ++priority)
+        house_.push_back(palette_->annoKeyAtPriority(priority));
+}
+
+Ref<QzAnnoKey> CaptionLooks::keyOf(const CaptionLook& look) {
+    const auto [entry, isNew] = keys_.try_emplace(look.identity());
+    if (!isNew) return entry->second;
+    const Ref<const QzAnno> made = palette_->createAnno(NSString::stringWithUTF8String(look.name));
+    if (!made) return {};
+    const Ref<QzAnnoKey> key = made->annokey();
+    const Ref<QzMutableAnno> anno = made->mutableCopy();
+    anno->setAttributes(NSDictionary::dictionaryWithMap(attributesOf(look)));
+    palette_->replaceAnno(anno);
+    if (look.style && look.style->isReset)
+        palette_->setAnnoKey(key, styles_ + ++resets_);
+    else if (look.style)
+        palette_->setAnnoKey(key, ++styles_);
+    palette_->undoManager()->removeAllActions();
+    looks_.emplace(key.get(), std::make_shared<const CaptionLook>(look));
+    return entry->second = key;
+}
+
+std::shared_ptr<const CaptionLook> CaptionLooks::lookOf(const Ref<QzAnnoKey>& key) const {
+    const auto found = looks_.find(key.get());
+    return found == looks_.end() ? nullptr : found->second;
+}
+
+ObjectMap CaptionLooks::attributesOf(const CaptionLook& look) const {
+    ObjectMap attributes = look.style ? attributesOf(*look.style) : ObjectMap();
+    const std::pair<const Ref<NSString>&, const std::optional<bool>&> traits[] = {
+        {QzBoldAttribute, look.isBold},
+        {QzItalicAttribute, look.isItalic},
+        {QzUnderlineAttribute, look.isUnderlined},
+        {QzStrikeThroughAttribute, look.isStruck}};
+    for (const auto& [name, flag] : traits) {
+        if (flag) attributes.set(name, NSNumber::numberWithInt(*flag ? 1 : 0));
+    }
+    if (look.colour) attributes.set(QzTextColorAttribute, colorOf(*look.colour));
+    if (look.box)
+        attributes.set(QzTextBoundingBoxAppearanceAttribute, QzBBoxInfo::initWithColor(colorOf(*look.box), 2));
+    if (!look.language.empty()) attributes.set(NSLanguageAttributeName, NSString::stringWithUTF8String(look.language));
+    return attributes;
+}
+
+ObjectMap CaptionLooks::attributesOf(const CaptionLook::Style& style) const {
+    const double scale = std::min(double{screen_.width}, double{screen_.height}) / style.shorterSide;
+    const ObjectMap own = style.isWhole ? attributesOfAssStyle(style.style, scale)
+                                        : differencesOfAssStyle(style.style, style.global, scale);
+    if (!style.isReset) return own;
+    ObjectMap attributes;
+    if (!style.isWhole) {
+        // What the line's style may have changed, and the global annotation does not say.
+        for (const Ref<NSString>& trait :
+             {QzBoldAttribute, QzItalicAttribute, QzUnderlineAttribute, QzStrikeThroughAttribute})
+            attributes.set(trait, NSNumber::numberWithInt(0));
+        copyLetters(palette_->lookupAnno({})->allAttributes()->map(), attributes);
+    }
+    copyLetters(own, attributes);
+    return attributes;
+}
+
+}  // namespace qz
