@@ -24,11 +24,12 @@ public:
         return static_cast<const QzAnnoKey&>(token).name();
     }
     Ref<QzToken> tokenForName(const Ref<NSString>& name) const override {
+        if (!name) return {};
         if (palette_) {
             if (!palette_->findAnnoKey(name)) addOnce(unknownNames, name->utf8());
             return palette_->tokenForName(name);
         }
-        Ref<QzAnnoKey>& key = keys_[name ? name->utf8() : std::string()];
+        Ref<QzAnnoKey>& key = keys_[name->utf8()];
         if (!key) key = QzAnnoKey::initWithName(name);
         return key;
     }
@@ -60,11 +61,14 @@ std::optional<ArchivedTitles> archivedTitles(const Ref<NSData>& archive, const R
     const Ref<QzTokeningUnarchiver> unarchiver = QzTokeningUnarchiver::initForReadingWithData(archive, {table});
     Ref<NSObject> object = unarchiver->decodeObject();
     *reason = unarchiver->error();
-    if (unarchiver->versionForClassName("QzAnnoKey") == 0) {
-        reason->clear();
-        object = QzAnnoUnarchiver::unarchiveObjectWithData(archive, palette, reason);
-    }
     ArchivedTitles titles;
+    titles.lostCount = unarchiver->droppedCount();
+    if (unarchiver->versionForClassName("QzAnnoKey") == 0) {
+        const Ref<QzAnnoUnarchiver> older = QzAnnoUnarchiver::initForReadingWithData(archive, palette);
+        object = older->decodeObject();
+        *reason = older->error();
+        titles.lostCount = older->droppedCount();
+    }
     if (reason->empty() && !collect(object, titles.strings)) {
         *reason = object ? "holds an object of class " + object->className() + ", no annotated strings"
                          : "holds no object that can be read";

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,6 +15,9 @@ struct ArchivedTitles {
     std::vector<Ref<QzAnnoString>> strings;
     /// Names of annotations that the palette lacks, each once; without a palette, none.
     std::vector<std::string> unknownNames;
+    /// How many annotations could not be read, since their key or their positions are of an unknown version or say
+    /// nothing. What stands on them is lost.
+    uint64_t lostCount = 0;
 };
 
 /// Reads an archive that holds one annotated string or an array of them, of the present or the older form. The keys are

@@ -1,5 +1,8 @@
 #include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
 
+#include <algorithm>
+
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoBits.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/NSNumber.h"
 
@@ -72,6 +75,22 @@ Ref<QzToken> QzTokeningUnarchiver::decodeTokenObject() {
     Ref<QzToken> token = table->tokenForName(name);
     NSLog("Decoded %@ for %@\n", {token, name});
     return token;
+}
+
+Ref<NSObject> QzTokeningUnarchiver::valueUnderRepeatedKey(const Ref<NSObject>& former, const Ref<NSObject>& later) {
+    const auto bits = std::dynamic_pointer_cast<QzAnnoBits>(former);
+    const auto others = std::dynamic_pointer_cast<QzAnnoBits>(later);
+    if (!bits || !others || bits == others) return later;
+    const uint32_t size = std::max(bits->size(), others->size());
+    if (!countMemory(uint64_t{size} + 1)) return {};
+    const Ref<QzAnnoBits> united = bits->copy();
+    Range run;
+    for (uint64_t i = 0; i < size; i = run.end()) {
+        if (others->getValueAtIndex(static_cast<uint32_t>(i), &run))
+            united->setRange(
+                {static_cast<uint32_t>(i), static_cast<uint32_t>(std::min<uint64_t>(run.end(), size) - i)});
+    }
+    return united;
 }
 
 }  // namespace qz

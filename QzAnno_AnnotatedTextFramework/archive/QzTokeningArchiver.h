@@ -50,6 +50,9 @@ public:
     /// 1 or there is no table for its type.
     Ref<QzToken> decodeTokenObject();
 
+    /// Of two bit sets, as of names that all become the global key, a new one with the positions of both.
+    Ref<NSObject> valueUnderRepeatedKey(const Ref<NSObject>& former, const Ref<NSObject>& later) override;
+
     std::string className() const override { return "QzTokeningUnarchiver"; }
 
 private:

@@ -130,6 +130,8 @@ std::optional<TitleFile> titlesOfArchive(const Ref<NSData>& archive, const Ref<Q
     if (!read) return {};
     TitleFile titles;
     for (const Ref<QzAnnoString>& string : read->strings) titles.titles.push_back({string, {}, {}});
+    if (read->lostCount > 0)
+        titles.warnings.push_back(std::to_string(read->lostCount) + " of its annotations cannot be read and are lost");
     for (const std::string& name : read->unknownNames) {
         titles.warnings.push_back("the palette has no annotation \"" + name +
                                   "\"; its text keeps the look of the rest");

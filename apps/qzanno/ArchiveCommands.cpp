@@ -88,7 +88,9 @@ int showArchive(const std::string& path, const std::string& paletteFile, Diagnos
     for (const std::string& name : titles->unknownNames) {
         diagnostics.warning(path, "uses " + quoted(name) + ", which " + paletteName(paletteFile) + " lacks");
     }
-    return 0;
+    if (titles->lostCount == 0) return 0;
+    diagnostics.error(path, lostAnnotations(*titles) + "; 'qzanno archive dump' shows what they are");
+    return 1;
 }
 
 int dumpArchive(const std::string& path, Diagnostics& diagnostics) {

@@ -17,4 +17,10 @@ std::optional<ArchivedTitles> readArchivedTitles(const std::string& path, const 
     return titles;
 }
 
+std::string lostAnnotations(const ArchivedTitles& titles) {
+    const bool isOne = titles.lostCount == 1;
+    return std::to_string(titles.lostCount) +
+           (isOne ? " annotation cannot be read and is lost" : " annotations cannot be read and are lost");
+}
+
 }  // namespace qz::tool

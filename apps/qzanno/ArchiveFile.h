@@ -14,4 +14,7 @@ namespace qz::tool {
 std::optional<ArchivedTitles> readArchivedTitles(const std::string& path, const Ref<QzAnnoPalette>& palette,
                                                  Diagnostics& diagnostics);
 
+/// "2 annotations cannot be read and are lost"
+std::string lostAnnotations(const ArchivedTitles& titles);
+
 }  // namespace qz::tool

@@ -43,6 +43,10 @@ bool readArchive(const std::string& path, const Ref<QzAnnoPalette>& palette, Dia
         hasLosses = true;
         diagnostics.warning(path, "there is no annotation " + tool::quoted(name) + " in the palette; it shows nothing");
     }
+    if (archived->lostCount > 0) {
+        hasLosses = true;
+        diagnostics.warning(path, lostAnnotations(*archived) + "; 'qzanno archive dump' shows what they are");
+    }
     uint32_t index = 0;
     for (const Ref<QzAnnoString>& string : archived->strings) sink({++index, {}, {}, {}, string->mutableCopy()});
     return true;

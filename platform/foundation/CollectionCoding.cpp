@@ -34,8 +34,9 @@ std::optional<uint32_t> decodeCount(NSUnarchiver& unarchiver, std::string_view t
 }
 
 // One line for a collection, however many there are.
-void logDropped(size_t dropped, size_t count, std::string_view of) {
+void tellDropped(NSUnarchiver& unarchiver, size_t dropped, size_t count, std::string_view of) {
     if (dropped == 0) return;
+    unarchiver.countDropped(dropped);
     NSLog("%@ of %@ %@ decode as no object and are dropped\n", {std::to_string(dropped), std::to_string(count), of});
 }
 
@@ -57,7 +58,7 @@ Ref<NSObject> decodeArray(NSUnarchiver& unarchiver) {
         if (element) elements.push_back(std::move(element));
     }
     if (unarchiver.hasFailed()) return {};
-    logDropped(*count - elements.size(), *count, "elements of an array");
+    tellDropped(unarchiver, *count - elements.size(), *count, "elements of an array");
     return NSArray::arrayWithObjects(std::move(elements));
 }
 
@@ -94,9 +95,11 @@ Ref<NSObject> decodeDictionary(NSUnarchiver& unarchiver) {
             ++dropped;
             continue;
         }
-        entries.set(key, value);
+        const Ref<NSObject> former = entries.find(*key);
+        entries.set(key, former ? unarchiver.valueUnderRepeatedKey(former, value) : value);
+        if (unarchiver.hasFailed()) return {};
     }
-    logDropped(dropped, *count, "entries of a dictionary");
+    tellDropped(unarchiver, dropped, *count, "entries of a dictionary");
     return NSDictionary::dictionaryWithMap(std::move(entries));
 }
 
@@ -128,7 +131,7 @@ Ref<NSObject> decodeSet(NSUnarchiver& unarchiver) {
             members.set(member, nullptr);
     }
     if (unarchiver.hasFailed()) return {};
-    logDropped(dropped, *count, "members of a set");
+    tellDropped(unarchiver, dropped, *count, "members of a set");
     return NSSet::setWithMap(std::move(members));
 }
 

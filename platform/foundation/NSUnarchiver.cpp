@@ -97,6 +97,10 @@ bool NSUnarchiver::countMemory(uint64_t bytes) {
     return state_->reader.countMemory(bytes);
 }
 
+Ref<NSObject> NSUnarchiver::valueUnderRepeatedKey(const Ref<NSObject>& /*former*/, const Ref<NSObject>& later) {
+    return later;
+}
+
 bool NSUnarchiver::countKey(size_t entries) {
     state_->checkGraph(state_->graph.countKey(entries));
     return !hasFailed();

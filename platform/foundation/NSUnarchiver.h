@@ -96,6 +96,14 @@ public:
     /// Counts what it may cost to file the object read last as a dictionary's key or a set's member, `entries` being
     /// filed already. False (a failure) past the limit.
     bool countKey(size_t entries);
+    /// Counts what a collection leaves out since it decodes as no object.
+    void countDropped(uint64_t count) { dropped_ += count; }
+    /// What a dictionary files under a key that it has already: the later value, unless a reader of keys that it
+    /// changes knows better.
+    virtual Ref<NSObject> valueUnderRepeatedKey(const Ref<NSObject>& former, const Ref<NSObject>& later);
+
+    /// How many entries, elements and members the collections that were read have lost that way.
+    uint64_t droppedCount() const { return dropped_; }
 
     std::string className() const override { return "NSUnarchiver"; }
 
@@ -119,6 +127,7 @@ private:
 
     struct State;
     const std::unique_ptr<State> state_;
+    uint64_t dropped_ = 0;
 };
 
 }  // namespace qz

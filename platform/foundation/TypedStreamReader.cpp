@@ -39,6 +39,8 @@ void TypedStreamReader::readHeader() {
     const std::string_view signature = readRaw(readByte());
     if (signature != kLittleEndianSignature && signature != kBigEndianSignature) {
         error_.clear();
+        if (bytes_.starts_with("bplist"))
+            return failAt(0, "this is a binary property list, no typed stream; property lists are read in XML");
         return failAt(0,
                       "this is no typed stream; such a file begins with 4, 11 and \"streamtyped\" or \"typedstream\"");
     }

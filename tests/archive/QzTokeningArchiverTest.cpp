@@ -51,6 +51,19 @@ TEST(QzTokeningArchiver, KeysBecomeThoseOfTheReadersPalette) {
     EXPECT_TRUE(partly->annotation(global, 0, &run));
     EXPECT_EQ(run, (Range{0, 3}));
     EXPECT_TRUE(partly->annotation(keyIn(*lacking, "Red"), 6));
+
+    // Of several such names, what any of them marked is kept.
+    const Ref<QzMutableAnnoString> apart = QzMutableAnnoString::initWithString("One two"_ns);
+    apart->addAnno(keyIn(*writers, "Bold"), {0, 2});
+    apart->addAnno(keyIn(*writers, "Red"), {5, 2});
+    const Ref<QzAnnoPalette> none = paletteOf({});
+    const Ref<QzAnnoString> united =
+        readString(QzTokeningArchiver::archivedDataWithRootObject(apart, {writers}), {none});
+    ASSERT_TRUE(united);
+    std::string marked;
+    for (uint32_t i = 0; i < united->length(); ++i)
+        marked += united->annotation(none->annoKeyAtPriority(0), i) ? 'x' : '-';
+    EXPECT_EQ(marked, "xx---xx");
 }
 
 TEST(QzTokeningArchiver, SharedKeysStandOnceAndKeepTheNameTheyWereWrittenWith) {

@@ -84,6 +84,10 @@ TEST_F(ArchiveCommandTest, RefusalsSayWhatTheFileIsAndDestroyNothing) {
     EXPECT_EQ(run("palette convert p.plist p.annopalette").exitCode, 0);
     write("t.txt", "one title");
     write("damaged.annostring", contentOf("c.annostring").substr(0, 100));
+    write("b.plist", "bplist00...");
+    std::string lost = contentOf("c.annostring");
+    lost.replace(lost.rfind("QzAnnoKey"), 9, "QzOtherKy");
+    write("lost.annostring", lost);
     struct Case {
         const char* arguments;
         const char* error;
@@ -92,6 +96,8 @@ TEST_F(ArchiveCommandTest, RefusalsSayWhatTheFileIsAndDestroyNothing) {
          {Case{"archive show p.annopalette", "class QzAnnoPalette, no annotated strings"},
           {"archive show c.vtt", "this is no typed stream"},
           {"archive show missing", "cannot be opened"},
+          {"archive show b.plist", "is a binary property list"},
+          {"archive show lost.annostring", "1 annotation cannot be read and is lost"},
           {"render damaged.annostring -o x", "damaged.annostring: byte "},
           {"palette show c.annostring", "holds titles, no palette"},
           {"palette convert c.annostring p.plist", "holds titles, no palette"},
