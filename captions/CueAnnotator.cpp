@@ -69,38 +69,39 @@ Ref<QzMutableAnnoString> CueAnnotator::annotated(const CueText& cue) {
     };
     std::array<std::vector<Outer>, kGroups> outers;
     for (const CueSpan& span : cue.spans) {
-        const Ref<QzAnnoKey> key = keyOf(span);
-        if (!key || span.range.length == 0) continue;
+        const auto& keys = keysOf(span);
+        if (keys.empty() || span.range.length == 0) continue;
         if (const auto group = groupOf(span)) {
             std::vector<Outer>& outer = outers[*group];
             while (!outer.empty() && outer.back().end <= span.range.location) outer.pop_back();
             if (!outer.empty()) text->removeAnno(outer.back().key, span.range);
-            outer.push_back({key, span.range.end()});
+            outer.push_back({keys.back(), span.range.end()});
             if (*group == kBehind && span.range.length < text->length())
                 problems_.addOnce(CaptionProblem::notShown, span.line,
                                   "the background " + quotedExcerpt(span.name) +
                                       " is not shown; a box lies behind a whole caption alone",
                                   "background");
         }
-        text->addAnno(key, span.range);
+        for (const Ref<QzAnnoKey>& key : keys) text->addAnno(key, span.range);
     }
     return text;
 }
 
-Ref<QzAnnoKey> CueAnnotator::keyOf(const CueSpan& span) {
+const std::vector<Ref<QzAnnoKey>>& CueAnnotator::keysOf(const CueSpan& span) {
     const auto [place, isNew] = known_.try_emplace({span.kind, span.name});
-    if (!isNew) return place->second;
+    std::vector<Ref<QzAnnoKey>>& keys = place->second;
+    if (!isNew) return keys;
     const Looks which = names_.looks ? names_.looks->which() : Looks::house;
     Ref<QzAnnoKey> key = which == Looks::file ? fileKeyOf(span) : nullptr;
     if (!key) key = paletteKeyOf(span);
     // A language is a fact and no look.
     if (!key && (which == Looks::both || span.kind == CueSpan::language)) key = fileKeyOf(span);
-    if (!key) {
-        report(span);
-        if (names_.others) key = names_.others->keyNamed(nameOf(span));
-    }
-    if (key && !key->isDefault()) place->second = std::move(key);
-    return place->second;
+    if (!key) report(span);
+    if (key && !key->isDefault()) keys.push_back(key);
+    const bool standsForSpeaker =
+        key && span.kind == CueSpan::voice && !span.name.empty() && key->name()->utf8() != span.name;
+    if (names_.others && (!key || standsForSpeaker)) keys.push_back(names_.others->keyNamed(nameOf(span)));
+    return keys;
 }
 
 Ref<QzAnnoKey> CueAnnotator::paletteKeyOf(const CueSpan& span) const {

@@ -4,6 +4,7 @@
 #include <map>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
 #include "captions/CaptionProblem.h"
@@ -36,8 +37,11 @@ public:
     /// The annotation that a span stands for, the global one included; none when the palette lacks it.
     static Ref<QzAnnoKey> find(const CueSpan& span, const QzAnnoPalette& palette);
 
+    /// What a span lays on its text: mostly one key, with `others` for a voice up to two, of which the last one has the
+    /// speaker's name.
+    const std::vector<Ref<QzAnnoKey>>& keysOf(const CueSpan& span);
+
 private:
-    Ref<QzAnnoKey> keyOf(const CueSpan& span);
     Ref<QzAnnoKey> paletteKeyOf(const CueSpan& span) const;
     Ref<QzAnnoKey> fileKeyOf(const CueSpan& span) const;
     void report(const CueSpan& span);
@@ -45,8 +49,8 @@ private:
     const CueNames names_;
     CaptionProblems& problems_;
     const LookOfClass lookOfClass_;
-    // None for what adds nothing.
-    std::map<std::pair<CueSpan::Kind, std::string>, Ref<QzAnnoKey>> known_;
+    // Empty for what adds nothing.
+    std::map<std::pair<CueSpan::Kind, std::string>, std::vector<Ref<QzAnnoKey>>> known_;
 };
 
 }  // namespace qz

@@ -17,7 +17,7 @@ struct CueNames {
 
     const QzAnnoPalette& palette;
     /// Gives the keys of the names that the palette lacks, so that an editor keeps them with the text; without it they
-    /// add nothing.
+    /// add nothing. A speaker's name is kept that way also where the palette's "v" stands for the voice.
     LooseKeys* others;
     /// Receives the looks that the file defines; without it those of the palette are all that there are.
     CaptionLooks* looks = nullptr;

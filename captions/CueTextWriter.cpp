@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <utility>
 
 #include "captions/CueAnnotator.h"
 #include "captions/CueText.h"
-#include "platform/foundation/DiagnosticText.h"
+#include "captions/KeyExchange.h"
 #include "platform/foundation/Limits.h"
 
 namespace qz {
@@ -61,7 +62,10 @@ struct Tag {
     }
     // A blank keeps a name that ends in "--" from making an arrow.
     std::string start() const { return "<" + inside() + (name.ends_with("--") ? " >" : ">"); }
-    std::string end() const { return std::string("</") + inside().front() + ">"; }
+    std::string end() const {
+        const std::string words = inside();
+        return "</" + words.substr(0, words.find_first_of(". ")) + ">";
+    }
     CueSpan span() const { return {kind, name, {}, 0}; }
     friend bool operator==(const Tag&, const Tag&) = default;
 };
@@ -69,6 +73,12 @@ struct Tag {
 bool isClass(std::string_view name) {
     constexpr std::string_view kEnds(".> \t\f\n\r\0", 8);
     return !name.empty() && name.find_first_of(kEnds) == std::string_view::npos;
+}
+
+// Classes hold no blanks.
+std::string joined(std::string name) {
+    std::ranges::replace(name, ' ', '_');
+    return name;
 }
 
 // Runs of blanks in a voice are read as one, and those at its ends not at all.
@@ -80,33 +90,35 @@ bool isVoice(std::string_view name) {
 
 class Writer {
 public:
-    Writer(const QzAnnoString& text, const QzAnnoPalette& palette) : text_(text), palette_(palette) {}
-
-    // The key is written with the tag wherever it holds, unless another tag is already.
-    void adopt(const CueSpan& span) {
-        const Ref<QzAnnoKey> key = CueAnnotator::find(span, palette_);
-        if (key && span.kind == CueSpan::voice) tags_.try_emplace(key, Tag{span.kind, span.name});
+    Writer(const QzAnnoString& text, const CueText& former, const QzAnnoPalette& palette)
+        : palette_(palette), annotator_({palette, &others_}, problems_), former_(former) {
+        text_ = withKeys(text, [&](const Ref<QzAnnoKey>& key) -> Ref<QzAnnoKey> {
+            if (isOfPalette(key)) return key;
+            return key->isDefault() ? nullptr : others_.keyNamed(formerSpelling(text, key->name()->utf8()));
+        });
     }
 
-    bool write(std::string& reason) {
-        for (const QzAnnoString::Run& run : text_.runs()) {
-            if (!moveTo(run, reason)) return false;
+    bool isSaidByFormer() { return annotator_.annotated(former_)->isEqualToAnnoString(*text_); }
+
+    WrittenCueText write() {
+        for (const CueSpan& span : former_.spans) {
+            if (span.kind == CueSpan::voice) adopt(span);
+        }
+        for (const QzAnnoString::Run& run : text_->runs()) {
+            moveTo(run);
             writeText(run.range);
         }
         closeDownTo(0);
-        if (text_.length() > 0) fillEmptyLine();
-        return true;
+        if (text_->length() > 0) {
+            fillEmptyLine();
+            written_.lostTags.assign(former_.dropped.begin(), former_.dropped.end());
+            for (const CueSpan& span : former_.spans) {
+                if (span.range.length > 0 && annotator_.keysOf(span).empty())
+                    written_.lostTags.push_back(Tag{span.kind, span.name}.inside());
+            }
+        }
+        return std::move(written_);
     }
-
-    bool isWritten(const CueSpan& span) const {
-        const Ref<QzAnnoKey> key = CueAnnotator::find(span, palette_);
-        if (!key) return false;
-        const auto tag = tags_.find(key);
-        // Voices have a meaning beyond that of their annotation.
-        return span.kind != CueSpan::voice || tag == tags_.end() || tag->second == Tag{span.kind, span.name};
-    }
-
-    std::string take() { return std::move(payload_); }
 
 private:
     struct Open {
@@ -115,85 +127,152 @@ private:
         uint32_t end;
     };
 
-    bool moveTo(const QzAnnoString::Run& run, std::string& reason) {
+    bool isOfPalette(const Ref<QzAnnoKey>& key) const { return palette_.contains(key); }
+
+    // A name that a former palette had for a class with "_" in the place of its blanks is written as it was.
+    std::string formerSpelling(const QzAnnoString& text, const std::string& name) const {
+        const std::string spelling = joined(name);
+        const auto isFormer = [&](const CueSpan& span) {
+            return span.kind == CueSpan::styleClass && span.name == spelling;
+        };
+        const auto isOther = [&](const ObjectMap::Entry& entry) {
+            return static_cast<const QzAnnoKey&>(*entry.key).name()->utf8() == spelling;
+        };
+        return std::ranges::any_of(former_.spans, isFormer) &&
+                       std::ranges::none_of(text.annotations()->map().entries(), isOther)
+                   ? spelling
+                   : name;
+    }
+
+    // The speaker's key is written as a voice, unless another voice has it.
+    void adopt(const CueSpan& voice) {
+        const auto& keys = annotator_.keysOf(voice);
+        if (!keys.empty() && adds(voice, keys.back())) tags_.try_emplace(keys.back(), Tag{voice.kind, voice.name});
+    }
+
+    void moveTo(const QzAnnoString::Run& run) {
         const uint32_t here = run.range.location;
         const auto ended = std::ranges::find_if(open_, [here](const Open& each) { return each.end <= here; });
         // Tags nest, so those that were opened later end too, and begin anew where they go on.
         closeDownTo(static_cast<size_t>(ended - open_.begin()));
+        std::set<Ref<QzAnnoKey>> implied;
+        for (const Ref<QzAnnoKey>& key : run.keys->objects<QzAnnoKey>()) {
+            const Tag* tag = tagOf(key);
+            if (!tag) continue;
+            for (const Ref<QzAnnoKey>& each : annotator_.keysOf(tag->span())) {
+                if (each != key) implied.insert(each);
+            }
+        }
         std::vector<Open> begun;
         for (const Ref<QzAnnoKey>& key : run.keys->objects<QzAnnoKey>()) {
-            if (key->isDefault() || std::ranges::find(open_, key, &Open::key) != open_.end()) continue;
-            const Tag* tag = tagOf(key, reason);
+            if (implied.contains(key) || std::ranges::find(open_, key, &Open::key) != open_.end()) continue;
             Range range;
-            if (!tag || !text_.annotation(key, here, &range)) return false;
-            begun.push_back({key, tag, static_cast<uint32_t>(range.end())});
+            const Tag* tag = tagOf(key);
+            if (tag && text_->annotation(key, here, &range))
+                begun.push_back({key, tag, static_cast<uint32_t>(range.end())});
         }
         std::ranges::stable_sort(begun, std::ranges::greater(), &Open::end);
         for (Open& each : begun) {
-            payload_ += each.tag->start();
+            written_.payload += each.tag->start();
             open_.push_back(std::move(each));
         }
-        return true;
     }
 
     void closeDownTo(size_t count) {
         while (open_.size() > count) {
-            payload_ += open_.back().tag->end();
+            written_.payload += open_.back().tag->end();
             open_.pop_back();
         }
     }
 
     void writeText(Range range) {
-        const std::u16string_view characters = text_.string()->characters();
+        std::string& payload = written_.payload;
+        const std::u16string_view characters = text_->string()->characters();
         std::string rest = escaped(utf8FromUtf16(characters.substr(range.location, range.length)));
         for (size_t begin = 0;;) {
             const size_t lineEnd = rest.find('\n', begin);
-            payload_.append(rest, begin, lineEnd - begin);
+            payload.append(rest, begin, lineEnd - begin);
             if (lineEnd == std::string::npos) return;
             fillEmptyLine();
-            payload_ += '\n';
+            payload += '\n';
             begin = lineEnd + 1;
         }
     }
 
     void fillEmptyLine() {
-        if (payload_.empty() || payload_.back() == '\n') payload_ += kEmptyLine;
+        std::string& payload = written_.payload;
+        if (payload.empty() || payload.back() == '\n') payload += kEmptyLine;
     }
 
-    const Tag* tagOf(const Ref<QzAnnoKey>& key, std::string& reason) {
-        const auto known = tags_.find(key);
-        if (known != tags_.end()) return &known->second;
-        const std::string name = key->name()->utf8();
-        std::string joined = name;
-        std::ranges::replace(joined, ' ', '_');
+    // Null, once reported, for an annotation that no tag can name.
+    const Tag* tagOf(const Ref<QzAnnoKey>& key) {
+        const auto [known, isNew] = tags_.try_emplace(key);
+        std::optional<Tag>& tag = known->second;
+        if (isNew) {
+            const std::string name = key->name()->utf8();
+            const std::vector<Tag> forms = formsOf(name);
+            auto form = std::ranges::find_if(forms, [&](const Tag& each) { return adds(each.span(), key); });
+            if (form == forms.end()) {
+                form = std::ranges::find_if(forms, [&](const Tag& each) { return addsNamed(each.span(), *key); });
+                (form == forms.end() ? written_.unnamed : written_.mistaken).push_back(name);
+            }
+            if (form != forms.end()) tag = *form;
+        }
+        return tag ? &*tag : nullptr;
+    }
+
+    // What may name the annotation, the best first.
+    std::vector<Tag> formsOf(const std::string& name) const {
         std::vector<Tag> forms;
         if (name == "b") forms.push_back({CueSpan::bold, {}});
         if (name == "i") forms.push_back({CueSpan::italic, {}});
         if (name == "u") forms.push_back({CueSpan::underline, {}});
-        for (const std::string& each : {name, joined}) {
+        for (const std::string& each : {name, joined(name)}) {
             if (isClass(each)) forms.push_back({CueSpan::styleClass, each});
         }
+        constexpr std::string_view kLanguage = "lang ";
+        if (name.starts_with(kLanguage)) {
+            const std::string language = name.substr(kLanguage.size());
+            if (language.empty() || isVoice(language)) forms.push_back({CueSpan::language, language});
+        }
         if (isVoice(name)) forms.push_back({CueSpan::voice, name});
-        const auto form = std::ranges::find_if(forms, [&](const Tag& tag) { return means(tag, key); });
-        if (form != forms.end()) return &tags_.emplace(key, *form).first->second;
-        reason = "the annotation " + quotedExcerpt(name) +
-                 " cannot be named in captions; give it a name of its own, without line ends, tabs and double blanks";
-        return nullptr;
+        return forms;
     }
 
-    bool means(const Tag& tag, const Ref<QzAnnoKey>& key) const {
-        const Ref<QzAnnoKey> found = CueAnnotator::find(tag.span(), palette_);
-        // A palette that has lost the annotation may have another one of the name by now.
-        if (!palette_.contains(key)) return !found || found->name()->isEqualToString(*key->name());
-        return found == key;
+    // Whether the span, laid wherever the key holds, changes nothing but the key.
+    bool adds(const CueSpan& span, const Ref<QzAnnoKey>& key) {
+        const auto& keys = annotator_.keysOf(span);
+        if (std::ranges::find(keys, key) == keys.end()) return isSpelling(span, key);
+        return std::ranges::all_of(text_->runs(), [&](const auto& run) {
+            return !run.keys->containsObject(*key) ||
+                   std::ranges::all_of(keys, [&](const auto& each) { return run.keys->containsObject(*each); });
+        });
     }
 
-    const QzAnnoString& text_;
+    // Blanks in a name that the palette lacks may come back as "_", unless that is another name of the text.
+    bool isSpelling(const CueSpan& span, const Ref<QzAnnoKey>& key) {
+        const Ref<QzAnnoKey> spelled = others_.keyNamed(span.name);
+        return span.kind == CueSpan::styleClass && !isOfPalette(key) && !text_->bitsFor(spelled) &&
+               key->name()->utf8().find('_') == std::string::npos && annotator_.keysOf(span) == std::vector{spelled};
+    }
+
+    bool addsNamed(const CueSpan& span, const QzAnnoKey& key) {
+        const auto& keys = annotator_.keysOf(span);
+        return keys.size() == 1 && keys[0]->name()->isEqualToString(*key.name());
+    }
+
     const QzAnnoPalette& palette_;
-    std::map<Ref<QzAnnoKey>, Tag> tags_;
+    LooseKeys others_;
+    CaptionProblems problems_;
+    CueAnnotator annotator_;
+    const CueText& former_;
+    // With one key for each name that the palette lacks.
+    Ref<QzAnnoString> text_;
+    // Null for what no tag can name.
+    std::map<Ref<QzAnnoKey>, std::optional<Tag>> tags_;
     // Innermost last.
     std::vector<Open> open_;
-    std::string payload_;
+    WrittenCueText written_;
 };
 
 }  // namespace
@@ -201,14 +280,9 @@ private:
 std::optional<WrittenCueText> writeCueText(const QzAnnoString& text, const QzAnnoPalette& palette,
                                            std::string_view former, std::string& reason) {
     const CueText formerText = parseCueText(former, 1);
-    CaptionProblems known;
-    if (CueAnnotator(palette, known).annotated(formerText)->isEqualToAnnoString(text)) {
-        return WrittenCueText{std::string(former), {}};
-    }
-    Writer writer(text, palette);
-    for (const CueSpan& span : formerText.spans) writer.adopt(span);
-    if (!writer.write(reason)) return {};
-    WrittenCueText written{writer.take(), {formerText.dropped.begin(), formerText.dropped.end()}};
+    Writer writer(text, formerText, palette);
+    if (writer.isSaidByFormer()) return WrittenCueText{std::string(former), {}, {}, {}};
+    WrittenCueText written = writer.write();
     if (written.payload.size() > Limits::kTitleUnitsMax) {
         reason = "with its markup the title has " + std::to_string(written.payload.size()) + " characters; " +
                  std::to_string(Limits::kTitleUnitsMax) + " are the most";
@@ -217,9 +291,6 @@ std::optional<WrittenCueText> writeCueText(const QzAnnoString& text, const QzAnn
     if (parseCueText(written.payload, 1).text != text.string()->characters()) {
         reason = "captions cannot hold the character U+0000 or half of one that takes two units; delete it";
         return {};
-    }
-    for (const CueSpan& span : formerText.spans) {
-        if (!writer.isWritten(span)) written.lost.push_back(Tag{span.kind, span.name}.inside());
     }
     return written;
 }

@@ -30,6 +30,20 @@ const char* problemOf(const CaptionCue& cue) {
     return nullptr;
 }
 
+void addLosses(const WrittenCueText& text, const std::string& place, std::vector<std::string>& losses) {
+    if (!text.lostTags.empty()) {
+        std::string tags;
+        for (const std::string& tag : text.lostTags) tags += (tags.empty() ? "<" : ", <") + oneLine(tag) + ">";
+        losses.push_back(place + tags + (text.lostTags.size() == 1 ? " is gone" : " are gone"));
+    }
+    for (const std::string& name : text.unnamed)
+        losses.push_back(place + "the annotation " + quotedExcerpt(name) +
+                         " is left out, as captions cannot hold its name; rename it");
+    for (const std::string& name : text.mistaken)
+        losses.push_back(place + "the annotation " + quotedExcerpt(name) +
+                         " becomes another one of that name; rename one of them");
+}
+
 std::string number(double value) {
     char digits[400];
     const auto [end, error] = std::to_chars(digits, std::end(digits), value, std::chars_format::fixed);
@@ -58,11 +72,7 @@ std::optional<WrittenCaptions> writeWebVTT(const CaptionFile& captions, const Qz
             reason = place + reason;
             return {};
         }
-        if (!text->lost.empty()) {
-            std::string tags;
-            for (const std::string& tag : text->lost) tags += (tags.empty() ? "<" : ", <") + oneLine(tag) + ">";
-            written.losses.push_back(place + tags + (text->lost.size() == 1 ? " is gone" : " are gone"));
-        }
+        addLosses(*text, place, written.losses);
         if (!cue.preamble.empty()) written.file += "\n\n" + cue.preamble;
         written.file += "\n\n";
         if (!cue.identifier.empty()) written.file += cue.identifier + "\n";

@@ -12,13 +12,15 @@ namespace qz {
 struct WrittenCaptions {
     /// In UTF-8, with line feeds.
     std::string file;
-    /// What of the cues' former markup is gone, one line for each cue: "title 5: <lang he> is gone".
+    /// What the file will not hold of the cues' annotations and former markup, one line each, in the order of the cues:
+    /// "title 5: <lang he> is gone".
     std::vector<std::string> losses;
 };
 
-/// Writes captions as a WebVTT file that is read back as the same cues: texts, annotations, times to the millisecond,
-/// identifiers and settings; and with them header, preambles and trailer to the letter (see CueTextWriter.h). `line`
-/// and `placement` of the cues are not looked at; a `header` that does not begin as WebVTT does is left out.
+/// Writes captions as a WebVTT file that is read back as the same cues but for the losses: texts, annotations, times to
+/// the millisecond, identifiers and settings; and with them header, preambles and trailer to the letter (see
+/// CueTextWriter.h). `line` and `placement` of the cues are not looked at; a `header` that does not begin as WebVTT
+/// does is left out.
 ///
 /// None, with one line in `reason` that names the cue, counted from 1, when a cue has no such form.
 std::optional<WrittenCaptions> writeWebVTT(const CaptionFile& captions, const QzAnnoPalette& palette,

@@ -9,21 +9,12 @@
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
 #include "QzAnno_AnnotatedTextFramework/ui/QzAnnoEditor.h"
 #include "apps/qzanno-composer/TitleTimes.h"
+#include "captions/KeyExchange.h"
 #include "platform/text/AttributeNames.h"
 #include "platform/text/NSParagraphStyle.h"
 
 namespace qz::composer {
 namespace {
-
-/// The string with another key in the place of each of its keys; keys that become none are left out.
-Ref<QzAnnoString> withKeys(const QzAnnoString& string,
-                           const std::function<Ref<QzAnnoKey>(const Ref<QzAnnoKey>&)>& keyFor) {
-    const auto moved = QzMutableAnnoString::initWithString(string.string());
-    for (const QzAnnoString::Run& run : string.runs()) {
-        for (const auto& key : run.keys->objects<QzAnnoKey>()) moved->addAnno(keyFor(key), run.range);
-    }
-    return moved->copy();
-}
 
 CueSource sourceOf(const Title& title) {
     return title.source ? *title.source : CueSource();

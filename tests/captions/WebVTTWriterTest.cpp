@@ -5,8 +5,10 @@
 #include <gtest/gtest.h>
 
 #include "captions/CueSettings.h"
+#include "captions/KeyExchange.h"
 #include "captions/WebVTT.h"
 #include "captions/WebVTTWriter.h"
+#include "platform/foundation/DiagnosticText.h"
 #include "platform/foundation/Files.h"
 #include "platform/foundation/NSLog.h"
 
@@ -54,7 +56,7 @@ protected:
         return palette;
     }
     CaptionFile read(std::string_view file) {
-        auto captions = readWebVTT(*NSData::dataWithBytes(file), *palette_);
+        auto captions = readWebVTT(*NSData::dataWithBytes(file), {*palette_, &others_});
         EXPECT_TRUE(captions) << file;
         return captions.value_or(CaptionFile());
     }
@@ -78,6 +80,7 @@ protected:
     }
 
     Ref<QzAnnoPalette> palette_;
+    LooseKeys others_;
     std::vector<std::string> losses_;
 };
 
@@ -140,10 +143,13 @@ TEST_F(WebVTTWriter, saysWhatAnEditedTitleLoses) {
     } cases[] = {
         {"<v Mary>Hi</v>", "!<v Mary>Hi</v>", {}},
         {"<v Tom>Hi</v>", "!<v Tom>Hi</v>", {}},
-        {"<v Tom>Hi</v> <v Bob>Ho</v>", "!<v Tom>Hi</v> <v Tom>Ho</v>", {"title 1: <v Bob> is gone"}},
+        {"<v Tom>Hi</v> <v Bob>Ho</v>", "!<v Tom>Hi</v> <v Bob>Ho</v>", {}},
+        {"<v>Hi</v>", "!<v >Hi</v>", {}},
+        {"<c.No_one>Hi</c>", "!<c.No_one>Hi</c>", {}},
         {"<lang he>x</lang><00:01.500><c.Nobody.One>y</c>",
-         "!x<c.One>y</c>",
-         {"title 1: <00:01.500>, <lang he>, <c.Nobody> are gone"}},
+         "!<lang he>x</lang><c.Nobody><c.One>y</c></c>",
+         {"title 1: <00:01.500> is gone"}},
+        {"<c.GLOBALS>x</c>", "!x", {"title 1: <c.GLOBALS> is gone"}},
     };
     for (const auto& c : cases) {
         CaptionFile captions = cueOf(c.payload);
@@ -156,73 +162,78 @@ TEST_F(WebVTTWriter, saysWhatAnEditedTitleLoses) {
 TEST_F(WebVTTWriter, refusesWhatHasNoForm) {
     const struct {
         std::u16string text;
-        std::string name;
         double start, end;
         const char* reason;
     } cases[] = {
-        {u"a", "tab\tbed", 0, 1, "title 1: the annotation \"tab bed\" cannot be named in captions; "},
-        {u"a", "two  blanks.", 0, 1, "cannot be named"},
-        {std::u16string(1, u'\0'), "One", 0, 1, "U+0000"},
-        {u"\xD83D", "One", 0, 1, "half of one"},
-        {u"a", "One", 2, 1, "times"},
-        {u"a", "One", -1, 1, "times"},
-        {u"a", "One", std::numeric_limits<double>::quiet_NaN(), 1, "times"},
+        {std::u16string(1, u'\0'), 0, 1, "U+0000"},
+        {u"\xD83D", 0, 1, "half of one"},
+        {u"a", 2, 1, "times"},
+        {u"a", -1, 1, "times"},
+        {u"a", std::numeric_limits<double>::quiet_NaN(), 1, "times"},
     };
     for (const auto& c : cases) {
-        const Ref<QzAnnoPalette> palette = paletteOf({c.name});
         const auto text = QzMutableAnnoString::initWithString(NSString::stringWithCharacters(c.text));
-        text->addFrameAnno(palette->annoKeyAtPriority(1));
         CaptionFile captions;
         captions.cues.push_back({c.start, c.end, {}, {}, {}, text, {}, {}, 0});
         std::string reason;
-        EXPECT_FALSE(writeWebVTT(captions, *palette, reason)) << c.reason;
+        EXPECT_FALSE(writeWebVTT(captions, *palette_, reason)) << c.reason;
         EXPECT_THAT(reason, HasSubstr(c.reason));
     }
 }
 
 TEST_F(WebVTTWriter, keepsNamesThatThePaletteLacks) {
     palette_->removeAnno(palette_->findAnnoKey("Lower Third"_ns));
-    LooseKeys others;
-    const char* file =
-        "WEBVTT\n\n00:00:01.000 --> 00:00:02.000\n<c.Lower_Third>a</c><c.One>b<c.Nobody>c</c></c><u>d</u>\n";
-    const auto captions = readWebVTT(*NSData::dataWithBytes(std::string_view(file)), {*palette_, &others});
-    ASSERT_TRUE(captions);
-    EXPECT_EQ(shown(*captions->cues[0].text), "a[Lower_Third,]b[One,]c[Nobody,One,]d[u,]");
-    EXPECT_EQ(captions->problems.size(), 3u);
-    EXPECT_EQ(captions->cues[0].text->annotation(others.keyNamed("Nobody"), 2), true) << "one key for a name";
-    EXPECT_EQ(write(withoutPayloads(*captions)), file);
+    const CaptionFile captions = cueOf("<c.Lower_Third>a</c><c.One>b<c.Nobody>c</c></c><u>d</u>");
+    EXPECT_EQ(shown(*captions.cues[0].text), "a[Lower_Third,]b[One,]c[Nobody,One,]d[u,]");
+    EXPECT_EQ(captions.problems.size(), 3u);
+    EXPECT_TRUE(captions.cues[0].text->annotation(others_.keyNamed("Nobody"), 2)) << "one key for a name";
 }
 
-TEST_F(WebVTTWriter, readsBackRandomTitles) {
-    const std::vector<std::string> names = {"One", "a b", "a_b",  "a_b c", "b", "i",    "u",   "v",     "c",   "Mary",
-                                            "x--", "é.",  "<&>;", "R&D",   "/", "ruby", "-->", "&amp;", "日本"};
-    palette_ = paletteOf(names);
+/// Titles that the palette knows in part, written, read, edited and written again: what comes back is what was there
+/// but for the losses that were told.
+TEST_F(WebVTTWriter, losesOfRandomTitlesWhatItTells) {
+    const std::vector<std::string> names = {"One", "a b",  "a_b",  "a_b c", "b",    "i",    "u",
+                                            "v",   "c",    "Mary", "x--",   "é.",   "<&>;", "R&D",
+                                            "/",   "ruby", "-->",  "&amp;", "日本", "t\tb", "lang he"};
     const std::u16string_view pieces[] = {u"a",  u"b",    u"\n",         u"\n\n", u"<",    u">",
                                           u"&",  u"-->",  u"&lt;",       u"</c>", u" ",    u"\t",
                                           u"\r", u"שלום", u"\U0001F600", u";",    u"NOTE", u"WEBVTT"};
-    for (uint32_t seed = 1; seed <= 400; ++seed) {
+    size_t told = 0;
+    for (uint32_t seed = 1; seed <= 600; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937 random(seed);
-        const auto below = [&](uint32_t count) { return static_cast<uint32_t>(random() % count); };
+        const auto below = [&](size_t count) { return static_cast<uint32_t>(random() % count); };
+        std::vector<std::string> known;
+        for (const std::string& name : names) {
+            if (below(3) > 0) known.push_back(name);
+        }
+        palette_ = paletteOf(known);
+        others_ = {};
+        const auto annotate = [&](QzMutableAnnoString& text) {
+            for (uint32_t i = below(6); i > 0 && text.length() > 0; --i) {
+                Range range = {below(text.length()), 0};
+                range.length = below(text.length() - range.location + 1);
+                // Annotations begin and end between characters.
+                for (const uint64_t end : {uint64_t{range.location}, uint64_t{range.end()}}) {
+                    const std::u16string_view characters = text.string()->characters();
+                    if (end < characters.size() && (characters[end] & 0xFC00) == 0xDC00) range = {0, text.length()};
+                }
+                const std::string& name = names[below(names.size())];
+                const auto key = palette_->findAnnoKey(NSString::stringWithUTF8String(name));
+                if (range.length > 0) text.toggleAnno(key ? key : others_.keyNamed(name), range);
+            }
+        };
         CaptionFile captions;
         captions.header = "WEBVTT";
         for (uint32_t cue = below(4); cue > 0; --cue) {
             std::u16string characters;
             for (uint32_t i = below(12); i > 0; --i) characters += pieces[below(std::size(pieces))];
             const auto text = QzMutableAnnoString::initWithString(NSString::stringWithCharacters(characters));
-            for (uint32_t i = below(6); i > 0 && text->length() > 0; --i) {
-                Range range = {below(text->length()), 0};
-                range.length = below(text->length() - range.location + 1);
-                // Annotations begin and end between characters.
-                for (const uint32_t end : {range.location, static_cast<uint32_t>(range.end())}) {
-                    if (end < text->length() && (characters[end] & 0xFC00) == 0xDC00) range = {0, text->length()};
-                }
-                if (range.length > 0)
-                    text->addAnno(palette_->annoKeyAtPriority(1 + static_cast<int32_t>(below(19))), range);
-            }
+            annotate(*text);
             const double start = below(100000000) / 1000.0;
+            const double end = start + below(5000) / 1000.0;
             captions.cues.push_back({start,
-                                     start + below(5000) / 1000.0,
+                                     end,
                                      below(2) ? "" : "id " + std::to_string(cue),
                                      below(2) ? "" : "line:0",
                                      {},
@@ -231,8 +242,37 @@ TEST_F(WebVTTWriter, readsBackRandomTitles) {
                                      {},
                                      0});
         }
-        EXPECT_EQ(shown(read(write(captions))), shown(captions));
+        const auto keptOf = [&](CaptionFile file, const std::vector<std::string>& losses) {
+            for (size_t i = 0; i < file.cues.size(); ++i) {
+                const std::string place = "title " + std::to_string(i + 1) + ": the annotation ";
+                file.cues[i].text =
+                    withKeys(*file.cues[i].text, [&](const Ref<QzAnnoKey>& key) -> Ref<QzAnnoKey> {
+                        std::string name = key->name()->utf8();
+                        const std::string loss = place + quotedExcerpt(name) + " is left out";
+                        if (std::ranges::any_of(losses, [&](const auto& each) { return each.starts_with(loss); }))
+                            return {};
+                        if (palette_->contains(key)) return key;
+                        // The blanks of a name that the palette lacks may come back as "_" where nothing else is named
+                        // so.
+                        std::string joined = name;
+                        std::ranges::replace(joined, ' ', '_');
+                        const bool isFree =
+                            joined == name || shown(*file.cues[i].text).find(joined + ",") == std::string::npos;
+                        return others_.keyNamed(isFree ? joined : name);
+                    })->mutableCopy();
+            }
+            return shown(file);
+        };
+        for (int pass = 0; pass < 2; ++pass) {
+            const std::string file = write(captions);
+            CaptionFile back = read(file);
+            ASSERT_EQ(keptOf(back, {}), keptOf(captions, losses_)) << file;
+            told += losses_.size();
+            captions = std::move(back);
+            for (CaptionCue& cue : captions.cues) annotate(*cue.text);
+        }
     }
+    EXPECT_GT(told, 50u);
 }
 
 TEST_F(WebVTTWriter, readsBackWhateverDamagedFilesHold) {
