@@ -1,10 +1,10 @@
 #include "captions/ArchivedTitles.h"
 
 #include <algorithm>
-#include <map>
 
 #include "QzAnno_AnnotatedTextFramework/archive/QzAnnoArchiver.h"
 #include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
+#include "captions/KeyExchange.h"
 #include "platform/foundation/NSArray.h"
 
 namespace qz {
@@ -14,10 +14,10 @@ void addOnce(std::vector<std::string>& names, const std::string& name) {
     if (std::ranges::find(names, name) == names.end()) names.push_back(name);
 }
 
-/// The palette's keys, noting the names that it lacks; without a palette, keys made as their names come.
+/// The palette's keys, noting the names that it lacks; of other names, and without a palette, the keys of `others`.
 class NotingTable final : public QzTokenTable {
 public:
-    explicit NotingTable(const Ref<QzAnnoPalette>& palette) : palette_(palette) {}
+    NotingTable(const Ref<QzAnnoPalette>& palette, LooseKeys* others) : palette_(palette), others_(others) {}
 
     Ref<NSString> tokenType() const override { return AnnoKeyTokenType; }
     Ref<NSString> nameForToken(const QzToken& token) const override {
@@ -25,20 +25,17 @@ public:
     }
     Ref<QzToken> tokenForName(const Ref<NSString>& name) const override {
         if (!name) return {};
-        if (palette_) {
-            if (!palette_->findAnnoKey(name)) addOnce(unknownNames, name->utf8());
-            return palette_->tokenForName(name);
-        }
-        Ref<QzAnnoKey>& key = keys_[name->utf8()];
-        if (!key) key = QzAnnoKey::initWithName(name);
-        return key;
+        const Ref<QzAnnoKey> known = palette_ ? palette_->findAnnoKey(name) : nullptr;
+        if (known) return known;
+        if (palette_) addOnce(unknownNames, name->utf8());
+        return others_ ? others_->keyNamed(name->utf8()) : palette_->tokenForName(name);
     }
 
     mutable std::vector<std::string> unknownNames;
 
 private:
     const Ref<QzAnnoPalette> palette_;
-    mutable std::map<std::string, Ref<QzAnnoKey>> keys_;
+    LooseKeys* const others_;
 };
 
 /// Whether the object is an annotated string or an array of nothing else.
@@ -56,8 +53,9 @@ bool collect(const Ref<NSObject>& object, std::vector<Ref<QzAnnoString>>& string
 }  // namespace
 
 std::optional<ArchivedTitles> archivedTitles(const Ref<NSData>& archive, const Ref<QzAnnoPalette>& palette,
-                                             std::string* reason) {
-    const auto table = std::make_shared<NotingTable>(palette);
+                                             std::string* reason, LooseKeys* others) {
+    LooseKeys own;
+    const auto table = std::make_shared<NotingTable>(palette, palette ? others : &own);
     const Ref<QzTokeningUnarchiver> unarchiver = QzTokeningUnarchiver::initForReadingWithData(archive, {table});
     Ref<NSObject> object = unarchiver->decodeObject();
     *reason = unarchiver->error();
@@ -77,10 +75,16 @@ std::optional<ArchivedTitles> archivedTitles(const Ref<NSData>& archive, const R
     titles.unknownNames = table->unknownNames;
     if (!palette) return titles;
     // The older form leaves keys that the palette lacks without one.
-    for (const Ref<QzAnnoString>& string : titles.strings) {
+    for (Ref<QzAnnoString>& string : titles.strings) {
+        bool hasUnbound = false;
         for (const auto& key : string->allKeys()->objects<QzAnnoKey>()) {
             if (!key->valid()) addOnce(titles.unknownNames, key->name()->utf8());
+            hasUnbound |= !key->valid();
         }
+        if (!hasUnbound || !others) continue;
+        string = withKeys(*string, [&](const Ref<QzAnnoKey>& key) {
+            return key->valid() ? key : others->keyNamed(key->name()->utf8());
+        });
     }
     return titles;
 }

@@ -7,6 +7,7 @@
 
 #include "QzAnno_AnnotatedTextFramework/model/QzAnnoString.h"
 #include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "captions/LooseKeys.h"
 
 namespace qz {
 
@@ -21,9 +22,10 @@ struct ArchivedTitles {
 };
 
 /// Reads an archive that holds one annotated string or an array of them, of the present or the older form. The keys are
-/// those of the palette; without a palette each name gets a key of its own. None, with the reason in `reason`, when the
+/// those of the palette, and for names that it lacks those that `others` gives, or, without it, the global one; without
+/// a palette each name gets a key of its own. None, with the reason in `reason`, when the
 /// archive cannot be read or holds anything else.
 std::optional<ArchivedTitles> archivedTitles(const Ref<NSData>& archive, const Ref<QzAnnoPalette>& palette,
-                                             std::string* reason);
+                                             std::string* reason, LooseKeys* others = nullptr);
 
 }  // namespace qz

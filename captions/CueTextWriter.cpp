@@ -135,11 +135,9 @@ private:
         const auto isFormer = [&](const CueSpan& span) {
             return span.kind == CueSpan::styleClass && span.name == spelling;
         };
-        const auto isOther = [&](const ObjectMap::Entry& entry) {
-            return static_cast<const QzAnnoKey&>(*entry.key).name()->utf8() == spelling;
-        };
+        const auto isOther = [&](const Ref<QzAnnoKey>& key) { return key->name()->utf8() == spelling; };
         return std::ranges::any_of(former_.spans, isFormer) &&
-                       std::ranges::none_of(text.annotations()->map().entries(), isOther)
+                       std::ranges::none_of(text.allKeys()->objects<QzAnnoKey>(), isOther)
                    ? spelling
                    : name;
     }

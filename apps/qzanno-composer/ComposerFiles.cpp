@@ -43,10 +43,10 @@ bool ComposerWindow::report(const std::string& message) {
 }
 
 void ComposerWindow::setFiles(const std::string& titles, const std::string& palette) {
-    for (const auto& [path, file] : {std::pair(&titles, &titlesFile_), std::pair(&palette, &paletteFile_)}) {
-        if (path->empty()) continue;
-        *file = *path;
-        RecentFiles::note(*path);
+    if (!titles.empty()) document_->setTitlesFile(titles);
+    if (!palette.empty()) document_->setPaletteFile(palette);
+    for (const std::string& path : {titles, palette}) {
+        if (!path.empty()) RecentFiles::note(path);
     }
     describe();
 }
@@ -70,14 +70,16 @@ bool ComposerWindow::chooseToSave(const char* title, const QString& filter,
 }
 
 bool ComposerWindow::saveTitlesWhereTheyAre() {
-    const bool hasForm = titlesFile_.ends_with(".vtt") || titlesFile_.ends_with(".annostring");
-    return hasForm ? saveTitles(titlesFile_) : chooseTitlesFile();
+    const std::string& file = document_->titlesFile();
+    const bool hasForm = file.ends_with(".vtt") || file.ends_with(".annostring");
+    return hasForm ? saveTitles(file) : chooseTitlesFile();
 }
 
 bool ComposerWindow::chooseTitlesFile() {
-    const QFileInfo file(titlesFile_.empty() ? QString("titles") : QString::fromStdString(titlesFile_));
+    const std::string& former = document_->titlesFile();
+    const QFileInfo file(former.empty() ? QString("titles") : QString::fromStdString(former));
     const QString captions = "Captions (*.vtt)", archive = "Archived titles (*.annostring)";
-    const bool hasTimes = document_->titles().front().start.has_value() && !titlesFile_.ends_with(".annostring");
+    const bool hasTimes = document_->titles().front().start.has_value() && !former.ends_with(".annostring");
     const QString proposed = QDir(file.path()).filePath(file.completeBaseName() + (hasTimes ? ".vtt" : ".annostring"));
     return chooseToSave("Save Titles", hasTimes ? captions + ";;" + archive : archive + ";;" + captions,
                         &ComposerWindow::saveTitles, proposed.toStdString());
@@ -104,9 +106,15 @@ bool ComposerWindow::mayLose(const std::vector<std::string>& losses) {
     return box.clickedButton() == save;
 }
 
+bool ComposerWindow::savePaletteWhereItIs() {
+    const std::string& file = document_->paletteFile();
+    return file.empty() ? choosePaletteFile() : savePalette(file);
+}
+
 bool ComposerWindow::choosePaletteFile() {
+    const std::string& former = document_->paletteFile();
     return chooseToSave("Save Palette", "Palettes (*.plist *.annopalette)", &ComposerWindow::savePalette,
-                        paletteFile_.empty() ? "palette.plist" : paletteFile_);
+                        former.empty() ? "palette.plist" : former);
 }
 
 bool ComposerWindow::open(const std::string& path) {
@@ -138,7 +146,7 @@ bool ComposerWindow::openPalette(const std::string& path) {
     std::string error;
     const Ref<QzAnnoPalette> palette = readPaletteFile(path, error);
     if (!palette) return report(error);
-    document_->replacePalette(palette);
+    document_->replacePalette(palette, path);
     setFiles({}, path);
     return true;
 }
@@ -157,7 +165,7 @@ bool ComposerWindow::saveTitles(const std::string& path) {
     std::string error;
     const auto written = titlesAsFile(path, document_->file(), document_->palette(), error);
     if (!written) return report(error);
-    if (path != titlesFile_) acceptedLosses_.clear();
+    if (path != document_->titlesFile()) acceptedLosses_.clear();
     if (!mayLose(written->losses)) return false;
     std::string reason;
     if (!writeFileAtomically(path, written->file->bytes(), &reason)) return report(path + ": " + reason);
@@ -196,7 +204,7 @@ bool ComposerWindow::mayLeave(bool titles, bool palette) {
     };
     const std::tuple<bool, const char*, bool (ComposerWindow::*)()> parts[] = {
         {titles && document_->titlesAreEdited(), "The titles have", &ComposerWindow::saveTitlesWhereTheyAre},
-        {palette && document_->paletteIsEdited(), "The palette has", &ComposerWindow::choosePaletteFile}};
+        {palette && document_->paletteIsEdited(), "The palette has", &ComposerWindow::savePaletteWhereItIs}};
     for (const auto& [isEdited, what, save] : parts) {
         if (!isEdited) continue;
         const int answer = ask(what);
@@ -232,8 +240,6 @@ void ComposerWindow::offerRecovery() {
         report(error);
         return;
     }
-    titlesFile_.clear();
-    paletteFile_.clear();
     acceptedLosses_.clear();
     describe();
     if (document_->titles().size() > 1) list_->setVisible(true);

@@ -69,7 +69,8 @@ void ComposerWindow::addFileMenu() {
     file->addSeparator();
     file->addAction("&Save Titles", QKeySequence::Save, this, &ComposerWindow::saveTitlesWhereTheyAre);
     file->addAction("Save &Titles As…", this, &ComposerWindow::chooseTitlesFile);
-    file->addAction("Save P&alette…", QKeySequence("Ctrl+Shift+S"), this, &ComposerWindow::choosePaletteFile);
+    file->addAction("Save P&alette", QKeySequence("Ctrl+Shift+S"), this, &ComposerWindow::savePaletteWhereItIs);
+    file->addAction("Save Palette As…", this, &ComposerWindow::choosePaletteFile);
     file->addAction("Save P&icture…", QKeySequence("Ctrl+E"), this, [this] {
         chooseToSave("Save Picture", "PNG pictures (*.png);;Premultiplied RGBA (*.rgba)", &ComposerWindow::savePicture,
                      "title.png");
@@ -177,8 +178,9 @@ void ComposerWindow::describe() {
     next_->setEnabled(current + 1 < count);
     list_->list(document_->titles(), current);
     const auto nameOf = [](const std::string& path) { return QFileInfo(QString::fromStdString(path)).fileName(); };
-    const QString name = titlesFile_.empty() ? QString("Untitled") : nameOf(titlesFile_);
-    const QString palette = paletteFile_.empty() ? QString() : " – " + nameOf(paletteFile_);
+    const auto& [titlesFile, paletteFile] = std::tie(document_->titlesFile(), document_->paletteFile());
+    const QString name = titlesFile.empty() ? QString("Untitled") : nameOf(titlesFile);
+    const QString palette = paletteFile.empty() ? QString() : " – " + nameOf(paletteFile);
     setWindowTitle(name + "[*]" + palette + " – QzAnno Composer");
     setWindowModified(document_->titlesAreEdited() || document_->paletteIsEdited());
 }

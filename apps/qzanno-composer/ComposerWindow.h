@@ -24,7 +24,7 @@ public:
     void setFrame(const Ref<NSBitmapImageRep>& frame) { text_->setBackdrop(frame); }
     void showSafeAreas() { safeAreas_->setChecked(true); }
     QWidget* textWidget() const { return text_->widget(); }
-    /// The files that the document came from; an empty path leaves things as they are.
+    /// Shows the files that the document came from or went to; an empty path leaves things as they are.
     void setFiles(const std::string& titles, const std::string& palette);
 
     // Commands; each tells the user in a panel what went wrong. What opens something asks first about unsaved changes
@@ -65,6 +65,7 @@ private:
                       const std::string& proposed);
     bool saveTitlesWhereTheyAre();
     bool chooseTitlesFile();
+    bool savePaletteWhereItIs();
     bool choosePaletteFile();
     bool mayLose(const std::vector<std::string>& losses);
     void takeTime(size_t title, bool isEnd, const QString& text);
@@ -74,8 +75,6 @@ private:
 
     const Ref<TitleDocument> document_;
     Ref<NSTextViewWidget> text_;
-    std::string titlesFile_;
-    std::string paletteFile_;
     // What the user has agreed to lose in the titles' file, which is not asked again.
     std::vector<std::string> acceptedLosses_;
     QAction* previous_ = nullptr;

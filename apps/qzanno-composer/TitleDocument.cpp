@@ -48,9 +48,10 @@ TitleDocument::TitleDocument(const Ref<QzAnnoPalette>& palette, NSSize screenSiz
         this, [this](const NSNotification&) { textDidChange(); }, NSTextDidChangeNotification, view_.get());
     notifications.addObserver(
         this, [this](const NSNotification&) { paletteDidChange(); }, {}, palette_.get());
-    notifications.addObserver(
-        this, [this](const NSNotification&) { paletteDidChange(); }, NSUndoManagerDidUndoChangeNotification,
-        undo_.get());
+    for (const auto& undone : {NSUndoManagerDidUndoChangeNotification, NSUndoManagerDidRedoChangeNotification}) {
+        notifications.addObserver(
+            this, [this](const NSNotification&) { undoDidChange(); }, undone, undo_.get());
+    }
     markTitlesSaved();
     markPaletteSaved();
 }
@@ -74,6 +75,9 @@ void TitleDocument::setTitles(TitleFile file) {
     file.warnings.clear();
     file_ = std::move(file);
     current_ = 0;
+    savedTitles_.clear();
+    looseKeys_ = {};
+    keysByName(*palette_, *palette_, looseKeys_, {&file_.titles}).takeOver(file_.titles);
     view_->forgetUndo();
     undo_->removeAllActionsWithTarget(*this);
     markTitlesSaved();
@@ -191,9 +195,56 @@ void TitleDocument::format() {
 }
 
 void TitleDocument::paletteDidChange() {
+    // While a group is undone, names are on their way.
+    if (!undo_->isUndoing() && !undo_->isRedoing()) reviveNames(true);
+    showPalette();
+}
+
+void TitleDocument::showPalette() {
     const Ref<NSData> list = palette_->pListData();
     paletteIsEdited_ = !list || !savedPalette_ || !list->isEqual(*savedPalette_);
     format();
+}
+
+/// What brings the palette back records nothing, so neither does what follows from it.
+void TitleDocument::undoDidChange() {
+    reviveNames(false);
+    showPalette();
+}
+
+/// Gives titles the palette's keys of names that it lacked until now.
+void TitleDocument::reviveNames(bool isUndoable) {
+    KeyMap keys = keysByName(*palette_, *palette_, looseKeys_, {&file_.titles, &savedTitles_});
+    if (keys.isEmpty()) return;
+    if (isUndoable) {
+        KeyNames names;
+        const KeyMap back = keys.inverted();
+        for (const auto& [key, former] : back.keys()) names[key] = key->name()->utf8();
+        undo_->prepareWithInvocationTarget(*this).invoke([this, titles = file_.titles, back, names] {
+            exchangeKeys(back, names);
+            file_.titles = titles;
+        });
+    }
+    exchangeKeys(std::move(keys));
+}
+
+/// What was saved is known by the keys that titles have now. `namesThen` are the names of keys that have others by now.
+void TitleDocument::exchangeKeys(KeyMap keys, const KeyNames& namesThen) {
+    keys.takeOver(file_.titles);
+    keys.takeOver(savedTitles_);
+    KeyNames names;
+    for (const auto& [key, saved] : savedNames_) {
+        const auto then = namesThen.find(key);
+        const bool isSaved = saved == (then == namesThen.end() ? key->name()->utf8() : then->second);
+        const Ref<QzAnnoKey> becomes = keys(key);
+        names[becomes] = isSaved ? becomes->name()->utf8() : saved;
+    }
+    savedNames_ = std::move(names);
+    if (const auto list = view_->typingAttributes()->objectForKey<NSSet>(*QzAnnoAttributeName)) {
+        ObjectMap attributes = view_->typingAttributes()->map();
+        attributes.set(QzAnnoAttributeName, keys.takenOver(list));
+        view_->setTypingAttributes(NSDictionary::dictionaryWithMap(std::move(attributes)));
+    }
 }
 
 void TitleDocument::textDidChange() {
@@ -224,19 +275,34 @@ void TitleDocument::toggleFrameAnno(const Ref<QzAnnoKey>& key) {
     if (!key || title()->length() == 0) return;
     const auto toggled = title()->mutableCopy();
     toggled->toggleFrameAnno(key);
-    restore(current_, toggled->copy());
+    // A key that holds nowhere any more would make a difference to the saved title.
+    restore(current_, withKeys(*toggled, [](const Ref<QzAnnoKey>& each) { return each; }));
 }
 
-void TitleDocument::replacePalette(const Ref<QzAnnoPalette>& palette) {
-    const bool wasEdited = titlesAreEdited();
-    // Titles go over to the annotations of the same names before the former keys are let go of.
-    for (Title& each : file_.titles) {
-        each.text = withKeys(*each.text, [&](const Ref<QzAnnoKey>& key) { return palette->findAnnoKey(key->name()); });
-    }
-    if (!wasEdited) markTitlesSaved();
-    undo_->removeAllActions();
+void TitleDocument::replacePalette(const Ref<QzAnnoPalette>& palette, const std::string& file) {
+    finishComposing();
+    undo_->endEvent();
+    exchangePalette(palette, file, palette->pListData());
+    undo_->endEvent();
+}
+
+void TitleDocument::exchangePalette(const Ref<QzAnnoPalette>& palette, const std::string& file,
+                                    const Ref<NSData>& saved) {
+    const auto former = QzAnnoPalette::init();
+    // With the palette as target, as its own steps have, which hold for the contents of their time: they come and go
+    // with this one.
+    undo_->prepareWithInvocationTarget(*palette_).invoke([document = WeakRef<TitleDocument>(refTo(*this)), former,
+                                                          formerFile = paletteFile_, formerSaved = savedPalette_] {
+        if (const auto self = document.lock()) self->exchangePalette(former, formerFile, formerSaved);
+    });
+    undo_->setActionName("Open Palette");
+    view_->breakUndoCoalescing();
+    // Titles go over to the annotations of the same names before the former ones leave the palette.
+    exchangeKeys(keysByName(*palette_, *palette, looseKeys_, {&file_.titles, &savedTitles_}));
+    former->retainContentsOfAnnoPalette(palette_);
+    paletteFile_ = file;
+    savedPalette_ = saved;
     palette_->retainContentsOfAnnoPalette(palette);
-    markPaletteSaved();
 }
 
 size_t TitleDocument::replaceEverywhere(const Ref<QzAnnoKey>& key, const Ref<QzAnnoKey>& byKey) {
@@ -255,16 +321,32 @@ size_t TitleDocument::replaceEverywhere(const Ref<QzAnnoKey>& key, const Ref<QzA
     return count;
 }
 
+bool TitleDocument::isEdited(size_t title) const {
+    const Title& one = file_.titles[title];
+    const Title& saved = savedTitles_[title];
+    return one.start != saved.start || one.end != saved.end || one.source != saved.source ||
+           (one.text != saved.text && !one.text->isEqualToAnnoString(*saved.text));
+}
+
 bool TitleDocument::titlesAreEdited() const {
-    const auto isSame = [](const Title& one, const Title& other) {
-        return one.start == other.start && one.end == other.end && one.source == other.source &&
-               (one.text == other.text || one.text->isEqualToAnnoString(*other.text));
-    };
-    return !std::ranges::equal(file_.titles, savedTitles_, isSame);
+    const size_t count = file_.titles.size();
+    if (count != savedTitles_.size()) return true;
+    const auto isRenamed = [](const auto& saved) { return saved.first->name()->utf8() != saved.second; };
+    if (std::ranges::any_of(savedNames_, isRenamed)) return true;
+    if (lastEdited_ < count && isEdited(lastEdited_)) return true;
+    for (lastEdited_ = 0; lastEdited_ < count; ++lastEdited_) {
+        if (isEdited(lastEdited_)) return true;
+    }
+    return false;
 }
 
 void TitleDocument::markTitlesSaved() {
     savedTitles_ = file_.titles;
+    savedNames_.clear();
+    for (const Title& title : file_.titles) {
+        for (const Ref<QzAnnoKey>& key : title.text->allKeys()->objects<QzAnnoKey>())
+            savedNames_.emplace(key, key->name()->utf8());
+    }
     if (changeHook_) changeHook_();
 }
 

@@ -4,6 +4,7 @@
 
 #include "QzAnno_AnnotatedTextFramework/format/QzAnnoStringFormatter.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzScreenTextContainer.h"
+#include "apps/qzanno-composer/KeysByName.h"
 #include "apps/qzanno-composer/TitleFile.h"
 #include "platform/graphics/NSBitmapImageRep.h"
 #include "platform/text/NSTextView.h"
@@ -17,6 +18,9 @@ namespace qz::composer {
 /// and formatted anew, so the view always shows the title as it will be rendered. One undo manager serves text,
 /// annotations, palette and the list of titles, and brings back the title that a step concerns. Answers
 /// "requestScreenSize:" and "toggleFrameAnno:".
+///
+/// A title keeps the names that it came with, whatever palette is loaded: a name that the palette lacks lies on the
+/// text as a loose key, until a palette has it or the palette gets an annotation of that name.
 class TitleDocument final : public NSResponder {
 public:
     static Ref<TitleDocument> documentWithPalette(const Ref<QzAnnoPalette>& palette, NSSize screenSize);
@@ -50,13 +54,23 @@ public:
     /// Where the insertion point of an empty title stands, in screen points: where its first character would.
     NSRect insertionPointOfEmptyTitle() const;
 
-    /// Moves the contents of another palette into this document's, whose keys of the same names take over the titles.
-    void replacePalette(const Ref<QzAnnoPalette>& palette);
+    /// Moves the contents of another palette into this document's, whose keys of the same names take over the titles,
+    /// in one step that can be undone. Titles that were saved count as saved. `file` is where the palette came from.
+    void replacePalette(const Ref<QzAnnoPalette>& palette, const std::string& file = {});
     void toggleFrameAnno(const Ref<QzAnnoKey>& key);
     /// Puts one annotation in the place of another in all titles, in one step. Returns how many titles have changed.
     size_t replaceEverywhere(const Ref<QzAnnoKey>& key, const Ref<QzAnnoKey>& byKey);
 
-    /// Whether titles, or the palette, differ from what was last opened or saved.
+    /// The files that titles and palette came from or went to last; empty before they have one.
+    ///@{
+    const std::string& titlesFile() const { return titlesFile_; }
+    const std::string& paletteFile() const { return paletteFile_; }
+    void setTitlesFile(const std::string& file) { titlesFile_ = file; }
+    void setPaletteFile(const std::string& file) { paletteFile_ = file; }
+    ///@}
+
+    /// Whether titles, or the palette, differ from what was last opened or saved. Titles differ too when an annotation
+    /// of theirs has got another name.
     bool titlesAreEdited() const;
     bool paletteIsEdited() const { return paletteIsEdited_; }
     void markTitlesSaved();
@@ -77,7 +91,14 @@ private:
     void recordFormer(const Ref<QzAnnoString>& text);
     void exchangeTitles(TitleFile file, size_t current, const std::string& actionName);
     void finishComposing();
+    void exchangePalette(const Ref<QzAnnoPalette>& palette, const std::string& file, const Ref<NSData>& saved);
+    using KeyNames = std::map<Ref<QzAnnoKey>, std::string>;
+    void exchangeKeys(KeyMap keys, const KeyNames& namesThen = {});
+    void reviveNames(bool isUndoable);
     void paletteDidChange();
+    void undoDidChange();
+    void showPalette();
+    bool isEdited(size_t title) const;
 
     const Ref<QzAnnoPalette> palette_;
     const Ref<NSUndoManager> undo_ = NSUndoManager::init();
@@ -87,7 +108,15 @@ private:
     // Without warnings.
     TitleFile file_;
     size_t current_ = 0;
+    // Of names that the palette lacks.
+    LooseKeys looseKeys_;
+    std::string titlesFile_;
+    std::string paletteFile_;
     std::vector<Title> savedTitles_;
+    // Of their annotations, by their keys: a key that gets another name stays what it is.
+    KeyNames savedNames_;
+    // Where titles differed from the saved ones when that was last asked: whoever types asks at every key.
+    mutable size_t lastEdited_ = 0;
     // As a property list; none when the palette has no such form.
     Ref<NSData> savedPalette_;
     bool paletteIsEdited_ = false;

@@ -1,6 +1,7 @@
 #include "apps/qzanno-composer/TitleFile.h"
 
 #include <algorithm>
+#include <set>
 
 #include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
 #include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
@@ -11,6 +12,7 @@
 #include "captions/SubRip.h"
 #include "captions/WebVTT.h"
 #include "captions/WebVTTWriter.h"
+#include "platform/foundation/DiagnosticText.h"
 #include "platform/foundation/Files.h"
 #include "platform/foundation/NSArray.h"
 
@@ -28,8 +30,20 @@ Title titleOf(const CaptionCue& cue, bool isSubRip) {
     return {cue.text, cue.start, cue.end, std::make_shared<const CueSource>(source)};
 }
 
+/// Names that stand for another annotation in an archive than on the titles, each once.
+std::set<std::string> mistakenNames(const TitleFile& titles, const QzAnnoPalette& palette) {
+    std::set<std::string> names;
+    for (const Title& title : titles.titles) {
+        for (const Ref<QzAnnoKey>& key : title.text->allKeys()->objects<QzAnnoKey>()) {
+            const Ref<QzAnnoKey> read = palette.findAnnoKey(key->name());
+            if (read && read != key) names.insert(key->name()->utf8());
+        }
+    }
+    return names;
+}
+
 /// What an archive does not keep.
-std::vector<std::string> lossesInArchive(const TitleFile& titles) {
+std::vector<std::string> lossesInArchive(const TitleFile& titles, const QzAnnoPalette& palette) {
     bool hasTimes = false, hasSettings = false, hasMarkup = false;
     bool hasComments = titles.header.size() > std::string_view("WEBVTT").size() || !titles.trailer.empty();
     for (const Title& title : titles.titles) {
@@ -47,6 +61,9 @@ std::vector<std::string> lossesInArchive(const TitleFile& titles) {
     if (hasSettings) losses.emplace_back("An archive does not keep the identifiers and places of captions.");
     if (hasMarkup) losses.emplace_back("An archive does not keep languages, voices and other markup of captions.");
     if (hasComments) losses.emplace_back("An archive does not keep what a caption file says besides its titles.");
+    for (const std::string& name : mistakenNames(titles, palette))
+        losses.push_back("The annotation " + quotedExcerpt(name) +
+                         " becomes another one of that name; rename one of them.");
     return losses;
 }
 
@@ -100,12 +117,14 @@ std::optional<TitleFile> readTitleFile(const std::string& path, const Ref<QzAnno
         return titles;
     }
     CaptionProblem problem;
+    LooseKeys others;
+    const CueNames names(*palette, &others);
     TitleFile titles;
     if (isText) {
         const auto text = readPlainText(*file, &problem);
         if (text) titles.titles.push_back({*text, {}, {}});
     } else if (const auto captions =
-                   isSubRip ? readSubRip(*file, *palette, &problem) : readWebVTT(*file, *palette, &problem)) {
+                   isSubRip ? readSubRip(*file, names, &problem) : readWebVTT(*file, names, &problem)) {
         for (const CaptionCue& cue : captions->cues) titles.titles.push_back(titleOf(cue, isSubRip));
         titles.header = captions->header;
         titles.trailer = captions->trailer;
@@ -126,7 +145,8 @@ Ref<NSData> archiveOfTitles(const std::vector<Title>& titles, const Ref<QzAnnoPa
 
 std::optional<TitleFile> titlesOfArchive(const Ref<NSData>& archive, const Ref<QzAnnoPalette>& palette,
                                          std::string& reason) {
-    const auto read = archivedTitles(archive, palette, &reason);
+    LooseKeys others;
+    const auto read = archivedTitles(archive, palette, &reason, &others);
     if (!read) return {};
     TitleFile titles;
     for (const Ref<QzAnnoString>& string : read->strings) titles.titles.push_back({string, {}, {}});
@@ -134,7 +154,7 @@ std::optional<TitleFile> titlesOfArchive(const Ref<NSData>& archive, const Ref<Q
         titles.warnings.push_back(std::to_string(read->lostCount) + " of its annotations cannot be read and are lost");
     for (const std::string& name : read->unknownNames) {
         titles.warnings.push_back("the palette has no annotation \"" + name +
-                                  "\"; its text keeps the look of the rest");
+                                  "\"; its text keeps the name and the look of the rest");
     }
     if (!titles.titles.empty()) return titles;
     reason = "holds no annotated string";
@@ -149,7 +169,7 @@ std::optional<WrittenTitles> titlesAsFile(const std::string& path, const TitleFi
         written = titlesAsCaptions(titles, *palette, reason);
     } else if (path.ends_with(".annostring")) {
         if (const auto archive = archiveOfTitles(titles.titles, palette, reason))
-            written = WrittenTitles{archive, lossesInArchive(titles)};
+            written = WrittenTitles{archive, lossesInArchive(titles, *palette)};
     }
     if (!written) error = path + ": " + reason;
     return written;

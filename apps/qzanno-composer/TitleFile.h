@@ -37,7 +37,8 @@ struct TitleFile {
 };
 
 /// The titles of a WebVTT (.vtt) or SubRip (.srt) file, a text file (.txt) or an archive of annotated strings
-/// (.annostring). None, with one line that names the file in `error`, when it cannot be read.
+/// (.annostring). Names that the palette lacks have keys of no palette, one each. None, with one line that names the
+/// file in `error`, when it cannot be read.
 std::optional<TitleFile> readTitleFile(const std::string& path, const Ref<QzAnnoPalette>& palette, std::string& error);
 
 struct WrittenTitles {
@@ -54,7 +55,7 @@ std::optional<WrittenTitles> titlesAsFile(const std::string& path, const TitleFi
 /// The titles as an archive: one annotated string, or an array of them; none, with the reason in `reason`, when they
 /// have no such form.
 Ref<NSData> archiveOfTitles(const std::vector<Title>& titles, const Ref<QzAnnoPalette>& palette, std::string& reason);
-/// The way back. Warnings name annotations that the palette lacks.
+/// The way back, with keys as for `readTitleFile`. Warnings name annotations that the palette lacks.
 std::optional<TitleFile> titlesOfArchive(const Ref<NSData>& archive, const Ref<QzAnnoPalette>& palette,
                                          std::string& reason);
 

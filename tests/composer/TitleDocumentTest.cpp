@@ -1,5 +1,9 @@
 #include <QImage>
+#include <random>
 
+#include <gmock/gmock.h>
+
+#include "QzAnno_AnnotatedTextFramework/ui/KeyRenaming.h"
 #include "apps/qzanno-composer/ComposerWindow.h"
 #include "apps/qzanno-composer/TitleDocument.h"
 #include "tests/ui/Desk.h"
@@ -105,16 +109,167 @@ TEST_F(Document, answersForScreenAndFrame) {
     EXPECT_EQ(coverage(), "RRRRRRR");
 }
 
-TEST_F(Document, movesToAnotherPaletteByName) {
+/// The annotations of the titles by name, with a "?" for those that the palette lacks, whose blanks may be "_".
+std::string looks(const TitleDocument& document) {
+    std::string result;
+    for (const Title& title : document.titles()) {
+        for (const QzAnnoString::Run& run : title.text->runs()) {
+            std::set<std::string> names;
+            for (const auto& key : run.keys->objects<QzAnnoKey>()) {
+                std::string name = key->name()->utf8();
+                if (!document.palette()->contains(key)) {
+                    std::ranges::replace(name, ' ', '_');
+                    name += "?";
+                }
+                names.insert(name);
+            }
+            result += std::to_string(run.range.location) + ":";
+            for (const std::string& name : names) result += name + ",";
+        }
+        result += "\n";
+    }
+    return result;
+}
+
+TEST_F(Document, keepsItsNamesUnderAWrongPaletteAndHasThemBackUnderTheRightOne) {
+    const auto file = [&] {
+        TitleFile titles = document->file();
+        titles.titles[0].start = titles.titles[0].end = 1;
+        std::string error;
+        const auto written = titlesAsFile("t.vtt", titles, palette, error);
+        return written && written->losses.empty() ? std::string(written->file->view()) : error;
+    };
+    const auto right = palette->pListData();
     view->setSelectedRange({0, 3});
     toggle(big);
-    const auto other = test::paletteWithGlobals({});
-    const auto otherBig = test::addAnnotation(*other, "Big", {{QzFontSizeAttribute, number(30)}});
-    document->replacePalette(other);
-    EXPECT_TRUE(document->title()->annotation(otherBig, 0));
-    EXPECT_EQ(palette->findAnnoKey("Big"_ns), otherBig);
-    EXPECT_EQ(sizeAt(0), 30);
-    EXPECT_FALSE(palette->findAnnoKey("Red"_ns));
+    document->markTitlesSaved();
+    document->markPaletteSaved();
+    const std::string before = looks(*document), captions = file();
+    EXPECT_THAT(captions, testing::HasSubstr("<c.Big>one</c> two"));
+
+    const auto wrong = test::paletteWithGlobals({});
+    document->replacePalette(wrong, "wrong.plist");
+    EXPECT_EQ(looks(*document), "0:Big?,3:\n");
+    EXPECT_EQ(sizeAt(0), NSFont::systemFontSize());
+    EXPECT_FALSE(document->titlesAreEdited() || document->paletteIsEdited());
+    EXPECT_EQ(file(), captions);
+    QTest::keyClicks(window.textWidget(), "w");
+    document->undoManager()->undo();
+    EXPECT_EQ(looks(*document), "0:Big?,3:\n") << "what is typed and undone leaves the name alone";
+
+    document->replacePalette(QzAnnoPalette::paletteFromPListData(*right), "right.plist");
+    EXPECT_EQ(looks(*document), before);
+    EXPECT_EQ(sizeAt(0), 100);
+    EXPECT_FALSE(document->titlesAreEdited() || document->paletteIsEdited());
+    EXPECT_EQ(file(), captions);
+
+    // Or by undo, which brings back the former annotations themselves and goes on behind them.
+    document->undoManager()->undo();
+    EXPECT_EQ(document->paletteFile(), "wrong.plist");
+    document->undoManager()->undo();
+    EXPECT_EQ(looks(*document), before);
+    EXPECT_EQ(palette->findAnnoKey("Big"_ns), big);
+    EXPECT_FALSE(document->titlesAreEdited() || document->paletteIsEdited());
+    document->undoManager()->undo();
+    EXPECT_EQ(looks(*document), "0:\n");
+}
+
+TEST_F(Document, revivesNamesThatThePaletteGets) {
+    document->setTitles(*readTitleFile(QZANNO_EXAMPLES "/first-title.vtt", palette, *std::make_unique<std::string>()));
+    document->undoManager()->endEvent();
+    const std::string before = looks(*document);
+    EXPECT_THAT(before, testing::StartsWith("0:Lower_Third?,13:Lower_Third?,Role?,\n"));
+    const auto rename = [&](const Ref<QzAnno>& anno, const char* name) {
+        replaceAnnoNamed(*palette, anno, NSString::stringWithUTF8String(name));
+        document->undoManager()->endEvent();
+    };
+    rename(palette->createAnno("NEW"_ns), "Lower Third");
+    EXPECT_THAT(looks(*document), testing::StartsWith("0:Lower Third,13:Lower Third,Role?,\n"));
+    EXPECT_FALSE(document->titlesAreEdited());
+    rename(palette->lookupAnno(palette->findAnnoKey("Lower Third"_ns)), "Bauchbinde");
+    EXPECT_TRUE(document->titlesAreEdited()) << "the file has the former name";
+    document->undoManager()->undo();
+    document->undoManager()->undo();
+    EXPECT_EQ(looks(*document), before);
+    EXPECT_FALSE(document->titlesAreEdited());
+    // Deleted, an annotation stays on its titles, for the undo and for a palette that has it.
+    document->toggleFrameAnno(red);
+    palette->removeAnno(red);
+    EXPECT_THAT(looks(*document), testing::StartsWith("0:Lower_Third?,Red?,"));
+    document->undoManager()->undo();
+    EXPECT_EQ(looks(*document), before);
+}
+
+/// Random work on titles and palette: every step is taken back exactly, and palettes that are opened in turn leave the
+/// titles with their names.
+TEST_F(Document, takesBackEveryStepWhateverPaletteIsOpened) {
+    const std::vector<std::string> names = {"Big", "Red", "Lower Third", "Lower_Third", "X"};
+    const auto paletteOf = [](const std::vector<std::string>& chosen) {
+        const auto made = test::paletteWithGlobals({});
+        for (const std::string& name : chosen) test::addAnnotation(*made, name.c_str(), {});
+        return made;
+    };
+    for (uint32_t seed = 1; seed <= 60; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        std::mt19937 random(seed);
+        const auto below = [&](size_t count) { return static_cast<uint32_t>(random() % count); };
+        const auto chosen = [&] {
+            std::vector<std::string> some;
+            for (const std::string& name : names) {
+                for (uint32_t i = below(3); i > 0; --i) some.push_back(name);
+            }
+            return some;
+        };
+        document->replacePalette(paletteOf(chosen()));
+        document->setTitles({{{QzAnnoString::initWithString("one two"_ns), {}, {}},
+                              {QzAnnoString::initWithString("three"_ns), {}, {}}}});
+        document->undoManager()->removeAllActions();
+        const auto state = [&] {
+            std::string annotations;
+            for (int32_t prio = 1; prio <= palette->maxPriority(); ++prio)
+                annotations += palette->annoKeyAtPriority(prio)->name()->utf8() + ",";
+            return looks(*document) + annotations;
+        };
+        std::vector<std::string> states = {state()};
+        for (int step = 0; step < 12; ++step) {
+            const auto key = palette->annoKeyAtPriority(1 + static_cast<int32_t>(below(4)));
+            const auto name = NSString::stringWithUTF8String(names[below(names.size())]);
+            switch (below(6)) {
+                case 0:
+                    document->replacePalette(paletteOf(chosen()));
+                    break;
+                case 1:
+                    if (key) replaceAnnoNamed(*palette, palette->lookupAnno(key), name);
+                    break;
+                case 2:
+                    palette->removeAnno(key);
+                    break;
+                case 3:
+                    palette->replaceAnno(palette->createAnno(name));
+                    break;
+                default:
+                    document->show(below(2));
+                    view->setSelectedRange({below(4), below(2)});
+                    if (key) toggle(key);
+            }
+            document->undoManager()->endEvent();
+            if (state() != states.back()) states.push_back(state());
+        }
+        // Palettes that lack names, or have them otherwise, change nothing for the one that comes back.
+        const auto now = palette->pListData();
+        const std::string before = looks(*document);
+        document->replacePalette(paletteOf(chosen()));
+        document->replacePalette(paletteOf(chosen()));
+        document->replacePalette(QzAnnoPalette::paletteFromPListData(*now));
+        ASSERT_EQ(looks(*document), before);
+        for (int palettes = 0; palettes < 3; ++palettes) document->undoManager()->undo();
+        while (states.size() > 1 && document->undoManager()->undo()) {
+            if (state() == states.back()) continue;
+            states.pop_back();
+            if (state() != states.back()) FAIL() << "undo made\n" << state() << "\nof\n" << states.back();
+        }
+        EXPECT_EQ(states.size(), 1u);
+    }
 }
 
 TEST_F(Document, showsTheInsertionPointOfAnEmptyTitleWhereTypingBegins) {

@@ -102,7 +102,8 @@ TEST_F(TitleFiles, warnOfNamesThatThePaletteLacks) {
     palette->removeAnno(key);
     const auto archive = readTitleFile(folder.file("t.annostring"), palette, error);
     ASSERT_TRUE(archive) << error;
-    EXPECT_THAT(archive->warnings, ElementsAre(testing::AllOf(HasSubstr("t.annostring: "), HasSubstr("Lower Third"))));
+    EXPECT_THAT(archive->warnings, ElementsAre(testing::AllOf(HasSubstr("t.annostring: "), HasSubstr("Lower Third")),
+                                               HasSubstr("Nobody")));
 }
 
 TEST_F(TitleFiles, ofSubRipBecomeCaptionsWithTheirPlaces) {

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "apps/qzanno-composer/TitleFile.h"
+#include "captions/LooseKeys.h"
+
+namespace qz::composer {
+
+/// Other keys for keys of titles.
+class KeyMap {
+public:
+    using Keys = std::map<Ref<QzAnnoKey>, Ref<QzAnnoKey>>;
+
+    explicit KeyMap(Keys keys) : keys_(std::move(keys)) {}
+
+    bool isEmpty() const { return keys_.empty(); }
+    const Keys& keys() const { return keys_; }
+    /// The way back.
+    KeyMap inverted() const;
+    /// The key itself when the map has no other for it.
+    Ref<QzAnnoKey> operator()(const Ref<QzAnnoKey>& key) const;
+    /// Equal objects stay equal, and a text without any of the keys stays the object it is.
+    void takeOver(std::vector<Title>& titles);
+    Ref<NSSet> takenOver(const Ref<NSSet>& keys) const;
+
+private:
+    Keys keys_;
+    std::map<Ref<QzAnnoString>, Ref<QzAnnoString>> texts_;
+};
+
+/// What keys of titles become when another palette takes the place of theirs, or, with the same one twice, when it has
+/// gained a name that titles have.
+///
+/// A key becomes the one of the same name, or, as in caption files, of the name with blanks for its "_"; of a name that
+/// the other palette lacks, a loose key. Different keys stay different, so the way back gives the former ones.
+KeyMap keysByName(const QzAnnoPalette& from, const QzAnnoPalette& to, LooseKeys& loose,
+                  std::initializer_list<const std::vector<Title>*> titles);
+
+}  // namespace qz::composer
