@@ -116,6 +116,7 @@ public:
                 if (span.range.length > 0 && annotator_.keysOf(span).empty())
                     written_.lostTags.push_back(Tag{span.kind, span.name}.inside());
             }
+            findCovered();
         }
         return std::move(written_);
     }
@@ -176,6 +177,24 @@ private:
         }
     }
 
+    // What is read may be less than what is written.
+    void findCovered() {
+        const auto read = annotator_.annotated(parseCueText(written_.payload, 1));
+        if (read->length() != text_->length()) return;
+        std::set<std::string> names;
+        for (const QzAnnoString::Run& run : text_->runs()) {
+            for (const Ref<QzAnnoKey>& key : run.keys->objects<QzAnnoKey>()) {
+                const Tag* tag = tagOf(key);
+                Range range;
+                const bool isRead =
+                    !tag || (read->annotation(annotator_.keysOf(tag->span()).back(), run.range.location, &range) &&
+                             range.end() >= run.range.end());
+                if (!isRead) names.insert(key->name()->utf8());
+            }
+        }
+        written_.covered.assign(names.begin(), names.end());
+    }
+
     void closeDownTo(size_t count) {
         while (open_.size() > count) {
             written_.payload += open_.back().tag->end();
@@ -225,13 +244,13 @@ private:
         if (name == "b") forms.push_back({CueSpan::bold, {}});
         if (name == "i") forms.push_back({CueSpan::italic, {}});
         if (name == "u") forms.push_back({CueSpan::underline, {}});
-        for (const std::string& each : {name, joined(name)}) {
-            if (isClass(each)) forms.push_back({CueSpan::styleClass, each});
-        }
         constexpr std::string_view kLanguage = "lang ";
         if (name.starts_with(kLanguage)) {
             const std::string language = name.substr(kLanguage.size());
             if (language.empty() || isVoice(language)) forms.push_back({CueSpan::language, language});
+        }
+        for (const std::string& each : {name, joined(name)}) {
+            if (isClass(each)) forms.push_back({CueSpan::styleClass, each});
         }
         if (isVoice(name)) forms.push_back({CueSpan::voice, name});
         return forms;
@@ -279,7 +298,7 @@ std::optional<WrittenCueText> writeCueText(const QzAnnoString& text, const QzAnn
                                            std::string_view former, std::string& reason) {
     const CueText formerText = parseCueText(former, 1);
     Writer writer(text, formerText, palette);
-    if (writer.isSaidByFormer()) return WrittenCueText{std::string(former), {}, {}, {}};
+    if (writer.isSaidByFormer()) return WrittenCueText{std::string(former), {}, {}, {}, {}};
     WrittenCueText written = writer.write();
     if (written.payload.size() > Limits::kTitleUnitsMax) {
         reason = "with its markup the title has " + std::to_string(written.payload.size()) + " characters; " +

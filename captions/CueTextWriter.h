@@ -18,6 +18,9 @@ struct WrittenCueText {
     std::vector<std::string> unnamed;
     /// Names of annotations of the text that will be read as another one of the palette with the same name.
     std::vector<std::string> mistaken;
+    /// Names of annotations of the text that are gone where another colour or language lies: of those captions read
+    /// one.
+    std::vector<std::string> covered;
 };
 
 /// Writes a text as WebVTT cue text that is read back as the same text with the same annotations.

@@ -39,6 +39,9 @@ void addLosses(const WrittenCueText& text, const std::string& place, std::vector
     for (const std::string& name : text.unnamed)
         losses.push_back(place + "the annotation " + quotedExcerpt(name) +
                          " is left out, as captions cannot hold its name; rename it");
+    for (const std::string& name : text.covered)
+        losses.push_back(place + "the annotation " + quotedExcerpt(name) +
+                         " is gone where another colour or language lies on it, as captions have one at a time");
     for (const std::string& name : text.mistaken)
         losses.push_back(place + "the annotation " + quotedExcerpt(name) +
                          " becomes another one of that name; rename one of them");

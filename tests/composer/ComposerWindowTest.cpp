@@ -334,8 +334,9 @@ TEST_F(Composer, asksBeforeAnythingIsLost) {
     document->show(4);
     turnToTitle();
     QTest::keyClicks(window.textWidget(), "!");
+    document->toggleFrameAnno(document->palette()->createAnno("Dr. No\t"_ns)->annokey());
     EXPECT_THAT(answering("Save All the Same", [&] { command("Save Titles")->trigger(); }),
-                HasSubstr("title 5: <lang he> is gone"));
+                HasSubstr("title 5: the annotation \"Dr. No \" is left out"));
     test::giveAttributes(*document->palette(), document->palette()->lookupAnno(keyOf("Role")),
                          {{QzFontSizeAttribute, test::number(90)}});
     EXPECT_TRUE(window.isWindowModified());
@@ -343,7 +344,8 @@ TEST_F(Composer, asksBeforeAnythingIsLost) {
     const std::string saved(readFile(captions, nullptr)->view());
     EXPECT_THAT(saved, HasSubstr("NOTE Rendered by"));
     EXPECT_THAT(saved, HasSubstr("5\n00:00:16.500 --> 00:00:20.000\n"));
-    EXPECT_THAT(saved, HasSubstr("<lang hi>")) << "of a title that was left alone";
+    EXPECT_THAT(saved, HasSubstr("<lang he>")) << "of a title that was edited";
+    EXPECT_THAT(saved, HasSubstr("<lang hi>")) << "of one that was left alone";
 }
 
 TEST_F(Composer, savesWhatStandsAroundTitles) {

@@ -179,7 +179,7 @@ TEST_F(Document, revivesNamesThatThePaletteGets) {
     document->undoManager()->endEvent();
     const std::string before = looks(*document);
     EXPECT_THAT(before, testing::StartsWith("0:Lower_Third?,13:Lower_Third?,Role?,\n"));
-    const auto rename = [&](const Ref<QzAnno>& anno, const char* name) {
+    const auto rename = [&](const Ref<const QzAnno>& anno, const char* name) {
         replaceAnnoNamed(*palette, anno, NSString::stringWithUTF8String(name));
         document->undoManager()->endEvent();
     };
