@@ -3,6 +3,7 @@
 
 #include "bindings/c/Calls.h"
 #include "bindings/c/Objects.h"
+#include "captions/Ass.h"
 #include "captions/SubRip.h"
 #include "captions/WebVTT.h"
 #include "platform/foundation/Files.h"
@@ -31,37 +32,67 @@ std::optional<qzanno_caption_format> formatOfName(std::string_view path) {
     };
     if (endsWith(".srt")) return QZANNO_CAPTIONS_SUBRIP;
     if (endsWith(".vtt")) return QZANNO_CAPTIONS_WEBVTT;
+    if (endsWith(".ass") || endsWith(".ssa")) return QZANNO_CAPTIONS_ASS;
     return {};
 }
 
-qzanno_title titleOf(const CaptionCue& cue, const QzAnnoPalette& palette) {
+qzanno_title titleOf(const CaptionCue& cue, const CaptionLooks& looks) {
     qzanno_title title;
     title.text = cue.text->string()->utf8();
     size_t malformed = 0;
     title.positions = *TextPositions::of(title.text, &malformed);
     title.placement = cue.placement;
+    const QzAnnoPalette& palette = *looks.palette();
     for (int32_t priority = 1; priority <= palette.maxPriority(); ++priority) {
         const Ref<QzAnnoKey> key = palette.annoKeyAtPriority(priority);
         if (!cue.text->bitsFor(key)) continue;
         Range run;
         for (uint32_t i = 0; i < cue.text->length(); i = static_cast<uint32_t>(run.end())) {
             if (cue.text->annotation(key, i, &run))
-                title.spans.push_back({key->name()->utf8(), title.positions.bytesOf(run)});
+                title.spans.push_back({key->name()->utf8(), title.positions.bytesOf(run), looks.lookOf(key)});
         }
     }
     return title;
 }
 
+std::optional<Looks> looksOf(qzanno_looks looks) {
+    switch (looks) {
+        case QZANNO_LOOKS_BOTH:
+            return Looks::both;
+        case QZANNO_LOOKS_HOUSE:
+            return Looks::house;
+        case QZANNO_LOOKS_FILE:
+            return Looks::file;
+    }
+    return {};
+}
+
+CueReader readerOf(qzanno_caption_format format) {
+    switch (format) {
+        case QZANNO_CAPTIONS_SUBRIP:
+            return readSubRip;
+        case QZANNO_CAPTIONS_WEBVTT:
+            return readWebVTT;
+        case QZANNO_CAPTIONS_ASS:
+            return readAss;
+    }
+    return nullptr;
+}
+
 qzanno_result readCaptions(const NSData& file, const std::string& place, qzanno_caption_format format,
-                           const qzanno_palette& palette, qzanno_captions** out) {
-    const Ref<QzAnnoPalette> own = newPalette(palette.file);
+                           const qzanno_palette& palette, qzanno_looks which, qzanno_captions** out) {
+    const CueReader reader = readerOf(format);
+    if (!reader) return fail(QZANNO_ERROR_ARGUMENT, "there is no caption format " + std::to_string(int{format}));
+    const std::optional<Looks> ofWhom = looksOf(which);
+    if (!ofWhom) return fail(QZANNO_ERROR_ARGUMENT, "there are no looks " + std::to_string(int{which}));
+    // Lengths become those of a screen where the titles are drawn.
+    CaptionLooks looks(newPalette(palette.file), {1920, 1080}, *ofWhom);
     auto made = std::make_unique<qzanno_captions>();
     const CueSink sink = [&](CaptionCue&& cue) {
-        made->cues.push_back({cue.start, cue.end, cue.identifier, titleOf(cue, *own)});
+        made->cues.push_back({cue.start, cue.end, cue.identifier, titleOf(cue, looks)});
     };
     CaptionProblem error;
-    auto problems =
-        format == QZANNO_CAPTIONS_SUBRIP ? readSubRip(file, *own, sink, &error) : readWebVTT(file, *own, sink, &error);
+    auto problems = reader(file, looks, sink, &error);
     if (!problems) return fail(QZANNO_ERROR_FORMAT, place + std::to_string(error.line) + ": " + error.message);
     made->problems = std::move(*problems);
     *out = made.release();
@@ -74,6 +105,11 @@ qzanno_result readCaptions(const NSData& file, const std::string& place, qzanno_
 using namespace qz::c;
 
 qzanno_result qzanno_captions_load(const char* path, const qzanno_palette* palette, qzanno_captions** out) {
+    return qzanno_captions_load_looks(path, palette, QZANNO_LOOKS_BOTH, out);
+}
+
+qzanno_result qzanno_captions_load_looks(const char* path, const qzanno_palette* palette, qzanno_looks looks,
+                                         qzanno_captions** out) {
     if (!path) return failNull("path");
     if (!palette) return failNull("palette");
     if (!out) return failNull("out");
@@ -81,24 +117,30 @@ qzanno_result qzanno_captions_load(const char* path, const qzanno_palette* palet
         const std::string place = std::string(path) + ":";
         const auto format = formatOfName(path);
         if (!format)
-            return fail(QZANNO_ERROR_ARGUMENT, place + " is no .srt or .vtt file; give captions as SubRip or WebVTT");
+            return fail(QZANNO_ERROR_ARGUMENT, place +
+                                                   " is no .srt, .vtt, .ass or .ssa file; give captions as SubRip, "
+                                                   "WebVTT or SubStation Alpha");
         std::string reason;
         const qz::Ref<qz::NSData> file = qz::readFile(path, &reason);
         if (!file) return fail(QZANNO_ERROR_FILE, place + " " + reason);
-        return readCaptions(*file, place, *format, *palette, out);
+        return readCaptions(*file, place, *format, *palette, looks, out);
     });
 }
 
 qzanno_result qzanno_captions_load_memory(const void* bytes, size_t size, qzanno_caption_format format,
                                           const qzanno_palette* palette, qzanno_captions** out) {
+    return qzanno_captions_load_memory_looks(bytes, size, format, palette, QZANNO_LOOKS_BOTH, out);
+}
+
+qzanno_result qzanno_captions_load_memory_looks(const void* bytes, size_t size, qzanno_caption_format format,
+                                                const qzanno_palette* palette, qzanno_looks looks,
+                                                qzanno_captions** out) {
     if (!bytes) return failNull("bytes");
     if (!palette) return failNull("palette");
     if (!out) return failNull("out");
     return guarded([=] {
-        if (format != QZANNO_CAPTIONS_SUBRIP && format != QZANNO_CAPTIONS_WEBVTT)
-            return fail(QZANNO_ERROR_ARGUMENT, "there is no caption format " + std::to_string(int{format}));
         const auto file = qz::NSData::dataWithBytes(std::string_view(static_cast<const char*>(bytes), size));
-        return readCaptions(*file, "captions:", format, *palette, out);
+        return readCaptions(*file, "captions:", format, *palette, looks, out);
     });
 }
 

@@ -8,6 +8,7 @@
 #include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
 #include "bindings/c/TextPositions.h"
 #include "bindings/c/qzanno.h"
+#include "captions/CaptionLook.h"
 #include "captions/CuePlacement.h"
 #include "platform/foundation/NSData.h"
 #include "platform/text/FontLibrary.h"
@@ -29,6 +30,8 @@ struct qzanno_title {
     struct Span {
         std::string annotation;
         qz::c::TextPositions::Bytes bytes;
+        /// What a caption file says that the annotation looks like; null for those of palettes.
+        std::shared_ptr<const qz::CaptionLook> look = {};
     };
 
     std::string text;

@@ -8,6 +8,7 @@
 #include "bindings/c/Calls.h"
 #include "bindings/c/Objects.h"
 #include "bindings/c/Report.h"
+#include "captions/CaptionLooks.h"
 #include "captions/PlacementAnnos.h"
 #include "platform/foundation/NSString.h"
 #include "platform/graphics/StraightAlpha.h"
@@ -30,7 +31,8 @@ class PreparedPipeline {
 public:
     explicit PreparedPipeline(const Settings& settings)
         : fonts_(settings.fonts),
-          palette_(newPalette(settings.palette)),
+          looks_(newPalette(settings.palette), settings.screen),
+          palette_(looks_.palette()),
           placements_(palette_, settings.screen, settings.direction),
           pipeline_(QzAnnoStringToScreen::init()) {
         pipeline_->setPalette(palette_);
@@ -43,19 +45,23 @@ public:
 
     void setTitle(const qzanno_title& title) {
         const auto string = QzMutableAnnoString::initWithString(NSString::stringWithUTF8String(title.text));
-        for (const qzanno_title::Span& span : title.spans)
-            string->addAnno(palette_->findAnnoKey(NSString::stringWithUTF8String(span.annotation)),
-                            *title.positions.rangeOf(span.bytes));
         const FontLibrary::Use use(fonts_);
+        for (const qzanno_title::Span& span : title.spans)
+            string->addAnno(keyOf(span), *title.positions.rangeOf(span.bytes));
         placements_.place(title.placement, *string);
         pipeline_->setAnnoString(string);
     }
 
-    const QzAnnoPalette& palette() const { return *palette_; }
+    /// Null for a name that neither the palette nor the title's file defines.
+    Ref<QzAnnoKey> keyOf(const qzanno_title::Span& span) {
+        return span.look ? looks_.keyOf(*span.look)
+                         : palette_->findAnnoKey(NSString::stringWithUTF8String(span.annotation));
+    }
     QzAnnoStringToScreen& pipeline() { return *pipeline_; }
 
 private:
     const std::shared_ptr<FontLibrary> fonts_;
+    CaptionLooks looks_;
     const Ref<QzAnnoPalette> palette_;
     PlacementAnnos placements_;
     const Ref<QzAnnoStringToScreen> pipeline_;
@@ -232,9 +238,8 @@ qzanno_result qzanno_renderer_set_title(qzanno_renderer* renderer, const qzanno_
     if (!title) return failNull("title");
     return guarded([=] {
         renderer->pipeline();
-        const qz::QzAnnoPalette& palette = renderer->prepared->palette();
         for (const qzanno_title::Span& span : title->spans) {
-            if (!palette.findAnnoKey(qz::NSString::stringWithUTF8String(span.annotation)))
+            if (!span.look && !renderer->prepared->keyOf(span))
                 return fail(QZANNO_ERROR_ANNOTATION, "the palette has no annotation " + quoted(span.annotation));
         }
         qzanno_title copy = *title;

@@ -119,7 +119,7 @@ typedef struct qzanno_title qzanno_title;
 
 /// A stretch of a title on which an annotation holds; bytes of the text.
 typedef struct qzanno_span {
-    const char* annotation;  ///< its name
+    const char* annotation;  ///< its name; of a cue also that of a look of the file's own, "i" or "#ff0000"
     size_t start;            ///< in bytes
     size_t length;           ///< in bytes
 } qzanno_span;
@@ -150,11 +150,22 @@ QZANNO_API qzanno_result qzanno_title_span(const qzanno_title* title, size_t ind
 /// @addtogroup c_captions
 /// @{
 
-/// The cues of a SubRip or WebVTT file. docs/captions.md says how marks become annotations.
+/// The cues of a SubRip, WebVTT or SubStation Alpha file. docs/captions.md says how marks become annotations.
 typedef struct qzanno_captions qzanno_captions;
 
 /// What captions in memory are read as.
-typedef enum qzanno_caption_format { QZANNO_CAPTIONS_SUBRIP = 1, QZANNO_CAPTIONS_WEBVTT = 2 } qzanno_caption_format;
+typedef enum qzanno_caption_format {
+    QZANNO_CAPTIONS_SUBRIP = 1,
+    QZANNO_CAPTIONS_WEBVTT = 2,
+    QZANNO_CAPTIONS_ASS = 3  ///< SubStation Alpha, advanced or not
+} qzanno_caption_format;
+
+/// Whose styles, colours, bold and italic letters titles of caption files have.
+typedef enum qzanno_looks {
+    QZANNO_LOOKS_BOTH = 0,   ///< the palette's, and for names that it does not have the file's
+    QZANNO_LOOKS_HOUSE = 1,  ///< the palette's alone
+    QZANNO_LOOKS_FILE = 2    ///< the file's, also where the palette has an annotation of that name
+} qzanno_looks;
 
 /// A title and its times.
 typedef struct qzanno_cue {
@@ -170,11 +181,20 @@ typedef struct qzanno_caption_problem {
     const char* message;  ///< one line, without the file's name and the line's number
 } qzanno_caption_problem;
 
-/// By the ending of its name, .srt or .vtt. What the palette lacks is a problem and adds nothing.
+/// By the ending of its name, .srt, .vtt, .ass or .ssa, with both looks. What neither the palette nor the file defines is
+/// a problem and adds nothing.
 QZANNO_API qzanno_result qzanno_captions_load(const char* path, const qzanno_palette* palette, qzanno_captions** out);
 /// The same of a file in memory.
 QZANNO_API qzanno_result qzanno_captions_load_memory(const void* bytes, size_t size, qzanno_caption_format format,
                                                      const qzanno_palette* palette, qzanno_captions** out);
+/// The same with the looks that are asked for. Titles keep the looks of their file, with any palette that draws them.
+///@{
+QZANNO_API qzanno_result qzanno_captions_load_looks(const char* path, const qzanno_palette* palette, qzanno_looks looks,
+                                                    qzanno_captions** out);
+QZANNO_API qzanno_result qzanno_captions_load_memory_looks(const void* bytes, size_t size, qzanno_caption_format format,
+                                                           const qzanno_palette* palette, qzanno_looks looks,
+                                                           qzanno_captions** out);
+///@}
 /// Frees the titles of its cues too.
 QZANNO_API void qzanno_captions_free(qzanno_captions* captions);
 

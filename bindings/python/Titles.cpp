@@ -79,17 +79,32 @@ py::list spansOf(const Title& title) {
     return spans;
 }
 
-Captions loadCaptions(const std::filesystem::path& path, const Palette& palette) {
-    return {make<CaptionsHandle>(
-        [&](auto** out) { return qzanno_captions_load(path.c_str(), palette.handle.get(), out); })};
+qzanno_looks looksNamed(const std::string& name) {
+    if (name == "both") return QZANNO_LOOKS_BOTH;
+    if (name == "house") return QZANNO_LOOKS_HOUSE;
+    if (name == "file") return QZANNO_LOOKS_FILE;
+    throw py::value_error("looks is \"house\", \"file\" or \"both\", not \"" + name + "\"");
 }
 
-Captions captionsOfBytes(std::string_view data, const std::string& format, const Palette& palette) {
-    if (format != "srt" && format != "vtt")
-        throw py::value_error("format is \"srt\" or \"vtt\", not \"" + format + "\"");
-    const auto kind = format == "srt" ? QZANNO_CAPTIONS_SUBRIP : QZANNO_CAPTIONS_WEBVTT;
+qzanno_caption_format formatNamed(const std::string& name) {
+    if (name == "srt") return QZANNO_CAPTIONS_SUBRIP;
+    if (name == "vtt") return QZANNO_CAPTIONS_WEBVTT;
+    if (name == "ass") return QZANNO_CAPTIONS_ASS;
+    throw py::value_error("format is \"srt\", \"vtt\" or \"ass\", not \"" + name + "\"");
+}
+
+Captions loadCaptions(const std::filesystem::path& path, const Palette& palette, const std::string& looks) {
+    const qzanno_looks which = looksNamed(looks);
+    return {make<CaptionsHandle>(
+        [&](auto** out) { return qzanno_captions_load_looks(path.c_str(), palette.handle.get(), which, out); })};
+}
+
+Captions captionsOfBytes(std::string_view data, const std::string& format, const Palette& palette,
+                         const std::string& looks) {
+    const qzanno_caption_format kind = formatNamed(format);
+    const qzanno_looks which = looksNamed(looks);
     return {make<CaptionsHandle>([&](auto** out) {
-        return qzanno_captions_load_memory(data.data(), data.size(), kind, palette.handle.get(), out);
+        return qzanno_captions_load_memory_looks(data.data(), data.size(), kind, palette.handle.get(), which, out);
     })};
 }
 
@@ -166,13 +181,15 @@ void addTitles(py::module_& module) {
         .def("__repr__",
              [](const Title& title) { return "Title(" + py::repr(py::str(title.text())).cast<std::string>() + ")"; });
 
-    py::class_<Captions>(module, "Captions", py::is_final(), "The cues of a SubRip or WebVTT file, a sequence of Cue.")
-        .def_static("load", &loadCaptions, "path"_a, "palette"_a,
-                    "Reads a .srt or .vtt file, its marks as annotations of the palette. Raises FileError, "
-                    "FormatError, or ValueError "
-                    "for another ending.")
-        .def_static("from_bytes", &captionsOfBytes, "data"_a, "format"_a, "palette"_a,
-                    "The same of what such a file holds.")
+    py::class_<Captions>(module, "Captions", py::is_final(),
+                         "The cues of a SubRip, WebVTT or SubStation Alpha file, a sequence of Cue.")
+        .def_static("load", &loadCaptions, "path"_a, "palette"_a, py::kw_only(), "looks"_a = "both",
+                    "Reads a .srt, .vtt, .ass or .ssa file, its marks as annotations of the palette. `looks` says "
+                    "whose styles, colours and italics count: those of the \"house\", the palette, of the \"file\", or "
+                    "\"both\", the file's where the palette has none of that name. Raises FileError, FormatError, or "
+                    "ValueError for another ending.")
+        .def_static("from_bytes", &captionsOfBytes, "data"_a, "format"_a, "palette"_a, py::kw_only(),
+                    "looks"_a = "both", "The same of what such a file holds.")
         .def("__len__", [](const Captions& captions) { return qzanno_captions_count(captions.handle.get()); })
         .def("__getitem__", &cueAt, "index"_a)
         .def_property_readonly("problems", py::overload_cast<const Captions&>(&problemsOf),

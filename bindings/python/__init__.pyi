@@ -63,9 +63,17 @@ class Title:
 @final
 class Captions:
     @staticmethod
-    def load(path: str | os.PathLike[str], palette: Palette) -> Captions: ...
+    def load(
+        path: str | os.PathLike[str], palette: Palette, *, looks: Literal["house", "file", "both"] = "both"
+    ) -> Captions: ...
     @staticmethod
-    def from_bytes(data: bytes, format: Literal["srt", "vtt"], palette: Palette) -> Captions: ...
+    def from_bytes(
+        data: bytes,
+        format: Literal["srt", "vtt", "ass"],
+        palette: Palette,
+        *,
+        looks: Literal["house", "file", "both"] = "both",
+    ) -> Captions: ...
     @property
     def problems(self) -> list[Problem]: ...
     def __len__(self) -> int: ...

@@ -43,7 +43,7 @@ static void check_refusals(const qzanno_palette *palette) {
     refused(qzanno_palette_load("no/such.plist", &other), QZANNO_ERROR_FILE, "no/such.plist: ");
     refused(qzanno_palette_load_memory("<plist>", 7, &other), QZANNO_ERROR_FORMAT, "1");
     refused(qzanno_fonts_open(&folder, 1, &fonts), QZANNO_ERROR_FILE, "no/such/folder");
-    refused(qzanno_captions_load("titles.doc", palette, &captions), QZANNO_ERROR_ARGUMENT, ".srt or .vtt");
+    refused(qzanno_captions_load("titles.doc", palette, &captions), QZANNO_ERROR_ARGUMENT, ".srt, .vtt, .ass or .ssa");
     refused(qzanno_captions_load_memory("1", 1, QZANNO_CAPTIONS_WEBVTT, palette, &captions), QZANNO_ERROR_FORMAT, "captions:1: ");
     refused(qzanno_title_new("\xFFoops", &title), QZANNO_ERROR_ARGUMENT, "byte 0");
     expect(other == NULL && fonts == NULL && captions == NULL && title == NULL, "what is refused leaves the out parameter alone");

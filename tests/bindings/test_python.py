@@ -8,6 +8,7 @@ import doctest
 import pathlib
 import subprocess
 import sys
+import tempfile
 import threading
 import time
 import unittest
@@ -17,6 +18,15 @@ import qzanno
 
 EXAMPLES = pathlib.Path("examples")
 WIDTH, HEIGHT = 320, 180
+SCRIPT = """[V4+ Styles]
+Format: Name, Fontname, Fontsize, PrimaryColour
+Style: Default, DejaVu Sans, 30, &HFFFFFF
+Style: Sign, DejaVu Sans, 30, &HFF
+[Events]
+Format: Start, End, Style, Text
+Dialogue: 0:00:01.00, 0:00:02.00, Sign, NO {\\c&HFF00&}ENTRY
+Dialogue: 0:00:03.00, 0:00:04.00, Default, Two
+"""
 
 
 class PythonModule(unittest.TestCase):
@@ -43,12 +53,18 @@ class PythonModule(unittest.TestCase):
             self.assertEqual(declared, members(vars(getattr(qzanno, name))), name)
 
     def test_pixels_are_those_of_the_tool(self):
-        command = [TOOL, "render", "examples/captions.srt", "-p", "examples/broadcast.plist", "--data", f"{WIDTH}x{HEIGHT}", "-o", "-"]
-        drawn = numpy.frombuffer(subprocess.run(command, check=True, capture_output=True).stdout, numpy.uint8)
-        captions = qzanno.Captions.load(EXAMPLES / "captions.srt", self.palette)
-        pictures = [self.renderer.render(cue.title) for cue in captions]
-        self.assertGreater(len(pictures), 1)
-        self.assertTrue(numpy.array_equal(drawn.reshape(-1, HEIGHT, WIDTH, 4), numpy.stack(pictures)))
+        script = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory())) / "script.ass"
+        script.write_text(SCRIPT)
+        drawn = {}
+        for file, looks in ((EXAMPLES / "captions.srt", "both"), (script, "both"), (script, "house"), (script, "file")):
+            command = [TOOL, "render", file, "-p", "examples/broadcast.plist", "--data", f"{WIDTH}x{HEIGHT}", "--looks", looks, "-o", "-"]
+            drawn[looks] = numpy.frombuffer(subprocess.run(command, check=True, capture_output=True).stdout, numpy.uint8)
+            captions = qzanno.Captions.load(file, self.palette, looks=looks)
+            pictures = [self.renderer.render(cue.title) for cue in captions]
+            self.assertGreater(len(pictures), 1)
+            self.assertTrue(numpy.array_equal(drawn[looks].reshape(-1, HEIGHT, WIDTH, 4), numpy.stack(pictures)), (file, looks))
+        self.assertEqual(len({picture.tobytes() for picture in drawn.values()}), 3)
+        self.assertEqual([span.annotation for span in captions[0].title.spans], ["Sign", "#00ff00"])
 
     def test_part_of_an_array_is_drawn_into_and_nothing_else(self):
         canvas = numpy.full((HEIGHT + 20, WIDTH + 30, 4), 7, numpy.uint8)
