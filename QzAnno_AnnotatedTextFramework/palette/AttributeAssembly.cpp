@@ -40,6 +40,19 @@ float fontSizeOf(const NSDictionary& attributes) {
     return tooLarge ? NSFont::kPointSizeMax : 0;
 }
 
+FontTraits fontTraitsOf(const NSDictionary& attributes) {
+    FontTraits traits;
+    if (const auto bold = checkedNumber(attributes, *QzBoldAttribute)) traits.bold = bold->boolValue();
+    if (const auto italic = checkedNumber(attributes, *QzItalicAttribute)) traits.italic = italic->boolValue();
+    return traits;
+}
+
+/// The font that these ask for by name, without a name the platform's own; traits come on top. Null when it is missing.
+Ref<NSFont> namedFont(const NSDictionary& attributes, float size) {
+    const Ref<NSString> fontName = fontNameAskedFor(attributes);
+    return fontName ? fontWithName(fontName, {}, size) : NSFont::titleBarFontOfSize(size);
+}
+
 Ref<NSParagraphStyle> paragraphStyleOf(const NSDictionary& attributes) {
     NSParagraphStyle::Values values = NSParagraphStyle::defaultParagraphStyle()->values();
     if (const auto leading = checkedNumber(attributes, *QzLeadingAttribute)) {
@@ -102,10 +115,12 @@ Ref<NSDictionary> QzAnnoPalette::assembleCompleteAttributes(const Ref<NSDictiona
     const float size = fontSizeOf(*attributes);
     for (const auto& name : {QzFontAttribute, QzFontNameAttribute, QzFontStyleAttribute})
         checkString(*attributes, *name);
-    const Ref<NSString> fontName = fontNameAskedFor(*attributes);
-    Ref<NSFont> font = fontWithName(fontName, {}, size);
-    if (fontName && !font) reportMissingFont(fontName);
-    if (!font) font = NSFont::titleBarFontOfSize(size);
+    Ref<NSFont> font = namedFont(*attributes, size);
+    if (!font) {
+        reportMissingFont(fontNameAskedFor(*attributes));
+        font = NSFont::titleBarFontOfSize(size);
+    }
+    if (const FontTraits traits = fontTraitsOf(*attributes); !traits.isEmpty()) font = font->fontWithTraits(traits);
     complete.set(NSFontAttributeName, font);
     return NSDictionary::dictionaryWithMap(std::move(complete));
 }
@@ -131,7 +146,14 @@ Ref<NSDictionary> QzAnnoPalette::disassembleFragments(const Ref<NSDictionary>& g
     if (const auto font = attributes->objectForKey<NSFont>(*NSFontAttributeName)) {
         fragments.remove(*NSFontAttributeName);
         fragments.set(QzFontSizeAttribute, NSNumber::numberWithFloat(font->pointSize()));
-        fragments.set(QzFontAttribute, font->fontName());
+        // The traits stay attributes of their own, beside the name of the font that they were asked of.
+        Ref<NSFont> named = font;
+        if (!font->traits().isEmpty()) {
+            named = namedFont(*attributes, font->pointSize());
+            if (!named) named = NSFont::titleBarFontOfSize(font->pointSize());
+            if (!named->fontWithTraits(font->traits())->isEqual(*font)) named = font;
+        }
+        fragments.set(QzFontAttribute, named->fontName());
     }
     if (const auto style = attributes->objectForKey<NSParagraphStyle>(*NSParagraphStyleAttributeName)) {
         fragments.remove(*NSParagraphStyleAttributeName);

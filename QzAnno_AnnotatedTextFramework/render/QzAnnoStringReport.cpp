@@ -46,7 +46,9 @@ public:
         const auto original = attributes.objectForKey<NSFont>(*NSOriginalFontAttributeName);
         const Ref<NSString> named = fontNameAskedFor(attributes);
         const bool isMissing = named && isFontMissing(*named);
-        if (!original && !isMissing) return;
+        // One face of a family that stands in for another, with traits synthesised, is told as that.
+        const bool isSister = original && areEqual(original->familyName(), serving->familyName());
+        if (!isMissing && (!original || (isSister && !serving->traits().isEmpty()))) return;
         const std::string asked = (named ? named : (original ? original : serving)->fontName())->utf8();
         const Found found = entryFor(asked, serving->fontName()->utf8(), isMissing);
         append(found.substitution->ranges, range);
@@ -121,6 +123,22 @@ void addMissingOfCluster(std::vector<RenderReport::MissingGlyph>& missing, std::
     size_t end = 0;
     nextCharacter(characters, end);
     addMissing(missing, utf8(characters.substr(0, end)), font, {cluster.location, static_cast<uint32_t>(end)});
+}
+
+void addMissingTraits(std::vector<RenderReport::MissingTrait>& missing, const NSDictionary& attributes, Range range) {
+    using Trait = RenderReport::MissingTrait::Trait;
+    const auto font = attributes.objectForKey<NSFont>(*NSFontAttributeName);
+    if (!font || font->traits().isEmpty()) return;
+    const auto add = [&](Trait trait) {
+        const std::string name = font->fontName()->utf8();
+        auto same = [&](const auto& m) { return m.trait == trait && m.font == name; };
+        auto found = std::ranges::find_if(missing, same);
+        if (found == missing.end()) found = missing.insert(missing.end(), {trait, name, {}});
+        append(found->ranges, range);
+    };
+    const FontTraits unmet = font->unmetTraits();
+    if (unmet.bold) add(*unmet.bold ? Trait::bold : Trait::regular);
+    if (unmet.italic) add(*unmet.italic ? Trait::italic : Trait::upright);
 }
 
 /// How far a layer reaches beyond the glyphs beneath which it lies, in points; none when it is not drawn.
@@ -219,6 +237,7 @@ RenderReport QzAnnoStringToScreen::reportInFullScreen(bool fullScreen) {
         const auto position = static_cast<uint32_t>(run.end());
         const Ref<NSDictionary> attributes = textStorage_->attributesAtIndex(position, &run);
         substitutions.addRun(*attributes, run);
+        addMissingTraits(report.missingTraits, *attributes, run);
     }
     report.substitutions = std::move(substitutions).substitutions();
 

@@ -29,6 +29,18 @@ struct RenderReport {
         std::string font;           ///< the PostScript name of the one that lacks it
         std::vector<Range> ranges;  ///< none touches the next
     };
+    /// Text whose font has a trait asked for, or is without it, only in part.
+    struct MissingTrait {
+        enum class Trait {
+            bold,     ///< no face of the family is: an emboldened one is shown
+            italic,   ///< no face of the family is: a slanted one is shown
+            regular,  ///< every face of the family is bold, which cannot be taken away
+            upright,  ///< every face of the family is italic, likewise
+        };
+        Trait trait;
+        std::string font;           ///< the PostScript name of the one that is shown
+        std::vector<Range> ranges;  ///< none touches the next
+    };
     /// Text that is not seen, or not all of it.
     struct Clipping {
         /// What of the characters is not seen.
@@ -44,10 +56,13 @@ struct RenderReport {
 
     std::vector<Substitution> substitutions;  ///< one for each pair of fonts
     std::vector<MissingGlyph> missingGlyphs;  ///< one for each character and font
+    std::vector<MissingTrait> missingTraits;  ///< one for each trait and font
     std::vector<Clipping> clipped;            ///< part by part
 
     /// Whether all is shown as it was asked for.
-    bool isEmpty() const { return substitutions.empty() && missingGlyphs.empty() && clipped.empty(); }
+    bool isEmpty() const {
+        return substitutions.empty() && missingGlyphs.empty() && missingTraits.empty() && clipped.empty();
+    }
 };
 
 }  // namespace qz

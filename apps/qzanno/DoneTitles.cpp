@@ -32,7 +32,7 @@ std::optional<double> numberOf(const nlohmann::json& line, const char* name) {
 }
 
 bool isFullyShown(const nlohmann::json& line) {
-    for (const char* const lack : {"missingFonts", "substitutions", "missingGlyphs", "clipped"}) {
+    for (const char* const lack : {"missingFonts", "substitutions", "missingGlyphs", "missingTraits", "clipped"}) {
         const auto list = line.find(lack);
         if (list == line.end() || !list->empty()) return false;
     }

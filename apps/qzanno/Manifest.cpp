@@ -57,6 +57,14 @@ nlohmann::ordered_json json(const std::vector<RenderReport::MissingGlyph>& missi
     return list;
 }
 
+nlohmann::ordered_json json(const std::vector<RenderReport::MissingTrait>& missing) {
+    auto list = nlohmann::ordered_json::array();
+    for (const RenderReport::MissingTrait& trait : missing) {
+        list.push_back({{"trait", nameOfTrait(trait.trait)}, {"font", trait.font}, {"ranges", json(trait.ranges)}});
+    }
+    return list;
+}
+
 nlohmann::ordered_json json(const std::vector<RenderReport::Clipping>& clipped) {
     auto list = nlohmann::ordered_json::array();
     for (const RenderReport::Clipping& clipping : clipped) {
@@ -82,6 +90,21 @@ const char* nameOfPart(RenderReport::Clipping::Part part) {
     return "layer 2";
 }
 
+const char* nameOfTrait(RenderReport::MissingTrait::Trait trait) {
+    using Trait = RenderReport::MissingTrait::Trait;
+    switch (trait) {
+        case Trait::bold:
+            return "bold";
+        case Trait::italic:
+            return "italic";
+        case Trait::regular:
+            return "regular";
+        case Trait::upright:
+            break;
+    }
+    return "upright";
+}
+
 std::string manifestLine(const TitleEntry& title, const PictureEntry& picture) {
     return written({
         {"source", textOrNull(title.source)},
@@ -105,6 +128,7 @@ std::string manifestLine(const TitleEntry& title, const PictureEntry& picture) {
         {"missingFonts", picture.missingFonts},
         {"substitutions", json(picture.report.substitutions)},
         {"missingGlyphs", json(picture.report.missingGlyphs)},
+        {"missingTraits", json(picture.report.missingTraits)},
         {"clipped", json(picture.report.clipped)},
     });
 }

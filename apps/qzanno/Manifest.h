@@ -43,6 +43,8 @@ struct PictureEntry {
 
 /// "text", "glyphs", "layer 1" or "layer 2".
 const char* nameOfPart(RenderReport::Clipping::Part part);
+/// As reports and manifests name it.
+const char* nameOfTrait(RenderReport::MissingTrait::Trait trait);
 
 // One line of JSON each, the line feed included.
 

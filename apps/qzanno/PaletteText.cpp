@@ -43,6 +43,12 @@ std::string labelled(const char* label, const Ref<NSObject>& value) {
     return value ? std::string(label) + " " + value->description() : std::string();
 }
 
+/// The word of a flag, with a "not" where it is off; empty where it is not set.
+std::string flagText(const char* word, const NSDictionary& attributes, const NSString& name) {
+    const auto flag = attributes.objectForKey<NSNumber>(name);
+    return !flag ? std::string() : flag->boolValue() ? word : std::string("not ") + word;
+}
+
 std::string layerText(const char* label, const NSDictionary& attributes, const NSString& width, const NSString& offset,
                       const NSString& color) {
     const auto value = attributes.objectForKey<NSColor>(color);
@@ -98,6 +104,8 @@ std::string fontText(const NSDictionary& attributes) {
         parts.add(name->utf8());
         if (!NSFont::fontWithName(*name, 0)) parts.add("(missing)");
     }
+    parts.add(flagText("bold", attributes, *QzBoldAttribute));
+    parts.add(flagText("italic", attributes, *QzItalicAttribute));
     if (const Ref<NSObject> size = attributes.objectForKey(*QzFontSizeAttribute)) parts.add(size->description());
     return parts.text();
 }
@@ -105,6 +113,8 @@ std::string fontText(const NSDictionary& attributes) {
 std::string styleText(const NSDictionary& attributes) {
     Parts parts("; ");
     if (const auto color = attributes.objectForKey<NSColor>(*QzTextColorAttribute)) parts.add(colorText(*color));
+    parts.add(flagText("underlined", attributes, *QzUnderlineAttribute));
+    parts.add(flagText("struck through", attributes, *QzStrikeThroughAttribute));
     parts.add(labelled("kern", attributes.objectForKey(*NSKernAttributeName)));
     parts.add(labelled("slant", attributes.objectForKey(*NSObliquenessAttributeName)));
     parts.add(labelled("raised", attributes.objectForKey(*NSBaselineOffsetAttributeName)));

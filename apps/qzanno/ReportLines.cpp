@@ -43,6 +43,7 @@ bool ReportLines::tell(const std::string& where, const std::u16string& text, con
         if (!substitution.isFontMissing) tellSubstitution(where, substitution);
     }
     for (const auto& missing : report.missingGlyphs) tellMissingGlyph(where, missing);
+    for (const auto& missing : report.missingTraits) tellMissingTrait(where, missing);
     for (const auto& clipping : report.clipped) tellClipping(where, text, clipping);
     return !isStrict_ || report.isEmpty();
 }
@@ -64,6 +65,17 @@ void ReportLines::tellMissingGlyph(const std::string& where, const RenderReport:
         diagnostics_.error(where, what + ", and --strict forbids that; not rendered");
     else if (toldMissing_.insert(what).second)
         diagnostics_.warning(where, what + "; install one that has it, or give its folder with --font-dir");
+}
+
+void ReportLines::tellMissingTrait(const std::string& where, const RenderReport::MissingTrait& missing) {
+    using Trait = RenderReport::MissingTrait::Trait;
+    const bool isSynthesised = missing.trait == Trait::bold || missing.trait == Trait::italic;
+    const std::string what = "the font " + quoted(missing.font) + " has no " + nameOfTrait(missing.trait) + " face";
+    if (isStrict_)
+        diagnostics_.error(where, what + ", and --strict forbids one that is " +
+                                      (isSynthesised ? "synthesised" : "not") + "; not rendered");
+    else
+        diagnostics_.note(where, what + (isSynthesised ? "; one is synthesised" : "; it is shown as it is"));
 }
 
 void ReportLines::tellClipping(const std::string& where, const std::u16string& title,

@@ -21,6 +21,7 @@ public:
 private:
     void tellSubstitution(const std::string& where, const RenderReport::Substitution& substitution);
     void tellMissingGlyph(const std::string& where, const RenderReport::MissingGlyph& missing);
+    void tellMissingTrait(const std::string& where, const RenderReport::MissingTrait& missing);
     void tellClipping(const std::string& where, const std::u16string& text, const RenderReport::Clipping& clipping);
 
     Diagnostics& diagnostics_;

@@ -20,6 +20,21 @@ qzanno_report_kind kindOf(RenderReport::Clipping::Part part) {
     return QZANNO_REPORT_LAYER2_CLIPPED;
 }
 
+qzanno_report_kind kindOf(RenderReport::MissingTrait::Trait trait) {
+    using Trait = RenderReport::MissingTrait::Trait;
+    switch (trait) {
+        case Trait::bold:
+            return QZANNO_REPORT_BOLD_SYNTHESISED;
+        case Trait::italic:
+            return QZANNO_REPORT_ITALIC_SYNTHESISED;
+        case Trait::regular:
+            return QZANNO_REPORT_REGULAR_MISSING;
+        case Trait::upright:
+            break;
+    }
+    return QZANNO_REPORT_UPRIGHT_MISSING;
+}
+
 }  // namespace
 
 std::unique_ptr<qzanno_report> newReport(const RenderReport& report, const TextPositions& positions) {
@@ -34,6 +49,9 @@ std::unique_ptr<qzanno_report> newReport(const RenderReport& report, const TextP
     }
     for (const auto& missing : report.missingGlyphs) {
         for (const Range range : missing.ranges) add(QZANNO_REPORT_GLYPH_MISSING, range, "", missing.font);
+    }
+    for (const auto& missing : report.missingTraits) {
+        for (const Range range : missing.ranges) add(kindOf(missing.trait), range, "", missing.font);
     }
     for (const auto& clipping : report.clipped) add(kindOf(clipping.part), clipping.characters, "", "");
     return made;

@@ -310,7 +310,11 @@ typedef enum qzanno_report_kind {
     QZANNO_REPORT_TEXT_CLIPPED = 4,      ///< the text's box has no room for it
     QZANNO_REPORT_GLYPHS_CLIPPED = 5,    ///< letters reach beyond the picture
     QZANNO_REPORT_LAYER1_CLIPPED = 6,    ///< the layers beneath the letters do, and the letters do not
-    QZANNO_REPORT_LAYER2_CLIPPED = 7
+    QZANNO_REPORT_LAYER2_CLIPPED = 7,
+    QZANNO_REPORT_BOLD_SYNTHESISED = 8,    ///< the font has no bold face; its outlines are emboldened
+    QZANNO_REPORT_ITALIC_SYNTHESISED = 9,  ///< the font has no italic face; its outlines are slanted
+    QZANNO_REPORT_REGULAR_MISSING = 10,    ///< text that should not be bold is, since the font has no other face
+    QZANNO_REPORT_UPRIGHT_MISSING = 11     ///< text that should not be italic is, since the font has no other face
 } qzanno_report_kind;
 
 /// One matter on one stretch of the text.
@@ -319,7 +323,7 @@ typedef struct qzanno_report_item {
     size_t start;             ///< bytes of the title's text
     size_t length;            ///< bytes of the title's text
     const char* font_asked;   ///< as the palette names it; empty unless another one serves
-    const char* font_used;    ///< that serves, or that lacks the character; empty for what is clipped
+    const char* font_used;    ///< that serves, or that lacks the character or face; empty for what is clipped
 } qzanno_report_item;
 
 /// On the title that is set, as a picture of the area shows it. Stays as it is when another title is set.
@@ -328,7 +332,7 @@ QZANNO_API qzanno_result qzanno_renderer_report(qzanno_renderer* renderer, qzann
 QZANNO_API void qzanno_report_free(qzanno_report* report);
 /// 0 when all is shown as it was asked for.
 QZANNO_API size_t qzanno_report_count(const qzanno_report* report);
-/// First the fonts, then the missing glyphs, then what is clipped.
+/// First the fonts, then the missing glyphs, the faces, and what is clipped.
 QZANNO_API qzanno_result qzanno_report_item_at(const qzanno_report* report, size_t index, qzanno_report_item* out);
 
 /// @}

@@ -99,8 +99,10 @@ public:
     }
 
     py::list report(const Title& title, const std::string& areaName) {
-        static constexpr std::array kKinds = {"font missing",   "font substituted", "glyph missing",  "text clipped",
-                                              "glyphs clipped", "layer 1 clipped",  "layer 2 clipped"};
+        static constexpr std::array kKinds = {"font missing",    "font substituted", "glyph missing",
+                                              "text clipped",    "glyphs clipped",   "layer 1 clipped",
+                                              "layer 2 clipped", "bold synthesised", "italic synthesised",
+                                              "regular missing", "upright missing"};
         const qzanno_area area = areaOf(areaName);
         qzanno_report* made = nullptr;
         withTitle(title, [&] { return qzanno_renderer_report(handle_.get(), area, &made); });

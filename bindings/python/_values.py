@@ -54,7 +54,8 @@ class ReportItem(NamedTuple):
     """One matter in which a stretch of a title is not shown as it was asked for.
 
     `kind` is "font missing" (another one serves), "font substituted" (it lacks the characters), "glyph missing" (no font has
-    them), "text clipped" (the box has no room), "glyphs clipped", "layer 1 clipped" or "layer 2 clipped" (the picture ends).
+    them), "text clipped" (the box has no room), "glyphs clipped", "layer 1 clipped" or "layer 2 clipped" (the picture ends),
+    "bold synthesised" or "italic synthesised" (the font has no such face), "regular missing" or "upright missing" (it has no other).
     """
 
     kind: str

@@ -11,6 +11,7 @@
 
 #include <ft2build.h>
 #include FT_FREETYPE_H
+#include FT_OUTLINE_H
 #include FT_TRUETYPE_TABLES_H
 #include <hb-ot.h>
 
@@ -21,6 +22,12 @@
 
 namespace qz {
 namespace {
+
+// Points to the right for each point above the baseline, 12 degrees.
+constexpr float kSyntheticSlant = 0.2126f;
+// Stems grow by so many parts of the em, half of it on either side; what is horizontal by half as much, as in bold
+// fonts.
+constexpr double kSyntheticBold = 1.0 / 24;
 
 std::span<const uint8_t> bytesOf(hb_blob_t* file) {
     unsigned int size = 0;
@@ -38,7 +45,8 @@ public:
         if (library_) FT_Done_FreeType(library_);
     }
 
-    bool open(hb_blob_t* file, int index) {
+    bool open(hb_blob_t* file, int index, FontSynthesis synthesis) {
+        synthesis_ = synthesis;
         const std::span<const uint8_t> bytes = bytesOf(file);
         return succeeded(FT_Init_FreeType(&library_)) &&
                succeeded(
@@ -85,12 +93,25 @@ private:
             return {};
         }
         if (face_->glyph->format != FT_GLYPH_FORMAT_OUTLINE) return {};
-        return pathOfOutline(face_->glyph->outline);
+        FT_Outline& outline = face_->glyph->outline;
+        if (synthesis_.bold) embolden(outline);
+        NSBezierPath path = pathOfOutline(outline);
+        if (synthesis_.italic) path.transformUsingAffineTransform({.m21 = kSyntheticSlant});
+        return path;
+    }
+
+    void embolden(FT_Outline& outline) const {
+        const auto growth = static_cast<FT_Pos>(std::lround(kSyntheticBold * face_->units_per_EM));
+        // It leaves the left and the lower side where they are.
+        if (succeeded(FT_Outline_EmboldenXY(&outline, growth, growth / 2))) {
+            FT_Outline_Translate(&outline, -growth / 2, -growth / 4);
+        }
     }
 
     std::mutex mutex_;
     FT_Library library_ = nullptr;
     FT_Face face_ = nullptr;
+    FontSynthesis synthesis_;
     std::unordered_map<NSGlyph, std::shared_ptr<const NSBezierPath>> outlines_;
     size_t pointsHeld_ = 0;
     std::unordered_set<NSGlyph> damaged_;
@@ -98,15 +119,15 @@ private:
     std::atomic<bool> isDamageReported_ = false;
 };
 
-FontFace::FontFace(const InstalledFont& font, HarfBuzzRef<hb_blob_t> file)
-    : installedFont_(font), file_(std::move(file)), metrics_{800, -200, 0} {
+FontFace::FontFace(const InstalledFont& font, FontSynthesis synthesis, HarfBuzzRef<hb_blob_t> file)
+    : installedFont_(font), synthesis_(synthesis), file_(std::move(file)), metrics_{800, -200, 0} {
     const auto faceNumber = static_cast<unsigned int>(font.index) & 0xFFFF;
     const auto instance = static_cast<unsigned int>(font.index) >> 16;
     const HarfBuzzRef<hb_face_t> tables(hb_face_create(file_.get(), faceNumber));
     if (tables.get() == hb_face_get_empty()) throw std::bad_alloc();
 
     auto outlines = std::make_unique<OutlineSource>();
-    const bool isOpen = outlines->open(file_.get(), font.index) && hb_face_get_glyph_count(tables.get()) > 0;
+    const bool isOpen = outlines->open(file_.get(), font.index, synthesis) && hb_face_get_glyph_count(tables.get()) > 0;
     if (isOpen) {
         outlines_ = std::move(outlines);
         glyphCount_ = hb_face_get_glyph_count(tables.get());
@@ -122,20 +143,22 @@ FontFace::FontFace(const InstalledFont& font, HarfBuzzRef<hb_blob_t> file)
     shaper_.reset(hb_font_create(tables.get()));
     if (shaper_.get() == hb_font_get_empty()) throw std::bad_alloc();
     if (instance > 0) hb_font_set_var_named_instance(shaper_.get(), instance - 1);
+    // Marks that stand higher lean over as far as the letters do.
+    if (synthesis.italic) hb_font_set_synthetic_slant(shaper_.get(), kSyntheticSlant);
     hb_font_make_immutable(shaper_.get());
 }
 
 FontFace::~FontFace() = default;
 
-std::shared_ptr<const FontFace> FontFace::open(const InstalledFont& font) {
+std::shared_ptr<const FontFace> FontFace::open(const InstalledFont& font, FontSynthesis synthesis) {
     HarfBuzzRef<hb_blob_t> file(hb_blob_create_from_file_or_fail(font.path.c_str()));
     if (!file) return {};
-    std::shared_ptr<const FontFace> face(new FontFace(font, std::move(file)));
+    std::shared_ptr<const FontFace> face(new FontFace(font, synthesis, std::move(file)));
     return face->outlines_ && face->showsLetters() ? face : nullptr;
 }
 
 std::shared_ptr<const FontFace> FontFace::withoutGlyphs() {
-    return std::shared_ptr<const FontFace>(new FontFace({}, HarfBuzzRef<hb_blob_t>(hb_blob_get_empty())));
+    return std::shared_ptr<const FontFace>(new FontFace({}, {}, HarfBuzzRef<hb_blob_t>(hb_blob_get_empty())));
 }
 
 FontFace::Metrics FontFace::readMetrics() const {

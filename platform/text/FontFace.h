@@ -33,13 +33,15 @@ public:
 
     /// None when the file cannot be read, holds no such font, or has letters that all lack an outline, which is what a
     /// damaged file looks like.
-    static std::shared_ptr<const FontFace> open(const InstalledFont& font);
+    static std::shared_ptr<const FontFace> open(const InstalledFont& font, FontSynthesis synthesis = {});
     /// A face whose only glyph, 0, is empty; for a machine without fonts.
     static std::shared_ptr<const FontFace> withoutGlyphs();
     ~FontFace();
 
     /// What the font library says of it; names and path are empty for the face without glyphs.
     const InstalledFont& installedFont() const { return installedFont_; }
+    /// What has been made of the font; its outlines show it.
+    FontSynthesis synthesis() const { return synthesis_; }
     double unitsPerEm() const { return unitsPerEm_; }
     uint32_t glyphCount() const { return glyphCount_; }
     /// The descender is not above 0, the line gap not below.
@@ -71,12 +73,14 @@ public:
 private:
     class OutlineSource;
 
-    [[gnu::visibility("hidden")]] FontFace(const InstalledFont& font, HarfBuzzRef<hb_blob_t> file);
+    [[gnu::visibility("hidden")]] FontFace(const InstalledFont& font, FontSynthesis synthesis,
+                                           HarfBuzzRef<hb_blob_t> file);
 
     Metrics readMetrics() const;
     bool showsLetters() const;
 
     const InstalledFont installedFont_;
+    const FontSynthesis synthesis_;
     HarfBuzzRef<hb_blob_t> file_;
     std::unique_ptr<OutlineSource> outlines_;  // none: the file cannot be used
     std::unique_ptr<const ColourGlyphs> colourGlyphs_;

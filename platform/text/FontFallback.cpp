@@ -239,9 +239,16 @@ std::shared_ptr<const FontFallback::Ranking> FontFallback::rankingFor(const Inst
 Ref<NSFont> fontForText(const Ref<NSFont>& font, std::u16string_view text, std::string_view language) {
     if (font->coversText(text)) return font;
     FontLibrary& library = FontLibrary::current();
-    const InstalledFont* const other = library.fallback().fontForText(font->face(), text, language);
-    std::shared_ptr<const FontFace> face = other ? library.face(*other) : nullptr;
-    return face ? std::make_shared<NSFont>(std::move(face), font->pointSize()) : font;
+    const FontTraits traits = font->traits();
+    const auto withTraits = [&](const InstalledFont& of) {
+        return traits.isEmpty() ? nullptr : library.faceWithTraits(of, traits, text);
+    };
+    // The italic face of a family may have fewer characters than the regular one, which is slanted then.
+    std::shared_ptr<const FontFace> face = withTraits(font->face().installedFont());
+    const InstalledFont* const other = face ? nullptr : library.fallback().fontForText(font->face(), text, language);
+    if (other) face = withTraits(*other);
+    if (other && !face) face = library.face(*other);
+    return face ? std::make_shared<NSFont>(std::move(face), font->pointSize(), traits) : font;
 }
 
 }  // namespace qz

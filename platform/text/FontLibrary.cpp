@@ -11,6 +11,7 @@
 #include <unicode/unistr.h>
 
 #include "platform/foundation/NSLog.h"
+#include "platform/text/FaceChoice.h"
 #include "platform/text/FontFace.h"
 #include "platform/text/FontFallback.h"
 #include "platform/text/FontListing.h"
@@ -61,6 +62,17 @@ public:
             if (const auto found = names->find(key); found != names->end()) return found->second;
         }
         return {};
+    }
+
+    /// The fonts of a family, in the order of the list.
+    std::vector<const InstalledFont*> ofFamily(std::string_view family) const {
+        std::vector<const InstalledFont*> members;
+        const auto found = familyNames_.find(folded(family));
+        if (found == familyNames_.end()) return members;
+        std::vector<size_t> owners = found->second;
+        std::ranges::sort(owners);
+        for (const size_t font : owners) members.push_back(&fonts_[font]);
+        return members;
     }
 
     const InstalledFont* ofFile(std::string_view path, int index) const {
@@ -126,7 +138,7 @@ struct FontLibrary::Configuration {
 };
 
 struct FontLibrary::OpenedFace {
-    std::weak_ptr<const FontFace> face;
+    std::array<std::weak_ptr<const FontFace>, 4> faces;  // by what is made of it: bold 1, italic 2
     bool isRefused = false;
 };
 
@@ -193,13 +205,14 @@ const InstalledFont* FontLibrary::fontOfFile(std::string_view path, int index) c
     return index_->ofFile(path, index);
 }
 
-std::shared_ptr<const FontFace> FontLibrary::face(const InstalledFont& font) {
+std::shared_ptr<const FontFace> FontLibrary::face(const InstalledFont& font, FontSynthesis synthesis) {
     {
         const std::lock_guard lock(mutex_);
         OpenedFace& opened = faces_[static_cast<size_t>(&font - index_->fonts().data())];
         if (opened.isRefused) return {};
-        std::shared_ptr<const FontFace> face = opened.face.lock();
-        if (!face) opened.face = face = FontFace::open(font);
+        auto& known = opened.faces[(synthesis.bold ? 1u : 0u) + (synthesis.italic ? 2u : 0u)];
+        std::shared_ptr<const FontFace> face = known.lock();
+        if (!face) known = face = FontFace::open(font, synthesis);
         if (face) {
             std::erase(recent_, face);
             if (recent_.size() == kRecentFacesMax) recent_.erase(recent_.begin());
@@ -219,6 +232,16 @@ std::shared_ptr<const FontFace> FontLibrary::faceWithName(std::string_view name)
     for (const size_t font : found) {
         if (!lookAlike(fonts()[font], fonts()[found.front()])) continue;
         if (auto opened = face(fonts()[font])) return opened;
+    }
+    return {};
+}
+
+std::shared_ptr<const FontFace> FontLibrary::faceWithTraits(const InstalledFont& font, FontTraits traits,
+                                                            std::u16string_view text) {
+    if (font.isColour) return {};
+    for (const auto& [candidate, synthesis] : facesWithTraits(font, traits, index_->ofFamily(font.familyName))) {
+        auto opened = face(*candidate, synthesis);
+        if (opened && opened->coversText(text)) return opened;
     }
     return {};
 }

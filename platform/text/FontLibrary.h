@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/text/FontTraits.h"
+
 namespace qz {
 
 class FontFace;
@@ -28,6 +30,11 @@ struct InstalledFont {
     int version = 0;        ///< the font revision of its "head" table, 16.16; 0 when it is not known
     bool isColour = false;  ///< whether it has colour glyphs
     bool isAdded = false;   ///< from a folder given to the library
+
+    /// From semibold on.
+    bool isBold() const { return weight >= 180; }
+    /// Oblique too.
+    bool isItalic() const { return slant != 0; }
 };
 
 /// Something about a folder of fonts, or a file in it, that its owner should know.
@@ -82,10 +89,14 @@ public:
 
     /// The face of a font of this library, an element of `fonts` and no copy; the same face as long as anybody holds
     /// it. None when its file is of no use.
-    std::shared_ptr<const FontFace> face(const InstalledFont& font);
+    std::shared_ptr<const FontFace> face(const InstalledFont& font, FontSynthesis synthesis = {});
     /// The face of `fontWithName`; when its file is of no use, that of another font which bears the name and looks the
     /// same. None without either.
     std::shared_ptr<const FontFace> faceWithName(std::string_view name);
+    /// The face with these traits of the font's family that covers the text and otherwise comes nearest, synthesised
+    /// where the family has no such face. Null for a font in colours, or when no face of the family covers the text.
+    std::shared_ptr<const FontFace> faceWithTraits(const InstalledFont& font, FontTraits traits,
+                                                   std::u16string_view text = {});
     /// The face that serves where none is named; one without glyphs when there are no fonts.
     std::shared_ptr<const FontFace> systemFace();
     /// What finds fonts of this library for characters that the font asked for lacks; lives as long as the library.

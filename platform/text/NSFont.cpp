@@ -18,7 +18,8 @@ bool isUsableSize(float size) {
 
 }  // namespace
 
-NSFont::NSFont(std::shared_ptr<const FontFace> face, float pointSize) : face_(std::move(face)), pointSize_(pointSize) {}
+NSFont::NSFont(std::shared_ptr<const FontFace> face, float pointSize, FontTraits traits)
+    : face_(std::move(face)), pointSize_(pointSize), traits_(traits) {}
 
 Ref<NSFont> NSFont::fontWithName(const NSString& name, float size) {
     if (!isUsableSize(size)) return {};
@@ -38,7 +39,21 @@ Ref<NSFont> NSFont::systemFontOfSize(float size) {
 
 Ref<NSFont> NSFont::fontWithSize(float size) const {
     if (!isUsableSize(size)) return {};
-    return std::make_shared<NSFont>(face_, size > 0 ? size : kPointSizeOtherwise);
+    return std::make_shared<NSFont>(face_, size > 0 ? size : kPointSizeOtherwise, traits_);
+}
+
+Ref<NSFont> NSFont::fontWithTraits(FontTraits traits) const {
+    auto face = FontLibrary::current().faceWithTraits(face_->installedFont(), traits);
+    return std::make_shared<NSFont>(face ? std::move(face) : face_, pointSize_, traits);
+}
+
+FontTraits NSFont::unmetTraits() const {
+    const InstalledFont& font = face_->installedFont();
+    if (font.isColour) return {};
+    FontTraits unmet = traits_;
+    if (unmet.bold == font.isBold()) unmet.bold.reset();
+    if (unmet.italic == font.isItalic()) unmet.italic.reset();
+    return unmet;
 }
 
 Ref<NSString> NSFont::fontName() const {
@@ -88,7 +103,11 @@ float NSFont::points(double fontUnits) const {
 
 bool NSFont::isEqual(const NSObject& other) const {
     const auto* font = dynamic_cast<const NSFont*>(&other);
-    return font && font->face_ == face_ && font->pointSize_ == pointSize_;
+    return font && looksLike(*font) && font->traits_ == traits_;
+}
+
+bool NSFont::looksLike(const NSFont& other) const {
+    return other.face_ == face_ && other.pointSize_ == pointSize_;
 }
 
 size_t NSFont::hash() const {

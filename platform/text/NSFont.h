@@ -5,6 +5,7 @@
 #include "platform/foundation/Limits.h"
 #include "platform/foundation/NSGeometry.h"
 #include "platform/graphics/NSBezierPath.h"
+#include "platform/text/FontTraits.h"
 
 namespace qz {
 
@@ -33,6 +34,15 @@ public:
     static float systemFontSize() { return 13.0f; }
     /// The same face at another size, with the size rules of `fontWithName`.
     Ref<NSFont> fontWithSize(float size) const;
+    /// The face of the same family, at the same size, that has these traits and otherwise comes nearest. Where the
+    /// family has no such face, bold and italic are synthesised; the other way round the font stays as it is. A font
+    /// in colours has no traits. Fonts that serve for characters that it lacks get the traits as well.
+    Ref<NSFont> fontWithTraits(FontTraits traits) const;
+
+    /// What was asked of `fontWithTraits`.
+    const FontTraits& traits() const { return traits_; }
+    /// Those of them that are synthesised, or could not be taken away.
+    FontTraits unmetTraits() const;
 
     /// In points.
     static constexpr float kPointSizeMax = Limits::kFontPointsMax;
@@ -71,20 +81,23 @@ public:
     /// For the text system; lives as long as the font.
     const FontFace& face() const { return *face_; }
 
-    /// Whether the other is the same face of the same library at the same size.
+    /// Whether text is shaped and drawn alike in both: the same face at the same size.
+    bool looksLike(const NSFont& other) const;
+    /// Whether the other is the same face of the same library at the same size, with the same traits asked for.
     bool isEqual(const NSObject& other) const override;
     size_t hash() const override;
     std::string description() const override;
     std::string className() const override { return "NSFont"; }
 
     /// For the text system, which sees to it that there is a face, and that the size is one that `pointSize` may give.
-    NSFont(std::shared_ptr<const FontFace> face, float pointSize);
+    NSFont(std::shared_ptr<const FontFace> face, float pointSize, FontTraits traits = {});
 
 private:
     float points(double fontUnits) const;
 
     const std::shared_ptr<const FontFace> face_;
     const float pointSize_;
+    const FontTraits traits_;
 };
 
 /// Appends a glyph's outline, unhinted, with its origin at the path's current point and y growing upward; afterwards

@@ -117,7 +117,7 @@ void Paragraph::findStyles(const NSAttributedString& text, uint32_t location) {
         position = style.end;
         if (!styles_.empty() && styles_.back().kern == style.kern &&
             styles_.back().baselineOffset == style.baselineOffset && styles_.back().language == style.language &&
-            styles_.back().font->isEqual(*style.font)) {
+            styles_.back().font->looksLike(*style.font)) {
             styles_.back().end = style.end;
         } else {
             styles_.push_back(std::move(style));
@@ -144,7 +144,7 @@ void Paragraph::itemize(std::u16string_view paragraph) {
         const bool continues = item && !isFull && item->isControl == control && item->level == levels[start] &&
                                (own == USCRIPT_COMMON || own == script || script == USCRIPT_COMMON) &&
                                item->language == styles_[style].language &&
-                               (item->font == font || item->font->isEqual(*font));
+                               (item->font == font || item->font->looksLike(*font));
         if (!continues) {
             items_.push_back({.start = start,
                               .end = end,

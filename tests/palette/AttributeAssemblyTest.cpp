@@ -10,6 +10,7 @@
 #include "platform/text/NSFont.h"
 #include "platform/text/NSParagraphStyle.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/Palettes.h"
 
 namespace qz {
 namespace {
@@ -18,13 +19,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-using Attributes = std::vector<std::pair<Ref<NSString>, Ref<NSObject>>>;
-
-Ref<NSDictionary> dictionary(const Attributes& attributes) {
-    ObjectMap map;
-    for (const auto& [name, value] : attributes) map.set(name, value);
-    return NSDictionary::dictionaryWithMap(std::move(map));
-}
+using test::Attributes;
 
 Ref<NSNumber> number(double value) {
     return NSNumber::numberWithDouble(value);
@@ -36,16 +31,16 @@ protected:
 
     Ref<QzAnnoKey> annotation(const char* name, const Attributes& attributes) {
         const auto key = palette_->createAnno(NSString::stringWithUTF8String(name))->annokey();
-        palette_->replaceAnno(QzAnno::initWithKey(key, dictionary(attributes)));
+        palette_->replaceAnno(QzAnno::initWithKey(key, test::dictionaryOf(attributes)));
         return key;
     }
 
     void setGlobals(const Attributes& attributes) {
-        palette_->replaceAnno(QzAnno::initWithKey(palette_->annoKeyAtPriority(0), dictionary(attributes)));
+        palette_->replaceAnno(QzAnno::initWithKey(palette_->annoKeyAtPriority(0), test::dictionaryOf(attributes)));
     }
 
     Ref<NSDictionary> assembled(const Attributes& attributes) {
-        return palette_->assembleCompleteAttributes(dictionary(attributes));
+        return palette_->assembleCompleteAttributes(test::dictionaryOf(attributes));
     }
 
     static Ref<NSFont> fontOf(const NSDictionary& attributes) {
@@ -82,13 +77,13 @@ TEST_F(AttributeAssemblyTest, HigherPrioritiesWinWhateverTheOrderOfTheSet) {
                             NSSet::setWithObjects<QzAnnoKey>({high, foreign, global, low})}) {
         const auto merged = palette_->attributesForSet(set);
         EXPECT_EQ(merged->objectForKey(*QzAnnoAttributeName), set);
-        EXPECT_TRUE(merged->isEqual(*dictionary({{QzFontSizeAttribute, number(30)},
-                                                 {QzLeadingAttribute, number(4)},
-                                                 {NSKernAttributeName, number(2)},
-                                                 {QzAnnoAttributeName, set}})))
+        EXPECT_TRUE(merged->isEqual(*test::dictionaryOf({{QzFontSizeAttribute, number(30)},
+                                                         {QzLeadingAttribute, number(4)},
+                                                         {NSKernAttributeName, number(2)},
+                                                         {QzAnnoAttributeName, set}})))
             << merged->description();
     }
-    const auto globalsOnly = dictionary(
+    const auto globalsOnly = test::dictionaryOf(
         {{QzFontSizeAttribute, number(1)}, {QzLeadingAttribute, number(4)}, {QzAnnoAttributeName, NSSet::set()}});
     EXPECT_TRUE(palette_->attributesForSet(NSSet::set())->isEqual(*globalsOnly));
     EXPECT_TRUE(palette_->attributesForSet({})->isEqual(*globalsOnly));
@@ -172,6 +167,7 @@ TEST_F(AttributeAssemblyTest, HostileValuesCountAsAbsentWithOneLine) {
         {QzFontNameAttribute, NSSet::set(), defaultSize, "NSSet and is ignored"},
         {QzLeadingAttribute, number(nan), defaultSize, "Leading nan is not a finite number"},
         {QzLeadingAttribute, NSSet::set(), defaultSize, "which is no number, and is ignored"},
+        {QzBoldAttribute, NSSet::set(), defaultSize, "which is no number, and is ignored"},
         {QzHorizontalAlignmentAttribute, number(5), defaultSize, "alignment 5 is outside 0 to 4"},
         {QzHorizontalAlignmentAttribute, number(-1), defaultSize, "alignment -1 is outside"},
     };
@@ -199,15 +195,24 @@ TEST_F(AttributeAssemblyTest, InlinesAreWhatTheAnnotationsDoNotGive) {
     const auto complete = palette_->assembleCompleteAttributes(palette_->attributesForSet(NSSet::setWithObject(key)));
     EXPECT_EQ(palette_->findInlines(complete)->description(), "{}");
 
+    // Traits meet on a run, and the font that they lead to is no formatting of its own.
+    const auto bold = annotation("b", {{QzBoldAttribute, NSNumber::numberWithInt(1)}});
+    const auto italic = annotation("i", {{QzItalicAttribute, number(1)}});
+    const auto traited = palette_->assembleCompleteAttributes(
+        palette_->attributesForSet(NSSet::setWithObjects<QzAnnoKey>({key, bold, italic})));
+    EXPECT_EQ(fontOf(*traited)->fontName()->utf8(), "DejaVuSans-BoldOblique");
+    EXPECT_EQ(palette_->findInlines(traited)->description(), "{}");
+
     ObjectMap edited = complete->map();
     edited.set(QzTextColorAttribute, NSColor::blackColor());
     edited.set(NSFontAttributeName, NSFont::fontWithName(*"DejaVuSans"_ns, 13));
     edited.set("Foreign"_ns, "kept"_ns);
     const auto inlines = palette_->findInlines(NSDictionary::dictionaryWithMap(edited));
-    EXPECT_TRUE(inlines->isEqual(*dictionary(
+    EXPECT_TRUE(inlines->isEqual(*test::dictionaryOf(
         {{QzTextColorAttribute, NSColor::blackColor()}, {QzFontSizeAttribute, number(13)}, {"Foreign"_ns, "kept"_ns}})))
         << inlines->description();
-    EXPECT_EQ(palette_->findInlines(dictionary({{"Foreign"_ns, "kept"_ns}}))->count(), 1u) << "no annotation list";
+    EXPECT_EQ(palette_->findInlines(test::dictionaryOf({{"Foreign"_ns, "kept"_ns}}))->count(), 1u)
+        << "no annotation list";
 }
 
 TEST_F(AttributeAssemblyTest, DisassemblyTakesFontsAndStylesOnly) {
@@ -216,14 +221,15 @@ TEST_F(AttributeAssemblyTest, DisassemblyTakesFontsAndStylesOnly) {
     style.paragraphSpacing = 7;
     style.alignment = NSTextAlignment::right;
     const auto fragments = palette_->disassembleFragments(
-        dictionary({{NSFontAttributeName, NSFont::fontWithName(*"DejaVuSans-Bold"_ns, 21)},
-                    {NSParagraphStyleAttributeName, NSParagraphStyle::paragraphStyleWithValues(style)}}));
-    EXPECT_TRUE(fragments->isEqual(*dictionary({{QzFontSizeAttribute, number(21)},
-                                                {QzFontAttribute, "DejaVuSans-Bold"_ns},
-                                                {QzLeadingAttribute, number(double{0.1f})},
-                                                {QzHorizontalAlignmentAttribute, NSNumber::numberWithInt(1)}})))
+        test::dictionaryOf({{NSFontAttributeName, NSFont::fontWithName(*"DejaVuSans-Bold"_ns, 21)},
+                            {NSParagraphStyleAttributeName, NSParagraphStyle::paragraphStyleWithValues(style)}}));
+    EXPECT_TRUE(fragments->isEqual(*test::dictionaryOf({{QzFontSizeAttribute, number(21)},
+                                                        {QzFontAttribute, "DejaVuSans-Bold"_ns},
+                                                        {QzLeadingAttribute, number(double{0.1f})},
+                                                        {QzHorizontalAlignmentAttribute, NSNumber::numberWithInt(1)}})))
         << fragments->description();
-    const auto foreign = dictionary({{NSFontAttributeName, "a name"_ns}, {NSParagraphStyleAttributeName, number(1)}});
+    const auto foreign =
+        test::dictionaryOf({{NSFontAttributeName, "a name"_ns}, {NSParagraphStyleAttributeName, number(1)}});
     EXPECT_TRUE(palette_->disassembleFragments(foreign)->isEqual(*foreign));
 }
 

@@ -68,6 +68,29 @@ TEST_F(RenderReportTest, NamesTheFontsThatServeForOthers) {
     EXPECT_THAT(report.missingGlyphs, IsEmpty());
 }
 
+TEST_F(RenderReportTest, NamesTheFacesThatAreNotThere) {
+    give({{QzFontAttribute, "DejaVu Sans"_ns}, {QzItalicAttribute, integer(1)}});
+    // Its oblique face has no Arabic, for which the upright one is slanted; Japanese is slanted from its own font.
+    const RenderReport report = reportOf("Title \u0643 東 \U0001F600");
+    using Trait = RenderReport::MissingTrait::Trait;
+    ASSERT_EQ(report.missingTraits.size(), 2u);
+    EXPECT_EQ(report.missingTraits[0].trait, Trait::italic);
+    EXPECT_EQ(report.missingTraits[0].font, "DejaVuSans");
+    EXPECT_THAT(report.missingTraits[0].ranges, ElementsAre(Range{6, 1}));
+    EXPECT_EQ(report.missingTraits[1].font, "NotoSansCJKjp-Regular");
+    EXPECT_EQ(report.substitutions.size(), 2u) << "of Japanese and of the emoji";
+    EXPECT_FALSE(report.isEmpty());
+
+    const TemporaryFolder folder;
+    writeText(folder.file("q.ttf"), quokka(fontFile("DejaVu Sans Bold Oblique")));
+    pipeline->setFontLibrary(FontLibrary::withDirectories({folder.path().string()}));
+    give({{QzFontAttribute, "Quokka Sans"_ns}, {QzItalicAttribute, integer(0)}, {QzBoldAttribute, integer(0)}});
+    const RenderReport heavy = reportOf("Title");
+    ASSERT_EQ(heavy.missingTraits.size(), 2u) << "what a font is cannot be taken away";
+    EXPECT_EQ(heavy.missingTraits[0].trait, Trait::regular);
+    EXPECT_EQ(heavy.missingTraits[1].trait, Trait::upright);
+}
+
 TEST_F(RenderReportTest, NamesTheCharactersThatNoFontShows) {
     const RenderReport report = reportOf("a\U000FFFF0 b\U000FFFF0\U000FFFF1");
     ASSERT_EQ(report.missingGlyphs.size(), 2u);
@@ -99,7 +122,7 @@ CrowdedTitle crowdedTitle(RandomChoices& choices, NSSize screen) {
         return static_cast<float>(choices.ConsumeIntegralInRange(least, most)) / static_cast<float>(of);
     };
     CrowdedTitle title = {
-        {{QzFontAttribute, choices.PickValueInArray({"DejaVu Sans"_ns, "Noto Sans"_ns, "Inter Variable"_ns})},
+        {{QzFontAttribute, choices.PickValueInArray({"DejaVu Sans"_ns, "Noto Sans"_ns, "Inter"_ns})},
          {QzFontSizeAttribute, number(choices.ConsumeBool() ? fraction(20, 79, 1) : fraction(2000, 7900, 100))},
          {QzVerticalAlignmentAttribute, integer(choices.ConsumeIntegralInRange(0, 2))},
          {QzHorizontalAlignmentAttribute, integer(choices.ConsumeIntegralInRange(0, 4))},

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <optional>
 #include <set>
 #include <thread>
 
@@ -132,6 +133,52 @@ struct PlainFace {
 
 const char* const kFontsOfAllKinds[] = {"DejaVuSans", "DejaVuSerif-BoldItalic", "NotoSansDevanagari-Regular",
                                         "NotoSansCJKkr-Bold", "NotoSerifCJKjp-Regular"};
+
+TEST(FontTest, TraitsChooseAmongTheFacesOfTheFamily) {
+    constexpr std::optional<bool> as, yes = true, no = false;
+    const struct {
+        const char* named;
+        FontTraits asked;
+        const char* found;
+        FontTraits unmet;
+        const char* reason;
+    } cases[] = {
+        {"DejaVu Sans", {yes, as}, "DejaVuSans-Bold", {}, "the bold sister"},
+        {"DejaVuSans", {as, yes}, "DejaVuSans-Oblique", {}, "oblique counts as italic"},
+        {"DejaVu Serif", {yes, yes}, "DejaVuSerif-BoldItalic", {}, "both"},
+        {"DejaVu Sans Bold", {no, as}, "DejaVuSans", {}, "and back"},
+        {"DejaVu Sans Bold", {as, yes}, "DejaVuSans-BoldOblique", {}, "what is not asked stays"},
+        {"DejaVu Serif-Bold Italic", {no, no}, "DejaVuSerif", {}, "neither"},
+        {"DejaVu Sans Condensed", {yes, as}, "DejaVuSansCondensed-Bold", {}, "the width is kept"},
+        {"DejaVu Sans-ExtraLight", {yes, as}, "DejaVuSans-Bold", {}, "from another weight"},
+        {"Inter", {yes, yes}, "Inter-BoldItalic", {}, "a named instance, in another file"},
+        {"Inter-Medium", {as, yes}, "Inter-MediumItalic", {}, "nearest in weight"},
+        {"Inter-Semi Bold", {yes, as}, "Inter-Bold", {}, "bolder than semibold"},
+        {"Inter-Black", {yes, as}, "Inter-Black", {}, "bold enough"},
+        {"Noto Sans CJK JP", {yes, as}, "NotoSansCJKjp-Bold", {}, "of a collection"},
+        {"Noto Sans CJK JP", {yes, yes}, "NotoSansCJKjp-Bold", {as, yes}, "the real bold, slanted"},
+        {"DejaVu Math TeX Gyre", {yes, no}, "DejaVuMathTeXGyre-Regular", {yes, as}, "the only one, emboldened"},
+        {"Noto Color Emoji", {yes, yes}, "NotoColorEmoji", {}, "pictures have no traits"},
+    };
+    for (const auto& [named, asked, found, unmet, reason] : cases) {
+        SCOPED_TRACE(std::string(named) + ": " + reason);
+        const Ref<NSFont> plain = fontNamed(named), font = plain->fontWithTraits(asked);
+        EXPECT_EQ(font->fontName()->utf8(), found);
+        EXPECT_TRUE(font->unmetTraits() == unmet);
+        EXPECT_EQ(font->pointSize(), 20);
+        EXPECT_TRUE(font->isEqual(*plain->fontWithTraits(asked))) << "the same face again";
+        if (unmet.isEmpty()) continue;
+        // What is synthesised breaks no line elsewhere: a heavier or slanted outline at the same advance.
+        const NSGlyph glyph = font->glyphForCharacter(U'I');
+        const Ref<NSFont> real = fontNamed(found);
+        EXPECT_EQ(font->advancementForGlyph(glyph), real->advancementForGlyph(glyph));
+        const NSRect box = font->boundingRectForGlyph(glyph), realBox = real->boundingRectForGlyph(glyph);
+        const float slant = unmet.italic ? 0.2126f * realBox.size.height : 0, growth = unmet.bold ? 20 / 24.0f : 0;
+        EXPECT_NEAR(box.size.width, realBox.size.width + slant + growth, 0.1);
+        EXPECT_NEAR(box.size.height, realBox.size.height + growth / 2, 0.1);
+        EXPECT_NEAR(box.origin.y, realBox.origin.y - growth / 4, 0.05);
+    }
+}
 
 TEST(FontTest, MetricsAreThoseOfTheFont) {
     for (const char* name : kFontsOfAllKinds) {
