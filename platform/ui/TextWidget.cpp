@@ -5,6 +5,7 @@
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QPainter>
+#include <QPainterPath>
 #include <cmath>
 
 #include "platform/graphics/NSGraphicsContext.h"
@@ -90,22 +91,31 @@ NSRect TextWidget::caretRect() {
 
 void TextWidget::drawText() {
     isStale_ = false;
+    glyphs_.reset();
+    canvas_ = newCanvas([](NSLayoutManager& manager, Range glyphs) {
+        manager.drawGlyphsForGlyphRange(glyphs, {0, 0});
+    });
+}
+
+/// A bitmap of the area's pixels, drawn on in container points.
+Ref<NSBitmapImageRep> TextWidget::newCanvas(const std::function<void(NSLayoutManager&, Range glyphs)>& draw) const {
     const auto [area, scale] = placement();
     const double pixels = devicePixelRatioF();
     NSBitmapImageRep::Format format;
     format.pixelsWide = static_cast<int32_t>(std::lround(area.width() * pixels));
     format.pixelsHigh = static_cast<int32_t>(std::lround(area.height() * pixels));
-    canvas_ = NSBitmapImageRep::initWithBitmapDataPlanes(nullptr, format);
+    const Ref<NSBitmapImageRep> canvas = NSBitmapImageRep::initWithBitmapDataPlanes(nullptr, format);
     const Ref<NSTextContainer> container = view_->textContainer();
     const Ref<NSLayoutManager> manager = container->layoutManager();
-    if (!canvas_ || !manager) return;
+    if (!canvas || !manager) return canvas;
     const Ref<NSGraphicsContext> former = NSGraphicsContext::currentContext();
-    NSGraphicsContext::setCurrentContext(NSGraphicsContext::graphicsContextWithBitmapImageRep(canvas_, true));
+    NSGraphicsContext::setCurrentContext(NSGraphicsContext::graphicsContextWithBitmapImageRep(canvas, true));
     NSAffineTransform toPixels;
     toPixels.scaleXBy(scale * pixels, scale * pixels);
     toPixels.concat();
-    manager->drawGlyphsForGlyphRange(manager->glyphRangeForTextContainer(*container), {0, 0});
+    draw(*manager, manager->glyphRangeForTextContainer(*container));
     NSGraphicsContext::setCurrentContext(former);
+    return canvas;
 }
 
 void TextWidget::paintEvent(QPaintEvent* /*event*/) {
@@ -120,11 +130,37 @@ void TextWidget::paintEvent(QPaintEvent* /*event*/) {
         drawCheckerboard(painter, area.toAlignedRect(), kCheckerboardSquare);
     }
     painter.setClipRect(area);
-    QColor selected = palette().color(hasFocus() ? QPalette::Active : QPalette::Inactive, QPalette::Highlight);
-    selected.setAlphaF(kSelectionOpacity);
-    for (const NSRect& rect : caret_.selectionRects()) painter.fillRect(toWidget(rect), selected);
     if (canvas_) painter.drawImage(area, imageOf(*canvas_));
+    drawSelection(painter);
     drawMarks(painter);
+}
+
+/// Above what lies beneath the glyphs, which may be a box that hides all, and with the glyphs above it once more.
+void TextWidget::drawSelection(QPainter& painter) {
+    QPainterPath selection, around;
+    around.setFillRule(Qt::WindingFill);
+    for (const NSRect& rect : caret_.selectionRects()) {
+        selection.addRect(toWidget(rect));
+        around.addRect(toWidget(rect).adjusted(-2, -2, 2, 2));
+    }
+    if (selection.isEmpty()) return;
+    QColor color = palette().color(hasFocus() ? QPalette::Active : QPalette::Inactive, QPalette::Highlight);
+    color.setAlphaF(kSelectionOpacity);
+    painter.fillPath(selection, color);
+    if (!glyphs_) {
+        glyphs_ = newCanvas([](NSLayoutManager& manager, Range glyphs) {
+            manager.NSLayoutManager::drawGlyphsForGlyphRange(glyphs, {0, 0});
+        });
+    }
+    const QRectF area = placement().area;
+    painter.save();
+    painter.setClipPath(selection, Qt::IntersectClip);
+    if (glyphs_) painter.drawImage(area, imageOf(*glyphs_));
+    painter.restore();
+    // Its border is light on dark, to be seen where picture or box are of the selection's own colour.
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.strokePath(around.simplified(), QPen(QColor(0, 0, 0, 150), 3));
+    painter.strokePath(around.simplified(), QPen(QColor(255, 255, 255, 230), 1));
 }
 
 /// What lies above the text: the line under text that is being composed, and the insertion point.

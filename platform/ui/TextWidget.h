@@ -67,6 +67,8 @@ private:
     /// Of the insertion point, in container points.
     NSRect caretRect();
     void drawText();
+    Ref<NSBitmapImageRep> newCanvas(const std::function<void(NSLayoutManager&, Range glyphs)>& draw) const;
+    void drawSelection(QPainter& painter);
     void drawMarks(QPainter& painter);
     void selectionChanged();
     void endComposing();
@@ -75,8 +77,9 @@ private:
     const Ref<NSTextView> view_;
     TextCaret caret_;
     Ref<NSBitmapImageRep> backdrop_;
-    // The text, in device pixels of the area; drawn when it is due.
+    // The text, in device pixels of the area, and its glyphs alone; drawn when they are due.
     Ref<NSBitmapImageRep> canvas_;
+    Ref<NSBitmapImageRep> glyphs_;
     bool isStale_ = true;
     std::function<NSRect()> placeInEmptyText_;
     bool isDragging_ = false;

@@ -4,6 +4,7 @@
 #include <QMenu>
 #include <QMimeData>
 
+#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoLayoutManager.h"
 #include "platform/text/AttributeNames.h"
 #include "platform/text/CaretGeometry.h"
@@ -160,6 +161,36 @@ TEST_F(TextWidget, showsTextAndLayersWhileTheyAreEdited) {
     EXPECT_GT(blue, red) << "a border of 4 points all around";
     key(Qt::Key_Backspace);
     EXPECT_LT(pixelsOf(Qt::red), red * 0.75);
+}
+
+TEST_F(TextWidget, showsTheSelectionAboveAnyBoxAndTheGlyphsAboveIt) {
+    const auto highlight = [&](bool isActive) {
+        return widget()->palette().color(isActive ? QPalette::Active : QPalette::Inactive, QPalette::Highlight);
+    };
+    view->insertText("III"_ns);
+    view->textStorage()->addAttribute(NSForegroundColorAttributeName, test::rgba(1, 0, 0), {0, 3});
+    for (const bool isActive : {true, false}) {
+        if (!isActive) widget()->clearFocus();
+        for (const QColor& box : {QColor(Qt::white), QColor(Qt::black), highlight(isActive)}) {
+            SCOPED_TRACE(box.name().toStdString() + (isActive ? " active" : " inactive"));
+            const auto info =
+                QzBBoxInfo::qzbbWithColor(test::rgba(float(box.redF()), float(box.greenF()), float(box.blueF())), 2);
+            view->textStorage()->addAttribute(QzTextBoundingBoxAppearanceAttribute, info, {0, 3});
+            view->didChangeText();
+            view->setSelectedRange({3, 0});
+            const QImage before = widget()->grab().toImage();
+            const int red = pixelsOf(Qt::red);
+            view->setSelectedRange({0, 2});
+            const QImage after = widget()->grab().toImage();
+            int changed = 0;
+            for (int x = 0; x < after.width(); ++x) {
+                const QColor was = before.pixelColor(x, at(0).y()), is = after.pixelColor(x, at(0).y());
+                changed += std::abs(was.lightness() - is.lightness()) > 25;
+            }
+            EXPECT_GT(changed, 1) << "its border at least";
+            EXPECT_NEAR(pixelsOf(Qt::red), red, red * 0.05) << "the glyphs stay as they are";
+        }
+    }
 }
 
 TEST_F(TextWidget, copiesAndPastesPlainText) {
