@@ -1,9 +1,12 @@
 #include "apps/qzanno-composer/TitleList.h"
 
+#include <QAccessible>
 #include <QAction>
 #include <QHeaderView>
+#include <QLabel>
 #include <QSignalBlocker>
 #include <QTreeWidget>
+#include <QVBoxLayout>
 #include <algorithm>
 
 #include "apps/qzanno-composer/TitleTimes.h"
@@ -34,7 +37,7 @@ void fill(QTreeWidgetItem& item, const Title& title, size_t number) {
 
 }  // namespace
 
-TitleList::TitleList(QWidget* parent) : QDockWidget("Titles", parent), list_(new QTreeWidget(this)) {
+TitleList::TitleList(QWidget* parent) : QDockWidget("Titles", parent), list_(new QTreeWidget), refusal_(new QLabel) {
     setObjectName("titleList");
     list_->setAccessibleName("Titles");
     list_->setHeaderLabels({"No.", "Start", "End", "Title"});
@@ -51,7 +54,19 @@ TitleList::TitleList(QWidget* parent) : QDockWidget("Titles", parent), list_(new
     for (const int column : {startColumn, endColumn}) {
         list_->setColumnWidth(column, metrics.horizontalAdvance("00:00.000") + 14);
     }
-    setWidget(list_);
+    refusal_->setWordWrap(true);
+    refusal_->setAutoFillBackground(true);
+    refusal_->setBackgroundRole(QPalette::ToolTipBase);
+    refusal_->setForegroundRole(QPalette::ToolTipText);
+    refusal_->setMargin(6);
+    refusal_->hide();
+    auto* content = new QWidget;
+    auto* layout = new QVBoxLayout(content);
+    layout->setContentsMargins({});
+    layout->setSpacing(0);
+    layout->addWidget(list_);
+    layout->addWidget(refusal_);
+    setWidget(content);
     // The head of the list says what it is; a menu and a key show and hide it.
     setTitleBarWidget(new QWidget(this));
     setFeatures(DockWidgetClosable);
@@ -73,6 +88,7 @@ TitleList::TitleList(QWidget* parent) : QDockWidget("Titles", parent), list_(new
         // Until it is known to be a time, the row shows the former one.
         const QSignalBlocker quiet(list_);
         fill(*item, shown_[title], title + 1);
+        refusal_->hide();
         if (timeEntered_) timeEntered_(title, column == endColumn, entered);
     });
 }
@@ -84,8 +100,16 @@ void TitleList::edit(QTreeWidgetItem* item, int column) {
     list_->editItem(item, column);
 }
 
+void TitleList::refuse(const QString& reason) {
+    refusal_->setText(reason);
+    refusal_->show();
+    QAccessibleEvent alert(refusal_, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+}
+
 void TitleList::list(const std::vector<Title>& titles, size_t current) {
     const QSignalBlocker quiet(list_);
+    refusal_->hide();
     const int count = static_cast<int>(titles.size());
     while (list_->topLevelItemCount() > count) delete list_->takeTopLevelItem(list_->topLevelItemCount() - 1);
     while (list_->topLevelItemCount() < count) list_->addTopLevelItem(new QTreeWidgetItem);

@@ -5,6 +5,7 @@
 
 #include "apps/qzanno-composer/TitleFile.h"
 
+class QLabel;
 class QTreeWidget;
 class QTreeWidgetItem;
 
@@ -17,6 +18,8 @@ public:
     explicit TitleList(QWidget* parent);
 
     void list(const std::vector<Title>& titles, size_t current);
+    /// Says below the titles why what was entered is not taken, until something else is entered or listed.
+    void refuse(const QString& reason);
     /// Called when the user goes to another title.
     void setChosen(std::function<void(size_t title)> chosen) { chosen_ = std::move(chosen); }
     /// Called with what the user has entered as a time; whoever takes it lists the titles anew.
@@ -28,6 +31,7 @@ private:
     void edit(QTreeWidgetItem* item, int column);
 
     QTreeWidget* const list_;
+    QLabel* const refusal_;
     // The titles as their rows show them; told apart by identity, for a file may hold thousands.
     std::vector<Title> shown_;
     std::function<void(size_t)> chosen_;

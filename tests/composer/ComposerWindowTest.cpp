@@ -231,10 +231,16 @@ TEST_F(Composer, listsTheTitlesWithTheirTimesToGoToAndToEdit) {
     EXPECT_EQ(enter({}, "0:05"), "00:05.000 | 00:08.000");
     EXPECT_EQ(enter(Qt::ShiftModifier, "8,25"), "00:05.000 | 00:08.250");
     EXPECT_EQ(enter(Qt::ShiftModifier, "4"), "00:05.000 | 00:08.250");
-    EXPECT_THAT(window.statusBar()->currentMessage().toStdString(), HasSubstr("before it starts"));
+    // Below the titles, until something is taken.
+    const auto* refusal = list->parentWidget()->findChild<QLabel*>();
+    EXPECT_THAT(refusal->text().toStdString(), HasSubstr("before it starts"));
+    EXPECT_EQ(enter({}, "10"), "00:05.000 | 00:08.250");
+    EXPECT_THAT(refusal->text().toStdString(), HasSubstr("after it ends"));
     EXPECT_EQ(enter({}, "soon"), "00:05.000 | 00:08.250");
-    EXPECT_THAT(window.statusBar()->currentMessage().toStdString(), HasSubstr("\"soon\""));
-    EXPECT_EQ(enter({}, "10"), "00:10.000 | 00:10.000") << "a later start takes the end along";
+    EXPECT_THAT(refusal->text().toStdString(), HasSubstr("\"soon\""));
+    EXPECT_TRUE(refusal->isVisible());
+    EXPECT_EQ(enter({}, "8.25"), "00:08.250 | 00:08.250");
+    EXPECT_FALSE(refusal->isVisible());
     for (int i = 0; i < 3; ++i) command("Undo")->trigger();
     EXPECT_EQ(line(1).substr(4, 21), "00:04.500 | 00:08.000");
 
