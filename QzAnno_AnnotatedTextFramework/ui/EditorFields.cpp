@@ -18,7 +18,9 @@ EditorFieldKind kindOfEditorField(const std::string& name) {
     static const std::set<std::string> texts = {"font", "annoname"};
     static const std::set<std::string> codes = {"halign", "valign", "tboxtype"};
     static const std::set<std::string> colors = {"fgcolor", "shadowcolor", "shadowcolor2", "tboxcolor"};
+    static const std::set<std::string> choices = {"bold", "italic", "underline", "strikethrough"};
     if (name.starts_with("en_")) return EditorFieldKind::flag;
+    if (choices.contains(name)) return EditorFieldKind::choice;
     if (texts.contains(name)) return EditorFieldKind::text;
     if (codes.contains(name)) return EditorFieldKind::code;
     return colors.contains(name) ? EditorFieldKind::color : EditorFieldKind::real;
@@ -34,6 +36,9 @@ Ref<NSObject> defaultOfEditorField(const std::string& name) {
             return NSNumber::numberWithInt(0);
         case EditorFieldKind::color:
             return NSColor::blackColor();
+        case EditorFieldKind::choice:
+            // Whoever switches the attribute on means it.
+            return NSNumber::numberWithBool(true);
         case EditorFieldKind::real:
             break;
     }
@@ -46,11 +51,12 @@ Ref<NSObject> valueForEditorField(const std::string& name, const Ref<NSObject>& 
     if (kind == EditorFieldKind::color && std::dynamic_pointer_cast<NSColor>(value)) return value;
     const auto number = numberFrom(value);
     if (!number || kind == EditorFieldKind::text || kind == EditorFieldKind::color) return defaultOfEditorField(name);
-    if (kind == EditorFieldKind::flag) return NSNumber::numberWithBool(number->boolValue());
+    if (kind == EditorFieldKind::flag || kind == EditorFieldKind::choice)
+        return NSNumber::numberWithBool(number->boolValue());
     if (kind == EditorFieldKind::code) return NSNumber::numberWithInt(number->intValue());
-    // Margins are converted in double precision, everything else is a number of single precision.
-    return name.starts_with("margins") ? NSNumber::numberWithDouble(number->doubleValue())
-                                       : NSNumber::numberWithFloat(number->floatValue());
+    // Margins are numbers of double precision, everything else of single precision.
+    return name.find("margins") != std::string::npos ? NSNumber::numberWithDouble(number->doubleValue())
+                                                     : NSNumber::numberWithFloat(number->floatValue());
 }
 
 const std::vector<PlainEditorField>& plainEditorFields() {
@@ -67,6 +73,10 @@ const std::vector<PlainEditorField>& plainEditorFields() {
         {"en_baseshift", "baseshift", NSBaselineOffsetAttributeName},
         {"en_leading", "leading", QzLeadingAttribute},
         {"en_valign", "valign", QzVerticalAlignmentAttribute},
+        {"en_bold", "bold", QzBoldAttribute},
+        {"en_italic", "italic", QzItalicAttribute},
+        {"en_underline", "underline", QzUnderlineAttribute},
+        {"en_strikethrough", "strikethrough", QzStrikeThroughAttribute},
     };
     return fields;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -9,8 +10,8 @@ namespace qz {
 
 class QzAnno;
 
-/// The kind of value that a field of the annotation editor holds.
-enum class EditorFieldKind { flag, text, real, code, color };
+/// The kind of value that a field of the annotation editor holds; a choice is on or off.
+enum class EditorFieldKind { flag, text, real, code, color, choice };
 
 /// The kind of a field; none of that name is a bug.
 EditorFieldKind kindOfEditorField(const std::string& name);
@@ -26,6 +27,10 @@ struct PlainEditorField {
     Ref<NSString> attribute;
 };
 const std::vector<PlainEditorField>& plainEditorFields();
+
+/// The fields of `QzBoundingMarginsAttribute`, in the order of its numbers.
+inline constexpr std::array kBoundingMarginsFields = {"boundingmarginsl", "boundingmarginsr", "boundingmarginst",
+                                                      "boundingmarginsb"};
 
 /// Two fields whose values are one attribute, the text form of a point.
 struct PointEditorField {

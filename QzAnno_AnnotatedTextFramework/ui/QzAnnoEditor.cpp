@@ -1,6 +1,8 @@
 #include "QzAnno_AnnotatedTextFramework/ui/QzAnnoEditor.h"
 
+#include <QLineEdit>
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
@@ -9,6 +11,7 @@
 #include "QzAnno_AnnotatedTextFramework/ui/EditorFields.h"
 #include "QzAnno_AnnotatedTextFramework/ui/KeyRenaming.h"
 #include "QzAnno_AnnotatedTextFramework/ui/QzAnnoPaletteAsTable.h"
+#include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/NSNumber.h"
 #include "platform/ui/NSApplication.h"
@@ -23,6 +26,7 @@ constexpr NSSize kPerCentScreen = {100, 100};
 constexpr float kPanelFontSize = 24.0f;
 constexpr int32_t kPageOfNewAnno = 0;
 constexpr int32_t kPageOfOtherAnno = 1;
+constexpr const char* kPlaceNote = "placeNote";
 
 bool isScreen(NSSize size) {
     return std::isfinite(size.width) && std::isfinite(size.height) && size.width > 0 && size.height > 0;
@@ -35,6 +39,27 @@ Ref<NSMenu> menuOf(const Ref<NSString>& title, const std::vector<const char*>& i
             NSMenuItem::initWithTitle(NSString::stringWithUTF8String(items[tag]), {}, static_cast<int32_t>(tag)));
     }
     return menu;
+}
+
+void forEachField(const std::function<void(const std::string& key)>& visit) {
+    for (const std::string& key : QzAnnoEditor::updateAllKeys()) visit(key);
+    for (const std::string& key : QzAnnoEditor::addedKeys()) visit(key);
+}
+
+/// As the panel lists it.
+std::string nameShown(const QzAnnoKey& key) {
+    return key.isDefault() ? "Default" : key.name()->utf8();
+}
+
+/// The numbers of bounding margins; 0 for each that there is not.
+std::array<double, 4> marginsOf(const Ref<NSObject>& value) {
+    std::array<double, 4> margins{};
+    const auto array = std::dynamic_pointer_cast<NSArray>(value);
+    for (size_t i = 0; array && i < margins.size(); ++i) {
+        const auto number = numberFrom(array->objectAtIndex(i));
+        if (number) margins[i] = number->doubleValue();
+    }
+    return margins;
 }
 
 }  // namespace
@@ -51,11 +76,29 @@ const std::vector<std::string>& QzAnnoEditor::updateAllKeys() {
     return keys;
 }
 
+const std::vector<std::string>& QzAnnoEditor::addedKeys() {
+    static const std::vector<std::string> keys = {"en_boundingmargins",
+                                                  "en_bold",
+                                                  "en_italic",
+                                                  "en_underline",
+                                                  "en_strikethrough",
+                                                  "boundingmarginsl",
+                                                  "boundingmarginsr",
+                                                  "boundingmarginst",
+                                                  "boundingmarginsb",
+                                                  "bold",
+                                                  "italic",
+                                                  "underline",
+                                                  "strikethrough"};
+    return keys;
+}
+
 QzAnnoEditor::QzAnnoEditor() {
-    for (const std::string& key : updateAllKeys()) {
-        defineProperty(
-            key, {[this, key] { return fields_[key]; }, [this, key](const Ref<NSObject>& value) { set(key, value); }});
-    }
+    forEachField([this](const std::string& key) {
+        defineProperty(key, {[this, key] { return fields_[key]; },
+                             [this, key](const Ref<NSObject>& value) { setByUser(key, value); }});
+    });
+    defineProperty(kPlaceNote, {[this] { return placeNote(); }, nullptr});
     defineProperty("isEditing", {[this] { return NSNumber::numberWithBool(editing_); }, nullptr});
     using Action = void (QzAnnoEditor::*)(const Ref<NSObject>&);
     const std::pair<const char*, Action> actions[] = {
@@ -108,6 +151,13 @@ void QzAnnoEditor::set(const std::string& field, const Ref<NSObject>& value) {
     fields_[field] = valueForEditorField(field, value);
 }
 
+void QzAnnoEditor::setByUser(const std::string& field, const Ref<NSObject>& value) {
+    set(field, value);
+    if (field != "en_margins" && field != "en_boundingmargins") return;
+    willChangeValueForKey(kPlaceNote);
+    didChangeValueForKey(kPlaceNote);
+}
+
 bool QzAnnoEditor::isOn(const char* flag) const {
     return std::static_pointer_cast<NSNumber>(fields_.at(flag))->boolValue();
 }
@@ -122,7 +172,7 @@ Ref<NSObject> QzAnnoEditor::valueForUndefinedKey(const std::string& key) const {
 }
 
 void QzAnnoEditor::setFieldsToDefaults() {
-    for (const std::string& key : updateAllKeys()) fields_[key] = defaultOfEditorField(key);
+    forEachField([this](const std::string& key) { fields_[key] = defaultOfEditorField(key); });
 }
 
 void QzAnnoEditor::requestScreenSize() {
@@ -132,7 +182,8 @@ void QzAnnoEditor::requestScreenSize() {
 
 void QzAnnoEditor::copyFromAnno() {
     requestScreenSize();
-    for (const std::string& key : updateAllKeys()) willChangeValueForKey(key);
+    forEachField([this](const std::string& key) { willChangeValueForKey(key); });
+    willChangeValueForKey(kPlaceNote);
     setFieldsToDefaults();
     if (originalAnno_) {
         const QzAnno& anno = *originalAnno_;
@@ -163,8 +214,10 @@ void QzAnnoEditor::copyFromAnno() {
             turnOn("en_tbox");
         }
         copyMargins(anno);
+        copyBoundingMargins(anno);
     }
-    for (const std::string& key : updateAllKeys()) didChangeValueForKey(key);
+    forEachField([this](const std::string& key) { didChangeValueForKey(key); });
+    didChangeValueForKey(kPlaceNote);
 }
 
 void QzAnnoEditor::copyFont(const QzAnno& anno) {
@@ -205,6 +258,37 @@ Ref<NSString> QzAnnoEditor::boundingBoxOfMargins() const {
          {static_cast<float>((width - right - left) / width), static_cast<float>((height - bottom - top) / height)}});
 }
 
+void QzAnnoEditor::copyBoundingMargins(const QzAnno& anno) {
+    const Ref<NSObject> value = anno.attribute(*QzBoundingMarginsAttribute);
+    if (!value) return;
+    const auto margins = marginsOf(value);
+    for (size_t i = 0; i < margins.size(); ++i) set(kBoundingMarginsFields[i], NSNumber::numberWithDouble(margins[i]));
+    set("en_boundingmargins", NSNumber::numberWithBool(true));
+}
+
+Ref<NSObject> QzAnnoEditor::boundingMargins() const {
+    std::vector<Ref<NSObject>> numbers;
+    for (const char* field : kBoundingMarginsFields) numbers.push_back(fields_.at(field));
+    const Ref<NSArray> margins = NSArray::arrayWithObjects(numbers);
+    // Margins that were not edited stay as they are, down to the kind of their numbers.
+    const Ref<NSObject> former = originalAnno_->attribute(*QzBoundingMarginsAttribute);
+    return former && marginsOf(former) == marginsOf(margins) ? former : margins;
+}
+
+Ref<NSString> QzAnnoEditor::placeNote() const {
+    if (!isOn("en_margins")) return NSString::string();
+    if (isOn("en_boundingmargins")) return "Both are set: the margins place the title, not the box."_ns;
+    const Ref<QzAnnoPalette> palette = this->palette();
+    for (int32_t priority = 0; palette && originalAnno_ && priority <= palette->maxPriority(); ++priority) {
+        const Ref<QzAnnoKey> key = palette->annoKeyAtPriority(priority);
+        const Ref<const QzAnno> other = palette->lookupAnno(key);
+        if (key == originalAnno_->annokey() || !other->attribute(*QzBoundingMarginsAttribute)) continue;
+        return NSString::stringWithUTF8String(stringWithFormat(
+            "Where a title also has \"%@\", its margins place the title, not this box.", {nameShown(*key)}));
+    }
+    return NSString::string();
+}
+
 Ref<QzAnno> QzAnnoEditor::copyToAnno() const {
     if (!editing_ || !originalAnno_) return {};
     const Ref<QzMutableAnno> anno = originalAnno_->mutableCopy();
@@ -223,6 +307,7 @@ Ref<QzAnno> QzAnnoEditor::copyToAnno() const {
     write("en_tbox", QzTextBoundingBoxAppearanceAttribute,
           QzBBoxInfo::qzbbWithColor(std::static_pointer_cast<NSColor>(fields_.at("tboxcolor")), type->intValue()));
     write("en_margins", QzBoundingBoxAttribute, boundingBoxOfMargins());
+    write("en_boundingmargins", QzBoundingMarginsAttribute, boundingMargins());
     return anno;
 }
 
@@ -243,9 +328,21 @@ void QzAnnoEditor::setAnno(const Ref<const QzAnno>& anno) {
     originalAnno_ = anno->copy();
     origannoname_ = anno->annokey()->name();
     copyFromAnno();
+    showName();
     NSColorPanel::sharedColorPanel().setShowsAlpha(true);
     if (outlets_.annowindow) outlets_.annowindow->makeKeyAndOrderFront(shared_from_this());
-    showPage(anno->name()->utf8() == "NEW" ? kPageOfNewAnno : kPageOfOtherAnno);
+    const bool isNew = anno->name()->utf8() == "NEW";
+    showPage(isNew ? kPageOfNewAnno : kPageOfOtherAnno);
+    if (!isNew || !outlets_.annoname) return;
+    outlets_.annoname->setFocus();
+    outlets_.annoname->selectAll();
+}
+
+void QzAnnoEditor::showName() {
+    if (!outlets_.annowindow) return;
+    std::string title = "Annotation";
+    if (originalAnno_) title = nameShown(*originalAnno_->annokey()) + " – " + title;
+    outlets_.annowindow->setTitle(NSString::stringWithUTF8String(title));
 }
 
 void QzAnnoEditor::showPage(int32_t page) {
@@ -279,6 +376,7 @@ void QzAnnoEditor::applyAnno(const Ref<QzAnno>& anno) {
         name = anno == originalAnno_ ? origannoname_ : std::static_pointer_cast<NSString>(fields_["annoname"]);
     }
     replaceAnnoNamed(*palette, anno->copy(), name);
+    showName();
 }
 
 void QzAnnoEditor::apply(const Ref<NSObject>& /*sender*/) {
@@ -304,10 +402,18 @@ void QzAnnoEditor::cancel(const Ref<NSObject>& /*sender*/) {
 
 void QzAnnoEditor::close() {
     if (fontpanel_) fontpanel_->orderOut(shared_from_this());
+    // What it chooses goes into a field of this panel.
+    if (editing_) NSColorPanel::sharedColorPanel().orderOut();
     if (outlets_.annowindow) outlets_.annowindow->orderOut(shared_from_this());
     change("isEditing", editing_, false);
     originalAnno_.reset();
     origannoname_.reset();
+    showName();
+}
+
+bool QzAnnoEditor::cancelOperation(NSWindow& /*window*/) {
+    cancel({});
+    return true;
 }
 
 void QzAnnoEditor::windowWillClose(const NSNotification& /*notification*/) {

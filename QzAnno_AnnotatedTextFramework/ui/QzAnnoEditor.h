@@ -13,6 +13,8 @@
 #include "platform/ui/NSTableView.h"
 #include "platform/ui/NSWindow.h"
 
+class QLineEdit;
+
 namespace qz {
 
 class QzAnnoPaletteAsTable;
@@ -21,8 +23,10 @@ class QzAnnoPaletteAsTable;
 /// annotation sets the attribute at all, and writes them back into the palette when asked.
 ///
 /// The fields are observable properties, named as `updateAllKeys` lists them; numbers of reals, whole numbers for
-/// codes, strings and colours. Margins are in units of the screen whose size the action "requestScreenSize:" brings, or
-/// per cent when nobody answers it. "isEditing" is observable too.
+/// codes, strings and colours. "marginsl" and its like edit the bounding box; they are in units of the screen whose
+/// size the action "requestScreenSize:" brings, or per cent when nobody answers it. `addedKeys` are fields beyond
+/// those: margins in points of any screen, and the traits of letters. "isEditing" is observable too, and "placeNote", a
+/// line that says what places the title when it is not what the fields seem to say.
 class QzAnnoEditor final : public NSResponder,
                            public NSKeyValueObserving,
                            public NSTableViewDataSource,
@@ -37,6 +41,8 @@ public:
         Ref<NSWindow> annowindow;                   ///< the panel
         Ref<NSPopUpButton> hpopup;                  ///< of the horizontal alignment
         Ref<NSPopUpButton> vpopup;                  ///< of the vertical alignment
+        /// The name's field, which has the keys when a new annotation is edited; lives as long as the panel.
+        QLineEdit* annoname = nullptr;
         /// Lists the pages; asks this editor for them.
         Ref<NSTableView> pages;
     };
@@ -56,7 +62,7 @@ public:
     void setScreenSize(NSSize size) { screensize_ = size; }
     /// Begins to edit a copy of the annotation; ignored while another is being edited. None only closes the panel.
     void setAnno(const Ref<const QzAnno>& anno);
-    /// From `setAnno` on until the panel closes.
+    /// From `setAnno` on until the panel closes. Meanwhile the panel's title names the annotation.
     bool isEditing() const { return editing_; }
     /// Turns to the page of that label; false when there is none.
     bool showPage(const Ref<NSString>& label);
@@ -86,6 +92,8 @@ public:
 
     /// The names of all fields, flags first, in the order in which changes are announced.
     static const std::vector<std::string>& updateAllKeys();
+    /// The names of the fields that have been added since, flags first; announced behind the others.
+    static const std::vector<std::string>& addedKeys();
     /// The annotation with the attributes that the fields describe; none while nothing is edited.
     Ref<QzAnno> copyToAnno() const;
     Ref<NSObject> valueForUndefinedKey(const std::string& key) const override;
@@ -97,6 +105,7 @@ public:
     }
     void tableViewSelectionDidChange(const NSNotification& notification) override;
     void windowWillClose(const NSNotification& notification) override;
+    bool cancelOperation(NSWindow& window) override;
     Ref<NSUndoManager> windowWillReturnUndoManager(NSWindow& window) override;
     uint32_t validModesForFontPanel(NSWindow& fontPanel) override;
 
@@ -111,13 +120,18 @@ private:
     void setFieldsToDefaults();
     void copyFont(const QzAnno& anno);
     void copyMargins(const QzAnno& anno);
+    void copyBoundingMargins(const QzAnno& anno);
     Ref<NSString> boundingBoxOfMargins() const;
+    Ref<NSObject> boundingMargins() const;
+    Ref<NSString> placeNote() const;
     void prepareFontPanel();
     void showPage(int32_t page);
+    void showName();
 
     bool isOn(const char* flag) const;
     float real(const char* field) const;
     void set(const std::string& field, const Ref<NSObject>& value);
+    void setByUser(const std::string& field, const Ref<NSObject>& value);
     Ref<QzAnnoPalette> palette() const;
 
     Outlets outlets_;

@@ -16,6 +16,7 @@ namespace qz {
 namespace {
 
 constexpr float kNameFontSize = 10.0f;
+constexpr const char* kMayChange = "mayChangePalette";
 
 bool hasIdentifier(const NSTableColumn& column, const char* identifier) {
     return column.identifier()->utf8() == identifier;
@@ -38,6 +39,7 @@ QzAnnoPaletteAsTable::QzAnnoPaletteAsTable() {
     defineProperty("haveMouseSelected", {[this] { return NSNumber::numberWithBool(haveMouseSelected_); }, nullptr});
     defineProperty("haveNonGlobalSelected",
                    {[this] { return NSNumber::numberWithBool(haveNonGlobalSelected_); }, nullptr});
+    defineProperty(kMayChange, {[this] { return NSNumber::numberWithBool(mayChangePalette()); }, nullptr});
     setHandler("newAnno:", [this](const Ref<NSObject>& sender) { newAnno(sender); });
     setHandler("editAnno:", [this](const Ref<NSObject>& sender) { editAnno(sender); });
     setHandler("deleteAnno:", [this](const Ref<NSObject>& sender) { deleteAnno(sender); });
@@ -49,6 +51,7 @@ Ref<QzAnnoPaletteAsTable> QzAnnoPaletteAsTable::init() {
 
 QzAnnoPaletteAsTable::~QzAnnoPaletteAsTable() {
     NSNotificationCenter::defaultCenter().removeObserver(this);
+    if (const Ref<QzAnnoEditor> editor = outlets_.annoAsTable.lock()) editor->removeObserver(this);
     if (!outlets_.tableView) return;
     outlets_.tableView->setDelegate(nullptr);
     outlets_.tableView->setDataSource(nullptr);
@@ -59,6 +62,16 @@ void QzAnnoPaletteAsTable::connectOutlets(const Outlets& outlets) {
     outlets_.tableView->setMenu(outlets_.menuForTable);
     outlets_.tableView->setDelegate(this);
     outlets_.tableView->setDataSource(this);
+    if (const Ref<QzAnnoEditor> editor = outlets_.annoAsTable.lock()) {
+        editor->addObserver(this, nullptr, [this](const std::string& key) {
+            if (key == "isEditing") announceMayChange();
+        });
+    }
+}
+
+void QzAnnoPaletteAsTable::announceMayChange() {
+    willChangeValueForKey(kMayChange);
+    didChangeValueForKey(kMayChange);
 }
 
 void QzAnnoPaletteAsTable::awakeFromNib() {
@@ -93,6 +106,7 @@ void QzAnnoPaletteAsTable::setAnnotationPalette(const Ref<QzAnnoPalette>& palett
     }
     if (outlets_.tableView) outlets_.tableView->reloadData();
     forgetRowSelection();
+    announceMayChange();
     didChangeValueForKey("palette");
 }
 
@@ -221,6 +235,8 @@ void QzAnnoPaletteAsTable::newAnno(const Ref<NSObject>& /*sender*/) {
 void QzAnnoPaletteAsTable::editAnno(const Ref<NSObject>& /*sender*/) {
     const Ref<QzAnnoEditor> editor = outlets_.annoAsTable.lock();
     if (!annotationPalette_ || !editor) return;
+    // What is edited goes on being edited; the user sees where.
+    if (editor->isEditing() && editor->window()) return editor->window()->makeKeyAndOrderFront({});
     editor->setAnno(annotationPalette_->lookupAnno(annotationPalette_->annoKeyAtPriority(editPrio_)));
 }
 
@@ -231,10 +247,13 @@ void QzAnnoPaletteAsTable::deleteAnno(const Ref<NSObject>& /*sender*/) {
     forgetRowSelection();
 }
 
-bool QzAnnoPaletteAsTable::validateMenuItem(const NSMenuItem& item) {
+bool QzAnnoPaletteAsTable::mayChangePalette() const {
     const Ref<QzAnnoEditor> editor = outlets_.annoAsTable.lock();
-    if ((editor && editor->isEditing()) || !annotationPalette_ || !annotationPalette_->editable()) return false;
-    return item.action() != "deleteAnno:" || editPrio_ > 0;
+    return !(editor && editor->isEditing()) && annotationPalette_ && annotationPalette_->editable();
+}
+
+bool QzAnnoPaletteAsTable::validateMenuItem(const NSMenuItem& item) {
+    return mayChangePalette() && (item.action() != "deleteAnno:" || editPrio_ > 0);
 }
 
 Ref<NSMenu> QzAnnoPaletteAsTable::menuForRow(int32_t /*row*/, int32_t /*column*/) {

@@ -81,11 +81,14 @@ public:
     // Actions.
     /// Puts an annotation "NEW" on top of the palette and edits it.
     void newAnno(const Ref<NSObject>& sender);
-    /// Edits the annotation at `editPrio`; ignored while another is being edited.
+    /// Edits the annotation at `editPrio`. While another is being edited, brings that one's editor to the front.
     void editAnno(const Ref<NSObject>& sender);
     /// Removes the annotation at `editPrio`, but never the global one.
     void deleteAnno(const Ref<NSObject>& sender);
     bool validateMenuItem(const NSMenuItem& item) override;
+    /// Whether annotations may be made, edited and deleted: none is being edited, and the palette is unlocked.
+    /// Observable as "mayChangePalette".
+    bool mayChangePalette() const;
     Ref<NSMenu> menuForRow(int32_t row, int32_t column) override;
 
     // The table.
@@ -120,6 +123,7 @@ private:
     int32_t stateOfRow(int32_t row, const QzAnnoKey& key) const;
     void renameRow(int32_t row, const Ref<NSObject>& toName);
     void forgetRowSelection();
+    void announceMayChange();
     void moveBelow(const Ref<QzAnnoKey>& anchor, const std::vector<Ref<QzAnnoKey>>& keys);
     void moveToTop(const std::vector<Ref<QzAnnoKey>>& keys);
 

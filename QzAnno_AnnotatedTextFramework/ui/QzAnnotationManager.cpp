@@ -4,6 +4,9 @@
 #include <QGroupBox>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QStackedWidget>
 #include <QTableView>
 
@@ -61,6 +64,24 @@ Ref<NSTableView> pageTable(QTableView* widget) {
     return table;
 }
 
+/// The list of pages becomes as wide as its words. The windows get the sizes in which they are shown first: by the
+/// font, and the editor so that no page scrolls.
+void giveSizes(const InterfaceFile& file) {
+    constexpr int kPanelCharacters = 38, kPanelLines = 22;
+    if (QWidget* panel = file.widgetNamed("panel")) {
+        const QFontMetrics metrics = panel->fontMetrics();
+        panel->resize(metrics.averageCharWidth() * kPanelCharacters, metrics.height() * kPanelLines);
+    }
+    if (auto* pages = file.widget<QAbstractItemView>("pages"))
+        pages->setFixedWidth(pages->sizeHintForColumn(0) + 2 * pages->frameWidth());
+    QWidget* editor = file.widgetNamed("editor");
+    const auto* area = file.widget<QScrollArea>("pageArea");
+    if (!editor || !area || !area->widget()) return;
+    // With room for the bar by which pages scroll where the screen is low.
+    const QSize page = area->widget()->sizeHint() + QSize(area->verticalScrollBar()->sizeHint().width(), 0);
+    editor->resize(editor->sizeHint() + (page - area->sizeHint()).expandedTo({0, 0}));
+}
+
 }  // namespace
 
 Ref<QzAnnotationManager> QzAnnotationManager::init() {
@@ -105,15 +126,18 @@ void QzAnnotationManager::loadInterface() {
     editor.paletteHost = ptable_;
     editor.hpopup = NSPopUpButton::popUpButtonWithWidget(file->widget<QComboBox>("hpopup"));
     editor.vpopup = NSPopUpButton::popUpButtonWithWidget(file->widget<QComboBox>("vpopup"));
+    editor.annoname = file->widget<QLineEdit>("annoname");
     editor.pages = pageTable(file->widget<QTableView>("pages"));
     // A group that an annotation may or may not set has a check box for a title.
-    for (const char* name : {"nameBox", "marginsBox", "frameBox"}) {
+    for (const char* name : {"nameBox", "marginsBox", "boundingmarginsBox", "frameBox"}) {
         setCellBox(*NSBox::boxWithWidget(file->widget<QGroupBox>(name)), {}, {});
     }
     editor.annowindow = NSPanel::panelWithWidget(file->widgetNamed("editor"));
     editor_->connectOutlets(editor);
 
+    editor.annowindow->setFrameAutosaveName("Annotation Editor");
     setWindow(NSPanel::panelWithWidget(file->widgetNamed("panel")));
+    window()->setFrameAutosaveName("Annotations");
     window()->setDelegate(this);
     for (const Ref<NSWindow>& each : {window(), editor.annowindow}) {
         InterfaceFile::connectActions(*each->widget(), targets);
@@ -122,6 +146,7 @@ void QzAnnotationManager::loadInterface() {
     editor_->awakeFromNib();
     InterfaceFile::bindControls(*window()->widget(), ptable_);
     InterfaceFile::bindControls(*editor.annowindow->widget(), editor_);
+    giveSizes(*file);
     awakeFromNib();
 }
 
@@ -184,6 +209,12 @@ void QzAnnotationManager::showWindow(const Ref<NSObject>& sender) {
 
 void QzAnnotationManager::saveVisible(bool isVisible) const {
     if (isWindowLoaded()) NSUserDefaults::standardUserDefaults().setBool(isVisible, kVisibleKey);
+}
+
+bool QzAnnotationManager::cancelOperation(NSWindow& /*window*/) {
+    QWidget* main = NSApplication::sharedApplication().mainWindow();
+    if (main) main->activateWindow();
+    return main != nullptr;
 }
 
 void QzAnnotationManager::windowWillClose(const NSNotification& /*notification*/) {

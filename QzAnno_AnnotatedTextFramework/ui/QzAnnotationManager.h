@@ -61,6 +61,8 @@ public:
 
     /// Tells the user defaults that the panel is not visible.
     void windowWillClose(const NSNotification& notification) override;
+    /// Gives the keys back to the main window.
+    bool cancelOperation(NSWindow& window) override;
     Ref<NSUndoManager> windowWillReturnUndoManager(NSWindow& window) override;
 
     std::string className() const override { return "QzAnnotationManager"; }

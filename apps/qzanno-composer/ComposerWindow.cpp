@@ -3,6 +3,7 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QMenuBar>
+#include <QScreen>
 #include <QStatusBar>
 
 #include "QzAnno_AnnotatedTextFramework/ui/QzAnnotationManager.h"
@@ -12,12 +13,14 @@
 #include "apps/qzanno-composer/TitleList.h"
 #include "apps/qzanno-composer/TitleTimes.h"
 #include "platform/ui/NSApplication.h"
+#include "platform/ui/WindowFrames.h"
 
 namespace qz::composer {
 namespace {
 
 constexpr int kRecoveryDelayMilliseconds = 2000;
 constexpr int kListWidth = 330;
+constexpr QSize kUsualSize(1120, 720);
 
 }  // namespace
 
@@ -41,7 +44,8 @@ ComposerWindow::ComposerWindow(const Ref<TitleDocument>& document) : document_(d
     connect(&recoveryTimer_, &QTimer::timeout, this, &ComposerWindow::writeRecovery);
     document_->setChangeHook([this] { documentChanged(); });
     describe();
-    resize(1120, 720);
+    resize(kUsualSize);
+    keepFrame(*this, "Composer");
     text_->widget()->setFocus();
 }
 
@@ -49,10 +53,28 @@ ComposerWindow::~ComposerWindow() {
     document_->setChangeHook({});
 }
 
+void ComposerWindow::takePlace() {
+    // Of the panel and of the editor, and what the desktop draws around a window.
+    constexpr int kPanelCharacters = 42, kEditorCharacters = 72, kBorder = 40;
+    const int panelWidth = fontMetrics().averageCharWidth() * kPanelCharacters;
+    const int editorWidth = fontMetrics().averageCharWidth() * kEditorCharacters;
+    if (restoreFrame(*this)) return;
+    const QRect available = screen()->availableGeometry();
+    resize(kUsualSize.boundedTo({available.width() - panelWidth, available.height() - kBorder}));
+    const int beside = available.width() - width() < editorWidth ? panelWidth : editorWidth;
+    // Rather high: the editor goes below the panel.
+    move(available.left() + (available.width() - width() - beside) / 2,
+         available.top() + (available.height() - kBorder - height()) / 4);
+}
+
 void ComposerWindow::addMenus() {
     addFileMenu();
     addEditMenu();
     addViewMenu();
+    // Their keys work in the panel and the editor too.
+    for (QAction* menu : menuBar()->actions()) {
+        for (QAction* action : menu->menu()->actions()) action->setShortcutContext(Qt::ApplicationShortcut);
+    }
 }
 
 void ComposerWindow::addFileMenu() {

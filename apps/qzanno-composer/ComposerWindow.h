@@ -23,6 +23,9 @@ public:
 
     void setFrame(const Ref<NSBitmapImageRep>& frame) { text_->setBackdrop(frame); }
     void showSafeAreas() { safeAreas_->setChecked(true); }
+    /// Before the window is shown: takes the place where it was left, or one that leaves room for the panel and, on a
+    /// large screen, for the editor.
+    void takePlace();
     QWidget* textWidget() const { return text_->widget(); }
     /// Shows the files that the document came from or went to; an empty path leaves things as they are.
     void setFiles(const std::string& titles, const std::string& palette);

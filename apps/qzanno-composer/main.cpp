@@ -171,6 +171,7 @@ int run(const Options& options) {
     window.setFiles(options.titles.toStdString(), options.palette.toStdString());
     window.setFrame(frame);
     if (options.hasSafeAreas) window.showSafeAreas();
+    if (!isForPicture) window.takePlace();
     window.show();
     const Ref<QzAnnotationManager> manager = QzAnnotationManager::sharedAnnotationManager();
     manager->setAnnotationPalette(palette);

@@ -100,8 +100,15 @@ private:
             });
             connect(line, &QLineEdit::textEdited, this, [this, key](const QString& text) { set(key, fromQt(text)); });
         } else if (auto* combo = dynamic_cast<QComboBox*>(&control)) {
+            // Items of the interface file have no tags: their places count from 0.
+            for (int i = 0; i < combo->count(); ++i) {
+                if (!combo->itemData(i).isValid()) combo->setItemData(i, i);
+            }
             showers_.emplace(key, [combo](const Ref<NSObject>& value) {
-                combo->setCurrentIndex(combo->findData(static_cast<int>(numberOf(value))));
+                const int tag = static_cast<int>(numberOf(value));
+                // A number without a name is shown as it is, not as nothing.
+                if (combo->findData(tag) < 0) combo->addItem(QString::number(tag), tag);
+                combo->setCurrentIndex(combo->findData(tag));
             });
             connect(combo, &QComboBox::activated, this,
                     [this, key, combo] { set(key, NSNumber::numberWithInt(combo->currentData().toInt())); });

@@ -4,6 +4,7 @@
 #include <QPointer>
 
 #include "platform/ui/QtValues.h"
+#include "platform/ui/WindowFrames.h"
 
 namespace qz {
 
@@ -20,6 +21,7 @@ struct NSColorPanel::State {
         dialog->setOption(QColorDialog::ShowAlphaChannel, showsAlpha);
         dialog->setWindowTitle("Colours");
         dialog->setWindowFlag(Qt::Tool);
+        keepFrame(*dialog, "Colors");
         QObject::connect(dialog, &QColorDialog::currentColorChanged, dialog, [this](const QColor& color) {
             if (choose) choose(fromQt(color));
         });
@@ -55,6 +57,7 @@ void NSColorPanel::openForColor(const Ref<NSColor>& color, std::function<void(co
     QColorDialog& dialog = state_->made();
     if (color) dialog.setCurrentColor(toQt(*color));
     state_->choose = std::move(choose);
+    prepareToShow(dialog, true);
     dialog.show();
     dialog.raise();
 }

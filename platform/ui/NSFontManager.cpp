@@ -34,6 +34,7 @@ Ref<NSWindow> NSFontManager::fontPanel(bool create) {
     if (create && (!panel_ || !panel_->widget())) {
         widget_ = new FontPanelWidget(*this);
         panel_ = NSPanel::panelWithWidget(widget_);
+        panel_->setFrameAutosaveName("Fonts");
     }
     return panel_;
 }

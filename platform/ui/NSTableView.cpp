@@ -97,7 +97,8 @@ int32_t NSTableView::selectedRow() const {
 void NSTableView::selectRow(int32_t row, bool byExtendingSelection) {
     if (!state_->widget || row < 0 || row >= numberOfRows()) return;
     const auto how = byExtendingSelection ? QItemSelectionModel::Select : QItemSelectionModel::ClearAndSelect;
-    state_->widget->selectionModel()->select(state_->model.index(row, 0), how | QItemSelectionModel::Rows);
+    // The keys go on from there.
+    state_->widget->selectionModel()->setCurrentIndex(state_->model.index(row, 0), how | QItemSelectionModel::Rows);
 }
 
 void NSTableView::deselectAll(const Ref<NSObject>& /*sender*/) {

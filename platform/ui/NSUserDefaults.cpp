@@ -45,6 +45,14 @@ void NSUserDefaults::setBool(bool value, const std::string& forKey) {
     state_->settings->setValue(toQt(forKey), value);
 }
 
+std::string NSUserDefaults::stringForKey(const std::string& key) const {
+    return state_->settings->value(toQt(key)).toString().toStdString();
+}
+
+void NSUserDefaults::setString(const std::string& value, const std::string& forKey) {
+    state_->settings->setValue(toQt(forKey), toQt(value));
+}
+
 Ref<NSData> NSUserDefaults::dataForKey(const std::string& key) const {
     const QVariant value = state_->settings->value(toQt(key));
     if (value.typeId() != QMetaType::QByteArray) return {};

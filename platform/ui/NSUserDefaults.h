@@ -21,6 +21,11 @@ public:
     bool boolForKey(const std::string& key) const;
     void setBool(bool value, const std::string& forKey);
     ///@}
+    /// Empty without a value.
+    ///@{
+    std::string stringForKey(const std::string& key) const;
+    void setString(const std::string& value, const std::string& forKey);
+    ///@}
     /// None without data.
     ///@{
     Ref<NSData> dataForKey(const std::string& key) const;

@@ -2,10 +2,13 @@
 
 #include <QEvent>
 #include <QKeyEvent>
+#include <QPushButton>
 #include <QWidget>
+#include <QWindow>
 
 #include "platform/ui/NSApplication.h"
 #include "platform/ui/QtValues.h"
+#include "platform/ui/WindowFrames.h"
 
 namespace qz {
 
@@ -25,6 +28,9 @@ public:
                 if (window_.delegate_ && window_.widget()->isMinimized())
                     window_.delegate_->windowDidMiniaturize({NSWindowDidMiniaturizeNotification, refTo(window_), {}});
                 return false;
+            case QEvent::WindowDeactivate:
+                window_.didResignKey();
+                return false;
             case QEvent::ShortcutOverride:
             case QEvent::KeyPress:
                 return handleKey(*static_cast<QKeyEvent*>(event));
@@ -36,6 +42,25 @@ public:
 private:
     /// Keys that no view in the window has taken.
     bool handleKey(QKeyEvent& event) {
+        return handleUndo(event) || (event.type() == QEvent::KeyPress && (handleEscape(event) || handleReturn(event)));
+    }
+
+    bool handleEscape(QKeyEvent& event) {
+        return event.matches(QKeySequence::Cancel) && window_.delegate_ && window_.delegate_->cancelOperation(window_);
+    }
+
+    /// Clicks the default button, as in a dialog.
+    bool handleReturn(const QKeyEvent& event) {
+        if (event.key() != Qt::Key_Return && event.key() != Qt::Key_Enter) return false;
+        for (QPushButton* button : window_.widget()->findChildren<QPushButton*>()) {
+            if (!button->isDefault()) continue;
+            button->click();
+            return true;
+        }
+        return false;
+    }
+
+    bool handleUndo(QKeyEvent& event) {
         const bool isUndo = event.matches(QKeySequence::Undo);
         if (!isUndo && !event.matches(QKeySequence::Redo)) return false;
         const Ref<NSUndoManager> undo = window_.undoManager();
@@ -87,7 +112,11 @@ void NSWindow::orderFront(const Ref<NSObject>& /*sender*/) {
 }
 
 void NSWindow::orderOut(const Ref<NSObject>& /*sender*/) {
-    if (widget()) widget()->hide();
+    if (!widget()) return;
+    const bool hadKeys = widget()->isActiveWindow();
+    widget()->hide();
+    QWindow* served = widget()->windowHandle() ? widget()->windowHandle()->transientParent() : nullptr;
+    if (hadKeys && served && served->isVisible()) served->requestActivate();
 }
 
 void NSWindow::close() {
@@ -96,6 +125,10 @@ void NSWindow::close() {
 
 void NSWindow::display() {
     if (widget()) widget()->repaint();
+}
+
+void NSWindow::setFrameAutosaveName(const std::string& name) {
+    if (widget()) keepFrame(*widget(), name);
 }
 
 void NSWindow::setBackgroundColor(const Ref<NSColor>& color) {
@@ -123,19 +156,27 @@ bool NSPanel::becomesKeyOnlyIfNeeded() const {
 }
 
 void NSPanel::setBecomesKeyOnlyIfNeeded(bool onlyIfNeeded) {
-    if (widget()) widget()->setAttribute(Qt::WA_ShowWithoutActivating, onlyIfNeeded);
+    if (!widget()) return;
+    widget()->setAttribute(Qt::WA_ShowWithoutActivating, onlyIfNeeded);
+    widget()->setWindowFlag(Qt::WindowDoesNotAcceptFocus, onlyIfNeeded);
 }
 
-bool NSPanel::isFloatingPanel() const {
-    return widget() && widget()->windowFlags().testFlag(Qt::WindowStaysOnTopHint);
+void NSPanel::makeKeyAndOrderFront(const Ref<NSObject>& sender) {
+    if (!widget()) return;
+    prepareToShow(*widget(), isFloating_);
+    // The toolkit refuses to activate a window with this flag; the widget keeps it, so that it comes back.
+    widget()->windowHandle()->setFlag(Qt::WindowDoesNotAcceptFocus, false);
+    NSWindow::makeKeyAndOrderFront(sender);
 }
 
-void NSPanel::setFloatingPanel(bool floats) {
-    if (!widget() || floats == isFloatingPanel()) return;
-    const bool isShown = widget()->isVisible();
-    // Changing the flags hides the window.
-    widget()->setWindowFlag(Qt::WindowStaysOnTopHint, floats);
-    if (isShown) widget()->show();
+void NSPanel::orderFront(const Ref<NSObject>& sender) {
+    if (widget()) prepareToShow(*widget(), isFloating_);
+    NSWindow::orderFront(sender);
+}
+
+void NSPanel::didResignKey() {
+    if (widget()->windowHandle() && becomesKeyOnlyIfNeeded())
+        widget()->windowHandle()->setFlag(Qt::WindowDoesNotAcceptFocus, true);
 }
 
 }  // namespace qz

@@ -19,6 +19,8 @@ public:
     virtual void windowDidMiniaturize(const NSNotification& /*notification*/) {}
     /// On which undo and redo act while the window is key; none leaves the keys to the views.
     virtual Ref<NSUndoManager> windowWillReturnUndoManager(NSWindow& /*window*/) { return {}; }
+    /// Escape, where no view has a use for it. False leaves the key to others.
+    virtual bool cancelOperation(NSWindow& /*window*/) { return false; }
 };
 
 /// The name in what the delegate gets. The notification centre does not post it.
@@ -42,15 +44,18 @@ public:
     /// Whether it has been shown and not hidden again; other windows may cover it.
     bool isVisible() const;
     /// Shows the window above the others and gives it the keys. No sender matters, here and below; it may be none.
-    void makeKeyAndOrderFront(const Ref<NSObject>& sender);
+    virtual void makeKeyAndOrderFront(const Ref<NSObject>& sender);
     /// Shows the window without making it key.
-    void orderFront(const Ref<NSObject>& sender);
-    /// Hides the window, and tells nobody.
+    virtual void orderFront(const Ref<NSObject>& sender);
+    /// Hides the window, and tells nobody. The keys, if it has them, go to the window that it was shown above.
     void orderOut(const Ref<NSObject>& sender);
     /// Tells the delegate, then hides the window.
     void close();
     /// Draws at once.
     void display();
+    /// Keeps in the user's defaults, as "NSWindow Frame NAME", where the window stands and how large it is. A panel
+    /// that is shown next time stands there again, if the screens are still there.
+    void setFrameAutosaveName(const std::string& name);
 
     /// None, as at the start: the window has the looks of the desktop.
     ///@{
@@ -71,6 +76,8 @@ public:
 protected:
     /// Owns the widget, which has no parent.
     explicit NSWindow(QWidget* widget);
+    /// Another window has the keys now.
+    virtual void didResignKey() {}
 
 private:
     class EventFilter;
@@ -86,21 +93,29 @@ public:
     /// As `NSWindow::windowWithWidget`.
     static Ref<NSPanel> panelWithWidget(QWidget* widget);
 
-    /// Whether showing the panel leaves the focus where it is.
+    /// Whether neither showing the panel nor clicks in it take the keys from the window that has them;
+    /// `makeKeyAndOrderFront` does. Set it before the panel is shown.
     ///@{
     bool becomesKeyOnlyIfNeeded() const;
     void setBecomesKeyOnlyIfNeeded(bool onlyIfNeeded);
     ///@}
-    /// Whether the panel stays above document windows. A panel that shows goes on showing when it is set.
+    /// Whether the panel stays above document windows: above the main one when it is shown. Panels do from the start.
     ///@{
-    bool isFloatingPanel() const;
-    void setFloatingPanel(bool floats);
+    bool isFloatingPanel() const { return isFloating_; }
+    void setFloatingPanel(bool floats) { isFloating_ = floats; }
     ///@}
+    void makeKeyAndOrderFront(const Ref<NSObject>& sender) override;
+    void orderFront(const Ref<NSObject>& sender) override;
 
     std::string className() const override { return "NSPanel"; }
 
+protected:
+    void didResignKey() override;
+
 private:
     explicit NSPanel(QWidget* widget);
+
+    bool isFloating_ = true;
 };
 
 }  // namespace qz

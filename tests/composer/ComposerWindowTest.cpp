@@ -507,6 +507,7 @@ TEST_F(Composer, isReachedByTabsAndReadAloud) {
     };
     check(window, "window");
     table()->selectRow(1);
+    manager->window()->makeKeyAndOrderFront({});
     check(*manager->window()->widget(), "panel");
     // With every attribute set, no field of the editor is disabled.
     manager->editor()->setAnno(document->palette()->lookupAnno(keyOf("Role")));

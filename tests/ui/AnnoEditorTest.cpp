@@ -3,10 +3,12 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QGroupBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QStackedWidget>
 
 #include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
+#include "platform/foundation/NSArray.h"
 #include "platform/ui/ColorWell.h"
 #include "platform/ui/NSBox.h"
 #include "platform/ui/NSColorPanel.h"
@@ -32,6 +34,11 @@ class AnnoEditor : public test::Desk {
 protected:
     QzAnnoEditor& editor() { return *manager->editor(); }
     std::string field(const char* name) { return editor().valueForKey(name)->description(); }
+    static std::vector<std::string> allFields() {
+        std::vector<std::string> fields = QzAnnoEditor::updateAllKeys();
+        fields.insert(fields.end(), QzAnnoEditor::addedKeys().begin(), QzAnnoEditor::addedKeys().end());
+        return fields;
+    }
     bool flag(const char* name) { return std::static_pointer_cast<NSNumber>(editor().valueForKey(name))->boolValue(); }
     template <class T>
     T* control(const char* name) {
@@ -46,9 +53,8 @@ protected:
 
 TEST_F(AnnoEditor, fillsAnEmptyAnnotationWithDefaultsAndWritesNothing) {
     editor().setAnno(anno(0));
-    for (const std::string& name : QzAnnoEditor::updateAllKeys()) {
+    for (const std::string& name : allFields())
         EXPECT_TRUE(!name.starts_with("en_") || flag(name.c_str()) == (name == "en_annoname")) << name;
-    }
     EXPECT_EQ(QzAnnoEditor::updateAllKeys().size(), 42u);
     EXPECT_EQ(field("annoname"), "A");
     EXPECT_EQ(field("fontsize"), "24");
@@ -75,14 +81,17 @@ TEST_F(AnnoEditor, writesBackWhatItRead) {
         {NSBaselineOffsetAttributeName, number(-3)},
         {QzLeadingAttribute, number(6)},
         {QzBoundingBoxAttribute, "{{0.25, 0.25}, {0.5, 0.5}}"_ns},
+        {QzBoundingMarginsAttribute, test::margins(160, 20.5, -3, 0)},
+        {QzBoldAttribute, test::integer(0)},
+        {QzItalicAttribute, test::integer(1)},
+        {QzUnderlineAttribute, test::integer(1)},
+        {QzStrikeThroughAttribute, test::integer(0)},
         {"Of a host"_ns, "kept"_ns},
     };
     give(0, attributes);
     give(0, {{QzTextBoundingBoxAppearanceAttribute, QzBBoxInfo::qzbbWithColor(test::rgba(0, 1, 0), 2)}});
     editor().setAnno(anno(0));
-    for (const std::string& name : QzAnnoEditor::updateAllKeys()) {
-        EXPECT_TRUE(!name.starts_with("en_") || flag(name.c_str())) << name;
-    }
+    for (const std::string& name : allFields()) EXPECT_TRUE(!name.starts_with("en_") || flag(name.c_str())) << name;
     click("okayButton");
     EXPECT_FALSE(editor().isEditing());
     EXPECT_EQ(anno(0)->allAttributes()->count(), attributes.size() + 1);
@@ -124,6 +133,77 @@ TEST_F(AnnoEditor, convertsMarginsToTheHostsScreen) {
     control<QDoubleSpinBox>("marginsl")->setValue(480);
     control<QDoubleSpinBox>("marginsb")->setValue(0);
     EXPECT_THAT(applied(), ElementsAre(250, 200, 650, 800));
+}
+
+TEST_F(AnnoEditor, editsMarginsAndSaysWhatPlacesTheTitle) {
+    const auto margins = [&] { return anno(0)->attribute(*QzBoundingMarginsAttribute); };
+    const auto note = [&] { return control<QLabel>("placeNote")->text().toStdString(); };
+    const auto ofIntegers =
+        NSArray::arrayWithObjects({test::integer(10), test::integer(20), test::integer(30), test::integer(40)});
+    give(0, {{QzBoundingMarginsAttribute, ofIntegers}});
+    give(1, {{QzBoundingBoxAttribute, "{{0, 0}, {1, 1}}"_ns}});
+    editor().setAnno(anno(0));
+    EXPECT_EQ(note(), "");
+    click("applyButton");
+    EXPECT_EQ(margins(), ofIntegers) << "left alone, they stay as they are";
+    control<QDoubleSpinBox>("boundingmarginst")->setValue(12.5);
+    control<QGroupBox>("marginsBox")->setChecked(true);
+    editor().setValue(NSNumber::numberWithBool(true), "en_margins");
+    EXPECT_THAT(note(), testing::HasSubstr("margins place the title"));
+    click("applyButton");
+    EXPECT_TRUE(areEqual(margins(), test::margins(10, 20, 12.5, 40)));
+    EXPECT_TRUE(anno(0)->attribute(*QzBoundingBoxAttribute));
+    editor().setValue(NSNumber::numberWithBool(false), "en_boundingmargins");
+    EXPECT_EQ(note(), "");
+    click("okayButton");
+    EXPECT_FALSE(margins());
+    give(0, {{QzBoundingMarginsAttribute, ofIntegers}});
+    editor().setAnno(anno(1));
+    EXPECT_THAT(note(), testing::HasSubstr("\"A\"")) << "margins of another annotation win over the box of this one";
+}
+
+TEST_F(AnnoEditor, isUsedByKeysAsADialogIs) {
+    control<QAbstractButton>("okayButton");
+    manager->showWindow({});
+    table().newAnno({});
+    auto* name = control<QLineEdit>("annoname");
+    EXPECT_EQ(editorWindow()->focusWidget(), name);
+    QTest::keyClicks(name, "Headline");
+    EXPECT_EQ(editorWindow()->windowTitle().toStdString(), "NEW – Annotation");
+    QTest::keyClick(name, Qt::Key_Return);
+    EXPECT_FALSE(editor().isEditing()) << "Return clicks OK";
+    EXPECT_EQ(order(), "Headline D C B A Default ");
+    editor().setAnno(anno(0));
+    EXPECT_EQ(editorWindow()->windowTitle().toStdString(), "A – Annotation");
+    EXPECT_FALSE(tableWidget()->window()->findChild<QAbstractButton*>("newButton")->isEnabled());
+    auto* size = control<QDoubleSpinBox>("fontsize");
+    control<QCheckBox>("en_fontsize")->click();
+    size->setValue(50);
+    click("applyButton");
+    EXPECT_TRUE(anno(0)->attribute(*QzFontSizeAttribute));
+    for (QWidget* widget : {static_cast<QWidget*>(control<QTableView>("pages")), static_cast<QWidget*>(size)}) {
+        editor().setAnno(anno(0));
+        QTest::keyClick(widget, Qt::Key_Escape);
+        EXPECT_FALSE(editor().isEditing()) << "Escape cancels";
+        EXPECT_FALSE(anno(0)->attribute(*QzFontSizeAttribute));
+    }
+    EXPECT_TRUE(tableWidget()->window()->findChild<QAbstractButton*>("newButton")->isEnabled());
+}
+
+TEST_F(AnnoEditor, offersTheTypesOfABoxByName) {
+    for (const auto& [type, shown] : {std::pair(0, "None"), {1, "Outline"}, {2, "Filled"}, {7, "7"}}) {
+        give(0, {{QzTextBoundingBoxAppearanceAttribute, QzBBoxInfo::qzbbWithColor(test::rgba(0, 1, 0), type)}});
+        editor().setAnno(anno(0));
+        EXPECT_EQ(control<QComboBox>("tboxtype")->currentText(), shown);
+        click("okayButton");
+        EXPECT_EQ(
+            std::dynamic_pointer_cast<QzBBoxInfo>(anno(0)->attribute(*QzTextBoundingBoxAppearanceAttribute))->type(),
+            type);
+    }
+    editor().setAnno(anno(0));
+    auto* popup = control<QComboBox>("tboxtype");
+    QTest::keyClick(popup, Qt::Key_Home);
+    EXPECT_EQ(field("tboxtype"), "0");
 }
 
 TEST_F(AnnoEditor, aClearedFlagRemovesTheAttribute) {
@@ -215,8 +295,10 @@ TEST_F(AnnoEditor, announcesItsFieldsAndTakesThemFromControls) {
         this, [&](const std::string& key) { will.push_back(key); },
         [&](const std::string& key) { did.push_back(key); });
     editor().revert({});
-    EXPECT_EQ(will, QzAnnoEditor::updateAllKeys());
-    EXPECT_EQ(did, QzAnnoEditor::updateAllKeys());
+    std::vector<std::string> all = allFields();
+    all.push_back("placeNote");
+    EXPECT_EQ(will, all);
+    EXPECT_EQ(did, all);
     editor().removeObserver(this);
 
     give(0, {{QzHorizontalAlignmentAttribute, test::integer(1)}});

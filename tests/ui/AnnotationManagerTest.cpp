@@ -1,6 +1,11 @@
+#include <QScreen>
+#include <QWindow>
+#include <random>
+
 #include "QzAnno_AnnotatedTextFramework/ui/AnnotationReporting.h"
 #include "platform/foundation/NSArchiver.h"
 #include "platform/ui/NSUserDefaults.h"
+#include "platform/ui/WindowFrames.h"
 #include "tests/ui/Desk.h"
 
 namespace qz {
@@ -20,9 +25,84 @@ TEST_F(AnnotationManager, storesWhetherItIsVisible) {
     // As by the button of its frame.
     EXPECT_TRUE(manager->window()->widget()->close());
     EXPECT_FALSE(defaults.boolForKey("AnnoationPaletteVisible"));
-    const auto panel = std::dynamic_pointer_cast<NSPanel>(manager->window());
-    EXPECT_TRUE(panel->isFloatingPanel());
-    EXPECT_TRUE(panel->becomesKeyOnlyIfNeeded());
+}
+
+TEST_F(AnnotationManager, leavesTheKeysWithTheTextUnlessAskedForThem) {
+    showDocument();
+    manager->showWindow({});
+    const QWindow* panel = manager->window()->widget()->windowHandle();
+    EXPECT_EQ(panel->transientParent(), document.windowHandle()) << "above the document, not above other programs";
+    EXPECT_FALSE(panel->flags().testFlag(Qt::WindowStaysOnTopHint));
+    EXPECT_TRUE(panel->flags().testFlag(Qt::WindowDoesNotAcceptFocus));
+    manager->window()->makeKeyAndOrderFront({});
+    QApplication::processEvents();
+    EXPECT_EQ(QApplication::activeWindow(), manager->window()->widget());
+    QTest::keyClick(tableWidget(), Qt::Key_Escape);
+    QApplication::processEvents();
+    EXPECT_EQ(QApplication::activeWindow(), &document);
+    EXPECT_TRUE(panel->flags().testFlag(Qt::WindowDoesNotAcceptFocus)) << "clicks leave them again";
+    manager->editor()->setAnno(palette->lookupAnno(keys[0]));
+    EXPECT_EQ(editorWindow()->windowHandle()->transientParent(), document.windowHandle());
+    QApplication::processEvents();
+    EXPECT_EQ(QApplication::activeWindow(), editorWindow());
+    manager->editor()->close();
+    QApplication::processEvents();
+    EXPECT_EQ(QApplication::activeWindow(), &document) << "with the editor gone, typing goes on";
+}
+
+TEST_F(AnnotationManager, keepsWhereWindowsStandWhileTheScreenIsThere) {
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    const QRect place(screen.left() + 40, screen.top() + 50, 300, 200);
+    {
+        QWidget left;
+        keepFrame(left, "Test");
+        left.setGeometry(place);
+        left.show();
+        left.move(place.topLeft() + QPoint(1, 1));
+        QTRY_VERIFY(defaults.hasValueForKey("NSWindow Frame Test"));
+    }
+    QWidget next;
+    keepFrame(next, "Test");
+    ASSERT_TRUE(restoreFrame(next));
+    EXPECT_EQ(next.geometry(), place.translated(1, 1));
+    const QPoint beyond = screen.bottomRight();
+    for (const std::string& kept :
+         {stringWithFormat("%i %i 300 200 0", {beyond.x() + 10, 50}),
+          stringWithFormat("%i %i 300 200 0", {beyond.x() - 60, 50}),
+          stringWithFormat("40 %i 300 200 0", {screen.top() - 30}), std::string("nonsense")}) {
+        defaults.setString(kept, "NSWindow Frame Test");
+        EXPECT_FALSE(restoreFrame(next)) << kept;
+    }
+}
+
+TEST(WindowPlaces, coverNothingWhereThereIsRoom) {
+    std::mt19937 random(14);
+    const auto below = [&](int bound) { return static_cast<int>(random() % static_cast<unsigned>(bound)); };
+    int roomy = 0;
+    for (int i = 0; i < 500; ++i) {
+        const QRect screen(below(100), below(100), 800 + below(1200), 600 + below(600));
+        const QSize size(200 + below(400), 200 + below(350));
+        std::vector<Occupied> occupied;
+        for (int n = 1 + below(3); n > 0; --n)
+            occupied.push_back(
+                {QRect(screen.left() + below(600), screen.top() + below(400), 200 + below(500), 200 + below(300)) &
+                 screen});
+        const auto covers = [&](QPoint at) {
+            return std::ranges::any_of(occupied, [&](const Occupied& each) {
+                return each.rect.intersects({at, size});
+            });
+        };
+        bool hasRoom = false;
+        for (int x = screen.left(); x + size.width() <= screen.right(); x += 20) {
+            for (int y = screen.top(); y + size.height() <= screen.bottom(); y += 20)
+                hasRoom = hasRoom || !covers({x, y});
+        }
+        const QPoint place = placeCoveringLeast(size, screen, occupied, screen.center());
+        EXPECT_TRUE(screen.contains(QRect(place, size))) << i;
+        EXPECT_FALSE(hasRoom && covers(place)) << i;
+        roomy += hasRoom;
+    }
+    EXPECT_GT(roomy, 50);
 }
 
 TEST_F(AnnotationManager, takesItsBackgroundFromTheDefaults) {
