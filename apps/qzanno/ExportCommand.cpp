@@ -10,10 +10,6 @@
 namespace qz::tool {
 
 int exportCaptions(const ExportOptions& options, Diagnostics& diagnostics) {
-    if (std::filesystem::path(options.output).extension() != ".ass") {
-        diagnostics.error(options.output, "does not end in .ass, the only format that captions are exported to");
-        return 1;
-    }
     std::error_code ignored;
     if (std::filesystem::equivalent(options.input, options.output, ignored)) {
         diagnostics.error(options.output, "is the input; name another file with -o");

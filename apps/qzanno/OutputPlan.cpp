@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+#include "apps/qzanno/FileEndings.h"
+
 namespace qz::tool {
 namespace fs = std::filesystem;
 namespace {
@@ -11,7 +13,7 @@ constexpr size_t kDigits = 4;
 OutputPlan planForFile(const std::string& path) {
     OutputPlan plan;
     plan.file = path;
-    plan.isRaw = fs::path(path).extension() == ".rgba";
+    plan.isRaw = endingOf(path) == ".rgba";
     return plan;
 }
 
@@ -29,7 +31,7 @@ OutputPlan planForStandardOutput() {
 
 bool namesFile(const std::string& output) {
     std::error_code ignored;
-    const fs::path ending = fs::path(output).extension();
+    const std::string ending = endingOf(output);
     return (ending == ".png" || ending == ".rgba") && !fs::is_directory(output, ignored);
 }
 

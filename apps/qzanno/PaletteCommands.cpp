@@ -96,11 +96,6 @@ int checkPalette(const PaletteCheckOptions& options, Diagnostics& diagnostics) {
 }
 
 int convertPalette(const std::string& input, const std::string& output, Diagnostics& diagnostics) {
-    const std::string ending = std::filesystem::path(output).extension().string();
-    if (ending != ".plist" && ending != ".annopalette") {
-        diagnostics.error(output, "ends neither in .plist, for a property list, nor in .annopalette, for an archive");
-        return 1;
-    }
     const Ref<QzAnnoPalette> palette =
         isScript(input) ? paletteOfScript(input, diagnostics) : loadPalette(input, diagnostics);
     if (!palette) return 1;

@@ -1,7 +1,11 @@
 #include "apps/qzanno/RenderArguments.h"
 
 #include <charconv>
+#include <filesystem>
 #include <thread>
+
+#include "apps/qzanno/FileEndings.h"
+#include "apps/qzanno/FilmTime.h"
 
 namespace qz::tool {
 namespace {
@@ -64,6 +68,17 @@ void addSizeOption(CLI::App& command, const std::string& name, const std::string
             },
             description)
         ->type_name("WxH");
+}
+
+/// Adds an option whose value is a time.
+template <class Set>
+CLI::Option* addTimeOption(CLI::App& command, const std::string& name, const std::string& description, Set set) {
+    const auto read = [name, set](const std::string& text) {
+        const auto seconds = parsedTime(text);
+        if (!seconds) throw CLI::ValidationError(name, text + " is no time; write one such as 90, 90.5 or 0:01:30.5");
+        set(*seconds);
+    };
+    return command.add_option_function<std::string>(name, read, description)->type_name("TIME");
 }
 
 uint32_t threadsOfMachine() {
@@ -163,17 +178,19 @@ void describeRender(CLI::App& command, RenderArguments& arguments) {
     command.add_option("--text", options.text, "Render this text instead of files")->excludes(input);
     addDrawingOptions(command, options.drawing);
     auto* box = command.add_flag("-b,--box", options.drawing.box, "Only the area round the text, not the whole screen");
-    command
-        .add_option("-o,--output", options.output,
-                    "A .png or .rgba file for one title, a folder for many, - for raw premultiplied RGBA on standard "
-                    "output")
-        ->type_name("PATH");
+    auto* output =
+        command.add_option("-o,--output", options.output,
+                           "A .png or .rgba file for one title, a folder for many, - for raw premultiplied RGBA on "
+                           "standard output");
+    output->type_name("PATH");
+    allowPictures(*output);
     command.add_option("--over", options.drawing.over, "Composite over this frame, a .png picture")
         ->type_name("FRAME")
         ->excludes(box);
     auto* manifest =
         command.add_option("--manifest", options.manifest, "Write what was rendered as JSON Lines (.jsonl)")
             ->type_name("FILE");
+    allowEndings(*manifest, {".jsonl"}, WithoutEnding::allowed);
     options.jobs = threadsOfMachine();
     command.add_option("-j,--jobs", options.jobs, "How many threads render [one for each processor]")
         ->check(CLI::Range(1u, kJobsMax).description(""))
@@ -208,7 +225,9 @@ void describeExport(CLI::App& command, ExportOptions& options) {
     command.footer(kExportExamples);
     command.add_option("CAPTIONS", options.input, "Captions (.srt, .vtt, .ass, .ssa)")->type_name("")->required();
     addPaletteOption(command, options.palette);
-    command.add_option("-o,--output", options.output, "The script to write (.ass)")->type_name("FILE")->required();
+    auto* output = command.add_option("-o,--output", options.output, "The script to write (.ass)");
+    output->type_name("FILE")->required();
+    allowEndings(*output, {".ass"}, WithoutEnding::refused);
     addScreenOption(command, "The screen that the palette is meant for, in points [1920x1080]", options.screen);
     addDirectionOption(command, options.direction);
     addLooksOption(command, options.looks);
@@ -239,8 +258,30 @@ void describeStream(CLI::App& command, StreamOptions& options) {
     command.add_option("--alpha", options.isStraight, "How colours stand to alpha [straight]")
         ->transform(CLI::CheckedTransformer(kAlphas).description(""))
         ->type_name("straight|premultiplied");
-    command.add_option("--duration", options.duration, "Seconds to write [up to the end of the last caption]")
-        ->check(CLI::Range(0.0, 1e9).description(""))
+    addTimeOption(command, "--start", "Where in the film the frames begin, such as 90.5 or 0:01:30.5 [0]",
+                  [&options](double seconds) { options.start = seconds; });
+    auto* duration = addTimeOption(command, "--duration", "How long to write [up to the end of the last caption]",
+                                   [&options](double seconds) { options.duration = seconds; });
+    command
+        .add_option_function<std::string>(
+            "--end",
+            [&options](const std::string& text) {
+                options.end = parsedTime(text);
+                std::error_code ignored;
+                if (options.end) return;
+                if (!std::filesystem::exists(text, ignored))
+                    throw CLI::ValidationError(
+                        "--end", text + " is neither a time, such as 90.5 or 0:01:30.5, nor a film that is there");
+                options.film = text;
+            },
+            "Where in the film the frames end: a time, or the film itself (.mp4, .mov, .mkv, .webm), whose length "
+            "ffprobe tells")
+        ->type_name("TIME")
+        ->excludes(duration);
+    command
+        .add_option("--offset", options.offset,
+                    "Show captions so many seconds later than they say, or earlier if below 0")
+        ->check(CLI::Range(-1e9, 1e9).description(""))
         ->type_name("S");
     command.add_flag("--changes", options.onlyChanges,
                      "Write only frames at which a caption comes or goes, each behind a line with its number, its "

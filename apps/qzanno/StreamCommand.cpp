@@ -10,6 +10,7 @@
 
 #include <unistd.h>
 
+#include "apps/qzanno/FilmTime.h"
 #include "apps/qzanno/FreePlace.h"
 #include "apps/qzanno/Progress.h"
 #include "apps/qzanno/TitleLines.h"
@@ -133,11 +134,11 @@ bool StreamRun::readTitlesOfInput() {
         ShownTitle shown;
         shown.index = title.index;
         shown.content = contentOf(title, looks);
-        if (title.start) shown.firstFrame = options_.rate.firstFrameAt(*title.start);
-        if (title.end) shown.endFrame = options_.rate.firstFrameAt(*title.end);
+        if (title.start) shown.firstFrame = options_.rate.firstFrameAt(*title.start + options_.offset);
+        if (title.end) shown.endFrame = options_.rate.firstFrameAt(*title.end + options_.offset);
         if (shown.firstFrame < shown.endFrame)
             titles_.push_back(std::move(shown));
-        else
+        else if (!title.end || *title.end + options_.offset > 0)
             diagnostics_.warning("title " + std::to_string(title.index), "lies between two frames and is not shown");
     };
     if (!readTitles(options_.input, looks, diagnostics_, sink, hasLosses)) return false;
@@ -147,16 +148,31 @@ bool StreamRun::readTitlesOfInput() {
 }
 
 bool StreamRun::planFrames() {
-    std::ranges::stable_sort(titles_, {}, &ShownTitle::firstFrame);
-    if (options_.duration) {
-        frames_ = options_.rate.firstFrameAt(*options_.duration);
-    } else {
-        for (const ShownTitle& title : titles_) frames_ = std::max(frames_, title.endFrame);
-        if (frames_ == kForever) {
-            diagnostics_.error(options_.input, "has titles without times; say with --duration how long they are shown");
+    std::optional<double> end = options_.end;
+    if (options_.duration) end = options_.start + *options_.duration;
+    if (!options_.film.empty()) {
+        std::string reason;
+        end = lengthOfFilm(options_.film, reason);
+        if (!end) {
+            diagnostics_.error(options_.film, reason);
             return false;
         }
     }
+    // Frames are counted from the first that is written.
+    const int64_t first = options_.rate.firstFrameAt(options_.start);
+    std::erase_if(titles_, [first](const ShownTitle& title) { return title.endFrame <= first; });
+    for (ShownTitle& title : titles_) {
+        title.firstFrame = std::max<int64_t>(0, title.firstFrame - first);
+        if (title.endFrame != kForever) title.endFrame -= first;
+        frames_ = std::max(frames_, title.endFrame);
+    }
+    if (end) frames_ = std::max<int64_t>(0, options_.rate.firstFrameAt(*end) - first);
+    if (frames_ == kForever) {
+        diagnostics_.error(options_.input,
+                           "has titles without times; say with --duration or --end how long they are shown");
+        return false;
+    }
+    std::ranges::stable_sort(titles_, {}, &ShownTitle::firstFrame);
     if (frames_ == 0) diagnostics_.warning(options_.input, "shows nothing; no frame is written");
     return true;
 }

@@ -16,8 +16,17 @@ struct StreamOptions {
     FrameRate rate;
     /// Straight alpha instead of premultiplied.
     bool isStraight = true;
-    /// Seconds; none for up to the end of the last caption.
+    /// Seconds of the film at which the first frame is due.
+    double start = 0;
+    /// Seconds from there on, or of the film; with neither and no film the end of the last caption.
+    ///@{
     std::optional<double> duration;
+    std::optional<double> end;
+    ///@}
+    /// The film that is written up to the end of; empty for none.
+    std::string film;
+    /// Seconds to add to the captions' times.
+    double offset = 0;
     /// Only frames at which a caption comes or goes, each behind a line that says which it is; see docs/batch.md.
     bool onlyChanges = false;
 };

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 
 #include "apps/qzanno/ArchiveCommands.h"
+#include "apps/qzanno/FileEndings.h"
 #include "apps/qzanno/FontFolders.h"
 #include "apps/qzanno/ManifestMerge.h"
 #include "apps/qzanno/PaletteCommands.h"
@@ -158,7 +159,9 @@ void CommandLine::addPaletteCommands() {
     CLI::App& create = add(group, "new", "Write a palette to begin with; without a name, list those that there are",
                            [this](Diagnostics& diagnostics) { return newStarterPalette(starter_, diagnostics); });
     addOperand(create, "NAME", starter_.name, "Which one");
-    addOutput(create, starter_.output, "The palette to write (.plist), - for standard output [NAME.plist]");
+    CLI::Option* const created =
+        addOutput(create, starter_.output, "The palette to write (.plist), - for standard output [NAME.plist]");
+    allowEndings(*created, {".plist"}, WithoutEnding::allowed);
     create.add_flag("--overwrite", starter_.overwrite, "Write over a file that is there");
 
     CLI::App& show = addWithFonts(group, "show", "Print a palette as a table, the highest priority first",
@@ -179,8 +182,10 @@ void CommandLine::addPaletteCommands() {
         convert, "PALETTE", input_,
         "Property list (.plist) or archive (.annopalette) with the palette, or a script with styles (.ass, .ssa)")
         ->required();
-    addOperand(convert, "OUTPUT", output_, "A .plist file for a property list, an .annopalette file for an archive")
-        ->required();
+    CLI::Option* const converted =
+        addOperand(convert, "OUTPUT", output_, "A .plist file for a property list, an .annopalette file for an archive")
+            ->required();
+    allowEndings(*converted, {".plist", ".annopalette"}, WithoutEnding::refused);
 }
 
 void CommandLine::addArchiveCommands() {
@@ -191,7 +196,8 @@ void CommandLine::addArchiveCommands() {
     addOperand(pack, "INPUT", input_, "Captions (.srt, .vtt, .ass, .ssa), or a .txt file that is one title")
         ->required();
     addPaletteOption(pack, palette_);
-    addOutput(pack, output_, "The archive to write (.annostring)")->required();
+    CLI::Option* const packed = addOutput(pack, output_, "The archive to write (.annostring)")->required();
+    allowEndings(*packed, {".annostring"}, WithoutEnding::allowed);
 
     CLI::App& show =
         addWithFonts(group, "show", "Print the titles of an archive: text, annotations and runs",
@@ -212,7 +218,8 @@ void CommandLine::addManifestCommands() {
         add(group, "merge", "Join manifests and name the titles that are missing; exit with 1 when any is",
             [this](Diagnostics& diagnostics) { return mergeManifests(inputs_, output_, diagnostics); });
     addOperand(merge, "MANIFEST", inputs_, "Manifests of the shares (.jsonl)")->required();
-    addOutput(merge, output_, "The manifest to write (.jsonl)")->required();
+    CLI::Option* const joined = addOutput(merge, output_, "The manifest to write (.jsonl)")->required();
+    allowEndings(*joined, {".jsonl"}, WithoutEnding::allowed);
 }
 
 void CommandLine::addVerbosity() {

@@ -1,0 +1,64 @@
+#include "apps/qzanno/FileEndings.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+
+namespace qz::tool {
+namespace {
+
+const std::vector<std::string> kPictureEndings = {".png", ".rgba"};
+
+bool contains(const std::vector<std::string>& endings, const std::string& ending) {
+    return std::ranges::find(endings, ending) != endings.end();
+}
+
+/// ".png or .rgba"
+std::string listOf(const std::vector<std::string>& endings) {
+    std::string list;
+    for (size_t i = 0; i < endings.size(); ++i)
+        list += (i == 0 ? "" : i + 1 < endings.size() ? ", " : " or ") + endings[i];
+    return list;
+}
+
+/// Whether the ending is a point, a letter and up to four more letters and digits, as files have it; folders are also
+/// called "season.1" and "2024.05.11".
+bool isOfFile(const std::string& ending) {
+    const auto isLetterOrDigit = [](unsigned char character) { return std::isalnum(character) != 0; };
+    return ending.size() >= 2 && ending.size() <= 6 && std::isalpha(static_cast<unsigned char>(ending[1])) &&
+           std::all_of(ending.begin() + 1, ending.end(), isLetterOrDigit);
+}
+
+void check(CLI::Option& option, std::function<std::string(std::string&)> fault) {
+    option.check(CLI::Validator(std::move(fault), ""));
+}
+
+}  // namespace
+
+std::string endingOf(const std::string& path) {
+    std::string ending = std::filesystem::path(path).extension().string();
+    std::ranges::transform(ending, ending.begin(), [](unsigned char character) { return std::tolower(character); });
+    return ending;
+}
+
+void allowEndings(CLI::Option& option, std::vector<std::string> endings, WithoutEnding without) {
+    check(option, [endings = std::move(endings), without](std::string& path) {
+        const std::string ending = endingOf(path);
+        if (path == "-" || contains(endings, ending)) return std::string();
+        if (ending.empty() && without == WithoutEnding::allowed) return std::string();
+        return path + " cannot be written; give a file that ends in " + listOf(endings);
+    });
+}
+
+void allowPictures(CLI::Option& option) {
+    check(option, [](std::string& path) {
+        const std::string ending = endingOf(path);
+        std::error_code ignored;
+        if (contains(kPictureEndings, ending) || !isOfFile(ending) || std::filesystem::is_directory(path, ignored))
+            return std::string();
+        return path + " cannot be written; pictures end in " + listOf(kPictureEndings) +
+               ", and a folder of that name is written " + path + "/";
+    });
+}
+
+}  // namespace qz::tool
