@@ -84,6 +84,14 @@ Ref<NSFont> QzAnnoLayoutManager::fontAtIndex(uint32_t index) const {
     return font && usesScreenFonts() ? substituteFontForFont(font) : font;
 }
 
+TextRuleKinds QzAnnoLayoutManager::ruleKinds(const NSDictionary& attributes) const {
+    const auto isAskedFor = [&](const Ref<NSString>& name) {
+        const Ref<NSNumber> flag = numberFrom(attributes.objectForKey(*name));
+        return flag && flag->boolValue();
+    };
+    return {isAskedFor(QzUnderlineAttribute), isAskedFor(QzStrikeThroughAttribute)};
+}
+
 void QzAnnoLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint) {
     const Ref<NSGraphicsContext> context = NSGraphicsContext::currentContext();
     if (!context) return;
@@ -195,6 +203,15 @@ void QzAnnoLayoutManager::strokeOutlines(Range glyphRange, const TitleLayer& lay
     // Every shown glyph of a cluster, not only the first: an accent wants its border as the letter below it does.
     const NSPoint displaced = {origin.x + layer.offset.x, origin.y + layer.offset.y};
     strokeAndFillGlyphs(*context, shownGlyphs(glyphRange, displaced), stroke, *glyphCache());
+    for (const TextRule& rule : textRulesForGlyphRange(glyphRange, displaced)) {
+        NSBezierPath path = NSBezierPath::bezierPathWithRect(rule.rect);
+        path.setLineWidth(stroke.width);
+        path.setLineCapStyle(stroke.lineCap);
+        path.setLineJoinStyle(stroke.lineJoin);
+        path.setMiterLimit(stroke.miterLimit);
+        context->stroke(path);
+        context->fill(path);
+    }
 }
 
 GlyphStroke QzAnnoLayoutManager::strokeOf(float width) const {

@@ -40,8 +40,10 @@ public:
     /// The font of a character as it is drawn: the screen font when those are used. None beyond the text.
     Ref<NSFont> fontAtIndex(uint32_t index) const;
 
-    /// Draws the glyphs with their layers; `atPoint` is where the container's origin lies in the current graphics
-    /// context.
+    /// As the attributes `QzUnderlineAttribute` and `QzStrikeThroughAttribute` ask.
+    TextRuleKinds ruleKinds(const NSDictionary& attributes) const override;
+    /// Draws the glyphs, with rules under and through them, and their layers, which follow both; `atPoint` is where the
+    /// container's origin lies in the current graphics context.
     void drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint) override;
     /// Draws what lies beneath the glyphs: 2 the bounding box and the second layer, 1 the first layer.
     void myDraw(Range glyphRange, uint32_t asBackground, NSPoint atPoint);

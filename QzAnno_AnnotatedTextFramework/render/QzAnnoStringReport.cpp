@@ -178,23 +178,29 @@ public:
 
     void addGlyph(const GlyphAtPlace& place, const DrawnRun& run, Range cluster) {
         // A box of control points is quick to have, and may be larger than the ink.
-        NSRect ink = boxOf(place);
-        if (NSIsEmptyRect(ink)) return;
-        const std::array<std::optional<Reach>, 3> reaches = {Reach{}, run.layer1, run.layer2};
-        const auto isCut = [&](const auto& reach) { return reach && isBeyond(ink, *reach); };
-        if (std::ranges::none_of(reaches, isCut)) return;
-        ink = outlineOfGlyph(place).bezierPathByFlatteningPath().controlPointBounds();
+        const NSRect box = boxOf(place);
+        if (NSIsEmptyRect(box) || !isAnyCut(box, run)) return;
+        addInk(outlineOfGlyph(place).bezierPathByFlatteningPath().controlPointBounds(), run, cluster);
+    }
+
+    /// Of letters, or of a rule under or through them.
+    void addInk(const NSRect& ink, const DrawnRun& run, Range characters) {
+        const std::array<std::optional<Reach>, 3> reaches = reachesOf(run);
         for (size_t i = 0; i < reaches.size(); ++i) {
-            if (isCut(reaches[i])) append(cut_[i], cluster);
+            if (!isCut(ink, reaches[i])) continue;
+            cut_[i].push_back(characters);
             // A layer of letters that are cut tells nothing more.
-            if (i == 0 && isCut(reaches[0])) break;
+            if (i == 0) break;
         }
     }
 
     void tell(std::vector<Clipping>& clipped) const {
         constexpr std::array kParts = {Clipping::Part::glyphs, Clipping::Part::layer1, Clipping::Part::layer2};
         for (size_t i = 0; i < kParts.size(); ++i) {
-            for (const Range range : cut_[i]) clipped.push_back({kParts[i], range});
+            std::vector<Range> inOrder = cut_[i], ranges;
+            std::ranges::sort(inOrder, {}, &Range::location);
+            for (const Range range : inOrder) append(ranges, range);
+            for (const Range range : ranges) clipped.push_back({kParts[i], range});
         }
     }
 
@@ -205,6 +211,16 @@ private:
         const float slantAtTop = place.obliqueness * box.maxY();
         return {{place.origin.x + box.origin.x + std::min(slantAtBottom, slantAtTop), place.origin.y - box.maxY()},
                 {box.size.width + std::abs(slantAtTop - slantAtBottom), box.size.height}};
+    }
+
+    static std::array<std::optional<Reach>, 3> reachesOf(const DrawnRun& run) {
+        return {Reach{}, run.layer1, run.layer2};
+    }
+
+    bool isCut(const NSRect& ink, const std::optional<Reach>& reach) const { return reach && isBeyond(ink, *reach); }
+
+    bool isAnyCut(const NSRect& ink, const DrawnRun& run) const {
+        return std::ranges::any_of(reachesOf(run), [&](const auto& reach) { return isCut(ink, reach); });
     }
 
     bool isBeyond(const NSRect& ink, const Reach& reach) const {
@@ -263,6 +279,8 @@ RenderReport QzAnnoStringToScreen::reportInFullScreen(bool fullScreen) {
         }
         edges.addGlyph({number, run.font, originOfGlyph(glyph, offset), run.obliqueness}, run, cluster);
     }
+    for (const TextRule& rule : layoutManager_->textRulesForGlyphRange(glyphs, offset))
+        edges.addInk(rule.rect, drawnRunAt(*textStorage_, rule.characters.location), rule.characters);
     edges.tell(report.clipped);
     return report;
 }

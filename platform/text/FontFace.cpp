@@ -28,6 +28,8 @@ constexpr float kSyntheticSlant = 0.2126f;
 // Stems grow by so many parts of the em, half of it on either side; what is horizontal by half as much, as in bold
 // fonts.
 constexpr double kSyntheticBold = 1.0 / 24;
+// Rules of a font that has none, and the thickest that is taken for one, in parts of the em.
+constexpr double kUnderlineTop = -0.1, kStrikeThroughTop = 0.28, kRuleThickness = 0.05, kRuleThicknessMax = 0.25;
 
 std::span<const uint8_t> bytesOf(hb_blob_t* file) {
     unsigned int size = 0;
@@ -186,6 +188,25 @@ FontFace::Metrics FontFace::readMetrics() const {
     }
     // Some fonts give the descent without its sign.
     return {ascender, -std::abs(descender), std::max(lineGap, 0.0)};
+}
+
+FontFace::Rule FontFace::rule(unsigned int topTag, unsigned int thicknessTag, Rule otherwise) const {
+    hb_position_t top = 0, thickness = 0;
+    hb_ot_metrics_get_position(shaper_.get(), static_cast<hb_ot_metrics_tag_t>(topTag), &top);
+    hb_ot_metrics_get_position(shaper_.get(), static_cast<hb_ot_metrics_tag_t>(thicknessTag), &thickness);
+    const bool isThickness = thickness > 0 && thickness <= kRuleThicknessMax * unitsPerEm_;
+    // On the wrong side of the baseline, or farther from it than a letter reaches, it is no place.
+    const bool isTop = top != 0 && (top < 0) == (otherwise.top < 0) && std::abs(top) < unitsPerEm_;
+    return {isTop ? top : otherwise.top * unitsPerEm_, isThickness ? thickness : otherwise.thickness * unitsPerEm_};
+}
+
+FontFace::Rule FontFace::underline() const {
+    return rule(HB_OT_METRICS_TAG_UNDERLINE_OFFSET, HB_OT_METRICS_TAG_UNDERLINE_SIZE, {kUnderlineTop, kRuleThickness});
+}
+
+FontFace::Rule FontFace::strikeThrough() const {
+    return rule(HB_OT_METRICS_TAG_STRIKEOUT_OFFSET, HB_OT_METRICS_TAG_STRIKEOUT_SIZE,
+                {kStrikeThroughTop, kRuleThickness});
 }
 
 NSGlyph FontFace::glyphForCharacter(char32_t character) const {

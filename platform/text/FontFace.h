@@ -30,6 +30,10 @@ public:
     struct Metrics {
         double ascender, descender, lineGap;
     };
+    /// A rule under text or through it: where its upper edge lies above the baseline, and its thickness.
+    struct Rule {
+        double top, thickness;
+    };
 
     /// None when the file cannot be read, holds no such font, or has letters that all lack an outline, which is what a
     /// damaged file looks like.
@@ -46,6 +50,11 @@ public:
     uint32_t glyphCount() const { return glyphCount_; }
     /// The descender is not above 0, the line gap not below.
     const Metrics& metrics() const { return metrics_; }
+    /// As the font has them, or else as most fonts do.
+    ///@{
+    Rule underline() const;
+    Rule strikeThrough() const;
+    ///@}
     /// Whether it has colour glyphs: layers, pictures or SVG documents.
     bool hasColourGlyphs() const { return hasColourGlyphs_; }
 
@@ -77,6 +86,7 @@ private:
                                            HarfBuzzRef<hb_blob_t> file);
 
     Metrics readMetrics() const;
+    Rule rule(unsigned int topTag, unsigned int thicknessTag, Rule otherwise) const;
     bool showsLetters() const;
 
     const InstalledFont installedFont_;

@@ -76,6 +76,16 @@ float NSFont::leading() const {
     return points(face_->metrics().lineGap);
 }
 
+FontRule NSFont::underline() const {
+    const auto [top, thickness] = face_->underline();
+    return {points(top), points(thickness)};
+}
+
+FontRule NSFont::strikeThrough() const {
+    const auto [top, thickness] = face_->strikeThrough();
+    return {points(top), points(thickness)};
+}
+
 NSGlyph NSFont::glyphForCharacter(char32_t character) const {
     return face_->glyphForCharacter(character);
 }

@@ -16,6 +16,13 @@ using NSGlyph = uint32_t;
 /// Stands for a character that takes part in layout but shows nothing: a line break, a soft hyphen inside a line.
 inline constexpr NSGlyph NSControlGlyph = 0x00FFFFFF;
 
+/// A rule under text or through it, in points: its upper edge above the baseline, below it less than 0, and its
+/// thickness.
+struct FontRule {
+    float top = 0;
+    float thickness = 0;
+};
+
 /// A font at a size in points; immutable. May be used from several threads.
 class NSFont final : public NSObject {
 public:
@@ -61,6 +68,12 @@ public:
     float ascender() const;
     float descender() const;
     float leading() const;
+    ///@}
+
+    /// Where the font has rules under text and through it; the usual place where it does not say.
+    ///@{
+    FontRule underline() const;
+    FontRule strikeThrough() const;
     ///@}
 
     /// The glyph of a character (a Unicode code point); 0 when the font lacks it.

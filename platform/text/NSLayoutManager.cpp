@@ -6,6 +6,7 @@
 #include "platform/text/AttributeNames.h"
 #include "platform/text/FontFixing.h"
 #include "platform/text/GlyphDrawing.h"
+#include "platform/text/RunAppearance.h"
 #include "platform/text/TemporaryAttributes.h"
 #include "platform/text/TextLayout.h"
 
@@ -227,16 +228,6 @@ Ref<NSDictionary> NSLayoutManager::temporaryAttributesAtCharacterIndex(uint32_t 
     return attributes;
 }
 
-/// What the characters of a run ask of the drawing of their glyphs.
-struct NSLayoutManager::RunAppearance {
-    Range characters;
-    Ref<NSFont> font;
-    Ref<NSColor> color;
-    float obliqueness = 0;
-    /// Whether the colour stands for every glyph's own.
-    bool isSilhouette = false;
-};
-
 NSLayoutManager::RunAppearance NSLayoutManager::appearanceAt(const NSTextStorage& text, uint32_t character) const {
     Range range, temporaryRange;
     const Ref<NSDictionary> attributes = text.attributesAtIndex(character, &range);
@@ -289,6 +280,15 @@ void NSLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint)
     const Ref<NSGraphicsContext> context = NSGraphicsContext::currentContext();
     if (!context) return;
     const Ref<NSColor> formerColor = context->color();
+    const std::vector<TextRule> rules = joinedRules(textRulesForGlyphRange(glyphRange, atPoint));
+    const auto drawRules = [&](bool areBelow) {
+        for (const TextRule& rule : rules) {
+            if (rule.isBelow != areBelow) continue;
+            context->setColor(rule.color);
+            context->fill(NSBezierPath::bezierPathWithRect(rule.rect));
+        }
+    };
+    drawRules(true);
     std::vector<GlyphAtPlace> alike;
     bool isSilhouette = false;
     const auto drawAlike = [&] {
@@ -305,6 +305,7 @@ void NSLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint)
         alike.push_back(glyph);
     });
     drawAlike();
+    drawRules(false);
     context->setColor(formerColor);
 }
 

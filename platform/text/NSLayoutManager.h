@@ -11,6 +11,7 @@
 #include "platform/text/NSFont.h"
 #include "platform/text/NSTextContainer.h"
 #include "platform/text/NSTextStorage.h"
+#include "platform/text/TextRules.h"
 
 namespace qz {
 
@@ -50,9 +51,9 @@ public:
 
     /// Of the whole text, which is laid out for that.
     uint32_t numberOfGlyphs() const;
-    /// The first glyph that has not been laid out yet; `numberOfGlyphs` when there is none. Glyphs without a place count
-    /// as laid out once no container has room for them. Nothing is laid out in the background, so waiting does not
-    /// change it, and asking for it lays nothing out.
+    /// The first glyph that has not been laid out yet; `numberOfGlyphs` when there is none. Glyphs without a place
+    /// count as laid out once no container has room for them. Nothing is laid out in the background, so waiting does
+    /// not change it, and asking for it lays nothing out.
     uint32_t firstUnlaidGlyphIndex() const;
     /// The container that holds the glyph, laid out as far as that takes; none when no container has room.
     /// `effectiveRange` receives the glyphs of that container.
@@ -116,9 +117,16 @@ public:
     /// font itself.
     virtual Ref<NSFont> substituteFontForFont(const Ref<NSFont>& font) const { return font; }
 
-    /// Draws glyphs into the current graphics context, each in the foreground colour of its characters, the temporary
-    /// one first; black without one. A colour glyph keeps its own colours, unless a temporary one lies over them.
-    /// `atPoint` is where the origin of the container lies.
+    /// Which rules a run of these attributes has. The names of such attributes are a subclass's, so here it has none.
+    virtual TextRuleKinds ruleKinds(const NSDictionary& /*attributes*/) const { return {}; }
+    /// The rules under and through the text of the glyphs, line by line, for the container's origin at `atPoint`. A
+    /// rule lies where the font asked for has it, straight over a stretch of one font size and baseline, that of its
+    /// prevailing font. Blanks have it but for those that hang at a line's end.
+    std::vector<TextRule> textRulesForGlyphRange(Range glyphRange, NSPoint atPoint) const;
+
+    /// Draws glyphs and their rules into the current graphics context, each in the foreground colour of its characters,
+    /// the temporary one first; black without one. A colour glyph keeps its own colours, unless a temporary one lies
+    /// over them. `atPoint` is where the origin of the container lies.
     virtual void drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint);
 
     /// What has been drawn before and can be drawn again. Never none; none given stands for a fresh one.
@@ -139,6 +147,7 @@ protected:
 private:
     friend class NSTextStorage;
     class Layout;
+    class RuleFinder;
     struct RunAppearance;
 
     std::optional<size_t> indexOfContainer(const NSTextContainer& container) const;

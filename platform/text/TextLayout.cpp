@@ -216,6 +216,7 @@ void NSLayoutManager::Layout::addLine(const Entry& entry, std::u16string_view pa
                       .characters = {entry.location + start, end - start},
                       .fragment = fitted.fragment,
                       .usedRect = placed.usedRect,
+                      .baseline = fitted.metrics.baseline,
                       .container = container_,
                       .paragraph = nextLine_.paragraph});
     glyphs_.insert(glyphs_.end(), placed.glyphs.begin(), placed.glyphs.end());
@@ -310,6 +311,12 @@ const NSLayoutManager::Layout::Line* NSLayoutManager::Layout::lineOfGlyph(uint32
     if (behind == lines_.begin()) return nullptr;
     const Line& line = *std::prev(behind);
     return line.glyphs.contains(glyphIndex) ? &line : nullptr;
+}
+
+float NSLayoutManager::Layout::baselineOffsetAt(const Line& line, uint32_t character) const {
+    const Entry& entry = paragraphs_[line.paragraph];
+    const size_t style = entry.paragraph->styleIndexAt(character - entry.location);
+    return entry.paragraph->styles()[style].baselineOffset;
 }
 
 std::span<const NSLayoutManager::Layout::Line> NSLayoutManager::Layout::linesOfContainer(size_t container) const {

@@ -22,6 +22,7 @@ public:
         Range characters;
         NSRect fragment;
         NSRect usedRect;
+        float baseline;  ///< from the top of the fragment
         size_t container;
         size_t paragraph;
     };
@@ -55,6 +56,8 @@ public:
     NSRect usedRectOfContainer(size_t container) const;
     /// The grapheme clusters of a line, in the order of the text.
     std::vector<CaretCell> caretCells(const Line& line) const;
+    /// Points by which the text at a character of the line is raised above its baseline.
+    float baselineOffsetAt(const Line& line, uint32_t character) const;
     /// Of a paragraph that has lines.
     bool isRightToLeftParagraph(size_t paragraph) const { return paragraphs_[paragraph].paragraph->isRightToLeft(); }
     /// The zero rectangle when the container does not hold the extra line.

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <vector>
+
+#include "platform/foundation/NSGeometry.h"
+#include "platform/foundation/Range.h"
+#include "platform/graphics/NSColor.h"
+
+namespace qz {
+
+/// Which rules a run of text has.
+struct TextRuleKinds {
+    bool underline = false;
+    bool strikeThrough = false;
+
+    bool isEmpty() const { return !underline && !strikeThrough; }
+};
+
+/// A piece of a rule under text or through it, as far as one run of attributes goes in one line.
+struct TextRule {
+    NSRect rect;            ///< what it covers, in the space that the glyphs are drawn in
+    bool isBelow = false;   ///< under the text, where glyphs are drawn over it; else through the text, over the glyphs
+    Ref<NSColor> color;     ///< of the text
+    Range characters = {};  ///< the text that it belongs to
+};
+
+/// Neighbours in one colour as one, so that no seam shows between them.
+std::vector<TextRule> joinedRules(const std::vector<TextRule>& rules);
+
+}  // namespace qz
