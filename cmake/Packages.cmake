@@ -3,10 +3,11 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME qzanno)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_OUTPUT_FILE_PREFIX ${PROJECT_BINARY_DIR}/packages)
-set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/CompressManPages.cmake)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/DebianFiles.cmake)
 set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
 set(CPACK_COMPONENTS_ALL)
 
@@ -19,10 +20,11 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(same_version "(= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 
-# qz_package(COMPONENT NAME name SECTION section SUMMARY line TEXT text [DEPENDS package...] [RECOMMENDS package...] [LIBRARY]).
-# What the programs and libraries need of the system is found in their files. LIBRARY: holds a shared library that others link.
+# qz_package(COMPONENT NAME name SECTION section SUMMARY line TEXT text [DEPENDS package...] [RECOMMENDS package...]
+# [LIBRARY soname version]). What the programs and libraries need of the system is found in their files. LIBRARY: holds the shared
+# library that packages of others link: its name, and what follows ".so." in its SONAME.
 function(qz_package component)
-  cmake_parse_arguments(package "LIBRARY" "NAME;SECTION;SUMMARY;TEXT" "DEPENDS;RECOMMENDS" ${ARGN})
+  cmake_parse_arguments(package "" "NAME;SECTION;SUMMARY;TEXT" "DEPENDS;RECOMMENDS;LIBRARY" ${ARGN})
   string(TOUPPER ${component} upper)
   list(JOIN package_DEPENDS ", " depends)
   list(JOIN package_RECOMMENDS ", " recommends)
@@ -30,7 +32,11 @@ function(qz_package component)
     PACKAGE_NAME ${package_NAME} PACKAGE_SECTION ${package_SECTION} PACKAGE_DEPENDS "${depends}" PACKAGE_RECOMMENDS "${recommends}"
     DESCRIPTION "${package_SUMMARY}\n${package_TEXT}" PACKAGE_SHLIBDEPS ON)
   if(package_LIBRARY)
-    list(APPEND settings PACKAGE_GENERATE_SHLIBS ON PACKAGE_GENERATE_SHLIBS_POLICY =)
+    set(folder ${PROJECT_BINARY_DIR}/debian/${package_NAME})
+    list(JOIN package_LIBRARY " " library)
+    file(WRITE ${folder}/shlibs "${library} ${package_NAME} (>= ${PROJECT_VERSION})\n")
+    file(WRITE ${folder}/triggers "activate-noawait ldconfig\n")
+    set(CPACK_DEBIAN_${upper}_PACKAGE_CONTROL_EXTRA "${folder}/shlibs;${folder}/triggers" PARENT_SCOPE)
   endif()
   while(settings)
     list(POP_FRONT settings name)
@@ -47,9 +53,9 @@ string(CONCAT about
   "of every script are laid out on a screen and drawn into RGBA bitmaps.\n")
 
 set(soversion ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
-qz_package(core NAME libqzanno${soversion} SECTION libs LIBRARY
+qz_package(core NAME libqzanno${soversion} SECTION libs LIBRARY libQzAnno ${soversion}
   SUMMARY "annotated titles and captions for video, C++ library" TEXT "${about}")
-qz_package(c NAME libqzanno-c${QZANNO_C_SOVERSION} SECTION libs LIBRARY DEPENDS "libqzanno${soversion} ${same_version}"
+qz_package(c NAME libqzanno-c${QZANNO_C_SOVERSION} SECTION libs LIBRARY libqzanno-c ${QZANNO_C_SOVERSION} DEPENDS "libqzanno${soversion} ${same_version}"
   SUMMARY "annotated titles and captions for video, C library" TEXT "${about}This package holds the library of C functions.")
 qz_package(dev NAME libqzanno-dev SECTION libdevel
   DEPENDS "libqzanno${soversion} ${same_version}" "libqzanno-c${QZANNO_C_SOVERSION} ${same_version}"
@@ -62,14 +68,14 @@ if(QZANNO_COMMAND_LINE)
 endif()
 if(TARGET QzAnnoUI)
   list(APPEND libraries_folders $<TARGET_FILE_DIR:QzAnnoUI>)
-  qz_package(ui NAME libqzanno-ui${soversion} SECTION libs LIBRARY DEPENDS "libqzanno${soversion} ${same_version}"
+  qz_package(ui NAME libqzannoui${soversion} SECTION libs LIBRARY libQzAnnoUI ${soversion} DEPENDS "libqzanno${soversion} ${same_version}"
     SUMMARY "annotated titles and captions for video, desktop library"
-    TEXT "${about}This package holds the annotation panel, the editor and the text view, over Qt 6.")
-  qz_package(ui_dev NAME libqzanno-ui-dev SECTION libdevel
-    DEPENDS "libqzanno-ui${soversion} ${same_version}" "libqzanno-dev ${same_version}" RECOMMENDS qt6-base-dev
+    TEXT "${about}This package holds the annotation panel, the editor and the text view,\nover Qt 6.")
+  qz_package(ui_dev NAME libqzannoui-dev SECTION libdevel
+    DEPENDS "libqzannoui${soversion} ${same_version}" "libqzanno-dev ${same_version}" RECOMMENDS qt6-base-dev
     SUMMARY "annotated titles and captions for video, desktop development files"
     TEXT "${about}This package holds the headers of the desktop library.")
-  qz_package(composer NAME qzanno-composer SECTION video DEPENDS "libqzanno-ui${soversion} ${same_version}" "libqzanno${soversion} ${same_version}"
+  qz_package(composer NAME qzanno-composer SECTION video DEPENDS "libqzannoui${soversion} ${same_version}" "libqzanno${soversion} ${same_version}"
     SUMMARY "styles annotated titles for video on the desktop" TEXT "${about}This package holds the desktop program.")
 endif()
 if(TARGET QzAnnoPython)
