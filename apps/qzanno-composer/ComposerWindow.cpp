@@ -177,13 +177,13 @@ void ComposerWindow::showTitle(size_t title) {
 void ComposerWindow::takeTime(size_t title, bool isEnd, const QString& text) {
     const Title& former = document_->titles()[title];
     const auto time = secondsOfClock(text);
-    if (!time) return list_->refuse(QString("\"%1\" is no time; write it as 01:02.500").arg(text));
+    if (!time) return list_->refuse(title, QString("\"%1\" is no time; write it as 01:02.500").arg(text));
     const double start = isEnd ? former.start.value_or(0) : *time;
     const double end = isEnd ? *time : former.end.value_or(*time);
     if (document_->setTimes(title, start, end)) return;
     const QString problem = isEnd ? "Title %1 would end at %2, before it starts; change its start first"
                                   : "Title %1 would start at %2, after it ends; change its end first";
-    list_->refuse(problem.arg(title + 1).arg(clock(*time)));
+    list_->refuse(title, problem.arg(title + 1).arg(clock(*time)));
 }
 
 void ComposerWindow::describe() {

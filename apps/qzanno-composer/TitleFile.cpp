@@ -59,7 +59,8 @@ std::vector<std::string> lossesInArchive(const TitleFile& titles, const QzAnnoPa
     std::vector<std::string> losses;
     if (hasTimes) losses.emplace_back("An archive does not keep the times of titles.");
     if (hasSettings) losses.emplace_back("An archive does not keep the identifiers and places of captions.");
-    if (hasMarkup) losses.emplace_back("An archive does not keep which names are speakers, nor other markup of captions.");
+    if (hasMarkup)
+        losses.emplace_back("An archive does not keep which names are speakers, nor other markup of captions.");
     if (hasComments) losses.emplace_back("An archive does not keep what a caption file says besides its titles.");
     for (const std::string& name : mistakenNames(titles, palette))
         losses.push_back("The annotation " + quotedExcerpt(name) +

@@ -4,9 +4,9 @@
 #include <QAction>
 #include <QHeaderView>
 #include <QLabel>
+#include <QScrollBar>
 #include <QSignalBlocker>
 #include <QTreeWidget>
-#include <QVBoxLayout>
 #include <algorithm>
 
 #include "apps/qzanno-composer/TitleTimes.h"
@@ -37,7 +37,8 @@ void fill(QTreeWidgetItem& item, const Title& title, size_t number) {
 
 }  // namespace
 
-TitleList::TitleList(QWidget* parent) : QDockWidget("Titles", parent), list_(new QTreeWidget), refusal_(new QLabel) {
+TitleList::TitleList(QWidget* parent)
+    : QDockWidget("Titles", parent), list_(new QTreeWidget), refusal_(new QLabel(list_)) {
     setObjectName("titleList");
     list_->setAccessibleName("Titles");
     list_->setHeaderLabels({"No.", "Start", "End", "Title"});
@@ -54,19 +55,16 @@ TitleList::TitleList(QWidget* parent) : QDockWidget("Titles", parent), list_(new
     for (const int column : {startColumn, endColumn}) {
         list_->setColumnWidth(column, metrics.horizontalAdvance("00:00.000") + 14);
     }
+    setWidget(list_);
     refusal_->setWordWrap(true);
     refusal_->setAutoFillBackground(true);
     refusal_->setBackgroundRole(QPalette::ToolTipBase);
     refusal_->setForegroundRole(QPalette::ToolTipText);
-    refusal_->setMargin(6);
+    refusal_->setFrameShape(QFrame::Box);
+    refusal_->setMargin(4);
+    refusal_->setAttribute(Qt::WA_TransparentForMouseEvents);
     refusal_->hide();
-    auto* content = new QWidget;
-    auto* layout = new QVBoxLayout(content);
-    layout->setContentsMargins({});
-    layout->setSpacing(0);
-    layout->addWidget(list_);
-    layout->addWidget(refusal_);
-    setWidget(content);
+    connect(list_->verticalScrollBar(), &QScrollBar::valueChanged, refusal_, &QWidget::hide);
     // The head of the list says what it is; a menu and a key show and hide it.
     setTitleBarWidget(new QWidget(this));
     setFeatures(DockWidgetClosable);
@@ -100,8 +98,13 @@ void TitleList::edit(QTreeWidgetItem* item, int column) {
     list_->editItem(item, column);
 }
 
-void TitleList::refuse(const QString& reason) {
+void TitleList::refuse(size_t title, const QString& reason) {
+    const QRect row = list_->visualItemRect(list_->topLevelItem(static_cast<int>(title)));
+    const QRect rows = list_->viewport()->geometry();
     refusal_->setText(reason);
+    refusal_->resize(rows.width(), refusal_->heightForWidth(rows.width()));
+    const bool fitsBelow = row.bottom() + refusal_->height() < rows.height();
+    refusal_->move(rows.topLeft() + QPoint(0, fitsBelow ? row.bottom() + 1 : row.top() - refusal_->height()));
     refusal_->show();
     QAccessibleEvent alert(refusal_, QAccessible::Alert);
     QAccessible::updateAccessibility(&alert);

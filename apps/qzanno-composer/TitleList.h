@@ -18,8 +18,8 @@ public:
     explicit TitleList(QWidget* parent);
 
     void list(const std::vector<Title>& titles, size_t current);
-    /// Says below the titles why what was entered is not taken, until something else is entered or listed.
-    void refuse(const QString& reason);
+    /// Says below the title why what was entered is not taken, until something else is entered or listed.
+    void refuse(size_t title, const QString& reason);
     /// Called when the user goes to another title.
     void setChosen(std::function<void(size_t title)> chosen) { chosen_ = std::move(chosen); }
     /// Called with what the user has entered as a time; whoever takes it lists the titles anew.

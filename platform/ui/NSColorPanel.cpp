@@ -25,6 +25,7 @@ struct NSColorPanel::State {
         QObject::connect(dialog, &QColorDialog::currentColorChanged, dialog, [this](const QColor& color) {
             if (choose) choose(fromQt(color));
         });
+        QObject::connect(dialog, &QDialog::finished, dialog, [panel = dialog.data()] { passKeysOn(*panel); });
         return *dialog;
     }
 };

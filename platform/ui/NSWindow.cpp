@@ -28,6 +28,9 @@ public:
                 if (window_.delegate_ && window_.widget()->isMinimized())
                     window_.delegate_->windowDidMiniaturize({NSWindowDidMiniaturizeNotification, refTo(window_), {}});
                 return false;
+            case QEvent::Hide:
+                if (!event->spontaneous()) passKeysOn(*window_.widget());
+                return false;
             case QEvent::WindowDeactivate:
                 window_.didResignKey();
                 return false;
@@ -45,8 +48,12 @@ private:
         return handleUndo(event) || (event.type() == QEvent::KeyPress && (handleEscape(event) || handleReturn(event)));
     }
 
-    bool handleEscape(QKeyEvent& event) {
-        return event.matches(QKeySequence::Cancel) && window_.delegate_ && window_.delegate_->cancelOperation(window_);
+    bool handleEscape(const QKeyEvent& event) {
+        if (!event.matches(QKeySequence::Cancel)) return false;
+        if (window_.delegate_ && window_.delegate_->cancelOperation(window_)) return true;
+        if (!dynamic_cast<NSPanel*>(&window_)) return false;
+        window_.close();
+        return true;
     }
 
     /// Clicks the default button, as in a dialog.
@@ -112,11 +119,7 @@ void NSWindow::orderFront(const Ref<NSObject>& /*sender*/) {
 }
 
 void NSWindow::orderOut(const Ref<NSObject>& /*sender*/) {
-    if (!widget()) return;
-    const bool hadKeys = widget()->isActiveWindow();
-    widget()->hide();
-    QWindow* served = widget()->windowHandle() ? widget()->windowHandle()->transientParent() : nullptr;
-    if (hadKeys && served && served->isVisible()) served->requestActivate();
+    if (widget()) widget()->hide();
 }
 
 void NSWindow::close() {

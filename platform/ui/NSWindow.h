@@ -19,7 +19,7 @@ public:
     virtual void windowDidMiniaturize(const NSNotification& /*notification*/) {}
     /// On which undo and redo act while the window is key; none leaves the keys to the views.
     virtual Ref<NSUndoManager> windowWillReturnUndoManager(NSWindow& /*window*/) { return {}; }
-    /// Escape, where no view has a use for it. False leaves the key to others.
+    /// Escape, where no view has a use for it. False: a panel closes, other windows leave the key to others.
     virtual bool cancelOperation(NSWindow& /*window*/) { return false; }
 };
 
@@ -47,7 +47,7 @@ public:
     virtual void makeKeyAndOrderFront(const Ref<NSObject>& sender);
     /// Shows the window without making it key.
     virtual void orderFront(const Ref<NSObject>& sender);
-    /// Hides the window, and tells nobody. The keys, if it has them, go to the window that it was shown above.
+    /// Hides the window, and tells nobody.
     void orderOut(const Ref<NSObject>& sender);
     /// Tells the delegate, then hides the window.
     void close();
@@ -87,7 +87,7 @@ private:
     Ref<NSColor> backgroundColor_;
 };
 
-/// An auxiliary window of the application.
+/// An auxiliary window of the application. When it goes, its keys go to the window that it was shown above.
 class NSPanel final : public NSWindow {
 public:
     /// As `NSWindow::windowWithWidget`.

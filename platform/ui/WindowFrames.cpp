@@ -22,18 +22,21 @@ constexpr int kGap = 8;
 constexpr const char* kNameProperty = "frameAutosaveName";
 // Covering bare screen is free; a document is worth less than another panel, and menus must stay within reach.
 constexpr double kDocumentWeight = 1, kFocusWeight = 2, kPanelWeight = 6, kMenuWeight = 20;
+// The panel that another one serves is worked in at the same time.
+constexpr double kServedPanelWeight = 20;
 
-/// Whether the window can be seen, and reached by its title.
+/// Whether the window can be seen, is reached by its title, and is no larger than the screen.
 bool isOnScreens(const QRect& frame) {
     constexpr double kShownMin = 0.75;
     double shown = 0;
-    bool hasTitle = false;
+    bool isReached = false;
     for (const QScreen* screen : QGuiApplication::screens()) {
-        const QRect part = screen->availableGeometry() & frame;
+        const QRect available = screen->availableGeometry(), part = available & frame;
         shown += static_cast<double>(part.width()) * part.height();
-        hasTitle = hasTitle || (!part.isEmpty() && part.top() == frame.top());
+        const bool fits = frame.width() <= available.width() && frame.height() <= available.height();
+        isReached = isReached || (fits && !part.isEmpty() && part.top() == frame.top());
     }
-    return hasTitle && shown >= kShownMin * frame.width() * frame.height();
+    return isReached && shown >= kShownMin * frame.width() * frame.height();
 }
 
 std::string keyOf(const QWidget& window) {
@@ -118,18 +121,37 @@ QRect menusOf(const QWidget& window) {
     return {frame.topLeft(), QSize(frame.width(), borderOf(window).top() + main->menuWidget()->height())};
 }
 
-std::vector<Occupied> occupiedBeside(const QWidget& panel) {
+std::vector<Occupied> occupiedBeside(const QWidget& panel, const QWidget* served) {
     std::vector<Occupied> occupied;
     for (const QWidget* window : QApplication::topLevelWidgets()) {
         if (window == &panel || !window->isVisible() || (!isPanel(*window) && !isDocument(*window))) continue;
         const QRect frame = outside(*window);
-        occupied.push_back({frame, isPanel(*window) ? kPanelWeight : kDocumentWeight});
+        const double panelWeight = window == served ? kServedPanelWeight : kPanelWeight;
+        occupied.push_back({frame, isPanel(*window) ? panelWeight : kDocumentWeight});
         const QWidget* focus = window->focusWidget();
         if (isDocument(*window) && focus)
             occupied.push_back({QRect(focus->mapToGlobal(QPoint()), focus->size()), kFocusWeight});
         if (const QRect menus = menusOf(*window); !menus.isEmpty()) occupied.push_back({menus, kMenuWeight});
     }
     return occupied;
+}
+
+/// Gives the panel its place, with the border that the desktop is about to draw around it.
+void place(QWidget& panel, const QWidget* served) {
+    const QRect available = (served ? served : &panel)->screen()->availableGeometry();
+    const QMargins border = borderOf(served ? *served : panel);
+    const QRect around = served ? outside(*served) : available;
+    const auto placeWithin = [&](QSize within) {
+        const QSize wanted = panel.testAttribute(Qt::WA_Resized) ? panel.size() : panel.sizeHint();
+        panel.resize(wanted.boundedTo(within.shrunkBy(border)).expandedTo(panel.minimumSizeHint()));
+        panel.move(placeCoveringLeast(panel.size().grownBy(border), available, occupiedBeside(panel, served),
+                                      QPoint(around.right(), around.center().y())));
+    };
+    placeWithin(available.size());
+    const QRect menus = served ? menusOf(*served->window()) : QRect();
+    // Too high for the screen, the panel is cut to what is left below the menus.
+    if (QRect(panel.pos(), panel.size().grownBy(border)).intersects(menus))
+        placeWithin({available.width(), available.bottom() - menus.bottom()});
 }
 
 }  // namespace
@@ -185,25 +207,20 @@ QPoint placeCoveringLeast(QSize size, const QRect& screen, const std::vector<Occ
 
 void prepareToShow(QWidget& panel, bool floats) {
     if (panel.isVisible()) return;
-    panel.winId();
-    QWidget* served = windowServedBy(panel);
-    if (floats && served) panel.windowHandle()->setTransientParent(served->window()->windowHandle());
+    const QWidget* served = windowServedBy(panel);
     const bool stands = panel.testAttribute(Qt::WA_Moved) && isOnScreens(panel.frameGeometry());
-    if (stands || restoreFrame(panel)) return;
-    const QRect available = (served ? served : &panel)->screen()->availableGeometry();
-    const QMargins border = borderOf(served ? *served : panel);
-    const QRect around = served ? outside(*served) : available;
-    const auto place = [&](QSize within) {
-        const QSize wanted = panel.testAttribute(Qt::WA_Resized) ? panel.size() : panel.sizeHint();
-        panel.resize(wanted.boundedTo(within.shrunkBy(border)).expandedTo(panel.minimumSizeHint()));
-        panel.move(placeCoveringLeast(panel.size().grownBy(border), available, occupiedBeside(panel),
-                                      QPoint(around.right(), around.center().y())));
-    };
-    place(available.size());
-    const QRect menus = served ? menusOf(*served->window()) : QRect();
-    // Too high for the screen, the panel is cut to what is left below the menus.
-    if (QRect(panel.pos(), panel.size().grownBy(border)).intersects(menus))
-        place({available.width(), available.bottom() - menus.bottom()});
+    // Before there is a native window: of one without a border yet, the toolkit moves the inside.
+    if (!stands && !restoreFrame(panel)) place(panel, served);
+    panel.winId();
+    if (floats && served) panel.windowHandle()->setTransientParent(served->window()->windowHandle());
+}
+
+void passKeysOn(const QWidget& panel) {
+    const QWindow* window = panel.windowHandle();
+    QWindow* served = window ? window->transientParent() : nullptr;
+    // Some desktops have taken the keys from the panel by now, others do so later.
+    const QWidget* active = QApplication::activeWindow();
+    if ((!active || active == &panel) && served && served->isVisible()) served->requestActivate();
 }
 
 }  // namespace qz

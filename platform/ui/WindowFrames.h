@@ -19,6 +19,9 @@ bool restoreFrame(QWidget& window);
 /// somewhere already, where it was left or else where it covers least of the application's other windows.
 void prepareToShow(QWidget& panel, bool floats);
 
+/// Gives the keys of a panel that goes to the window that it was shown above, unless another window has them.
+void passKeysOn(const QWidget& panel);
+
 /// A part of the screen, and how much worse than bare screen each of its points is to cover.
 struct Occupied {
     QRect rect;

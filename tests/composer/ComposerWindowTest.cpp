@@ -231,8 +231,8 @@ TEST_F(Composer, listsTheTitlesWithTheirTimesToGoToAndToEdit) {
     EXPECT_EQ(enter({}, "0:05"), "00:05.000 | 00:08.000");
     EXPECT_EQ(enter(Qt::ShiftModifier, "8,25"), "00:05.000 | 00:08.250");
     EXPECT_EQ(enter(Qt::ShiftModifier, "4"), "00:05.000 | 00:08.250");
-    // Below the titles, until something is taken.
-    const auto* refusal = list->parentWidget()->findChild<QLabel*>();
+    // Below the title, until something is taken.
+    const auto* refusal = list->findChild<QLabel*>();
     EXPECT_THAT(refusal->text().toStdString(), HasSubstr("before it starts"));
     EXPECT_EQ(enter({}, "10"), "00:05.000 | 00:08.250");
     EXPECT_THAT(refusal->text().toStdString(), HasSubstr("after it ends"));

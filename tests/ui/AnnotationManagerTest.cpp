@@ -67,9 +67,10 @@ TEST_F(AnnotationManager, keepsWhereWindowsStandWhileTheScreenIsThere) {
     EXPECT_EQ(next.geometry(), place.translated(1, 1));
     const QPoint beyond = screen.bottomRight();
     for (const std::string& kept :
-         {stringWithFormat("%i %i 300 200 0", {beyond.x() + 10, 50}),
-          stringWithFormat("%i %i 300 200 0", {beyond.x() - 60, 50}),
-          stringWithFormat("40 %i 300 200 0", {screen.top() - 30}), std::string("nonsense")}) {
+         {stringWithFormat("%i 50 300 200 0", {beyond.x() + 10}),
+          stringWithFormat("%i 50 300 200 0", {beyond.x() - 60}),
+          stringWithFormat("40 %i 300 200 0", {screen.top() - 30}),
+          stringWithFormat("0 0 300 %i 0", {screen.height() + 20}), std::string("nonsense")}) {
         defaults.setString(kept, "NSWindow Frame Test");
         EXPECT_FALSE(restoreFrame(next)) << kept;
     }
