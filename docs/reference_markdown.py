@@ -6,6 +6,7 @@ what is no page of the reference becomes its text. Code in which a quotation mar
 from one backtick to a quotation mark is a quotation.
 """
 
+import collections
 import pathlib
 import re
 import sys
@@ -30,13 +31,17 @@ def link(page, text, target):
 
 def lines(page, text):
     in_code = False
+    met = collections.Counter()
     for line in text.splitlines():
         in_code ^= line.startswith("```")
         if not in_code:
             line = LINK.sub(lambda found: link(page, *found.groups()), line)
             line = CODE.sub(r"``\1``", line)
             if heading := HEADING.fullmatch(line):
-                line += f" {{#{anchor(page, heading[1])}}}"
+                name = anchor(page, heading[1])
+                # Headings alike are told apart as on the pages of the tree: changelog-added, changelog-added-1.
+                line += f" {{#{name}{f'-{met[name]}' if met[name] else ''}}}"
+                met[name] += 1
         yield line
 
 
