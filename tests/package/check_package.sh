@@ -10,27 +10,19 @@ trap 'rm -rf "$work"' EXIT
 cmake --install "$build" --prefix "$work/prefix" >/dev/null
 cmake -S "$host" -B "$work/host" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
 cmake --build "$work/host"
-"$work/host/host"
-"$work/host/static_host"
+libdir=$(realpath "$(dirname "$(find "$work/prefix" -name QzAnno-static.pc)")/..")
+# shellcheck disable=SC2046
+g++ -std=c++20 "$host/static_host.cpp" -o "$work/host/by-pkg-config" $(PKG_CONFIG_PATH=$libdir/pkgconfig pkg-config --cflags --libs QzAnno-static)
+for program in static_host by-pkg-config; do
+  "$work/host/$program"
+  if ldd "$work/host/$program" | grep libQzAnno; then
+    echo "$program needs the shared library" >&2
+    exit 1
+  fi
+done
 if [ -x "$work/host/ui_host" ]; then
   QT_QPA_PLATFORM=offscreen "$work/host/ui_host" "$work/defaults.ini"
 fi
-if ldd "$work/host/host" | grep libQt; then
-  echo "the core library needs the toolkit" >&2
-  exit 1
-fi
-if ldd "$work/host/static_host" | grep libQzAnno; then
-  echo "the static host needs the shared library" >&2
-  exit 1
-fi
-
-libdir=$(realpath "$(dirname "$(find "$work/prefix" -name QzAnno.pc)")/..")
-for package in QzAnno QzAnno-static; do
-  flags=$(PKG_CONFIG_PATH="$libdir/pkgconfig" pkg-config --cflags --libs "$package")
-  # shellcheck disable=SC2086
-  g++ -std=c++20 "$host/host.cpp" -o "$work/by-pkg-config" $flags
-  LD_LIBRARY_PATH="$libdir" "$work/by-pkg-config"
-done
 
 "$(dirname "$0")/build_hosts.sh" "$(dirname "$0")/../../examples" "$work/prefix" "$libdir"
 
