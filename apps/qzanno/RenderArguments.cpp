@@ -16,18 +16,20 @@ constexpr const char* kRenderExamples =
     "  qzanno render season-1/ extra.vtt -p broadcast.plist -o titles --manifest titles.jsonl --resume\n"
     "  qzanno render --text 'Good evening' -p broadcast.plist -a 'Lower Third' -o title.png\n"
     "  qzanno render --text 'Hello' --over frame.png -o composite.png\n"
-    "  qzanno render title.txt -s 1280x720 -o - | ffplay -f rawvideo -pixel_format rgba -video_size 1280x720 -\n"
     "  qzanno render season-1/ -o titles --manifest titles.jsonl --jobs 1 --list-commands 8 | parallel";
 
 constexpr const char* kStreamExamples =
     "Examples:\n"
-    "  qzanno stream captions.srt --fps 30000/1001 | ffmpeg -i film.mp4 -f rawvideo -pixel_format rgba \\\n"
-    "      -video_size 1920x1080 -framerate 30000/1001 -i - -filter_complex overlay=eof_action=pass -c:a copy out.mp4\n"
-    "  qzanno stream captions.vtt --fps 25 --changes | your-program";
+    "  qzanno stream captions.srt --fps 25 --end film.mp4 | ffmpeg -i film.mp4 -f rawvideo -pixel_format rgba \\\n"
+    "      -video_size 1920x1080 -framerate 25 -i - -filter_complex \\\n"
+    "      '[1]scale=out_color_matrix=bt709:out_range=tv[c];[0][c]overlay=eof_action=pass' -c:a copy burnt.mp4\n"
+    "  qzanno stream title.txt --fps 25 --duration 5 -s 1280x720 | \\\n"
+    "      ffplay -f rawvideo -pixel_format rgba -video_size 1280x720 -framerate 25 -\n"
+    "  qzanno stream captions.srt --fps 25 --changes | your-program";
 
 constexpr const char* kExportExamples =
     "Examples:\n"
-    "  qzanno export captions.vtt -p broadcast.plist -o captions.ass\n"
+    "  qzanno export captions.srt -p broadcast.plist -o captions.ass\n"
     "  qzanno palette convert captions.ass styles.plist";
 
 const std::vector<std::pair<std::string, bool>> kAlphas = {{"straight", true}, {"premultiplied", false}};

@@ -32,7 +32,7 @@ constexpr const char* kPaletteExamples =
 
 constexpr const char* kArchiveExamples =
     "Examples:\n"
-    "  qzanno archive pack captions.vtt -p broadcast.plist -o titles.annostring\n"
+    "  qzanno archive pack captions.srt -p broadcast.plist -o titles.annostring\n"
     "  qzanno archive show titles.annostring -p broadcast.plist\n"
     "  qzanno archive dump titles.annostring\n"
     "  qzanno render titles.annostring -p broadcast.plist -o titles";
