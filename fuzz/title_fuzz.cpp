@@ -76,6 +76,10 @@ Ref<NSObject> anyValue(FuzzedDataProvider& input) {
 void giveAttributes(QzMutableAnno& anno, FuzzedDataProvider& input) {
     const Ref<NSString> names[] = {QzFontAttribute,
                                    QzFontSizeAttribute,
+                                   QzBoldAttribute,
+                                   QzItalicAttribute,
+                                   QzUnderlineAttribute,
+                                   QzStrikeThroughAttribute,
                                    QzTextColorAttribute,
                                    QzLeadingAttribute,
                                    QzHorizontalAlignmentAttribute,

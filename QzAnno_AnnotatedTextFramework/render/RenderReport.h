@@ -31,13 +31,14 @@ struct RenderReport {
     };
     /// Text whose font has a trait asked for, or is without it, only in part.
     struct MissingTrait {
+        /// What is asked for and not there.
         enum class Trait {
             bold,     ///< no face of the family is: an emboldened one is shown
             italic,   ///< no face of the family is: a slanted one is shown
             regular,  ///< every face of the family is bold, which cannot be taken away
             upright,  ///< every face of the family is italic, likewise
         };
-        Trait trait;
+        Trait trait;                ///< of the ranges
         std::string font;           ///< the PostScript name of the one that is shown
         std::vector<Range> ranges;  ///< none touches the next
     };

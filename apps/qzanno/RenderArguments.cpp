@@ -163,7 +163,7 @@ void addDrawingOptions(CLI::App& command, DrawingOptions& options) {
         ->type_name("Q");
     command.add_flag(
         "--strict", options.strict,
-        "Fail on a font that is missing or lacks characters, on cut text and on what files ask for in vain");
+        "Fail on a font that is missing or lacks characters or faces, on cut text and on what files ask for in vain");
     command.add_flag("--merge-layers", options.mergeLayers,
                      "Lay each outline and shadow down as one, even where its letters overlap");
 }

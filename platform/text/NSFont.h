@@ -19,8 +19,8 @@ inline constexpr NSGlyph NSControlGlyph = 0x00FFFFFF;
 /// A rule under text or through it, in points: its upper edge above the baseline, below it less than 0, and its
 /// thickness.
 struct FontRule {
-    float top = 0;
-    float thickness = 0;
+    float top = 0;        ///< of the upper edge
+    float thickness = 0;  ///< never below 0
 };
 
 /// A font at a size in points; immutable. May be used from several threads.

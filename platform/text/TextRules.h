@@ -10,9 +10,10 @@ namespace qz {
 
 /// Which rules a run of text has.
 struct TextRuleKinds {
-    bool underline = false;
-    bool strikeThrough = false;
+    bool underline = false;      ///< under the text
+    bool strikeThrough = false;  ///< through it
 
+    /// Whether it has neither.
     bool isEmpty() const { return !underline && !strikeThrough; }
 };
 

@@ -33,6 +33,8 @@ TEST(PaletteArchive, CarriesWhatThePropertyListCarries) {
     addAnnotation(
         *palette, "Box",
         {{QzTextBoundingBoxAppearanceAttribute, QzBBoxInfo::initWithColor(rgba(0.125f, 0.25f, 0.5f, 0.75f), 2)},
+         {QzBoldAttribute, integer(0)},
+         {QzUnderlineAttribute, integer(1)},
          {QzBoundingMarginsAttribute, test::margins(1, 2.25, 3, 4)}});
     addAnnotation(*palette, "Twice", {{QzTextColorAttribute, rgba(1, 0, 0)}});
     addAnnotation(*palette, "Twice",

@@ -89,6 +89,11 @@ TEST(PaletteFaultsTest, ValuesThatAreClampedOrIgnoredAreNamed) {
         {QzTextColorAttribute,
          color(rgb, kGoodComponents + "<key>Blue</key><string>.1</string><key>Red</key><string>full</string>"),
          "the component Red needs a number, found a string; 0 is used"},
+        {QzTextColorAttribute,
+         color("NSColor Named", "<key>CatalogName</key><string>Mine</string><key>ColorName</key><string>puce</string>"),
+         "the colour \"puce\" of the catalogue \"Mine\" is not known here; nothing is drawn in it"},
+        {QzBoldAttribute, "<true/>", ""},
+        {QzUnderlineAttribute, "<string>yes</string>", "a number is needed, found a string; it is ignored"},
         {QzBackgroundColorAttribute, color("NSColor Nmaed", kGoodComponents),
          "a colour is needed, found a dictionary; it is ignored"},
         {QzBackground2ColorAttribute, color("BBox with " + rgb, kGoodComponents),
@@ -107,17 +112,6 @@ TEST(PaletteFaultsTest, ValuesThatAreClampedOrIgnoredAreNamed) {
         if (*row.message) expected.push_back("GLOBALS|" + row.attribute->utf8() + "|" + row.message);
         EXPECT_EQ(faultsOf("<dict>" + entry(row.attribute, row.value) + "</dict>"), expected);
     }
-}
-
-TEST(PaletteFaultsTest, UnknownNamedColoursAreReportedOnce) {
-    const auto faults =
-        faultsOf("<dict>" +
-                 entry(QzTextColorAttribute,
-                       color("NSColor Named",
-                             "<key>CatalogName</key><string>Mine</string><key>ColorName</key><string>puce</string>")) +
-                 "</dict>");
-    EXPECT_THAT(faults, ElementsAre("GLOBALS|NSColor|the colour \"puce\" of the catalogue \"Mine\" is not known here; "
-                                    "nothing is drawn in it"));
 }
 
 TEST(PaletteFaultsTest, NamesAreCheckedAcrossTheList) {

@@ -40,6 +40,7 @@ Ref<QzAnnoPalette> richPalette() {
     const auto box = QzBBoxInfo::qzbbWithColor(NSColor::colorWithCatalogName("System"_ns, "textColor"_ns), 2);
     set(palette->createAnno(name),
         {{QzHorizontalAlignmentAttribute, NSNumber::numberWithInt(2)},
+         {QzItalicAttribute, NSNumber::numberWithInt(1)},
          {QzBoundingMarginsAttribute,
           NSArray::arrayWithObjects(
               {NSNumber::numberWithInt(1), number(2.5), NSNumber::numberWithInt(3), NSNumber::numberWithInt(4)})},
@@ -74,6 +75,7 @@ TEST_F(PalettePropertyListTest, WhatIsWrittenReadsBackWholeAndLocked) {
           "<key>Object Name</key>\n\t\t\t\t<string>NSColor RGBCalibrated</string>",
           "<key>__Annotation Name</key>\n\t\t\t<string>Größe &lt;&amp;&gt; 🎬</string>",
           "<key>Horizontal Alignment as NSNumber(int)</key>\n\t\t\t<integer>2</integer>",
+          "<key>Italic as NSNumber(bool)</key>\n\t\t\t<integer>1</integer>",
           "<key>BoundingMargins as NSArray of Numbers left,right,top,bottom</key>\n\t\t\t<array>",
           "<key>BoundingBox as NSRect</key>\n\t\t\t<string>{{0.1, 0.2}, {0.5, 0.25}}</string>",
           "<key>QzTextBoundingBoxAppearance as QzBBoxInfo</key>\n\t\t\t<dict>",

@@ -190,7 +190,10 @@ TEST_F(RenderTest, StrictFailsOnWhatIsOtherwiseStoodInFor) {
 }
 
 TEST_F(RenderTest, TheManifestTellsWhatIsNotShownAsAskedFor) {
-    write("p.plist", paletteFile(kWhiteText + "<key>Full FontName as NSString</key><string>Noto Sans</string>"));
+    write("p.plist", paletteFile(kWhiteText + "<key>Full FontName as NSString</key><string>Noto Sans</string>",
+                                 annotation("Bold",
+                                            "<key>Full FontName as NSString</key><string>DejaVu Math TeX "
+                                            "Gyre</string><key>Bold as NSNumber(bool)</key><integer>1</integer>")));
     const ToolResult plain = run("render --text 'Title 東京' -p p.plist -o x.png --manifest x.jsonl");
     EXPECT_THAT(plain.err, IsEmpty()) << "a font that serves is no warning";
     const nlohmann::json line = manifest("x.jsonl").at(0);
@@ -206,6 +209,7 @@ TEST_F(RenderTest, TheManifestTellsWhatIsNotShownAsAskedFor) {
     } cases[] = {
         {"--text 'Title 東京'", "the font \"Noto Sans\" lacks \"東京\"; \"NotoSansCJKjp-Regular\"", false},
         {"--text '\xF3\xBF\xBF\xB0'", "(U+FFFF0) that \"NotoSans-Regular\" lacks", true},
+        {"--text Title -a Bold", "the font \"DejaVuMathTeXGyre-Regular\" has no bold face", false},
         {"--text 'A title' -s 30x16", "the box has no room for \"title\", from character 3 on", true},
     };
     for (const auto& [arguments, expected, isWarning] : cases) {

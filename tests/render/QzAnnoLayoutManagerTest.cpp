@@ -220,14 +220,5 @@ TEST_F(LayersTest, MergedLayersAreEvenWhereGlyphsOverlap) {
     EXPECT_GT(boxOf(*both, [](Pixel p) { return p == Pixel{128, 0, 0, 128}; }).width(), 60);
 }
 
-TEST(AnnoLayoutManager, StartsAtTheContextsAntialiasingAndTheBestQuality) {
-    const auto manager = QzAnnoLayoutManager::init();
-    EXPECT_TRUE(manager->antialiasing());
-    EXPECT_FALSE(manager->usesScreenFonts());
-    EXPECT_EQ(manager->qualityFactor(), 1.0f);
-    EXPECT_EQ(NSMakeRoundedPoint(2.5f, -2.5f), (NSPoint{3, -3}));
-    EXPECT_FALSE(manager->fontAtIndex(0));
-}
-
 }  // namespace
 }  // namespace qz

@@ -129,14 +129,6 @@ TEST_F(PipelineTest, EitherStringDropsTheOther) {
     EXPECT_TRUE(pipeline->available());
 }
 
-TEST_F(PipelineTest, SwitchingTheModeRebuildsOnce) {
-    pipeline->imageInFullScreen(true);
-    EXPECT_TRUE(pipeline->available());
-    pipeline->imageInFullScreen(false);
-    EXPECT_TRUE(pipeline->available());
-    EXPECT_FALSE(pipeline->textContainer()->fullscreen());
-}
-
 TEST_F(PipelineTest, WithoutTextTheImageIsBlankAndWithoutSizesThereIsNone) {
     pipeline->setAnnoString({});
     EXPECT_EQ(inkOf(*pipeline->bitmapInFullScreen(true)), PixelBox{});

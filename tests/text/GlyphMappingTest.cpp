@@ -121,15 +121,6 @@ TEST(Shaping, aWordThatIsCutKeepsItsJoinedForms) {
     for (uint32_t i = 0; i < 7; ++i) EXPECT_EQ(cut.manager->glyphAtIndex(i), whole.manager->glyphAtIndex(i));
 }
 
-TEST(GlyphMapping, aLigatureIsOneGlyphOfSeveralCharacters) {
-    const TextSystem system(*attributedString("afib"));
-    ASSERT_EQ(system.manager->numberOfGlyphs(), 3u);
-    Range actual;
-    EXPECT_EQ(system.manager->glyphRangeForCharacterRange({2, 1}, &actual), (Range{1, 1}));
-    EXPECT_EQ(actual, (Range{1, 2}));
-    EXPECT_EQ(system.manager->characterIndexForGlyphAtIndex(2), 3u);
-}
-
 TEST(GlyphMapping, loneSurrogatesAndControlsHaveGlyphs) {
     std::u16string text = u"a";
     text += {char16_t(0xD800), u'b', char16_t(0xDC00), u'\0', u'\x1b', char16_t(0xD83D)};

@@ -195,42 +195,6 @@ TEST(Incremental, aTextSystemCanBeTakenApart) {
     system.manager->drawGlyphsForGlyphRange({0, 5}, {});
 }
 
-TEST(Drawing, usesTheTemporaryColourFirst) {
-    const auto text = NSMutableAttributedString::initWithAttributedString(*attributedString("HHH"));
-    text->addAttribute(NSForegroundColorAttributeName, NSColor::colorWithCalibratedRed(1, 0, 0, 1), {1, 2});
-    const TextSystem system(*text);
-    system.manager->addTemporaryAttributes(
-        *NSDictionary::dictionaryWithMap(
-            attributePair(NSForegroundColorAttributeName, NSColor::colorWithCalibratedRed(0, 0, 1, 1))),
-        {2, 1});
-    const auto draw = [&] {
-        const Ref<NSImage> image = NSImage::initWithSize({60, 30});
-        image->setFlipped(true);
-        image->lockFocus();
-        system.manager->drawGlyphsForGlyphRange(system.glyphs(), {0, 0});
-        image->unlockFocus();
-        return image->bitmap();
-    };
-    // The strongest pixel between two letters' origins.
-    const auto colorOf = [&](const NSBitmapImageRep& bitmap, uint32_t character) {
-        std::array<int, 4> strongest{};
-        for (int y = 0; y < bitmap.pixelsHigh(); ++y) {
-            const int left = static_cast<int>(system.xOfCharacter(character)) + 1;
-            for (int x = left; x < left + 13; ++x) {
-                const uint8_t* pixel = bitmap.row(y) + 4 * x;
-                if (pixel[3] > strongest[3]) strongest = {pixel[0], pixel[1], pixel[2], pixel[3]};
-            }
-        }
-        return strongest;
-    };
-    const Ref<NSBitmapImageRep> bitmap = draw();
-    EXPECT_EQ(colorOf(*bitmap, 0), (std::array{0, 0, 0, 255})) << "black without a colour";
-    EXPECT_EQ(colorOf(*bitmap, 1), (std::array{255, 0, 0, 255}));
-    EXPECT_EQ(colorOf(*bitmap, 2), (std::array{0, 0, 255, 255}));
-    system.manager->removeTemporaryAttribute(*NSForegroundColorAttributeName, {0, 3});
-    EXPECT_EQ(colorOf(*draw(), 2), (std::array{255, 0, 0, 255}));
-}
-
 TEST(Drawing, lettersStandUprightOnTheBaselineAndLeanToTheRight) {
     // The stem of an L leans; its foot, on the baseline, stays.
     const auto rowsOf = [](float obliqueness) {

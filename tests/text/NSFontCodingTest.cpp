@@ -6,7 +6,6 @@
 #include "platform/foundation/NSArchiver.h"
 #include "platform/foundation/NSUnarchiver.h"
 #include "platform/text/NSFont.h"
-#include "platform/text/NSParagraphStyle.h"
 #include "tests/support/CodedAs.h"
 #include "tests/support/LogCapture.h"
 
@@ -82,12 +81,6 @@ TEST(NSFontCoding, DamagedNamesAreRefused) {
         EXPECT_FALSE(decodedFont(block, 12, &error)) << block.size();
         EXPECT_THAT(error, HasSubstr("the name of a font"));
     }
-}
-
-TEST(NSFontCoding, AParagraphStyleHasNoCodedForm) {
-    std::string error;
-    EXPECT_FALSE(NSArchiver::archivedDataWithRootObject(NSParagraphStyle::defaultParagraphStyle(), &error));
-    EXPECT_THAT(error, HasSubstr("NSParagraphStyle has no coded form"));
 }
 
 }  // namespace

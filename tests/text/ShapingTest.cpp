@@ -73,15 +73,6 @@ void expectOrdered(const std::vector<ShapedGlyph>& glyphs, Range range) {
     EXPECT_TRUE(std::is_sorted(glyphs.begin(), glyphs.end(), [](auto& a, auto& b) { return a.cluster < b.cluster; }));
 }
 
-TEST(ShapingTest, GlyphsComeInTheOrderOfTheText) {
-    for (const Sample& sample : kSamples) {
-        const auto glyphs = shapeAll(sample);
-        expectOrdered(glyphs, {0, static_cast<uint32_t>(sample.text.size())});
-        EXPECT_GT(widthOf(glyphs), 20) << sample.font;
-        for (const ShapedGlyph& glyph : glyphs) EXPECT_NE(glyph.glyph, 0u) << sample.font << " " << glyph.cluster;
-    }
-}
-
 // What is not flagged may begin a line: the parts on either side of the break are as they were in the whole.
 TEST(ShapingTest, TextBreaksWhereItIsSafe) {
     int safeBreaks = 0;
@@ -105,15 +96,6 @@ TEST(ShapingTest, TextBreaksWhereItIsSafe) {
     }
     EXPECT_GT(safeBreaks, 20);
     EXPECT_GT(unsafeBreaks, 10);
-}
-
-TEST(ShapingTest, OptionalLigaturesCanBeLeftOut) {
-    const auto apart = [](const char* font, std::u16string_view text, bool isRightToLeft) {
-        return shape({text, {0, static_cast<uint32_t>(text.size())}, fontNamed(font), 0, isRightToLeft, "", false})
-            .size();
-    };
-    EXPECT_EQ(apart("DejaVuSans", u"office", false), 6u);
-    EXPECT_EQ(apart("DejaVuSans", u"لا", true), 1u) << "not optional";
 }
 
 TEST(ShapingTest, ControlsShowNothing) {

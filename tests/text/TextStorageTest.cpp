@@ -18,25 +18,6 @@ Ref<NSDictionary> latinOnly(float size = 20) {
         attributePair(NSFontAttributeName, NSFont::fontWithName(*"Noto Sans"_ns, size)));
 }
 
-TEST(FontFixing, givesTextAFontThatHasItsCharacters) {
-    const auto storage = NSTextStorage::init();
-    storage->setAttributedString(*attributedString("Latin, שלום ไทย 日本語 👍🏽!", latinOnly()));
-    const Ref<NSFont> asked = NSFont::fontWithName(*"Noto Sans"_ns, 20);
-    const std::u16string_view text = storage->characters();
-    for (uint32_t i = 0; i < text.size(); ++i) {
-        const std::u16string_view rest = text.substr(i, 1);
-        const bool isLatin = rest[0] < 0x80;
-        EXPECT_EQ(fontAt(*storage, i)->isEqual(*asked), isLatin) << "blanks and Latin keep the font asked for: " << i;
-        EXPECT_EQ(originalAt(*storage, i) != nullptr, !isLatin);
-        EXPECT_FLOAT_EQ(fontAt(*storage, i)->pointSize(), 20);
-    }
-    EXPECT_TRUE(fontAt(*storage, 7)->coversText(u"שלום"));
-    const auto japanese = static_cast<uint32_t>(storage->characters().find(u"日"));
-    EXPECT_EQ(fontAt(*storage, japanese), fontAt(*storage, japanese + 2)) << "one font for the word";
-    const auto thumb = static_cast<uint32_t>(storage->characters().find(u"👍"));
-    EXPECT_EQ(fontAt(*storage, thumb), fontAt(*storage, thumb + 3)) << "one font for the cluster";
-}
-
 TEST(FontFixing, goesBackToTheFontAskedForWhereItServesAgain) {
     const auto storage = NSTextStorage::init();
     storage->setAttributedString(*attributedString("שלום", latinOnly()));
