@@ -38,6 +38,15 @@ CaptionLooks::CaptionLooks(Ref<QzAnnoPalette> palette, NSSize screen, Looks whic
 Ref<QzAnnoKey> CaptionLooks::keyOf(const CaptionLook& look) {
     const auto [entry, isNew] = keys_.try_emplace(look.identity());
     if (!isNew) return entry->second;
+    // What an editor can undo is not touched.
+    palette_->undoManager()->disableUndoRegistration();
+    entry->second = makeAnno(look);
+    palette_->undoManager()->enableUndoRegistration();
+    if (entry->second) looks_.emplace(entry->second.get(), std::make_shared<const CaptionLook>(look));
+    return entry->second;
+}
+
+Ref<QzAnnoKey> CaptionLooks::makeAnno(const CaptionLook& look) {
     const Ref<const QzAnno> made = palette_->createAnno(NSString::stringWithUTF8String(look.name));
     if (!made) return {};
     const Ref<QzAnnoKey> key = made->annokey();
@@ -48,9 +57,15 @@ Ref<QzAnnoKey> CaptionLooks::keyOf(const CaptionLook& look) {
         palette_->setAnnoKey(key, styles_ + ++resets_);
     else if (look.style)
         palette_->setAnnoKey(key, ++styles_);
-    palette_->undoManager()->removeAllActions();
-    looks_.emplace(key.get(), std::make_shared<const CaptionLook>(look));
-    return entry->second = key;
+    return key;
+}
+
+std::vector<std::shared_ptr<const CaptionLook>> CaptionLooks::all() const {
+    std::vector<std::shared_ptr<const CaptionLook>> looks;
+    for (const auto& [identity, key] : keys_) {
+        if (key) looks.push_back(lookOf(key));
+    }
+    return looks;
 }
 
 std::shared_ptr<const CaptionLook> CaptionLooks::lookOf(const Ref<QzAnnoKey>& key) const {

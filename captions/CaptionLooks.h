@@ -38,6 +38,9 @@ public:
     /// The look of an annotation that this object made; null for the palette's own.
     std::shared_ptr<const CaptionLook> lookOf(const Ref<QzAnnoKey>& key) const;
 
+    /// Of all annotations that this object made.
+    std::vector<std::shared_ptr<const CaptionLook>> all() const;
+
     /// The palette's own annotations: how many there are above the global one, and the key at a priority that one had
     /// before there were others.
     ///@{
@@ -46,6 +49,7 @@ public:
     ///@}
 
 private:
+    Ref<QzAnnoKey> makeAnno(const CaptionLook& look);
     ObjectMap attributesOf(const CaptionLook& look) const;
     ObjectMap attributesOf(const CaptionLook::Style& style) const;
 

@@ -115,7 +115,9 @@ Ref<QzAnnoKey> CueAnnotator::fileKeyOf(const CueSpan& span) const {
     const std::optional<CaptionLook> look = !isClass       ? lookOfSpan(span)
                                             : lookOfClass_ ? lookOfClass_(span)
                                                            : std::nullopt;
-    return look ? names_.looks->keyOf(*look) : nullptr;
+    if (!look) return {};
+    const Ref<QzAnnoKey> key = names_.looks->keyOf(*look);
+    return names_.others && key ? names_.others->keyNamed(look->name) : key;
 }
 
 Ref<QzAnnoKey> CueAnnotator::find(const CueSpan& span, const QzAnnoPalette& palette) {

@@ -11,9 +11,11 @@ namespace qz {
 struct CueNames {
     // NOLINTBEGIN(google-explicit-constructor)
     CueNames(const QzAnnoPalette& ofPalette, LooseKeys* forOthers = nullptr) : palette(ofPalette), others(forOthers) {}
-    CueNames(CaptionLooks& ofFiles, LooseKeys* forOthers = nullptr)
-        : palette(*ofFiles.palette()), others(forOthers), looks(&ofFiles) {}
+    CueNames(CaptionLooks& ofFiles) : palette(*ofFiles.palette()), others(nullptr), looks(&ofFiles) {}
     // NOLINTEND(google-explicit-constructor)
+    /// For an editor, which lays its own keys of the names and collects the looks that they have in the file.
+    CueNames(const QzAnnoPalette& ofPalette, LooseKeys& forOthers, CaptionLooks& ofFiles)
+        : palette(ofPalette), others(&forOthers), looks(&ofFiles) {}
 
     const QzAnnoPalette& palette;
     /// Gives the keys of the names that the palette lacks, so that an editor keeps them with the text; without it they

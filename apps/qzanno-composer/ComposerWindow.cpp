@@ -80,7 +80,7 @@ void ComposerWindow::addMenus() {
 void ComposerWindow::addFileMenu() {
     QMenu* file = menuBar()->addMenu("&File");
     file->addAction("&Open Titles…", QKeySequence::Open, this, [this] {
-        choose("Open Titles", "Titles (*.vtt *.srt *.txt *.annostring)", &ComposerWindow::openTitles);
+        choose("Open Titles", "Titles (*.vtt *.srt *.ass *.ssa *.txt *.annostring)", &ComposerWindow::openTitles);
     });
     file->addAction("Open &Palette…", QKeySequence("Ctrl+Shift+O"), this, [this] {
         choose("Open Palette", "Palettes (*.plist *.annopalette)", &ComposerWindow::openPalette);

@@ -9,6 +9,7 @@
 #include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
 #include "QzAnno_AnnotatedTextFramework/ui/QzAnnoEditor.h"
 #include "apps/qzanno-composer/TitleTimes.h"
+#include "captions/CaptionLooks.h"
 #include "captions/KeyExchange.h"
 #include "platform/text/AttributeNames.h"
 #include "platform/text/NSParagraphStyle.h"
@@ -73,10 +74,15 @@ void TitleDocument::setTitles(TitleFile file) {
     finishComposing();
     if (file.titles.empty()) file.titles.push_back({QzAnnoString::init(), {}, {}});
     file.warnings.clear();
+    const bool wasEdited = paletteIsEdited_;
+    removeLooks();
     file_ = std::move(file);
     current_ = 0;
     savedTitles_.clear();
     looseKeys_ = {};
+    joinLooks(palette_);
+    if (!wasEdited) savedPalette_ = palette_->pListData();
+    paletteIsEdited_ = wasEdited;
     keysByName(*palette_, *palette_, looseKeys_, {&file_.titles}).takeOver(file_.titles);
     view_->forgetUndo();
     undo_->removeAllActionsWithTarget(*this);
@@ -282,8 +288,27 @@ void TitleDocument::toggleFrameAnno(const Ref<QzAnnoKey>& key) {
 void TitleDocument::replacePalette(const Ref<QzAnnoPalette>& palette, const std::string& file) {
     finishComposing();
     undo_->endEvent();
+    joinLooks(palette);
     exchangePalette(palette, file, palette->pListData());
     undo_->endEvent();
+}
+
+void TitleDocument::joinLooks(const Ref<QzAnnoPalette>& palette) {
+    CaptionLooks looks(palette, screenSize());
+    for (const auto& look : file_.looks) {
+        if (palette->findAnnoKey(NSString::stringWithUTF8String(look->name))) continue;
+        if (const Ref<QzAnnoKey> key = looks.keyOf(*look)) joined_[key] = palette->lookupAnno(key)->allAttributes();
+    }
+}
+
+/// Looks of the former titles' file leave the palette, unless somebody has made something of them.
+void TitleDocument::removeLooks() {
+    undo_->disableUndoRegistration();
+    for (const auto& [key, attributes] : std::exchange(joined_, {})) {
+        const bool isAsItJoined = palette_->contains(key) && palette_->lookupAnno(key)->allAttributes() == attributes;
+        if (isAsItJoined) palette_->removeAnno(key);
+    }
+    undo_->enableUndoRegistration();
 }
 
 void TitleDocument::exchangePalette(const Ref<QzAnnoPalette>& palette, const std::string& file,

@@ -20,7 +20,8 @@ namespace qz::composer {
 /// "requestScreenSize:" and "toggleFrameAnno:".
 ///
 /// A title keeps the names that it came with, whatever palette is loaded: a name that the palette lacks lies on the
-/// text as a loose key, until a palette has it or the palette gets an annotation of that name.
+/// text as a loose key, until a palette has it or the palette gets an annotation of that name. The looks that a caption
+/// file itself defines join each palette as annotations, unless it has one of the name; they are no edit of it.
 class TitleDocument final : public NSResponder {
 public:
     static Ref<TitleDocument> documentWithPalette(const Ref<QzAnnoPalette>& palette, NSSize screenSize);
@@ -91,6 +92,8 @@ private:
     void recordFormer(const Ref<QzAnnoString>& text);
     void exchangeTitles(TitleFile file, size_t current, const std::string& actionName);
     void finishComposing();
+    void joinLooks(const Ref<QzAnnoPalette>& palette);
+    void removeLooks();
     void exchangePalette(const Ref<QzAnnoPalette>& palette, const std::string& file, const Ref<NSData>& saved);
     using KeyNames = std::map<Ref<QzAnnoKey>, std::string>;
     void exchangeKeys(KeyMap keys, const KeyNames& namesThen = {});
@@ -110,6 +113,8 @@ private:
     size_t current_ = 0;
     // Of names that the palette lacks.
     LooseKeys looseKeys_;
+    // Annotations that are looks of the titles' file, as they joined.
+    std::map<Ref<QzAnnoKey>, Ref<NSDictionary>> joined_;
     std::string titlesFile_;
     std::string paletteFile_;
     std::vector<Title> savedTitles_;

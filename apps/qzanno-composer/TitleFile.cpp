@@ -7,6 +7,7 @@
 #include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
 #include "apps/qzanno-composer/TitleTimes.h"
 #include "captions/ArchivedTitles.h"
+#include "captions/Ass.h"
 #include "captions/CueText.h"
 #include "captions/PlainText.h"
 #include "captions/SubRip.h"
@@ -23,9 +24,9 @@ std::string placed(const std::string& path, const CaptionProblem& problem) {
     return path + ":" + std::to_string(problem.line) + ": " + problem.message;
 }
 
-Title titleOf(const CaptionCue& cue, bool isSubRip) {
-    // The places of SubRip are in the text, and what stands behind its times places nothing.
-    const std::string settings = isSubRip ? settingsOfPlacement(cue.placement) : cue.settings;
+Title titleOf(const CaptionCue& cue, bool isWebVTT) {
+    // The places of other formats are in the text, and what stands behind SubRip's times places nothing.
+    const std::string settings = isWebVTT ? cue.settings : settingsOfPlacement(cue.placement);
     const CueSource source = {cue.identifier, settings, cue.payload, cue.preamble};
     return {cue.text, cue.start, cue.end, std::make_shared<const CueSource>(source)};
 }
@@ -92,15 +93,29 @@ std::optional<WrittenTitles> titlesAsCaptions(TitleFile titles, const QzAnnoPale
     return WrittenTitles{NSData::dataWithBytes(written->file), written->losses};
 }
 
+using WholeReader = std::optional<CaptionFile> (*)(const NSData&, const CueNames&, CaptionProblem*);
+
+/// Null for what is no file of captions.
+WholeReader readerOf(const std::string& path) {
+    constexpr std::pair<std::string_view, WholeReader> kReaders[] = {
+        {".vtt", readWebVTT}, {".srt", readSubRip}, {".ass", readAss}, {".ssa", readAss}};
+    for (const auto& [ending, reader] : kReaders) {
+        if (path.ends_with(ending)) return reader;
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 std::optional<TitleFile> readTitleFile(const std::string& path, const Ref<QzAnnoPalette>& palette, std::string& error) {
     const bool isText = path.ends_with(".txt");
     const bool isArchive = path.ends_with(".annostring");
-    const bool isSubRip = path.ends_with(".srt");
-    if (!isText && !isArchive && !isSubRip && !path.ends_with(".vtt")) {
-        error =
-            path + ": is no .vtt, .srt, .txt or .annostring file; give captions, one title as text, or archived titles";
+    const bool isWebVTT = path.ends_with(".vtt");
+    const auto reader = readerOf(path);
+    if (!isText && !isArchive && !reader) {
+        error = path +
+                ": is no .vtt, .srt, .ass, .ssa, .txt or .annostring file; give captions, one title as text, or "
+                "archived titles";
         return {};
     }
     std::string reason;
@@ -119,14 +134,15 @@ std::optional<TitleFile> readTitleFile(const std::string& path, const Ref<QzAnno
     }
     CaptionProblem problem;
     LooseKeys others;
-    const CueNames names(*palette, &others);
+    CaptionLooks looks(QzAnnoPalette::init(), {1920, 1080});
+    const CueNames names(*palette, others, looks);
     TitleFile titles;
     if (isText) {
         const auto text = readPlainText(*file, &problem);
         if (text) titles.titles.push_back({*text, {}, {}});
-    } else if (const auto captions =
-                   isSubRip ? readSubRip(*file, names, &problem) : readWebVTT(*file, names, &problem)) {
-        for (const CaptionCue& cue : captions->cues) titles.titles.push_back(titleOf(cue, isSubRip));
+    } else if (const auto captions = reader(*file, names, &problem)) {
+        for (const CaptionCue& cue : captions->cues) titles.titles.push_back(titleOf(cue, isWebVTT));
+        titles.looks = looks.all();
         titles.header = captions->header;
         titles.trailer = captions->trailer;
         for (const CaptionProblem& each : captions->problems) titles.warnings.push_back(placed(path, each));

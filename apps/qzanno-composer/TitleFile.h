@@ -7,6 +7,7 @@
 
 #include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
 #include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "captions/CaptionLook.h"
 
 namespace qz::composer {
 
@@ -32,13 +33,15 @@ struct TitleFile {
     // Of caption files: what stands before the first title and behind the last one.
     std::string header = {};
     std::string trailer = {};
+    /// What annotations of its own look like that the palette does not have.
+    std::vector<std::shared_ptr<const CaptionLook>> looks = {};
     /// What is wrong in it, one line each with its place.
     std::vector<std::string> warnings = {};
 };
 
-/// The titles of a WebVTT (.vtt) or SubRip (.srt) file, a text file (.txt) or an archive of annotated strings
-/// (.annostring). Names that the palette lacks have keys of no palette, one each. None, with one line that names the
-/// file in `error`, when it cannot be read.
+/// The titles of a WebVTT (.vtt) or SubRip (.srt) file, a script (.ass, .ssa), a text file (.txt) or an archive of
+/// annotated strings (.annostring). Names that the palette lacks have keys of no palette, one each. None, with one line
+/// that names the file in `error`, when it cannot be read.
 std::optional<TitleFile> readTitleFile(const std::string& path, const Ref<QzAnnoPalette>& palette, std::string& error);
 
 struct WrittenTitles {

@@ -85,7 +85,8 @@ bool parse(const QStringList& arguments, Options& options, std::string& error, Q
     QCommandLineParser parser;
     parser.setApplicationDescription("Composes titles: type over a frame, style with annotations.");
     parser.addPositionalArgument(
-        "TITLES", "Captions (.vtt, .srt), one title as text (.txt), or archived titles (.annostring)", "[TITLES]");
+        "TITLES", "Captions (.vtt, .srt, .ass, .ssa), one title as text (.txt), or archived titles (.annostring)",
+        "[TITLES]");
     parser.addOptions({{{"p", "palette"}, "The palette (.plist, .annopalette); an empty one without.", "PALETTE"},
                        {{"f", "frame"}, "A .png picture to lie beneath the text; a checkerboard without.", "FRAME"},
                        {{"s", "screen"}, "The screen in points; 1920x1080 without.", "WxH"},

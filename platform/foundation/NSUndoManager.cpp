@@ -23,7 +23,7 @@ void NSUndoManager::InvocationTarget::invoke(std::function<void()> call) const {
 }
 
 NSUndoManager::InvocationTarget NSUndoManager::prepareWithInvocationTarget(const NSObject& target) {
-    return {*this, target};
+    return isUndoRegistrationEnabled() ? InvocationTarget(*this, target) : InvocationTarget();
 }
 
 void NSUndoManager::registerAction(Action action) {
@@ -179,6 +179,7 @@ bool NSUndoManager::isRedoing() const {
 }
 
 void NSUndoManager::setActionName(std::string name) {
+    if (!isUndoRegistrationEnabled()) return;
     if (!open_.empty())
         open_.back().name = std::move(name);
     else if (lastGroupTakesName_)

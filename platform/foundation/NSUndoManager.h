@@ -54,6 +54,13 @@ public:
     /// Drops every call; open groups stay open, without their names.
     void removeAllActions();
 
+    /// Between these two, which nest, nothing is recorded and no group is named.
+    ///@{
+    void disableUndoRegistration() { ++disabled_; }
+    void enableUndoRegistration() { disabled_ -= disabled_ > 0; }
+    ///@}
+    bool isUndoRegistrationEnabled() const { return disabled_ == 0; }
+
     /// Opens a group inside the innermost open one, if there is one.
     void beginUndoGrouping();
     /// Ends the innermost group; an empty one leaves nothing behind, and one inside another becomes part of that, its
@@ -123,6 +130,7 @@ private:
     Group playing_;
     Activity activity_ = Activity::recording;
     bool groupsByEvent_ = true;
+    uint32_t disabled_ = 0;
     bool eventGroupIsOpen_ = false;
     // Whether `undo_` ends with an inverse that is a group of its own, until something else begins.
     bool lastGroupTakesName_ = false;

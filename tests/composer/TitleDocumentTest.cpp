@@ -1,4 +1,5 @@
 #include <QImage>
+#include <QTemporaryDir>
 #include <random>
 
 #include <gmock/gmock.h>
@@ -6,6 +7,7 @@
 #include "QzAnno_AnnotatedTextFramework/ui/KeyRenaming.h"
 #include "apps/qzanno-composer/ComposerWindow.h"
 #include "apps/qzanno-composer/TitleDocument.h"
+#include "platform/foundation/Files.h"
 #include "tests/ui/Desk.h"
 
 namespace qz::composer {
@@ -172,6 +174,36 @@ TEST_F(Document, keepsItsNamesUnderAWrongPaletteAndHasThemBackUnderTheRightOne) 
     EXPECT_FALSE(document->titlesAreEdited() || document->paletteIsEdited());
     document->undoManager()->undo();
     EXPECT_EQ(looks(*document), "0:\n");
+}
+
+TEST_F(Document, drawsTheLooksOfAFileUnderEveryPaletteAndWritesThemBackAsTheyCame) {
+    const QTemporaryDir folder;
+    const std::string path = folder.filePath("t.vtt").toStdString();
+    const std::string captions = "WEBVTT\n\n00:00:01.000 --> 00:00:02.000\n<i>one</i> <c.Big.yellow>two</c>\n";
+    std::string error;
+    ASSERT_TRUE(
+        writeFileAtomically(path, {reinterpret_cast<const uint8_t*>(captions.data()), captions.size()}, &error));
+    const auto drawn = [&] {
+        const Ref<NSDictionary> italic = view->textStorage()->attributesAtIndex(0);
+        const Ref<NSDictionary> yellow = view->textStorage()->attributesAtIndex(5);
+        return italic->objectForKey<NSNumber>(*QzItalicAttribute) &&
+               yellow->objectForKey<NSColor>(*NSForegroundColorAttributeName)->redComponent() == 1;
+    };
+    document->markPaletteSaved();
+    auto read = readTitleFile(path, palette, error);
+    ASSERT_TRUE(read) << error;
+    document->setTitles(std::move(*read));
+    EXPECT_TRUE(drawn());
+    EXPECT_FALSE(document->titlesAreEdited() || document->paletteIsEdited());
+    EXPECT_FALSE(document->undoManager()->canUndo());
+    EXPECT_EQ(titlesAsFile(path, document->file(), palette, error)->file->view(), captions);
+
+    document->replacePalette(test::paletteWithGlobals({}), "other.plist");
+    EXPECT_TRUE(drawn());
+    EXPECT_EQ(titlesAsFile(path, document->file(), palette, error)->file->view(), captions);
+    document->setTitles({{{QzAnnoString::initWithString("three"_ns), {}, {}}}});
+    EXPECT_EQ(palette->maxPriority(), 0) << "what nobody made something of goes with its file";
+    EXPECT_FALSE(document->paletteIsEdited());
 }
 
 TEST_F(Document, revivesNamesThatThePaletteGets) {
