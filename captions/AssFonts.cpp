@@ -27,7 +27,12 @@ int weightOf(double fontconfigWeight) {
 
 AssFont assFontOf(const NSFont& font) {
     const InstalledFont& installed = font.face().installedFont();
-    return {installed.familyName, weightOf(installed.weight), installed.slant > 0};
+    AssFont found = {installed.familyName, weightOf(installed.weight), installed.slant > 0};
+    // Players synthesise what the family lacks, as we do.
+    const FontTraits unmet = font.unmetTraits();
+    if (unmet.bold) found.weight = *unmet.bold ? 700 : 400;
+    if (unmet.italic) found.isItalic = *unmet.italic;
+    return found;
 }
 
 Ref<NSString> fontNameOf(const AssFont& font) {

@@ -61,7 +61,7 @@ public:
                 rest.remove_prefix(addText(rest));
             }
         }
-        result_.isDrawing = hasDrawing_ && result_.text.text.empty();
+        result_.isDrawing = hasDrawing_ && result_.text.text.find_first_not_of(u" \n\u00A0") == std::u16string::npos;
         tellLine();
         while (!open_.empty()) close(open_.size() - 1);
         std::erase_if(result_.text.spans, [](const CueSpan& span) { return span.range.length == 0; });

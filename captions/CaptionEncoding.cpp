@@ -95,6 +95,12 @@ std::nullopt_t refuseUtf16(CaptionProblem* error) {
     return refuse(error, 1, "the file is in UTF-16; save it as UTF-8");
 }
 
+// Its mark begins as that of UTF-16 does.
+bool isUtf32(std::string_view bytes) {
+    return bytes.starts_with(std::string_view("\xFF\xFE\0\0", 4)) ||
+           bytes.starts_with(std::string_view("\0\0\xFE\xFF", 4));
+}
+
 std::nullopt_t refuseDamage(std::string_view text, const Damage& damage, CaptionProblem* error) {
     return refuse(error, lineAt(text, damage.first),
                   "the file is not in UTF-8: byte " + std::to_string(damage.first) +
@@ -119,6 +125,7 @@ std::optional<std::string> repairedTextOfFile(const NSData& file, CaptionProblem
 
 std::optional<std::string> unicodeTextOfFile(const NSData& file, CaptionProblems& problems, CaptionProblem* error) {
     const std::string_view bytes = file.view();
+    if (isUtf32(bytes)) return refuse(error, 1, "the file is in UTF-32; save it as UTF-8");
     const bool isBigEndian = bytes.starts_with(kBigEndianMark);
     if (!isBigEndian && !bytes.starts_with(kLittleEndianMark)) {
         if (seemsUtf16(bytes)) return refuseUtf16(error);

@@ -44,8 +44,8 @@ struct CaptionLook {
     std::string identity() const;
 };
 
-/// The look that every format gives a span: a trait, a colour in the way of CSS, a language. None for classes and
-/// voices, and for a colour or a language that is none.
+/// The look that every format gives a span: a trait, a colour in the way of CSS, a language. Empty for classes
+/// and voices, and where the name is no colour or no language tag.
 std::optional<CaptionLook> lookOfSpan(const CueSpan& span);
 
 /// The look that WebVTT gives a class without a style sheet: a colour of the letters, "yellow", or of what is behind

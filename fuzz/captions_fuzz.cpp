@@ -18,15 +18,12 @@ using Reader = std::optional<CaptionFile> (*)(const NSData&, const CueNames&, Ca
 /// Each reads every input.
 constexpr Reader kReaders[] = {readWebVTT, readSubRip, readAss};
 
-const QzAnnoPalette& palette() {
-    static const Ref<QzAnnoPalette> palette = [] {
-        const Ref<QzAnnoPalette> made = QzAnnoPalette::init();
-        made->setUndoManager(NSUndoManager::init());
-        for (const char* name : {"b", "i", "v", "Loud voice", "Ann"})
-            made->createAnno(NSString::stringWithUTF8String(name));
-        return made;
-    }();
-    return *palette;
+Ref<QzAnnoPalette> newPalette() {
+    const Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
+    palette->setUndoManager(NSUndoManager::init());
+    for (const char* name : {"b", "i", "v", "Loud voice", "Ann"})
+        palette->createAnno(NSString::stringWithUTF8String(name));
+    return palette;
 }
 
 void checkProblem(const CaptionProblem& problem) {
@@ -48,9 +45,10 @@ void checkCue(const CaptionCue& cue) {
 
 void check(const uint8_t* data, size_t size) {
     const Ref<NSData> file = NSData::dataWithBytes(fuzz::textOf(data, size));
+    CaptionLooks looks(newPalette(), {1920, 1080}, size % 2 == 0 ? Looks::both : Looks::file);
     for (const Reader reader : kReaders) {
         CaptionProblem error;
-        const std::optional<CaptionFile> captions = reader(*file, palette(), &error);
+        const std::optional<CaptionFile> captions = reader(*file, looks, &error);
         if (!captions) {
             checkProblem(error);
             continue;

@@ -77,14 +77,6 @@ TEST(CueText, TextAndSpans) {
     EXPECT_EQ(parseCueText(std::string_view("a\0b", 3), 1).text, u"a\uFFFDb");
 }
 
-TEST(CueText, SpansKnowTheirLine) {
-    const CueText cue = parseCueText("a\n<b>b\n</b><v\nTom>c\n<i>d", 10);
-    ASSERT_EQ(cue.spans.size(), 3u);
-    EXPECT_EQ(cue.spans[0].line, 11u);
-    EXPECT_EQ(cue.spans[1].line, 12u);
-    EXPECT_EQ(cue.spans[2].line, 14u);
-}
-
 TEST(CueText, WhatIsDroppedIsToldOnceAKindWhereItFirstStands) {
     CaptionProblems problems;
     parseCueText(

@@ -178,22 +178,6 @@ TEST_F(WebVTTTest, BrokenTimeLinesLoseTheirCueOnly) {
     EXPECT_THAT(linesOf(file->problems), ElementsAre(HasSubstr("6: \"behind a blank line\" belongs to no cue")));
 }
 
-TEST_F(WebVTTTest, EveryTruncationIsReadOrRefused) {
-    const std::string whole =
-        "WEBVTT\nKind: x\n\nNOTE é\n\nid\n00:00:01.000 --> 00:00:02.000 line:0\n<v Mary><c.One.Two>é&amp;😀</c>\n"
-        "<ruby>a<rt>b</rt></ruby><00:01.500>\n\n00:02.000 --> 00:03.000\nlast";
-    size_t read_ = 0;
-    for (size_t length = 0; length <= whole.size(); ++length) {
-        const auto file = read(whole.substr(0, length));
-        if (!file) continue;
-        ++read_;
-        EXPECT_LE(file->cues.size(), 2u);
-        for (const CaptionCue& cue : file->cues) ASSERT_TRUE(cue.text);
-    }
-    // Refused: shorter than the first word.
-    EXPECT_EQ(read_, whole.size() + 1 - 6);
-}
-
 TEST_F(WebVTTTest, TimeGrowsWithTheFileAlone) {
     const auto repeated = [](const std::string& piece, size_t bytes) {
         std::string text;

@@ -330,16 +330,6 @@ TEST_F(RenderTest, FaultsThatCanBeIgnoredAreNamedAndTheTitleIsDrawn) {
     }
 }
 
-TEST_F(RenderTest, ABrokenCueIsNamedAndTheOthersAreRendered) {
-    write("c.vtt", "WEBVTT\n\n00:01.000 -> 00:02.000\nBroken\n\n00:02.000 --> 00:03.000\nWhole\n");
-    const ToolResult result = run("render c.vtt -s 320x180 -o c --manifest c.jsonl");
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_THAT(result.err, HasSubstr("qzanno: c.vtt:3: "));
-    const auto lines = manifest("c.jsonl");
-    ASSERT_EQ(lines.size(), 1u);
-    EXPECT_EQ(lines[0]["text"], "Whole");
-}
-
 // Looks go to the threads with their titles, and whatever a look says makes another picture.
 TEST_F(RenderTest, AFilesOwnLooksAreDrawnAndMakePicturesOfTheirOwn) {
     const std::string head =
