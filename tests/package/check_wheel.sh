@@ -38,6 +38,8 @@ palette = qzanno.Palette.load(f"{source}/examples/broadcast.plist")
 assert qzanno.Renderer(palette, frame=(320, 180)).render(qzanno.Title("Good evening", annotations=["Lower Third"])).any()
 loaded = set(re.findall(r"/\S*/(?:lib|_)qzanno\S*", open("/proc/self/maps").read(), re.IGNORECASE))
 assert len(loaded) == 3 and all(path.startswith(venv) for path in loaded), loaded
+files = {file.name for file in importlib.metadata.files("qzanno") if str(file.parent) == "qzanno"}
+assert files == {path.rsplit("/", 1)[1] for path in loaded} | {"__init__.py", "__init__.pyi", "_values.py", "py.typed"}, files
 metadata = importlib.metadata.metadata("qzanno")
 assert metadata["Version"] == qzanno.__version__ and metadata["License"] == "MIT", metadata
 print("drawn with", *sorted(path.rsplit("/", 1)[1] for path in loaded))
