@@ -3,10 +3,16 @@
 #include <gmock/gmock.h>
 
 #include "platform/graphics/NSImage.h"
+#include "tests/support/Pixels.h"
 #include "tests/text/TextSystem.h"
 
 namespace qz {
 namespace {
+
+using test::boxOf;
+using test::Pixel;
+using test::pixelAt;
+using test::PixelBox;
 
 /// Grants what a function says, and counts how often it is asked.
 class AskedContainer final : public NSTextContainer {
@@ -195,32 +201,35 @@ TEST(Incremental, aTextSystemCanBeTakenApart) {
     system.manager->drawGlyphsForGlyphRange({0, 5}, {});
 }
 
+Ref<NSBitmapImageRep> drawn(const TextSystem& system) {
+    const Ref<NSImage> image = NSImage::initWithSize({90, 90});
+    image->setFlipped(true);
+    image->lockFocus();
+    system.manager->drawGlyphsForGlyphRange(system.glyphs(), {0, 0});
+    image->unlockFocus();
+    return image->bitmap();
+}
+
 TEST(Drawing, lettersStandUprightOnTheBaselineAndLeanToTheRight) {
     // The stem of an L leans; its foot, on the baseline, stays.
-    const auto rowsOf = [](float obliqueness) {
-        const TextSystem system(*attributedString(
-            "L",
-            textAttributes(attributePair(NSObliquenessAttributeName, NSNumber::numberWithFloat(obliqueness)), 60)));
-        const Ref<NSImage> image = NSImage::initWithSize({90, 90});
-        image->setFlipped(true);
-        image->lockFocus();
-        system.manager->drawGlyphsForGlyphRange(system.glyphs(), {0, 0});
-        image->unlockFocus();
-        std::vector<std::pair<int, int>> rows;  // first x and count of covered pixels
-        for (int y = 0; y < 90; ++y) {
-            std::pair<int, int> row = {0, 0};
-            for (int x = 89; x >= 0; --x) {
-                if (image->bitmap()->row(y)[4 * x + 3] > 127) row = {x, row.second + 1};
-            }
-            if (row.second > 0) rows.push_back(row);
-        }
-        return rows;
+    struct Letter {
+        PixelBox box;
+        int top, bottom;  // first covered pixel of the row
     };
-    const auto upright = rowsOf(0), oblique = rowsOf(0.5f);
-    ASSERT_NEAR(static_cast<int>(upright.size()), 44, 2) << "a capital is about 0.73 of the size high";
-    EXPECT_GT(upright.back().second, 2 * upright.front().second) << "the foot is below";
-    EXPECT_NEAR(oblique.back().first, upright.back().first, 1);
-    EXPECT_NEAR(oblique.front().first - upright.front().first, 22, 2) << "half a point for each of 44";
+    const auto letterOf = [](float slant) {
+        const ObjectMap attributes = attributePair(NSObliquenessAttributeName, NSNumber::numberWithFloat(slant));
+        const auto bitmap = drawn(TextSystem(*attributedString("L", textAttributes(attributes, 60))));
+        const PixelBox box = boxOf(*bitmap, [](Pixel p) { return p.alpha > 127; });
+        Letter letter = {box, 0, 0};
+        while (pixelAt(*bitmap, letter.top, box.top).alpha < 128) ++letter.top;
+        while (pixelAt(*bitmap, letter.bottom, box.bottom - 1).alpha < 128) ++letter.bottom;
+        return letter;
+    };
+    const Letter upright = letterOf(0), oblique = letterOf(0.5f);
+    ASSERT_NEAR(upright.box.height(), 44, 2) << "a capital is about 0.73 of the size high";
+    EXPECT_EQ(upright.top, upright.bottom);
+    EXPECT_NEAR(oblique.bottom, upright.bottom, 1);
+    EXPECT_NEAR(oblique.top - upright.top, 22, 2) << "half a point for each of 44";
 }
 
 TEST(TemporaryAttributes, lieOverStretchesAndMoveWithTheText) {

@@ -66,37 +66,6 @@ TEST(ScriptMapping, charactersAndGlyphsLeadToEachOther) {
     }
 }
 
-/// Where most letters of a line stand, from its top: on the baseline.
-float commonestHeight(const TextSystem& system, Range line) {
-    std::map<float, int> counts;
-    for (auto glyph = line.location; glyph < line.end(); ++glyph) {
-        const bool isMark = system.manager->advanceForGlyphAtIndex(glyph) == 0;
-        counts[system.manager->locationForGlyphAtIndex(glyph).y] += isMark ? 0 : 1;
-    }
-    return std::ranges::max_element(counts, {}, [](const auto& entry) { return entry.second; })->first;
-}
-
-TEST(ScriptMapping, linesHoldTheirFontsAndDoNotOverlap) {
-    for (const ScriptSample& sample : scriptSamples()) {
-        SCOPED_TRACE(describe(sample));
-        const TextSystem system(*sample.attributedText(), {150, 0});
-        float bottom = 0;
-        for (const Range& line : system.lines()) {
-            const NSRect used = system.manager->lineFragmentUsedRectForGlyphAtIndex(line.location);
-            EXPECT_GE(used.origin.y, bottom - 0.01f);
-            bottom = used.maxY();
-            const float baseline = used.origin.y + commonestHeight(system, line);
-            for (auto glyph = line.location; glyph < line.end(); ++glyph) {
-                const uint32_t character = system.manager->characterIndexForGlyphAtIndex(glyph);
-                const auto font =
-                    system.storage->attributesAtIndex(character)->objectForKey<NSFont>(*NSFontAttributeName);
-                EXPECT_LE(used.origin.y + font->ascender(), baseline + 0.01f);
-                EXPECT_LE(baseline - font->descender(), bottom + 0.01f);
-            }
-        }
-    }
-}
-
 TEST(ScriptMapping, selectionsCoverEachClusterOnce) {
     for (const ScriptSample& sample : scriptSamples()) {
         SCOPED_TRACE(describe(sample));
