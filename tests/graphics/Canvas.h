@@ -1,7 +1,5 @@
 #pragma once
 
-#include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <vector>
 
@@ -40,14 +38,6 @@ inline NSBezierPath polyline(std::initializer_list<NSBezierPath::Point> points) 
     NSBezierPath path;
     for (const auto point : points) path.lineToPoint(point);
     return path;
-}
-
-/// From a point to the nearest point of the line between two others.
-inline double distanceToLine(NSBezierPath::Point p, NSBezierPath::Point a, NSBezierPath::Point b) {
-    const double dx = b.x - a.x, dy = b.y - a.y, lengthSquared = dx * dx + dy * dy;
-    const double along = (p.x - a.x) * dx + (p.y - a.y) * dy;
-    const double t = lengthSquared == 0 ? 0 : std::clamp(along / lengthSquared, 0.0, 1.0);
-    return std::hypot(p.x - a.x - t * dx, p.y - a.y - t * dy);
 }
 
 }  // namespace qz

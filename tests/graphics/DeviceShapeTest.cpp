@@ -94,33 +94,6 @@ TEST(DeviceShape, BoundsGrowByMitersOnlyWhereTheyAre) {
     EXPECT_TRUE(DeviceShape::fillOf(square, {}).pixelBounds({30, 0, 50, 50}).isEmpty()) << "touching is outside";
 }
 
-// The round pen has the simplest model: a point is covered when the line is at most half a width away.
-TEST(DeviceShape, RoundStrokesAreThePointsNearTheLine) {
-    const unsigned seed = 99;
-    RandomShapes random(seed);
-    CoverageMask mask;
-    for (int round = 0; round < 25; ++round) {
-        const Point a = random.point(), b = random.point(), c = random.point();
-        NSBezierPath path = polyline({a, b, c});
-        path.setLineWidth(float(random.between(1, 20)));
-        path.setLineCapStyle(NSLineCapStyle::round);
-        path.setLineJoinStyle(NSLineJoinStyle::round);
-        const PixelRect box{50, 50, 100, 100};
-        renderCoverage(DeviceShape::strokeOf(path, {}), box, true, mask);
-        for (int y = 0; y < box.height; ++y) {
-            for (int x = 0; x < box.width; ++x) {
-                int inside = 0;
-                for (int sample = 0; sample < 64; ++sample) {
-                    const Point p{box.x + x + (sample % 8 + 0.5) / 8, box.y + y + (sample / 8 + 0.5) / 8};
-                    inside += std::min(distanceToLine(p, a, b), distanceToLine(p, b, c)) <= path.lineWidth() / 2;
-                }
-                // A tenth of a pixel of tolerance along an edge, and the sampling of both sides.
-                ASSERT_NEAR(mask.row(y)[x], inside * 255 / 64.0, 50) << "seed " << seed << " round " << round;
-            }
-        }
-    }
-}
-
 // What leaves the range of fixed-point numbers is cut first; inside the box that must not show.
 TEST(DeviceShape, FarGeometryLooksAsItsNearPartDoes) {
     const auto lineThrough = [](double reach) {

@@ -14,6 +14,14 @@ namespace {
 using Point = NSBezierPath::Point;
 using Verb = NSBezierPath::Verb;
 
+/// From a point to the nearest point of the line between two others.
+double distanceToLine(Point p, Point a, Point b) {
+    const double dx = b.x - a.x, dy = b.y - a.y, lengthSquared = dx * dx + dy * dy;
+    const double along = (p.x - a.x) * dx + (p.y - a.y) * dy;
+    const double t = lengthSquared == 0 ? 0 : std::clamp(along / lengthSquared, 0.0, 1.0);
+    return std::hypot(p.x - a.x - t * dx, p.y - a.y - t * dy);
+}
+
 double distanceToLines(Point p, const std::vector<Point>& points) {
     double nearest = INFINITY;
     for (size_t i = 1; i < points.size(); ++i) nearest = std::min(nearest, distanceToLine(p, points[i - 1], points[i]));
