@@ -82,16 +82,13 @@ TEST(OlderArchive, ANamelessKeyAlertsAndIsNoObject) {
     EXPECT_THAT(log.errors(),
                 testing::Contains("Internal Error: Nil annokey name from file.  Wha? [sweet] (nilly, dilly)\n"));
 
-    for (const NSAlertReturn button : {NSAlertDefaultReturn, NSAlertAlternateReturn, NSAlertOtherReturn}) {
-        std::vector<std::string> shown;
-        setCriticalAlertHook([&](const AlertPanel& panel) {
-            shown = {panel.title, panel.message, panel.defaultButton, panel.alternateButton, panel.otherButton};
-            return button;
-        });
-        EXPECT_FALSE(QzAnnoUnarchiver::unarchiveObjectWithData(data, paletteOf({})));
-        EXPECT_THAT(shown,
-                    ElementsAre("Internal Error", "Nil annokey name from file.  Wha?", "sweet", "nilly", "dilly"));
-    }
+    std::vector<std::string> shown;
+    setCriticalAlertHook([&](const AlertPanel& panel) {
+        shown = {panel.title, panel.message, panel.defaultButton, panel.alternateButton, panel.otherButton};
+        return NSAlertOtherReturn;
+    });
+    EXPECT_FALSE(QzAnnoUnarchiver::unarchiveObjectWithData(data, paletteOf({})));
+    EXPECT_THAT(shown, ElementsAre("Internal Error", "Nil annokey name from file.  Wha?", "sweet", "nilly", "dilly"));
     setCriticalAlertHook({});
 }
 

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
 #include "QzAnno_AnnotatedTextFramework/archive/QzAnnoArchiver.h"
 #include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
@@ -17,6 +18,10 @@ using test::readString;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
+
+struct NSNotWritten final : NSObject {
+    std::string className() const override { return "NSNotWritten"; }
+};
 
 /// "One two", with Bold on its first word and Red from the second letter on.
 Ref<QzMutableAnnoString> sampleString(const QzAnnoPalette& palette) {
@@ -51,19 +56,45 @@ TEST(QzTokeningArchiver, KeysBecomeThoseOfTheReadersPalette) {
     EXPECT_TRUE(partly->annotation(global, 0, &run));
     EXPECT_EQ(run, (Range{0, 3}));
     EXPECT_TRUE(partly->annotation(keyIn(*lacking, "Red"), 6));
+}
 
-    // Of several such names, what any of them marked is kept.
-    const Ref<QzMutableAnnoString> apart = QzMutableAnnoString::initWithString("One two"_ns);
-    apart->addAnno(keyIn(*writers, "Bold"), {0, 2});
-    apart->addAnno(keyIn(*writers, "Red"), {5, 2});
-    const Ref<QzAnnoPalette> none = paletteOf({});
-    const Ref<QzAnnoString> united =
-        readString(QzTokeningArchiver::archivedDataWithRootObject(apart, {writers}), {none});
-    ASSERT_TRUE(united);
-    std::string marked;
-    for (uint32_t i = 0; i < united->length(); ++i)
-        marked += united->annotation(none->annoKeyAtPriority(0), i) ? 'x' : '-';
-    EXPECT_EQ(marked, "xx---xx");
+TEST(QzTokeningArchiver, WhatAnyOfTheUnknownNamesMarkedIsKept) {
+    const test::LogCapture log;
+    const Ref<QzAnnoPalette> writers = paletteOf({"Bold", "Red"}), none = paletteOf({});
+    const struct {
+        const char *bold, *red, *united, *reason;
+    } cases[] = {
+        {"xx-----", "-----xx", "xx---xx", "apart"},
+        {"-----xx", "xx-----", "xx---xx", "the later one before the earlier one"},
+        {"-xxx---", "--xxx--", "-xxxx--", "over each other"},
+        {"-------", "x-x-x-x", "x-x-x-x", "nothing, and many runs"},
+    };
+    for (const auto& [bold, red, united, reason] : cases) {
+        const auto title = QzMutableAnnoString::initWithString("One two"_ns);
+        for (const auto& [name, marks] : {std::pair("Bold", bold), {"Red", red}}) {
+            title->removeAnno(keyIn(*writers, name), {0, 7});
+            for (uint32_t i = 0; i < 7; ++i)
+                if (marks[i] == 'x') title->addAnno(keyIn(*writers, name), {i, 1});
+        }
+        const auto read = readString(QzTokeningArchiver::archivedDataWithRootObject(title, {writers}), {none});
+        ASSERT_TRUE(read) << reason;
+        std::string marked;
+        for (uint32_t i = 0; i < 7; ++i) marked += read->annotation(none->annoKeyAtPriority(0), i) ? 'x' : '-';
+        EXPECT_EQ(marked, united) << reason;
+    }
+}
+
+TEST(QzTokeningArchiver, FailuresNeedNobodyToTell) {
+    const test::LogCapture log;
+    const Ref<QzAnnoPalette> palette = paletteOf({"Bold"});
+    const Ref<NSObject> unwritable = NSArray::arrayWithObjects({nullptr, std::make_shared<NSNotWritten>()});
+    const Ref<NSData> cut =
+        NSData::dataWithBytes(NSArchiver::archivedDataWithRootObject(palette)->view().substr(0, 60));
+    EXPECT_FALSE(QzTokeningArchiver::archivedDataWithRootObject(unwritable, {palette}));
+    EXPECT_FALSE(QzAnnoArchiver::archivedDataWithRootObject(unwritable, palette));
+    EXPECT_FALSE(QzTokeningUnarchiver::unarchiveObjectWithData(cut, {palette}));
+    EXPECT_FALSE(QzAnnoUnarchiver::unarchiveObjectWithData(cut, palette));
+    EXPECT_FALSE(paletteFromData(cut));
 }
 
 TEST(QzTokeningArchiver, SharedKeysStandOnceAndKeepTheNameTheyWereWrittenWith) {

@@ -1,0 +1,187 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
+#include "fuzz/TypedStreamCheck.h"
+#include "platform/foundation/NSDate.h"
+#include "platform/foundation/NSLog.h"
+#include "platform/foundation/NSPropertyListSerialization.h"
+#include "platform/foundation/NSURL.h"
+#include "platform/graphics/PNG.h"
+#include "tests/archive/Archives.h"
+#include "tests/support/CodedAs.h"
+#include "tests/support/DamageSweep.h"
+#include "tests/support/LogCapture.h"
+
+namespace qz {
+namespace {
+
+using test::codedAs;
+using testing::HasSubstr;
+
+// The tables of a reader that has read nothing yet, a palette that is given up again, and one line of error.
+constexpr size_t kBytesOfEmptyReader = 12 * 1024;
+
+size_t bytesForObjects(size_t length) {
+    return 16 * length + kBytesOfEmptyReader;
+}
+
+// A palette and titles against it: each class of the library with a coded form.
+Ref<NSData> archiveOf(const Ref<QzAnnoPalette>& palette) {
+    std::vector<Ref<NSObject>> objects = {palette};
+    for (uint32_t i = 0; i < 5; ++i) {
+        const Ref<QzMutableAnnoString> title =
+            QzMutableAnnoString::initWithString(NSString::stringWithUTF8String("Title " + std::to_string(i)));
+        ObjectMap annotations;
+        annotations.set(palette->annoKeyAtPriority(1), QzAnnoBits::initWithBytes(std::string(100 + i, '1')));
+        annotations.set(palette->annoKeyAtPriority(2), QzAnnoBits::initWithBytes(std::string(50, '0')));
+        MutableSupport::setAnnotations(*title, NSDictionary::dictionaryWithMap(annotations), false);
+        objects.push_back(title);
+        objects.push_back(title->copy());
+    }
+    return QzTokeningArchiver::archivedDataWithRootObject(NSArray::arrayWithObjects(objects), {palette});
+}
+
+Ref<QzAnnoPalette> samplePalette() {
+    const Ref<QzAnnoPalette> palette = test::paletteWithGlobals({{QzFontSizeAttribute, test::number(36)}});
+    for (const char* name : {"Bold", "Red", "Lower Third"}) {
+        test::addAnnotation(
+            *palette, name,
+            {{QzTextColorAttribute, test::rgba(1, 0.5f, 0)}, {QzBoundingMarginsAttribute, test::margins(1, 2, 3, 4)}});
+    }
+    return palette;
+}
+
+// Each class of the platform's values.
+Ref<NSData> archiveOfValues() {
+    const Ref<NSString> size = "QzFontSizeAttribute"_ns;
+    const Ref<NSString> bits = NSString::stringWithUTF8String("a title of usual length, 中文 and 😀");
+    std::vector<Ref<NSObject>> annotations;
+    for (int i = 0; i < 20; ++i) {
+        ObjectMap map;
+        map.set(size, NSNumber::numberWithFloat(static_cast<float>(i) + 0.5f));
+        map.set("Name"_ns, NSString::stringWithUTF8String("Annotation " + std::to_string(i)));
+        if (i % 5 == 0) map.set(bits, NSData::dataWithBytes(std::string(static_cast<size_t>(i), 'x')));
+        if (i % 7 == 0) map.set("Date"_ns, NSDate::dateWithTimeIntervalSinceReferenceDate(i * 1e9 + 0.25));
+        annotations.push_back(NSDictionary::dictionaryWithMap(map));
+        if (i % 3 == 0) annotations.push_back(NSSet::setWithObject(annotations.back()));
+        annotations.push_back(NSURL::URLWithString("a"_ns, NSURL::URLWithString(bits)));
+    }
+    return NSArchiver::archivedDataWithRootObject(NSArray::arrayWithObjects(annotations));
+}
+
+TEST(DamagedFiles, AreRefusedOrReadInLittleMemory) {
+    setStandardErrorHook([](std::string_view) {});
+    const Ref<QzAnnoPalette> palette = samplePalette();
+    const Ref<NSData> archive = archiveOf(palette), values = archiveOfValues(), list = palette->pListData();
+    const Ref<NSData> picture =
+        pngFromBitmap(*NSBitmapImageRep::initWithBitmapDataPlanes(nullptr, {.pixelsWide = 40, .pixelsHigh = 30}));
+    const test::DamagedFormat formats[] = {
+        {"a palette and titles", archive,
+         [&](const Ref<NSData>& file, std::string* error) {
+             const auto read = QzTokeningUnarchiver::unarchiveObjectWithData(file, {palette}, error);
+             // What was read is whole: it can be asked, and written.
+             if (read) {
+                 EXPECT_FALSE(read->description().empty());
+                 EXPECT_TRUE(QzTokeningArchiver::archivedDataWithRootObject(read, {palette}));
+             }
+             return read || error->empty();  // other versions yield no object and no error
+         },
+         "byte ", archive->length(), bytesForObjects, 0.06},
+        {"values", values,
+         [](const Ref<NSData>& file, std::string* error) {
+             EXPECT_EQ(test::checkTypedStream(file->view()), "");
+             return NSUnarchiver::unarchiveObjectWithData(file, error) || error->empty();
+         },
+         "byte ", values->length(), [](size_t length) { return 64 * length + 4 * kBytesOfEmptyReader; }, 0.25},
+        {"a property list", list,
+         [](const Ref<NSData>& file, std::string* error) {
+             return NSPropertyListSerialization::propertyListFromData(*file, error) != nullptr;
+         },
+         "", list->view().rfind('>') + 1, [](size_t length) { return 200 * length + 100'000; }, 0.5},
+        {"a picture", picture,
+         [](const Ref<NSData>& file, std::string* error) { return bitmapFromPNG(*file, error) != nullptr; }, "PNG file",
+         picture->length(), [](size_t length) { return length + 64 * 1024; }, 0.9},
+    };
+    for (const test::DamagedFormat& format : formats) {
+        test::sweepDamage(format);
+        if (HasFailure()) break;
+    }
+    setStandardErrorHook({});
+}
+
+struct Reading {
+    Ref<NSObject> object;
+    std::string error;
+    size_t peakBytes = 0;
+};
+
+Reading read(const Ref<NSData>& data) {
+    Reading reading;
+    const test::AllocationPeak peak;
+    reading.object = QzTokeningUnarchiver::unarchiveObjectWithData(data, {}, &reading.error);
+    reading.peakBytes = peak.bytes();
+    return reading;
+}
+
+TEST(DamagedFiles, ABitSetTakesNoMoreThanItHas) {
+    for (const bool hasArrayType : {false, true}) {
+        const Reading reading = read(codedAs("QzAnnoBits", [&](NSArchiver& archiver) {
+            archiver.encodeUnsignedInt(4000000000);
+            if (hasArrayType) archiver.encodeChars({});
+        }));
+        EXPECT_FALSE(reading.object);
+        EXPECT_NE(reading.error, "");
+        EXPECT_LE(reading.peakBytes, kBytesOfEmptyReader);
+    }
+    // Bytes of no meaning and an empty row are kept as they are.
+    for (const std::string_view bytes : {std::string_view("1x\0\xFF", 4), std::string_view()}) {
+        const Ref<NSData> data = NSArchiver::archivedDataWithRootObject(QzAnnoBits::initWithBytes(bytes));
+        const auto bits = std::dynamic_pointer_cast<QzAnnoBits>(read(data).object);
+        ASSERT_TRUE(bits);
+        EXPECT_EQ(bits->bytes(), bytes);
+        EXPECT_EQ(bits->getValueAtIndex(7), false);
+    }
+}
+
+TEST(DamagedFiles, AStringThatRefersToOneBitSetTwiceEditsEachAnnotationOnItsOwn) {
+    test::LogCapture log;
+    const Ref<QzAnnoPalette> palette = samplePalette();
+    ObjectMap annotations;
+    const Ref<QzAnnoBits> shared = QzAnnoBits::initWithBytes("1100");
+    for (const int32_t priority : {1, 2}) annotations.set(palette->annoKeyAtPriority(priority), shared);
+    const Ref<QzMutableAnnoString> string = QzMutableAnnoString::initWithString("abcd"_ns);
+    MutableSupport::setAnnotations(*string, NSDictionary::dictionaryWithMap(annotations), false);
+    const auto read = std::dynamic_pointer_cast<QzMutableAnnoString>(
+        test::readString(QzTokeningArchiver::archivedDataWithRootObject(string, {palette}), {palette}));
+    ASSERT_TRUE(read);
+    read->addAnno(palette->annoKeyAtPriority(1), {2, 2});
+    EXPECT_FALSE(read->annotation(palette->annoKeyAtPriority(2), 3));
+}
+
+TEST(DamagedFiles, AStringOfOtherThingsIsRefused) {
+    const auto coded = [](const Ref<NSObject>& annotations, const Ref<NSObject>& text) {
+        return codedAs("QzAnnoString", [=](NSArchiver& archiver) {
+            archiver.encodeObject(annotations);
+            archiver.encodeObject(nullptr);
+            archiver.encodeObject(text);
+        });
+    };
+    ObjectMap names;
+    names.set("name"_ns, QzAnnoBits::init());
+    const Ref<NSObject> none;
+    for (const auto& [data, expected] :
+         {std::pair(coded("text"_ns, "text"_ns), "where one of class NSDictionary is due"),
+          {coded(NSDictionary::dictionary(), NSArray::array()), "where one of class NSString is due"},
+          {coded(NSDictionary::dictionaryWithMap(names), "text"_ns), "annotation keys to bit sets"}}) {
+        const Reading reading = read(data);
+        EXPECT_FALSE(reading.object);
+        EXPECT_THAT(reading.error, HasSubstr(expected));
+    }
+    const auto empty = std::dynamic_pointer_cast<QzAnnoString>(read(coded(none, none)).object);
+    ASSERT_TRUE(empty);
+    EXPECT_EQ(empty->length(), 0u);
+}
+
+}  // namespace
+}  // namespace qz
