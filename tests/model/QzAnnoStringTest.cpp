@@ -66,6 +66,9 @@ TEST_F(QzAnnoStringTest, RunIsWhereNoKeyChangesInsideTheLimit) {
         EXPECT_EQ(holds, keys && keys->containsObject(*a));
         EXPECT_EQ(run, keys ? intersection({c.index < 3 ? 0u : 3u, c.index < 3 ? 3u : 2u}, c.limit) : untouched);
     }
+    Range run;
+    EXPECT_TRUE(string->annotationsAtIndex(0, &run));
+    EXPECT_EQ(run, (Range{0, 2})) << "without a limit, the whole text";
 }
 
 TEST_F(QzAnnoStringTest, AnswersDoNotDependOnHowFarBitSetsReach) {
