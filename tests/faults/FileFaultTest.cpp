@@ -5,21 +5,14 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
-#include "platform/graphics/PNG.h"
-#include "tests/support/Palettes.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace qz {
 namespace {
-
-using testing::AnyOf;
-using testing::HasSubstr;
 
 constexpr size_t kBytes = 3'000'000;
 
@@ -53,52 +46,6 @@ TEST(FileFault, AFullDiskLeavesTheOldFile) {
     })));
     EXPECT_EQ(readText(path), "old");
     EXPECT_EQ(countOfFiles(folder), 1u) << "half a file is left beside it";
-}
-
-/// A disk of one megabyte, while it lives; none without the right to mount one.
-class SmallDisk {
-public:
-    SmallDisk() : isMounted_(::mount("none", folder_.path().c_str(), "tmpfs", 0, "size=1m") == 0) {}
-    ~SmallDisk() {
-        if (isMounted_) ::umount(folder_.path().c_str());
-    }
-    SmallDisk(const SmallDisk&) = delete;
-
-    bool isMounted() const { return isMounted_; }
-    const TemporaryFolder& folder() const { return folder_; }
-
-private:
-    const TemporaryFolder folder_;
-    const bool isMounted_;
-};
-
-TEST(FileFault, ADiskThatIsReallyFullLeavesTheOldFiles) {
-    const SmallDisk disk;
-    if (!disk.isMounted()) GTEST_SKIP() << "needs the right to mount a tmpfs: run it as root";
-    const std::string picture = disk.folder().file("title.png"), archive = disk.folder().file("palette.plist");
-    ASSERT_TRUE(writeText(picture, "old picture") && writeText(archive, "old palette"));
-    const Ref<QzAnnoPalette> styles = test::paletteWithGlobals({{QzFontSizeAttribute, test::number(40)}});
-    const auto screen = QzAnnoStringToScreen::init();
-    screen->setPalette(styles);
-    screen->setScreenSize({1920, 1080}, {1920, 1080});
-    screen->setAnnoString(QzAnnoString::initWithString("Title"_ns));
-    const Ref<NSData> png = pngFromBitmap(*screen->bitmapInFullScreen(true)), list = styles->pListData();
-
-    // Room for a part of each file only, then for none.
-    for (const size_t room : {png->length() / 2, size_t{0}}) {
-        const auto free = std::filesystem::space(disk.folder().path()).available;
-        ASSERT_TRUE(writeText(disk.folder().file("filler" + std::to_string(room)), std::string(free - room, 'f')));
-        std::string error;
-        EXPECT_FALSE(writeFileAtomically(picture, png->bytes(), &error));
-        EXPECT_EQ(error, "cannot be written: No space left on device");
-        EXPECT_EQ(readText(picture), "old picture");
-        if (room > list->length()) continue;
-        EXPECT_FALSE(writeFileAtomically(archive, list->bytes(), &error));
-        EXPECT_EQ(readText(archive), "old palette");
-    }
-    EXPECT_EQ(countOfFiles(disk.folder()), 4u) << "half a file is left beside them";
-    std::filesystem::remove(disk.folder().file("filler0"));
-    EXPECT_TRUE(writeFileAtomically(archive, list->bytes(), nullptr)) << "with room again, it is saved";
 }
 
 TEST(FileFault, AReadOnlyTargetIsKept) {

@@ -17,19 +17,11 @@ namespace {
 
 constexpr int kTitles = 12;
 
-Ref<QzAnnoPalette> palette() {
-    const Ref<QzAnnoPalette> palette = test::paletteWithGlobals({{QzFontSizeAttribute, test::number(24)},
-                                                                 {QzBackgroundColorAttribute, test::rgba(0, 0, 0)},
-                                                                 {QzBackgroundWidthAttribute, test::number(3)}});
-    test::addAnnotation(*palette, "Red", {{QzTextColorAttribute, test::rgba(1, 0, 0)}});
-    return palette;
-}
-
 /// Titles in several scripts, with a font that falls back, written to an archive and read again between; their pixels.
 std::vector<std::string> draw() {
     const char* const texts[] = {"Title ffi", "\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D", "\xD8\xB3\xD9\x84\xD8\xA7\xD9\x85",
                                  "\xE4\xB8\xAD\xE6\x96\x87 \xF0\x9F\x98\x80"};
-    const Ref<QzAnnoPalette> styles = palette();
+    const Ref<QzAnnoPalette> styles = test::strokedPalette(24, 3);
     const auto screen = QzAnnoStringToScreen::init();
     screen->setPalette(styles);
     screen->setScreenSize({240, 90}, {240, 90});

@@ -3,8 +3,10 @@
 #include <utility>
 #include <vector>
 
+#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
 #include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSNumber.h"
 #include "platform/foundation/NSUndoManager.h"
@@ -56,6 +58,24 @@ inline Ref<QzAnnoKey> addAnnotation(QzAnnoPalette& palette, const char* name, co
     const Ref<const QzAnno> anno = palette.createAnno(NSString::stringWithUTF8String(name));
     giveAttributes(palette, anno, attributes);
     return anno->annokey();
+}
+
+/// A palette whose titles have a stroke behind them and a box, with the annotation "Red" of priority 1.
+inline Ref<QzAnnoPalette> strokedPalette(double fontSize, double strokeWidth) {
+    const Ref<QzAnnoPalette> palette =
+        paletteWithGlobals({{QzFontSizeAttribute, number(fontSize)},
+                            {QzBackgroundColorAttribute, rgba(0, 0, 0)},
+                            {QzBackgroundWidthAttribute, number(strokeWidth)},
+                            {QzTextBoundingBoxAppearanceAttribute, QzBBoxInfo::initWithColor(rgba(0, 0, 1), 1)}});
+    addAnnotation(*palette, "Red", {{QzTextColorAttribute, rgba(1, 0, 0, 0.5f)}});
+    return palette;
+}
+
+/// Latin with a ligature, Hebrew and Chinese, with what has the priority 1 on a part of it.
+inline Ref<QzMutableAnnoString> mixedTitle(const QzAnnoPalette& palette) {
+    const auto title = QzMutableAnnoString::initWithString("Small \xD7\xA9\xD7\x9C ffi\n\xE4\xB8\xAD title"_ns);
+    title->addAnno(palette.annoKeyAtPriority(1), {2, 5});
+    return title;
 }
 
 }  // namespace qz::test
