@@ -2,10 +2,7 @@
 #include <mutex>
 #include <optional>
 
-#include <pybind11/numpy.h>
-#include <pybind11/stl.h>
-
-#include "bindings/python/Handles.h"
+#include "bindings/python/Argument.h"
 
 namespace py = pybind11;
 using namespace py::literals;
@@ -45,65 +42,77 @@ qzanno_direction directionOf(const std::string& name) {
 }
 
 /// The memory of an array, which may be part of a larger one as long as the bytes of a row are in order.
-qzanno_buffer bufferOf(const py::array& array) {
+qzanno_buffer bufferOf(const std::string& parameter, const py::array& array) {
     if (!array.dtype().is(py::dtype::of<uint8_t>()) || array.ndim() != 3 || array.shape(2) != 4)
-        throw py::type_error("pictures are arrays of height x width x 4 of uint8");
-    if (!array.writeable()) throw py::value_error("the array is read-only");
+        throw py::type_error(parameter + " must be an array of height x width x 4 of uint8");
+    if (!array.writeable()) throw py::value_error(parameter + " is read-only");
     const bool isOfPixels = array.strides(2) == 1 && (array.strides(1) == 4 || array.shape(1) <= 1);
     if (!isOfPixels || array.strides(0) < 0)
         throw py::value_error(
-            "the array's pixels do not follow each other from left to right and from the top; make a copy first");
+            parameter + ": the pixels do not follow each other from left to right and from the top; make a copy first");
     if (array.shape(0) > INT32_MAX || array.shape(1) > INT32_MAX || array.strides(0) > INT32_MAX)
-        throw py::value_error("the array is larger than a picture may be");
+        throw py::value_error(parameter + " is larger than a picture may be");
     return {static_cast<uint8_t*>(const_cast<void*>(array.data())), static_cast<int32_t>(array.shape(1)),
             static_cast<int32_t>(array.shape(0)), array.shape(0) > 1 ? static_cast<int32_t>(array.strides(0)) : 0};
 }
 
+using OfTitle = Argument<const Title*, "title">;
+using AreaName = Argument<std::string, "area">;
+
 class Renderer {
 public:
-    Renderer(const Palette& palette, std::pair<float, float> screen, std::optional<std::pair<int32_t, int32_t>> frame,
-             const Fonts* fonts, const std::string& language, const std::string& direction)
-        : handle_(make<RendererHandle>([&](auto** out) { return qzanno_renderer_new(palette.handle.get(), out); })) {
+    Renderer(const Argument<const Palette*, "palette">& palette,
+             const Argument<std::pair<float, float>, "screen">& screenOf,
+             const Argument<std::optional<std::pair<int32_t, int32_t>>, "frame">& frameOf,
+             const Argument<const Fonts*, "fonts">& fonts, const Argument<std::string, "language">& language,
+             const Argument<std::string, "direction">& direction)
+        : handle_(
+              make<RendererHandle>([&](auto** out) { return qzanno_renderer_new(palette.value->handle.get(), out); })) {
+        const auto [width, height] = screenOf.value;
+        auto frame = frameOf.value;
         if (!frame) {
-            if (!(screen.first >= 1 && screen.first <= 1e6f && screen.second >= 1 && screen.second <= 1e6f))
+            if (!(width >= 1 && width <= 1e6f && height >= 1 && height <= 1e6f))
                 throw py::value_error("a screen's sides are 1 to 1000000 points; smaller ones need a frame");
-            frame.emplace(static_cast<int32_t>(screen.first), static_cast<int32_t>(screen.second));
+            frame.emplace(static_cast<int32_t>(width), static_cast<int32_t>(height));
         }
-        check(qzanno_renderer_set_screen(handle_.get(), screen.first, screen.second, frame->first, frame->second));
-        if (fonts) check(qzanno_renderer_set_fonts(handle_.get(), fonts->handle.get()));
-        check(qzanno_renderer_set_language(handle_.get(), language.c_str()));
-        check(qzanno_renderer_set_direction(handle_.get(), directionOf(direction)));
+        check(qzanno_renderer_set_screen(handle_.get(), width, height, frame->first, frame->second));
+        if (fonts.value) check(qzanno_renderer_set_fonts(handle_.get(), fonts.value->handle.get()));
+        check(qzanno_renderer_set_language(handle_.get(), language.value.c_str()));
+        check(qzanno_renderer_set_direction(handle_.get(), directionOf(direction.value)));
     }
 
-    py::object measure(const Title& title, const std::string& area) {
-        const qzanno_place place = placeOf(title, areaOf(area));
+    py::object measure(const OfTitle& title, const AreaName& area) {
+        const qzanno_place place = placeOf(*title.value, areaOf(area.value));
         return value("Place")(place.x, place.y, place.width, place.height);
     }
 
-    py::array render(const Title& title, const std::string& areaName, const std::string& alphaName,
-                     const std::optional<py::array>& out) {
-        const qzanno_area area = areaOf(areaName);
-        const qzanno_alpha alpha = alphaOf(alphaName);
-        py::array picture = out ? *out : newPicture(placeOf(title, area));
-        const qzanno_buffer buffer = bufferOf(picture);
-        withTitle(title, [&] { return qzanno_renderer_render(handle_.get(), area, alpha, &buffer, nullptr); });
+    py::array render(const OfTitle& title, const AreaName& areaName, const Argument<std::string, "alpha">& alphaName,
+                     const Argument<std::optional<py::array>, "out">& out) {
+        const qzanno_area area = areaOf(areaName.value);
+        const qzanno_alpha alpha = alphaOf(alphaName.value);
+        py::array picture = out.value ? *out.value : newPicture(placeOf(*title.value, area));
+        const qzanno_buffer buffer = bufferOf("out", picture);
+        draw("out", *title.value, area, buffer,
+             [&] { return qzanno_renderer_render(handle_.get(), area, alpha, &buffer, nullptr); });
         return picture;
     }
 
-    py::object composite(const Title& title, const py::array& frame, const std::string& areaName) {
-        const qzanno_area area = areaOf(areaName);
-        const qzanno_buffer buffer = bufferOf(frame);
+    py::object composite(const OfTitle& title, const Argument<py::array, "frame">& frame, const AreaName& areaName) {
+        const qzanno_area area = areaOf(areaName.value);
+        const qzanno_buffer buffer = bufferOf("frame", frame.value);
         qzanno_pixels changed{};
-        withTitle(title, [&] { return qzanno_renderer_composite(handle_.get(), area, &buffer, &changed); });
+        draw("frame", *title.value, area, buffer,
+             [&] { return qzanno_renderer_composite(handle_.get(), area, &buffer, &changed); });
         return value("Pixels")(changed.x, changed.y, changed.width, changed.height);
     }
 
-    py::list report(const Title& title, const std::string& areaName) {
+    py::list report(const OfTitle& ofTitle, const AreaName& areaName) {
         static constexpr std::array kKinds = {"font missing",    "font substituted", "glyph missing",
                                               "text clipped",    "glyphs clipped",   "layer 1 clipped",
                                               "layer 2 clipped", "bold synthesised", "italic synthesised",
                                               "regular missing", "upright missing"};
-        const qzanno_area area = areaOf(areaName);
+        const Title& title = *ofTitle.value;
+        const qzanno_area area = areaOf(areaName.value);
         qzanno_report* made = nullptr;
         withTitle(title, [&] { return qzanno_renderer_report(handle_.get(), area, &made); });
         const ReportHandle report(made);
@@ -130,10 +139,32 @@ private:
         return place;
     }
 
+    template <class Call>
+    void draw(const std::string& parameter, const Title& title, qzanno_area area, const qzanno_buffer& buffer,
+              Call&& call) {
+        const qzanno_result result = resultWithTitle(title, call);
+        if (result == QZANNO_ERROR_ARGUMENT) {
+            const auto size = [](int32_t width, int32_t height) {
+                return std::to_string(width) + " x " + std::to_string(height);
+            };
+            const qzanno_place due = placeOf(title, area);
+            if (buffer.width != due.width || buffer.height != due.height)
+                throw py::value_error(parameter + " is of " + size(buffer.width, buffer.height) +
+                                      " pixels, the picture of " + size(due.width, due.height) +
+                                      ", as measure() tells");
+        }
+        check(result);
+    }
+
+    template <class Call>
+    void withTitle(const Title& title, Call&& call) {
+        check(resultWithTitle(title, call));
+    }
+
     /// Calls the renderer for a title, one thread at a time, with the interpreter let go. The title is copied before,
     /// since another thread may annotate it meanwhile.
     template <class Call>
-    void withTitle(const Title& title, Call&& call) {
+    qzanno_result resultWithTitle(const Title& title, Call&& call) {
         qzanno_title* made = nullptr;
         check(qzanno_title_copy(title.handle.get(), &made));
         const TitleHandle copy(made);
@@ -144,7 +175,7 @@ private:
             result = qzanno_renderer_set_title(handle_.get(), copy.get());
             if (result == QZANNO_OK) result = call();
         }
-        check(result);
+        return result;
     }
 
     const RendererHandle handle_;
@@ -161,8 +192,10 @@ void addRendering(py::module_& module) {
     py::class_<Renderer>(
         module, "Renderer", py::is_final(),
         "Lays out titles for one screen and draws them. Keeps drawn glyphs for the next title, so keep the renderer.")
-        .def(py::init<const Palette&, std::pair<float, float>, std::optional<std::pair<int32_t, int32_t>>, const Fonts*,
-                      const std::string&, const std::string&>(),
+        .def(py::init<const Argument<const Palette*, "palette">&, const Argument<std::pair<float, float>, "screen">&,
+                      const Argument<std::optional<std::pair<int32_t, int32_t>>, "frame">&,
+                      const Argument<const Fonts*, "fonts">&, const Argument<std::string, "language">&,
+                      const Argument<std::string, "direction">&>(),
              "palette"_a, py::kw_only(), "screen"_a = std::pair(1920.0f, 1080.0f), "frame"_a = py::none(),
              "fonts"_a = py::none(), "language"_a = "", "direction"_a = "natural",
              "The screen is in points, which the palette's sizes are given in; the frame is the pixels that it stands "

@@ -1,7 +1,7 @@
-#include <pybind11/stl.h>
-#include <pybind11/stl/filesystem.h>
+#include <algorithm>
+#include <tuple>
 
-#include "bindings/python/Handles.h"
+#include "bindings/python/Argument.h"
 
 namespace py = pybind11;
 using namespace py::literals;
@@ -13,11 +13,26 @@ bool beginsCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
 }
 
-Palette loadPalette(const std::filesystem::path& path) {
-    return {make<PaletteHandle>([&](auto** out) { return qzanno_palette_load(path.c_str(), out); })};
+// What every function calls its parameters.
+using Path = Argument<std::filesystem::path, "path">;
+using Data = Argument<py::bytes, "data">;
+using OfPalette = Argument<const Palette*, "palette">;
+using LooksName = Argument<std::string, "looks">;
+
+/// A C string ends at a null character, and the rest would be lost without a word.
+std::string checkedText(const char* parameter, std::string text) {
+    if (text.find('\0') != text.npos)
+        throw py::value_error(std::string(parameter) + " has a null character, which shows nothing; leave it out");
+    return text;
 }
 
-Palette paletteOfBytes(std::string_view data) {
+Palette loadPalette(const Path& path) {
+    const std::string file = checkedText("path", path.value.string());
+    return {make<PaletteHandle>([&](auto** out) { return qzanno_palette_load(file.c_str(), out); })};
+}
+
+Palette paletteOfBytes(const Data& bytes) {
+    const std::string_view data = bytes.value;
     return {make<PaletteHandle>([&](auto** out) { return qzanno_palette_load_memory(data.data(), data.size(), out); })};
 }
 
@@ -28,9 +43,9 @@ std::vector<std::string> annotationsOf(const Palette& palette) {
     return names;
 }
 
-Fonts openFonts(const py::iterable& folders) {
+Fonts openFonts(const Argument<std::vector<std::filesystem::path>, "folders">& folders) {
     std::vector<std::string> paths;
-    for (const py::handle folder : folders) paths.push_back(folder.cast<std::filesystem::path>().string());
+    for (const std::filesystem::path& folder : folders.value) paths.push_back(folder.string());
     std::vector<const char*> pointers;
     for (const std::string& path : paths) pointers.push_back(path.c_str());
     // An empty list has no pointer of its own.
@@ -44,20 +59,28 @@ std::vector<std::string> problemsOf(const Fonts& fonts) {
     return problems;
 }
 
-Title newTitle(const std::string& text, const py::iterable& annotations) {
-    // A C string ends there, and the rest would be lost without a word.
-    if (text.find('\0') != text.npos)
-        throw py::value_error("the text has a null character, which shows nothing; leave it out");
-    Title title{make<TitleHandle>([&](auto** out) { return qzanno_title_new(text.c_str(), out); })};
-    for (const py::handle name : annotations)
-        check(qzanno_title_annotate_all(title.handle.get(), name.cast<std::string>().c_str()));
+Title titleOf(const std::string& text) {
+    return {make<TitleHandle>([&](auto** out) { return qzanno_title_new(text.c_str(), out); })};
+}
+
+Title newTitle(const Argument<std::string, "text">& text,
+               const Argument<std::vector<std::string>, "annotations">& annotations) {
+    Title title = titleOf(checkedText("text", text.value));
+    for (const std::string& name : annotations.value)
+        check(qzanno_title_annotate_all(title.handle.get(), checkedText("an annotation", name).c_str()));
     return title;
 }
 
-void annotate(Title& title, const std::string& annotation, py::ssize_t start, std::optional<py::ssize_t> stop) {
+// A copy, which may be annotated further.
+Title copyOf(const qzanno_title* title) {
+    return {make<TitleHandle>([&](auto** out) { return qzanno_title_copy(title, out); })};
+}
+
+void annotateRange(Title& title, const std::string& annotation, py::ssize_t start, std::optional<py::ssize_t> stop) {
     const std::string_view text = title.text();
     const auto length = static_cast<py::ssize_t>(charactersOf(text));
     const py::ssize_t end = stop.value_or(length);
+    checkedText("annotation", annotation);
     if (start < 0 || start > end || end > length)
         throw py::value_error("\"" + annotation + "\": characters " + std::to_string(start) + " to " +
                               std::to_string(end) + " are not within a text of " + std::to_string(length));
@@ -66,17 +89,45 @@ void annotate(Title& title, const std::string& annotation, py::ssize_t start, st
     check(qzanno_title_annotate(title.handle.get(), annotation.c_str(), first, last - first));
 }
 
-py::list spansOf(const Title& title) {
-    const py::object type = value("Span");
+void annotate(Title& title, const Argument<std::string, "annotation">& annotation,
+              const Argument<py::ssize_t, "start">& start, const Argument<std::optional<py::ssize_t>, "stop">& stop) {
+    annotateRange(title, annotation.value, start.value, stop.value);
+}
+
+/// An annotation, and the characters on which it holds.
+using SpanOf = std::tuple<std::string, py::ssize_t, py::ssize_t>;
+
+std::vector<SpanOf> spansOf(const Title& title) {
     const std::string_view text = title.text();
-    py::list spans;
+    std::vector<SpanOf> spans;
     qzanno_span span;
     for (size_t i = 0; i < qzanno_title_span_count(title.handle.get()); ++i) {
         check(qzanno_title_span(title.handle.get(), i, &span));
-        spans.append(type(span.annotation, charactersOf(text.substr(0, span.start)),
-                          charactersOf(text.substr(0, span.start + span.length))));
+        spans.emplace_back(span.annotation, charactersOf(text.substr(0, span.start)),
+                           charactersOf(text.substr(0, span.start + span.length)));
     }
     return spans;
+}
+
+py::list namedSpansOf(const Title& title) {
+    const py::object type = value("Span");
+    py::list spans;
+    for (const auto& [annotation, start, stop] : spansOf(title)) spans.append(type(annotation, start, stop));
+    return spans;
+}
+
+/// The order in which stretches were annotated shows nowhere.
+bool areEqual(const Title& a, const Title& b) {
+    auto spansOfA = spansOf(a), spansOfB = spansOf(b);
+    std::ranges::sort(spansOfA);
+    std::ranges::sort(spansOfB);
+    return a.text() == b.text() && spansOfA == spansOfB;
+}
+
+Title restored(const std::string& text, const std::vector<SpanOf>& spans) {
+    Title title = titleOf(text);
+    for (const auto& [annotation, start, stop] : spans) annotateRange(title, annotation, start, stop);
+    return title;
 }
 
 qzanno_looks looksNamed(const std::string& name) {
@@ -93,30 +144,47 @@ qzanno_caption_format formatNamed(const std::string& name) {
     throw py::value_error("format is \"srt\", \"vtt\" or \"ass\", not \"" + name + "\"");
 }
 
-Captions loadCaptions(const std::filesystem::path& path, const Palette& palette, const std::string& looks) {
-    const qzanno_looks which = looksNamed(looks);
+Captions loadCaptions(const Path& path, const OfPalette& palette, const LooksName& looks) {
+    const qzanno_looks which = looksNamed(looks.value);
+    const std::string file = checkedText("path", path.value.string());
     return {make<CaptionsHandle>(
-        [&](auto** out) { return qzanno_captions_load_looks(path.c_str(), palette.handle.get(), which, out); })};
+        [&](auto** out) { return qzanno_captions_load_looks(file.c_str(), palette.value->handle.get(), which, out); })};
 }
 
-Captions captionsOfBytes(std::string_view data, const std::string& format, const Palette& palette,
-                         const std::string& looks) {
-    const qzanno_caption_format kind = formatNamed(format);
-    const qzanno_looks which = looksNamed(looks);
+Captions captionsOfBytes(const Data& bytes, const Argument<std::string, "format">& format, const OfPalette& palette,
+                         const LooksName& looks) {
+    const qzanno_caption_format kind = formatNamed(format.value);
+    const qzanno_looks which = looksNamed(looks.value);
+    const std::string_view data = bytes.value;
     return {make<CaptionsHandle>([&](auto** out) {
-        return qzanno_captions_load_memory_looks(data.data(), data.size(), kind, palette.handle.get(), which, out);
+        return qzanno_captions_load_memory_looks(data.data(), data.size(), kind, palette.value->handle.get(), which,
+                                                 out);
     })};
 }
 
 py::object cueAt(const Captions& captions, py::ssize_t index) {
-    const auto count = static_cast<py::ssize_t>(qzanno_captions_count(captions.handle.get()));
-    if (index < 0) index += count;
-    if (index < 0 || index >= count) throw py::index_error("there are " + std::to_string(count) + " cues");
     qzanno_cue cue;
     check(qzanno_captions_cue(captions.handle.get(), static_cast<size_t>(index), &cue));
-    // A copy, which may be annotated further.
-    Title title{make<TitleHandle>([&](auto** out) { return qzanno_title_copy(cue.title, out); })};
-    return value("Cue")(cue.start, cue.end, cue.identifier, std::move(title));
+    return value("Cue")(cue.start, cue.end, cue.identifier, copyOf(cue.title));
+}
+
+py::object cuesAt(const Captions& captions, const py::object& index) {
+    const auto count = static_cast<py::ssize_t>(qzanno_captions_count(captions.handle.get()));
+    if (py::isinstance<py::slice>(index)) {
+        py::ssize_t start = 0, stop = 0, step = 0, length = 0;
+        if (!index.cast<py::slice>().compute(count, &start, &stop, &step, &length)) throw py::error_already_set();
+        py::list cues;
+        for (py::ssize_t i = 0; i < length; ++i) cues.append(cueAt(captions, start + i * step));
+        return cues;
+    }
+    if (!PyIndex_Check(index.ptr()))
+        throw py::type_error(std::string("captions indices must be integers or slices, not ") +
+                             Py_TYPE(index.ptr())->tp_name);
+    py::ssize_t number = PyNumber_AsSsize_t(index.ptr(), PyExc_IndexError);
+    if (number == -1 && PyErr_Occurred()) throw py::error_already_set();
+    if (number < 0) number += count;
+    if (number < 0 || number >= count) throw py::index_error("there are " + std::to_string(count) + " cues");
+    return cueAt(captions, number);
 }
 
 py::list problemsOf(const Captions& captions) {
@@ -168,8 +236,9 @@ void addTitles(py::module_& module) {
 
     py::class_<Title>(
         module, "Title", py::is_final(),
-        "A text and the names of annotations that hold on stretches of it. Goes with any palette that has those names.")
-        .def(py::init(&newTitle), "text"_a, "annotations"_a = py::tuple(),
+        "A text and the names of annotations that hold on stretches of it. Goes with any palette that has those names. "
+        "Titles compare, copy and pickle.")
+        .def(py::init(&newTitle), "text"_a, "annotations"_a = std::vector<std::string>(),
              "A text, whose lines are separated by line feeds, and annotations that hold on the whole of it.")
         .def("annotate", &annotate, "annotation"_a, "start"_a = 0, "stop"_a = py::none(),
              "Lets an annotation hold from the character `start` up to `stop`, by default on the whole text. One that "
@@ -177,7 +246,14 @@ void addTitles(py::module_& module) {
              "whole text also gives the title margins, place and box. Raises ValueError for what is not within the "
              "text.")
         .def_property_readonly("text", &Title::text)
-        .def_property_readonly("spans", &spansOf, "A Span for each stretch, in the order in which they were made.")
+        .def_property_readonly("spans", &namedSpansOf, "A Span for each stretch, in the order in which they were made.")
+        .def("__eq__", &areEqual, py::is_operator(), "Whether text and stretches are equal.")
+        .def("__copy__", [](const Title& title) { return copyOf(title.handle.get()); })
+        .def("__deepcopy__", [](const Title& title, const py::object&) { return copyOf(title.handle.get()); })
+        .def(py::pickle([](const Title& title) { return py::make_tuple(std::string(title.text()), spansOf(title)); },
+                        [](const py::tuple& state) {
+                            return restored(state[0].cast<std::string>(), state[1].cast<std::vector<SpanOf>>());
+                        }))
         .def("__repr__",
              [](const Title& title) { return "Title(" + py::repr(py::str(title.text())).cast<std::string>() + ")"; });
 
@@ -191,7 +267,7 @@ void addTitles(py::module_& module) {
         .def_static("from_bytes", &captionsOfBytes, "data"_a, "format"_a, "palette"_a, py::kw_only(),
                     "looks"_a = "both", "The same of what such a file holds.")
         .def("__len__", [](const Captions& captions) { return qzanno_captions_count(captions.handle.get()); })
-        .def("__getitem__", &cueAt, "index"_a)
+        .def("__getitem__", &cuesAt, "index"_a, "A Cue, or a list of them for a slice.")
         .def_property_readonly("problems", py::overload_cast<const Captions&>(&problemsOf),
                                "A Problem for each mark that adds nothing, or is not in the format's form.");
 }

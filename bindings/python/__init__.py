@@ -45,6 +45,11 @@ Palettes, fonts and captions may be used by any number of threads. A renderer se
 one each render at the same time, since the interpreter is let go meanwhile.
 """
 
+try:
+    import numpy as _numpy  # noqa: F401
+except ImportError:
+    raise ImportError("qzanno draws into arrays of NumPy, which is not installed; install numpy, Debian's python3-numpy") from None
+
 from ._qzanno import (
     AnnotationError,
     Captions,

@@ -4,8 +4,10 @@ Usage, from the root of the tree with the module on PYTHONPATH: test_python.py Q
 """
 
 import ast
+import copy
 import doctest
 import pathlib
+import pickle
 import subprocess
 import sys
 import tempfile
@@ -103,19 +105,51 @@ class PythonModule(unittest.TestCase):
         items = self.renderer.report(lacking)
         self.assertIn(("glyph missing", 6, 7), [item[:3] for item in items])
 
-    def test_errors_have_their_kind(self):
+    def test_errors_have_their_kind_and_name_what_was_passed(self):
+        captions = qzanno.Captions.load(EXAMPLES / "captions.srt", self.palette)
         cases = [
-            (qzanno.FormatError, lambda: qzanno.Palette.from_bytes(b"<plist>")),
-            (OSError, lambda: qzanno.Fonts(["no/such/folder"])),
-            (qzanno.AnnotationError, lambda: self.renderer.render(qzanno.Title("x", annotations=["Nobody"]))),
-            (ValueError, lambda: qzanno.Title("a\0b")),
-            (ValueError, lambda: qzanno.Renderer(self.palette, language="?")),
-            (ValueError, lambda: qzanno.Renderer(self.palette, screen=(float("nan"), 1))),
-            (ValueError, lambda: self.renderer.render(self.title, alpha="none")),
+            (qzanno.FormatError, "", lambda: qzanno.Palette.from_bytes(b"<plist>")),
+            (OSError, "no/such/folder", lambda: qzanno.Fonts(["no/such/folder"])),
+            (qzanno.AnnotationError, "Nobody", lambda: self.renderer.render(qzanno.Title("x", annotations=["Nobody"]))),
+            (ValueError, "text has a null", lambda: qzanno.Title("a\0b")),
+            (ValueError, "language", lambda: qzanno.Renderer(self.palette, language="?")),
+            (ValueError, "screen", lambda: qzanno.Renderer(self.palette, screen=(float("nan"), 1))),
+            (ValueError, "alpha", lambda: self.renderer.render(self.title, alpha="none")),
+            (ValueError, "frame is of 2 x 3 pixels, the picture of 320 x 180",
+             lambda: self.renderer.composite(self.title, numpy.zeros((3, 2, 4), numpy.uint8))),
+            (IndexError, "there are 4 cues", lambda: captions[4]),
+            (TypeError, "indices must be integers or slices, not str", lambda: captions["1"]),
+            (TypeError, "'text' must be str, not int", lambda: qzanno.Title(5)),
+            (TypeError, "'text' must be str that", lambda: qzanno.Title("\ud800")),
+            (TypeError, "'annotations' must be an iterable of str, not str", lambda: qzanno.Title("x", "Role")),
+            (TypeError, "'annotations' must be an iterable of str alone", lambda: qzanno.Title("x", [1])),
+            (TypeError, "'start' must be int, not str", lambda: self.title.annotate("Role", "1")),
+            (TypeError, "'palette' must be qzanno.Palette, not NoneType", lambda: qzanno.Renderer(None)),
+            (TypeError, "'data' must be bytes, not str", lambda: qzanno.Palette.from_bytes("x")),
         ]
-        for error, call in cases:
-            with self.subTest(error), self.assertRaises(error):
+        for error, message, call in cases:
+            with self.subTest(message), self.assertRaisesRegex(error, message):
                 call()
+        program = "import sys; sys.modules['numpy'] = None; import qzanno"
+        without = subprocess.run([sys.executable, "-c", program], capture_output=True, text=True)
+        self.assertRegex(without.stderr, r"\nImportError: qzanno .* NumPy, .*\n$")
+        self.assertEqual(without.stderr.count("Error"), 2, "the line, and its own place in the module")
+
+    def test_titles_compare_copy_and_pickle_and_captions_slice(self):
+        captions = qzanno.Captions.load(EXAMPLES / "captions.srt", self.palette)
+        self.assertEqual(captions[-2:], [captions[2], captions[3]])
+        self.assertEqual(captions[::2][1].start, captions[2].start)
+        title = qzanno.Title("Zoë 😀 字幕", annotations=(name for name in ["Lower Third"]))
+        title.annotate("Role", 4, 5)
+        other = qzanno.Title(title.text)
+        other.annotate("Role", 4, 5)
+        self.assertNotEqual(title, other)
+        other.annotate("Lower Third")
+        for same in (other, copy.copy(title), copy.deepcopy(title), pickle.loads(pickle.dumps(title))):
+            self.assertEqual(same, title)
+            same.annotate("Role", 0, 1)
+            self.assertNotEqual(same, title)
+        self.assertNotEqual(title, title.text)
 
     def test_interpreter_is_let_go_while_rendering(self):
         ticks = [0]
