@@ -88,8 +88,10 @@ private:
     void compareQuery(const Pair& pair, uint32_t index, size_t k, Range within) {
         Range run{77, 77};
         const bool holds = pair.string->annotation(keys()[k], index, &run, within);
+        Range runOfAll{77, 77};
+        const Ref<NSSet> all = pair.string->annotationsAtIndex(index, &runOfAll, within);
         if (within.end() > pair.model.size() || !within.contains(index)) {
-            input_.require(!holds && run == Range{77, 77}, "a query outside is refused");
+            input_.require(!holds && !all && run == Range{77, 77} && runOfAll == run, "a query outside is refused");
             return;
         }
         uint32_t start = index, end = index;
@@ -97,6 +99,13 @@ private:
         while (end < within.end() && pair.model[end].holds[k] == pair.model[index].holds[k]) ++end;
         input_.require(holds == pair.model[index].holds[k] && run == Range{start, end - start},
                        "a query finds the model's run");
+        for (start = end = index; start > within.location && pair.model[start - 1].holds == pair.model[index].holds;)
+            --start;
+        while (end < within.end() && pair.model[end].holds == pair.model[index].holds) ++end;
+        input_.require(runOfAll == Range{start, end - start}, "a query of all keys finds where none changes");
+        for (size_t each = 0; each < kKeys; ++each)
+            input_.require(all->containsObject(*keys()[each]) == pair.model[index].holds[each],
+                           "a query finds the keys");
     }
 
     /// An edit of the text itself; nothing when it is to be refused.

@@ -61,17 +61,6 @@ TEST(QzAnnoBits, RangesThatCannotBeHeldChangeNothing) {
     EXPECT_EQ(bits->size(), 1024u);
 }
 
-TEST(QzAnnoBits, RunWithinATextIsClippedOrContinuedToItsEnd) {
-    const Ref<QzAnnoBits> bits = QzAnnoBits::initWithBytes("0011");
-    Range run;
-    EXPECT_TRUE(bits->getValueAtIndex(2, &run, 3));
-    EXPECT_EQ(run, (Range{2, 1}));
-    EXPECT_TRUE(bits->getValueAtIndex(2, &run, 5000));
-    EXPECT_EQ(run, (Range{2, 4998}));
-    EXPECT_FALSE(bits->getValueAtIndex(1, &run, 5000));
-    EXPECT_EQ(run, (Range{0, 2}));
-}
-
 /// The rules of a bit set, one byte at a time.
 struct SlowBits {
     std::string row;

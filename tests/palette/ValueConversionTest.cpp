@@ -104,13 +104,5 @@ TEST(ValueConversionTest, HostileComponentsStayWithinTheirRange) {
     EXPECT_EQ(color->alphaComponent(), 0) << "a missing component is 0";
 }
 
-TEST(ValueConversionTest, PropertyListValuesPassUnchangedAndOthersHaveNoForm) {
-    const Ref<NSObject> kept[] = {"text"_ns,      real(1),        NSArray::arrayWithObjects({NSColor::blackColor()}),
-                                  dictionary({}), NSData::data(), NSDate::dateWithTimeIntervalSinceReferenceDate(0)};
-    for (const Ref<NSObject>& value : kept) EXPECT_EQ(dehydrate(value), value);
-    EXPECT_FALSE(dehydrate(NSSet::set()));
-    EXPECT_FALSE(dehydrate({}));
-}
-
 }  // namespace
 }  // namespace qz
