@@ -153,6 +153,7 @@ void QzAnnoEditor::set(const std::string& field, const Ref<NSObject>& value) {
 
 void QzAnnoEditor::setByUser(const std::string& field, const Ref<NSObject>& value) {
     set(field, value);
+    hasChanges_ = true;
     if (field != "en_margins" && field != "en_boundingmargins") return;
     willChangeValueForKey(kPlaceNote);
     didChangeValueForKey(kPlaceNote);
@@ -182,6 +183,7 @@ void QzAnnoEditor::requestScreenSize() {
 
 void QzAnnoEditor::copyFromAnno() {
     requestScreenSize();
+    hasChanges_ = false;
     forEachField([this](const std::string& key) { willChangeValueForKey(key); });
     willChangeValueForKey(kPlaceNote);
     setFieldsToDefaults();
@@ -381,6 +383,7 @@ void QzAnnoEditor::applyAnno(const Ref<QzAnno>& anno) {
 
 void QzAnnoEditor::apply(const Ref<NSObject>& /*sender*/) {
     applyAnno(copyToAnno());
+    hasChanges_ = false;
 }
 
 void QzAnnoEditor::revert(const Ref<NSObject>& /*sender*/) {

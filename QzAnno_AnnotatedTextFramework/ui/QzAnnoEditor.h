@@ -64,6 +64,8 @@ public:
     void setAnno(const Ref<const QzAnno>& anno);
     /// From `setAnno` on until the panel closes. Meanwhile the panel's title names the annotation.
     bool isEditing() const { return editing_; }
+    /// Whether the user has changed a field since the fields were last filled or applied.
+    bool hasChanges() const { return editing_ && hasChanges_; }
     /// Turns to the page of that label; false when there is none.
     bool showPage(const Ref<NSString>& label);
     /// What the pages are called, from the top.
@@ -136,6 +138,7 @@ private:
 
     Outlets outlets_;
     bool editing_ = false;
+    bool hasChanges_ = false;
     Ref<QzAnno> originalAnno_;
     Ref<NSString> origannoname_;
     // Every field and flag by its name.

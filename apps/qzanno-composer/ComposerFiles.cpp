@@ -197,7 +197,18 @@ bool ComposerWindow::savePicture(const std::string& path) {
 
 // Unsaved changes
 
+bool ComposerWindow::mayLeaveEditor() {
+    const auto& editor = QzAnnotationManager::sharedAnnotationManager()->editor();
+    if (!editor || !editor->hasChanges()) return true;
+    const int answer =
+        QMessageBox::warning(this, "QzAnno Composer", "The annotation in the editor has changes that are not applied.",
+                             QMessageBox::Apply | QMessageBox::Discard | QMessageBox::Cancel);
+    if (answer == QMessageBox::Apply) editor->apply({});
+    return answer != QMessageBox::Cancel;
+}
+
 bool ComposerWindow::mayLeave(bool titles, bool palette) {
+    if (palette && !mayLeaveEditor()) return false;
     const auto ask = [this](const char* what) {
         return QMessageBox::warning(this, "QzAnno Composer", QString("%1 changes that are not saved.").arg(what),
                                     QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);

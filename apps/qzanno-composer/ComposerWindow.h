@@ -74,6 +74,7 @@ private:
     void takeTime(size_t title, bool isEnd, const QString& text);
     /// False when the user wants to stay. Asks nothing when nothing of that is edited.
     bool mayLeave(bool titles, bool palette);
+    bool mayLeaveEditor();
     void writeRecovery();
 
     const Ref<TitleDocument> document_;

@@ -346,6 +346,10 @@ TEST_F(Composer, asksBeforeAnythingIsLost) {
     test::giveAttributes(*document->palette(), document->palette()->lookupAnno(keyOf("Role")),
                          {{QzFontSizeAttribute, test::number(90)}});
     EXPECT_TRUE(window.isWindowModified());
+    manager->editor()->setAnno(document->palette()->lookupAnno(keyOf("Role")));
+    manager->editor()->setValue("Part"_ns, "annoname");
+    EXPECT_THAT(answering("Cancel", [&] { EXPECT_FALSE(window.close()); }), HasSubstr("not applied"));
+    manager->editor()->close();
     EXPECT_THAT(answering("Discard", [&] { EXPECT_TRUE(window.close()); }), HasSubstr("palette"));
     const std::string saved(readFile(captions, nullptr)->view());
     EXPECT_THAT(saved, HasSubstr("NOTE Rendered by"));
