@@ -23,7 +23,7 @@ constexpr const char* kNameProperty = "frameAutosaveName";
 // Covering bare screen is free; a document is worth less than another panel, and menus must stay within reach.
 constexpr double kDocumentWeight = 1, kFocusWeight = 2, kPanelWeight = 6, kMenuWeight = 20;
 // The panel that another one serves is worked in at the same time.
-constexpr double kServedPanelWeight = 20;
+constexpr double kServedPanelWeight = 15;
 
 /// Whether the window can be seen, is reached by its title, and is no larger than the screen.
 bool isOnScreens(const QRect& frame) {
@@ -136,22 +136,32 @@ std::vector<Occupied> occupiedBeside(const QWidget& panel, const QWidget* served
     return occupied;
 }
 
-/// Gives the panel its place, with the border that the desktop is about to draw around it.
+/// Gives the panel its place, with the border that the desktop is about to draw around it. Too large to leave menus and
+/// panels clear, it is cut to the room below those and beside these.
 void place(QWidget& panel, const QWidget* served) {
     const QRect available = (served ? served : &panel)->screen()->availableGeometry();
     const QMargins border = borderOf(served ? *served : panel);
     const QRect around = served ? outside(*served) : available;
+    const std::vector<Occupied> occupied = occupiedBeside(panel, served);
     const auto placeWithin = [&](QSize within) {
         const QSize wanted = panel.testAttribute(Qt::WA_Resized) ? panel.size() : panel.sizeHint();
         panel.resize(wanted.boundedTo(within.shrunkBy(border)).expandedTo(panel.minimumSizeHint()));
-        panel.move(placeCoveringLeast(panel.size().grownBy(border), available, occupiedBeside(panel, served),
-                                      QPoint(around.right(), around.center().y())));
+        const QSize frame = panel.size().grownBy(border);
+        panel.move(placeCoveringLeast(frame, available, occupied, QPoint(around.right(), around.center().y())));
+        return QRect(panel.pos(), frame);
     };
-    placeWithin(available.size());
-    const QRect menus = served ? menusOf(*served->window()) : QRect();
-    // Too high for the screen, the panel is cut to what is left below the menus.
-    if (QRect(panel.pos(), panel.size().grownBy(border)).intersects(menus))
-        placeWithin({available.width(), available.bottom() - menus.bottom()});
+    const QRect wanted = placeWithin(available.size());
+    QSize room = available.size();
+    for (const Occupied& each : occupied) {
+        if (each.weight < kPanelWeight || !each.rect.intersects(wanted)) continue;
+        if (each.weight == kMenuWeight)
+            room.setHeight(std::min(room.height(), available.bottom() - each.rect.bottom()));
+        else
+            room.setWidth(
+                std::min(room.width(),
+                         std::max(each.rect.left() - available.left(), available.right() - each.rect.right()) - kGap));
+    }
+    if (room != available.size()) placeWithin(room);
 }
 
 }  // namespace
