@@ -5,6 +5,7 @@
 #include <QPushButton>
 #include <QWidget>
 #include <QWindow>
+#include <algorithm>
 
 #include "platform/ui/NSApplication.h"
 #include "platform/ui/QtValues.h"
@@ -56,15 +57,15 @@ private:
         return true;
     }
 
-    /// Clicks the default button, as in a dialog.
+    /// As in a dialog, clicks the button that has the keys, or else the default one.
     bool handleReturn(const QKeyEvent& event) {
         if (event.key() != Qt::Key_Return && event.key() != Qt::Key_Enter) return false;
-        for (QPushButton* button : window_.widget()->findChildren<QPushButton*>()) {
-            if (!button->isDefault()) continue;
-            button->click();
-            return true;
-        }
-        return false;
+        const auto buttons = window_.widget()->findChildren<QPushButton*>();
+        const auto byDefault = std::ranges::find_if(buttons, &QPushButton::isDefault);
+        if (byDefault == buttons.end()) return false;
+        auto* focused = qobject_cast<QPushButton*>(window_.widget()->focusWidget());
+        (focused ? focused : *byDefault)->click();
+        return true;
     }
 
     bool handleUndo(QKeyEvent& event) {

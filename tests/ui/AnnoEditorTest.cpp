@@ -177,6 +177,11 @@ TEST_F(AnnoEditor, isUsedByKeysAsADialogIs) {
         EXPECT_FALSE(anno(0)->attribute(*QzFontSizeAttribute));
     }
     EXPECT_TRUE(newIsOn());
+    editor().setAnno(anno(0));
+    editor().setValue("B"_ns, "annoname");
+    control<QWidget>("cancelButton")->setFocus();
+    QTest::keyClick(control<QWidget>("cancelButton"), Qt::Key_Return);
+    EXPECT_EQ(keys[0]->name()->utf8(), "A") << "Return clicks the button that has the keys";
     for (const auto& [type, shown] : {std::pair(0, "None"), {1, "Outline"}, {2, "Filled"}, {7, "7"}}) {
         give(0, {{QzTextBoundingBoxAppearanceAttribute, QzBBoxInfo::qzbbWithColor(test::rgba(0, 1, 0), type)}});
         editor().setAnno(anno(0));
