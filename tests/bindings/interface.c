@@ -1,15 +1,12 @@
-/* The C interface as a C99 program uses it: what it refuses and says, and the pictures of a caption file, which it writes as raw
-   premultiplied pixels for the caller to compare with those of the command line.
+/* The C interface as a C99 program uses it: what it refuses and says. The programs of examples/host draw by it.
 
-   Usage: c_interface PALETTE CAPTIONS FRAMES */
+   Usage: c_interface PALETTE */
 
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
 #include <qzanno.h>
-
-enum { WIDTH = 640, HEIGHT = 360 };
 
 static int faults = 0;
 
@@ -76,39 +73,9 @@ static void check_refusals(const qzanno_palette *palette) {
     qzanno_title_free(NULL);
 }
 
-static void write_frames(const qzanno_palette *palette, const char *captions_path, FILE *frames) {
-    qzanno_captions *captions = NULL;
-    qzanno_renderer *renderer = NULL;
-    uint8_t *pixels = malloc((size_t)4 * WIDTH * HEIGHT);
-    qzanno_buffer buffer = {NULL, WIDTH, HEIGHT, 0};
-    size_t i;
-    double last_start = -1;
-
-    buffer.pixels = pixels;
-    expect(qzanno_captions_load(captions_path, palette, &captions) == QZANNO_OK, "captions are read");
-    expect(qzanno_captions_count(captions) > 1, "there are captions");
-    expect(qzanno_renderer_new(palette, &renderer) == QZANNO_OK, "a renderer is made");
-    expect(qzanno_renderer_set_screen(renderer, 1920, 1080, WIDTH, HEIGHT) == QZANNO_OK, "a screen is set");
-    for (i = 0; i < qzanno_captions_count(captions) && faults == 0; ++i) {
-        qzanno_cue cue;
-        expect(qzanno_captions_cue(captions, i, &cue) == QZANNO_OK && cue.end > cue.start && cue.start > last_start,
-               "cues have times in order");
-        last_start = cue.start;
-        expect(qzanno_renderer_set_title(renderer, cue.title) == QZANNO_OK, "a title is set");
-        memset(pixels, 0xAA, (size_t)4 * WIDTH * HEIGHT);
-        expect(qzanno_renderer_render(renderer, QZANNO_AREA_SCREEN, QZANNO_ALPHA_PREMULTIPLIED, &buffer, NULL) == QZANNO_OK,
-               "a title is rendered");
-        expect(fwrite(pixels, (size_t)4 * WIDTH * HEIGHT, 1, frames) == 1, "a frame is written");
-    }
-    qzanno_renderer_free(renderer);
-    qzanno_captions_free(captions);
-    free(pixels);
-}
-
 int main(int argc, char **argv) {
     qzanno_palette *palette = NULL;
-    FILE *frames;
-    if (argc != 4) return 2;
+    if (argc != 2) return 2;
     expect(strcmp(qzanno_last_error(), "") == 0, "no call has failed yet");
     if (qzanno_palette_load(argv[1], &palette) != QZANNO_OK) {
         fprintf(stderr, "%s\n", qzanno_last_error());
@@ -118,10 +85,6 @@ int main(int argc, char **argv) {
                qzanno_palette_annotation_name(palette, qzanno_palette_annotation_count(palette)) == NULL,
            "a palette names its annotations");
     check_refusals(palette);
-    frames = fopen(argv[3], "wb");
-    if (frames == NULL) return 1;
-    write_frames(palette, argv[2], frames);
-    if (fclose(frames) != 0) return 1;
     qzanno_palette_free(palette);
     return faults == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }
