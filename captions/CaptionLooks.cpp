@@ -39,9 +39,8 @@ Ref<QzAnnoKey> CaptionLooks::keyOf(const CaptionLook& look) {
     const auto [entry, isNew] = keys_.try_emplace(look.identity());
     if (!isNew) return entry->second;
     // What an editor can undo is not touched.
-    palette_->undoManager()->disableUndoRegistration();
+    const NSUndoManager::Pause pause(palette_->undoManager());
     entry->second = makeAnno(look);
-    palette_->undoManager()->enableUndoRegistration();
     if (entry->second) looks_.emplace(entry->second.get(), std::make_shared<const CaptionLook>(look));
     return entry->second;
 }

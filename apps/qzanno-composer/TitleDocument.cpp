@@ -303,12 +303,11 @@ void TitleDocument::joinLooks(const Ref<QzAnnoPalette>& palette) {
 
 /// Looks of the former titles' file leave the palette, unless somebody has made something of them.
 void TitleDocument::removeLooks() {
-    undo_->disableUndoRegistration();
+    const NSUndoManager::Pause pause(undo_);
     for (const auto& [key, attributes] : std::exchange(joined_, {})) {
         const bool isAsItJoined = palette_->contains(key) && palette_->lookupAnno(key)->allAttributes() == attributes;
         if (isAsItJoined) palette_->removeAnno(key);
     }
-    undo_->enableUndoRegistration();
 }
 
 void TitleDocument::exchangePalette(const Ref<QzAnnoPalette>& palette, const std::string& file,

@@ -23,7 +23,7 @@ void NSUndoManager::InvocationTarget::invoke(std::function<void()> call) const {
 }
 
 NSUndoManager::InvocationTarget NSUndoManager::prepareWithInvocationTarget(const NSObject& target) {
-    return isUndoRegistrationEnabled() ? InvocationTarget(*this, target) : InvocationTarget();
+    return pauses_ == 0 ? InvocationTarget(*this, target) : InvocationTarget();
 }
 
 void NSUndoManager::registerAction(Action action) {
@@ -179,7 +179,7 @@ bool NSUndoManager::isRedoing() const {
 }
 
 void NSUndoManager::setActionName(std::string name) {
-    if (!isUndoRegistrationEnabled()) return;
+    if (pauses_ > 0) return;
     if (!open_.empty())
         open_.back().name = std::move(name);
     else if (lastGroupTakesName_)

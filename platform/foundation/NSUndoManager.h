@@ -4,6 +4,7 @@
 #include <functional>
 #include <list>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/foundation/NSString.h"
@@ -54,12 +55,18 @@ public:
     /// Drops every call; open groups stay open, without their names.
     void removeAllActions();
 
-    /// Between these two, which nest, nothing is recorded and no group is named.
-    ///@{
-    void disableUndoRegistration() { ++disabled_; }
-    void enableUndoRegistration() { disabled_ -= disabled_ > 0; }
-    ///@}
-    bool isUndoRegistrationEnabled() const { return disabled_ == 0; }
+    /// As long as it lives, the manager records nothing and names no group. Pauses nest.
+    class Pause {
+    public:
+        /// Keeps the manager alive meanwhile.
+        explicit Pause(Ref<NSUndoManager> manager) : manager_(std::move(manager)) { ++manager_->pauses_; }
+        ~Pause() { --manager_->pauses_; }
+        Pause(const Pause&) = delete;
+        Pause& operator=(const Pause&) = delete;
+
+    private:
+        const Ref<NSUndoManager> manager_;
+    };
 
     /// Opens a group inside the innermost open one, if there is one.
     void beginUndoGrouping();
@@ -130,7 +137,7 @@ private:
     Group playing_;
     Activity activity_ = Activity::recording;
     bool groupsByEvent_ = true;
-    uint32_t disabled_ = 0;
+    uint32_t pauses_ = 0;
     bool eventGroupIsOpen_ = false;
     // Whether `undo_` ends with an inverse that is a group of its own, until something else begins.
     bool lastGroupTakesName_ = false;
