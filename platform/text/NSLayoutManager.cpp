@@ -281,14 +281,11 @@ void NSLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint)
     if (!context) return;
     const Ref<NSColor> formerColor = context->color();
     const std::vector<TextRule> rules = joinedRules(textRulesForGlyphRange(glyphRange, atPoint));
-    const auto drawRules = [&](bool areBelow) {
-        for (const TextRule& rule : rules) {
-            if (rule.isBelow != areBelow) continue;
-            context->setColor(rule.color);
-            context->fill(NSBezierPath::bezierPathWithRect(rule.rect));
-        }
-    };
-    drawRules(true);
+    if (!rules.empty()) {
+        drawGlyphsWithRules(*context, glyphRange, atPoint, rules);
+        context->setColor(formerColor);
+        return;
+    }
     std::vector<GlyphAtPlace> alike;
     bool isSilhouette = false;
     const auto drawAlike = [&] {
@@ -305,8 +302,40 @@ void NSLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint)
         alike.push_back(glyph);
     });
     drawAlike();
-    drawRules(false);
     context->setColor(formerColor);
+}
+
+void NSLayoutManager::drawGlyphsWithRules(NSGraphicsContext& context, Range glyphRange, NSPoint atPoint,
+                                          const std::vector<TextRule>& rules) const {
+    struct Look {
+        Ref<NSColor> color;
+        bool isSilhouette;
+        std::vector<GlyphAtPlace> glyphs;
+        std::vector<NSRect> rules;
+    };
+    std::vector<Look> looks;
+    const auto lookOf = [&](const Ref<NSColor>& color, std::optional<bool> isSilhouette) -> Look& {
+        const auto found = std::ranges::find_if(looks, [&](const Look& look) {
+            return look.isSilhouette == isSilhouette.value_or(look.isSilhouette) && look.color->isEqual(*color);
+        });
+        if (found != looks.end()) return *found;
+        looks.push_back({color, isSilhouette.value_or(false), {}, {}});
+        return looks.back();
+    };
+    visitShownGlyphs(glyphRange, atPoint, [&](const GlyphAtPlace& glyph, const RunAppearance& run) {
+        lookOf(run.color, run.isSilhouette).glyphs.push_back(glyph);
+    });
+    for (const TextRule& rule : rules) lookOf(rule.color, std::nullopt).rules.push_back(rule.rect);
+    // Laid down as one, since a translucent colour would show where a rule crosses its letters.
+    const bool gathers = !context.isGathering();
+    for (const Look& look : looks) {
+        context.setColor(look.color);
+        if (gathers) context.beginGathering();
+        for (const NSRect& rule : look.rules) context.fill(NSBezierPath::bezierPathWithRect(rule));
+        const auto draw = look.isSilhouette ? fillGlyphs : drawGlyphs;
+        draw(context, look.glyphs, *glyphCache_);
+        if (gathers) context.endGathering();
+    }
 }
 
 }  // namespace qz

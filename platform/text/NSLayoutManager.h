@@ -15,6 +15,7 @@
 
 namespace qz {
 
+class NSGraphicsContext;
 class TemporaryAttributes;
 struct GlyphAtPlace;
 struct PlacedGlyph;
@@ -153,6 +154,8 @@ private:
     std::optional<size_t> indexOfContainer(const NSTextContainer& container) const;
     const PlacedGlyph* madeGlyph(uint32_t glyphIndex) const;
     RunAppearance appearanceAt(const NSTextStorage& text, uint32_t character) const;
+    void drawGlyphsWithRules(NSGraphicsContext& context, Range glyphRange, NSPoint atPoint,
+                             const std::vector<TextRule>& rules) const;
     template <class Visit>
     void visitShownGlyphs(Range glyphRange, NSPoint atPoint, const Visit& visit) const;
 

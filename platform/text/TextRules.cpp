@@ -1,6 +1,8 @@
 #include "platform/text/TextRules.h"
 
 #include <algorithm>
+#include <cmath>
+#include <span>
 
 #include "platform/text/AttributeNames.h"
 #include "platform/text/RunAppearance.h"

@@ -20,7 +20,7 @@ struct TextRuleKinds {
 /// A piece of a rule under text or through it, as far as one run of attributes goes in one line.
 struct TextRule {
     NSRect rect;            ///< what it covers, in the space that the glyphs are drawn in
-    bool isBelow = false;   ///< under the text, where glyphs are drawn over it; else through the text, over the glyphs
+    bool isBelow = false;   ///< under the text; else through it
     Ref<NSColor> color;     ///< of the text
     Range characters = {};  ///< the text that it belongs to
 };

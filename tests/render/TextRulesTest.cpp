@@ -137,6 +137,14 @@ TEST_F(TextRulesTest, LayersFollowThemHoweverTheyAreDrawn) {
     }
 }
 
+TEST_F(TextRulesTest, AreOneWithTranslucentLetters) {
+    const auto bitmap = drawText("gypsy \u65E5", {{QzTextColorAttribute, rgba(1, 1, 1, 0.5f)},
+                                                  {QzUnderlineAttribute, integer(1)},
+                                                  {QzStrikeThroughAttribute, integer(1)}});
+    EXPECT_EQ(boxOf(*bitmap, [](Pixel p) { return p.alpha > 128; }), PixelBox{}) << "where they cross";
+    EXPECT_GT(boxOf(*bitmap, [](Pixel p) { return p.alpha == 128; }).width(), 100);
+}
+
 TEST_F(TextRulesTest, AreReportedWhereThePictureEndsAndNotUnderHangingBlanks) {
     Attributes attributes = kUnderlined;
     attributes.emplace_back(QzBoundingMarginsAttribute, margins(0, 100, 0, -9));

@@ -121,17 +121,5 @@ TEST(Shaping, aWordThatIsCutKeepsItsJoinedForms) {
     for (uint32_t i = 0; i < 7; ++i) EXPECT_EQ(cut.manager->glyphAtIndex(i), whole.manager->glyphAtIndex(i));
 }
 
-TEST(GlyphMapping, loneSurrogatesAndControlsHaveGlyphs) {
-    std::u16string text = u"a";
-    text += {char16_t(0xD800), u'b', char16_t(0xDC00), u'\0', u'\x1b', char16_t(0xD83D)};
-    const TextSystem system(*NSAttributedString::initWithString(NSString::stringWithCharacters(text), textAttributes()),
-                            {30, 0});
-    EXPECT_EQ(system.manager->glyphRangeForCharacterRange({0, 7}), (Range{0, system.manager->numberOfGlyphs()}));
-    for (uint32_t i = 4; i <= 5; ++i) {
-        const uint32_t glyph = system.manager->glyphRangeForCharacterRange({i, 1}).location;
-        EXPECT_TRUE(system.manager->notShownAttributeForGlyphAtIndex(glyph)) << "controls are not drawn as boxes";
-    }
-}
-
 }  // namespace
 }  // namespace qz

@@ -1,7 +1,5 @@
 // Characters, glyphs and places of the sample lines of all scripts, whole and broken.
 
-#include <map>
-
 #include <gmock/gmock.h>
 #include <unicode/ubrk.h>
 #include <unicode/uchar.h>
