@@ -30,11 +30,16 @@ bool isArchive(const NSData& data) {
 }
 
 Ref<NSData> dataOfPalette(const Ref<QzAnnoPalette>& palette, std::string_view fileName, std::string* errorDescription) {
+    if (!palette) {
+        if (errorDescription) *errorDescription = "there is no palette to write";
+        return {};
+    }
     return fileName.ends_with(".annopalette") ? NSArchiver::archivedDataWithRootObject(palette, errorDescription)
                                               : palette->pListData(errorDescription);
 }
 
 Ref<QzAnnoPalette> paletteFromData(const Ref<NSData>& data, std::string* errorDescription) {
+    if (!data) return {};
     if (!isArchive(*data)) return QzAnnoPalette::paletteFromPListData(*data, errorDescription);
     std::string reason;
     Ref<QzAnnoPalette> palette = paletteOfArchive(data, reason);

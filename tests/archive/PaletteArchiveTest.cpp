@@ -81,6 +81,7 @@ TEST(PaletteArchive, AFileIsReadByWhatItHoldsAndWrittenByItsName) {
         {NSData::dataWithBytes(std::string_view(later)), "holds no palette of a version that can be read"},
         {NSData::dataWithBytes(NSArchiver::archivedDataWithRootObject(palette)->view().substr(0, 60)), "byte "},
         {NSData::dataWithBytes(std::string_view("palette")), "no well-formed XML"},
+        {{}, ""},
     };
     for (const auto& [data, expected] : others) {
         std::string error;

@@ -3,11 +3,7 @@
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
 #include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
 #include "QzAnno_AnnotatedTextFramework/palette/ValueConversion.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSData.h"
-#include "platform/foundation/NSDate.h"
 #include "platform/foundation/NSNumber.h"
-#include "platform/foundation/NSSet.h"
 #include "platform/graphics/NSColor.h"
 
 namespace qz {
