@@ -231,7 +231,8 @@ QzAnnoPalette::NoNotification::~NoNotification() {
         palette_->post(QzAnnoPaletteLoaded);
     } catch (...) {
         // The scope may be ending with an exception already, and the changes stand whatever an observer makes of them.
-        NSStandardError("An observer of QzAnnoPaletteLoaded has thrown\n");
+        // Written past the hooks, which take memory.
+        writeToStandardError("An observer of QzAnnoPaletteLoaded has thrown\n");
     }
 }
 

@@ -45,7 +45,7 @@ std::string labelled(const char* label, const Ref<NSObject>& value) {
 
 /// The word of a flag, with a "not" where it is off; empty where it is not set.
 std::string flagText(const char* word, const NSDictionary& attributes, const NSString& name) {
-    const auto flag = attributes.objectForKey<NSNumber>(name);
+    const auto flag = numberFrom(attributes.objectForKey(name));
     return !flag ? std::string() : flag->boolValue() ? word : std::string("not ") + word;
 }
 
