@@ -17,6 +17,7 @@
 #include <QTableView>
 #include <QTimer>
 #include <QTreeWidget>
+#include <set>
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -295,23 +296,16 @@ TEST_F(Composer, takesBackStepByStepWhereverTheyWereMade) {
 
 TEST_F(Composer, showsSafeAreasWhereTheyAreByTheStandard) {
     const QImage picture = exported();
-    const auto grab = [&] {
-        QApplication::processEvents();
-        return window.textWidget()->grab().toImage();
-    };
     window.textWidget()->clearFocus();
-    const QImage without = grab();
+    const QImage without = window.textWidget()->grab().toImage();
     command("Safe Areas")->trigger();
-    const QImage with = grab();
-    // Distances of the frames from the picture's left edge, in parts of its width. The window is higher than 16:9, and
-    // the inner frame dashed, so a strip of rows is looked at.
-    std::vector<double> places;
+    const QImage with = window.textWidget()->grab().toImage();
+    // Distances of the frames from the picture's left edge, in parts of its width; the inner frame is dashed.
+    std::set<double> places;
     for (int x = 0; x < with.width() / 4; ++x) {
-        for (int y = with.height() / 2; y < with.height() / 2 + 20; ++y) {
-            if (with.pixel(x, y) == without.pixel(x, y) || qGray(with.pixel(x, y)) < 200) continue;
-            places.push_back(double(x) / with.width());
-            break;
-        }
+        for (int y = with.height() / 2; y < with.height() / 2 + 20; ++y)
+            if (with.pixel(x, y) != without.pixel(x, y) && qGray(with.pixel(x, y)) >= 200)
+                places.insert(double(x) / with.width());
     }
     EXPECT_THAT(places, testing::Contains(testing::DoubleNear(0.035, 0.003)));
     EXPECT_THAT(places, testing::Contains(testing::DoubleNear(0.05, 0.003)));
