@@ -219,8 +219,10 @@ void prepareToShow(QWidget& panel, bool floats) {
     if (panel.isVisible()) return;
     const QWidget* served = windowServedBy(panel);
     const bool stands = panel.testAttribute(Qt::WA_Moved) && isOnScreens(panel.frameGeometry());
+    // Without a screen, windows are for pictures, and need not fit any.
+    const bool hasScreen = QGuiApplication::platformName() != "offscreen";
     // Before there is a native window: of one without a border yet, the toolkit moves the inside.
-    if (!stands && !restoreFrame(panel)) place(panel, served);
+    if (!stands && !restoreFrame(panel) && hasScreen) place(panel, served);
     panel.winId();
     if (floats && served) panel.windowHandle()->setTransientParent(served->window()->windowHandle());
 }
