@@ -4,6 +4,7 @@
 #include "platform/text/FontFallback.h"
 #include "platform/text/FontFixing.h"
 #include "platform/text/Shaping.h"
+#include "tests/text/TextSystem.h"
 
 namespace qz {
 namespace {
@@ -146,6 +147,51 @@ TEST(FontFixingTest, FontsChangeAsSeldomAsTheTextAllows) {
     for (const auto& [text, stretches, reason] : cases) {
         EXPECT_EQ(stretchesOf("Noto Sans", text), stretches) << reason;
     }
+}
+
+Ref<NSFont> fontAt(const NSAttributedString& text, uint32_t index) {
+    return text.attributesAtIndex(index)->objectForKey<NSFont>(*NSFontAttributeName);
+}
+bool isSubstituteAt(const NSAttributedString& text, uint32_t index) {
+    return text.attributesAtIndex(index)->objectForKey(*NSOriginalFontAttributeName) != nullptr;
+}
+
+/// A font for Latin letters that has neither Hebrew nor Thai nor Japanese.
+Ref<NSDictionary> latinOnly() {
+    return NSDictionary::dictionaryWithMap(attributePair(NSFontAttributeName, fontNamed("Noto Sans")));
+}
+
+TEST(TextStorageTest, givesTextAFontThatHasItsCharacters) {
+    const auto storage = NSTextStorage::init();
+    storage->setAttributedString(*attributedString("Latin, שלום ไทย 日本語 👍🏽!", latinOnly()));
+    for (uint32_t i = 0; i < storage->length(); ++i) {
+        const bool isLatin = storage->characters()[i] < 0x80;
+        EXPECT_EQ(fontAt(*storage, i)->isEqual(*fontNamed("Noto Sans")), isLatin)
+            << "blanks and Latin keep the font asked for: " << i;
+        EXPECT_EQ(isSubstituteAt(*storage, i), !isLatin);
+    }
+    EXPECT_TRUE(fontAt(*storage, 7)->coversText(u"שלום"));
+    storage->appendString(u"ab", nullptr);
+    EXPECT_TRUE(fontAt(*storage, storage->length() - 1)) << "without attributes too";
+    // A mark of another colour stays with its letter.
+    storage->setAttributedString(*attributedString("שָׁ", latinOnly()));
+    storage->addAttribute(NSForegroundColorAttributeName, NSColor::whiteColor(), {1, 1});
+    EXPECT_EQ(fontAt(*storage, 0), fontAt(*storage, 1));
+    EXPECT_EQ(fontAt(*storage, 0), fontAt(*storage, 2));
+}
+
+TEST(TextStorageTest, goesBackToTheFontAskedForWhereItServesAgain) {
+    const auto storage = NSTextStorage::init(), copy = NSTextStorage::init();
+    storage->setAttributedString(*attributedString("שלום", latinOnly()));
+    copy->setAttributedString(*storage->copy());
+    EXPECT_TRUE(copy->isEqual(*storage)) << "a copy of a fixed text asks for the same as the text did";
+    copy->replaceCharactersInRange({0, 4}, "Latin"_ns);
+    EXPECT_TRUE(fontAt(*copy, 0)->isEqual(*fontNamed("Noto Sans")));
+    EXPECT_FALSE(isSubstituteAt(*copy, 0));
+    // A font that is set over a substitute is what is asked for from then on.
+    storage->addAttribute(NSFontAttributeName, NSFont::fontWithName(*"DejaVu Sans"_ns, 20), {0, 4});
+    EXPECT_EQ(fontAt(*storage, 0)->familyName()->utf8(), "DejaVu Sans");
+    EXPECT_FALSE(isSubstituteAt(*storage, 0));
 }
 
 }  // namespace

@@ -1,12 +1,237 @@
+#include <algorithm>
+
 #include <gmock/gmock.h>
 
 #include "platform/text/NSTextView.h"
+#include "platform/text/TextCaret.h"
+#include "platform/text/WordBreaks.h"
 #include "tests/text/TextSystem.h"
 
 namespace qz {
 namespace {
 
+using Motion = TextCaret::Motion;
 using testing::ElementsAre;
+using testing::ElementsAreArray;
+
+/// A view on a text, in a column of the width, and its caret.
+struct Editor {
+    TextSystem system;
+    Ref<NSTextView> view;
+    TextCaret caret;
+
+    explicit Editor(std::string_view utf8, float width = 0)
+        : system(*attributedString(utf8), {width, 0}),
+          view(NSTextView::initWithTextContainer(system.container)),
+          caret(view) {}
+
+    /// The places that a motion leads through from the one given, until it does not move any more.
+    std::vector<uint32_t> placesFrom(uint32_t start, Motion motion) {
+        view->setSelectedRange({start, 0});
+        std::vector<uint32_t> places = {start};
+        for (size_t i = 0; i <= view->string()->length(); ++i) {
+            caret.move(motion, false);
+            if (caret.position() == places.back()) break;
+            places.push_back(caret.position());
+        }
+        return places;
+    }
+};
+
+TEST(TextCaret, goesThroughTheTextBySight) {
+    struct Case {
+        const char* text;
+        std::vector<uint32_t> rightward;
+        const char* reason;
+    };
+    const Case cases[] = {
+        {"abc", {0, 1, 2, 3}, "plain"},
+        {"a\U0001F468‍\U0001F469‍\U0001F467b", {0, 1, 9, 10}, "a family of three is one place"},
+        {"e\u0301x", {0, 2, 3}, "a mark belongs to its letter"},
+        {"ab\ncd", {0, 1, 2, 3, 4, 5}, "over a line end into the next line"},
+        {"אבג", {3, 2, 1, 0}, "right to left, so rightward is back"},
+        {"سلام", {4, 3, 2, 1, 0}, "lam-alef is a ligature of two letters, with a place inside"},
+        {"ab אב cd", {0, 1, 2, 3, 4, 3, 6, 7, 8}, "before the Hebrew word stands on the screen at both its ends"},
+        {"हिन्दी", {0, 2, 6}, "Devanagari by syllables"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.reason);
+        Editor editor(c.text);
+        EXPECT_THAT(editor.placesFrom(c.rightward.front(), Motion::right), ElementsAreArray(c.rightward));
+        EXPECT_EQ(editor.placesFrom(c.rightward.back(), Motion::left).size(), c.rightward.size());
+        // On the way right the caret steps right, and a click where it stands leaves it there.
+        editor.view->setSelectedRange({c.rightward.front(), 0});
+        NSRect before = editor.caret.rect();
+        for (size_t step = 1; step < c.rightward.size(); ++step) {
+            editor.caret.move(Motion::right, false);
+            const NSRect caret = editor.caret.rect();
+            EXPECT_TRUE(caret.origin.x > before.origin.x || caret.origin.y > before.origin.y) << step;
+            editor.caret.moveToPoint({caret.origin.x, caret.origin.y + caret.size.height / 2}, false);
+            EXPECT_EQ(editor.caret.rect(), caret) << step;
+            before = caret;
+        }
+    }
+}
+
+TEST(TextCaret, collapsesASelectionToTheSideAskedFor) {
+    Editor latin("abcdef");
+    latin.view->setSelectedRange({1, 3});
+    latin.caret.move(Motion::left, false);
+    EXPECT_EQ(latin.view->selectedRange(), (Range{1, 0}));
+    latin.view->setSelectedRange({1, 3});
+    latin.caret.move(Motion::right, false);
+    EXPECT_EQ(latin.view->selectedRange(), (Range{4, 0}));
+    Editor hebrew("אבגדה");
+    hebrew.view->setSelectedRange({1, 3});
+    hebrew.caret.move(Motion::left, false);
+    EXPECT_EQ(hebrew.view->selectedRange(), (Range{4, 0}));
+}
+
+TEST(TextCaret, extendsFromTheEndThatStays) {
+    Editor editor("one two three");
+    editor.view->setSelectedRange({4, 0});
+    editor.caret.move(Motion::wordRight, true);
+    EXPECT_EQ(editor.view->selectedRange(), (Range{4, 3}));
+    editor.caret.move(Motion::textStart, true);
+    EXPECT_EQ(editor.view->selectedRange(), (Range{0, 4}));
+    editor.caret.moveToPoint({1000, 5}, true);
+    EXPECT_EQ(editor.view->selectedRange(), (Range{4, 9}));
+    // A selection that somebody else sets is extended from its start.
+    editor.view->setSelectedRange({8, 2});
+    editor.caret.move(Motion::right, true);
+    EXPECT_EQ(editor.view->selectedRange(), (Range{8, 3}));
+}
+
+TEST(TextCaret, keepsItsColumnAcrossLines) {
+    Editor editor("long line\nx\nlong line\n");
+    editor.view->setSelectedRange({7, 0});
+    editor.caret.move(Motion::down, false);
+    EXPECT_EQ(editor.caret.position(), 11u) << "the short line's end";
+    editor.caret.move(Motion::down, false);
+    EXPECT_EQ(editor.caret.position(), 19u);
+    editor.caret.move(Motion::down, false);
+    EXPECT_EQ(editor.caret.position(), 22u) << "the empty line at the end";
+    const NSRect last = editor.caret.rect();
+    EXPECT_GT(last.origin.y, 60) << "below three lines of 20 points";
+    EXPECT_GT(last.size.height, 20);
+    editor.caret.move(Motion::up, false);
+    editor.caret.move(Motion::up, false);
+    editor.caret.move(Motion::up, false);
+    EXPECT_EQ(editor.caret.position(), 7u);
+    editor.caret.move(Motion::up, false);
+    EXPECT_EQ(editor.caret.position(), 0u);
+}
+
+TEST(TextCaret, tellsTheEndOfAWrappedLineFromTheStartOfTheNext) {
+    Editor editor("first second", widthOf("first se"));
+    editor.view->setSelectedRange({2, 0});
+    editor.caret.move(Motion::lineEnd, false);
+    EXPECT_EQ(editor.caret.position(), 6u);
+    EXPECT_EQ(editor.caret.rect().origin.y, 0);
+    editor.caret.move(Motion::right, false);
+    editor.caret.move(Motion::lineStart, false);
+    EXPECT_EQ(editor.caret.position(), 6u);
+    EXPECT_GT(editor.caret.rect().origin.y, 0);
+    EXPECT_EQ(editor.caret.rect().origin.x, 0);
+}
+
+TEST(TextCaret, showsSelectionsWhereTheTextStands) {
+    // "ab " 0-2, Hebrew 3-4, " cd" 5-7. Selected are "b ", and the first Hebrew letter, which stands right of the
+    // second.
+    Editor editor("ab אב cd");
+    editor.view->setSelectedRange({1, 3});
+    const auto rects = editor.caret.selectionRects();
+    ASSERT_EQ(rects.size(), 2u);
+    EXPECT_FLOAT_EQ(rects[0].origin.x, editor.system.xOfCharacter(1));
+    EXPECT_NEAR(rects[0].maxX(), editor.system.xOfCharacter(4), 0.1);
+    EXPECT_NEAR(rects[1].origin.x, editor.system.xOfCharacter(3), 0.1);
+    EXPECT_NEAR(rects[1].maxX(), editor.system.xOfCharacter(5), 0.1);
+
+    Editor arabic("سلام");
+    arabic.view->setSelectedRange({0, 4});
+    ASSERT_EQ(arabic.caret.selectionRects().size(), 1u);
+    EXPECT_NEAR(arabic.caret.selectionRects()[0].size.width, widthOf("سلام"), 0.1);
+    arabic.view->setSelectedRange({0, 1});
+    EXPECT_NEAR(arabic.caret.selectionRects()[0].maxX(), widthOf("سلام"), 0.1) << "the first letter is at the right";
+
+    Editor twoLines("ab\ncd");
+    twoLines.view->setSelectedRange({1, 3});
+    EXPECT_EQ(twoLines.caret.selectionRects().size(), 2u);
+}
+
+TEST(TextCaret, selectsWordsAndDeletesThem) {
+    Editor editor("one, two");
+    const auto at = [&](uint32_t index) { return NSPoint{editor.system.xOfCharacter(index) + 1, 5}; };
+    editor.caret.selectWordAtPoint(at(6));
+    EXPECT_EQ(editor.view->selectedRange(), (Range{5, 3}));
+    editor.view->setSelectedRange({8, 0});
+    EXPECT_TRUE(editor.caret.deleteWord(true));
+    EXPECT_EQ(editor.view->string()->utf8(), "one, ");
+    EXPECT_TRUE(editor.caret.deleteWord(true));
+    EXPECT_EQ(editor.view->string()->utf8(), "");
+    EXPECT_FALSE(editor.caret.deleteWord(true));
+    // Thai has no blanks: two words, "hello" and "world".
+    EXPECT_EQ(wordAt(u"สวัสดีโลก", 7), (Range{6, 3}));
+}
+
+TEST(TextViewUndo, takesBackWhatWasTypedInOneGo) {
+    const Ref<NSTextView> view = NSTextView::init();
+    const Ref<NSUndoManager> undo = NSUndoManager::init();
+    view->setUndoManager(undo);
+    const auto type = [&](const char* text) {
+        for (; *text; ++text) {
+            view->insertText(NSString::stringWithUTF8String({text, 1}));
+            undo->endEvent();
+        }
+    };
+    type("hello world");
+    view->setSelectedRange({0, 5});
+    type("goodbye");
+    EXPECT_EQ(undo->undoActionName(), "Typing");
+    view->deleteBackward();
+    undo->endEvent();
+    view->deleteBackward();
+    undo->endEvent();
+    EXPECT_EQ(view->string()->utf8(), "goodb world");
+    EXPECT_TRUE(undo->undo());
+    EXPECT_EQ(view->string()->utf8(), "goodbye world");
+    EXPECT_TRUE(undo->undo());
+    EXPECT_EQ(view->string()->utf8(), "hello world");
+    EXPECT_EQ(view->selectedRange(), (Range{0, 5}));
+    EXPECT_TRUE(undo->redo());
+    EXPECT_EQ(view->string()->utf8(), "goodbye world");
+    EXPECT_TRUE(undo->undo());
+    EXPECT_TRUE(undo->undo());
+    EXPECT_EQ(view->string()->utf8(), "");
+    EXPECT_FALSE(undo->canUndo());
+}
+
+TEST(TextViewMarkedText, isNoEditUntilItIsTyped) {
+    const Ref<NSTextView> view = NSTextView::init();
+    const Ref<NSUndoManager> undo = NSUndoManager::init();
+    view->setUndoManager(undo);
+    view->insertText("ab"_ns);
+    undo->endEvent();
+    view->setSelectedRange({1, 0});
+    view->setMarkedText("に"_ns, {1, 0});
+    view->setMarkedText("にほ"_ns, {2, 0});
+    EXPECT_EQ(view->string()->utf8(), "aにほb");
+    EXPECT_EQ(view->markedRange(), (Range{1, 2}));
+    EXPECT_EQ(view->selectedRange(), (Range{3, 0}));
+    view->insertText("日本"_ns);
+    EXPECT_EQ(view->string()->utf8(), "a日本b");
+    EXPECT_EQ(view->markedRange().length, 0u);
+    EXPECT_TRUE(undo->undo());
+    EXPECT_EQ(view->string()->utf8(), "ab");
+    view->setMarkedText("x"_ns, {1, 0});
+    view->setMarkedText(""_ns, {});
+    EXPECT_EQ(view->string()->utf8(), "ab") << "given up";
+    view->setMarkedText("y"_ns, {1, 0});
+    view->unmarkText();
+    EXPECT_EQ(view->string()->utf8(), "ayb") << "kept";
+    EXPECT_TRUE(undo->undo());
+    EXPECT_EQ(view->string()->utf8(), "ab");
+}
 
 /// Writes down the notifications of a view.
 class Notifications {
