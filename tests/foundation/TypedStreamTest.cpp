@@ -62,37 +62,6 @@ std::vector<std::string> listing(const NSData& data, std::string* error = nullpt
     return lines;
 }
 
-// The class of the format's first worked example.
-class QzExample : public NSObject {
-public:
-    uint32_t count = 0;
-    std::string characters;
-    Ref<NSString> first;
-    Ref<NSString> second;
-    std::string className() const override { return "QzExample"; }
-};
-
-const CodedClassRegistration exampleRegistration(
-    {.name = "QzExample",
-     .version = 1,
-     .encode =
-         [](const NSObject& object, NSArchiver& archiver) {
-             const auto& example = static_cast<const QzExample&>(object);
-             archiver.encodeUnsignedInt(example.count);
-             archiver.encodeValueOfObjCType("[5c]", std::string_view(example.characters));
-             archiver.encodeObject(example.first);
-             archiver.encodeObject(example.second);
-         },
-     .decode = [](NSUnarchiver& unarchiver) -> Ref<NSObject> {
-         if (unarchiver.versionForClassName("QzExample") != 1) return {};
-         const auto example = std::make_shared<QzExample>();
-         example->count = unarchiver.decodeUnsignedInt().value_or(0);
-         example->characters = unarchiver.decodeArrayOfObjCType('c', 5).value_or("");
-         example->first = unarchiver.decodeObjectOfClass<NSString>("NSString");
-         example->second = unarchiver.decodeObjectOfClass<NSString>("NSString");
-         return example;
-     }});
-
 // A node that its children refer to.
 class QzNode : public NSObject {
 public:
@@ -125,28 +94,6 @@ const CodedClassRegistration replacedRegistration({.name = "QzReplaced",
                                                        if (unarchiver.versionForClassName("QzReplaced") != 1) return {};
                                                        return unarchiver.decodeObject() ? stand_in : nullptr;
                                                    }});
-
-const std::string exampleBytes =
-    "04 0b 73 74 72 65 61 6d 74 79 70 65 64 81 e8 03 84 01 40 84 84 84 09 51 7a 45 78 61 6d 70 6c 65 01 84 84 08 4e 53 "
-    "4f 62 6a 65 63 74 00 85 84 01 49 81 2c 01 84 04 5b 35 63 5d 30 31 31 30 31 92 84 84 84 08 4e 53 53 74 72 69 6e 67 "
-    "01 94 84 01 2b 05 54 69 74 6c 65 86 92 95 86 ";
-
-TEST(TypedStream, WritesAndReadsTheWorkedExample) {
-    const auto example = std::make_shared<QzExample>();
-    example->count = 300;
-    example->characters = "01101";
-    example->first = example->second = "Title"_ns;
-    const std::string bytes = archived(example);
-    EXPECT_EQ(hex(bytes), exampleBytes);
-
-    const auto read = std::dynamic_pointer_cast<QzExample>(
-        NSUnarchiver::unarchiveObjectWithData(NSData::dataWithBytes(std::string_view(bytes))));
-    ASSERT_TRUE(read);
-    EXPECT_EQ(read->count, 300u);
-    EXPECT_EQ(read->characters, "01101");
-    EXPECT_EQ(read->first->utf8(), "Title");
-    EXPECT_EQ(read->first, read->second) << "one object, met twice";
-}
 
 TEST(TypedStream, ReadsMutableClassesAndWritesOurs) {
     // "Size" -> 40.5, in the chain of the mutable class, and in that of ours, with one class and one shared string
