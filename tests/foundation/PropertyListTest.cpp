@@ -223,6 +223,7 @@ TEST(PropertyList, RefusesAndSaysWhatAndWhere) {
         {inPlist("<date>2004-02-30T00:00:00Z</date>"), "no date of the calendar"},
         {inPlist("<date>2004-02-28T00:00:00.5Z</date>"), "no date of the form"},
         {inPlist("<date>2004-02-28</date>"), "no date of the form"},
+        {inPlist("<date>2004-02-2xT00:00:00Z</date>"), "no date of the form"},
         {inPlist("<data>YWI</data>"), "wrong padding"},
         {inPlist("<data>YQ==YQ==</data>"), "follow the padding"},
         {inPlist("<data>YW-=</data>"), "\"-\" is no base64 digit"},

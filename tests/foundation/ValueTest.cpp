@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/foundation/NSArray.h"
+#include "platform/foundation/NSData.h"
 #include "platform/foundation/NSDate.h"
 #include "platform/foundation/NSDictionary.h"
 #include "platform/foundation/NSLog.h"
@@ -127,7 +128,7 @@ TEST(ObjectMap, BehavesLikeARowOfPairs) {
     }
 }
 
-TEST(NSDictionary, EqualInWhateverOrder) {
+TEST(NSDictionary, EqualInWhateverOrderAndDescribedInItsOwn) {
     ObjectMap ab;
     ab.set("a"_ns, NSNumber::numberWithInt(1));
     ab.set("b"_ns, NSArray::arrayWithObjects({"x"_ns}));
@@ -139,6 +140,8 @@ TEST(NSDictionary, EqualInWhateverOrder) {
     ba.set("a"_ns, NSNumber::numberWithInt(2));
     EXPECT_FALSE(dictionary->isEqual(*NSDictionary::dictionaryWithMap(ba)));
     EXPECT_EQ(dictionary->description(), "{a = 1; b = (x)}");
+    EXPECT_EQ(NSSet::setWithObjects<NSString>({"a"_ns, "b"_ns})->description(), "{(a, b)}");
+    EXPECT_EQ(NSData::dataWithBytes(std::string_view("abcde"))->description(), "<61626364 65>");
 }
 
 TEST(NSDate, DescribesTheCalendar) {
