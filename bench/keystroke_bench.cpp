@@ -2,12 +2,18 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <QTemporaryDir>
+#include <QThread>
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
 
 #include <benchmark/benchmark.h>
 
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
 #include "QzAnno_AnnotatedTextFramework/ui/QzAnnotationManager.h"
 #include "apps/qzanno-composer/ComposerWindow.h"
+#include "platform/foundation/Files.h"
 #include "platform/foundation/NSLog.h"
 #include "platform/foundation/NSNumber.h"
 #include "platform/graphics/NSColor.h"
@@ -81,6 +87,55 @@ void typeIntoTitle(benchmark::State& state) {
     QzAnnotationManager::sharedAnnotationManager()->setAnnotationPalette({});
 }
 BENCHMARK(typeIntoTitle)->Arg(50)->Arg(200)->Arg(800)->Unit(benchmark::kMillisecond);
+
+/// A key, and whatever else happens before the window takes the next one, in a file of that many captions of which
+/// unsaved changes are kept: the waits that whoever types feels.
+void typeIntoFile(benchmark::State& state) {
+    const QTemporaryDir folder;
+    const Ref<TitleDocument> document = styledTitle(50);
+    std::string captions = "WEBVTT\n";
+    for (int64_t i = 0; i < state.range(0); ++i) {
+        char times[64];
+        std::snprintf(times, sizeof times, "\n%02d:%02d:%02d.000 --> %02d:%02d:%02d.900\n", int(i / 3600),
+                      int(i / 60 % 60), int(i % 60), int(i / 3600), int(i / 60 % 60), int(i % 60));
+        captions +=
+            times + ("<c.Whole>Caption " + std::to_string(i) + " says <c.Large>something</c>\nin two lines</c>\n");
+    }
+    const std::string path = folder.filePath("captions.vtt").toStdString();
+    std::string reason;
+    writeFileAtomically(path, {reinterpret_cast<const uint8_t*>(captions.data()), captions.size()}, &reason);
+    NSApplication::sharedApplication().setDelegate(document);
+    QzAnnotationManager::sharedAnnotationManager()->setAnnotationPalette(document->palette());
+    ComposerWindow window(document);
+    window.show();
+    if (!window.openTitles(path)) return state.SkipWithError("the captions cannot be opened");
+    window.keepRecovery(folder.filePath("recovery"));
+    window.activateWindow();
+    window.textWidget()->setFocus();
+    document->show(document->titles().size() / 2);
+    QApplication::processEvents();
+    std::vector<double> waits;
+    bool types = true;
+    for (auto _ : state) {
+        const auto begin = std::chrono::steady_clock::now();
+        QKeyEvent event(QEvent::KeyPress, types ? Qt::Key_X : Qt::Key_Backspace, Qt::NoModifier, types ? "x" : "");
+        QApplication::sendEvent(window.textWidget(), &event);
+        QApplication::processEvents();
+        waits.push_back(std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count());
+        state.SetIterationTime(waits.back() / 1000);
+        types = !types;
+        QThread::msleep(20);
+    }
+    std::ranges::sort(waits);
+    state.counters["p50_ms"] = waits[waits.size() / 2];
+    state.counters["p90_ms"] = waits[waits.size() * 9 / 10];
+    state.counters["p99_ms"] = waits[waits.size() * 99 / 100];
+    state.counters["max_ms"] = waits.back();
+    document->markTitlesSaved();
+    QzAnnotationManager::sharedAnnotationManager()->setAnnotationPalette({});
+}
+// Long enough for some copies of the unsaved changes.
+BENCHMARK(typeIntoFile)->Arg(1)->Arg(20000)->Iterations(601)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace qz::composer

@@ -239,6 +239,8 @@ void ComposerWindow::closeEvent(QCloseEvent* event) {
 void ComposerWindow::keepRecovery(const QString& folder) {
     recoveryFolder_ = folder;
     recovery_ = std::make_unique<Recovery>(folder);
+    recovery_->takeDown(document_->titles());
+    recovery_->setFailureHook(this, [this](const std::string& error) { tellUnkept(error); });
     if (!Recovery::leftBehind(folder).isEmpty()) offerRecovery();
 }
 
@@ -255,7 +257,7 @@ void ComposerWindow::offerRecovery() {
     describe();
     if (document_->titles().size() > 1) list_->setVisible(true);
     // The copy of the crashed composer goes only when there is another.
-    if (recovery_->write(*document_, error))
+    if (recovery_->write(*document_, error) && recovery_->finish(error))
         QFile::remove(path);
     else
         report(error);
@@ -263,9 +265,11 @@ void ComposerWindow::offerRecovery() {
 
 void ComposerWindow::writeRecovery() {
     std::string error;
-    if (recovery_ && !recovery_->write(*document_, error)) {
-        statusBar()->showMessage(QString::fromStdString("Unsaved changes are not kept: " + error), 10000);
-    }
+    if (recovery_ && !recovery_->write(*document_, error)) tellUnkept(error);
+}
+
+void ComposerWindow::tellUnkept(const std::string& error) {
+    statusBar()->showMessage(QString::fromStdString("Unsaved changes are not kept: " + error), 10000);
 }
 
 }  // namespace qz::composer

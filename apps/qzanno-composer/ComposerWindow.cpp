@@ -212,6 +212,7 @@ void ComposerWindow::documentChanged() {
     if (recovery_ && !isWindowModified()) {
         recoveryTimer_.stop();
         recovery_->remove();
+        recovery_->takeDown(document_->titles());
     }
 }
 

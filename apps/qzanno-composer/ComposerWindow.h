@@ -76,6 +76,7 @@ private:
     bool mayLeave(bool titles, bool palette);
     bool mayLeaveEditor();
     void writeRecovery();
+    void tellUnkept(const std::string& error);
 
     const Ref<TitleDocument> document_;
     Ref<NSTextViewWidget> text_;

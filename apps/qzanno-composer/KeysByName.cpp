@@ -116,14 +116,12 @@ Ref<NSSet> KeyMap::takenOver(const Ref<NSSet>& keys) const {
 }
 
 KeyMap keysByName(const QzAnnoPalette& from, const QzAnnoPalette& to, LooseKeys& loose,
-                  std::initializer_list<const std::vector<Title>*> titles) {
-    std::set<Ref<QzAnnoKey>> used;
-    for (const std::vector<Title>* each : titles) {
-        for (const Title& title : *each) {
-            for (const Ref<QzAnnoKey>& key : title.text->allKeys()->objects<QzAnnoKey>()) used.insert(key);
-        }
-    }
-    return Finder(from, to, loose).keysFor(used);
+                  const std::set<Ref<QzAnnoKey>>& keys) {
+    return Finder(from, to, loose).keysFor(keys);
+}
+
+bool isNamedIn(const QzAnnoPalette& palette, const Ref<QzAnnoKey>& key, const LooseKeys& loose) {
+    return CueAnnotator::find({CueSpan::styleClass, loose.spellingOf(key), {}, 0}, palette) != nullptr;
 }
 
 }  // namespace qz::composer

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 
 #include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
@@ -37,6 +38,9 @@ private:
 /// A key becomes the one of the same name, or, as in caption files, of the name with blanks for its "_"; of a name that
 /// the other palette lacks, a loose key. Different keys stay different, so the way back gives the former ones.
 KeyMap keysByName(const QzAnnoPalette& from, const QzAnnoPalette& to, LooseKeys& loose,
-                  std::initializer_list<const std::vector<Title>*> titles);
+                  const std::set<Ref<QzAnnoKey>>& keys);
+
+/// Whether the palette may have an annotation for the key's name; says no where `keysByName` finds none.
+bool isNamedIn(const QzAnnoPalette& palette, const Ref<QzAnnoKey>& key, const LooseKeys& loose);
 
 }  // namespace qz::composer

@@ -4,34 +4,83 @@
 #include <QDataStream>
 #include <QDir>
 #include <QFile>
+#include <algorithm>
 #include <limits>
 
 #include "platform/foundation/Files.h"
+#include "platform/ui/QtValues.h"
 
 namespace qz::composer {
 namespace {
 
-constexpr const char* kMagic = "QzAnno recovery 2";
+constexpr const char* kMagic = "QzAnno recovery 3";
 constexpr const char* kEnding = ".recovery";
 constexpr double kNoTime = std::numeric_limits<double>::infinity();
 constexpr int kClaimsMax = 1000;
 
-QByteArray bytesOf(const NSData& data) {
-    return {data.view().data(), static_cast<qsizetype>(data.view().size())};
-}
-
-Ref<NSData> dataOf(const QByteArray& bytes) {
-    return NSData::dataWithBytes(std::string_view(bytes.constData(), static_cast<size_t>(bytes.size())));
-}
-
-QByteArray bytesOf(const std::string& text) {
+QByteArray bytesOf(std::string_view text) {
     return {text.data(), static_cast<qsizetype>(text.size())};
 }
 
-void readText(QDataStream& stream, std::string& text) {
+std::string readText(QDataStream& stream) {
     QByteArray bytes;
     stream >> bytes;
-    text.assign(bytes.constData(), static_cast<size_t>(bytes.size()));
+    return bytes.toStdString();
+}
+
+/// Streams write into the bytes, in one format whatever Qt is linked.
+class Piece {
+public:
+    Piece() : stream(&bytes, QIODevice::WriteOnly) { stream.setVersion(QDataStream::Qt_6_4); }
+
+    QByteArray bytes;
+    QDataStream stream;
+};
+
+std::vector<Ref<QzAnnoKey>> readKeys(QDataStream& stream, const QzAnnoPalette& palette) {
+    std::vector<Ref<QzAnnoKey>> keys;
+    quint32 count = 0;
+    stream >> count;
+    while (count-- > 0 && stream.status() == QDataStream::Ok) {
+        qint32 priority = -1;
+        stream >> priority;
+        const Ref<NSString> name = NSString::stringWithUTF8String(readText(stream));
+        const Ref<QzAnnoKey> key = palette.annoKeyAtPriority(priority);
+        keys.push_back(key ? key : QzAnnoKey::initWithName(name));
+    }
+    return keys;
+}
+
+/// Sets the stream's status when it holds no title.
+Title readTitle(QDataStream& stream, const std::vector<Ref<QzAnnoKey>>& keys) {
+    QString characters;
+    quint32 runs = 0;
+    stream >> characters >> runs;
+    const auto text = QzMutableAnnoString::initWithString(fromQt(characters));
+    for (uint64_t place = 0; runs-- > 0 && stream.status() == QDataStream::Ok;) {
+        quint32 length = 0, count = 0;
+        stream >> length >> count;
+        if (place + length > text->length()) stream.setStatus(QDataStream::ReadCorruptData);
+        for (; count > 0 && stream.status() == QDataStream::Ok; --count) {
+            quint32 key = 0;
+            stream >> key;
+            if (key >= keys.size())
+                stream.setStatus(QDataStream::ReadCorruptData);
+            else
+                text->addAnno(keys[key], {static_cast<uint32_t>(place), length});
+        }
+        place += length;
+    }
+    Title title = {text->copy(), {}, {}};
+    double start = kNoTime, end = kNoTime;
+    stream >> start >> end;
+    if (start != kNoTime) title.start = start;
+    if (end != kNoTime) title.end = end;
+    CueSource source;
+    for (std::string* each : {&source.identifier, &source.settings, &source.payload, &source.preamble})
+        *each = readText(stream);
+    title.source = std::make_shared<const CueSource>(std::move(source));
+    return title;
 }
 
 std::unique_ptr<QLockFile> lockOf(const QString& path) {
@@ -55,6 +104,7 @@ Recovery::Recovery(const QString& folder) {
             continue;
         }
         path_ = path;
+        writer_.setPath(path.toStdString());
         lock_ = std::move(lock);
         return;
     }
@@ -69,30 +119,73 @@ bool Recovery::write(const TitleDocument& document, std::string& error) {
         error = "no recovery file can be made in the folder of the settings; save often";
         return false;
     }
-    const Ref<NSData> archive = archiveOfTitles(document.titles(), document.palette(), error);
     const Ref<NSData> palette = document.palette()->pListData(&error);
-    if (!archive || !palette) return false;
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream.setVersion(QDataStream::Qt_6_4);
-    stream << QByteArray(kMagic) << bytesOf(*archive) << bytesOf(*palette) << static_cast<quint32>(document.current());
-    for (const Title& title : document.titles()) {
-        stream << title.start.value_or(kNoTime) << title.end.value_or(kNoTime);
-        const CueSource source = title.source ? *title.source : CueSource();
-        for (const std::string& text : {source.identifier, source.settings, source.payload, source.preamble})
-            stream << bytesOf(text);
+    if (!palette) return false;
+    takeDown(document.titles());
+    Piece head;
+    head.stream << QByteArray(kMagic) << bytesOf(palette->view());
+    for (const std::string& text :
+         {document.titlesFile(), document.paletteFile(), document.file().header, document.file().trailer})
+        head.stream << bytesOf(text);
+    std::vector<QByteArray> pieces = {head.bytes, keysOf(*document.palette())};
+    Piece counts;
+    counts.stream << static_cast<quint32>(document.current()) << static_cast<quint32>(bytes_.size());
+    pieces.push_back(counts.bytes);
+    pieces.insert(pieces.end(), bytes_.begin(), bytes_.end());
+    writer_.write(std::move(pieces));
+    return true;
+}
+
+/// Titles that are the same objects at either end, as they are but for a few, keep their bytes.
+void Recovery::takeDown(const std::vector<Title>& titles) {
+    const auto isSame = [](const Title& one, const Title& other) {
+        return one.text == other.text && one.source == other.source && one.start == other.start && one.end == other.end;
+    };
+    const auto first = std::ranges::mismatch(titles, titles_, isSame);
+    const auto last = std::mismatch(titles.rbegin(), std::make_reverse_iterator(first.in1), titles_.rbegin(),
+                                    std::make_reverse_iterator(first.in2), isSame);
+    std::vector<QByteArray> changed;
+    for (auto title = first.in1; title != last.first.base(); ++title) changed.push_back(takenDown(*title));
+    const auto from = bytes_.begin() + (first.in2 - titles_.begin());
+    const auto to = bytes_.begin() + (last.second.base() - titles_.begin());
+    const auto place = bytes_.erase(from, to);
+    bytes_.insert(place, changed.begin(), changed.end());
+    titles_ = titles;
+}
+
+QByteArray Recovery::takenDown(const Title& title) {
+    Piece piece;
+    const std::u16string_view text = title.text->string()->characters();
+    piece.stream << QString(reinterpret_cast<const QChar*>(text.data()), static_cast<qsizetype>(text.size()));
+    const std::vector<QzAnnoString::Run> runs = title.text->runs();
+    piece.stream << static_cast<quint32>(runs.size());
+    for (const QzAnnoString::Run& run : runs) {
+        const auto& keys = run.keys->objects<QzAnnoKey>();
+        piece.stream << static_cast<quint32>(run.range.length) << static_cast<quint32>(keys.size());
+        for (const Ref<QzAnnoKey>& key : keys) {
+            const auto [number, isNew] = numbers_.try_emplace(key, static_cast<quint32>(keys_.size()));
+            if (isNew) keys_.push_back(key);
+            piece.stream << number->second;
+        }
     }
-    stream << bytesOf(document.file().header) << bytesOf(document.file().trailer);
-    std::string reason;
-    const bool isWritten = writeFileAtomically(
-        path_.toStdString(), {reinterpret_cast<const uint8_t*>(bytes.constData()), static_cast<size_t>(bytes.size())},
-        &reason);
-    if (!isWritten) error = path_.toStdString() + ": " + reason;
-    return isWritten;
+    piece.stream << title.start.value_or(kNoTime) << title.end.value_or(kNoTime);
+    const CueSource source = title.source ? *title.source : CueSource();
+    for (const std::string& each : {source.identifier, source.settings, source.payload, source.preamble})
+        piece.stream << bytesOf(each);
+    return piece.bytes;
+}
+
+/// By priorities, as names need not be unique; of keys that the palette lacks, by names.
+QByteArray Recovery::keysOf(const QzAnnoPalette& palette) const {
+    Piece piece;
+    piece.stream << static_cast<quint32>(keys_.size());
+    for (const Ref<QzAnnoKey>& key : keys_)
+        piece.stream << static_cast<qint32>(palette.lookupPrio(key)) << bytesOf(key->name()->utf8());
+    return piece.bytes;
 }
 
 void Recovery::remove() {
-    if (!path_.isEmpty()) QFile::remove(path_);
+    writer_.remove();
 }
 
 QStringList Recovery::leftBehind(const QString& folder) {
@@ -117,42 +210,39 @@ std::optional<Recovery::Contents> Recovery::read(const QString& path, std::strin
         error = path.toStdString() + ": " + reason;
         return {};
     }
-    QDataStream stream(bytesOf(*file));
+    QDataStream stream(bytesOf(file->view()));
     stream.setVersion(QDataStream::Qt_6_4);
-    QByteArray magic, archive, list;
-    quint32 current = 0;
-    stream >> magic >> archive >> list >> current;
-    const bool isOurs = stream.status() == QDataStream::Ok && magic == kMagic;
-    const Ref<QzAnnoPalette> palette = isOurs ? QzAnnoPalette::paletteFromPListData(*dataOf(list), &reason) : nullptr;
-    auto titles = palette ? titlesOfArchive(dataOf(archive), palette, reason) : std::nullopt;
-    if (!titles) {
-        error = path.toStdString() + ": is no recovery file of this version that can be read" +
-                (reason.empty() ? "" : ": " + reason);
-        return {};
+    Contents contents;
+    const bool isOurs = readText(stream) == kMagic;
+    const std::string palette = isOurs ? readText(stream) : std::string();
+    if (isOurs) contents.palette = QzAnnoPalette::paletteFromPListData(*NSData::dataWithBytes(palette), &reason);
+    if (contents.palette) {
+        for (std::string* text :
+             {&contents.titlesFile, &contents.paletteFile, &contents.file.header, &contents.file.trailer})
+            *text = readText(stream);
+        const std::vector<Ref<QzAnnoKey>> keys = readKeys(stream, *contents.palette);
+        quint32 current = 0, count = 0;
+        stream >> current >> count;
+        contents.current = current;
+        while (count-- > 0 && stream.status() == QDataStream::Ok) {
+            Title title = readTitle(stream, keys);
+            if (stream.status() == QDataStream::Ok) contents.file.titles.push_back(std::move(title));
+        }
     }
-    // A file cut short still holds titles; what is missing behind them stays empty.
-    for (Title& title : titles->titles) {
-        double start = kNoTime, end = kNoTime;
-        CueSource source;
-        stream >> start >> end;
-        for (std::string* text : {&source.identifier, &source.settings, &source.payload, &source.preamble})
-            readText(stream, *text);
-        if (stream.status() != QDataStream::Ok) break;
-        if (start != kNoTime) title.start = start;
-        if (end != kNoTime) title.end = end;
-        title.source = std::make_shared<const CueSource>(std::move(source));
-    }
-    readText(stream, titles->header);
-    readText(stream, titles->trailer);
-    return Contents{palette, std::move(*titles), current};
+    if (!contents.file.titles.empty() && stream.status() == QDataStream::Ok) return contents;
+    error = path.toStdString() + ": is no recovery file of this version that can be read" +
+            (reason.empty() ? "" : ": " + reason);
+    return {};
 }
 
 bool Recovery::restore(const QString& path, TitleDocument& document, std::string& error) {
     auto contents = read(path, error);
     if (!contents) return false;
-    document.replacePalette(contents->palette);
+    document.replacePalette(contents->palette, contents->paletteFile);
     document.setTitles(std::move(contents->file));
+    document.setTitlesFile(contents->titlesFile);
     document.show(contents->current);
+    document.undoManager()->removeAllActions();
     document.markUnsaved();
     return true;
 }

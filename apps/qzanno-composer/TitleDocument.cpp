@@ -83,7 +83,8 @@ void TitleDocument::setTitles(TitleFile file) {
     joinLooks(palette_);
     if (!wasEdited) savedPalette_ = palette_->pListData();
     paletteIsEdited_ = wasEdited;
-    keysByName(*palette_, *palette_, looseKeys_, {&file_.titles}).takeOver(file_.titles);
+    keysInUse();
+    reviveNames(false);
     view_->forgetUndo();
     undo_->removeAllActionsWithTarget(*this);
     markTitlesSaved();
@@ -161,6 +162,18 @@ void TitleDocument::completeTimes() {
     if (isChanged) exchangeTitles(std::move(file), current_, "Change Times");
 }
 
+void TitleDocument::noteKeys(const QzAnnoString& text) {
+    for (const Ref<QzAnnoKey>& key : text.allKeys()->objects<QzAnnoKey>()) keys_.insert(key);
+}
+
+const std::set<Ref<QzAnnoKey>>& TitleDocument::keysInUse() {
+    keys_.clear();
+    for (const std::vector<Title>* titles : {&file_.titles, &savedTitles_}) {
+        for (const Title& title : *titles) noteKeys(*title.text);
+    }
+    return keys_;
+}
+
 /// Exchanges the list of titles and shows one of it, in one step.
 void TitleDocument::exchangeTitles(TitleFile file, size_t current, const std::string& actionName) {
     undo_->prepareWithInvocationTarget(*this).invoke([this, former = file_, formerCurrent = current_, actionName] {
@@ -218,9 +231,16 @@ void TitleDocument::undoDidChange() {
     showPalette();
 }
 
+bool TitleDocument::mayReviveNames() const {
+    return std::ranges::any_of(keys_, [this](const Ref<QzAnnoKey>& key) {
+        return palette_->lookupPrio(key) < 0 && isNamedIn(*palette_, key, looseKeys_);
+    });
+}
+
 /// Gives titles the palette's keys of names that it lacked until now.
 void TitleDocument::reviveNames(bool isUndoable) {
-    KeyMap keys = keysByName(*palette_, *palette_, looseKeys_, {&file_.titles, &savedTitles_});
+    if (!mayReviveNames()) return;
+    KeyMap keys = keysByName(*palette_, *palette_, looseKeys_, keysInUse());
     if (keys.isEmpty()) return;
     if (isUndoable) {
         KeyNames names;
@@ -238,6 +258,7 @@ void TitleDocument::reviveNames(bool isUndoable) {
 void TitleDocument::exchangeKeys(KeyMap keys, const KeyNames& namesThen) {
     keys.takeOver(file_.titles);
     keys.takeOver(savedTitles_);
+    for (const auto& [key, becomes] : keys.keys()) keys_.insert(becomes);
     KeyNames names;
     for (const auto& [key, saved] : savedNames_) {
         const auto then = namesThen.find(key);
@@ -258,6 +279,7 @@ void TitleDocument::textDidChange() {
     const Ref<QzAnnoString> former = title();
     const auto edited = QzMutableAnnoString::initWithKeyedAttributedString(*view_->textStorage());
     file_.titles[current_].text = edited->copy();
+    noteKeys(*edited);
     // Typing is recorded by the view; a change of annotations alone is not.
     const bool isSameText = former->string()->isEqualToString(*edited->string());
     if (isSameText && !former->isEqualToAnnoString(*edited)) recordFormer(former);
@@ -281,6 +303,7 @@ void TitleDocument::toggleFrameAnno(const Ref<QzAnnoKey>& key) {
     if (!key || title()->length() == 0) return;
     const auto toggled = title()->mutableCopy();
     toggled->toggleFrameAnno(key);
+    keys_.insert(key);
     // A key that holds nowhere any more would make a difference to the saved title.
     restore(current_, withKeys(*toggled, [](const Ref<QzAnnoKey>& each) { return each; }));
 }
@@ -322,7 +345,7 @@ void TitleDocument::exchangePalette(const Ref<QzAnnoPalette>& palette, const std
     undo_->setActionName("Open Palette");
     view_->breakUndoCoalescing();
     // Titles go over to the annotations of the same names before the former ones leave the palette.
-    exchangeKeys(keysByName(*palette_, *palette, looseKeys_, {&file_.titles, &savedTitles_}));
+    exchangeKeys(keysByName(*palette_, *palette, looseKeys_, keysInUse()));
     former->retainContentsOfAnnoPalette(palette_);
     paletteFile_ = file;
     savedPalette_ = saved;
@@ -341,6 +364,7 @@ size_t TitleDocument::replaceEverywhere(const Ref<QzAnnoKey>& key, const Ref<QzA
         title.text = withKeys(*title.text, [&](const Ref<QzAnnoKey>& each) { return each == key ? byKey : each; });
         ++count;
     }
+    keys_.insert(byKey);
     if (count > 0) exchangeTitles(std::move(file), current_, "Replace Annotation");
     return count;
 }

@@ -96,6 +96,9 @@ private:
     void removeLooks();
     void exchangePalette(const Ref<QzAnnoPalette>& palette, const std::string& file, const Ref<NSData>& saved);
     using KeyNames = std::map<Ref<QzAnnoKey>, std::string>;
+    void noteKeys(const QzAnnoString& text);
+    const std::set<Ref<QzAnnoKey>>& keysInUse();
+    bool mayReviveNames() const;
     void exchangeKeys(KeyMap keys, const KeyNames& namesThen = {});
     void reviveNames(bool isUndoable);
     void paletteDidChange();
@@ -115,6 +118,8 @@ private:
     LooseKeys looseKeys_;
     // Annotations that are looks of the titles' file, as they joined.
     std::map<Ref<QzAnnoKey>, Ref<NSDictionary>> joined_;
+    // At least the keys in use, so that nobody need walk thousands of titles where none of them matters.
+    std::set<Ref<QzAnnoKey>> keys_;
     std::string titlesFile_;
     std::string paletteFile_;
     std::vector<Title> savedTitles_;
