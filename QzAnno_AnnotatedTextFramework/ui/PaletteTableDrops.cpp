@@ -8,6 +8,7 @@ namespace qz {
 
 bool QzAnnoPaletteAsTable::writeRows(NSTableView& /*tableView*/, const std::vector<int32_t>& rows,
                                      const Ref<NSPasteboard>& toPasteboard) {
+    if (std::ranges::any_of(rows, [this](int32_t row) { return isBelowPalette(row); })) return false;
     std::vector<Ref<NSObject>> numbers;
     for (int32_t row : rows) numbers.push_back(NSNumber::numberWithInt(row));
     toPasteboard->declareType(QzTaviAnnoPalettePboardType);
@@ -18,6 +19,7 @@ uint32_t QzAnnoPaletteAsTable::validateDrop(NSTableView& tableView, const Ref<NS
                                             int32_t proposedRow, NSTableViewDropOperation proposedDropOperation) {
     if (!pasteboard->offersType(QzTaviAnnoPalettePboardType)) return NSDragOperationNone;
     tableView.setDropRow(proposedRow, NSTableViewDropOperation::above);
+    if (isBelowPalette(proposedRow - 1)) return NSDragOperationNone;
     // Between rows the rows may land, on a row they may not.
     return proposedDropOperation == NSTableViewDropOperation::above ? NSDragOperationCopy : NSDragOperationNone;
 }
@@ -31,7 +33,8 @@ bool QzAnnoPaletteAsTable::acceptDrop(NSTableView& tableView, const Ref<NSPasteb
     }
     std::vector<Ref<QzAnnoKey>> reselected;
     for (int32_t selected : tableView.selectedRows()) {
-        if (const auto key = keyOfRow(selected)) reselected.push_back(key);
+        const auto key = isBelowPalette(selected) ? nullptr : keyOfRow(selected);
+        if (key) reselected.push_back(key);
     }
     // What comes from another process may hold anything.
     const auto rows = std::dynamic_pointer_cast<NSArray>(pasteboard->propertyListForType(QzTaviAnnoPalettePboardType));
@@ -39,7 +42,7 @@ bool QzAnnoPaletteAsTable::acceptDrop(NSTableView& tableView, const Ref<NSPasteb
     for (const Ref<NSObject>& element : rows ? rows->elements() : std::vector<Ref<NSObject>>()) {
         const auto number = std::dynamic_pointer_cast<NSNumber>(element);
         const Ref<QzAnnoKey> key = number ? keyOfRow(number->intValue()) : nullptr;
-        if (key) dropped.push_back(key);
+        if (key && !isBelowPalette(number->intValue())) dropped.push_back(key);
     }
 
     Ref<QzAnnoKey> anchor;

@@ -86,6 +86,7 @@ void QzAnnoPaletteAsTable::setAnnotationPalette(const Ref<QzAnnoPalette>& palett
     willChangeValueForKey("palette");
     // The former palette lives to the end of the change, whoever else has let go of it.
     const Ref<QzAnnoPalette> former = std::exchange(annotationPalette_, palette);
+    isSelectionUnderPalette_ = false;
     notifications.removeObserver(this);
     if (outlets_.DBGtext) {
         // The address, cut to the width of the format, as a number that tells two palettes apart.
@@ -122,11 +123,28 @@ void QzAnnoPaletteAsTable::reloadTable(const NSNotification& /*notification*/) {
 // Rows
 
 Ref<QzAnnoKey> QzAnnoPaletteAsTable::keyOfRow(int32_t row) const {
-    return annotationPalette_ ? annotationPalette_->annoKeyAtPriority(maxPriority() - row) : nullptr;
+    if (!annotationPalette_) return {};
+    if (!isBelowPalette(row)) return annotationPalette_->annoKeyAtPriority(maxPriority() - row);
+    const std::vector<Ref<QzAnnoKey>> keys = keysWithoutAnnotation();
+    const auto place = static_cast<size_t>(row - maxPriority() - 1);
+    return place < keys.size() ? keys[place] : nullptr;
+}
+
+std::vector<Ref<QzAnnoKey>> QzAnnoPaletteAsTable::keysWithoutAnnotation() const {
+    std::vector<Ref<QzAnnoKey>> keys;
+    if (!isSelectionUnderPalette_) return keys;
+    for (const Ref<NSSet>& set : {currentSelection_, shadedSelection_, frameSelection_}) {
+        if (!set) continue;
+        for (const Ref<QzAnnoKey>& key : set->objects<QzAnnoKey>()) {
+            if (!key->valid() && std::ranges::find(keys, key) == keys.end()) keys.push_back(key);
+        }
+    }
+    std::ranges::stable_sort(keys, {}, [](const Ref<QzAnnoKey>& key) { return key->name()->characters(); });
+    return keys;
 }
 
 int32_t QzAnnoPaletteAsTable::numberOfRowsInTableView(NSTableView& /*tableView*/) {
-    return annotationPalette_ ? maxPriority() + 1 : 0;
+    return annotationPalette_ ? maxPriority() + 1 + static_cast<int32_t>(keysWithoutAnnotation().size()) : 0;
 }
 
 int32_t QzAnnoPaletteAsTable::stateOfRow(int32_t row, const QzAnnoKey& key) const {
@@ -141,7 +159,7 @@ Ref<NSObject> QzAnnoPaletteAsTable::objectValueForTableColumn(NSTableView& /*tab
     if (hasIdentifier(column, "selectionstate")) return NSNumber::numberWithInt(stateOfRow(row, *key));
     if (hasIdentifier(column, "Annotations")) {
         column.dataCell()->setRepresentedObject(key);
-        return row == maxPriority() ? "Default"_ns : annotationPalette_->lookupAnno(key)->name();
+        return row == maxPriority() ? "Default"_ns : key->name();
     }
     if (hasIdentifier(column, "Frame")) return NSNumber::numberWithBool(annotationPalette_->contains(key));
     return {};
@@ -151,7 +169,13 @@ void QzAnnoPaletteAsTable::willDisplayCell(NSTableView& /*tableView*/, NSCell& c
                                            int32_t row) {
     auto* button = dynamic_cast<NSButtonCell*>(&cell);
     if (hasIdentifier(forColumn, "selectionstate") && button) button->setTransparent(row == maxPriority());
-    if (hasIdentifier(forColumn, "Annotations")) cell.setFont(NSFont::systemFontOfSize(kNameFontSize));
+    if (hasIdentifier(forColumn, "Annotations")) {
+        cell.setFont(NSFont::systemFontOfSize(kNameFontSize));
+        cell.setStruckOut(isBelowPalette(row));
+        const std::string name = isBelowPalette(row) ? cell.stringValue()->utf8() : std::string();
+        cell.setAccessibilityLabel(name.empty() ? nullptr
+                                                : NSString::stringWithUTF8String(name + ", not in the palette"));
+    }
     if (hasIdentifier(forColumn, "Frame") && button) {
         button->setTitle(NSString::stringWithUTF8String(stringWithFormat("%i", {row})));
     }
@@ -169,13 +193,14 @@ void QzAnnoPaletteAsTable::setObjectValue(NSTableView& /*tableView*/, const Ref<
 void QzAnnoPaletteAsTable::renameRow(int32_t row, const Ref<NSObject>& toName) {
     const auto name = std::dynamic_pointer_cast<NSString>(toName);
     const Ref<QzAnnoKey> key = keyOfRow(row);
-    if (!name || !key || row == maxPriority()) return;
+    if (!name || !key || row >= maxPriority()) return;
     replaceAnnoNamed(*annotationPalette_, annotationPalette_->lookupAnno(key), name);
 }
 
 bool QzAnnoPaletteAsTable::shouldEditTableColumn(NSTableView& /*tableView*/, NSTableColumn& column, int32_t row) {
     NSLog("Should edit?\n");
     if (!hasIdentifier(column, "Annotations")) return true;
+    if (isBelowPalette(row)) return false;
     change("editPrio", editPrio_, maxPriority() - row);
     editAnno({});
     return false;
@@ -183,9 +208,11 @@ bool QzAnnoPaletteAsTable::shouldEditTableColumn(NSTableView& /*tableView*/, NST
 
 void QzAnnoPaletteAsTable::tableViewSelectionDidChange(const NSNotification& notification) {
     const auto tableView = std::dynamic_pointer_cast<NSTableView>(notification.object);
-    const int32_t row = tableView ? tableView->selectedRow() : -1;
+    const int32_t selected = tableView ? tableView->selectedRow() : -1;
+    // What has no annotation is neither edited nor deleted.
+    const int32_t row = isBelowPalette(selected) ? -1 : selected;
     change("haveMouseSelected", haveMouseSelected_, row != -1);
-    if (row <= maxPriority()) change("editPrio", editPrio_, maxPriority() - row);
+    change("editPrio", editPrio_, maxPriority() - row);
     change("haveNonGlobalSelected", haveNonGlobalSelected_, editPrio_ > 0);
 }
 
@@ -194,7 +221,8 @@ void QzAnnoPaletteAsTable::tableViewSelectionDidChange(const NSNotification& not
 void QzAnnoPaletteAsTable::annotationChangeSelectionUpdate(const NSNotification& notification) {
     Ref<NSSet> immutable, selected, sparse;
     if (!getImmutableAnnotationKeys(notification.object, immutable, selected, sparse)) return;
-    if (areEqualSets(immutable, frameSelection_) && areEqualSets(selected, currentSelection_) &&
+    const bool wasUnderPalette = std::exchange(isSelectionUnderPalette_, true);
+    if (wasUnderPalette && areEqualSets(immutable, frameSelection_) && areEqualSets(selected, currentSelection_) &&
         areEqualSets(sparse, shadedSelection_)) {
         return;
     }

@@ -19,6 +19,9 @@ inline const Ref<NSString> QzTaviAnnoPalettePboardType = "Tavi Annotation Select
 /// Shows one palette as a table: a row for each annotation, the highest priority first and the global annotation last,
 /// with what the text selection carries, and drives everything that a user does to a palette.
 ///
+/// Below them stand, struck out, the annotations that the selection carries and the palette does not have. They can be
+/// switched off and on; they have no priority, and are neither dragged, renamed, edited nor deleted.
+///
 /// Columns "selectionstate", "Annotations" and "Frame". Observable: "palette", "haveMouseSelected",
 /// "haveNonGlobalSelected" and "editPrio". Follows every notification of its palette. What the palette refuses changes
 /// nothing.
@@ -118,8 +121,11 @@ private:
     QzAnnoPaletteAsTable();
 
     int32_t maxPriority() const { return annotationPalette_ ? annotationPalette_->maxPriority() : 0; }
-    /// None beyond the rows and without a palette.
+    /// Null beyond the rows and without a palette.
     Ref<QzAnnoKey> keyOfRow(int32_t row) const;
+    bool isBelowPalette(int32_t row) const { return row > maxPriority(); }
+    /// The keys of no palette that the selection carries, by name.
+    std::vector<Ref<QzAnnoKey>> keysWithoutAnnotation() const;
     int32_t stateOfRow(int32_t row, const QzAnnoKey& key) const;
     void renameRow(int32_t row, const Ref<NSObject>& toName);
     void forgetRowSelection();
@@ -132,6 +138,8 @@ private:
     Ref<NSSet> currentSelection_;
     Ref<NSSet> shadedSelection_;
     Ref<NSSet> frameSelection_;
+    // Whether the sets were reported while this palette was shown.
+    bool isSelectionUnderPalette_ = false;
     int32_t editPrio_ = 0;
     bool haveMouseSelected_ = false;
     bool haveNonGlobalSelected_ = false;

@@ -32,6 +32,16 @@ public:
     const Ref<NSFont>& font() const { return font_; }
     void setFont(const Ref<NSFont>& font) { font_ = font; }
     ///@}
+    /// Whether a table strikes the text out; false at the start.
+    ///@{
+    bool isStruckOut() const { return isStruckOut_; }
+    void setStruckOut(bool flag) { isStruckOut_ = flag; }
+    ///@}
+    /// What a screen reader says instead of the text; null, as at the start, for the text itself.
+    ///@{
+    const Ref<NSString>& accessibilityLabel() const { return accessibilityLabel_; }
+    void setAccessibilityLabel(const Ref<NSString>& label) { accessibilityLabel_ = label; }
+    ///@}
     /// A number by which the owner knows the cell; 0 at the start.
     ///@{
     int32_t tag() const { return tag_; }
@@ -44,7 +54,9 @@ private:
     Ref<NSObject> objectValue_;
     Ref<NSObject> representedObject_;
     Ref<NSFont> font_;
+    Ref<NSString> accessibilityLabel_;
     int32_t tag_ = 0;
+    bool isStruckOut_ = false;
 };
 
 /// A text.

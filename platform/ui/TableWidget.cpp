@@ -74,10 +74,13 @@ QVariant TableModel::data(const QModelIndex& index, int role) const {
     const NSCell* cell = cellAt(index);
     if (!cell) return {};
     if (role == Qt::FontRole) {
+        if (!cell->font() && !cell->isStruckOut()) return {};
         QFont font;
         if (cell->font()) font.setPointSizeF(cell->font()->pointSize());
-        return cell->font() ? QVariant(font) : QVariant();
+        font.setStrikeOut(cell->isStruckOut());
+        return font;
     }
+    if (role == Qt::AccessibleTextRole && cell->accessibilityLabel()) return toQt(*cell->accessibilityLabel());
     const auto* button = dynamic_cast<const NSButtonCell*>(cell);
     if (!button) return role == Qt::CheckStateRole ? QVariant() : toQt(*cell->stringValue());
     if (role == Qt::CheckStateRole) return button->isTransparent() ? QVariant() : QVariant(checkState(*button));

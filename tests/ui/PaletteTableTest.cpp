@@ -71,6 +71,30 @@ TEST_F(PaletteTable, switchesAnnotationsByClicks) {
     }
 }
 
+TEST_F(PaletteTable, showsWhatTheSelectionCarriesAndThePaletteDoesNotHave) {
+    showDocument();
+    const auto loose = QzAnnoKey::keyWithName("Lost"_ns);
+    setTitle("abcd", {{loose, {0, 2}}});
+    view->setSelectedRange({0, 1});
+    ASSERT_EQ(order(), "D C B A Default Lost ");
+    const auto name = tableWidget()->model()->index(5, 1);
+    EXPECT_TRUE(name.data(Qt::FontRole).value<QFont>().strikeOut());
+    EXPECT_EQ(name.data(Qt::AccessibleTextRole), "Lost, not in the palette");
+    EXPECT_FALSE(name.siblingAtRow(4).data(Qt::FontRole).value<QFont>().strikeOut());
+    click(5, 1);
+    EXPECT_FALSE(table().haveMouseSelected());
+    table().deleteAnno({});
+    tableWidget()->model()->setData(name, "Found", Qt::EditRole);
+    EXPECT_EQ(order(), "D C B A Default Lost ") << "neither deleted nor renamed";
+    click(5, 0);
+    EXPECT_EQ(coverage(), " Lost   ");
+    EXPECT_EQ(order(), "D C B A Default ") << "switched off for the selection";
+    view->setSelectedRange({0, 2});
+    EXPECT_EQ(stateOf(5), Qt::PartiallyChecked);
+    click(5, 0);
+    EXPECT_EQ(coverage(), "Lost Lost   ") << "and on";
+}
+
 TEST_F(PaletteTable, renamesAnyRowButTheGlobalOne) {
     auto* model = tableWidget()->model();
     model->setData(model->index(1, 1), "Lower Third", Qt::EditRole);
@@ -256,6 +280,15 @@ TEST_F(PaletteTableDrop, refusesRowsOnARowAndForeignData) {
     EXPECT_FALSE(drop({2}, 0, on));
     EXPECT_FALSE(drop({2}, 0, above, "text/plain"));
     EXPECT_EQ(order(), "D C B A Default ");
+}
+
+TEST_F(PaletteTableDrop, leavesRowsBelowThePaletteWhereTheyAre) {
+    setTitle("a", {{QzAnnoKey::keyWithName("Lost"_ns), {0, 1}}});
+    view->setSelectedRange({0, 1});
+    drop({5}, 0, above);
+    EXPECT_EQ(carried_, "nothing");
+    EXPECT_FALSE(drop({0}, 5, below));
+    EXPECT_EQ(order(), "D C B A Default Lost ");
 }
 
 TEST_F(PaletteTableDrop, survivesRowsThatAreNone) {
