@@ -28,8 +28,10 @@ public:
     /// Null until somebody has asked for the key.
     Ref<QzAnnoKey> find(std::string_view name, int nth = 1) const {
         const auto found = keys_.find({std::string(name), nth});
-        // An adopted key may have got another name since.
-        return found != keys_.end() && found->second->name()->utf8() == name ? found->second : nullptr;
+        if (found == keys_.end()) return {};
+        // An adopted key may be back in its palette, or have got another name, since.
+        const Ref<QzAnnoKey>& key = found->second;
+        return !key->valid() && key->name()->utf8() == name ? key : nullptr;
     }
 
     /// Makes a key that texts already use the one of its name, unless there is one.

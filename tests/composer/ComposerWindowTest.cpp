@@ -377,6 +377,7 @@ TEST_F(Composer, recoversWhatCrashesLeftAndNothingElse) {
     EXPECT_TRUE(files().isEmpty()) << "nothing edited, nothing kept";
     key(Qt::Key_End, Qt::ControlModifier);
     QTest::keyClicks(window.textWidget(), " kept");
+    document->palette()->removeAnno(keyOf("Role"));
     QTRY_COMPARE_WITH_TIMEOUT(files().size(), 1, 5000);
     EXPECT_TRUE(Recovery::leftBehind(place).isEmpty()) << "its process lives";
     // A process that ends without tidying up leaves its file and its lock.
@@ -420,7 +421,11 @@ TEST_F(Composer, recoversWhatCrashesLeftAndNothingElse) {
         EXPECT_EQ(files().size(), 4) << "what was recovered is kept again until it is saved";
         ASSERT_EQ(other->titles().size(), 8u);
         EXPECT_THAT(other->title()->string()->utf8(), HasSubstr("program kept"));
-        EXPECT_TRUE(other->title()->annotation(other->palette()->findAnnoKey("Role"_ns), 20));
+        const auto keys = other->title()->annotationsAtIndex(20)->objects<QzAnnoKey>();
+        EXPECT_TRUE(std::ranges::any_of(keys, [](const auto& each) { return each->name()->utf8() == "Role"; }))
+            << "a name that the palette lacks is kept too";
+        EXPECT_TRUE(other->title()->annotation(other->palette()->findAnnoKey("Lower Third"_ns), 20));
+        EXPECT_THAT(next.windowTitle().toStdString(), HasSubstr("first-title.vtt[*] – broadcast.plist"));
         EXPECT_EQ(other->titles()[1].start, 4.5);
         EXPECT_THAT(other->titles()[0].source->preamble, HasSubstr("NOTE"));
         EXPECT_TRUE(next.isWindowModified()) << "it is in no file of the user's";
