@@ -378,7 +378,7 @@ TEST_F(Composer, recoversWhatCrashesLeftAndNothingElse) {
     key(Qt::Key_End, Qt::ControlModifier);
     QTest::keyClicks(window.textWidget(), " kept");
     document->palette()->removeAnno(keyOf("Role"));
-    QTRY_COMPARE_WITH_TIMEOUT(files().size(), 1, 5000);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return files().size() == 1; }));
     EXPECT_TRUE(Recovery::leftBehind(place).isEmpty()) << "its process lives";
     // A process that ends without tidying up leaves its file and its lock.
     const auto crash = [&] {
@@ -441,7 +441,8 @@ TEST_F(Composer, recoversWhatCrashesLeftAndNothingElse) {
         EXPECT_EQ(other->titles().size(), 8u) << "the document stays as it was";
     }
     ASSERT_TRUE(window.saveTitles(folder.file("saved.vtt")));
-    QTRY_COMPARE_WITH_TIMEOUT(files().size(), 2, 5000);
+    ASSERT_TRUE(window.savePalette(folder.file("saved.plist")));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return files().size() == 2; }));
     EXPECT_LE(QDir(place).entryList({"*.lock"}, QDir::Files).size(), 1) << "nor do locks of the dead stay";
 }
 

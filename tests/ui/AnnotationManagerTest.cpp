@@ -55,7 +55,7 @@ TEST_F(AnnotationManager, keepsWhereWindowsStandWhileTheScreenIsThere) {
     left.setGeometry(40, 50, 300, 200);
     left.show();
     left.move(41, 51);
-    QTRY_VERIFY(defaults.hasValueForKey("NSWindow Frame Test"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return defaults.hasValueForKey("NSWindow Frame Test"); }));
     keepFrame(next, "Test");
     ASSERT_TRUE(restoreFrame(next));
     EXPECT_EQ(next.geometry(), QRect(41, 51, 300, 200));
