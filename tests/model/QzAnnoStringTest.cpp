@@ -107,5 +107,46 @@ TEST_F(QzAnnoStringTest, RunsOfTheSameKeysShareASet) {
     EXPECT_EQ(runs[0].keys, runs[2].keys);
 }
 
+TEST_F(QzAnnoStringTest, RunIsWhereNoKeyChangesInsideTheLimit) {
+    const auto string = overlapping();
+    const Range untouched{77, 77};
+    const struct {
+        uint32_t index;
+        Range limit;
+        std::optional<std::vector<Ref<QzAnnoKey>>> keys;  // none: refused
+        Range run;
+    } cases[] = {
+        {2, {0, 5}, {{a, b}}, {2, 1}},
+        {0, {0, 5}, {{a}}, {0, 2}},
+        {4, {0, 5}, {{b}}, {3, 2}},
+        {4, {4, 1}, {{b}}, {4, 1}},
+        {1, {1, 4}, {{a}}, {1, 1}},
+        {5, {0, 5}, {}, untouched},
+        {0, {1, 4}, {}, untouched},                    // before the limit
+        {3, {0, 3}, {}, untouched},                    // after the limit
+        {3, {2, 4}, {}, untouched},                    // the limit leaves the text
+        {0, {5, 0xFFFFFFFF}, {}, untouched},           // its end wraps in 32 bits
+        {0xFFFFFFFF, {0, 0xFFFFFFFF}, {}, untouched},  // so does the index
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.index << " in " << c.limit.location << " + " << c.limit.length);
+        Range run = untouched;
+        const Ref<NSSet> keys = string->annotationsAtIndex(c.index, &run, c.limit);
+        ASSERT_EQ(keys != nullptr, c.keys.has_value());
+        if (keys) {
+            EXPECT_EQ(keysOf(keys), *c.keys);
+            EXPECT_EQ(keysOf(string->annotationsAtIndex(c.index, nullptr, c.limit)), *c.keys);
+        }
+        EXPECT_EQ(run, c.run);
+        run = untouched;
+        const bool holds = string->annotation(a, c.index, &run, c.limit);
+        EXPECT_EQ(holds, keys && keys->containsObject(*a));
+        EXPECT_EQ(run, keys ? intersection({c.index < 3 ? 0u : 3u, c.index < 3 ? 3u : 2u}, c.limit) : untouched);
+    }
+    Range run;
+    EXPECT_TRUE(string->annotationsAtIndex(0, &run));
+    EXPECT_EQ(run, (Range{0, 2})) << "without a limit, the whole text";
+}
+
 }  // namespace
 }  // namespace qz
