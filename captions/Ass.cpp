@@ -11,7 +11,7 @@
 namespace qz {
 namespace {
 
-/// The look of a script's style; none for a name that no style has.
+/// The look of a script's style; empty if no style has that name.
 std::optional<CaptionLook> lookOfStyle(const AssScript& script, const CueSpan& span, const CueNames& names,
                                        CaptionProblems& problems) {
     const auto place = script.stylePlaces.find(span.name);

@@ -2,13 +2,10 @@
 
 #include <algorithm>
 
+#include "captions/AsciiText.h"
+
 namespace qz {
 namespace {
-
-std::string_view trimmed(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
-    return text.substr(0, text.find_last_not_of(" \t") + 1);
-}
 
 AssOverride overrideOf(std::string_view text) {
     // No override has a longer name.

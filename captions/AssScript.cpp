@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "captions/AsciiText.h"
 #include "captions/CaptionEncoding.h"
 #include "captions/PadPlace.h"
 #include "platform/foundation/DiagnosticText.h"
@@ -16,14 +17,8 @@ constexpr std::string_view kBlanks = " \t\f";
 // Wider than any screen and longer than any font; keeps sums exact.
 constexpr double kNumberMax = 1e6;
 
-std::string_view trimmed(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
-}
-
 bool equalNames(std::string_view a, std::string_view b) {
-    const auto lowered = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c; };
-    return std::ranges::equal(a, b, {}, lowered, lowered);
+    return lowered(a) == lowered(b);
 }
 
 std::optional<double> parsedNumber(std::string_view text) {
@@ -65,7 +60,7 @@ public:
         const auto found = std::ranges::find_if(names_, [&](std::string_view each) { return equalNames(each, name); });
         return found == names_.end() ? std::string_view() : values_[static_cast<size_t>(found - names_.begin())];
     }
-    std::string_view text(std::string_view name) const { return trimmed(raw(name)); }
+    std::string_view text(std::string_view name) const { return trimmed(raw(name), kBlanks); }
 
     /// Columns whose values cannot be read keep what they had.
     void read(std::string_view name, double& number) { take(name, number, parsedNumber(text(name))); }
@@ -108,7 +103,7 @@ std::vector<std::string_view> columnNames(std::string_view list) {
     std::vector<std::string_view> names;
     while (!list.empty() && names.size() < kColumnsMax) {
         const size_t end = std::min(list.find(','), list.size());
-        names.push_back(trimmed(list.substr(0, end)));
+        names.push_back(trimmed(list.substr(0, end), kBlanks));
         list.remove_prefix(std::min(end + 1, list.size()));
     }
     return names;
@@ -150,14 +145,14 @@ private:
     void tellNotShown(std::string message) { problems_.addOnce(CaptionProblem::notShown, line_, std::move(message)); }
 
     void parseLine(std::string_view line) {
-        const std::string_view content = trimmed(line);
+        const std::string_view content = trimmed(line, kBlanks);
         if (content.empty() || content.starts_with(';') || content.starts_with("!:")) return;
         if (content.starts_with('[') && content.ends_with(']')) return beginSection(content);
         const size_t colon = line.find(':');
         if (section_ == Section::none || colon == std::string_view::npos) return;
-        const std::string_view name = trimmed(line.substr(0, colon));
+        const std::string_view name = trimmed(line.substr(0, colon), kBlanks);
         std::string_view value = line.substr(colon + 1);
-        if (section_ == Section::info) return readInfo(name, trimmed(value));
+        if (section_ == Section::info) return readInfo(name, trimmed(value, kBlanks));
         if (equalNames(name, "Format")) {
             columns_ = columnNames(value);
         } else if (section_ == Section::events) {
@@ -320,7 +315,7 @@ private:
 }  // namespace
 
 std::optional<CaptionColour> parsedAssColour(std::string_view text) {
-    text = trimmed(text);
+    text = trimmed(text, kBlanks);
     int base = 10;
     if (text.starts_with("&H") || text.starts_with("&h") || text.starts_with("0x")) {
         base = 16;

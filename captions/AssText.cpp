@@ -6,6 +6,7 @@
 #include <cmath>
 #include <optional>
 
+#include "captions/AsciiText.h"
 #include "captions/AssOverride.h"
 #include "captions/PadPlace.h"
 #include "platform/foundation/DiagnosticText.h"
@@ -14,11 +15,6 @@
 
 namespace qz {
 namespace {
-
-std::string_view trimmed(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
-    return text.substr(0, text.find_last_not_of(" \t") + 1);
-}
 
 /// "pos(320,240)"
 std::optional<std::pair<double, double>> pointOf(std::string_view text) {

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <iterator>
 
+#include "captions/AsciiText.h"
+
 namespace qz {
 namespace {
 
@@ -84,9 +86,7 @@ std::string nameOfColour(const CaptionColour& colour) {
 }
 
 std::optional<CaptionColour> parsedCssColour(std::string_view text) {
-    std::string small(text);
-    std::ranges::transform(small, small.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c; });
+    const std::string small = lowered(text);
     if (small.starts_with('#')) return colourOfDigits(std::string_view(small).substr(1));
     const auto* const found = std::ranges::lower_bound(kNamed, std::string_view(small), {}, &NamedColour::name);
     if (found != std::end(kNamed) && found->name == small) return colourOf(found->rgb << 8 | 0xFF);

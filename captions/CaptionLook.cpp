@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "captions/AsciiText.h"
 #include "captions/AssLook.h"
 #include "platform/text/LanguageTag.h"
 
@@ -15,13 +16,6 @@ std::string identityOf(const std::optional<bool>& flag) {
 
 std::string identityOf(const std::optional<CaptionColour>& colour) {
     return colour ? nameOfColour(*colour) : "-";
-}
-
-std::string lowered(std::string_view text) {
-    std::string small(text);
-    std::ranges::transform(small, small.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c; });
-    return small;
 }
 
 }  // namespace

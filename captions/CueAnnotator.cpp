@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "captions/AsciiText.h"
 #include "platform/foundation/DiagnosticText.h"
 
 namespace qz {
@@ -132,11 +133,8 @@ Ref<QzAnnoKey> CueAnnotator::find(const CueSpan& span, const QzAnnoPalette& pale
             return key ? key : named(spaced);
         }
         case CueSpan::colour: {
-            std::string small = span.name;
-            std::ranges::transform(small, small.begin(),
-                                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c; });
             const Ref<QzAnnoKey> key = named(span.name);
-            return key ? key : named(small);
+            return key ? key : named(lowered(span.name));
         }
         case CueSpan::voice: {
             const Ref<QzAnnoKey> key = span.name.empty() ? nullptr : named(span.name);

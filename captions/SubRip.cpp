@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "captions/AsciiText.h"
 #include "captions/CaptionEncoding.h"
 #include "captions/CueAnnotator.h"
 #include "captions/SubRipText.h"
@@ -19,23 +20,14 @@ constexpr std::string_view kBlanks = " \t\f";
 // More digits than any programme lasts would pass what a double counts exactly.
 constexpr size_t kDigitsMax = 9;
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-std::string_view trimmed(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
-}
-
 bool isNumber(std::string_view line) {
-    line = trimmed(line);
+    line = trimmed(line, kBlanks);
     return !line.empty() && std::ranges::all_of(line, isDigit);
 }
 
 /// Whether a line is one of times, well or badly written: "1:02 -> 1:04".
 bool isTimeLine(std::string_view line) {
-    line = trimmed(line);
+    line = trimmed(line, kBlanks);
     const size_t arrow = line.find("->");
     return !line.empty() && isDigit(line.front()) && arrow != std::string_view::npos && line.find(':') < arrow;
 }
@@ -65,7 +57,7 @@ public:
         if (arrow == 0 || arrow == std::string_view::npos || rest_[arrow] != '>') return false;
         rest_.remove_prefix(arrow + 1);
         if (!readTime(cue.end)) return false;
-        rest_ = trimmed(rest_);
+        rest_ = trimmed(rest_, kBlanks);
         return true;
     }
 
@@ -155,7 +147,7 @@ public:
     }
 
 private:
-    bool isBlank(size_t line) const { return trimmed(lines_[line]).empty(); }
+    bool isBlank(size_t line) const { return trimmed(lines_[line], kBlanks).empty(); }
     bool isCueStart(size_t line) const {
         return isTimeLine(lines_[line]) ||
                (isNumber(lines_[line]) && line + 1 < lines_.size() && isTimeLine(lines_[line + 1]));
@@ -168,7 +160,7 @@ private:
 
     void readCue() {
         CaptionCue cue;
-        if (!isTimeLine(lines_[next_])) cue.identifier = trimmed(lines_[next_++]);
+        if (!isTimeLine(lines_[next_])) cue.identifier = trimmed(lines_[next_++], kBlanks);
         const size_t timeLine = next_++;
         cue.line = numberOf(timeLine);
         const bool isWhole = readTimes(timeLine, cue);

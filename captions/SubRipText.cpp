@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "captions/AsciiText.h"
 #include "captions/AssOverride.h"
 #include "captions/AssScript.h"
 #include "captions/CharacterReference.h"
@@ -17,21 +18,6 @@ constexpr std::string_view kSpace = " \t\f\n";
 // The longest of what is taken for a tag; more is text between two signs.
 constexpr size_t kTagBytesMax = 400;
 
-char lowered(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c;
-}
-
-std::string lowered(std::string_view text) {
-    std::string small(text);
-    std::ranges::transform(small, small.begin(), [](char c) { return lowered(c); });
-    return small;
-}
-
-std::string_view trimmed(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kSpace), text.size()));
-    return text.substr(0, text.find_last_not_of(kSpace) + 1);
-}
-
 /// `color="#ff0000" size=20`, attribute by attribute.
 struct Attribute {
     std::string name;
@@ -39,12 +25,12 @@ struct Attribute {
 };
 
 Attribute takeAttribute(std::string_view& rest) {
-    rest = trimmed(rest);
+    rest = trimmed(rest, kSpace);
     const size_t nameEnd = std::min(rest.find_first_of("= \t\f\n"), rest.size());
     Attribute attribute{lowered(rest.substr(0, nameEnd)), {}};
-    rest = trimmed(rest.substr(nameEnd));
+    rest = trimmed(rest.substr(nameEnd), kSpace);
     if (!rest.starts_with('=')) return attribute;
-    rest = trimmed(rest.substr(1));
+    rest = trimmed(rest.substr(1), kSpace);
     if (rest.starts_with('"') || rest.starts_with('\'')) {
         const size_t end = std::min(rest.find(rest.front(), 1), rest.size());
         attribute.value = rest.substr(1, end - 1);
@@ -54,7 +40,7 @@ Attribute takeAttribute(std::string_view& rest) {
         attribute.value = rest.substr(0, end);
         rest.remove_prefix(end);
     }
-    attribute.value = trimmed(attribute.value);
+    attribute.value = trimmed(attribute.value, kSpace);
     return attribute;
 }
 
@@ -84,7 +70,7 @@ public:
     bool addTag(std::string_view inside, bool isInBraces) {
         const bool isEnd = inside.starts_with('/');
         if (isEnd) inside.remove_prefix(1);
-        inside = trimmed(inside);
+        inside = trimmed(inside, kSpace);
         const size_t nameEnd = std::min(inside.find_first_of(" \t\f\n/"), inside.size());
         const std::string name = lowered(inside.substr(0, nameEnd));
         const std::string_view rest = inside.substr(nameEnd);
@@ -187,7 +173,7 @@ private:
 
     std::string colourOf(std::string_view attributes) {
         std::string colour = wantedColour();
-        while (!trimmed(attributes).empty()) {
+        while (!trimmed(attributes, kSpace).empty()) {
             const Attribute attribute = takeAttribute(attributes);
             if (attribute.name == "color" && !attribute.value.empty())
                 colour = attribute.value;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "captions/AsciiText.h"
 #include "captions/CaptionEncoding.h"
 #include "captions/CueAnnotator.h"
 #include "captions/CueSettings.h"
@@ -15,10 +16,6 @@ namespace {
 
 constexpr std::string_view kArrow = "-->";
 constexpr std::string_view kBlanks = " \t\f";
-
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 // A line that begins with the word and ends, or goes on with a blank, behind it.
 bool beginsWithWord(std::string_view line, std::string_view word) {

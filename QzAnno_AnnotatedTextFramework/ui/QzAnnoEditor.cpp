@@ -51,7 +51,7 @@ std::string nameShown(const QzAnnoKey& key) {
     return key.isDefault() ? "Default" : key.name()->utf8();
 }
 
-/// The numbers of bounding margins; 0 for each that there is not.
+/// The numbers of bounding margins; 0 in place of a missing one.
 std::array<double, 4> marginsOf(const Ref<NSObject>& value) {
     std::array<double, 4> margins{};
     const auto array = std::dynamic_pointer_cast<NSArray>(value);

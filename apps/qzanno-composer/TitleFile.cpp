@@ -95,7 +95,7 @@ std::optional<WrittenTitles> titlesAsCaptions(TitleFile titles, const QzAnnoPale
 
 using WholeReader = std::optional<CaptionFile> (*)(const NSData&, const CueNames&, CaptionProblem*);
 
-/// Null for what is no file of captions.
+/// Null unless the file is one of captions.
 WholeReader readerOf(const std::string& path) {
     constexpr std::pair<std::string_view, WholeReader> kReaders[] = {
         {".vtt", readWebVTT}, {".srt", readSubRip}, {".ass", readAss}, {".ssa", readAss}};

@@ -1,10 +1,10 @@
 #include "apps/qzanno/TitleReader.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <iterator>
 
 #include "apps/qzanno/ArchiveFile.h"
+#include "apps/qzanno/FileEndings.h"
 #include "captions/Ass.h"
 #include "captions/PlainText.h"
 #include "captions/SubRip.h"
@@ -20,9 +20,7 @@ Kind kindOf(const std::string& path) {
     static constexpr std::pair<std::string_view, Kind> kinds[] = {
         {".srt", Kind::subRip}, {".vtt", Kind::webVTT}, {".ass", Kind::ass},
         {".ssa", Kind::ass},    {".txt", Kind::text},   {".annostring", Kind::archive}};
-    std::string ending = std::filesystem::path(path).extension().string();
-    for (char& c : ending) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    const auto* const found = std::ranges::find(kinds, ending, &std::pair<std::string_view, Kind>::first);
+    const auto* const found = std::ranges::find(kinds, endingOf(path), &std::pair<std::string_view, Kind>::first);
     return found == std::end(kinds) ? Kind::unknown : found->second;
 }
 
