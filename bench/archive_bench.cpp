@@ -2,15 +2,15 @@
 
 #include <benchmark/benchmark.h>
 
-#include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/foundation/NSUnarchiver.h"
-#include "platform/graphics/NSColor.h"
+#include "QzAnno/archive/QzTokeningArchiver.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
+#include "QzAnno/platform/graphics/NSColor.h"
 
 namespace qz {
 namespace {

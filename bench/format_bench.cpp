@@ -3,9 +3,9 @@
 
 #include <benchmark/benchmark.h>
 
-#include "QzAnno_AnnotatedTextFramework/format/QzAnnoStringFormatter.h"
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "platform/foundation/NSNumber.h"
+#include "QzAnno/format/QzAnnoStringFormatter.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
 
 namespace qz {
 namespace {

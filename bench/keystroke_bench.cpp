@@ -10,14 +10,14 @@
 
 #include <benchmark/benchmark.h>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/ui/QzAnnotationManager.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/platform/foundation/Files.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/graphics/NSColor.h"
+#include "QzAnno/platform/ui/NSApplication.h"
+#include "QzAnno/ui/QzAnnotationManager.h"
 #include "apps/qzanno-composer/ComposerWindow.h"
-#include "platform/foundation/Files.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/graphics/NSColor.h"
-#include "platform/ui/NSApplication.h"
 
 namespace qz::composer {
 namespace {

@@ -4,11 +4,11 @@
 
 #include <benchmark/benchmark.h>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/text/AttributeNames.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/render/QzAnnoStringToScreen.h"
 
 namespace qz {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
 
 namespace qz {
 namespace {

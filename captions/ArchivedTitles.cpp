@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "QzAnno_AnnotatedTextFramework/archive/QzAnnoArchiver.h"
-#include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
+#include "QzAnno/archive/QzAnnoArchiver.h"
+#include "QzAnno/archive/QzTokeningArchiver.h"
+#include "QzAnno/platform/foundation/NSArray.h"
 #include "captions/KeyExchange.h"
-#include "platform/foundation/NSArray.h"
 
 namespace qz {
 namespace {

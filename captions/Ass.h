@@ -3,8 +3,8 @@
 #include <optional>
 #include <vector>
 
+#include "QzAnno/platform/foundation/NSData.h"
 #include "captions/CaptionFile.h"
-#include "platform/foundation/NSData.h"
 
 namespace qz {
 

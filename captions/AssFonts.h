@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "platform/foundation/NSString.h"
-#include "platform/text/NSFont.h"
+#include "QzAnno/platform/foundation/NSString.h"
+#include "QzAnno/platform/text/NSFont.h"
 
 namespace qz {
 

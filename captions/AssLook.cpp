@@ -4,12 +4,12 @@
 #include <cmath>
 #include <cstdio>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSNumber.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/palette/QzBBoxInfo.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/text/NSParagraphStyle.h"
 #include "platform/graphics/StraightColor.h"
-#include "platform/text/NSParagraphStyle.h"
 
 namespace qz {
 namespace {

@@ -3,7 +3,7 @@
 #include <set>
 #include <string>
 
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
 #include "captions/AssFonts.h"
 #include "captions/AssScript.h"
 

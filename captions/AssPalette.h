@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/platform/foundation/ObjectMap.h"
+#include "QzAnno/platform/graphics/NSColor.h"
 #include "captions/AssScript.h"
-#include "platform/foundation/ObjectMap.h"
-#include "platform/graphics/NSColor.h"
 
 namespace qz {
 

@@ -4,11 +4,11 @@
 #include <charconv>
 #include <cmath>
 
+#include "QzAnno/platform/foundation/Limits.h"
 #include "captions/AsciiText.h"
 #include "captions/CaptionEncoding.h"
 #include "captions/PadPlace.h"
 #include "platform/foundation/DiagnosticText.h"
-#include "platform/foundation/Limits.h"
 
 namespace qz {
 namespace {

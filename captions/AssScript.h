@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
+#include "QzAnno/platform/foundation/NSData.h"
 #include "captions/CaptionColour.h"
 #include "captions/CaptionProblem.h"
-#include "platform/foundation/NSData.h"
 
 namespace qz {
 

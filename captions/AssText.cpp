@@ -6,12 +6,12 @@
 #include <cmath>
 #include <optional>
 
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSString.h"
 #include "captions/AsciiText.h"
 #include "captions/AssOverride.h"
 #include "captions/PadPlace.h"
 #include "platform/foundation/DiagnosticText.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/foundation/NSString.h"
 
 namespace qz {
 namespace {

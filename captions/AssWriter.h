@@ -4,8 +4,8 @@
 #include <set>
 #include <string>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
 #include "captions/AssLook.h"
 #include "captions/PlacementAnnos.h"
 

@@ -5,7 +5,7 @@
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
 
-#include "platform/foundation/NSString.h"
+#include "QzAnno/platform/foundation/NSString.h"
 
 namespace qz {
 namespace {

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "QzAnno/platform/foundation/NSData.h"
 #include "captions/CaptionProblem.h"
-#include "platform/foundation/NSData.h"
 
 namespace qz {
 

@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
+#include "QzAnno/platform/foundation/NSData.h"
 #include "captions/CaptionProblem.h"
 #include "captions/CueNames.h"
 #include "captions/CuePlacement.h"
-#include "platform/foundation/NSData.h"
 
 namespace qz {
 

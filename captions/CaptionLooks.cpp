@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/palette/QzBBoxInfo.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/graphics/NSColor.h"
 #include "captions/AssPalette.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/graphics/NSColor.h"
 
 namespace qz {
 namespace {

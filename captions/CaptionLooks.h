@@ -6,9 +6,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/platform/foundation/NSGeometry.h"
 #include "captions/CaptionLook.h"
-#include "platform/foundation/NSGeometry.h"
 
 namespace qz {
 

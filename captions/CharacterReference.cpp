@@ -4,8 +4,8 @@
 #include <charconv>
 #include <cstdint>
 
+#include "QzAnno/platform/foundation/NSString.h"
 #include "captions/NamedCharacters.h"
-#include "platform/foundation/NSString.h"
 
 namespace qz {
 namespace {

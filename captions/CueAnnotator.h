@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
 #include "captions/CaptionProblem.h"
 #include "captions/CueNames.h"
 #include "captions/CueText.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
 #include "captions/CaptionLooks.h"
 #include "captions/LooseKeys.h"
 

@@ -6,9 +6,9 @@
 #include <optional>
 #include <utility>
 
+#include "QzAnno/platform/foundation/NSString.h"
 #include "captions/CharacterReference.h"
 #include "platform/foundation/DiagnosticText.h"
-#include "platform/foundation/NSString.h"
 
 namespace qz {
 namespace {

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "QzAnno/platform/foundation/Range.h"
 #include "captions/CaptionProblem.h"
-#include "platform/foundation/Range.h"
 
 namespace qz {
 

@@ -5,10 +5,10 @@
 #include <set>
 #include <utility>
 
+#include "QzAnno/platform/foundation/Limits.h"
 #include "captions/CueAnnotator.h"
 #include "captions/CueText.h"
 #include "captions/KeyExchange.h"
-#include "platform/foundation/Limits.h"
 
 namespace qz {
 namespace {

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno/model/QzAnnoString.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
 
 namespace qz {
 

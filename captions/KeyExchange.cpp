@@ -1,6 +1,6 @@
 #include "captions/KeyExchange.h"
 
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
 
 namespace qz {
 

@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzAnnoString.h"
+#include "QzAnno/model/QzAnnoString.h"
 
 namespace qz {
 

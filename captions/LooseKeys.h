@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzAnnoKey.h"
+#include "QzAnno/model/QzAnnoKey.h"
 
 namespace qz {
 

@@ -4,11 +4,11 @@
 #include <map>
 #include <optional>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/platform/foundation/NSGeometry.h"
+#include "QzAnno/platform/text/NSParagraphStyle.h"
 #include "captions/CuePlacement.h"
-#include "platform/foundation/NSGeometry.h"
-#include "platform/text/NSParagraphStyle.h"
 
 namespace qz {
 

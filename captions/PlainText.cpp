@@ -1,7 +1,7 @@
 #include "captions/PlainText.h"
 
+#include "QzAnno/platform/foundation/Limits.h"
 #include "captions/CaptionEncoding.h"
-#include "platform/foundation/Limits.h"
 
 namespace qz {
 

@@ -2,9 +2,9 @@
 
 #include <optional>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
+#include "QzAnno/platform/foundation/NSData.h"
 #include "captions/CaptionProblem.h"
-#include "platform/foundation/NSData.h"
 
 namespace qz {
 

@@ -6,12 +6,12 @@
 #include <string>
 #include <string_view>
 
+#include "QzAnno/platform/foundation/Limits.h"
 #include "captions/AsciiText.h"
 #include "captions/CaptionEncoding.h"
 #include "captions/CueAnnotator.h"
 #include "captions/SubRipText.h"
 #include "platform/foundation/DiagnosticText.h"
-#include "platform/foundation/Limits.h"
 
 namespace qz {
 namespace {

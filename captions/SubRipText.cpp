@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <optional>
 
+#include "QzAnno/platform/foundation/NSString.h"
 #include "captions/AsciiText.h"
 #include "captions/AssOverride.h"
 #include "captions/AssScript.h"
 #include "captions/CharacterReference.h"
 #include "captions/PadPlace.h"
 #include "platform/foundation/DiagnosticText.h"
-#include "platform/foundation/NSString.h"
 
 namespace qz {
 namespace {

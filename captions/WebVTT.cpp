@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <utility>
 
+#include "QzAnno/platform/foundation/Limits.h"
 #include "captions/AsciiText.h"
 #include "captions/CaptionEncoding.h"
 #include "captions/CueAnnotator.h"
 #include "captions/CueSettings.h"
 #include "captions/CueText.h"
 #include "platform/foundation/DiagnosticText.h"
-#include "platform/foundation/Limits.h"
 
 namespace qz {
 namespace {

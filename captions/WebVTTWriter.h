@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
 #include "captions/CaptionFile.h"
 
 namespace qz {

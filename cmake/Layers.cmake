@@ -2,7 +2,7 @@
 # more, so a call that points upward does not link.
 
 add_library(qz_options INTERFACE)
-target_include_directories(qz_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_include_directories(qz_options INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/QzAnno_AnnotatedTextFramework/include)
 # What an assertion prints names the file from the project's folder on, on whatever machine it was built.
 target_compile_options(qz_options INTERFACE "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
 target_compile_options(qz_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor -Woverloaded-virtual)
@@ -18,21 +18,12 @@ if(QZANNO_SANITIZE)
   add_link_options(-fsanitize=${QZANNO_SANITIZE})
 endif()
 
-# qz_layer(NAME SOURCES file... [HEADERS file...] [COMPONENT component] [LINKS library...]): an object library qz_NAME of the
-# current folder. HEADERS are the public ones: they are installed under their path in this tree, with the component, by default
-# dev; other headers are private to the tree.
+# qz_layer(NAME SOURCES file... [LINKS library...]): an object library qz_NAME of the current folder. Headers beside the sources
+# are private to the tree; a layer's public ones are in the folder of its name below include/QzAnno.
 function(qz_layer name)
-  cmake_parse_arguments(layer "" "COMPONENT" "SOURCES;HEADERS;LINKS" ${ARGN})
-  if(NOT layer_COMPONENT)
-    set(layer_COMPONENT dev)
-  endif()
+  cmake_parse_arguments(layer "" "" "SOURCES;LINKS" ${ARGN})
   add_library(qz_${name} OBJECT ${layer_SOURCES})
   target_link_libraries(qz_${name} PRIVATE qz_options PUBLIC ${layer_LINKS})
-  file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
-  install(FILES ${layer_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/QzAnno/${folder} COMPONENT ${layer_COMPONENT})
-  # For the API reference.
-  list(TRANSFORM layer_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
-  set_property(GLOBAL APPEND PROPERTY QZANNO_PUBLIC_HEADERS ${layer_HEADERS})
 endfunction()
 
 # qz_export_only(LIBRARY script): the shared library shows what the linker's version script names, and nothing else of what it

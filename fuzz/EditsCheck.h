@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
 
 namespace qz::fuzz {
 

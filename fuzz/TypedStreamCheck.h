@@ -3,9 +3,9 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/NSArchiver.h"
-#include "platform/foundation/NSUnarchiver.h"
-#include "platform/foundation/TypedStreamListing.h"
+#include "QzAnno/platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
+#include "QzAnno/platform/foundation/TypedStreamListing.h"
 
 namespace qz::test {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/foundation/NSUndoManager.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSUndoManager.h"
 
 namespace qz::fuzz {
 

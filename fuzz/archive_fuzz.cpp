@@ -3,10 +3,10 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
-#include "QzAnno_AnnotatedTextFramework/format/QzAnnoStringFormatter.h"
+#include "QzAnno/archive/QzTokeningArchiver.h"
+#include "QzAnno/format/QzAnnoStringFormatter.h"
+#include "QzAnno/platform/foundation/NSArray.h"
 #include "fuzz/Fuzzing.h"
-#include "platform/foundation/NSArray.h"
 
 namespace qz {
 namespace {

@@ -2,11 +2,11 @@
 #include <fstream>
 #include <utility>
 
-#include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
+#include "QzAnno/archive/QzTokeningArchiver.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
+#include "QzAnno/palette/QzBBoxInfo.h"
+#include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
-#include "platform/foundation/NSArray.h"
 #include "tests/support/Palettes.h"
 
 using namespace qz;

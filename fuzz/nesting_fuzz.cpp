@@ -5,16 +5,16 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzAnno.h"
+#include "QzAnno/model/QzAnno.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSDictionary.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
+#include "QzAnno/platform/foundation/NSSet.h"
+#include "QzAnno/platform/foundation/NSURL.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
 #include "fuzz/Fuzzing.h"
 #include "fuzz/TypedStreamCheck.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSDictionary.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/foundation/NSPropertyListSerialization.h"
-#include "platform/foundation/NSSet.h"
-#include "platform/foundation/NSURL.h"
-#include "platform/text/NSAttributedString.h"
 
 namespace {
 

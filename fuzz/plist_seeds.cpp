@@ -1,9 +1,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
-#include "platform/foundation/NSDate.h"
-#include "platform/foundation/NSPropertyListSerialization.h"
+#include "QzAnno/palette/QzBBoxInfo.h"
+#include "QzAnno/platform/foundation/NSDate.h"
+#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
 #include "tests/support/Palettes.h"
 
 using namespace qz;

@@ -1,7 +1,7 @@
-#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
+#include "QzAnno/archive/PaletteData.h"
 
-#include "platform/foundation/NSArchiver.h"
-#include "platform/foundation/NSUnarchiver.h"
+#include "QzAnno/platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
 
 namespace qz {
 namespace {

@@ -1,4 +1,4 @@
-#include "QzAnno_AnnotatedTextFramework/archive/QzAnnoArchiver.h"
+#include "QzAnno/archive/QzAnnoArchiver.h"
 
 namespace qz {
 

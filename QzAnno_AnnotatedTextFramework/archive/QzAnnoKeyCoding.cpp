@@ -1,8 +1,8 @@
 // The coded form of keys stands here and not in the model, since only the archivers of this folder can write and read
 // them.
-#include "QzAnno_AnnotatedTextFramework/archive/QzAnnoArchiver.h"
-#include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
-#include "platform/foundation/NSAlertPanel.h"
+#include "QzAnno/archive/QzAnnoArchiver.h"
+#include "QzAnno/archive/QzTokeningArchiver.h"
+#include "QzAnno/platform/foundation/NSAlertPanel.h"
 
 namespace qz {
 namespace {

@@ -1,10 +1,10 @@
-#include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
+#include "QzAnno/archive/QzTokeningArchiver.h"
 
 #include <algorithm>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzAnnoBits.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNumber.h"
+#include "QzAnno/model/QzAnnoBits.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
 
 namespace qz {
 namespace {

@@ -1,4 +1,4 @@
-#include "QzAnno_AnnotatedTextFramework/archive/TokenTables.h"
+#include "QzAnno/archive/TokenTables.h"
 
 namespace qz {
 

@@ -1,14 +1,14 @@
-#include "QzAnno_AnnotatedTextFramework/format/QzAnnoStringFormatter.h"
+#include "QzAnno/format/QzAnnoStringFormatter.h"
 
 #include <array>
 #include <unordered_map>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/graphics/NSColor.h"
-#include "platform/text/NSFont.h"
-#include "platform/text/NSParagraphStyle.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/graphics/NSColor.h"
+#include "QzAnno/platform/text/NSFont.h"
+#include "QzAnno/platform/text/NSParagraphStyle.h"
 
 namespace qz {
 namespace {

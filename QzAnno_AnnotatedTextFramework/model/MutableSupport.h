@@ -1,6 +1,6 @@
 #pragma once
 
-#include "QzAnno_AnnotatedTextFramework/model/QzAnnoString.h"
+#include "QzAnno/model/QzAnnoString.h"
 
 namespace qz {
 

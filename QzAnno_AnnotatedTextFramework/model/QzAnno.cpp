@@ -1,6 +1,6 @@
-#include "QzAnno_AnnotatedTextFramework/model/QzAnno.h"
+#include "QzAnno/model/QzAnno.h"
 
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
 
 namespace qz {
 

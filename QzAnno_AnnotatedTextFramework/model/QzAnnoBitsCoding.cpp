@@ -1,6 +1,6 @@
-#include "QzAnno_AnnotatedTextFramework/model/QzAnnoBits.h"
-#include "platform/foundation/NSArchiver.h"
-#include "platform/foundation/NSUnarchiver.h"
+#include "QzAnno/model/QzAnnoBits.h"
+#include "QzAnno/platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
 
 namespace qz {
 namespace {

@@ -1,6 +1,6 @@
-#include "QzAnno_AnnotatedTextFramework/model/QzAnno.h"
-#include "platform/foundation/NSArchiver.h"
-#include "platform/foundation/NSUnarchiver.h"
+#include "QzAnno/model/QzAnno.h"
+#include "QzAnno/platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
 
 namespace qz {
 namespace {

@@ -1,4 +1,4 @@
-#include "QzAnno_AnnotatedTextFramework/model/QzAnnoKey.h"
+#include "QzAnno/model/QzAnnoKey.h"
 
 namespace qz {
 

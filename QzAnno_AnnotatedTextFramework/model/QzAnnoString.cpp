@@ -1,10 +1,10 @@
-#include "QzAnno_AnnotatedTextFramework/model/QzAnnoString.h"
+#include "QzAnno/model/QzAnnoString.h"
 
 #include <algorithm>
 #include <unordered_map>
 
+#include "QzAnno/model/QzMutableAnnoString.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
 
 namespace qz {
 namespace {

@@ -1,10 +1,10 @@
 #include <algorithm>
 
+#include "QzAnno/model/QzMutableAnnoString.h"
+#include "QzAnno/platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
-#include "platform/foundation/NSArchiver.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSUnarchiver.h"
 
 namespace qz {
 namespace {

@@ -1,12 +1,12 @@
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
 
 #include <algorithm>
 
+#include "QzAnno/model/QzAnnoAttributeName.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
-#include "QzAnno_AnnotatedTextFramework/model/QzAnnoAttributeName.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/text/NSAttributedString.h"
 
 namespace qz {
 namespace {

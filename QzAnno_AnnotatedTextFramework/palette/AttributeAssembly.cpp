@@ -1,14 +1,14 @@
 #include <algorithm>
 #include <cmath>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/palette/NameStyleSeparation.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/text/NSFont.h"
+#include "QzAnno/platform/text/NSParagraphStyle.h"
 #include "platform/foundation/DiagnosticText.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/text/NSFont.h"
-#include "platform/text/NSParagraphStyle.h"
 
 namespace qz {
 namespace {

@@ -3,17 +3,17 @@
 #include <algorithm>
 #include <cmath>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
-#include "QzAnno_AnnotatedTextFramework/palette/ValueConversion.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/palette/QzBBoxInfo.h"
+#include "QzAnno/palette/ValueConversion.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSGeometry.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/graphics/NSColor.h"
+#include "QzAnno/platform/text/NSFont.h"
+#include "QzAnno/platform/text/NSParagraphStyle.h"
 #include "platform/foundation/DiagnosticText.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSGeometry.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/graphics/NSColor.h"
-#include "platform/text/NSFont.h"
-#include "platform/text/NSParagraphStyle.h"
 
 namespace qz {
 namespace {

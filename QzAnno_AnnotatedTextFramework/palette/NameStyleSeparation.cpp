@@ -1,10 +1,10 @@
-#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
+#include "QzAnno/palette/NameStyleSeparation.h"
 
 #include <algorithm>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/text/NSFont.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/text/NSFont.h"
 
 namespace qz {
 

@@ -1,13 +1,13 @@
 #include <optional>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
-#include "QzAnno_AnnotatedTextFramework/palette/ValueConversion.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/palette/ValueConversion.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
 #include "platform/foundation/DiagnosticText.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/foundation/NSPropertyListSerialization.h"
 
 namespace qz {
 namespace {

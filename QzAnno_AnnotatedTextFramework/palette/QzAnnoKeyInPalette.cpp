@@ -1,7 +1,7 @@
 // What a key has to ask its palette for; the model's own layer does not know palettes.
-#include "QzAnno_AnnotatedTextFramework/model/QzAnnoKey.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/model/QzAnnoKey.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/platform/foundation/NSLog.h"
 
 namespace qz {
 

@@ -1,12 +1,12 @@
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
 
 #include <algorithm>
 #include <atomic>
 #include <utility>
 
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSNotificationCenter.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNotificationCenter.h"
 
 namespace qz {
 namespace {

@@ -1,9 +1,9 @@
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
-#include "platform/foundation/NSArchiver.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSUnarchiver.h"
 
 namespace qz {
 namespace {

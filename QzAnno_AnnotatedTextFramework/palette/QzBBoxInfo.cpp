@@ -1,7 +1,7 @@
-#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
+#include "QzAnno/palette/QzBBoxInfo.h"
 
-#include "platform/foundation/NSLog.h"
-#include "platform/graphics/NSColor.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/graphics/NSColor.h"
 
 namespace qz {
 

@@ -1,7 +1,7 @@
-#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
-#include "platform/foundation/NSArchiver.h"
-#include "platform/foundation/NSUnarchiver.h"
-#include "platform/graphics/NSColor.h"
+#include "QzAnno/palette/QzBBoxInfo.h"
+#include "QzAnno/platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
+#include "QzAnno/platform/graphics/NSColor.h"
 
 namespace qz {
 namespace {

@@ -1,6 +1,6 @@
-#include "QzAnno_AnnotatedTextFramework/render/ExpandRectConstrainedBy.h"
+#include "QzAnno/render/ExpandRectConstrainedBy.h"
 
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
 
 namespace qz {
 namespace {

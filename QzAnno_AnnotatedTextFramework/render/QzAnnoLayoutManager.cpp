@@ -1,18 +1,18 @@
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoLayoutManager.h"
+#include "QzAnno/render/QzAnnoLayoutManager.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <thread>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/palette/QzBBoxInfo.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/graphics/NSColor.h"
+#include "QzAnno/platform/graphics/NSGraphicsContext.h"
+#include "QzAnno/platform/text/AttributeNames.h"
 #include "QzAnno_AnnotatedTextFramework/render/TitleLayer.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/graphics/NSColor.h"
-#include "platform/graphics/NSGraphicsContext.h"
-#include "platform/text/AttributeNames.h"
 #include "platform/text/GlyphDrawing.h"
 
 namespace qz {

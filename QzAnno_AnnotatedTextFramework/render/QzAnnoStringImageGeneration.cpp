@@ -1,9 +1,9 @@
 #include <cmath>
 
-#include "QzAnno_AnnotatedTextFramework/render/ExpandRectConstrainedBy.h"
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
-#include "QzAnno_AnnotatedTextFramework/render/QzTextRender.h"
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/render/ExpandRectConstrainedBy.h"
+#include "QzAnno/render/QzAnnoStringToScreen.h"
+#include "QzAnno/render/QzTextRender.h"
 
 namespace qz {
 namespace {

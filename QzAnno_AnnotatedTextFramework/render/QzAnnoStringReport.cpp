@@ -5,12 +5,12 @@
 #include <optional>
 #include <set>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/palette/NameStyleSeparation.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/graphics/NSColor.h"
+#include "QzAnno/render/QzAnnoStringToScreen.h"
 #include "QzAnno_AnnotatedTextFramework/render/TitleLayer.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/graphics/NSColor.h"
 #include "platform/text/GlyphDrawing.h"
 #include "platform/text/TextCoverage.h"
 

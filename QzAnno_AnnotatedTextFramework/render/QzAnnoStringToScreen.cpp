@@ -1,7 +1,7 @@
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
+#include "QzAnno/render/QzAnnoStringToScreen.h"
 
-#include "platform/foundation/NSLog.h"
-#include "platform/text/AttributeNames.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/text/AttributeNames.h"
 #include "platform/text/LanguageTag.h"
 
 namespace qz {

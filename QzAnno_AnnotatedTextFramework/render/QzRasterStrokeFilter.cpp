@@ -1,10 +1,10 @@
-#include "QzAnno_AnnotatedTextFramework/render/QzRasterStrokeFilter.h"
+#include "QzAnno/render/QzRasterStrokeFilter.h"
 
 #include <cstring>
 #include <memory>
 #include <new>
 
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
 #include "platform/graphics/vImageMax_Planar8.h"
 
 namespace qz {

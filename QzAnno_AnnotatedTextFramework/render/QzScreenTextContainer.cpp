@@ -1,17 +1,17 @@
-#include "QzAnno_AnnotatedTextFramework/render/QzScreenTextContainer.h"
+#include "QzAnno/render/QzScreenTextContainer.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <optional>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "platform/foundation/Limits.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/text/NSLayoutManager.h"
-#include "platform/text/NSTextView.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/platform/foundation/Limits.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/text/NSLayoutManager.h"
+#include "QzAnno/platform/text/NSTextView.h"
 
 namespace qz {
 namespace {

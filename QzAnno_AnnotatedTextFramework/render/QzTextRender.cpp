@@ -1,6 +1,6 @@
-#include "QzAnno_AnnotatedTextFramework/render/QzTextRender.h"
+#include "QzAnno/render/QzTextRender.h"
 
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
 
 namespace qz {
 namespace {

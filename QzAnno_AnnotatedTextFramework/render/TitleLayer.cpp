@@ -2,9 +2,9 @@
 
 #include <cmath>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/foundation/NSString.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSString.h"
 
 namespace qz {
 

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-#include "platform/foundation/NSDictionary.h"
-#include "platform/foundation/NSGeometry.h"
-#include "platform/graphics/NSColor.h"
+#include "QzAnno/platform/foundation/NSDictionary.h"
+#include "QzAnno/platform/foundation/NSGeometry.h"
+#include "QzAnno/platform/graphics/NSColor.h"
 
 namespace qz {
 

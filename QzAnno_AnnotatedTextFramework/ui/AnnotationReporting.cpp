@@ -1,6 +1,6 @@
-#include "QzAnno_AnnotatedTextFramework/ui/AnnotationReporting.h"
+#include "QzAnno/ui/AnnotationReporting.h"
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno/palette/AttributeNames.h"
 #include "QzAnno_AnnotatedTextFramework/ui/KeySets.h"
 
 namespace qz {

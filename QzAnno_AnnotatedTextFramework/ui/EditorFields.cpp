@@ -2,10 +2,10 @@
 
 #include <set>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/graphics/NSColor.h"
-#include "platform/text/NSFont.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/graphics/NSColor.h"
+#include "QzAnno/platform/text/NSFont.h"
 
 namespace qz {
 namespace {

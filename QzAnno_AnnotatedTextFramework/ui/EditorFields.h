@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/NSString.h"
+#include "QzAnno/platform/foundation/NSString.h"
 
 namespace qz {
 

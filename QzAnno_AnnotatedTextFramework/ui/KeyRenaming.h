@@ -1,6 +1,6 @@
 #pragma once
 
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
 
 namespace qz {
 

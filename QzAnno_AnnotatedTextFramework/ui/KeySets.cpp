@@ -1,6 +1,6 @@
 #include "QzAnno_AnnotatedTextFramework/ui/KeySets.h"
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno/palette/AttributeNames.h"
 
 namespace qz {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <functional>
 
-#include "platform/foundation/NSSet.h"
-#include "platform/text/NSAttributedString.h"
+#include "QzAnno/platform/foundation/NSSet.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
 
 namespace qz {
 

@@ -1,6 +1,6 @@
-#include "QzAnno_AnnotatedTextFramework/ui/MenuContextTableView.h"
+#include "QzAnno/ui/MenuContextTableView.h"
 
-#include "platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
 
 namespace qz {
 

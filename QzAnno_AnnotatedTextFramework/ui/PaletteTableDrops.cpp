@@ -1,8 +1,8 @@
 #include <algorithm>
 
-#include "QzAnno_AnnotatedTextFramework/ui/QzAnnoPaletteAsTable.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/ui/QzAnnoPaletteAsTable.h"
 
 namespace qz {
 

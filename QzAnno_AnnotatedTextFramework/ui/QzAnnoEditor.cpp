@@ -1,22 +1,22 @@
-#include "QzAnno_AnnotatedTextFramework/ui/QzAnnoEditor.h"
+#include "QzAnno/ui/QzAnnoEditor.h"
 
 #include <QLineEdit>
 #include <algorithm>
 #include <array>
 #include <cmath>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/palette/NameStyleSeparation.h"
+#include "QzAnno/palette/QzBBoxInfo.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/ui/NSApplication.h"
+#include "QzAnno/platform/ui/NSColorPanel.h"
+#include "QzAnno/platform/ui/NSUserDefaults.h"
+#include "QzAnno/ui/QzAnnoPaletteAsTable.h"
 #include "QzAnno_AnnotatedTextFramework/ui/EditorFields.h"
 #include "QzAnno_AnnotatedTextFramework/ui/KeyRenaming.h"
-#include "QzAnno_AnnotatedTextFramework/ui/QzAnnoPaletteAsTable.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/ui/NSApplication.h"
-#include "platform/ui/NSColorPanel.h"
-#include "platform/ui/NSUserDefaults.h"
 
 namespace qz {
 namespace {

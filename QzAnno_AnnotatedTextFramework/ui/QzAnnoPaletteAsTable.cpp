@@ -1,16 +1,16 @@
-#include "QzAnno_AnnotatedTextFramework/ui/QzAnnoPaletteAsTable.h"
+#include "QzAnno/ui/QzAnnoPaletteAsTable.h"
 
 #include <QLabel>
 #include <algorithm>
 
-#include "QzAnno_AnnotatedTextFramework/ui/AnnotationReporting.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/ui/NSApplication.h"
+#include "QzAnno/ui/AnnotationReporting.h"
+#include "QzAnno/ui/QzAnnoEditor.h"
+#include "QzAnno/ui/QzAnnotationManager.h"
 #include "QzAnno_AnnotatedTextFramework/ui/KeyRenaming.h"
 #include "QzAnno_AnnotatedTextFramework/ui/KeySets.h"
-#include "QzAnno_AnnotatedTextFramework/ui/QzAnnoEditor.h"
-#include "QzAnno_AnnotatedTextFramework/ui/QzAnnotationManager.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/ui/NSApplication.h"
 
 namespace qz {
 namespace {

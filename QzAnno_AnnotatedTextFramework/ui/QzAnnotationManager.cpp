@@ -1,4 +1,4 @@
-#include "QzAnno_AnnotatedTextFramework/ui/QzAnnotationManager.h"
+#include "QzAnno/ui/QzAnnotationManager.h"
 
 #include <QComboBox>
 #include <QGroupBox>
@@ -10,12 +10,12 @@
 #include <QStackedWidget>
 #include <QTableView>
 
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/ui/NSApplication.h"
+#include "QzAnno/platform/ui/NSBox.h"
+#include "QzAnno/platform/ui/NSTextViewWidget.h"
+#include "QzAnno/platform/ui/NSUserDefaults.h"
 #include "platform/ui/InterfaceFile.h"
-#include "platform/ui/NSApplication.h"
-#include "platform/ui/NSBox.h"
-#include "platform/ui/NSTextViewWidget.h"
-#include "platform/ui/NSUserDefaults.h"
 
 namespace qz {
 namespace {

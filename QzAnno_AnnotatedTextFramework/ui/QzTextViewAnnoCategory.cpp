@@ -1,9 +1,9 @@
-#include "QzAnno_AnnotatedTextFramework/ui/QzTextViewAnnoCategory.h"
+#include "QzAnno/ui/QzTextViewAnnoCategory.h"
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/text/NSFont.h"
 #include "QzAnno_AnnotatedTextFramework/ui/KeySets.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/text/NSFont.h"
 
 namespace qz {
 namespace {

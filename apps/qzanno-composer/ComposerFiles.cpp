@@ -10,14 +10,14 @@
 #include <QStatusBar>
 #include <algorithm>
 
-#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
-#include "QzAnno_AnnotatedTextFramework/ui/QzAnnotationManager.h"
+#include "QzAnno/archive/PaletteData.h"
+#include "QzAnno/platform/foundation/Files.h"
+#include "QzAnno/platform/graphics/PNG.h"
+#include "QzAnno/ui/QzAnnotationManager.h"
 #include "apps/qzanno-composer/ComposerWindow.h"
 #include "apps/qzanno-composer/RecentFiles.h"
 #include "apps/qzanno-composer/RecoveryDialog.h"
 #include "apps/qzanno-composer/TitleList.h"
-#include "platform/foundation/Files.h"
-#include "platform/graphics/PNG.h"
 
 namespace qz::composer {
 namespace {

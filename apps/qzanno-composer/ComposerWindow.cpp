@@ -6,13 +6,13 @@
 #include <QScreen>
 #include <QStatusBar>
 
-#include "QzAnno_AnnotatedTextFramework/ui/QzAnnotationManager.h"
+#include "QzAnno/platform/ui/NSApplication.h"
+#include "QzAnno/ui/QzAnnotationManager.h"
 #include "apps/qzanno-composer/RecentFiles.h"
 #include "apps/qzanno-composer/ReplaceAnnotationDialog.h"
 #include "apps/qzanno-composer/SafeAreaGuides.h"
 #include "apps/qzanno-composer/TitleList.h"
 #include "apps/qzanno-composer/TitleTimes.h"
-#include "platform/ui/NSApplication.h"
 #include "platform/ui/WindowFrames.h"
 
 namespace qz::composer {

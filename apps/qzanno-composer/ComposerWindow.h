@@ -3,9 +3,9 @@
 #include <QMainWindow>
 #include <QTimer>
 
+#include "QzAnno/platform/ui/NSTextViewWidget.h"
 #include "apps/qzanno-composer/Recovery.h"
 #include "apps/qzanno-composer/TitleDocument.h"
-#include "platform/ui/NSTextViewWidget.h"
 
 class QLabel;
 

@@ -4,7 +4,7 @@
 #include <set>
 #include <string>
 
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
 #include "apps/qzanno-composer/TitleFile.h"
 #include "captions/LooseKeys.h"
 

@@ -2,7 +2,7 @@
 
 #include <QFileInfo>
 
-#include "platform/ui/NSUserDefaults.h"
+#include "QzAnno/platform/ui/NSUserDefaults.h"
 
 namespace qz::composer {
 namespace {

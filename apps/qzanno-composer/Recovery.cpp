@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "platform/foundation/Files.h"
+#include "QzAnno/platform/foundation/Files.h"
 #include "platform/ui/QtValues.h"
 
 namespace qz::composer {

@@ -3,7 +3,7 @@
 #include <QFile>
 #include <QMetaObject>
 
-#include "platform/foundation/Files.h"
+#include "QzAnno/platform/foundation/Files.h"
 
 namespace qz::composer {
 

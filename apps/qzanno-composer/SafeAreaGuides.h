@@ -2,7 +2,7 @@
 
 #include <QWidget>
 
-#include "platform/ui/NSTextViewWidget.h"
+#include "QzAnno/platform/ui/NSTextViewWidget.h"
 
 namespace qz::composer {
 

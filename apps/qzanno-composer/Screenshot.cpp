@@ -7,7 +7,7 @@
 #include <QWidget>
 #include <algorithm>
 
-#include "platform/foundation/Files.h"
+#include "QzAnno/platform/foundation/Files.h"
 
 namespace qz::composer {
 

@@ -3,16 +3,16 @@
 #include <algorithm>
 #include <utility>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoLayoutManager.h"
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
-#include "QzAnno_AnnotatedTextFramework/ui/QzAnnoEditor.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSParagraphStyle.h"
+#include "QzAnno/render/QzAnnoLayoutManager.h"
+#include "QzAnno/render/QzAnnoStringToScreen.h"
+#include "QzAnno/ui/QzAnnoEditor.h"
 #include "apps/qzanno-composer/TitleTimes.h"
 #include "captions/CaptionLooks.h"
 #include "captions/KeyExchange.h"
-#include "platform/text/AttributeNames.h"
-#include "platform/text/NSParagraphStyle.h"
 
 namespace qz::composer {
 namespace {

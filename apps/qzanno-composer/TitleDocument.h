@@ -2,13 +2,13 @@
 
 #include <functional>
 
-#include "QzAnno_AnnotatedTextFramework/format/QzAnnoStringFormatter.h"
-#include "QzAnno_AnnotatedTextFramework/render/QzScreenTextContainer.h"
+#include "QzAnno/format/QzAnnoStringFormatter.h"
+#include "QzAnno/platform/graphics/NSBitmapImageRep.h"
+#include "QzAnno/platform/text/NSTextView.h"
+#include "QzAnno/platform/ui/NSResponder.h"
+#include "QzAnno/render/QzScreenTextContainer.h"
 #include "apps/qzanno-composer/KeysByName.h"
 #include "apps/qzanno-composer/TitleFile.h"
-#include "platform/graphics/NSBitmapImageRep.h"
-#include "platform/text/NSTextView.h"
-#include "platform/ui/NSResponder.h"
 
 namespace qz::composer {
 

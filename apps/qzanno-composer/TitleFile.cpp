@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <set>
 
-#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
-#include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
+#include "QzAnno/archive/PaletteData.h"
+#include "QzAnno/archive/QzTokeningArchiver.h"
+#include "QzAnno/platform/foundation/Files.h"
+#include "QzAnno/platform/foundation/NSArray.h"
 #include "apps/qzanno-composer/TitleTimes.h"
 #include "captions/ArchivedTitles.h"
 #include "captions/Ass.h"
@@ -14,8 +16,6 @@
 #include "captions/WebVTT.h"
 #include "captions/WebVTTWriter.h"
 #include "platform/foundation/DiagnosticText.h"
-#include "platform/foundation/Files.h"
-#include "platform/foundation/NSArray.h"
 
 namespace qz::composer {
 namespace {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
 #include "captions/CaptionLook.h"
 
 namespace qz::composer {

@@ -13,14 +13,14 @@
 
 #include <unistd.h>
 
-#include "QzAnno_AnnotatedTextFramework/ui/QzAnnotationManager.h"
+#include "QzAnno/platform/foundation/Files.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/graphics/PNG.h"
+#include "QzAnno/platform/ui/NSApplication.h"
+#include "QzAnno/platform/ui/NSUserDefaults.h"
+#include "QzAnno/ui/QzAnnotationManager.h"
 #include "apps/qzanno-composer/ComposerWindow.h"
 #include "apps/qzanno-composer/Screenshot.h"
-#include "platform/foundation/Files.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/graphics/PNG.h"
-#include "platform/ui/NSApplication.h"
-#include "platform/ui/NSUserDefaults.h"
 
 namespace qz::composer {
 namespace {

@@ -2,14 +2,14 @@
 
 #include <iostream>
 
-#include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
+#include "QzAnno/archive/QzTokeningArchiver.h"
+#include "QzAnno/platform/foundation/Files.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/TypedStreamListing.h"
 #include "apps/qzanno/ArchiveFile.h"
 #include "apps/qzanno/PaletteFile.h"
 #include "apps/qzanno/PaletteText.h"
 #include "apps/qzanno/TitleReader.h"
-#include "platform/foundation/Files.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/TypedStreamListing.h"
 
 namespace qz::tool {
 namespace {

@@ -1,6 +1,6 @@
 #include "apps/qzanno/ArchiveFile.h"
 
-#include "platform/foundation/Files.h"
+#include "QzAnno/platform/foundation/Files.h"
 
 namespace qz::tool {
 

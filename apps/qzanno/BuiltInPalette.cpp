@@ -1,10 +1,10 @@
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/graphics/NSColor.h"
+#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSParagraphStyle.h"
 #include "apps/qzanno/PaletteFile.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/graphics/NSColor.h"
-#include "platform/text/AttributeNames.h"
-#include "platform/text/NSParagraphStyle.h"
 
 namespace qz::tool {
 namespace {

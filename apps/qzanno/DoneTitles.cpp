@@ -5,9 +5,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include "QzAnno/platform/foundation/Files.h"
 #include "apps/qzanno/ManifestFile.h"
 #include "apps/qzanno/Sha256.h"
-#include "platform/foundation/Files.h"
 
 namespace qz::tool {
 namespace {

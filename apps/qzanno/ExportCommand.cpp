@@ -2,10 +2,10 @@
 
 #include <filesystem>
 
+#include "QzAnno/platform/foundation/Files.h"
 #include "apps/qzanno/PaletteFile.h"
 #include "apps/qzanno/TitleReader.h"
 #include "captions/AssWriter.h"
-#include "platform/foundation/Files.h"
 
 namespace qz::tool {
 

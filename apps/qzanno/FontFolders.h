@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "QzAnno/platform/text/FontLibrary.h"
 #include "apps/qzanno/Diagnostics.h"
-#include "platform/text/FontLibrary.h"
 
 namespace qz::tool {
 

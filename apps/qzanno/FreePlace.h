@@ -3,7 +3,7 @@
 #include <optional>
 #include <vector>
 
-#include "platform/foundation/NSGeometry.h"
+#include "QzAnno/platform/foundation/NSGeometry.h"
 
 namespace qz::tool {
 

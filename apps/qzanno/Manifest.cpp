@@ -5,7 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
 
 namespace qz::tool {
 namespace {

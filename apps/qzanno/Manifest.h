@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/render/RenderReport.h"
+#include "QzAnno/platform/foundation/NSGeometry.h"
+#include "QzAnno/render/RenderReport.h"
 #include "apps/qzanno/Shard.h"
-#include "platform/foundation/NSGeometry.h"
 
 namespace qz::tool {
 

@@ -6,7 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "platform/foundation/Files.h"
+#include "QzAnno/platform/foundation/Files.h"
 
 namespace qz::tool {
 namespace {

@@ -5,12 +5,12 @@
 #include <iostream>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
+#include "QzAnno/archive/PaletteData.h"
+#include "QzAnno/platform/foundation/Files.h"
 #include "apps/qzanno/PaletteFile.h"
 #include "apps/qzanno/PaletteReadability.h"
 #include "apps/qzanno/PaletteText.h"
 #include "captions/AssPalette.h"
-#include "platform/foundation/Files.h"
 
 namespace qz::tool {
 namespace {

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
-#include "QzAnno_AnnotatedTextFramework/palette/PaletteFaults.h"
-#include "platform/foundation/Files.h"
-#include "platform/foundation/NSPropertyListSerialization.h"
-#include "platform/foundation/NSString.h"
+#include "QzAnno/archive/PaletteData.h"
+#include "QzAnno/palette/PaletteFaults.h"
+#include "QzAnno/platform/foundation/Files.h"
+#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
+#include "QzAnno/platform/foundation/NSString.h"
 
 namespace qz::tool {
 namespace {

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzLog.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/palette/QzLog.h"
 #include "apps/qzanno/Diagnostics.h"
 
 namespace qz::tool {

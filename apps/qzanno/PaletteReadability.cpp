@@ -5,12 +5,12 @@
 #include <cstdio>
 #include <initializer_list>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/graphics/NSColor.h"
-#include "platform/text/NSFont.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/palette/QzBBoxInfo.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/graphics/NSColor.h"
+#include "QzAnno/platform/text/NSFont.h"
 
 namespace qz::tool {
 namespace {

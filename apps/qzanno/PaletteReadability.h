@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
-#include "platform/foundation/NSGeometry.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/platform/foundation/NSGeometry.h"
 
 namespace qz::tool {
 

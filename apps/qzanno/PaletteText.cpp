@@ -2,14 +2,14 @@
 
 #include <cstdio>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSNumber.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/palette/NameStyleSeparation.h"
+#include "QzAnno/palette/QzBBoxInfo.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSFont.h"
 #include "platform/graphics/StraightColor.h"
-#include "platform/text/AttributeNames.h"
-#include "platform/text/NSFont.h"
 
 namespace qz::tool {
 namespace {

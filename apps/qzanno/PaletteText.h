@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/foundation/NSDictionary.h"
+#include "QzAnno/platform/foundation/NSDictionary.h"
 
 namespace qz::tool {
 

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "QzAnno/platform/text/NSParagraphStyle.h"
 #include "apps/qzanno/Diagnostics.h"
 #include "apps/qzanno/Shard.h"
 #include "captions/CaptionLooks.h"
-#include "platform/text/NSParagraphStyle.h"
 
 namespace qz::tool {
 

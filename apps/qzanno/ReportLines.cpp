@@ -2,8 +2,8 @@
 
 #include <cstdio>
 
+#include "QzAnno/platform/foundation/NSString.h"
 #include "apps/qzanno/Manifest.h"
-#include "platform/foundation/NSString.h"
 
 namespace qz::tool {
 namespace {

@@ -3,7 +3,7 @@
 #include <set>
 #include <string>
 
-#include "QzAnno_AnnotatedTextFramework/render/RenderReport.h"
+#include "QzAnno/render/RenderReport.h"
 #include "apps/qzanno/Diagnostics.h"
 
 namespace qz::tool {

@@ -5,7 +5,7 @@
 
 #include <unistd.h>
 
-#include "platform/foundation/Files.h"
+#include "QzAnno/platform/foundation/Files.h"
 
 namespace qz::tool {
 namespace fs = std::filesystem;

@@ -3,7 +3,7 @@
 #include <bit>
 #include <map>
 
-#include "platform/foundation/NSString.h"
+#include "QzAnno/platform/foundation/NSString.h"
 
 namespace qz::tool {
 namespace {

@@ -3,9 +3,9 @@
 #include <new>
 #include <span>
 
+#include "QzAnno/platform/foundation/Files.h"
+#include "QzAnno/platform/graphics/PNG.h"
 #include "apps/qzanno/DoneTitles.h"
-#include "platform/foundation/Files.h"
-#include "platform/graphics/PNG.h"
 
 namespace qz::tool {
 namespace {

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <iterator>
 
+#include "QzAnno/platform/foundation/Files.h"
 #include "apps/qzanno/ArchiveFile.h"
 #include "apps/qzanno/FileEndings.h"
 #include "captions/Ass.h"
 #include "captions/PlainText.h"
 #include "captions/SubRip.h"
 #include "captions/WebVTT.h"
-#include "platform/foundation/Files.h"
 
 namespace qz::tool {
 namespace {

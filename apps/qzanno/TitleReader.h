@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
 #include "apps/qzanno/Diagnostics.h"
 #include "captions/CaptionLooks.h"
 #include "captions/CuePlacement.h"

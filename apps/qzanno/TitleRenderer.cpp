@@ -5,10 +5,10 @@
 #include <cmath>
 #include <cstring>
 
-#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
+#include "QzAnno/archive/PaletteData.h"
+#include "QzAnno/platform/foundation/Files.h"
+#include "QzAnno/platform/graphics/PNG.h"
 #include "apps/qzanno/FontFolders.h"
-#include "platform/foundation/Files.h"
-#include "platform/graphics/PNG.h"
 
 namespace qz::tool {
 namespace {

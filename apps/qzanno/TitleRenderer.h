@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
+#include "QzAnno/render/QzAnnoStringToScreen.h"
 #include "apps/qzanno/PaletteFile.h"
 #include "apps/qzanno/RenderCommand.h"
 #include "apps/qzanno/Sha256.h"

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "QzAnno/platform/foundation/NSLog.h"
 #include "apps/qzanno/ArchiveCommands.h"
 #include "apps/qzanno/FileEndings.h"
 #include "apps/qzanno/FontFolders.h"
@@ -11,7 +12,6 @@
 #include "apps/qzanno/PaletteCommands.h"
 #include "apps/qzanno/RenderArguments.h"
 #include "apps/qzanno/StarterPalettes.h"
-#include "platform/foundation/NSLog.h"
 
 namespace qz::tool {
 namespace {

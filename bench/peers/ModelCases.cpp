@@ -2,7 +2,7 @@
 #include <numeric>
 #include <stdexcept>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
 #include "bench/peers/Case.h"
 
 namespace qz::peers {

@@ -2,12 +2,12 @@
 
 #include <cstdio>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSUndoManager.h"
+#include "QzAnno/platform/graphics/NSColor.h"
 #include "captions/WebVTT.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/foundation/NSUndoManager.h"
-#include "platform/graphics/NSColor.h"
 
 namespace qz::peers {
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
+#include "QzAnno/render/QzAnnoStringToScreen.h"
 #include "bench/peers/Titles.h"
 
 namespace qz::peers {

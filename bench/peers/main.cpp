@@ -8,12 +8,12 @@
 #include <fstream>
 #include <map>
 
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/graphics/PNG.h"
 #include "bench/peers/Case.h"
 #include "bench/peers/FirstFrame.h"
 #include "bench/peers/Report.h"
 #include "bench/peers/SampleTitles.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/graphics/PNG.h"
 
 namespace qz::peers {
 

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <mutex>
 
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
 
 namespace qz::c {
 namespace {

@@ -1,13 +1,13 @@
 #include <algorithm>
 #include <optional>
 
+#include "QzAnno/platform/foundation/Files.h"
+#include "QzAnno/platform/foundation/NSString.h"
 #include "bindings/c/Calls.h"
 #include "bindings/c/Objects.h"
 #include "captions/Ass.h"
 #include "captions/SubRip.h"
 #include "captions/WebVTT.h"
-#include "platform/foundation/Files.h"
-#include "platform/foundation/NSString.h"
 
 struct qzanno_captions {
     struct Cue {

@@ -5,13 +5,13 @@
 #include <string_view>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/platform/foundation/NSData.h"
+#include "QzAnno/platform/text/FontLibrary.h"
 #include "bindings/c/TextPositions.h"
 #include "bindings/c/qzanno.h"
 #include "captions/CaptionLook.h"
 #include "captions/CuePlacement.h"
-#include "platform/foundation/NSData.h"
-#include "platform/text/FontLibrary.h"
 
 // What the handles of the interface are. Objects that threads share hold values and bytes alone, since the library's
 // own objects may be used by one thread only; whoever needs a palette object makes one from the bytes.

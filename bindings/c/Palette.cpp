@@ -1,8 +1,8 @@
-#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
+#include "QzAnno/archive/PaletteData.h"
+#include "QzAnno/platform/foundation/Files.h"
+#include "QzAnno/platform/foundation/NSString.h"
 #include "bindings/c/Calls.h"
 #include "bindings/c/Objects.h"
-#include "platform/foundation/Files.h"
-#include "platform/foundation/NSString.h"
 
 namespace qz::c {
 namespace {

@@ -3,14 +3,14 @@
 #include <cstring>
 #include <optional>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
+#include "QzAnno/platform/foundation/NSString.h"
+#include "QzAnno/render/QzAnnoStringToScreen.h"
 #include "bindings/c/Calls.h"
 #include "bindings/c/Objects.h"
 #include "bindings/c/Report.h"
 #include "captions/CaptionLooks.h"
 #include "captions/PlacementAnnos.h"
-#include "platform/foundation/NSString.h"
 #include "platform/graphics/StraightAlpha.h"
 
 namespace qz::c {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/render/RenderReport.h"
+#include "QzAnno/render/RenderReport.h"
 #include "bindings/c/TextPositions.h"
 #include "bindings/c/qzanno.h"
 

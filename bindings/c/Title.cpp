@@ -1,6 +1,6 @@
+#include "QzAnno/platform/foundation/NSString.h"
 #include "bindings/c/Calls.h"
 #include "bindings/c/Objects.h"
-#include "platform/foundation/NSString.h"
 
 using namespace qz::c;
 

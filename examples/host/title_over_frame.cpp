@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include <QzAnno.h>
+#include <QzAnno/QzAnno.h>
 
 namespace {
 

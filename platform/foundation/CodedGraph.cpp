@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/foundation/TypedStreamLimits.h"
+#include "QzAnno/platform/foundation/TypedStreamLimits.h"
 
 namespace qz {
 

@@ -1,11 +1,11 @@
+#include "QzAnno/platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSDictionary.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSSet.h"
+#include "QzAnno/platform/foundation/NSString.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
 #include "platform/foundation/DiagnosticText.h"
-#include "platform/foundation/NSArchiver.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSDictionary.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSSet.h"
-#include "platform/foundation/NSString.h"
-#include "platform/foundation/NSUnarchiver.h"
 
 namespace qz {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/foundation/Files.h"
+#include "QzAnno/platform/foundation/Files.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,8 +1,8 @@
-#include "platform/foundation/NSAlertPanel.h"
+#include "QzAnno/platform/foundation/NSAlertPanel.h"
 
 #include <mutex>
 
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
 
 namespace qz {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSArchiver.h"
 
 #include <cassert>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSArray.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
-#include "platform/foundation/NSCoding.h"
+#include "QzAnno/platform/foundation/NSCoding.h"
 
 #include <map>
 
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
 
 namespace qz {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/foundation/NSData.h"
+#include "QzAnno/platform/foundation/NSData.h"
 
 #include <functional>
 

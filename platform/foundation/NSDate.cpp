@@ -1,4 +1,4 @@
-#include "platform/foundation/NSDate.h"
+#include "QzAnno/platform/foundation/NSDate.h"
 
 #include <algorithm>
 #include <chrono>

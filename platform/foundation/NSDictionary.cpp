@@ -1,4 +1,4 @@
-#include "platform/foundation/NSDictionary.h"
+#include "QzAnno/platform/foundation/NSDictionary.h"
 
 #include <algorithm>
 

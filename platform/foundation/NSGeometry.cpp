@@ -1,11 +1,11 @@
-#include "platform/foundation/NSGeometry.h"
+#include "QzAnno/platform/foundation/NSGeometry.h"
 
 #include <algorithm>
 #include <charconv>
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
 
 namespace qz {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
 
 #include <cctype>
 #include <cstdio>

@@ -1,8 +1,8 @@
-#include "platform/foundation/NSNotificationCenter.h"
+#include "QzAnno/platform/foundation/NSNotificationCenter.h"
 
 #include <algorithm>
 
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
 
 namespace qz {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/foundation/NSNull.h"
+#include "QzAnno/platform/foundation/NSNull.h"
 
 namespace qz {
 

@@ -1,4 +1,4 @@
-#include "platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
 
 #include <algorithm>
 #include <cctype>
@@ -8,7 +8,7 @@
 #include <limits>
 #include <type_traits>
 
-#include "platform/foundation/NSString.h"
+#include "QzAnno/platform/foundation/NSString.h"
 
 namespace qz {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/foundation/NSObject.h"
+#include "QzAnno/platform/foundation/NSObject.h"
 
 #include <functional>
 

@@ -1,4 +1,4 @@
-#include "platform/foundation/NSSet.h"
+#include "QzAnno/platform/foundation/NSSet.h"
 
 #include <algorithm>
 

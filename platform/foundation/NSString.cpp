@@ -1,4 +1,4 @@
-#include "platform/foundation/NSString.h"
+#include "QzAnno/platform/foundation/NSString.h"
 
 #include <functional>
 #include <limits>

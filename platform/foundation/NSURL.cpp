@@ -1,4 +1,4 @@
-#include "platform/foundation/NSURL.h"
+#include "QzAnno/platform/foundation/NSURL.h"
 
 namespace qz {
 

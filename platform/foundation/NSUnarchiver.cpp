@@ -1,4 +1,4 @@
-#include "platform/foundation/NSUnarchiver.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
 
 #include <algorithm>
 #include <cassert>

@@ -1,11 +1,11 @@
-#include "platform/foundation/NSUndoManager.h"
+#include "QzAnno/platform/foundation/NSUndoManager.h"
 
 #include <algorithm>
 #include <iterator>
 #include <utility>
 
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNotificationCenter.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSNotificationCenter.h"
 
 namespace qz {
 

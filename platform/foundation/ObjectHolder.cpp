@@ -1,9 +1,9 @@
-#include "platform/foundation/ObjectHolder.h"
+#include "QzAnno/platform/foundation/ObjectHolder.h"
 
 #include <utility>
 
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/TypedStreamLimits.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/TypedStreamLimits.h"
 
 namespace qz {
 namespace {

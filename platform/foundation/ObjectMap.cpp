@@ -1,9 +1,9 @@
-#include "platform/foundation/ObjectMap.h"
+#include "QzAnno/platform/foundation/ObjectMap.h"
 
 #include <bit>
 #include <new>
 
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
 
 namespace qz {
 namespace {

@@ -4,14 +4,14 @@
 #include <string>
 #include <vector>
 
+#include "QzAnno/platform/foundation/Limits.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSDate.h"
+#include "QzAnno/platform/foundation/NSDictionary.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
+#include "QzAnno/platform/foundation/NSString.h"
 #include "platform/foundation/DiagnosticText.h"
-#include "platform/foundation/Limits.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSDate.h"
-#include "platform/foundation/NSDictionary.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/foundation/NSPropertyListSerialization.h"
-#include "platform/foundation/NSString.h"
 
 namespace qz {
 namespace {

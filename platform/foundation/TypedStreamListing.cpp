@@ -1,4 +1,4 @@
-#include "platform/foundation/TypedStreamListing.h"
+#include "QzAnno/platform/foundation/TypedStreamListing.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "QzAnno/platform/foundation/NSNumber.h"
 #include "platform/foundation/DiagnosticText.h"
-#include "platform/foundation/NSNumber.h"
 #include "platform/foundation/TypedStreamReader.h"
 
 namespace qz {

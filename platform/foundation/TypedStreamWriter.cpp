@@ -3,7 +3,7 @@
 #include <bit>
 #include <cmath>
 
-#include "platform/foundation/NSCoding.h"
+#include "QzAnno/platform/foundation/NSCoding.h"
 #include "platform/foundation/TypedStreamFormat.h"
 
 namespace qz {

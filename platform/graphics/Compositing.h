@@ -1,7 +1,7 @@
 #pragma once
 
+#include "QzAnno/platform/graphics/NSBitmapImageRep.h"
 #include "platform/graphics/CoverageMask.h"
-#include "platform/graphics/NSBitmapImageRep.h"
 #include "platform/graphics/StraightColor.h"
 
 namespace qz {

@@ -1,9 +1,9 @@
-#include "platform/graphics/NSAffineTransform.h"
+#include "QzAnno/platform/graphics/NSAffineTransform.h"
 
 #include <cmath>
 #include <numbers>
 
-#include "platform/graphics/NSGraphicsContext.h"
+#include "QzAnno/platform/graphics/NSGraphicsContext.h"
 
 namespace qz {
 namespace {

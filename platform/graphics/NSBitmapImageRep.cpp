@@ -1,4 +1,4 @@
-#include "platform/graphics/NSBitmapImageRep.h"
+#include "QzAnno/platform/graphics/NSBitmapImageRep.h"
 
 #include <algorithm>
 #include <array>

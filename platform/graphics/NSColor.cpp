@@ -1,12 +1,12 @@
-#include "platform/graphics/NSColor.h"
+#include "QzAnno/platform/graphics/NSColor.h"
 
 #include <algorithm>
 #include <array>
 #include <functional>
 #include <string_view>
 
-#include "platform/foundation/NSNumber.h"
-#include "platform/graphics/NSGraphicsContext.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/graphics/NSGraphicsContext.h"
 
 namespace qz {
 namespace {

@@ -1,6 +1,6 @@
-#include "platform/foundation/NSArchiver.h"
-#include "platform/foundation/NSUnarchiver.h"
-#include "platform/graphics/NSColor.h"
+#include "QzAnno/platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
+#include "QzAnno/platform/graphics/NSColor.h"
 
 namespace qz {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/graphics/NSGraphicsContext.h"
+#include "QzAnno/platform/graphics/NSGraphicsContext.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "platform/graphics/NSImage.h"
+#include "QzAnno/platform/graphics/NSImage.h"
 
 #include <cmath>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "platform/graphics/PNG.h"
+#include "QzAnno/platform/graphics/PNG.h"
 
 #include <algorithm>
 #include <csetjmp>
@@ -12,8 +12,8 @@
 #include <libdeflate.h>
 #include <png.h>
 
+#include "QzAnno/platform/graphics/NSColor.h"
 #include "platform/graphics/Compositing.h"
-#include "platform/graphics/NSColor.h"
 #include "platform/graphics/StraightAlpha.h"
 
 // Files are read by libpng, which knows every kind there is, and written around libdeflate, which compresses a picture

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "platform/graphics/NSColor.h"
+#include "QzAnno/platform/graphics/NSColor.h"
 
 namespace qz {
 

@@ -4,8 +4,8 @@
 
 #include <hb-ot.h>
 
+#include "QzAnno/platform/text/NSLayoutManager.h"
 #include "platform/text/FontFace.h"
-#include "platform/text/NSLayoutManager.h"
 #include "platform/text/TextLayout.h"
 
 namespace qz {

@@ -3,10 +3,10 @@
 #include <optional>
 #include <vector>
 
-#include "platform/foundation/NSGeometry.h"
-#include "platform/foundation/Range.h"
-#include "platform/text/CaretCell.h"
-#include "platform/text/NSLayoutManager.h"
+#include "QzAnno/platform/foundation/NSGeometry.h"
+#include "QzAnno/platform/foundation/Range.h"
+#include "QzAnno/platform/text/CaretCell.h"
+#include "QzAnno/platform/text/NSLayoutManager.h"
 
 namespace qz {
 

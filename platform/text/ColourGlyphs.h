@@ -3,9 +3,9 @@
 #include <memory>
 #include <span>
 
+#include "QzAnno/platform/text/NSFont.h"
 #include "platform/graphics/Compositing.h"
 #include "platform/graphics/DeviceShape.h"
-#include "platform/text/NSFont.h"
 
 namespace qz {
 

@@ -3,8 +3,8 @@
 #include <span>
 #include <vector>
 
-#include "platform/text/FontLibrary.h"
-#include "platform/text/FontTraits.h"
+#include "QzAnno/platform/text/FontLibrary.h"
+#include "QzAnno/platform/text/FontTraits.h"
 
 namespace qz {
 

@@ -15,7 +15,7 @@
 #include FT_TRUETYPE_TABLES_H
 #include <hb-ot.h>
 
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
 #include "platform/text/ColourGlyphs.h"
 #include "platform/text/GlyphOutline.h"
 #include "platform/text/TextCoverage.h"

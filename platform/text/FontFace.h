@@ -5,9 +5,9 @@
 
 #include <hb.h>
 
-#include "platform/graphics/NSBezierPath.h"
-#include "platform/text/FontLibrary.h"
-#include "platform/text/NSFont.h"
+#include "QzAnno/platform/graphics/NSBezierPath.h"
+#include "QzAnno/platform/text/FontLibrary.h"
+#include "QzAnno/platform/text/NSFont.h"
 
 namespace qz {
 

@@ -10,8 +10,8 @@
 #include <unicode/locid.h>
 #include <unicode/uscript.h>
 
+#include "QzAnno/platform/text/FontLibrary.h"
 #include "platform/text/FontFace.h"
-#include "platform/text/FontLibrary.h"
 #include "platform/text/TextCoverage.h"
 
 namespace qz {

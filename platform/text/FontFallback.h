@@ -8,8 +8,8 @@
 #include <tuple>
 #include <unordered_map>
 
+#include "QzAnno/platform/text/NSFont.h"
 #include "platform/text/FontconfigRef.h"
-#include "platform/text/NSFont.h"
 
 namespace qz {
 

@@ -3,7 +3,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/text/NSFont.h"
+#include "QzAnno/platform/text/NSFont.h"
 
 namespace qz {
 

@@ -1,4 +1,4 @@
-#include "platform/text/FontLibrary.h"
+#include "QzAnno/platform/text/FontLibrary.h"
 
 #include <algorithm>
 #include <array>
@@ -10,7 +10,7 @@
 
 #include <unicode/unistr.h>
 
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
 #include "platform/text/FaceChoice.h"
 #include "platform/text/FontFace.h"
 #include "platform/text/FontFallback.h"

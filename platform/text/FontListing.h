@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/text/FontLibrary.h"
+#include "QzAnno/platform/text/FontLibrary.h"
 #include "platform/text/FontconfigRef.h"
 
 namespace qz {

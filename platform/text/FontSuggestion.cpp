@@ -8,7 +8,7 @@
 #include <fontconfig/fontconfig.h>
 #include <unicode/unistr.h>
 
-#include "platform/text/FontLibrary.h"
+#include "QzAnno/platform/text/FontLibrary.h"
 
 namespace qz {
 namespace {

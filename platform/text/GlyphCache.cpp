@@ -1,4 +1,4 @@
-#include "platform/text/GlyphCache.h"
+#include "QzAnno/platform/text/GlyphCache.h"
 
 #include <algorithm>
 #include <memory_resource>

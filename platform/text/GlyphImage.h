@@ -3,9 +3,9 @@
 #include <array>
 #include <bit>
 
+#include "QzAnno/platform/graphics/NSBitmapImageRep.h"
+#include "QzAnno/platform/text/NSFont.h"
 #include "platform/graphics/CoverageMask.h"
-#include "platform/graphics/NSBitmapImageRep.h"
-#include "platform/text/NSFont.h"
 
 namespace qz {
 

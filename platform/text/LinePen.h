@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/text/NSParagraphStyle.h"
+#include "QzAnno/platform/text/NSParagraphStyle.h"
 
 namespace qz {
 

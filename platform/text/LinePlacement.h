@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/NSGeometry.h"
+#include "QzAnno/platform/foundation/NSGeometry.h"
 #include "platform/text/LineFiller.h"
 
 namespace qz {

@@ -1,4 +1,4 @@
-#include "platform/text/NSAttributedString.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
 
 #include <algorithm>
 

@@ -1,9 +1,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "platform/foundation/NSArchiver.h"
-#include "platform/foundation/NSUnarchiver.h"
-#include "platform/text/NSAttributedString.h"
+#include "QzAnno/platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
 
 namespace qz {
 namespace {

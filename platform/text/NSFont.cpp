@@ -1,11 +1,11 @@
-#include "platform/text/NSFont.h"
+#include "QzAnno/platform/text/NSFont.h"
 
 #include <algorithm>
 #include <functional>
 
-#include "platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/text/FontLibrary.h"
 #include "platform/text/FontFace.h"
-#include "platform/text/FontLibrary.h"
 
 namespace qz {
 namespace {

@@ -2,13 +2,13 @@
 #include <span>
 #include <vector>
 
+#include "QzAnno/platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSString.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
+#include "QzAnno/platform/text/NSFont.h"
 #include "platform/foundation/DiagnosticText.h"
-#include "platform/foundation/NSArchiver.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/foundation/NSString.h"
-#include "platform/foundation/NSUnarchiver.h"
-#include "platform/text/NSFont.h"
 
 namespace qz {
 namespace {

@@ -1,9 +1,9 @@
-#include "platform/text/NSLayoutManager.h"
+#include "QzAnno/platform/text/NSLayoutManager.h"
 
 #include <algorithm>
 
-#include "platform/foundation/NSNumber.h"
-#include "platform/text/AttributeNames.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/text/AttributeNames.h"
 #include "platform/text/FontFixing.h"
 #include "platform/text/GlyphDrawing.h"
 #include "platform/text/RunAppearance.h"

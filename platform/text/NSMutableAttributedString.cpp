@@ -3,8 +3,8 @@
 #include <new>
 #include <unordered_map>
 
-#include "platform/text/AttributeNames.h"
-#include "platform/text/NSAttributedString.h"
+#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
 
 namespace qz {
 namespace {

@@ -1,10 +1,10 @@
-#include "platform/text/NSParagraphStyle.h"
+#include "QzAnno/platform/text/NSParagraphStyle.h"
 
 #include <array>
 #include <functional>
 
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
 
 namespace qz {
 

@@ -1,11 +1,11 @@
-#include "platform/text/NSTextContainer.h"
+#include "QzAnno/platform/text/NSTextContainer.h"
 
 #include <cmath>
 #include <limits>
 
+#include "QzAnno/platform/text/NSLayoutManager.h"
+#include "QzAnno/platform/text/NSTextView.h"
 #include "platform/text/LinePlacement.h"
-#include "platform/text/NSLayoutManager.h"
-#include "platform/text/NSTextView.h"
 
 namespace qz {
 namespace {

@@ -1,12 +1,12 @@
-#include "platform/text/NSTextStorage.h"
+#include "QzAnno/platform/text/NSTextStorage.h"
 
 #include <algorithm>
 #include <map>
 #include <utility>
 
-#include "platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSLayoutManager.h"
 #include "platform/text/FontFixing.h"
-#include "platform/text/NSLayoutManager.h"
 #include "platform/text/ParagraphRange.h"
 
 namespace qz {

@@ -1,12 +1,12 @@
-#include "platform/text/NSTextView.h"
+#include "QzAnno/platform/text/NSTextView.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "platform/foundation/NSLog.h"
-#include "platform/text/AttributeNames.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSLayoutManager.h"
 #include "platform/text/FontFixing.h"
-#include "platform/text/NSLayoutManager.h"
 #include "platform/text/ParagraphRange.h"
 #include "platform/text/TextBreaker.h"
 

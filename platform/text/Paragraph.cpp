@@ -7,9 +7,9 @@
 #include <unicode/uscript.h>
 #include <unicode/utf16.h>
 
-#include "platform/foundation/Limits.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/text/AttributeNames.h"
+#include "QzAnno/platform/foundation/Limits.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/text/AttributeNames.h"
 #include "platform/text/FontFixing.h"
 
 namespace qz {

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/text/NSAttributedString.h"
-#include "platform/text/NSParagraphStyle.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
+#include "QzAnno/platform/text/NSParagraphStyle.h"
 #include "platform/text/Shaping.h"
 #include "platform/text/ShapingCache.h"
 #include "platform/text/TextBreaker.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/graphics/NSColor.h"
-#include "platform/text/NSLayoutManager.h"
+#include "QzAnno/platform/graphics/NSColor.h"
+#include "QzAnno/platform/text/NSLayoutManager.h"
 
 namespace qz {
 

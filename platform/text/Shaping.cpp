@@ -6,7 +6,7 @@
 
 #include <hb.h>
 
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
 #include "platform/text/FontFace.h"
 #include "platform/text/TextCoverage.h"
 

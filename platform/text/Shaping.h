@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/foundation/Range.h"
-#include "platform/text/NSFont.h"
+#include "QzAnno/platform/foundation/Range.h"
+#include "QzAnno/platform/text/NSFont.h"
 
 namespace qz {
 

@@ -3,9 +3,9 @@
 #include <functional>
 #include <vector>
 
-#include "platform/foundation/NSDictionary.h"
-#include "platform/foundation/NSString.h"
-#include "platform/foundation/Range.h"
+#include "QzAnno/platform/foundation/NSDictionary.h"
+#include "QzAnno/platform/foundation/NSString.h"
+#include "QzAnno/platform/foundation/Range.h"
 
 namespace qz {
 

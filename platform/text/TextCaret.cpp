@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSLayoutManager.h"
+#include "QzAnno/platform/text/NSParagraphStyle.h"
 #include "platform/text/FontFixing.h"
-#include "platform/text/NSLayoutManager.h"
-#include "platform/text/NSParagraphStyle.h"
 #include "platform/text/ParagraphRange.h"
 #include "platform/text/WordBreaks.h"
 

@@ -2,8 +2,8 @@
 
 #include <optional>
 
+#include "QzAnno/platform/text/NSTextView.h"
 #include "platform/text/CaretGeometry.h"
-#include "platform/text/NSTextView.h"
 
 namespace qz {
 

@@ -5,8 +5,8 @@
 #include <span>
 #include <vector>
 
+#include "QzAnno/platform/text/NSLayoutManager.h"
 #include "platform/text/LinePlacement.h"
-#include "platform/text/NSLayoutManager.h"
 #include "platform/text/Paragraph.h"
 
 namespace qz {

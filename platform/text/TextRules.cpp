@@ -1,10 +1,10 @@
-#include "platform/text/TextRules.h"
+#include "QzAnno/platform/text/TextRules.h"
 
 #include <algorithm>
 #include <cmath>
 #include <span>
 
-#include "platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/AttributeNames.h"
 #include "platform/text/RunAppearance.h"
 #include "platform/text/TextLayout.h"
 

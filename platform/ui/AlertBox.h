@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/NSAlertPanel.h"
+#include "QzAnno/platform/foundation/NSAlertPanel.h"
 
 namespace qz {
 

@@ -3,7 +3,7 @@
 #include <QPushButton>
 #include <functional>
 
-#include "platform/graphics/NSColor.h"
+#include "QzAnno/platform/graphics/NSColor.h"
 
 namespace qz {
 

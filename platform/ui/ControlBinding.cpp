@@ -7,7 +7,7 @@
 #include <QSpinBox>
 #include <algorithm>
 
-#include "platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
 #include "platform/ui/ColorWell.h"
 #include "platform/ui/InterfaceFile.h"
 #include "platform/ui/QtValues.h"

@@ -9,8 +9,8 @@
 #include <map>
 #include <set>
 
-#include "platform/text/FontLibrary.h"
-#include "platform/ui/NSFontManager.h"
+#include "QzAnno/platform/text/FontLibrary.h"
+#include "QzAnno/platform/ui/NSFontManager.h"
 #include "platform/ui/QtValues.h"
 
 namespace qz {

@@ -2,7 +2,7 @@
 
 #include <QWidget>
 
-#include "platform/text/NSFont.h"
+#include "QzAnno/platform/text/NSFont.h"
 
 class QDoubleSpinBox;
 class QLabel;

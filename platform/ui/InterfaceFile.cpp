@@ -8,9 +8,9 @@
 #include <QWidget>
 #include <map>
 
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/ui/NSApplication.h"
 #include "platform/ui/ColorWell.h"
-#include "platform/ui/NSApplication.h"
 #include "platform/ui/QtValues.h"
 #include "platform/ui/TableWidget.h"
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/ui/NSKeyValueObserving.h"
-#include "platform/ui/NSMenu.h"
-#include "platform/ui/NSResponder.h"
+#include "QzAnno/platform/ui/NSKeyValueObserving.h"
+#include "QzAnno/platform/ui/NSMenu.h"
+#include "QzAnno/platform/ui/NSResponder.h"
 
 class QWidget;
 

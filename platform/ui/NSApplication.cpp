@@ -1,4 +1,4 @@
-#include "platform/ui/NSApplication.h"
+#include "QzAnno/platform/ui/NSApplication.h"
 
 #include <QApplication>
 #include <QPointer>

@@ -1,9 +1,9 @@
-#include "platform/ui/NSBox.h"
+#include "QzAnno/platform/ui/NSBox.h"
 
 #include <QGroupBox>
 
-#include "platform/foundation/NSNumber.h"
-#include "platform/ui/NSApplication.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/ui/NSApplication.h"
 #include "platform/ui/QtValues.h"
 
 namespace qz {

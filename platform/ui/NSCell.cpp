@@ -1,6 +1,6 @@
-#include "platform/ui/NSCell.h"
+#include "QzAnno/platform/ui/NSCell.h"
 
-#include "platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
 
 namespace qz {
 

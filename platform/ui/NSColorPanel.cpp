@@ -1,4 +1,4 @@
-#include "platform/ui/NSColorPanel.h"
+#include "QzAnno/platform/ui/NSColorPanel.h"
 
 #include <QColorDialog>
 #include <QPointer>

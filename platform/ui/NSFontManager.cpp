@@ -1,7 +1,7 @@
-#include "platform/ui/NSFontManager.h"
+#include "QzAnno/platform/ui/NSFontManager.h"
 
+#include "QzAnno/platform/ui/NSApplication.h"
 #include "platform/ui/FontPanelWidget.h"
-#include "platform/ui/NSApplication.h"
 
 namespace qz {
 

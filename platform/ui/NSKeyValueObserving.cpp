@@ -1,8 +1,8 @@
-#include "platform/ui/NSKeyValueObserving.h"
+#include "QzAnno/platform/ui/NSKeyValueObserving.h"
 
 #include <algorithm>
 
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
 
 namespace qz {
 

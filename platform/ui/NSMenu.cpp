@@ -1,8 +1,8 @@
-#include "platform/ui/NSMenu.h"
+#include "QzAnno/platform/ui/NSMenu.h"
 
 #include <QMenu>
 
-#include "platform/ui/NSApplication.h"
+#include "QzAnno/platform/ui/NSApplication.h"
 #include "platform/ui/QtValues.h"
 
 namespace qz {

@@ -1,8 +1,8 @@
-#include "platform/ui/NSPasteboard.h"
+#include "QzAnno/platform/ui/NSPasteboard.h"
 
 #include <QMimeData>
 
-#include "platform/foundation/NSPropertyListSerialization.h"
+#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
 #include "platform/ui/QtValues.h"
 
 namespace qz {

@@ -1,4 +1,4 @@
-#include "platform/ui/NSPopUpButton.h"
+#include "QzAnno/platform/ui/NSPopUpButton.h"
 
 #include <QComboBox>
 

@@ -1,4 +1,4 @@
-#include "platform/ui/NSResponder.h"
+#include "QzAnno/platform/ui/NSResponder.h"
 
 namespace qz {
 

@@ -1,4 +1,4 @@
-#include "platform/ui/NSTabView.h"
+#include "QzAnno/platform/ui/NSTabView.h"
 
 #include <QStackedWidget>
 

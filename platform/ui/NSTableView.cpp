@@ -1,9 +1,9 @@
-#include "platform/ui/NSTableView.h"
+#include "QzAnno/platform/ui/NSTableView.h"
 
 #include <QHeaderView>
 #include <algorithm>
 
-#include "platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
 #include "platform/ui/TableState.h"
 
 namespace qz {

@@ -1,4 +1,4 @@
-#include "platform/ui/NSTextViewWidget.h"
+#include "QzAnno/platform/ui/NSTextViewWidget.h"
 
 #include "platform/ui/TextWidget.h"
 

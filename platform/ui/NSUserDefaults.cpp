@@ -1,9 +1,9 @@
-#include "platform/ui/NSUserDefaults.h"
+#include "QzAnno/platform/ui/NSUserDefaults.h"
 
 #include <QSettings>
 
-#include "platform/foundation/NSArchiver.h"
-#include "platform/foundation/NSUnarchiver.h"
+#include "QzAnno/platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
 #include "platform/ui/QtValues.h"
 
 namespace qz {

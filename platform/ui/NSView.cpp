@@ -1,4 +1,4 @@
-#include "platform/ui/NSView.h"
+#include "QzAnno/platform/ui/NSView.h"
 
 #include <QPointer>
 #include <QWidget>

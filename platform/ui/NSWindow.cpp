@@ -1,4 +1,4 @@
-#include "platform/ui/NSWindow.h"
+#include "QzAnno/platform/ui/NSWindow.h"
 
 #include <QEvent>
 #include <QKeyEvent>
@@ -7,7 +7,7 @@
 #include <QWindow>
 #include <algorithm>
 
-#include "platform/ui/NSApplication.h"
+#include "QzAnno/platform/ui/NSApplication.h"
 #include "platform/ui/QtValues.h"
 #include "platform/ui/WindowFrames.h"
 

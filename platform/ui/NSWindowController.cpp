@@ -1,4 +1,4 @@
-#include "platform/ui/NSWindowController.h"
+#include "QzAnno/platform/ui/NSWindowController.h"
 
 namespace qz {
 

@@ -4,9 +4,9 @@
 #include <QImage>
 #include <QString>
 
-#include "platform/foundation/NSString.h"
-#include "platform/graphics/NSBitmapImageRep.h"
-#include "platform/graphics/NSColor.h"
+#include "QzAnno/platform/foundation/NSString.h"
+#include "QzAnno/platform/graphics/NSBitmapImageRep.h"
+#include "QzAnno/platform/graphics/NSColor.h"
 
 namespace qz {
 

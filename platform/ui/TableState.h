@@ -2,7 +2,7 @@
 
 #include <QPointer>
 
-#include "platform/ui/NSTableView.h"
+#include "QzAnno/platform/ui/NSTableView.h"
 #include "platform/ui/TableWidget.h"
 
 namespace qz {

@@ -8,7 +8,7 @@
 #include <QPainter>
 #include <algorithm>
 
-#include "platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
 #include "platform/ui/QtValues.h"
 #include "platform/ui/TableState.h"
 

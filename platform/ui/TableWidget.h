@@ -7,7 +7,7 @@
 #include <QTableView>
 #include <functional>
 
-#include "platform/ui/NSTableView.h"
+#include "QzAnno/platform/ui/NSTableView.h"
 
 namespace qz {
 

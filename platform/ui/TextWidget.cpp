@@ -8,11 +8,11 @@
 #include <QPainterPath>
 #include <cmath>
 
-#include "platform/graphics/NSGraphicsContext.h"
-#include "platform/text/NSLayoutManager.h"
+#include "QzAnno/platform/graphics/NSGraphicsContext.h"
+#include "QzAnno/platform/text/NSLayoutManager.h"
+#include "QzAnno/platform/ui/NSApplication.h"
+#include "QzAnno/platform/ui/NSMenu.h"
 #include "platform/ui/ColorWell.h"
-#include "platform/ui/NSApplication.h"
-#include "platform/ui/NSMenu.h"
 #include "platform/ui/QtValues.h"
 
 namespace qz {

@@ -3,8 +3,8 @@
 #include <QBasicTimer>
 #include <QWidget>
 
-#include "platform/graphics/NSBitmapImageRep.h"
-#include "platform/text/NSTextView.h"
+#include "QzAnno/platform/graphics/NSBitmapImageRep.h"
+#include "QzAnno/platform/text/NSTextView.h"
 #include "platform/text/TextCaret.h"
 
 namespace qz {

@@ -10,9 +10,9 @@
 #include <algorithm>
 #include <limits>
 
-#include "platform/foundation/NSLog.h"
-#include "platform/ui/NSApplication.h"
-#include "platform/ui/NSUserDefaults.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/ui/NSApplication.h"
+#include "QzAnno/platform/ui/NSUserDefaults.h"
 #include "platform/ui/QtValues.h"
 
 namespace qz {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "QzAnno/archive/QzTokeningArchiver.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
 #include "tests/support/Palettes.h"
 
 namespace qz::test {

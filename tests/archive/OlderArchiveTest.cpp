@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "QzAnno_AnnotatedTextFramework/archive/QzAnnoArchiver.h"
-#include "platform/foundation/NSAlertPanel.h"
+#include "QzAnno/archive/QzAnnoArchiver.h"
+#include "QzAnno/platform/foundation/NSAlertPanel.h"
 #include "tests/archive/Archives.h"
 #include "tests/support/CodedAs.h"
 #include "tests/support/LogCapture.h"

@@ -1,11 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
-#include "platform/foundation/NSDate.h"
-#include "platform/foundation/NSUnarchiver.h"
-#include "platform/text/NSParagraphStyle.h"
+#include "QzAnno/archive/PaletteData.h"
+#include "QzAnno/palette/QzBBoxInfo.h"
+#include "QzAnno/platform/foundation/NSDate.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
+#include "QzAnno/platform/text/NSParagraphStyle.h"
 #include "tests/archive/Archives.h"
 #include "tests/support/CodedAs.h"
 #include "tests/support/LogCapture.h"

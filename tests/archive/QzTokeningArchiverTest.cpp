@@ -1,9 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
-#include "QzAnno_AnnotatedTextFramework/archive/QzAnnoArchiver.h"
-#include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
+#include "QzAnno/archive/PaletteData.h"
+#include "QzAnno/archive/QzAnnoArchiver.h"
+#include "QzAnno/archive/QzTokeningArchiver.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
 #include "tests/archive/Archives.h"
 #include "tests/foundation/StreamBytes.h"

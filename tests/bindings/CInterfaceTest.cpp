@@ -9,7 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "QzAnno_AnnotatedTextFramework/QzAnno.h"
+#include "QzAnno/QzAnno.h"
 #include "bindings/c/qzanno.h"
 
 namespace {

@@ -1,11 +1,11 @@
 #include <gmock/gmock.h>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/graphics/NSColor.h"
 #include "captions/Ass.h"
 #include "captions/SubRip.h"
 #include "captions/WebVTT.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/graphics/NSColor.h"
 #include "tests/captions/CaptionTest.h"
 
 namespace qz {

@@ -6,10 +6,10 @@
 
 #include <gtest/gtest.h>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno/model/QzAnnoString.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/platform/foundation/NSLog.h"
 #include "captions/CaptionProblem.h"
-#include "platform/foundation/NSLog.h"
 
 namespace qz::test {
 

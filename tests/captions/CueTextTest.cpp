@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "QzAnno/platform/foundation/NSString.h"
 #include "captions/CueText.h"
-#include "platform/foundation/NSString.h"
 
 namespace qz {
 namespace {

@@ -4,13 +4,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "QzAnno/platform/foundation/Files.h"
+#include "QzAnno/platform/foundation/NSLog.h"
 #include "captions/CueSettings.h"
 #include "captions/KeyExchange.h"
 #include "captions/WebVTT.h"
 #include "captions/WebVTTWriter.h"
 #include "platform/foundation/DiagnosticText.h"
-#include "platform/foundation/Files.h"
-#include "platform/foundation/NSLog.h"
 
 namespace qz {
 namespace {

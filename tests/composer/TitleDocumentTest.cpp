@@ -4,10 +4,10 @@
 
 #include <gmock/gmock.h>
 
+#include "QzAnno/platform/foundation/Files.h"
 #include "QzAnno_AnnotatedTextFramework/ui/KeyRenaming.h"
 #include "apps/qzanno-composer/ComposerWindow.h"
 #include "apps/qzanno-composer/TitleDocument.h"
-#include "platform/foundation/Files.h"
 #include "tests/ui/Desk.h"
 
 namespace qz::composer {

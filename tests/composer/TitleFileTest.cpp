@@ -2,9 +2,9 @@
 
 #include <gmock/gmock.h>
 
-#include "QzAnno_AnnotatedTextFramework/archive/PaletteData.h"
+#include "QzAnno/archive/PaletteData.h"
+#include "QzAnno/platform/foundation/Files.h"
 #include "apps/qzanno-composer/TitleTimes.h"
-#include "platform/foundation/Files.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Palettes.h"
 #include "tests/support/TemporaryFolder.h"

@@ -6,9 +6,9 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/render/QzAnnoStringToScreen.h"
 #include "tests/support/Palettes.h"
 
 namespace qz {

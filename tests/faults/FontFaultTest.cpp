@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/render/QzAnnoStringToScreen.h"
 #include "tests/support/FontFiles.h"
 #include "tests/support/Palettes.h"
 #include "tests/support/Pixels.h"

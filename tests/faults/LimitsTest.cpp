@@ -5,15 +5,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzAnno.h"
+#include "QzAnno/model/QzAnno.h"
+#include "QzAnno/platform/foundation/Limits.h"
+#include "QzAnno/platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
+#include "QzAnno/platform/foundation/NSURL.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
 #include "captions/PlainText.h"
 #include "captions/WebVTT.h"
-#include "platform/foundation/Limits.h"
-#include "platform/foundation/NSArchiver.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/foundation/NSPropertyListSerialization.h"
-#include "platform/foundation/NSURL.h"
-#include "platform/text/NSAttributedString.h"
 #include "tests/support/Palettes.h"
 
 namespace qz {

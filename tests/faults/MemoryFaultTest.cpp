@@ -17,13 +17,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
-#include "platform/foundation/NSLog.h"
-#include "platform/graphics/NSGraphicsContext.h"
-#include "platform/graphics/PNG.h"
-#include "platform/text/NSAttributedString.h"
+#include "QzAnno/archive/QzTokeningArchiver.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/graphics/NSGraphicsContext.h"
+#include "QzAnno/platform/graphics/PNG.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
+#include "QzAnno/render/QzAnnoStringToScreen.h"
 #include "tests/faults/FailingMemory.h"
 #include "tests/support/FontFiles.h"
 #include "tests/support/Palettes.h"

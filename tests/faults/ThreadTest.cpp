@@ -6,10 +6,10 @@
 
 #include <gtest/gtest.h>
 
-#include "QzAnno_AnnotatedTextFramework/archive/QzTokeningArchiver.h"
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/archive/QzTokeningArchiver.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/render/QzAnnoStringToScreen.h"
 #include "tests/support/Palettes.h"
 
 namespace qz {

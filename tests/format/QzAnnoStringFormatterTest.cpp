@@ -3,9 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "QzAnno_AnnotatedTextFramework/format/QzAnnoStringFormatter.h"
-#include "platform/text/NSFont.h"
-#include "platform/text/NSParagraphStyle.h"
+#include "QzAnno/format/QzAnnoStringFormatter.h"
+#include "QzAnno/platform/text/NSFont.h"
+#include "QzAnno/platform/text/NSParagraphStyle.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Palettes.h"
 

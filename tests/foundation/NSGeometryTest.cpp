@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/foundation/NSGeometry.h"
+#include "QzAnno/platform/foundation/NSGeometry.h"
 
 namespace qz {
 namespace {

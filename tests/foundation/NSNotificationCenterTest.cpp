@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/foundation/NSNotificationCenter.h"
+#include "QzAnno/platform/foundation/NSNotificationCenter.h"
 
 namespace qz {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/foundation/NSString.h"
-#include "platform/foundation/NSUndoManager.h"
+#include "QzAnno/platform/foundation/NSString.h"
+#include "QzAnno/platform/foundation/NSUndoManager.h"
 
 namespace qz {
 namespace {

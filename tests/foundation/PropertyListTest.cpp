@@ -5,13 +5,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSDate.h"
-#include "platform/foundation/NSDictionary.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/foundation/NSPropertyListSerialization.h"
-#include "platform/foundation/NSSet.h"
-#include "platform/foundation/NSString.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSDate.h"
+#include "QzAnno/platform/foundation/NSDictionary.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
+#include "QzAnno/platform/foundation/NSSet.h"
+#include "QzAnno/platform/foundation/NSString.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace qz {

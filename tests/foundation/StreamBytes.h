@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/NSData.h"
+#include "QzAnno/platform/foundation/NSData.h"
 
 namespace qz::test {
 

@@ -3,12 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/foundation/NSArchiver.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSString.h"
-#include "platform/foundation/NSUnarchiver.h"
-#include "platform/foundation/TypedStreamLimits.h"
-#include "platform/foundation/TypedStreamListing.h"
+#include "QzAnno/platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSString.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
+#include "QzAnno/platform/foundation/TypedStreamLimits.h"
+#include "QzAnno/platform/foundation/TypedStreamListing.h"
 #include "platform/foundation/TypedStreamTypes.h"
 #include "tests/foundation/StreamBytes.h"
 #include "tests/support/AllocationCount.h"

@@ -5,16 +5,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/foundation/NSArchiver.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSDate.h"
-#include "platform/foundation/NSDictionary.h"
-#include "platform/foundation/NSNull.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/foundation/NSSet.h"
-#include "platform/foundation/NSString.h"
-#include "platform/foundation/NSURL.h"
-#include "platform/foundation/NSUnarchiver.h"
+#include "QzAnno/platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSDate.h"
+#include "QzAnno/platform/foundation/NSDictionary.h"
+#include "QzAnno/platform/foundation/NSNull.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSSet.h"
+#include "QzAnno/platform/foundation/NSString.h"
+#include "QzAnno/platform/foundation/NSURL.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
 
 namespace qz {
 namespace {

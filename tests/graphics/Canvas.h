@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "platform/graphics/NSGraphicsContext.h"
+#include "QzAnno/platform/graphics/NSGraphicsContext.h"
 
 namespace qz {
 

@@ -3,10 +3,10 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/foundation/NSArchiver.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSUnarchiver.h"
-#include "platform/graphics/NSColor.h"
+#include "QzAnno/platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
+#include "QzAnno/platform/graphics/NSColor.h"
 #include "tests/graphics/Canvas.h"
 #include "tests/support/CodedAs.h"
 #include "tests/support/TemporaryFolder.h"

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/graphics/NSImage.h"
+#include "QzAnno/platform/graphics/NSImage.h"
 
 namespace qz {
 namespace {

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <png.h>
 
-#include "platform/graphics/PNG.h"
+#include "QzAnno/platform/graphics/PNG.h"
 
 namespace qz {
 namespace {

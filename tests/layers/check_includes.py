@@ -30,14 +30,24 @@ ALLOWED = {
     "apps/qzanno-composer": PLATFORM + ["platform/ui", LIBRARY, "captions"],
 }
 
+# A layer's public headers lie below the one folder that hosts have on their search path.
+PUBLIC = f"{LIBRARY}/include/QzAnno"
 DEPENDENCY = re.compile(r"<(hb|cairo|unicode/|ft2build|freetype|fontconfig/|png\.h|expat|CLI/|nlohmann/|libdeflate|pybind11/)")
 QT = re.compile(r"<Q[A-Z]\w*>")
 QT_FOLDERS = ("platform/ui", f"{LIBRARY}/ui", "apps/qzanno-composer")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"][^>"]+[>"])')
 
 
+def home_of(path):
+    """The path as it would be if public headers lay beside the sources of their layer."""
+    if not path.startswith(PUBLIC + "/"):
+        return path
+    layer = path[len(PUBLIC) + 1:]
+    return layer if layer.startswith("platform/") else f"{LIBRARY}/{layer}"
+
+
 def folder_of(path):
-    return next((folder for folder in ALLOWED if path.startswith(folder + "/")), None)
+    return next((folder for folder in ALLOWED if home_of(path).startswith(folder + "/")), None)
 
 
 def faults_of(root, file):
@@ -52,24 +62,24 @@ def faults_of(root, file):
         if QT.match(target) and folder not in QT_FOLDERS:
             yield f"{place}: {target}: Qt belongs to {', '.join(QT_FOLDERS)}"
         shows_dependency = DEPENDENCY.match(target) or QT.match(target)
-        if shows_dependency and name.endswith(".h") and not is_private(root, file):
+        if shows_dependency and name.startswith(PUBLIC):
             yield f"{place}: {target}: an installed header must not show a dependency"
-        if target.startswith('"'):
-            path = target.strip('"')
-            if not (root / path).is_file():
-                yield f"{place}: {target}: write the path from the root of the repository"
-            elif not any(path.startswith(a + "/") for a in ALLOWED[folder] + [folder]):
-                yield f"{place}: {target}: {folder} may not include that"
-
-
-def is_private(root, header):
-    """A header that its folder's CMakeLists does not list is not installed."""
-    return header.name not in (header.parent / "CMakeLists.txt").read_text(encoding="utf-8")
+        if target.startswith("<"):
+            continue
+        path = target.strip('"')
+        if path.startswith("QzAnno/"):
+            path = f"{LIBRARY}/include/{path}"
+        if not (root / path).is_file():
+            yield f"{place}: {target}: write the path from the root of the repository, of a public header QzAnno/..."
+        elif name.startswith(PUBLIC) and not path.startswith(PUBLIC):
+            yield f"{place}: {target}: a public header includes public ones alone"
+        elif folder and not any(home_of(path).startswith(a + "/") for a in ALLOWED[folder] + [folder]):
+            yield f"{place}: {target}: {folder} may not include that"
 
 
 def main():
     root = pathlib.Path(sys.argv[1]).resolve()
-    files = [f for folder in ALLOWED for f in sorted((root / folder).rglob("*")) if f.suffix in (".h", ".cpp")]
+    files = [f for folder in [PUBLIC, *ALLOWED] for f in sorted((root / folder).rglob("*")) if f.suffix in (".h", ".cpp")]
     if not files:
         sys.exit(f"{root} holds no sources")
     faults = [fault for file in files for fault in faults_of(root, file)]

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
+#include "QzAnno/model/QzAnnoString.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
 
 namespace qz {
 namespace {

@@ -1,9 +1,9 @@
 #include <gmock/gmock.h>
 
+#include "QzAnno/model/QzAnno.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
-#include "QzAnno_AnnotatedTextFramework/model/QzAnno.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
-#include "platform/foundation/NSNumber.h"
 
 namespace qz {
 namespace {

@@ -1,11 +1,11 @@
 #include <gmock/gmock.h>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzAnnoAttributeName.h"
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
+#include "QzAnno/model/QzAnnoAttributeName.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
 #include "fuzz/EditsCheck.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/text/NSAttributedString.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/RandomChoices.h"
 

@@ -2,13 +2,13 @@
 
 #include <gmock/gmock.h>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/graphics/NSColor.h"
-#include "platform/text/NSFont.h"
-#include "platform/text/NSParagraphStyle.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/palette/NameStyleSeparation.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/graphics/NSColor.h"
+#include "QzAnno/platform/text/NSFont.h"
+#include "QzAnno/platform/text/NSParagraphStyle.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Palettes.h"
 

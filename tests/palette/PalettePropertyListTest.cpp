@@ -1,14 +1,14 @@
 #include <gmock/gmock.h>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/palette/PaletteFaults.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSDate.h"
-#include "platform/foundation/NSNotificationCenter.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/graphics/NSColor.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/palette/PaletteFaults.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/palette/QzBBoxInfo.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSDate.h"
+#include "QzAnno/platform/foundation/NSNotificationCenter.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/graphics/NSColor.h"
 #include "tests/support/LogCapture.h"
 
 namespace qz {

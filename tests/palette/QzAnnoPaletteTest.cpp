@@ -1,10 +1,10 @@
 #include <gmock/gmock.h>
 
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/platform/foundation/NSNotificationCenter.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
 #include "fuzz/UndoCheck.h"
-#include "platform/foundation/NSNotificationCenter.h"
-#include "platform/foundation/NSNumber.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/RandomChoices.h"
 

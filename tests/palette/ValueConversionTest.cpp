@@ -1,10 +1,10 @@
 #include <gmock/gmock.h>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
-#include "QzAnno_AnnotatedTextFramework/palette/ValueConversion.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/graphics/NSColor.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/palette/QzBBoxInfo.h"
+#include "QzAnno/palette/ValueConversion.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/graphics/NSColor.h"
 
 namespace qz {
 namespace {

@@ -9,8 +9,8 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
-#include "platform/foundation/Files.h"
-#include "platform/graphics/PNG.h"
+#include "QzAnno/platform/foundation/Files.h"
+#include "QzAnno/platform/graphics/PNG.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace qz::test {

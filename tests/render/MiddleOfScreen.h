@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
+#include "QzAnno/render/QzAnnoStringToScreen.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Palettes.h"
 #include "tests/support/Pixels.h"

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoLayoutManager.h"
+#include "QzAnno/palette/QzBBoxInfo.h"
+#include "QzAnno/render/QzAnnoLayoutManager.h"
 #include "tests/render/MiddleOfScreen.h"
 
 namespace qz {

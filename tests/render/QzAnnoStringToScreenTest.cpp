@@ -5,8 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
-#include "QzAnno_AnnotatedTextFramework/render/QzTextRender.h"
+#include "QzAnno/render/QzAnnoStringToScreen.h"
+#include "QzAnno/render/QzTextRender.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Palettes.h"
 #include "tests/support/Pixels.h"

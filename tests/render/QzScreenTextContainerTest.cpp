@@ -1,12 +1,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/render/QzScreenTextContainer.h"
-#include "platform/text/AttributeNames.h"
-#include "platform/text/NSLayoutManager.h"
-#include "platform/text/NSParagraphStyle.h"
-#include "platform/text/NSTextView.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSLayoutManager.h"
+#include "QzAnno/platform/text/NSParagraphStyle.h"
+#include "QzAnno/platform/text/NSTextView.h"
+#include "QzAnno/render/QzScreenTextContainer.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Palettes.h"
 

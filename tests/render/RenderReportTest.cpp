@@ -3,8 +3,8 @@
 
 #include <gmock/gmock.h>
 
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoStringToScreen.h"
-#include "QzAnno_AnnotatedTextFramework/render/RenderReport.h"
+#include "QzAnno/render/QzAnnoStringToScreen.h"
+#include "QzAnno/render/RenderReport.h"
 #include "tests/support/FontFiles.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Palettes.h"

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "QzAnno_AnnotatedTextFramework/render/RenderReport.h"
+#include "QzAnno/render/RenderReport.h"
 #include "tests/render/MiddleOfScreen.h"
 #include "tests/support/RandomChoices.h"
 

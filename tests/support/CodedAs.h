@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSArchiver.h"
 
 namespace qz::test {
 

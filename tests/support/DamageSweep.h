@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/foundation/NSData.h"
+#include "QzAnno/platform/foundation/NSData.h"
 #include "tests/support/AllocationCount.h"
 
 namespace qz::test {

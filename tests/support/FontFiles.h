@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/text/FontLibrary.h"
+#include "QzAnno/platform/text/FontLibrary.h"
 
 namespace qz::test {
 

@@ -3,14 +3,14 @@
 #include <utility>
 #include <vector>
 
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/palette/AttributeNames.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzAnnoPalette.h"
-#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
-#include "platform/foundation/NSArray.h"
-#include "platform/foundation/NSNumber.h"
-#include "platform/foundation/NSUndoManager.h"
-#include "platform/graphics/NSColor.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
+#include "QzAnno/palette/AttributeNames.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/palette/QzBBoxInfo.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/foundation/NSUndoManager.h"
+#include "QzAnno/platform/graphics/NSColor.h"
 
 namespace qz::test {
 

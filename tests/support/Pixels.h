@@ -4,7 +4,7 @@
 #include <functional>
 #include <ostream>
 
-#include "platform/graphics/NSBitmapImageRep.h"
+#include "QzAnno/platform/graphics/NSBitmapImageRep.h"
 
 namespace qz::test {
 

@@ -7,7 +7,7 @@
 
 #include <stdlib.h>
 
-#include "platform/foundation/Files.h"
+#include "QzAnno/platform/foundation/Files.h"
 
 namespace qz {
 

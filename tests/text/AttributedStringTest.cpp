@@ -3,10 +3,10 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/foundation/NSNumber.h"
-#include "platform/text/AttributeNames.h"
-#include "platform/text/NSAttributedString.h"
-#include "platform/text/NSFont.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
+#include "QzAnno/platform/text/NSFont.h"
 
 namespace qz {
 namespace {

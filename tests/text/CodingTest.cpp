@@ -2,11 +2,11 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/foundation/NSArchiver.h"
-#include "platform/foundation/NSUnarchiver.h"
-#include "platform/graphics/NSColor.h"
-#include "platform/text/NSAttributedString.h"
-#include "platform/text/NSFont.h"
+#include "QzAnno/platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
+#include "QzAnno/platform/graphics/NSColor.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
+#include "QzAnno/platform/text/NSFont.h"
 #include "tests/support/CodedAs.h"
 #include "tests/support/LogCapture.h"
 

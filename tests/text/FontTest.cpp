@@ -4,10 +4,10 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
+#include "QzAnno/platform/text/NSFont.h"
 #include "platform/text/FontFace.h"
 #include "platform/text/GlyphOutline.h"
-#include "platform/text/NSFont.h"
 #include "platform/text/Shaping.h"
 #include "tests/support/TemporaryFolder.h"
 

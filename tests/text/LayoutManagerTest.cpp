@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/graphics/NSImage.h"
+#include "QzAnno/platform/graphics/NSImage.h"
 #include "tests/support/Pixels.h"
 #include "tests/text/TextSystem.h"
 

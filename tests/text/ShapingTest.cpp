@@ -3,7 +3,7 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/foundation/NSLog.h"
+#include "QzAnno/platform/foundation/NSLog.h"
 #include "platform/text/Shaping.h"
 #include "platform/text/ShapingCache.h"
 

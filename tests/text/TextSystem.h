@@ -3,11 +3,11 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/NSNumber.h"
-#include "platform/graphics/NSColor.h"
-#include "platform/text/AttributeNames.h"
-#include "platform/text/NSLayoutManager.h"
-#include "platform/text/NSParagraphStyle.h"
+#include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/graphics/NSColor.h"
+#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSLayoutManager.h"
+#include "QzAnno/platform/text/NSParagraphStyle.h"
 
 namespace qz {
 

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/text/NSTextView.h"
+#include "QzAnno/platform/text/NSTextView.h"
 #include "platform/text/TextCaret.h"
 #include "platform/text/WordBreaks.h"
 #include "tests/text/TextSystem.h"

@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/foundation/NSAlertPanel.h"
-#include "platform/ui/NSApplication.h"
+#include "QzAnno/platform/foundation/NSAlertPanel.h"
+#include "QzAnno/platform/ui/NSApplication.h"
 
 namespace qz {
 namespace {

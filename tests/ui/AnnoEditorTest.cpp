@@ -7,11 +7,11 @@
 #include <QLineEdit>
 #include <QStackedWidget>
 
-#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
-#include "platform/foundation/NSArray.h"
+#include "QzAnno/palette/QzBBoxInfo.h"
+#include "QzAnno/platform/foundation/NSArray.h"
+#include "QzAnno/platform/ui/NSBox.h"
+#include "QzAnno/platform/ui/NSColorPanel.h"
 #include "platform/ui/ColorWell.h"
-#include "platform/ui/NSBox.h"
-#include "platform/ui/NSColorPanel.h"
 #include "tests/ui/Desk.h"
 
 namespace qz {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "QzAnno_AnnotatedTextFramework/ui/QzAnnotationManager.h"
-#include "platform/ui/NSUserDefaults.h"
+#include "QzAnno/platform/ui/NSUserDefaults.h"
+#include "QzAnno/ui/QzAnnotationManager.h"
 #include "tests/support/LogCapture.h"
 
 namespace qz {

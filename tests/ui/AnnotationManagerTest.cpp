@@ -2,8 +2,8 @@
 #include <QWindow>
 #include <random>
 
-#include "QzAnno_AnnotatedTextFramework/ui/AnnotationReporting.h"
-#include "platform/ui/NSUserDefaults.h"
+#include "QzAnno/platform/ui/NSUserDefaults.h"
+#include "QzAnno/ui/AnnotationReporting.h"
 #include "platform/ui/WindowFrames.h"
 #include "tests/ui/Desk.h"
 

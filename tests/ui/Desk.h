@@ -8,11 +8,11 @@
 
 #include <gmock/gmock.h>
 
-#include "QzAnno_AnnotatedTextFramework/format/QzAnnoStringFormatter.h"
-#include "QzAnno_AnnotatedTextFramework/model/QzMutableAnnoString.h"
-#include "QzAnno_AnnotatedTextFramework/ui/QzAnnotationManager.h"
-#include "platform/ui/NSApplication.h"
-#include "platform/ui/NSTextViewWidget.h"
+#include "QzAnno/format/QzAnnoStringFormatter.h"
+#include "QzAnno/model/QzMutableAnnoString.h"
+#include "QzAnno/platform/ui/NSApplication.h"
+#include "QzAnno/platform/ui/NSTextViewWidget.h"
+#include "QzAnno/ui/QzAnnotationManager.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Palettes.h"
 

@@ -4,7 +4,7 @@
 #include <QMenu>
 #include <QMimeData>
 
-#include "platform/foundation/NSArray.h"
+#include "QzAnno/platform/foundation/NSArray.h"
 #include "platform/ui/TableWidget.h"
 #include "tests/ui/Desk.h"
 

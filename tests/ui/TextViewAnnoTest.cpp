@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 
-#include "QzAnno_AnnotatedTextFramework/ui/AnnotationReporting.h"
-#include "QzAnno_AnnotatedTextFramework/ui/QzTextViewAnnoCategory.h"
-#include "platform/text/NSFont.h"
+#include "QzAnno/platform/text/NSFont.h"
+#include "QzAnno/ui/AnnotationReporting.h"
+#include "QzAnno/ui/QzTextViewAnnoCategory.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Palettes.h"
 

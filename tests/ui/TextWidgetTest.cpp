@@ -4,11 +4,11 @@
 #include <QMenu>
 #include <QMimeData>
 
-#include "QzAnno_AnnotatedTextFramework/palette/QzBBoxInfo.h"
-#include "QzAnno_AnnotatedTextFramework/render/QzAnnoLayoutManager.h"
-#include "platform/text/AttributeNames.h"
+#include "QzAnno/palette/QzBBoxInfo.h"
+#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSParagraphStyle.h"
+#include "QzAnno/render/QzAnnoLayoutManager.h"
 #include "platform/text/CaretGeometry.h"
-#include "platform/text/NSParagraphStyle.h"
 #include "tests/ui/Desk.h"
 
 namespace qz {

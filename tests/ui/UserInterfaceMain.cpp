@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/ui/NSUserDefaults.h"
+#include "QzAnno/platform/ui/NSUserDefaults.h"
 #include "tests/support/TemporaryFolder.h"
 
 int main(int argc, char** argv) {

@@ -1,7 +1,7 @@
 // A program of another project, with the static library in it: reads archives of classes that it does not use itself.
 #include <cstdio>
 
-#include <QzAnno.h>
+#include <QzAnno/QzAnno.h>
 
 int main() {
     for (const char* name :

@@ -4,8 +4,8 @@
 #include <QWidget>
 #include <cstdio>
 
-#include <QzAnno.h>
-#include <QzAnnoUI.h>
+#include <QzAnno/QzAnno.h>
+#include <QzAnno/QzAnnoUI.h>
 
 using namespace qz::literals;
 

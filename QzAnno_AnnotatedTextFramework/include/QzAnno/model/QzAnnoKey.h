@@ -1,0 +1,52 @@
+#pragma once
+
+#include "QzAnno/model/QzToken.h"
+
+namespace qz {
+
+class QzAnnoPalette;
+
+/// The identity of one annotation style: a shared object with a name, bound to at most one palette.
+///
+/// Palette, annotations, annotated strings and text attributes hold the same key object, so renaming it renames the
+/// annotation everywhere. Equality and hash are identity, and a copy of a key is the key itself. Archives hold keys as
+/// tokens, so that reading gives the keys of the reader's own palette. The back reference to
+/// the palette does not own; it empties when the palette dies.
+class QzAnnoKey final : public QzToken {
+public:
+    /// A new key; no name is the empty name. It is bound to the palette, which does not hold it for that:
+    /// `QzAnnoPalette::createAnno` makes the keys that a palette holds.
+    ///@{
+    static Ref<QzAnnoKey> keyWithName(const Ref<NSString>& name, const Ref<QzAnnoPalette>& palette = {});
+    static Ref<QzAnnoKey> initWithName(const Ref<NSString>& name, const Ref<QzAnnoPalette>& palette = {});
+    ///@}
+
+    /// Never none.
+    const Ref<NSString>& name() const { return annoname_; }
+    /// No name is the empty name. Tells nobody; a palette posts `QzAnnoChanged` when the annotation is replaced.
+    void setName(const Ref<NSString>& name);
+
+    /// Whether the key is bound to a palette.
+    bool valid() const { return !palette_.expired(); }
+    /// None while the key is unbound.
+    Ref<QzAnnoPalette> palette() const { return palette_.lock(); }
+    /// Whether the key is that of its palette's global annotation; false while unbound.
+    bool isDefault() const;
+
+    /// Whether it is the same object.
+    bool isEqualToAnnoKey(const QzAnnoKey& other) const { return this == &other; }
+    Ref<NSString> tokenType() const override { return AnnoKeyTokenType; }
+    /// "Title (Palette 3)": the name, and the palette's serial number, 0 while unbound.
+    std::string description() const override;
+    std::string className() const override { return "QzAnnoKey"; }
+
+private:
+    friend class MutableSupport;
+
+    QzAnnoKey(Ref<NSString> name, const Ref<QzAnnoPalette>& palette) : palette_(palette), annoname_(std::move(name)) {}
+
+    WeakRef<QzAnnoPalette> palette_;
+    Ref<NSString> annoname_;
+};
+
+}  // namespace qz

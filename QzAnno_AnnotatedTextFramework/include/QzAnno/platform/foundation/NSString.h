@@ -1,0 +1,65 @@
+#pragma once
+
+#include <atomic>
+#include <string>
+#include <string_view>
+
+#include "QzAnno/platform/foundation/NSObject.h"
+#include "QzAnno/platform/foundation/Range.h"
+
+namespace qz {
+
+/// An immutable text in UTF-16. Lengths and positions count UTF-16 units; lone surrogates are kept as they are.
+///
+/// A text has at most 2^31 - 1 units; making a longer one ends with `std::bad_alloc`. Threads may share one.
+class NSString final : public NSObject {
+public:
+    /// The empty text, one object for all.
+    static Ref<NSString> string();
+    /// As `utf16FromUtf8` reads it.
+    static Ref<NSString> stringWithUTF8String(std::string_view utf8);
+    /// As it is, well-formed or not.
+    static Ref<NSString> stringWithCharacters(std::u16string characters);
+
+    /// In UTF-16 units.
+    uint32_t length() const { return static_cast<uint32_t>(characters_.size()); }
+    /// Never changed; they live as long as the text.
+    const std::u16string& characters() const { return characters_; }
+    /// Throws `std::out_of_range` for an index that is not below the length.
+    char16_t characterAtIndex(uint32_t index) const { return characters_.at(index); }
+    /// In UTF-8, as `utf8FromUtf16` makes it.
+    std::string utf8() const;
+    /// None when the range reaches beyond the text.
+    Ref<NSString> substringWithRange(Range range) const;
+    /// Unit by unit: composed and decomposed forms of a character differ.
+    bool isEqualToString(const NSString& other) const { return characters_ == other.characters_; }
+
+    bool isEqual(const NSObject& other) const override;
+    size_t hash() const override;
+    std::string description() const override { return utf8(); }
+    std::string className() const override { return "NSString"; }
+
+private:
+    explicit NSString(std::u16string characters);
+
+    const std::u16string characters_;
+    // Made when it is first asked for, which long texts are not: each keystroke makes one. 0 until then. Threads that
+    // ask at once find the same.
+    mutable std::atomic<size_t> hash_ = 0;
+};
+
+/// Malformed bytes become U+FFFD, one for each maximal malformed sequence. Throws `std::bad_alloc` for more than
+/// 2^31 - 1 bytes.
+std::u16string utf16FromUtf8(std::string_view utf8);
+/// Lone surrogates become U+FFFD. Throws `std::bad_alloc` when three bytes a unit, which it takes to begin with, are
+/// more than 2^31 - 1.
+std::string utf8FromUtf16(std::u16string_view utf16);
+
+inline namespace literals {
+/// `"GLOBALS"_ns`: the string of a UTF-8 literal.
+inline Ref<NSString> operator""_ns(const char* utf8, size_t size) {
+    return NSString::stringWithUTF8String({utf8, size});
+}
+}  // namespace literals
+
+}  // namespace qz

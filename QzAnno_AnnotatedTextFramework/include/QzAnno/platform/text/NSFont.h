@@ -1,0 +1,120 @@
+#pragma once
+
+#include <string_view>
+
+#include "QzAnno/platform/foundation/Limits.h"
+#include "QzAnno/platform/foundation/NSGeometry.h"
+#include "QzAnno/platform/graphics/NSBezierPath.h"
+#include "QzAnno/platform/text/FontTraits.h"
+
+namespace qz {
+
+class FontFace;
+
+/// The number of a glyph within its font.
+using NSGlyph = uint32_t;
+/// Stands for a character that takes part in layout but shows nothing: a line break, a soft hyphen inside a line.
+inline constexpr NSGlyph NSControlGlyph = 0x00FFFFFF;
+
+/// A rule under text or through it, in points: its upper edge above the baseline, below it less than 0, and its
+/// thickness.
+struct FontRule {
+    float top = 0;        ///< of the upper edge
+    float thickness = 0;  ///< never below 0
+};
+
+/// A font at a size in points; immutable. May be used from several threads.
+class NSFont final : public NSObject {
+public:
+    /// The installed font whose PostScript name, full name, "family-style" or family (its regular face) is the given
+    /// one, in this order, without regard to case; none when there is none. A size that is not above 0 gives 12 points;
+    /// one beyond `kPointSizeMax`, or not a number, gives none.
+    static Ref<NSFont> fontWithName(const NSString& name, float size);
+    /// The fonts that serve where none is named, both the same face; always found, or the process has no fonts at all
+    /// and gets one without glyphs. A size that is not above 0, or not a number, gives `systemFontSize`, one beyond
+    /// `kPointSizeMax` that.
+    ///@{
+    static Ref<NSFont> titleBarFontOfSize(float size);
+    static Ref<NSFont> systemFontOfSize(float size);
+    ///@}
+    /// In points.
+    static float systemFontSize() { return 13.0f; }
+    /// The same face at another size, with the size rules of `fontWithName`.
+    Ref<NSFont> fontWithSize(float size) const;
+    /// The face of the same family, at the same size, that has these traits and otherwise comes nearest. Where the
+    /// family has no such face, bold and italic are synthesised; the other way round the font stays as it is. A font
+    /// in colours has no traits. Fonts that serve for characters that it lacks get the traits as well.
+    Ref<NSFont> fontWithTraits(FontTraits traits) const;
+
+    /// What was asked of `fontWithTraits`.
+    const FontTraits& traits() const { return traits_; }
+    /// Those of them that are synthesised, or could not be taken away.
+    FontTraits unmetTraits() const;
+
+    /// In points.
+    static constexpr float kPointSizeMax = Limits::kFontPointsMax;
+
+    /// The PostScript name; `fontWithName` finds the font by it.
+    Ref<NSString> fontName() const;
+    /// In English when the font has such a name; empty for the face without glyphs, as the PostScript name is then.
+    Ref<NSString> familyName() const;
+    /// Above 0, and `kPointSizeMax` at most.
+    float pointSize() const { return pointSize_; }
+
+    /// In points at this size: the typographic metrics when the font's OS/2 table asks for them, else those of its hhea
+    /// table, else the Windows metrics of OS/2; 0.8 and -0.2 of the size when it has none. The descender lies below the
+    /// baseline, so it is never above 0; the leading is the line gap, and never below 0.
+    ///@{
+    float ascender() const;
+    float descender() const;
+    float leading() const;
+    ///@}
+
+    /// Where the font has rules under text and through it; the usual place where it does not say.
+    ///@{
+    FontRule underline() const;
+    FontRule strikeThrough() const;
+    ///@}
+
+    /// The glyph of a character (a Unicode code point); 0 when the font lacks it.
+    NSGlyph glyphForCharacter(char32_t character) const;
+    /// Whether the font has a glyph for every character of the text that needs one: joiners, variation selectors and
+    /// controls do not. An emoji, unless U+FE0E asks for the plain form, counts only in a font with colour glyphs; one
+    /// that is followed by U+FE0E, only in a font without.
+    bool coversText(std::u16string_view text) const;
+    /// The advance in points, unhinted and without kerning; the height is 0. The zero size for a number that is no
+    /// glyph of the font.
+    NSSize advancementForGlyph(NSGlyph glyph) const;
+    /// A box round the glyph's outline, in points from its origin, y upward. Made of the outline's control points, so
+    /// it may be larger than the ink; the zero rectangle for a glyph without an outline.
+    NSRect boundingRectForGlyph(NSGlyph glyph) const;
+    /// Whether the glyph's outline cannot be read from the font's file; nothing is drawn for it then.
+    bool isGlyphDamaged(NSGlyph glyph) const;
+
+    /// For the text system; lives as long as the font.
+    const FontFace& face() const { return *face_; }
+
+    /// Whether text is shaped and drawn alike in both: the same face at the same size.
+    bool looksLike(const NSFont& other) const;
+    /// Whether the other is the same face of the same library at the same size, with the same traits asked for.
+    bool isEqual(const NSObject& other) const override;
+    size_t hash() const override;
+    std::string description() const override;
+    std::string className() const override { return "NSFont"; }
+
+    /// For the text system, which sees to it that there is a face, and that the size is one that `pointSize` may give.
+    NSFont(std::shared_ptr<const FontFace> face, float pointSize, FontTraits traits = {});
+
+private:
+    float points(double fontUnits) const;
+
+    const std::shared_ptr<const FontFace> face_;
+    const float pointSize_;
+    const FontTraits traits_;
+};
+
+/// Appends a glyph's outline, unhinted, with its origin at the path's current point and y growing upward; afterwards
+/// the current point is where the next glyph begins. A glyph without an outline only advances.
+void appendBezierPathWithGlyph(NSBezierPath& path, NSGlyph glyph, const NSFont& font);
+
+}  // namespace qz

@@ -1,0 +1,151 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/platform/foundation/NSGeometry.h"
+#include "QzAnno/platform/ui/NSFontManager.h"
+#include "QzAnno/platform/ui/NSKeyValueObserving.h"
+#include "QzAnno/platform/ui/NSPopUpButton.h"
+#include "QzAnno/platform/ui/NSTabView.h"
+#include "QzAnno/platform/ui/NSTableView.h"
+#include "QzAnno/platform/ui/NSWindow.h"
+
+class QLineEdit;
+
+namespace qz {
+
+class QzAnnoPaletteAsTable;
+
+/// Edits one annotation in a panel: copies its attributes into fields, each group with a flag that says whether the
+/// annotation sets the attribute at all, and writes them back into the palette when asked.
+///
+/// The fields are observable properties, named as `updateAllKeys` lists them; numbers of reals, whole numbers for
+/// codes, strings and colours. "marginsl" and its like edit the bounding box; they are in units of the screen whose
+/// size the action "requestScreenSize:" brings, or per cent when nobody answers it. `addedKeys` are fields beyond
+/// those: margins in points of any screen, and the traits of letters. "isEditing" is observable too, and "placeNote", a
+/// line that says what places the title when it is not what the fields seem to say.
+class QzAnnoEditor final : public NSResponder,
+                           public NSKeyValueObserving,
+                           public NSTableViewDataSource,
+                           public NSTableViewDelegate,
+                           public NSWindowDelegate,
+                           public NSFontPanelValidation {
+public:
+    /// What the interface file connects.
+    struct Outlets {
+        Ref<NSTabView> tabview;                     ///< the fields, page by page
+        WeakRef<QzAnnoPaletteAsTable> paletteHost;  ///< shows the palette that is edited; may be none
+        Ref<NSWindow> annowindow;                   ///< the panel
+        Ref<NSPopUpButton> hpopup;                  ///< of the horizontal alignment
+        Ref<NSPopUpButton> vpopup;                  ///< of the vertical alignment
+        /// The name's field, which has the keys when a new annotation is edited; lives as long as the panel.
+        QLineEdit* annoname = nullptr;
+        /// Lists the pages; asks this editor for them.
+        Ref<NSTableView> pages;
+    };
+
+    /// Edits nothing, and has no outlets.
+    static Ref<QzAnnoEditor> init();
+    ~QzAnnoEditor() override;
+
+    /// Becomes the delegate of the panel and of the list of pages.
+    void connectOutlets(const Outlets& outlets);
+    /// Not owned. Without one nothing is written back.
+    void setPaletteHost(const Ref<QzAnnoPaletteAsTable>& host) { outlets_.paletteHost = host; }
+    /// Fills the alignment menus and readies the font panel. Needs the outlets.
+    void awakeFromNib();
+
+    /// In points. A size without area is no screen, and counts as 100 x 100.
+    void setScreenSize(NSSize size) { screensize_ = size; }
+    /// Begins to edit a copy of the annotation; ignored while another is being edited. None only closes the panel.
+    void setAnno(const Ref<const QzAnno>& anno);
+    /// From `setAnno` on until the panel closes. Meanwhile the panel's title names the annotation.
+    bool isEditing() const { return editing_; }
+    /// Whether the user has changed a field since the fields were last filled or applied.
+    bool hasChanges() const { return editing_ && hasChanges_; }
+    /// Turns to the page of that label; false when there is none.
+    bool showPage(const Ref<NSString>& label);
+    /// What the pages are called, from the top.
+    std::vector<Ref<NSString>> pageLabels() const;
+    /// The panel; none before it is connected.
+    const Ref<NSWindow>& window() const { return outlets_.annowindow; }
+
+    // Actions.
+    /// Writes the fields into the palette; any number of times.
+    void apply(const Ref<NSObject>& sender);
+    /// Fills the fields from the annotation as it was when editing began.
+    void revert(const Ref<NSObject>& sender);
+    /// Writes the fields into the palette and closes the panel.
+    void okay(const Ref<NSObject>& sender);
+    /// Puts the annotation back into the palette as it was when editing began, its name included.
+    void cancel(const Ref<NSObject>& sender);
+    /// Opens the font panel at the field's font.
+    void editFont(const Ref<NSObject>& sender);
+    /// Takes over the font, but not the size, that is chosen in the sender, the font manager.
+    void changeFont(const Ref<NSObject>& sender);
+    /// Every action is valid at any time.
+    bool validateUserInterfaceItem(const NSObject& /*item*/) const { return true; }
+
+    /// Ends the edit and writes nothing back.
+    void close();
+
+    /// The names of all fields, flags first, in the order in which changes are announced.
+    static const std::vector<std::string>& updateAllKeys();
+    /// The names of the fields that have been added since, flags first; announced behind the others.
+    static const std::vector<std::string>& addedKeys();
+    /// The annotation with the attributes that the fields describe; none while nothing is edited.
+    Ref<QzAnno> copyToAnno() const;
+    Ref<NSObject> valueForUndefinedKey(const std::string& key) const override;
+
+    int32_t numberOfRowsInTableView(NSTableView& tableView) override;
+    Ref<NSObject> objectValueForTableColumn(NSTableView& tableView, NSTableColumn& column, int32_t row) override;
+    bool shouldEditTableColumn(NSTableView& /*tableView*/, NSTableColumn& /*column*/, int32_t /*row*/) override {
+        return false;
+    }
+    void tableViewSelectionDidChange(const NSNotification& notification) override;
+    void windowWillClose(const NSNotification& notification) override;
+    bool cancelOperation(NSWindow& window) override;
+    Ref<NSUndoManager> windowWillReturnUndoManager(NSWindow& window) override;
+    uint32_t validModesForFontPanel(NSWindow& fontPanel) override;
+
+    std::string className() const override { return "QzAnnoEditor"; }
+
+private:
+    QzAnnoEditor();
+
+    void copyFromAnno();
+    void applyAnno(const Ref<QzAnno>& anno);
+    void requestScreenSize();
+    void setFieldsToDefaults();
+    void copyFont(const QzAnno& anno);
+    void copyMargins(const QzAnno& anno);
+    void copyBoundingMargins(const QzAnno& anno);
+    Ref<NSString> boundingBoxOfMargins() const;
+    Ref<NSObject> boundingMargins() const;
+    Ref<NSString> placeNote() const;
+    void prepareFontPanel();
+    void showPage(int32_t page);
+    void showName();
+
+    bool isOn(const char* flag) const;
+    float real(const char* field) const;
+    void set(const std::string& field, const Ref<NSObject>& value);
+    void setByUser(const std::string& field, const Ref<NSObject>& value);
+    Ref<QzAnnoPalette> palette() const;
+
+    Outlets outlets_;
+    bool editing_ = false;
+    bool hasChanges_ = false;
+    Ref<QzAnno> originalAnno_;
+    Ref<NSString> origannoname_;
+    // Every field and flag by its name.
+    std::map<std::string, Ref<NSObject>> fields_;
+    NSSize screensize_ = {100, 100};
+    Ref<NSWindow> fontpanel_;
+    WeakRef<NSTableView> tv_;
+};
+
+}  // namespace qz
