@@ -7,7 +7,8 @@
 #include "QzAnno/palette/AttributeNames.h"
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
-#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
+#include "QzAnno/platform/text/NSTextStorage.h"
 #include "QzAnno/render/QzAnnoStringToScreen.h"
 
 namespace qz {

@@ -4,7 +4,7 @@
 
 #include <hb-ot.h>
 
-#include "QzAnno/palette/NameStyleSeparation.h"
+#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
 #include "platform/text/FontFace.h"
 
 namespace qz {

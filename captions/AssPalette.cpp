@@ -12,6 +12,7 @@
 #include "QzAnno/platform/text/NSParagraphStyle.h"
 #include "captions/AssFonts.h"
 #include "captions/AssLook.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {

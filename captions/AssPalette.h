@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "QzAnno/palette/QzAnnoPalette.h"
-#include "QzAnno/platform/foundation/ObjectMap.h"
 #include "QzAnno/platform/graphics/NSColor.h"
 #include "captions/AssScript.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 

@@ -7,6 +7,7 @@
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/graphics/NSColor.h"
 #include "captions/AssPalette.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {

@@ -9,6 +9,7 @@
 #include "QzAnno/palette/QzAnnoPalette.h"
 #include "QzAnno/platform/foundation/NSGeometry.h"
 #include "captions/CaptionLook.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "QzAnno/platform/foundation/Range.h"
+#include "QzAnno/platform/foundation/NSString.h"
 #include "captions/CaptionProblem.h"
 
 namespace qz {

@@ -5,7 +5,7 @@
 
 #include "QzAnno/platform/foundation/NSArchiver.h"
 #include "QzAnno/platform/foundation/NSUnarchiver.h"
-#include "QzAnno/platform/foundation/TypedStreamListing.h"
+#include "platform/foundation/TypedStreamListing.h"
 
 namespace qz::test {
 

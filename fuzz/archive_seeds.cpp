@@ -7,6 +7,8 @@
 #include "QzAnno/palette/QzBBoxInfo.h"
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoBits.h"
+#include "platform/foundation/ObjectMap.h"
 #include "tests/support/Palettes.h"
 
 using namespace qz;

@@ -9,12 +9,13 @@
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSDictionary.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
-#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
 #include "QzAnno/platform/foundation/NSSet.h"
-#include "QzAnno/platform/foundation/NSURL.h"
 #include "QzAnno/platform/text/NSAttributedString.h"
 #include "fuzz/Fuzzing.h"
 #include "fuzz/TypedStreamCheck.h"
+#include "platform/foundation/NSPropertyListSerialization.h"
+#include "platform/foundation/NSURL.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Property lists: what is read must be writable, and come back the same; a palette that is read must be whole.
 #include "QzAnno/palette/QzAnnoPalette.h"
-#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
 #include "fuzz/Fuzzing.h"
+#include "platform/foundation/NSPropertyListSerialization.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 #include <fstream>
 
 #include "QzAnno/palette/QzBBoxInfo.h"
-#include "QzAnno/platform/foundation/NSDate.h"
-#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
+#include "platform/foundation/NSDate.h"
+#include "platform/foundation/NSPropertyListSerialization.h"
 #include "tests/support/Palettes.h"
 
 using namespace qz;

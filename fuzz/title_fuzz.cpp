@@ -13,6 +13,7 @@
 #include "QzAnno/platform/graphics/NSColor.h"
 #include "QzAnno/render/QzAnnoStringToScreen.h"
 #include "fuzz/Fuzzing.h"
+#include "platform/text/GlyphCache.h"
 
 namespace {
 

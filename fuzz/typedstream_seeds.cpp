@@ -6,16 +6,17 @@
 #include "QzAnno/platform/foundation/NSArchiver.h"
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSData.h"
-#include "QzAnno/platform/foundation/NSDate.h"
 #include "QzAnno/platform/foundation/NSDictionary.h"
-#include "QzAnno/platform/foundation/NSNull.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/foundation/NSSet.h"
 #include "QzAnno/platform/foundation/NSString.h"
-#include "QzAnno/platform/foundation/NSURL.h"
 #include "QzAnno/platform/graphics/NSColor.h"
 #include "QzAnno/platform/text/NSAttributedString.h"
 #include "QzAnno/platform/text/NSFont.h"
+#include "platform/foundation/NSDate.h"
+#include "platform/foundation/NSNull.h"
+#include "platform/foundation/NSURL.h"
+#include "platform/foundation/ObjectMap.h"
 
 using namespace qz;
 

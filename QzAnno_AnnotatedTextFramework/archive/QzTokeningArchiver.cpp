@@ -2,9 +2,10 @@
 
 #include <algorithm>
 
-#include "QzAnno/model/QzAnnoBits.h"
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno_AnnotatedTextFramework/archive/TokenTables.h"
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoBits.h"
 
 namespace qz {
 namespace {
@@ -15,6 +16,9 @@ constexpr int32_t kTokeningVersion = 1;
 const Ref<NSString> kPlaceholder = "__IGotFarkle"_ns;
 
 }  // namespace
+
+QzTokeningArchiver::QzTokeningArchiver(const std::vector<Ref<QzTokenTable>>& tokeners)
+    : tokeners_(std::make_shared<const TokenTables>(tokeners)) {}
 
 Ref<QzTokeningArchiver> QzTokeningArchiver::initWithTokeners(const std::vector<Ref<QzTokenTable>>& tokeners) {
     return Ref<QzTokeningArchiver>(new QzTokeningArchiver(tokeners));
@@ -30,7 +34,7 @@ Ref<NSData> QzTokeningArchiver::archivedDataWithRootObject(const Ref<NSObject>& 
 }
 
 bool QzTokeningArchiver::encodeTokenObject(const QzToken& token) {
-    const Ref<QzTokenTable> table = tokeners_.tableForType(token.tokenType());
+    const Ref<QzTokenTable> table = tokeners_->tableForType(token.tokenType());
     encodeObject(NSNumber::numberWithInt(kTokeningVersion));
     if (!table) {
         NSLog("No table to encode token of type %@\n", {token.tokenType()});
@@ -42,6 +46,9 @@ bool QzTokeningArchiver::encodeTokenObject(const QzToken& token) {
     NSLog("Encoded %@ for %@\n", {name, token});
     return !hasFailed();
 }
+
+QzTokeningUnarchiver::QzTokeningUnarchiver(const Ref<NSData>& data, const std::vector<Ref<QzTokenTable>>& tokeners)
+    : NSUnarchiver(data), tokeners_(std::make_shared<const TokenTables>(tokeners)) {}
 
 Ref<QzTokeningUnarchiver> QzTokeningUnarchiver::initForReadingWithData(const Ref<NSData>& data,
                                                                        const std::vector<Ref<QzTokenTable>>& tokeners) {
@@ -67,7 +74,7 @@ Ref<QzToken> QzTokeningUnarchiver::decodeTokenObject() {
     const auto type = decodeObjectOfClass<NSString>("NSString");
     const auto name = decodeObjectOfClass<NSString>("NSString");
     if (hasFailed()) return {};
-    const Ref<QzTokenTable> table = tokeners_.tableForType(type);
+    const Ref<QzTokenTable> table = tokeners_->tableForType(type);
     if (!table) {
         NSLog("No table to decode token of type %@\n", {type});
         return {};

@@ -1,4 +1,4 @@
-#include "QzAnno/archive/TokenTables.h"
+#include "QzAnno_AnnotatedTextFramework/archive/TokenTables.h"
 
 namespace qz {
 

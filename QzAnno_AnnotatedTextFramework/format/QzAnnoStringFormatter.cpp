@@ -9,6 +9,7 @@
 #include "QzAnno/platform/graphics/NSColor.h"
 #include "QzAnno/platform/text/NSFont.h"
 #include "QzAnno/platform/text/NSParagraphStyle.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {

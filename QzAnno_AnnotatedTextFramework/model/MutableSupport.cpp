@@ -1,5 +1,8 @@
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
 
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoBits.h"
+#include "platform/foundation/ObjectMap.h"
+
 namespace qz {
 
 bool MutableSupport::setPalette(QzAnnoKey& key, const Ref<QzAnnoPalette>& palette) {

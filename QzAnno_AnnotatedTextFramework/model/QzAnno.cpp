@@ -1,6 +1,8 @@
 #include "QzAnno/model/QzAnno.h"
 
 #include "QzAnno/platform/foundation/NSLog.h"
+#include "platform/foundation/Descent.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 

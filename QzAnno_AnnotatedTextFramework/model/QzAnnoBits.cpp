@@ -1,4 +1,4 @@
-#include "QzAnno/model/QzAnnoBits.h"
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoBits.h"
 
 #include <algorithm>
 #include <cstring>

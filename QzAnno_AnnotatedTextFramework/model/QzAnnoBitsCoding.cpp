@@ -1,6 +1,6 @@
-#include "QzAnno/model/QzAnnoBits.h"
 #include "QzAnno/platform/foundation/NSArchiver.h"
 #include "QzAnno/platform/foundation/NSUnarchiver.h"
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoBits.h"
 
 namespace qz {
 namespace {

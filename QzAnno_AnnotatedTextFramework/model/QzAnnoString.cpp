@@ -5,6 +5,8 @@
 
 #include "QzAnno/model/QzMutableAnnoString.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoBits.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {
@@ -177,6 +179,10 @@ std::string QzAnnoString::description() const {
         text += " \t" + entry.key->description() + ": " + entry.value->description() + "\n";
     }
     return text;
+}
+
+Ref<QzAnnoBits> QzAnnoString::rowOf(const NSObject& key) const {
+    return annotations_->objectForKey<QzAnnoBits>(key);
 }
 
 }  // namespace qz

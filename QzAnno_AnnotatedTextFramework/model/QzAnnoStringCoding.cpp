@@ -5,6 +5,8 @@
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSUnarchiver.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoBits.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 
-#include "QzAnno/model/QzAnnoAttributeName.h"
+#include "QzAnno/model/QzAnnoKey.h"
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "QzAnno/platform/text/NSAttributedString.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoBits.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {

@@ -2,13 +2,14 @@
 #include <cmath>
 
 #include "QzAnno/palette/AttributeNames.h"
-#include "QzAnno/palette/NameStyleSeparation.h"
 #include "QzAnno/palette/QzAnnoPalette.h"
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/text/NSFont.h"
 #include "QzAnno/platform/text/NSParagraphStyle.h"
+#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
 #include "platform/foundation/DiagnosticText.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {

@@ -5,7 +5,6 @@
 
 #include "QzAnno/palette/AttributeNames.h"
 #include "QzAnno/palette/QzBBoxInfo.h"
-#include "QzAnno/palette/ValueConversion.h"
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSGeometry.h"
 #include "QzAnno/platform/foundation/NSLog.h"
@@ -13,6 +12,7 @@
 #include "QzAnno/platform/graphics/NSColor.h"
 #include "QzAnno/platform/text/NSFont.h"
 #include "QzAnno/platform/text/NSParagraphStyle.h"
+#include "QzAnno_AnnotatedTextFramework/palette/ValueConversion.h"
 #include "platform/foundation/DiagnosticText.h"
 
 namespace qz {

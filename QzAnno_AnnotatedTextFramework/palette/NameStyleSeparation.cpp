@@ -1,4 +1,4 @@
-#include "QzAnno/palette/NameStyleSeparation.h"
+#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
 
 #include <algorithm>
 

@@ -1,16 +1,17 @@
-#include "QzAnno/palette/PaletteFaults.h"
+#include "QzAnno_AnnotatedTextFramework/palette/PaletteFaults.h"
 
 #include <unordered_set>
 
 #include "QzAnno/palette/AttributeNames.h"
-#include "QzAnno/palette/NameStyleSeparation.h"
 #include "QzAnno/palette/QzAnnoPalette.h"
-#include "QzAnno/palette/ValueConversion.h"
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "QzAnno/platform/text/NSFont.h"
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeChecks.h"
+#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
+#include "QzAnno_AnnotatedTextFramework/palette/ValueConversion.h"
 #include "platform/foundation/DiagnosticText.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {

@@ -2,12 +2,13 @@
 
 #include "QzAnno/palette/AttributeNames.h"
 #include "QzAnno/palette/QzAnnoPalette.h"
-#include "QzAnno/palette/ValueConversion.h"
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
-#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
+#include "QzAnno_AnnotatedTextFramework/palette/ValueConversion.h"
 #include "platform/foundation/DiagnosticText.h"
+#include "platform/foundation/NSPropertyListSerialization.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {

@@ -7,6 +7,7 @@
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "QzAnno/platform/foundation/NSNotificationCenter.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {

@@ -4,6 +4,7 @@
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "QzAnno/platform/foundation/NSUnarchiver.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {

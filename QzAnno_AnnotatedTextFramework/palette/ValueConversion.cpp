@@ -1,11 +1,12 @@
-#include "QzAnno/palette/ValueConversion.h"
+#include "QzAnno_AnnotatedTextFramework/palette/ValueConversion.h"
 
 #include "QzAnno/palette/QzBBoxInfo.h"
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSData.h"
-#include "QzAnno/platform/foundation/NSDate.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/graphics/NSColor.h"
+#include "platform/foundation/NSDate.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {

@@ -1,4 +1,4 @@
-#include "QzAnno/render/ExpandRectConstrainedBy.h"
+#include "QzAnno_AnnotatedTextFramework/render/ExpandRectConstrainedBy.h"
 
 #include "QzAnno/platform/foundation/NSLog.h"
 

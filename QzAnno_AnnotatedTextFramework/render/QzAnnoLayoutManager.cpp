@@ -10,10 +10,13 @@
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/graphics/NSColor.h"
-#include "QzAnno/platform/graphics/NSGraphicsContext.h"
-#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
+#include "QzAnno/platform/text/NSTextStorage.h"
 #include "QzAnno_AnnotatedTextFramework/render/TitleLayer.h"
+#include "platform/foundation/ObjectMap.h"
+#include "platform/graphics/NSGraphicsContext.h"
 #include "platform/text/GlyphDrawing.h"
+#include "platform/text/TextRules.h"
 
 namespace qz {
 namespace {

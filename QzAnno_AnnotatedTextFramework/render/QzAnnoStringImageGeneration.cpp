@@ -1,9 +1,11 @@
 #include <cmath>
 
 #include "QzAnno/platform/foundation/NSLog.h"
-#include "QzAnno/render/ExpandRectConstrainedBy.h"
 #include "QzAnno/render/QzAnnoStringToScreen.h"
-#include "QzAnno/render/QzTextRender.h"
+#include "QzAnno_AnnotatedTextFramework/render/ExpandRectConstrainedBy.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzTextRender.h"
+#include "platform/graphics/NSAffineTransform.h"
+#include "platform/graphics/NSGraphicsContext.h"
 
 namespace qz {
 namespace {

@@ -6,13 +6,16 @@
 #include <set>
 
 #include "QzAnno/palette/AttributeNames.h"
-#include "QzAnno/palette/NameStyleSeparation.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/graphics/NSColor.h"
+#include "QzAnno/platform/text/FontLibrary.h"
+#include "QzAnno/platform/text/NSTextStorage.h"
 #include "QzAnno/render/QzAnnoStringToScreen.h"
+#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
 #include "QzAnno_AnnotatedTextFramework/render/TitleLayer.h"
 #include "platform/text/GlyphDrawing.h"
 #include "platform/text/TextCoverage.h"
+#include "platform/text/TextRules.h"
 
 namespace qz {
 namespace {

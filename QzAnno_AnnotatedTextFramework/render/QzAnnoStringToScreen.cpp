@@ -1,7 +1,11 @@
 #include "QzAnno/render/QzAnnoStringToScreen.h"
 
+#include "QzAnno/format/QzAnnoStringFormatter.h"
 #include "QzAnno/platform/foundation/NSLog.h"
-#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/FontLibrary.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
+#include "QzAnno/platform/text/NSTextStorage.h"
+#include "platform/foundation/ObjectMap.h"
 #include "platform/text/LanguageTag.h"
 
 namespace qz {

@@ -1,4 +1,4 @@
-#include "QzAnno/render/QzRasterStrokeFilter.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzRasterStrokeFilter.h"
 
 #include <cstring>
 #include <memory>

@@ -1,6 +1,7 @@
-#include "QzAnno/render/QzTextRender.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzTextRender.h"
 
 #include "QzAnno/platform/foundation/NSLog.h"
+#include "platform/graphics/NSGraphicsContext.h"
 
 namespace qz {
 namespace {

@@ -1,6 +1,7 @@
 #include "QzAnno_AnnotatedTextFramework/ui/KeySets.h"
 
 #include "QzAnno/palette/AttributeNames.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {

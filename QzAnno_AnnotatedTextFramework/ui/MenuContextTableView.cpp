@@ -1,6 +1,7 @@
 #include "QzAnno/ui/MenuContextTableView.h"
 
 #include "QzAnno/platform/foundation/NSNumber.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 

@@ -6,7 +6,6 @@
 #include <cmath>
 
 #include "QzAnno/palette/AttributeNames.h"
-#include "QzAnno/palette/NameStyleSeparation.h"
 #include "QzAnno/palette/QzBBoxInfo.h"
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSLog.h"
@@ -15,6 +14,7 @@
 #include "QzAnno/platform/ui/NSColorPanel.h"
 #include "QzAnno/platform/ui/NSUserDefaults.h"
 #include "QzAnno/ui/QzAnnoPaletteAsTable.h"
+#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
 #include "QzAnno_AnnotatedTextFramework/ui/EditorFields.h"
 #include "QzAnno_AnnotatedTextFramework/ui/KeyRenaming.h"
 

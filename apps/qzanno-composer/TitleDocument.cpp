@@ -5,7 +5,7 @@
 
 #include "QzAnno/model/QzMutableAnnoString.h"
 #include "QzAnno/palette/AttributeNames.h"
-#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
 #include "QzAnno/platform/text/NSParagraphStyle.h"
 #include "QzAnno/render/QzAnnoLayoutManager.h"
 #include "QzAnno/render/QzAnnoStringToScreen.h"
@@ -13,6 +13,7 @@
 #include "apps/qzanno-composer/TitleTimes.h"
 #include "captions/CaptionLooks.h"
 #include "captions/KeyExchange.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz::composer {
 namespace {

@@ -5,11 +5,12 @@
 #include "QzAnno/archive/QzTokeningArchiver.h"
 #include "QzAnno/platform/foundation/Files.h"
 #include "QzAnno/platform/foundation/NSArray.h"
-#include "QzAnno/platform/foundation/TypedStreamListing.h"
 #include "apps/qzanno/ArchiveFile.h"
 #include "apps/qzanno/PaletteFile.h"
 #include "apps/qzanno/PaletteText.h"
 #include "apps/qzanno/TitleReader.h"
+#include "platform/foundation/ObjectMap.h"
+#include "platform/foundation/TypedStreamListing.h"
 
 namespace qz::tool {
 namespace {

@@ -2,7 +2,7 @@
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/graphics/NSColor.h"
-#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
 #include "QzAnno/platform/text/NSParagraphStyle.h"
 #include "apps/qzanno/PaletteFile.h"
 

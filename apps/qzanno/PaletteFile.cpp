@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "QzAnno/archive/PaletteData.h"
-#include "QzAnno/palette/PaletteFaults.h"
 #include "QzAnno/platform/foundation/Files.h"
-#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
 #include "QzAnno/platform/foundation/NSString.h"
+#include "QzAnno_AnnotatedTextFramework/palette/PaletteFaults.h"
+#include "platform/foundation/NSPropertyListSerialization.h"
 
 namespace qz::tool {
 namespace {

@@ -3,12 +3,12 @@
 #include <cstdio>
 
 #include "QzAnno/palette/AttributeNames.h"
-#include "QzAnno/palette/NameStyleSeparation.h"
 #include "QzAnno/palette/QzBBoxInfo.h"
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
-#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
 #include "QzAnno/platform/text/NSFont.h"
+#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
 #include "platform/graphics/StraightColor.h"
 
 namespace qz::tool {

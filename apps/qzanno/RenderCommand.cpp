@@ -7,6 +7,7 @@
 #include <map>
 #include <set>
 
+#include "QzAnno/platform/text/FontLibrary.h"
 #include "apps/qzanno/DoneTitles.h"
 #include "apps/qzanno/InputList.h"
 #include "apps/qzanno/Manifest.h"

@@ -10,10 +10,12 @@
 
 #include <unistd.h>
 
+#include "QzAnno/platform/text/FontLibrary.h"
 #include "apps/qzanno/FilmTime.h"
 #include "apps/qzanno/FreePlace.h"
 #include "apps/qzanno/Progress.h"
 #include "apps/qzanno/TitleLines.h"
+#include "platform/graphics/PixelRect.h"
 #include "platform/graphics/StraightAlpha.h"
 
 namespace qz::tool {

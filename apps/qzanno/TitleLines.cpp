@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "QzAnno/platform/text/FontLibrary.h"
+
 namespace qz::tool {
 namespace {
 

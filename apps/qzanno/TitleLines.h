@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "QzAnno/platform/text/FontLibrary.h"
 #include "apps/qzanno/ReportLines.h"
 #include "apps/qzanno/TitleJob.h"
 

@@ -7,6 +7,7 @@
 
 #include "QzAnno/archive/PaletteData.h"
 #include "QzAnno/platform/foundation/Files.h"
+#include "QzAnno/platform/graphics/NSColor.h"
 #include "QzAnno/platform/graphics/PNG.h"
 #include "apps/qzanno/FontFolders.h"
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "QzAnno/platform/text/FontLibrary.h"
 #include "QzAnno/render/QzAnnoStringToScreen.h"
 #include "apps/qzanno/PaletteFile.h"
 #include "apps/qzanno/RenderCommand.h"

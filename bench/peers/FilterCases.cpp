@@ -3,7 +3,7 @@
 
 #include <opencv2/imgproc.hpp>
 
-#include "QzAnno/render/QzRasterStrokeFilter.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzRasterStrokeFilter.h"
 #include "bench/peers/Case.h"
 #include "bench/peers/SampleTitles.h"
 #include "platform/graphics/vImageMax_Planar8.h"

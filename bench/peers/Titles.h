@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "QzAnno/platform/graphics/PixelRect.h"
+#include "platform/graphics/PixelRect.h"
 
 namespace qz::peers {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "QzAnno/platform/foundation/Range.h"
+#include "QzAnno/platform/foundation/NSString.h"
 
 namespace qz::c {
 

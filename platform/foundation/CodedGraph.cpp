@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "QzAnno/platform/foundation/TypedStreamLimits.h"
+#include "platform/foundation/TypedStreamLimits.h"
 
 namespace qz {
 

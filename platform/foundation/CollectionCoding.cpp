@@ -6,6 +6,7 @@
 #include "QzAnno/platform/foundation/NSString.h"
 #include "QzAnno/platform/foundation/NSUnarchiver.h"
 #include "platform/foundation/DiagnosticText.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/foundation/Descent.h"
+
 namespace qz {
 
 Ref<NSArray> NSArray::array() {

@@ -1,4 +1,4 @@
-#include "QzAnno/platform/foundation/NSDate.h"
+#include "platform/foundation/NSDate.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,4 +1,4 @@
-#include "QzAnno/platform/foundation/NSNull.h"
+#include "platform/foundation/NSNull.h"
 
 namespace qz {
 

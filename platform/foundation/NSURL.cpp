@@ -1,4 +1,4 @@
-#include "QzAnno/platform/foundation/NSURL.h"
+#include "platform/foundation/NSURL.h"
 
 namespace qz {
 

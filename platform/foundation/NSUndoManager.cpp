@@ -13,7 +13,7 @@ Ref<NSUndoManager> NSUndoManager::init() {
     return Ref<NSUndoManager>(new NSUndoManager);
 }
 
-void NSUndoManager::InvocationTarget::invoke(std::function<void()> call) const {
+void NSUndoManager::InvocationTarget::invoke(Callback<void()> call) const {
     if (!manager_) return;
     if (!call) {
         NSLog("An empty call cannot be recorded for undo and is ignored\n");

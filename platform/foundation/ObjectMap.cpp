@@ -1,4 +1,4 @@
-#include "QzAnno/platform/foundation/ObjectMap.h"
+#include "platform/foundation/ObjectMap.h"
 
 #include <bit>
 #include <new>

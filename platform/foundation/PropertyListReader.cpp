@@ -13,12 +13,13 @@
 #include <unicode/ucnv.h>
 
 #include "QzAnno/platform/foundation/NSArray.h"
-#include "QzAnno/platform/foundation/NSDate.h"
 #include "QzAnno/platform/foundation/NSDictionary.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
-#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
 #include "QzAnno/platform/foundation/NSString.h"
 #include "platform/foundation/DiagnosticText.h"
+#include "platform/foundation/NSDate.h"
+#include "platform/foundation/NSPropertyListSerialization.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {

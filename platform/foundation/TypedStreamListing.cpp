@@ -1,4 +1,4 @@
-#include "QzAnno/platform/foundation/TypedStreamListing.h"
+#include "platform/foundation/TypedStreamListing.h"
 
 #include <algorithm>
 #include <cstdio>

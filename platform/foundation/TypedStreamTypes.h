@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "QzAnno/platform/foundation/TypedStreamLimits.h"
+#include "platform/foundation/TypedStreamLimits.h"
 
 namespace qz {
 

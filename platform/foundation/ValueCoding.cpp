@@ -3,14 +3,14 @@
 
 #include "QzAnno/platform/foundation/NSArchiver.h"
 #include "QzAnno/platform/foundation/NSData.h"
-#include "QzAnno/platform/foundation/NSDate.h"
 #include "QzAnno/platform/foundation/NSLog.h"
-#include "QzAnno/platform/foundation/NSNull.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/foundation/NSString.h"
-#include "QzAnno/platform/foundation/NSURL.h"
 #include "QzAnno/platform/foundation/NSUnarchiver.h"
 #include "platform/foundation/DiagnosticText.h"
+#include "platform/foundation/NSDate.h"
+#include "platform/foundation/NSNull.h"
+#include "platform/foundation/NSURL.h"
 
 namespace qz {
 namespace {

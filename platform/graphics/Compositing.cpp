@@ -1,5 +1,6 @@
 #include "platform/graphics/Compositing.h"
 
+#include "platform/graphics/PixelRect.h"
 #include "platform/graphics/PixelRows.h"
 
 namespace qz {

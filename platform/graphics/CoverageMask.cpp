@@ -9,6 +9,7 @@
 #include "platform/graphics/Flattening.h"
 #include "platform/graphics/OutlineCoverage.h"
 #include "platform/graphics/PathClipping.h"
+#include "platform/graphics/PixelRect.h"
 #include "platform/graphics/PixelRows.h"
 
 namespace qz {

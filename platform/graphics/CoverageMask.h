@@ -3,8 +3,8 @@
 #include <span>
 #include <vector>
 
-#include "QzAnno/platform/graphics/PixelRect.h"
 #include "platform/graphics/DeviceShape.h"
+#include "platform/graphics/PixelRect.h"
 
 namespace qz {
 

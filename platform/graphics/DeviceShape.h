@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "QzAnno/platform/graphics/NSBezierPath.h"
-#include "QzAnno/platform/graphics/PixelRect.h"
+#include "platform/graphics/NSBezierPath.h"
+#include "platform/graphics/PixelRect.h"
 
 namespace qz {
 

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "QzAnno/platform/graphics/NSBezierPath.h"
+#include "platform/graphics/NSBezierPath.h"
 
 namespace qz {
 

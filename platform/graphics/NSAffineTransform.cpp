@@ -1,9 +1,9 @@
-#include "QzAnno/platform/graphics/NSAffineTransform.h"
+#include "platform/graphics/NSAffineTransform.h"
 
 #include <cmath>
 #include <numbers>
 
-#include "QzAnno/platform/graphics/NSGraphicsContext.h"
+#include "platform/graphics/NSGraphicsContext.h"
 
 namespace qz {
 namespace {

@@ -1,9 +1,9 @@
-#include "QzAnno/platform/graphics/NSBezierPath.h"
+#include "platform/graphics/NSBezierPath.h"
 
 #include <algorithm>
 
-#include "QzAnno/platform/graphics/NSGraphicsContext.h"
 #include "platform/graphics/Flattening.h"
+#include "platform/graphics/NSGraphicsContext.h"
 
 namespace qz {
 

@@ -8,6 +8,8 @@
 
 #include <sys/mman.h>
 
+#include "platform/graphics/PixelRect.h"
+
 namespace qz {
 namespace {
 
@@ -111,6 +113,10 @@ Ref<NSBitmapImageRep> NSBitmapImageRep::initWithBitmapDataPlanes(uint8_t* data, 
     if (!storage) return {};
     uint8_t* const pixels = storage.get();
     return Ref<NSBitmapImageRep>(new NSBitmapImageRep(*complete, pixels, std::move(storage)));
+}
+
+void NSBitmapImageRep::noteDrawn(const PixelRect& box) {
+    drawnBox_ = unionOf(drawnBox_, box);
 }
 
 }  // namespace qz

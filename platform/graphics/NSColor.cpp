@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "QzAnno/platform/foundation/NSNumber.h"
-#include "QzAnno/platform/graphics/NSGraphicsContext.h"
+#include "platform/graphics/NSGraphicsContext.h"
 
 namespace qz {
 namespace {

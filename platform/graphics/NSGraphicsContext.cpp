@@ -1,10 +1,11 @@
-#include "QzAnno/platform/graphics/NSGraphicsContext.h"
+#include "platform/graphics/NSGraphicsContext.h"
 
 #include <algorithm>
 
 #include "platform/graphics/Compositing.h"
 #include "platform/graphics/CoverageMask.h"
 #include "platform/graphics/DeviceShape.h"
+#include "platform/graphics/PixelRect.h"
 
 namespace qz {
 namespace {

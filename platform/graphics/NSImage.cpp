@@ -3,6 +3,8 @@
 #include <cmath>
 #include <vector>
 
+#include "platform/graphics/NSGraphicsContext.h"
+
 namespace qz {
 namespace {
 

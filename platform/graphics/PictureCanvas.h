@@ -3,8 +3,8 @@
 #include <memory>
 #include <vector>
 
-#include "QzAnno/platform/graphics/NSBezierPath.h"
 #include "platform/graphics/Compositing.h"
+#include "platform/graphics/NSBezierPath.h"
 
 namespace qz {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "QzAnno/platform/graphics/NSBezierPath.h"
 #include "platform/graphics/CoverageMask.h"
+#include "platform/graphics/NSBezierPath.h"
 
 namespace qz {
 

@@ -5,6 +5,7 @@
 #include <hb-ot.h>
 
 #include "QzAnno/platform/text/NSLayoutManager.h"
+#include "platform/text/CaretCell.h"
 #include "platform/text/FontFace.h"
 #include "platform/text/TextLayout.h"
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "QzAnno/platform/text/NSTextStorage.h"
 #include "platform/text/ParagraphRange.h"
 
 namespace qz {

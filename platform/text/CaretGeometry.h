@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "QzAnno/platform/foundation/NSGeometry.h"
-#include "QzAnno/platform/foundation/Range.h"
-#include "QzAnno/platform/text/CaretCell.h"
+#include "QzAnno/platform/foundation/NSString.h"
 #include "QzAnno/platform/text/NSLayoutManager.h"
+#include "platform/text/CaretCell.h"
 
 namespace qz {
 

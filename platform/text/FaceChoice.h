@@ -4,7 +4,8 @@
 #include <vector>
 
 #include "QzAnno/platform/text/FontLibrary.h"
-#include "QzAnno/platform/text/FontTraits.h"
+#include "QzAnno/platform/text/NSFont.h"
+#include "platform/text/FontSynthesis.h"
 
 namespace qz {
 

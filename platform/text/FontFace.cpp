@@ -17,6 +17,7 @@
 
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "platform/text/ColourGlyphs.h"
+#include "platform/text/FontSynthesis.h"
 #include "platform/text/GlyphOutline.h"
 #include "platform/text/TextCoverage.h"
 

@@ -5,9 +5,10 @@
 
 #include <hb.h>
 
-#include "QzAnno/platform/graphics/NSBezierPath.h"
 #include "QzAnno/platform/text/FontLibrary.h"
 #include "QzAnno/platform/text/NSFont.h"
+#include "platform/graphics/NSBezierPath.h"
+#include "platform/text/FontSynthesis.h"
 
 namespace qz {
 

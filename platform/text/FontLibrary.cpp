@@ -205,6 +205,10 @@ const InstalledFont* FontLibrary::fontOfFile(std::string_view path, int index) c
     return index_->ofFile(path, index);
 }
 
+std::shared_ptr<const FontFace> FontLibrary::face(const InstalledFont& font) {
+    return face(font, {});
+}
+
 std::shared_ptr<const FontFace> FontLibrary::face(const InstalledFont& font, FontSynthesis synthesis) {
     {
         const std::lock_guard lock(mutex_);

@@ -1,4 +1,4 @@
-#include "QzAnno/platform/text/GlyphCache.h"
+#include "platform/text/GlyphCache.h"
 
 #include <algorithm>
 #include <memory_resource>

@@ -8,6 +8,7 @@
 #include <span>
 
 #include "platform/graphics/DeviceShape.h"
+#include "platform/graphics/PixelRect.h"
 #include "platform/graphics/StraightColor.h"
 #include "platform/text/ColourGlyphs.h"
 #include "platform/text/FontFace.h"

@@ -2,10 +2,10 @@
 
 #include <span>
 
-#include "QzAnno/platform/graphics/NSBezierPath.h"
-#include "QzAnno/platform/graphics/NSGraphicsContext.h"
-#include "QzAnno/platform/text/GlyphCache.h"
 #include "QzAnno/platform/text/NSFont.h"
+#include "platform/graphics/NSBezierPath.h"
+#include "platform/graphics/NSGraphicsContext.h"
+#include "platform/text/GlyphCache.h"
 
 namespace qz {
 

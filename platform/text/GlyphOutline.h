@@ -4,7 +4,7 @@
 #include FT_FREETYPE_H
 #include FT_OUTLINE_H
 
-#include "QzAnno/platform/graphics/NSBezierPath.h"
+#include "platform/graphics/NSBezierPath.h"
 
 namespace qz {
 

@@ -6,6 +6,7 @@
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/text/FontLibrary.h"
 #include "platform/text/FontFace.h"
+#include "platform/text/GlyphPath.h"
 
 namespace qz {
 namespace {

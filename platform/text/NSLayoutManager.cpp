@@ -3,22 +3,34 @@
 #include <algorithm>
 
 #include "QzAnno/platform/foundation/NSNumber.h"
-#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
+#include "QzAnno/platform/text/NSTextStorage.h"
 #include "platform/text/FontFixing.h"
 #include "platform/text/GlyphDrawing.h"
 #include "platform/text/RunAppearance.h"
 #include "platform/text/TemporaryAttributes.h"
 #include "platform/text/TextLayout.h"
+#include "platform/text/TextRules.h"
 
 namespace qz {
 
 NSLayoutManager::NSLayoutManager()
-    : layout_(std::make_unique<Layout>(*this)), temporaryAttributes_(std::make_unique<TemporaryAttributes>()) {}
+    : layout_(std::make_unique<Layout>(*this)),
+      temporaryAttributes_(std::make_unique<TemporaryAttributes>()),
+      glyphCache_(GlyphCache::init()) {}
 
 NSLayoutManager::~NSLayoutManager() = default;
 
 Ref<NSLayoutManager> NSLayoutManager::init() {
     return Ref<NSLayoutManager>(new NSLayoutManager());
+}
+
+TextRuleKinds NSLayoutManager::ruleKinds(const NSDictionary&) const {
+    return {};
+}
+
+void NSLayoutManager::setGlyphCache(const Ref<GlyphCache>& cache) {
+    glyphCache_ = cache ? cache : GlyphCache::init();
 }
 
 // The text system

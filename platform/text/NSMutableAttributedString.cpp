@@ -3,8 +3,8 @@
 #include <new>
 #include <unordered_map>
 
-#include "QzAnno/platform/text/AttributeNames.h"
 #include "QzAnno/platform/text/NSAttributedString.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {
@@ -154,8 +154,8 @@ bool NSMutableAttributedString::removeAttribute(const NSString& name, Range rang
     });
 }
 
-bool NSMutableAttributedString::changeAttributes(
-    Range range, const std::function<Ref<NSDictionary>(const Ref<NSDictionary>&)>& change) {
+bool NSMutableAttributedString::changeAttributes(Range range,
+                                                 const Callback<Ref<NSDictionary>(const Ref<NSDictionary>&)>& change) {
     if (range.end() > length()) return false;
     if (range.length == 0) return true;
     // Formatted text shares few dictionaries among many runs.

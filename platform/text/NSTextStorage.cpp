@@ -4,8 +4,9 @@
 #include <map>
 #include <utility>
 
-#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
 #include "QzAnno/platform/text/NSLayoutManager.h"
+#include "platform/foundation/ObjectMap.h"
 #include "platform/text/FontFixing.h"
 #include "platform/text/ParagraphRange.h"
 

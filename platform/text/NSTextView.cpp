@@ -4,8 +4,9 @@
 #include <utility>
 
 #include "QzAnno/platform/foundation/NSLog.h"
-#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
 #include "QzAnno/platform/text/NSLayoutManager.h"
+#include "platform/foundation/ObjectMap.h"
 #include "platform/text/FontFixing.h"
 #include "platform/text/ParagraphRange.h"
 #include "platform/text/TextBreaker.h"

@@ -9,7 +9,7 @@
 
 #include "QzAnno/platform/foundation/Limits.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
-#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
 #include "platform/text/FontFixing.h"
 
 namespace qz {

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "QzAnno/platform/foundation/Range.h"
+#include "QzAnno/platform/foundation/NSString.h"
 #include "QzAnno/platform/text/NSFont.h"
 
 namespace qz {

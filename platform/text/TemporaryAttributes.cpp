@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "platform/foundation/ObjectMap.h"
+
 namespace qz {
 
 std::vector<TemporaryAttributes::Run>::iterator TemporaryAttributes::cutAt(uint32_t position) {

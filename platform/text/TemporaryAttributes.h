@@ -5,7 +5,6 @@
 
 #include "QzAnno/platform/foundation/NSDictionary.h"
 #include "QzAnno/platform/foundation/NSString.h"
-#include "QzAnno/platform/foundation/Range.h"
 
 namespace qz {
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "QzAnno/platform/text/NSTextStorage.h"
 #include "platform/text/ParagraphRange.h"
 
 namespace qz {

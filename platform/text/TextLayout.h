@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "QzAnno/platform/text/NSLayoutManager.h"
+#include "platform/text/CaretCell.h"
 #include "platform/text/LinePlacement.h"
 #include "platform/text/Paragraph.h"
 

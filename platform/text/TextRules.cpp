@@ -1,10 +1,11 @@
-#include "QzAnno/platform/text/TextRules.h"
+#include "platform/text/TextRules.h"
 
 #include <algorithm>
 #include <cmath>
 #include <span>
 
-#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
+#include "QzAnno/platform/text/NSTextStorage.h"
 #include "platform/text/RunAppearance.h"
 #include "platform/text/TextLayout.h"
 

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "QzAnno/platform/foundation/Range.h"
+#include "QzAnno/platform/foundation/NSString.h"
 
 namespace qz {
 

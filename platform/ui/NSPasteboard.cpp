@@ -2,7 +2,7 @@
 
 #include <QMimeData>
 
-#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
+#include "platform/foundation/NSPropertyListSerialization.h"
 #include "platform/ui/QtValues.h"
 
 namespace qz {

@@ -9,6 +9,7 @@
 #include <algorithm>
 
 #include "QzAnno/platform/foundation/NSNumber.h"
+#include "platform/foundation/ObjectMap.h"
 #include "platform/ui/QtValues.h"
 #include "platform/ui/TableState.h"
 

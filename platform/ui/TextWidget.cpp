@@ -8,10 +8,10 @@
 #include <QPainterPath>
 #include <cmath>
 
-#include "QzAnno/platform/graphics/NSGraphicsContext.h"
 #include "QzAnno/platform/text/NSLayoutManager.h"
 #include "QzAnno/platform/ui/NSApplication.h"
 #include "QzAnno/platform/ui/NSMenu.h"
+#include "platform/graphics/NSGraphicsContext.h"
 #include "platform/ui/ColorWell.h"
 #include "platform/ui/QtValues.h"
 

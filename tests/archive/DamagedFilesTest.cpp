@@ -1,13 +1,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "QzAnno/platform/foundation/NSDate.h"
 #include "QzAnno/platform/foundation/NSLog.h"
-#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
-#include "QzAnno/platform/foundation/NSURL.h"
 #include "QzAnno/platform/graphics/PNG.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoBits.h"
 #include "fuzz/TypedStreamCheck.h"
+#include "platform/foundation/NSDate.h"
+#include "platform/foundation/NSPropertyListSerialization.h"
+#include "platform/foundation/NSURL.h"
+#include "platform/foundation/ObjectMap.h"
 #include "tests/archive/Archives.h"
 #include "tests/support/CodedAs.h"
 #include "tests/support/DamageSweep.h"

@@ -3,6 +3,8 @@
 
 #include "QzAnno/archive/QzAnnoArchiver.h"
 #include "QzAnno/platform/foundation/NSAlertPanel.h"
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoBits.h"
+#include "platform/foundation/ObjectMap.h"
 #include "tests/archive/Archives.h"
 #include "tests/support/CodedAs.h"
 #include "tests/support/LogCapture.h"

@@ -3,9 +3,9 @@
 
 #include "QzAnno/archive/PaletteData.h"
 #include "QzAnno/palette/QzBBoxInfo.h"
-#include "QzAnno/platform/foundation/NSDate.h"
 #include "QzAnno/platform/foundation/NSUnarchiver.h"
 #include "QzAnno/platform/text/NSParagraphStyle.h"
+#include "platform/foundation/NSDate.h"
 #include "tests/archive/Archives.h"
 #include "tests/support/CodedAs.h"
 #include "tests/support/LogCapture.h"

@@ -5,6 +5,8 @@
 #include "QzAnno/archive/QzAnnoArchiver.h"
 #include "QzAnno/archive/QzTokeningArchiver.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoBits.h"
+#include "platform/foundation/ObjectMap.h"
 #include "tests/archive/Archives.h"
 #include "tests/foundation/StreamBytes.h"
 #include "tests/support/LogCapture.h"

@@ -9,6 +9,7 @@
 #include "QzAnno/model/QzMutableAnnoString.h"
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "QzAnno/render/QzAnnoStringToScreen.h"
+#include "platform/text/GlyphCache.h"
 #include "tests/support/Palettes.h"
 
 namespace qz {

@@ -9,11 +9,11 @@
 #include "QzAnno/platform/foundation/Limits.h"
 #include "QzAnno/platform/foundation/NSArchiver.h"
 #include "QzAnno/platform/foundation/NSLog.h"
-#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
-#include "QzAnno/platform/foundation/NSURL.h"
 #include "QzAnno/platform/text/NSAttributedString.h"
 #include "captions/PlainText.h"
 #include "captions/WebVTT.h"
+#include "platform/foundation/NSPropertyListSerialization.h"
+#include "platform/foundation/NSURL.h"
 #include "tests/support/Palettes.h"
 
 namespace qz {

@@ -6,12 +6,13 @@
 #include <gtest/gtest.h>
 
 #include "QzAnno/platform/foundation/NSArray.h"
-#include "QzAnno/platform/foundation/NSDate.h"
 #include "QzAnno/platform/foundation/NSDictionary.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
-#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
 #include "QzAnno/platform/foundation/NSSet.h"
 #include "QzAnno/platform/foundation/NSString.h"
+#include "platform/foundation/NSDate.h"
+#include "platform/foundation/NSPropertyListSerialization.h"
+#include "platform/foundation/ObjectMap.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace qz {

@@ -9,12 +9,13 @@
 
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSData.h"
-#include "QzAnno/platform/foundation/NSDate.h"
 #include "QzAnno/platform/foundation/NSDictionary.h"
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/foundation/NSSet.h"
 #include "QzAnno/platform/foundation/NSString.h"
+#include "platform/foundation/NSDate.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {

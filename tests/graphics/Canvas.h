@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "QzAnno/platform/graphics/NSGraphicsContext.h"
+#include "platform/graphics/NSGraphicsContext.h"
 
 namespace qz {
 

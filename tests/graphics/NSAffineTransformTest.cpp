@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "QzAnno/platform/graphics/NSAffineTransform.h"
+#include "platform/graphics/NSAffineTransform.h"
 #include "tests/graphics/Canvas.h"
 
 namespace qz {

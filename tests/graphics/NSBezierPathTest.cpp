@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "QzAnno/platform/graphics/NSBezierPath.h"
 #include "platform/graphics/Flattening.h"
+#include "platform/graphics/NSBezierPath.h"
 #include "tests/graphics/Canvas.h"
 
 namespace qz {

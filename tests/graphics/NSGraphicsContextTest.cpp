@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "QzAnno/platform/graphics/NSGraphicsContext.h"
+#include "platform/graphics/NSGraphicsContext.h"
 #include "tests/graphics/Canvas.h"
 
 namespace qz {

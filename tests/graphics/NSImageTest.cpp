@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "QzAnno/platform/graphics/NSImage.h"
+#include "platform/graphics/NSBezierPath.h"
+#include "platform/graphics/NSGraphicsContext.h"
 
 namespace qz {
 namespace {

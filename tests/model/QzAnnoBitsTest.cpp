@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-#include "QzAnno/model/QzAnnoBits.h"
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoBits.h"
 
 namespace qz {
 namespace {

@@ -1,11 +1,12 @@
 #include <gmock/gmock.h>
 
-#include "QzAnno/model/QzAnnoAttributeName.h"
+#include "QzAnno/model/QzAnnoKey.h"
 #include "QzAnno/model/QzMutableAnnoString.h"
 #include "QzAnno/palette/QzAnnoPalette.h"
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/text/NSAttributedString.h"
 #include "fuzz/EditsCheck.h"
+#include "platform/foundation/ObjectMap.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/RandomChoices.h"
 

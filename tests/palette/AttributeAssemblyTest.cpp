@@ -3,12 +3,13 @@
 #include <gmock/gmock.h>
 
 #include "QzAnno/palette/AttributeNames.h"
-#include "QzAnno/palette/NameStyleSeparation.h"
 #include "QzAnno/palette/QzAnnoPalette.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/graphics/NSColor.h"
 #include "QzAnno/platform/text/NSFont.h"
 #include "QzAnno/platform/text/NSParagraphStyle.h"
+#include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
+#include "platform/foundation/ObjectMap.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Palettes.h"
 

@@ -1,11 +1,11 @@
 #include <gmock/gmock.h>
 
 #include "QzAnno/palette/AttributeNames.h"
-#include "QzAnno/palette/PaletteFaults.h"
 #include "QzAnno/palette/QzAnnoPalette.h"
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
-#include "QzAnno/platform/foundation/NSPropertyListSerialization.h"
+#include "QzAnno_AnnotatedTextFramework/palette/PaletteFaults.h"
+#include "platform/foundation/NSPropertyListSerialization.h"
 #include "tests/support/LogCapture.h"
 
 namespace qz {

@@ -1,14 +1,15 @@
 #include <gmock/gmock.h>
 
 #include "QzAnno/palette/AttributeNames.h"
-#include "QzAnno/palette/PaletteFaults.h"
 #include "QzAnno/palette/QzAnnoPalette.h"
 #include "QzAnno/palette/QzBBoxInfo.h"
 #include "QzAnno/platform/foundation/NSArray.h"
-#include "QzAnno/platform/foundation/NSDate.h"
 #include "QzAnno/platform/foundation/NSNotificationCenter.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/graphics/NSColor.h"
+#include "QzAnno_AnnotatedTextFramework/palette/PaletteFaults.h"
+#include "platform/foundation/NSDate.h"
+#include "platform/foundation/ObjectMap.h"
 #include "tests/support/LogCapture.h"
 
 namespace qz {

@@ -4,6 +4,7 @@
 #include "QzAnno/platform/foundation/NSNotificationCenter.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoBits.h"
 #include "fuzz/UndoCheck.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/RandomChoices.h"

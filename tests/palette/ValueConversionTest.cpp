@@ -2,9 +2,10 @@
 
 #include "QzAnno/palette/AttributeNames.h"
 #include "QzAnno/palette/QzBBoxInfo.h"
-#include "QzAnno/palette/ValueConversion.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/graphics/NSColor.h"
+#include "QzAnno_AnnotatedTextFramework/palette/ValueConversion.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {

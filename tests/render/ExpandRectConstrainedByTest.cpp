@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "QzAnno/render/ExpandRectConstrainedBy.h"
+#include "QzAnno_AnnotatedTextFramework/render/ExpandRectConstrainedBy.h"
 #include "tests/support/LogCapture.h"
 
 namespace qz {

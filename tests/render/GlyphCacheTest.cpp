@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "QzAnno/render/QzAnnoStringToScreen.h"
+#include "platform/text/GlyphCache.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Palettes.h"
 #include "tests/support/Pixels.h"

@@ -6,7 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "QzAnno/render/QzAnnoStringToScreen.h"
-#include "QzAnno/render/QzTextRender.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzTextRender.h"
+#include "platform/graphics/NSBezierPath.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Palettes.h"
 #include "tests/support/Pixels.h"

@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 
-#include "QzAnno/render/QzRasterStrokeFilter.h"
+#include "QzAnno_AnnotatedTextFramework/render/QzRasterStrokeFilter.h"
 #include "tests/support/LogCapture.h"
 
 namespace qz {

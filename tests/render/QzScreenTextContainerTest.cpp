@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "QzAnno/palette/AttributeNames.h"
-#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
 #include "QzAnno/platform/text/NSLayoutManager.h"
 #include "QzAnno/platform/text/NSParagraphStyle.h"
 #include "QzAnno/platform/text/NSTextView.h"

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 
 #include "QzAnno/render/RenderReport.h"
+#include "platform/text/CaretCell.h"
+#include "platform/text/TextRules.h"
 #include "tests/render/MiddleOfScreen.h"
 #include "tests/support/RandomChoices.h"
 

@@ -11,6 +11,7 @@
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/foundation/NSUndoManager.h"
 #include "QzAnno/platform/graphics/NSColor.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz::test {
 

@@ -4,9 +4,9 @@
 #include <gmock/gmock.h>
 
 #include "QzAnno/platform/foundation/NSNumber.h"
-#include "QzAnno/platform/text/AttributeNames.h"
 #include "QzAnno/platform/text/NSAttributedString.h"
 #include "QzAnno/platform/text/NSFont.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {

@@ -7,6 +7,7 @@
 #include "QzAnno/platform/graphics/NSColor.h"
 #include "QzAnno/platform/text/NSAttributedString.h"
 #include "QzAnno/platform/text/NSFont.h"
+#include "platform/foundation/ObjectMap.h"
 #include "tests/support/CodedAs.h"
 #include "tests/support/LogCapture.h"
 

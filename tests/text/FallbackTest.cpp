@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "QzAnno/platform/text/NSTextStorage.h"
 #include "platform/text/FontFace.h"
 #include "platform/text/FontFallback.h"
 #include "platform/text/FontFixing.h"

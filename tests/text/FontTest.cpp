@@ -8,6 +8,7 @@
 #include "QzAnno/platform/text/NSFont.h"
 #include "platform/text/FontFace.h"
 #include "platform/text/GlyphOutline.h"
+#include "platform/text/GlyphPath.h"
 #include "platform/text/Shaping.h"
 #include "tests/support/TemporaryFolder.h"
 

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 
 #include "QzAnno/platform/graphics/NSImage.h"
+#include "QzAnno/platform/text/NSTextStorage.h"
+#include "platform/foundation/ObjectMap.h"
 #include "tests/support/Pixels.h"
 #include "tests/text/TextSystem.h"
 

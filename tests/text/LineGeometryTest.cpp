@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "platform/foundation/ObjectMap.h"
 #include "tests/text/TextSystem.h"
 
 namespace qz {

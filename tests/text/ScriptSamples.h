@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/foundation/ObjectMap.h"
 #include "platform/text/TextBreaker.h"
 #include "tests/text/TextSystem.h"
 

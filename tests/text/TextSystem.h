@@ -5,9 +5,11 @@
 
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/graphics/NSColor.h"
-#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
 #include "QzAnno/platform/text/NSLayoutManager.h"
 #include "QzAnno/platform/text/NSParagraphStyle.h"
+#include "QzAnno/platform/text/NSTextStorage.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 

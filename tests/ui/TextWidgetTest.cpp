@@ -5,9 +5,10 @@
 #include <QMimeData>
 
 #include "QzAnno/palette/QzBBoxInfo.h"
-#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
 #include "QzAnno/platform/text/NSParagraphStyle.h"
 #include "QzAnno/render/QzAnnoLayoutManager.h"
+#include "platform/foundation/ObjectMap.h"
 #include "platform/text/CaretGeometry.h"
 #include "tests/ui/Desk.h"
 

@@ -1,10 +1,12 @@
 #pragma once
 
-#include "QzAnno/archive/TokenTables.h"
+#include "QzAnno/model/QzToken.h"
 #include "QzAnno/platform/foundation/NSArchiver.h"
 #include "QzAnno/platform/foundation/NSUnarchiver.h"
 
 namespace qz {
+
+class TokenTables;
 
 /// Writes what refers to annotation keys, annotated strings above all: each key, or other token, is written as a type
 /// and the name that its table, normally the palette, gives it.
@@ -27,9 +29,9 @@ public:
     std::string className() const override { return "QzTokeningArchiver"; }
 
 private:
-    explicit QzTokeningArchiver(const std::vector<Ref<QzTokenTable>>& tokeners) : tokeners_(tokeners) {}
+    explicit QzTokeningArchiver(const std::vector<Ref<QzTokenTable>>& tokeners);
 
-    const TokenTables tokeners_;
+    const std::shared_ptr<const TokenTables> tokeners_;
 };
 
 /// Reads what a `QzTokeningArchiver` wrote. The tables turn the names into tokens of their own: the keys of a string
@@ -56,10 +58,9 @@ public:
     std::string className() const override { return "QzTokeningUnarchiver"; }
 
 private:
-    QzTokeningUnarchiver(const Ref<NSData>& data, const std::vector<Ref<QzTokenTable>>& tokeners)
-        : NSUnarchiver(data), tokeners_(tokeners) {}
+    QzTokeningUnarchiver(const Ref<NSData>& data, const std::vector<Ref<QzTokenTable>>& tokeners);
 
-    const TokenTables tokeners_;
+    const std::shared_ptr<const TokenTables> tokeners_;
 };
 
 }  // namespace qz

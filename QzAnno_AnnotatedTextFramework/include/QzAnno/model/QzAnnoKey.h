@@ -6,6 +6,9 @@ namespace qz {
 
 class QzAnnoPalette;
 
+/// The attribute of attributed strings whose value is the `NSSet` of `QzAnnoKey` that hold on a run.
+inline const Ref<NSString> QzAnnoAttributeName = "QzAnnoList"_ns;
+
 /// The identity of one annotation style: a shared object with a name, bound to at most one palette.
 ///
 /// Palette, annotations, annotated strings and text attributes hold the same key object, so renaming it renames the

@@ -2,13 +2,13 @@
 
 #include <vector>
 
-#include "QzAnno/model/QzAnnoBits.h"
 #include "QzAnno/model/QzAnnoKey.h"
 #include "QzAnno/platform/foundation/NSDictionary.h"
 #include "QzAnno/platform/foundation/NSSet.h"
 
 namespace qz {
 
+class QzAnnoBits;
 class QzAnnoString;
 class QzMutableAnnoString;
 
@@ -107,7 +107,7 @@ protected:
     explicit QzAnnoString(const Ref<NSString>& string);
 
     /// The row of a key that is there.
-    Ref<QzAnnoBits> rowOf(const NSObject& key) const { return annotations_->objectForKey<QzAnnoBits>(key); }
+    Ref<QzAnnoBits> rowOf(const NSObject& key) const;
 
 private:
     friend class MutableSupport;

@@ -5,8 +5,8 @@
 /// screen unless a line says otherwise. The values are part of stored palettes. Names that nothing here knows are
 /// passed on as they are.
 
-#include "QzAnno/model/QzAnnoAttributeName.h"
-#include "QzAnno/platform/text/AttributeNames.h"
+#include "QzAnno/model/QzAnnoKey.h"
+#include "QzAnno/platform/text/NSAttributedString.h"
 
 namespace qz {
 

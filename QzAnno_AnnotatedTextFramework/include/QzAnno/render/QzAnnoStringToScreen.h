@@ -1,15 +1,19 @@
 #pragma once
 
-#include "QzAnno/format/QzAnnoStringFormatter.h"
+#include "QzAnno/model/QzAnnoString.h"
+#include "QzAnno/palette/QzAnnoPalette.h"
 #include "QzAnno/platform/graphics/NSImage.h"
-#include "QzAnno/platform/text/FontLibrary.h"
 #include "QzAnno/platform/text/NSParagraphStyle.h"
-#include "QzAnno/platform/text/NSTextStorage.h"
 #include "QzAnno/render/QzAnnoLayoutManager.h"
 #include "QzAnno/render/QzScreenTextContainer.h"
 #include "QzAnno/render/RenderReport.h"
 
 namespace qz {
+
+class FontLibrary;
+class NSAttributedString;
+class NSTextStorage;
+class QzAnnoStringFormatter;
 
 /// Pixels of premultiplied RGBA that the host keeps, a byte for each of R, G, B and A.
 struct PixelBuffer {

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "QzAnno/platform/foundation/Range.h"
+#include "QzAnno/platform/foundation/NSString.h"
 
 namespace qz {
 

@@ -1,8 +1,9 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
+
+#include "QzAnno/platform/foundation/Callback.h"
 
 namespace qz {
 
@@ -19,7 +20,7 @@ struct AlertPanel {
 };
 
 /// Shows an alert and returns the button that was chosen. May be called from any thread that uses the library.
-using AlertHook = std::function<NSAlertReturn(const AlertPanel& panel)>;
+using AlertHook = Callback<NSAlertReturn(const AlertPanel& panel)>;
 
 /// Shows an alert about something that should never happen and waits until a button is chosen. Without a hook, which a
 /// program with a screen sets, one line on standard error names message and buttons, and the default button counts as

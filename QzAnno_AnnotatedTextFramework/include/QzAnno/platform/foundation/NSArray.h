@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "QzAnno/platform/foundation/ObjectHolder.h"
+#include "QzAnno/platform/foundation/NSObject.h"
 
 namespace qz {
 

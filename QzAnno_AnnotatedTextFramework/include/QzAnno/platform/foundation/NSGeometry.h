@@ -33,6 +33,24 @@ struct NSRect {
     friend bool operator==(const NSRect&, const NSRect&) = default;
 };
 
+/// A rectangle of whole device pixels, origin at the top left of the bitmap.
+struct PixelRect {
+    int32_t x = 0;       ///< of the leftmost column
+    int32_t y = 0;       ///< of the topmost row
+    int32_t width = 0;   ///< columns
+    int32_t height = 0;  ///< rows
+
+    /// Whether it holds no pixel: a width or height that is not above 0.
+    bool isEmpty() const { return width <= 0 || height <= 0; }
+    /// The first column (row) behind it. In 64 bits: x near the end of its range plus a width does not fit in 32.
+    ///@{
+    int64_t right() const { return int64_t{x} + width; }
+    int64_t bottom() const { return int64_t{y} + height; }
+    ///@}
+
+    friend bool operator==(const PixelRect&, const PixelRect&) = default;
+};
+
 /// Whether all numbers are equal, without tolerance; not-a-number equals nothing.
 ///@{
 inline bool NSEqualSizes(NSSize a, NSSize b) {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <functional>
 #include <initializer_list>
 #include <string>
 #include <string_view>
 
+#include "QzAnno/platform/foundation/Callback.h"
 #include "QzAnno/platform/foundation/NSObject.h"
 
 namespace qz {
@@ -37,7 +37,7 @@ private:
 std::string stringWithFormat(std::string_view format, std::initializer_list<FormatArgument> arguments = {});
 
 /// Receives one whole line, its line feed included, in UTF-8. May be called from any thread that uses the library.
-using DiagnosticHook = std::function<void(std::string_view line)>;
+using DiagnosticHook = Callback<void(std::string_view line)>;
 
 /// A hook for standard error.
 void writeToStandardError(std::string_view line);

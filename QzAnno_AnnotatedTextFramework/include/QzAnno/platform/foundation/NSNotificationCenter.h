@@ -1,9 +1,8 @@
 #pragma once
 
-#include <functional>
-#include <mutex>
-#include <vector>
+#include <memory>
 
+#include "QzAnno/platform/foundation/Callback.h"
 #include "QzAnno/platform/foundation/NSDictionary.h"
 #include "QzAnno/platform/foundation/NSString.h"
 
@@ -28,7 +27,11 @@ class NSNotificationCenter {
 public:
     /// Called for each notification that matches its observation. What it throws passes through to the poster, and the
     /// later observers are not called.
-    using Handler = std::function<void(const NSNotification&)>;
+    using Handler = Callback<void(const NSNotification&)>;
+
+    /// Without observers.
+    NSNotificationCenter();
+    ~NSNotificationCenter();
 
     /// That of the process, which outlives every object.
     static NSNotificationCenter& defaultCenter();
@@ -43,17 +46,8 @@ public:
     void postNotificationName(const Ref<NSString>& name, const Ref<NSObject>& object, Ref<NSDictionary> userInfo = {});
 
 private:
-    struct Observation {
-        const void* observer;
-        Handler handler;
-        Ref<NSString> name;
-        const NSObject* object;
-        uint64_t number;  // in the order of addition
-    };
-
-    std::mutex mutex_;
-    std::vector<Observation> observations_;
-    uint64_t lastNumber_ = 0;
+    struct Observations;
+    const std::unique_ptr<Observations> observations_;
 };
 
 }  // namespace qz

@@ -37,6 +37,26 @@ protected:
     NSObject() = default;
 };
 
+/// An object that holds others, which may hold others in turn, to any depth: hosts nest as they like.
+///
+/// Freeing goes in a loop, so no depth is too much for it. Objects that hold each other in a circle, which takes one
+/// that can be edited, are never freed; break the circle first.
+class ObjectHolder : public NSObject {
+protected:
+    ObjectHolder() = default;
+
+    /// The first owner of a new object; for the functions that make them.
+    template <class T>
+    static Ref<T> owned(T* holder) {
+        return Ref<T>(holder, [](ObjectHolder* unowned) { free(unowned); });
+    }
+
+private:
+    static void free(ObjectHolder* holder) noexcept;
+
+    ObjectHolder* nextToFree_ = nullptr;
+};
+
 /// A further owner of an object that is already owned.
 template <class T>
 Ref<T> refTo(T& object) {

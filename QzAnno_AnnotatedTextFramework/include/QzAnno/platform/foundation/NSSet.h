@@ -2,10 +2,11 @@
 
 #include <vector>
 
-#include "QzAnno/platform/foundation/ObjectHolder.h"
-#include "QzAnno/platform/foundation/ObjectMap.h"
+#include "QzAnno/platform/foundation/NSObject.h"
 
 namespace qz {
+
+class ObjectMap;
 
 /// An immutable set in insertion order. Equal when both hold equal members, in whatever order.
 class NSSet final : public ObjectHolder {
@@ -17,40 +18,43 @@ public:
     static Ref<NSSet> setWithObject(Ref<NSObject> member);
     template <class T>
     static Ref<NSSet> setWithObjects(const std::vector<Ref<T>>& members) {
-        ObjectMap map;
-        for (const Ref<T>& member : members) map.set(member, nullptr);
-        return setWithMap(std::move(map));
+        return setWithMembers({members.begin(), members.end()});
     }
     ///@}
-    /// The keys of the map are the members; its values are not looked at.
+    /// For the library, which files members as the keys of a map; its values mean nothing.
+    ///@{
     static Ref<NSSet> setWithMap(ObjectMap map);
+    const ObjectMap& map() const { return *map_; }
+    ///@}
+    ~NSSet() override;
 
-    /// Of members; equal ones are one.
-    size_t count() const { return map_.size(); }
+    /// The number of members; equal ones count once.
+    size_t count() const;
     /// Whether the object or one equal to it is a member.
-    bool containsObject(const NSObject& member) const { return map_.contains(member); }
-    /// The members are the keys; the values mean nothing. Never changed; it lives as long as the set.
-    const ObjectMap& map() const { return map_; }
+    bool containsObject(const NSObject& member) const;
+    /// The members, in order.
+    std::vector<Ref<NSObject>> allObjects() const;
     /// The members that are of class `T`, in order.
     template <class T>
     std::vector<Ref<T>> objects() const {
         std::vector<Ref<T>> members;
-        members.reserve(map_.size());
-        for (const ObjectMap::Entry& entry : map_.entries()) {
-            if (auto member = std::dynamic_pointer_cast<T>(entry.key)) members.push_back(std::move(member));
+        for (const Ref<NSObject>& object : allObjects()) {
+            if (auto member = std::dynamic_pointer_cast<T>(object)) members.push_back(std::move(member));
         }
         return members;
     }
 
     bool isEqual(const NSObject& other) const override;
-    size_t hash() const override { return map_.size(); }
+    size_t hash() const override { return count(); }
     std::string description() const override;
     std::string className() const override { return "NSSet"; }
 
 private:
-    explicit NSSet(ObjectMap map) : map_(std::move(map)) {}
+    explicit NSSet(ObjectMap map);
 
-    const ObjectMap map_;
+    static Ref<NSSet> setWithMembers(const std::vector<Ref<NSObject>>& members);
+
+    const std::unique_ptr<const ObjectMap> map_;
 };
 
 }  // namespace qz

@@ -1,12 +1,12 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <list>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "QzAnno/platform/foundation/Callback.h"
 #include "QzAnno/platform/foundation/NSString.h"
 
 namespace qz {
@@ -36,7 +36,7 @@ public:
         InvocationTarget() = default;
         /// Records the call in the innermost open group, or in one of its own as the class says. An empty call is
         /// refused with a log line.
-        void invoke(std::function<void()> call) const;
+        void invoke(Callback<void()> call) const;
 
     private:
         friend class NSUndoManager;
@@ -116,7 +116,7 @@ private:
     enum class Activity { recording, undoing, redoing };
     struct Action {
         const NSObject* target;
-        std::function<void()> call;
+        Callback<void()> call;
     };
     struct Group {
         std::list<Action> actions;

@@ -5,7 +5,6 @@
 
 #include "QzAnno/platform/foundation/Limits.h"
 #include "QzAnno/platform/foundation/NSGeometry.h"
-#include "QzAnno/platform/graphics/PixelRect.h"
 
 namespace qz {
 
@@ -80,7 +79,7 @@ public:
     /// bitmap over a caller's data.
     const PixelRect& drawnBox() const { return drawnBox_; }
     /// For drawing that keeps the drawn box: widens it to hold `box`, which is then written by `rowWithin`.
-    void noteDrawn(const PixelRect& box) { drawnBox_ = unionOf(drawnBox_, box); }
+    void noteDrawn(const PixelRect& box);
     /// As `row`, leaving the drawn box as it is: only pixels inside it may be written.
     uint8_t* rowWithin(int32_t y) { return data_ + offsetOfRow(y); }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "QzAnno/platform/graphics/NSBitmapImageRep.h"
-#include "QzAnno/platform/graphics/NSGraphicsContext.h"
 
 namespace qz {
 

@@ -6,12 +6,13 @@
 #include <string_view>
 #include <vector>
 
-#include "QzAnno/platform/text/FontTraits.h"
 
 namespace qz {
 
 class FontFace;
 class FontFallback;
+struct FontSynthesis;
+struct FontTraits;
 
 /// A font as Fontconfig lists it, without opening its file. A named instance of a variable font is a font of its own.
 struct InstalledFont {
@@ -89,7 +90,10 @@ public:
 
     /// The face of a font of this library, an element of `fonts` and no copy; the same face as long as anybody holds
     /// it. None when its file is of no use.
-    std::shared_ptr<const FontFace> face(const InstalledFont& font, FontSynthesis synthesis = {});
+    ///@{
+    std::shared_ptr<const FontFace> face(const InstalledFont& font);
+    std::shared_ptr<const FontFace> face(const InstalledFont& font, FontSynthesis synthesis);
+    ///@}
     /// The face of `fontWithName`; when its file is of no use, that of another font which bears the name and looks the
     /// same. None without either.
     std::shared_ptr<const FontFace> faceWithName(std::string_view name);

@@ -1,11 +1,11 @@
 #pragma once
 
+#include <memory>
+#include <optional>
 #include <string_view>
 
 #include "QzAnno/platform/foundation/Limits.h"
 #include "QzAnno/platform/foundation/NSGeometry.h"
-#include "QzAnno/platform/graphics/NSBezierPath.h"
-#include "QzAnno/platform/text/FontTraits.h"
 
 namespace qz {
 
@@ -15,6 +15,16 @@ class FontFace;
 using NSGlyph = uint32_t;
 /// Stands for a character that takes part in layout but shows nothing: a line break, a soft hyphen inside a line.
 inline constexpr NSGlyph NSControlGlyph = 0x00FFFFFF;
+
+/// What a run asks of its font beyond the font's name: with the trait or without. What is not set stays as the font is.
+struct FontTraits {
+    std::optional<bool> bold;    ///< from semibold on
+    std::optional<bool> italic;  ///< oblique counts as that
+
+    /// Whether nothing is asked.
+    bool isEmpty() const { return !bold && !italic; }
+    friend bool operator==(const FontTraits&, const FontTraits&) = default;
+};
 
 /// A rule under text or through it, in points: its upper edge above the baseline, below it less than 0, and its
 /// thickness.
@@ -112,9 +122,5 @@ private:
     const float pointSize_;
     const FontTraits traits_;
 };
-
-/// Appends a glyph's outline, unhinted, with its origin at the path's current point and y growing upward; afterwards
-/// the current point is where the next glyph begins. A glyph without an outline only advances.
-void appendBezierPathWithGlyph(NSBezierPath& path, NSGlyph glyph, const NSFont& font);
 
 }  // namespace qz

@@ -6,19 +6,20 @@
 
 #include "QzAnno/platform/foundation/NSDictionary.h"
 #include "QzAnno/platform/foundation/NSGeometry.h"
-#include "QzAnno/platform/text/CaretCell.h"
-#include "QzAnno/platform/text/GlyphCache.h"
 #include "QzAnno/platform/text/NSFont.h"
 #include "QzAnno/platform/text/NSTextContainer.h"
-#include "QzAnno/platform/text/NSTextStorage.h"
-#include "QzAnno/platform/text/TextRules.h"
 
 namespace qz {
 
+class GlyphCache;
 class NSGraphicsContext;
+class NSTextStorage;
 class TemporaryAttributes;
+struct CaretCell;
 struct GlyphAtPlace;
 struct PlacedGlyph;
+struct TextRule;
+struct TextRuleKinds;
 
 /// Turns the characters of a text storage into glyphs, lays them out as lines in text containers, and draws them.
 ///
@@ -119,7 +120,7 @@ public:
     virtual Ref<NSFont> substituteFontForFont(const Ref<NSFont>& font) const { return font; }
 
     /// Which rules a run of these attributes has. The names of such attributes are a subclass's, so here it has none.
-    virtual TextRuleKinds ruleKinds(const NSDictionary& /*attributes*/) const { return {}; }
+    virtual TextRuleKinds ruleKinds(const NSDictionary& attributes) const;
     /// The rules under and through the text of the glyphs, line by line, for the container's origin at `atPoint`. A
     /// rule lies where the font asked for has it, straight over a stretch of one font size and baseline, that of its
     /// prevailing font. Blanks have it but for those that hang at a line's end.
@@ -133,7 +134,7 @@ public:
     /// What has been drawn before and can be drawn again. Never none; none given stands for a fresh one.
     ///@{
     const Ref<GlyphCache>& glyphCache() const { return glyphCache_; }
-    void setGlyphCache(const Ref<GlyphCache>& cache) { glyphCache_ = cache ? cache : GlyphCache::init(); }
+    void setGlyphCache(const Ref<GlyphCache>& cache);
     ///@}
 
     std::string className() const override { return "NSLayoutManager"; }
@@ -163,7 +164,7 @@ private:
     std::vector<Ref<NSTextContainer>> containers_;
     std::unique_ptr<Layout> layout_;
     std::unique_ptr<TemporaryAttributes> temporaryAttributes_;
-    Ref<GlyphCache> glyphCache_ = GlyphCache::init();
+    Ref<GlyphCache> glyphCache_;
     bool usesScreenFonts_ = false;
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <functional>
+#include <memory>
 
 #include "QzAnno/platform/foundation/NSNotificationCenter.h"
 #include "QzAnno/platform/foundation/NSUndoManager.h"
@@ -76,7 +76,7 @@ public:
     void forgetUndo();
     /// For whoever shows one of several texts: steps recorded from now on call this before they are undone or redone,
     /// to bring their text back into the view.
-    void setUndoPlace(std::function<void()> undoPlace) { undoPlace_ = std::move(undoPlace); }
+    void setUndoPlace(Callback<void()> undoPlace) { undoPlace_ = std::move(undoPlace); }
     /// What is typed next is a step of its own, for whoever has recorded something else in between.
     void breakUndoCoalescing() { lastRecord_.reset(); }
 
@@ -99,7 +99,7 @@ public:
     /// Draws at once, through the hook that a window's view has set; does nothing without one.
     ///@{
     void display();
-    void setDisplayHook(std::function<void()> hook) { displayHook_ = std::move(hook); }
+    void setDisplayHook(Callback<void()> hook) { displayHook_ = std::move(hook); }
     ///@}
 
     std::string className() const override { return "NSTextView"; }
@@ -133,8 +133,8 @@ private:
     Ref<NSUndoManager> undo_;
     // Owned by the undo manager's record; the next edit may grow it.
     std::weak_ptr<UndoRecord> lastRecord_;
-    std::function<void()> undoPlace_;
-    std::function<void()> displayHook_;
+    Callback<void()> undoPlace_;
+    Callback<void()> displayHook_;
 };
 
 }  // namespace qz

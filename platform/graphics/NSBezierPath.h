@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "QzAnno/platform/graphics/NSAffineTransform.h"
+#include "platform/graphics/NSAffineTransform.h"
 
 namespace qz {
 

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "QzAnno/platform/foundation/NSObject.h"
+#include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "QzAnno/platform/foundation/NSGeometry.h"
-#include "QzAnno/platform/foundation/Range.h"
+#include "QzAnno/platform/foundation/NSString.h"
 #include "QzAnno/platform/graphics/NSColor.h"
 
 namespace qz {

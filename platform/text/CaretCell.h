@@ -1,6 +1,6 @@
 #pragma once
 
-#include "QzAnno/platform/foundation/Range.h"
+#include "QzAnno/platform/foundation/NSString.h"
 
 namespace qz {
 

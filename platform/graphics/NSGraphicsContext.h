@@ -4,8 +4,8 @@
 #include <span>
 #include <vector>
 
-#include "QzAnno/platform/graphics/NSAffineTransform.h"
-#include "QzAnno/platform/graphics/NSBezierPath.h"
+#include "platform/graphics/NSAffineTransform.h"
+#include "platform/graphics/NSBezierPath.h"
 #include "QzAnno/platform/graphics/NSBitmapImageRep.h"
 #include "QzAnno/platform/graphics/NSColor.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "QzAnno/platform/foundation/NSObject.h"
 #include "QzAnno/platform/foundation/NSString.h"
-#include "QzAnno/platform/foundation/ObjectHolder.h"
 
 namespace qz {
 

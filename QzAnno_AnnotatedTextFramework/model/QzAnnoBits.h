@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "QzAnno/platform/foundation/NSObject.h"
-#include "QzAnno/platform/foundation/Range.h"
+#include "QzAnno/platform/foundation/NSString.h"
 
 namespace qz {
 

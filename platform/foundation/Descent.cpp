@@ -1,9 +1,9 @@
-#include "QzAnno/platform/foundation/ObjectHolder.h"
+#include "platform/foundation/Descent.h"
 
 #include <utility>
 
 #include "QzAnno/platform/foundation/NSLog.h"
-#include "QzAnno/platform/foundation/TypedStreamLimits.h"
+#include "platform/foundation/TypedStreamLimits.h"
 
 namespace qz {
 namespace {

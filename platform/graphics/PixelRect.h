@@ -1,27 +1,11 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdint>
+
+#include "QzAnno/platform/foundation/NSGeometry.h"
+#include "platform/graphics/PixelRect.h"
 
 namespace qz {
-
-/// A rectangle of whole device pixels, origin at the top left of the bitmap.
-struct PixelRect {
-    int32_t x = 0;       ///< of the leftmost column
-    int32_t y = 0;       ///< of the topmost row
-    int32_t width = 0;   ///< columns
-    int32_t height = 0;  ///< rows
-
-    /// Whether it holds no pixel: a width or height that is not above 0.
-    bool isEmpty() const { return width <= 0 || height <= 0; }
-    /// The first column (row) behind it. In 64 bits: x near the end of its range plus a width does not fit in 32.
-    ///@{
-    int64_t right() const { return int64_t{x} + width; }
-    int64_t bottom() const { return int64_t{y} + height; }
-    ///@}
-
-    friend bool operator==(const PixelRect&, const PixelRect&) = default;
-};
 
 /// The overlap of `box`, moved by (dx, dy), with another; the zero rectangle when there is none. In 64 bits: a box may
 /// be moved from one end of the range to the other.
