@@ -11,12 +11,12 @@
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/ui/NSApplication.h"
-#include "QzAnno/platform/ui/NSColorPanel.h"
 #include "QzAnno/platform/ui/NSUserDefaults.h"
 #include "QzAnno/ui/QzAnnoPaletteAsTable.h"
 #include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
 #include "QzAnno_AnnotatedTextFramework/ui/EditorFields.h"
 #include "QzAnno_AnnotatedTextFramework/ui/KeyRenaming.h"
+#include "platform/ui/NSColorPanel.h"
 
 namespace qz {
 namespace {

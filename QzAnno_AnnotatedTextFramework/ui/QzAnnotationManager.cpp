@@ -12,10 +12,10 @@
 
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "QzAnno/platform/ui/NSApplication.h"
-#include "QzAnno/platform/ui/NSBox.h"
 #include "QzAnno/platform/ui/NSTextViewWidget.h"
 #include "QzAnno/platform/ui/NSUserDefaults.h"
 #include "platform/ui/InterfaceFile.h"
+#include "platform/ui/NSBox.h"
 
 namespace qz {
 namespace {

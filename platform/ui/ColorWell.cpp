@@ -3,7 +3,7 @@
 #include <QPainter>
 #include <QPointer>
 
-#include "QzAnno/platform/ui/NSColorPanel.h"
+#include "platform/ui/NSColorPanel.h"
 #include "platform/ui/QtValues.h"
 
 namespace qz {

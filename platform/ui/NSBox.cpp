@@ -1,4 +1,4 @@
-#include "QzAnno/platform/ui/NSBox.h"
+#include "platform/ui/NSBox.h"
 
 #include <QGroupBox>
 

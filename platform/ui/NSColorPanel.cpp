@@ -1,4 +1,4 @@
-#include "QzAnno/platform/ui/NSColorPanel.h"
+#include "platform/ui/NSColorPanel.h"
 
 #include <QColorDialog>
 #include <QPointer>

@@ -23,10 +23,10 @@
 #include <unistd.h>
 
 #include "QzAnno/platform/foundation/Files.h"
-#include "QzAnno/platform/ui/NSColorPanel.h"
 #include "apps/qzanno-composer/ComposerWindow.h"
 #include "apps/qzanno-composer/RecentFiles.h"
 #include "apps/qzanno-composer/TitleTimes.h"
+#include "platform/ui/NSColorPanel.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/ui/Desk.h"
 

@@ -9,9 +9,9 @@
 
 #include "QzAnno/palette/QzBBoxInfo.h"
 #include "QzAnno/platform/foundation/NSArray.h"
-#include "QzAnno/platform/ui/NSBox.h"
-#include "QzAnno/platform/ui/NSColorPanel.h"
 #include "platform/ui/ColorWell.h"
+#include "platform/ui/NSBox.h"
+#include "platform/ui/NSColorPanel.h"
 #include "tests/ui/Desk.h"
 
 namespace qz {
