@@ -32,7 +32,7 @@ ALLOWED = {
 
 # A layer's public headers lie below the one folder that hosts have on their search path.
 PUBLIC = f"{LIBRARY}/include/QzAnno"
-DEPENDENCY = re.compile(r"<(hb|cairo|unicode/|ft2build|freetype|fontconfig/|png\.h|expat|CLI/|nlohmann/|libdeflate|pybind11/)")
+DEPENDENCY = re.compile(r"<(hb|cairo|unicode/|ft2build|freetype|fontconfig/|png\.h|expat|CLI/|nlohmann/|libdeflate|nettle/|pybind11/)")
 QT = re.compile(r"<Q[A-Z]\w*>")
 QT_FOLDERS = ("platform/ui", f"{LIBRARY}/ui", "apps/qzanno-composer")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"][^>"]+[>"])')
