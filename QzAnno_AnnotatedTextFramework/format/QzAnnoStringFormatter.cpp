@@ -1,6 +1,5 @@
 #include "QzAnno/format/QzAnnoStringFormatter.h"
 
-#include <array>
 #include <unordered_map>
 
 #include "QzAnno/palette/AttributeNames.h"
@@ -9,6 +8,7 @@
 #include "QzAnno/platform/graphics/NSColor.h"
 #include "QzAnno/platform/text/NSFont.h"
 #include "QzAnno/platform/text/NSParagraphStyle.h"
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeVocabulary.h"
 #include "platform/foundation/ObjectMap.h"
 
 namespace qz {
@@ -24,14 +24,6 @@ const Ref<NSString>& paragraphMarker() {
     return marker;
 }
 
-// The attributes that style a title as a whole: only the global annotation and the frame annotations may give them.
-const std::array<Ref<NSString>, 4>& frameAttributes() {
-    static const std::array<Ref<NSString>, 4> names = {QzBoundingBoxAttribute, QzBoundingMarginsAttribute,
-                                                       QzVerticalAlignmentAttribute,
-                                                       QzTextBoundingBoxAppearanceAttribute};
-    return names;
-}
-
 Range wholeOf(const NSAttributedString& text) {
     return {0, text.length()};
 }
@@ -41,11 +33,13 @@ void applyFrame(NSMutableAttributedString& text, const Ref<NSSet>& frame, const 
     text.changeAttributes(wholeOf(text), [&](const Ref<NSDictionary>& run) {
         ObjectMap map = run->map();
         map.set(QzFrameAnnoAttributeName, frame);
-        for (const Ref<NSString>& name : frameAttributes()) {
-            if (const Ref<NSObject> value = attributes->objectForKey(*name))
-                map.set(name, value);
+        for (const Attribute& attribute : attributeVocabulary()) {
+            // Only the global annotation and the frame annotations may give these.
+            if (!attribute.isOfFrame) continue;
+            if (const Ref<NSObject> value = attributes->objectForKey(*attribute.name))
+                map.set(attribute.name, value);
             else
-                map.remove(*name);
+                map.remove(*attribute.name);
         }
         return NSDictionary::dictionaryWithMap(std::move(map));
     });

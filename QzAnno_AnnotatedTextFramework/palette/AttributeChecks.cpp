@@ -1,17 +1,17 @@
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeChecks.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 
-#include "QzAnno/palette/AttributeNames.h"
 #include "QzAnno/palette/QzBBoxInfo.h"
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSGeometry.h"
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/graphics/NSColor.h"
-#include "QzAnno/platform/text/NSFont.h"
-#include "QzAnno/platform/text/NSParagraphStyle.h"
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeVocabulary.h"
+#include "QzAnno_AnnotatedTextFramework/palette/TitleStyle.h"
 #include "QzAnno_AnnotatedTextFramework/palette/ValueConversion.h"
 #include "platform/foundation/DiagnosticText.h"
 
@@ -44,49 +44,26 @@ Ref<NSNumber> requiredNumber(const Ref<NSObject>& value, Messages& messages) {
     return number;
 }
 
-Ref<NSNumber> requiredFiniteNumber(const Ref<NSObject>& value, Messages& messages) {
-    Ref<NSNumber> number = requiredNumber(value, messages);
-    if (!number || std::isfinite(number->floatValue())) return number;
-    messages.push_back(stringWithFormat("a finite number is needed, found %@; it is ignored", {number}));
-    return {};
-}
-
-void checkString(const Ref<NSObject>& value, Messages& messages) {
-    required<NSString>(value, "a string", messages);
-}
-
-void checkNumber(const Ref<NSObject>& value, Messages& messages) {
-    requiredFiniteNumber(value, messages);
-}
-
-void checkFontSize(const Ref<NSObject>& value, Messages& messages) {
+void checkNumber(const Attribute& attribute, const Ref<NSObject>& value, Messages& messages) {
     const Ref<NSNumber> number = requiredNumber(value, messages);
     if (!number) return;
-    const float size = number->floatValue();
-    if (size >= 0 && size <= NSFont::kPointSizeMax) return;
-    messages.push_back(stringWithFormat("font size %@ is outside 0 to 10000 points; %s is used",
-                                        {number, size > NSFont::kPointSizeMax ? "10000" : "the default size"}));
-}
-
-void checkHorizontalAlignment(const Ref<NSObject>& value, Messages& messages) {
-    const Ref<NSNumber> number = requiredNumber(value, messages);
-    if (!number) return;
-    const int32_t alignment = number->intValue();
-    if (alignment >= 0 && alignment <= static_cast<int32_t>(NSTextAlignment::natural)) return;
-    messages.push_back(stringWithFormat("horizontal alignment %@ is outside 0 to 4; it is ignored", {number}));
-}
-
-void checkVerticalAlignment(const Ref<NSObject>& value, Messages& messages) {
-    const Ref<NSNumber> number = requiredNumber(value, messages);
-    if (!number || (number->intValue() >= 0 && number->intValue() <= 2)) return;
-    messages.push_back(
-        stringWithFormat("vertical alignment %@ is outside 0 to 2; the text is placed at the top", {number}));
-}
-
-void checkWidth(const Ref<NSObject>& value, Messages& messages) {
-    const Ref<NSNumber> number = requiredFiniteNumber(value, messages);
-    if (!number || number->floatValue() >= 0) return;
-    messages.push_back(stringWithFormat("width %@ is below 0; the layer is not drawn", {number}));
+    const bool isChoice = attribute.kind == Attribute::Kind::choice;
+    const double given = isChoice ? double(number->intValue()) : double{number->floatValue()};
+    const bool hasMost = std::isfinite(attribute.most);
+    if (!hasMost && !std::isfinite(given)) {
+        messages.push_back(stringWithFormat("a finite number is needed, found %@; it is ignored", {number}));
+        return;
+    }
+    if (given >= attribute.least && given <= attribute.most) return;
+    std::string range = "below " + shortestDecimal(attribute.least);
+    if (hasMost) {
+        range = "outside " + shortestDecimal(attribute.least) + " to " + shortestDecimal(attribute.most);
+        if (*attribute.unit) range += std::string(" ") + attribute.unit;
+    }
+    std::string label = attribute.label;
+    label[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(label[0])));
+    messages.push_back(stringWithFormat(
+        "%s %@ is %s; %s", {label, number, range, given > attribute.most ? attribute.tooHigh : attribute.tooLow}));
 }
 
 void checkMargins(const Ref<NSObject>& value, Messages& messages) {
@@ -96,14 +73,12 @@ void checkMargins(const Ref<NSObject>& value, Messages& messages) {
         const Ref<NSNumber> number = numberFrom(element);
         return number && std::isfinite(number->floatValue());
     };
-    const size_t count = margins->count();
     const auto found = static_cast<size_t>(std::ranges::count_if(margins->elements(), isFiniteNumber));
-    if (count == 4 && found == 4) return;
-    const bool usable =
-        count > 4 && std::ranges::all_of(margins->elements().begin(), margins->elements().begin() + 4, isFiniteNumber);
+    const bool isUsable = marginsFrom(value).has_value();
+    if (isUsable && margins->count() == 4) return;
     messages.push_back(
         stringWithFormat("margins need four numbers, found %s; %s",
-                         {std::to_string(found), usable ? "the first four are used" : "the margins are ignored"}));
+                         {std::to_string(found), isUsable ? "the first four are used" : "the margins are ignored"}));
 }
 
 void checkRectangle(const Ref<NSObject>& value, Messages& messages) {
@@ -167,47 +142,31 @@ void checkBoxAppearance(const Ref<NSObject>& value, Messages& messages) {
     messages.push_back("the type of the box is not a number; no box is drawn");
 }
 
-struct Rule {
-    Ref<NSString> name;
-    void (*check)(const Ref<NSObject>& value, Messages& messages);
-};
-
-const std::vector<Rule>& rules() {
-    static const std::vector<Rule> table = {
-        {QzFontAttribute, checkString},
-        {QzFontNameAttribute, checkString},
-        {QzFontStyleAttribute, checkString},
-        {QzFontSizeAttribute, checkFontSize},
-        {QzBoldAttribute, checkNumber},
-        {QzItalicAttribute, checkNumber},
-        {QzUnderlineAttribute, checkNumber},
-        {QzStrikeThroughAttribute, checkNumber},
-        {QzTextColorAttribute, checkColor},
-        {QzLeadingAttribute, checkNumber},
-        {QzHorizontalAlignmentAttribute, checkHorizontalAlignment},
-        {QzVerticalAlignmentAttribute, checkVerticalAlignment},
-        {QzBoundingMarginsAttribute, checkMargins},
-        {QzBoundingBoxAttribute, checkRectangle},
-        {QzTextBoundingBoxAppearanceAttribute, checkBoxAppearance},
-        {QzBackgroundColorAttribute, checkColor},
-        {QzBackgroundOffsetAttribute, checkPoint},
-        {QzBackgroundWidthAttribute, checkWidth},
-        {QzBackground2ColorAttribute, checkColor},
-        {QzBackground2OffsetAttribute, checkPoint},
-        {QzBackground2WidthAttribute, checkWidth},
-        {NSKernAttributeName, checkNumber},
-        {NSObliquenessAttributeName, checkNumber},
-        {NSBaselineOffsetAttributeName, checkNumber},
-    };
-    return table;
-}
-
 }  // namespace
 
 void checkAttribute(const NSString& name, const Ref<NSObject>& value, std::vector<std::string>& messages) {
-    const auto rule =
-        std::ranges::find_if(rules(), [&](const Rule& candidate) { return candidate.name->isEqual(name); });
-    if (rule != rules().end()) rule->check(value, messages);
+    using enum Attribute::Kind;
+    const Attribute* const attribute = attributeNamed(name);
+    if (!attribute) return;
+    switch (attribute->kind) {
+        case string:
+            required<NSString>(value, "a string", messages);
+            break;
+        case number:
+        case flag:
+        case choice:
+            return checkNumber(*attribute, value, messages);
+        case color:
+            return checkColor(value, messages);
+        case point:
+            return checkPoint(value, messages);
+        case rectangle:
+            return checkRectangle(value, messages);
+        case margins:
+            return checkMargins(value, messages);
+        case box:
+            return checkBoxAppearance(value, messages);
+    }
 }
 
 std::string kindOfStoredValue(const NSObject& value) {
