@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
+#include <ranges>
 
-#include "QzAnno/palette/AttributeNames.h"
-#include "QzAnno/palette/QzBBoxInfo.h"
-#include "QzAnno/platform/foundation/NSArray.h"
-#include "QzAnno/platform/foundation/NSNumber.h"
-#include "QzAnno/platform/text/NSParagraphStyle.h"
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeVocabulary.h"
+#include "QzAnno_AnnotatedTextFramework/palette/TitleStyle.h"
 #include "platform/graphics/StraightColor.h"
 
 namespace qz {
@@ -25,105 +24,77 @@ double bounded(double length) {
     return std::isfinite(length) ? std::clamp(length, -kMost, kMost) : 0;
 }
 
-double numberUnder(const NSDictionary& attributes, const Ref<NSString>& name) {
-    const auto number = numberFrom(attributes.objectForKey(*name));
-    return number ? bounded(number->doubleValue()) : 0;
+bool isCentred(const Layer& layer) {
+    return std::abs(layer.offset.x) < 0.5f && std::abs(layer.offset.y) < 0.5f;
 }
 
-/// A layer that shows, with its width on each side.
-struct Layer {
-    bool isShown = false;
-    CaptionColour colour;
-    double width = 0;
-    double x = 0;
-    double y = 0;
-
-    bool isCentred() const { return std::abs(x) < 0.5 && std::abs(y) < 0.5; }
-};
-
-Layer layerOf(const NSDictionary& attributes, const Ref<NSString>& colorName, const Ref<NSString>& widthName,
-              const Ref<NSString>& offsetName) {
-    const auto color = attributes.objectForKey<NSColor>(*colorName);
-    if (!color || color->alphaComponent() == 0) return {};
-    const auto offset = attributes.objectForKey<NSString>(*offsetName);
-    const NSPoint point = offset ? NSPointFromString(*offset) : NSPoint{};
-    return {true, assColourOf(*color), std::max(0.0, numberUnder(attributes, widthName) / 2), bounded(point.x),
-            bounded(point.y)};
+/// On each side of the letters.
+double sideWidth(const Layer& layer) {
+    return std::max(0.0, bounded(layer.width) / 2);
 }
 
-void readLayers(const NSDictionary& attributes, AssLook& look, std::set<std::string>& losses) {
-    Layer first =
-        layerOf(attributes, QzBackgroundColorAttribute, QzBackgroundWidthAttribute, QzBackgroundOffsetAttribute);
-    Layer second =
-        layerOf(attributes, QzBackground2ColorAttribute, QzBackground2WidthAttribute, QzBackground2OffsetAttribute);
-    const auto box = attributes.objectForKey<QzBBoxInfo>(*QzTextBoundingBoxAppearanceAttribute);
-    if (box && box->type() == 1) losses.insert("boxes that are outlined are left out; only filled ones have a form");
-    if (box && box->type() > 1 && box->color()->alphaComponent() > 0) {
+/// A style has one outline, about the letters, and one shadow, the lowest.
+void readLayers(const std::vector<Layer>& layers, const TextBox& box, AssLook& look, std::set<std::string>& losses) {
+    std::vector<Layer> shown;
+    std::ranges::copy_if(layers, std::back_inserter(shown), &Layer::isVisible);
+    if (box.form == TextBox::Form::outlined)
+        losses.insert("boxes that are outlined are left out; only filled ones have a form");
+    if (box.form == TextBox::Form::filled && box.isVisible()) {
         look.isBoxed = true;
-        look.outline = assColourOf(*box->color());
+        look.outline = assColourOf(*box.color);
         look.outlineWidth = kLinePaddingOfAss;
         losses.insert("boxes are drawn line by line, not round the whole text");
-        if (first.isShown || second.isShown)
-            losses.insert("letters in a filled box lose their outline and shadow; a style has either");
+        if (!shown.empty()) losses.insert("letters in a filled box lose their outline and shadow; a style has either");
         return;
     }
-    Layer* outline = first.isShown && first.isCentred() ? &first : nullptr;
-    if (!outline && second.isShown && second.isCentred() && !first.isShown) outline = &second;
-    if (outline) {
-        look.outline = outline->colour;
-        look.outlineWidth = outline->width;
-        outline->isShown = false;
+    if (!shown.empty() && isCentred(shown.front())) {
+        look.outline = assColourOf(*shown.front().color);
+        look.outlineWidth = sideWidth(shown.front());
+        shown.erase(shown.begin());
     }
-    Layer* const shadow = second.isShown && !second.isCentred() ? &second
-                          : first.isShown && !first.isCentred() ? &first
-                                                                : nullptr;
-    if (shadow) {
-        look.back = shadow->colour;
-        look.shadowX = shadow->x;
-        look.shadowY = shadow->y;
-        if (std::abs(shadow->width - look.outlineWidth) > 0.5)
+    const auto shadow = std::ranges::find_if_not(std::views::reverse(shown), isCentred);
+    if (shadow != shown.rend()) {
+        look.back = assColourOf(*shadow->color);
+        look.shadowX = bounded(shadow->offset.x);
+        look.shadowY = bounded(shadow->offset.y);
+        if (std::abs(sideWidth(*shadow) - look.outlineWidth) > 0.5)
             losses.insert("shadows are as wide as the outline, whatever width the palette gives them");
-        shadow->isShown = false;
+        shown.erase(std::next(shadow).base());
     }
-    if (first.isShown || second.isShown)
-        losses.insert("a second outline, or a second shadow, is left out; a style has one of each");
+    if (!shown.empty()) losses.insert("a second outline, or a second shadow, is left out; a style has one of each");
 }
 
-void readPlace(const NSDictionary& attributes, NSSize screen, AssLook& look, std::set<std::string>& losses) {
+void readPlace(const FrameStyle& frame, NSSize screen, AssLook& look, std::set<std::string>& losses) {
     using enum NSTextAlignment;
-    const auto number = numberFrom(attributes.objectForKey(*QzHorizontalAlignmentAttribute));
-    const auto alignment = number ? static_cast<NSTextAlignment>(number->intValue()) : natural;
+    const NSTextAlignment alignment = frame.horizontal.value_or(natural);
     const int column = alignment == center ? 2 : alignment == right ? 3 : 1;
     if (alignment == justified) losses.insert("justified text is set to the left");
-    const double row = numberUnder(attributes, QzVerticalAlignmentAttribute);
-    look.alignment = column + (row < 0.5 ? 6 : row < 1.5 ? 3 : 0);
-
-    const auto margins = attributes.objectForKey<NSArray>(*QzBoundingMarginsAttribute);
-    const auto text = attributes.objectForKey<NSString>(*QzBoundingBoxAttribute);
-    double* const sides[] = {&look.marginLeft, &look.marginRight, &look.marginTop, &look.marginBottom};
-    if (margins && margins->count() >= 4) {
-        for (size_t i = 0; i < 4; ++i) {
-            const auto margin = numberFrom(margins->objectAtIndex(i));
-            *sides[i] = margin ? std::max(0.0, bounded(margin->doubleValue())) : 0;
-        }
-    } else if (const auto box = text ? wellFormedRectFromString(*text) : std::nullopt) {
-        const double values[] = {
-            double{box->origin.x} * double{screen.width}, (1 - double{box->maxX()}) * double{screen.width},
-            double{box->origin.y} * double{screen.height}, (1 - double{box->maxY()}) * double{screen.height}};
-        for (size_t i = 0; i < 4; ++i) *sides[i] = std::max(0.0, bounded(values[i]));
-    }
-    look.marginLeft += kLinePaddingOfAss;
-    look.marginRight += kLinePaddingOfAss;
+    // The rows of the number pad count from the bottom.
+    look.alignment = column + 3 * (2 - static_cast<int>(frame.vertical));
+    const Margins margins = frame.marginsOn(screen);
+    const auto kept = [](double margin) { return std::max(0.0, bounded(margin)); };
+    look.marginLeft = kept(margins.left) + kLinePaddingOfAss;
+    look.marginRight = kept(margins.right) + kLinePaddingOfAss;
+    look.marginTop = kept(margins.top);
+    look.marginBottom = kept(margins.bottom);
 }
 
-void readSlant(const NSDictionary& attributes, AssLook& look, std::set<std::string>& losses) {
-    const double slant = numberUnder(attributes, NSObliquenessAttributeName);
+void readSlant(double slant, AssLook& look, std::set<std::string>& losses) {
     if (slant > 0 && !look.font.isItalic) {
         // A shear for a part of a line moves what it begins with over the blank before it.
         look.font.isItalic = true;
         losses.insert("slanted text is written as italic, whose angle is the player's");
     }
-    look.slant = std::max(0.0, -slant);
+    look.slant = std::max(0.0, -bounded(slant));
+}
+
+/// What has no form in a style.
+void tellLosses(const NSDictionary& attributes, std::set<std::string>& losses) {
+    for (const Attribute& attribute : attributeVocabulary()) {
+        if (*attribute.inAss || !isOn(attributes, *attribute.name)) continue;
+        losses.insert(*attribute.assLoss ? attribute.assLoss
+                                         : attribute.label + " is left out; a style has no form for it");
+    }
 }
 
 std::string hex(uint32_t value, int digits) {
@@ -163,23 +134,21 @@ std::string shortNumber(double value) {
 }
 
 AssLook assLookOf(const NSDictionary& attributes, NSSize screen, std::set<std::string>& losses) {
+    const TitleStyle style = titleStyleOf(attributes);
+    const FrameStyle frame = frameStyleOf(attributes);
     AssLook look;
-    if (const auto font = attributes.objectForKey<NSFont>(*NSFontAttributeName)) {
-        look.font = assFontOf(*font);
-        look.fontSize = double{font->pointSize()} * assLineHeightOf(*font);
+    if (style.font) {
+        look.font = assFontOf(*style.font);
+        look.fontSize = double{style.font->pointSize()} * assLineHeightOf(*style.font);
     }
-    const auto color = attributes.objectForKey<NSColor>(*QzTextColorAttribute);
-    look.primary = color ? assColourOf(*color) : CaptionColour{0, 0, 0, 255};
-    look.spacing = numberUnder(attributes, NSKernAttributeName);
-    look.isUnderlined = numberUnder(attributes, QzUnderlineAttribute) != 0;
-    look.isStruck = numberUnder(attributes, QzStrikeThroughAttribute) != 0;
-    readSlant(attributes, look, losses);
-    readLayers(attributes, look, losses);
-    readPlace(attributes, screen, look, losses);
-    if (numberUnder(attributes, QzLeadingAttribute) != 0)
-        losses.insert("the leading is left out; lines stand as close as their fonts have it");
-    if (numberUnder(attributes, NSBaselineOffsetAttributeName) != 0)
-        losses.insert("raised and lowered text stands on the line");
+    look.primary = assColourOf(*style.color);
+    look.spacing = bounded(style.kern);
+    look.isUnderlined = style.isUnderlined;
+    look.isStruck = style.isStruckThrough;
+    readSlant(style.slant, look, losses);
+    readLayers(style.layers, frame.box, look, losses);
+    readPlace(frame, screen, look, losses);
+    tellLosses(attributes, losses);
     return look;
 }
 

@@ -6,10 +6,10 @@
 
 #include "QzAnno/palette/AttributeNames.h"
 #include "QzAnno/palette/QzBBoxInfo.h"
-#include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/graphics/NSColor.h"
 #include "QzAnno/platform/text/NSParagraphStyle.h"
+#include "QzAnno_AnnotatedTextFramework/palette/TitleStyle.h"
 #include "captions/AssFonts.h"
 #include "captions/AssLook.h"
 #include "platform/foundation/ObjectMap.h"
@@ -72,9 +72,8 @@ ObjectMap attributesOf(const AssStyle& style, double scale, Traits traits) {
     attributes.set(QzVerticalAlignmentAttribute, NSNumber::numberWithInt(2 - (style.alignment - 1) / 3));
     const double vertical = style.marginVertical * scale;
     const auto side = [scale](double margin) { return std::max(0.0, margin * scale - kLinePaddingOfAss); };
-    attributes.set(QzBoundingMarginsAttribute,
-                   NSArray::arrayWithObjects({number(side(style.marginLeft)), number(side(style.marginRight)),
-                                              number(vertical), number(vertical)}));
+    const Margins margins = {side(style.marginLeft), side(style.marginRight), vertical, vertical};
+    attributes.set(QzBoundingMarginsAttribute, margins.stored());
     setLayers(style, scale, attributes);
     return attributes;
 }

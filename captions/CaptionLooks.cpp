@@ -1,29 +1,21 @@
 #include "captions/CaptionLooks.h"
 
-#include <algorithm>
-
 #include "QzAnno/palette/AttributeNames.h"
 #include "QzAnno/palette/QzBBoxInfo.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/graphics/NSColor.h"
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeVocabulary.h"
 #include "captions/AssPalette.h"
 #include "platform/foundation/ObjectMap.h"
 
 namespace qz {
 namespace {
 
-/// Where text stands and what is round it, which a style within a line does not change.
-bool isOfFrame(const NSObject& name) {
-    return std::ranges::any_of(
-        std::initializer_list<Ref<NSString>>{QzHorizontalAlignmentAttribute, QzVerticalAlignmentAttribute,
-                                             QzBoundingMarginsAttribute, QzBoundingBoxAttribute,
-                                             QzTextBoundingBoxAppearanceAttribute},
-        [&name](const Ref<NSString>& each) { return each->isEqual(name); });
-}
-
+/// All but where text stands and what is round it, which a style within a line does not change.
 void copyLetters(const ObjectMap& from, ObjectMap& to) {
     for (const ObjectMap::Entry& entry : from.entries()) {
-        if (!isOfFrame(*entry.key)) to.set(entry.key, entry.value);
+        const Attribute* const attribute = attributeNamed(*entry.key);
+        if (!attribute || attribute->group != Attribute::Group::place) to.set(entry.key, entry.value);
     }
 }
 
@@ -98,9 +90,9 @@ ObjectMap CaptionLooks::attributesOf(const CaptionLook::Style& style) const {
     ObjectMap attributes;
     if (!style.isWhole) {
         // What the line's style may have changed, and the global annotation does not say.
-        for (const Ref<NSString>& trait :
-             {QzBoldAttribute, QzItalicAttribute, QzUnderlineAttribute, QzStrikeThroughAttribute})
-            attributes.set(trait, NSNumber::numberWithInt(0));
+        for (const Attribute& attribute : attributeVocabulary()) {
+            if (attribute.kind == Attribute::Kind::flag) attributes.set(attribute.name, NSNumber::numberWithInt(0));
+        }
         copyLetters(palette_->lookupAnno({})->allAttributes()->map(), attributes);
     }
     copyLetters(own, attributes);

@@ -6,7 +6,6 @@
 #include <unicode/utf16.h>
 
 #include "QzAnno/palette/AttributeNames.h"
-#include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/text/NSFont.h"
 
@@ -15,11 +14,6 @@ namespace {
 
 using Alignment = CuePlacement::Alignment;
 using Edge = CuePlacement::Edge;
-
-// Values of the vertical alignment.
-constexpr int32_t kTop = 0;
-constexpr int32_t kCentre = 1;
-constexpr int32_t kBottom = 2;
 
 // Points by which lines that just fit may seem to reach over the edge, their heights being 32-bit floats.
 constexpr double kTolerance = 0.01;
@@ -52,6 +46,8 @@ void PlacementAnnos::place(const CuePlacement& placement, QzMutableAnnoString& t
 
 PlacementAnnos::Place PlacementAnnos::placeOf(const CuePlacement& placement, const QzMutableAnnoString& text) const {
     const Ref<NSDictionary> attributes = palette_->attributesForSet(text.frame());
+    const FrameStyle frame = frameStyleOf(*attributes);
+    const Margins safe = frameStyleOf(*palette_->attributesForSet({})).marginsOn(screen_);
     Place place;
     NSTextAlignment alignment = NSTextAlignment::natural;
     if (placement.alignment) {
@@ -72,49 +68,31 @@ PlacementAnnos::Place PlacementAnnos::placeOf(const CuePlacement& placement, con
                 break;
         }
         place.alignment = alignment;
-    } else if (const auto number = numberFrom(attributes->objectForKey(*QzHorizontalAlignmentAttribute))) {
-        alignment = static_cast<NSTextAlignment>(number->intValue());
+    } else {
+        alignment = frame.horizontal.value_or(NSTextAlignment::natural);
     }
     if (alignment == NSTextAlignment::natural || alignment == NSTextAlignment::justified)
         alignment = isRightToLeft(text) ? NSTextAlignment::right : NSTextAlignment::left;
 
-    Margins margins = marginsOf(*attributes);
+    Margins margins = frame.marginsOn(screen_);
     const bool hasColumn = placement.position || placement.size;
     if (hasColumn) placeColumn(placement, alignment, margins);
     if (placement.line || placement.row) {
-        const Margins safe = marginsOf(*palette_->attributesForSet({}));
         margins.top = safe.top;
         margins.bottom = safe.bottom;
     }
     if (placement.row) {
         using Row = CuePlacement::Row;
-        place.row = *placement.row == Row::top ? kTop : *placement.row == Row::centre ? kCentre : kBottom;
+        place.row = *placement.row == Row::top      ? VerticalAlignment::top
+                    : *placement.row == Row::centre ? VerticalAlignment::middle
+                                                    : VerticalAlignment::bottom;
     } else if (placement.line) {
         const double lineHeight = lineHeightOf(*palette_->assembleCompleteAttributes(attributes));
         const auto lines = static_cast<double>(std::ranges::count(text.string()->characters(), u'\n') + 1);
-        placeLine(*placement.line, lines * lineHeight, lineHeight, margins, place);
+        placeLine(*placement.line, lines * lineHeight, lineHeight, safe, margins, place);
     }
     if (hasColumn || placement.line || placement.row) place.margins = margins;
     return place;
-}
-
-PlacementAnnos::Margins PlacementAnnos::marginsOf(const NSDictionary& attributes) const {
-    const auto margins = attributes.objectForKey<NSArray>(*QzBoundingMarginsAttribute);
-    if (margins && margins->count() >= 4) {
-        double values[4] = {};
-        for (size_t i = 0; i < 4; ++i) {
-            const auto number = numberFrom(margins->objectAtIndex(i));
-            if (number) values[i] = number->doubleValue();
-        }
-        return {values[0], values[1], values[2], values[3]};
-    }
-    const auto text = attributes.objectForKey<NSString>(*QzBoundingBoxAttribute);
-    if (!text) return {};
-    const NSRect box = NSRectFromString(*text);
-    const double width = screen_.width;
-    const double height = screen_.height;
-    return {box.origin.x * width, (1 - double{box.origin.x} - double{box.size.width}) * width, box.origin.y * height,
-            (1 - double{box.origin.y} - double{box.size.height}) * height};
 }
 
 // W3C WebVTT, "process the cue settings": the computed position, its alignment, and the size that they leave.
@@ -133,36 +111,37 @@ void PlacementAnnos::placeColumn(const CuePlacement& placement, NSTextAlignment 
     margins.right = (100 - left - size) / 100 * double{screen_.width};
 }
 
-void PlacementAnnos::placeLine(const CuePlacement::Line& line, double textHeight, double lineHeight, Margins& margins,
-                               Place& place) const {
+void PlacementAnnos::placeLine(const CuePlacement::Line& line, double textHeight, double lineHeight,
+                               const Margins& safe, Margins& margins, Place& place) const {
     const double height = screen_.height;
     if (line.isPercentage) {
         margins.top = margins.bottom = 0;
         const double y = line.value / 100 * height;
         if (line.edge == Edge::centre) {
-            place.row = kCentre;
+            place.row = VerticalAlignment::middle;
             (2 * y < height ? margins.bottom : margins.top) = std::abs(height - 2 * y);
         } else if (line.edge == Edge::start) {
-            place.row = kTop;
+            place.row = VerticalAlignment::top;
             margins.top = y;
         } else {
-            place.row = kBottom;
+            place.row = VerticalAlignment::bottom;
             margins.bottom = height - y;
         }
     } else if (line.value >= 0) {
-        place.row = kTop;
+        place.row = VerticalAlignment::top;
         margins.top += line.value * lineHeight;
     } else {
         // The text's first line comes to the line, or as high as its last one needs it.
-        place.row = kBottom;
+        place.row = VerticalAlignment::bottom;
         margins.bottom += std::max(0.0, -line.value * lineHeight - textHeight);
     }
     // A text that would reach over the edge is moved until it fits.
-    if (place.row == kCentre || margins.top + textHeight + margins.bottom <= height + kTolerance) return;
-    const Margins safe = line.isPercentage ? Margins{} : marginsOf(*palette_->attributesForSet({}));
-    place.row = place.row == kTop ? kBottom : kTop;
-    margins.top = safe.top;
-    margins.bottom = safe.bottom;
+    if (place.row == VerticalAlignment::middle || margins.top + textHeight + margins.bottom <= height + kTolerance)
+        return;
+    const Margins kept = line.isPercentage ? Margins{} : safe;
+    place.row = place.row == VerticalAlignment::top ? VerticalAlignment::bottom : VerticalAlignment::top;
+    margins.top = kept.top;
+    margins.bottom = kept.bottom;
 }
 
 bool PlacementAnnos::isRightToLeft(const QzMutableAnnoString& text) const {
@@ -183,15 +162,9 @@ Ref<QzAnnoKey> PlacementAnnos::keyOf(const Place& place) {
     if (!isNew) return entry->second;
     const std::string name = "Cue Placement " + std::to_string(keys_.size());
     const Ref<QzMutableAnno> anno = palette_->createAnno(NSString::stringWithUTF8String(name))->mutableCopy();
-    if (place.margins) {
-        const auto [left, right, top, bottom] = *place.margins;
-        std::vector<Ref<NSObject>> numbers;
-        for (const double margin : {left, right, top, bottom}) {
-            numbers.push_back(NSNumber::numberWithFloat(static_cast<float>(margin)));
-        }
-        anno->setAttribute(QzBoundingMarginsAttribute, NSArray::arrayWithObjects(std::move(numbers)));
-    }
-    if (place.row) anno->setAttribute(QzVerticalAlignmentAttribute, NSNumber::numberWithInt(*place.row));
+    if (place.margins) anno->setAttribute(QzBoundingMarginsAttribute, place.margins->stored());
+    if (place.row)
+        anno->setAttribute(QzVerticalAlignmentAttribute, NSNumber::numberWithInt(static_cast<int32_t>(*place.row)));
     if (place.alignment) {
         anno->setAttribute(QzHorizontalAlignmentAttribute,
                            NSNumber::numberWithInt(static_cast<int32_t>(*place.alignment)));

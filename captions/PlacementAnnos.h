@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <map>
 #include <optional>
 
@@ -8,6 +7,7 @@
 #include "QzAnno/palette/QzAnnoPalette.h"
 #include "QzAnno/platform/foundation/NSGeometry.h"
 #include "QzAnno/platform/text/NSParagraphStyle.h"
+#include "QzAnno_AnnotatedTextFramework/palette/TitleStyle.h"
 #include "captions/CuePlacement.h"
 
 namespace qz {
@@ -27,26 +27,18 @@ public:
     void place(const CuePlacement& placement, QzMutableAnnoString& text);
 
 private:
-    struct Margins {
-        double left = 0;
-        double right = 0;
-        double top = 0;
-        double bottom = 0;
-        friend auto operator<=>(const Margins&, const Margins&) = default;
-    };
     /// What an annotation says.
     struct Place {
         std::optional<Margins> margins;
-        std::optional<int32_t> row;  ///< a vertical alignment
+        std::optional<VerticalAlignment> row;
         std::optional<NSTextAlignment> alignment;
         friend auto operator<=>(const Place&, const Place&) = default;
     };
 
     Place placeOf(const CuePlacement& placement, const QzMutableAnnoString& text) const;
-    Margins marginsOf(const NSDictionary& attributes) const;
     void placeColumn(const CuePlacement& placement, NSTextAlignment alignment, Margins& margins) const;
-    void placeLine(const CuePlacement::Line& line, double textHeight, double lineHeight, Margins& margins,
-                   Place& place) const;
+    void placeLine(const CuePlacement::Line& line, double textHeight, double lineHeight, const Margins& safe,
+                   Margins& margins, Place& place) const;
     bool isRightToLeft(const QzMutableAnnoString& text) const;
     Ref<QzAnnoKey> keyOf(const Place& place);
 

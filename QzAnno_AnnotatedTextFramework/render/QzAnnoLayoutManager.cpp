@@ -6,13 +6,13 @@
 #include <thread>
 
 #include "QzAnno/palette/AttributeNames.h"
-#include "QzAnno/palette/QzBBoxInfo.h"
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/graphics/NSColor.h"
 #include "QzAnno/platform/text/NSAttributedString.h"
 #include "QzAnno/platform/text/NSTextStorage.h"
-#include "QzAnno_AnnotatedTextFramework/render/TitleLayer.h"
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeVocabulary.h"
+#include "QzAnno_AnnotatedTextFramework/palette/TitleStyle.h"
 #include "platform/foundation/ObjectMap.h"
 #include "platform/graphics/NSGraphicsContext.h"
 #include "platform/text/GlyphDrawing.h"
@@ -66,9 +66,14 @@ bool contextAntialiases() {
 
 }  // namespace
 
+struct QzAnnoLayoutManager::StyledRun {
+    Range glyphs;
+    std::vector<Layer> layers;
+};
+
 struct QzAnnoLayoutManager::LayerRun {
     Range glyphs;
-    TitleLayer layer;
+    Layer layer;
 };
 
 Ref<QzAnnoLayoutManager> QzAnnoLayoutManager::init() {
@@ -88,11 +93,7 @@ Ref<NSFont> QzAnnoLayoutManager::fontAtIndex(uint32_t index) const {
 }
 
 TextRuleKinds QzAnnoLayoutManager::ruleKinds(const NSDictionary& attributes) const {
-    const auto isAskedFor = [&](const Ref<NSString>& name) {
-        const Ref<NSNumber> flag = numberFrom(attributes.objectForKey(*name));
-        return flag && flag->boolValue();
-    };
-    return {isAskedFor(QzUnderlineAttribute), isAskedFor(QzStrikeThroughAttribute)};
+    return {isOn(attributes, *QzUnderlineAttribute), isOn(attributes, *QzStrikeThroughAttribute)};
 }
 
 void QzAnnoLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint) {
@@ -100,10 +101,7 @@ void QzAnnoLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPo
     if (!context) return;
     const SavedGraphicsState saved(*context);
     if (antialiasingMode_ != asContext) context->setShouldAntialias(antialiasingMode_ == on);
-    if (glyphRange.length > 0 && !drawing_) {
-        myDraw(glyphRange, TitleLayer::kSecond, atPoint);
-        myDraw(glyphRange, TitleLayer::kFirst, atPoint);
-    }
+    if (!drawing_) drawBeneath(glyphRange, static_cast<uint32_t>(layerAttributes().size()), 1, atPoint);
     if (antialiasing()) {
         NSLayoutManager::drawGlyphsForGlyphRange(glyphRange, atPoint);
         return;
@@ -117,13 +115,19 @@ void QzAnnoLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPo
 }
 
 void QzAnnoLayoutManager::myDraw(Range glyphRange, uint32_t asBackground, NSPoint atPoint) {
+    if (asBackground >= 1 && asBackground <= layerAttributes().size())
+        drawBeneath(glyphRange, asBackground, asBackground, atPoint);
+}
+
+void QzAnnoLayoutManager::drawBeneath(Range glyphRange, uint32_t fromLayer, uint32_t toLayer, NSPoint origin) {
     const Ref<NSTextStorage> storage = textStorage();
     if (glyphRange.length == 0 || !storage || glyphRange.location >= numberOfGlyphs()) return;
     const Raised drawing(drawing_);
     waitForBackgroundLayout(glyphRange);
     textContainerForGlyphAtIndex(static_cast<uint32_t>(glyphRange.end() - 1));
-    if (asBackground == TitleLayer::kSecond) drawBoundingBoxes(glyphRange, atPoint);
-    drawLayer(glyphRange, asBackground, atPoint);
+    if (fromLayer == layerAttributes().size()) drawBoundingBoxes(glyphRange, origin);
+    const std::vector<StyledRun> runs = styledRuns(glyphRange);
+    for (uint32_t number = fromLayer; number >= toLayer; --number) drawLayer(runs, number, origin);
 }
 
 void QzAnnoLayoutManager::waitForBackgroundLayout(Range glyphRange) const {
@@ -134,45 +138,47 @@ void QzAnnoLayoutManager::waitForBackgroundLayout(Range glyphRange) const {
 
 void QzAnnoLayoutManager::drawBoundingBoxes(Range glyphRange, NSPoint origin) const {
     const uint32_t character = characterIndexForGlyphAtIndex(glyphRange.location);
-    const auto box =
-        textStorage()->attributesAtIndex(character)->objectForKey<QzBBoxInfo>(*QzTextBoundingBoxAppearanceAttribute);
-    if (!box || box->type() <= 0 || !box->color()) return;
+    const TextBox box = textBoxOf(*textStorage()->attributesAtIndex(character));
+    if (box.form == TextBox::Form::none) return;
     Range held;
     for (uint64_t glyph = glyphRange.location; glyph < glyphRange.end(); glyph = held.end()) {
         const Ref<NSTextContainer> container = textContainerForGlyphAtIndex(static_cast<uint32_t>(glyph), &held);
         if (!container) return;
         const NSRect used = NSOffsetRect(usedRectForTextContainer(*container), origin.x, origin.y);
         const NSBezierPath path = NSBezierPath::bezierPathWithRect(used);
-        box->color()->set();
-        if (box->type() == 1)
+        box.color->set();
+        if (box.form == TextBox::Form::outlined)
             path.stroke();
         else
             path.fill();
     }
 }
 
-std::vector<QzAnnoLayoutManager::LayerRun> QzAnnoLayoutManager::runsOfLayer(Range glyphRange, uint32_t number) const {
+std::vector<QzAnnoLayoutManager::StyledRun> QzAnnoLayoutManager::styledRuns(Range glyphRange) const {
     // Attributes belong to characters: a run holds the glyphs whose first character lies in it, so that a ligature
     // across two runs is drawn once.
     const Ref<NSTextStorage> storage = textStorage();
     const Range characters = characterRangeForGlyphRange(glyphRange);
     const uint64_t glyphsEnd = std::min<uint64_t>(glyphRange.end(), numberOfGlyphs());
-    std::vector<LayerRun> runs;
+    std::vector<StyledRun> runs;
     for (uint64_t glyph = glyphRange.location; glyph < glyphsEnd;) {
         Range run;
         const uint32_t character = characterIndexForGlyphAtIndex(static_cast<uint32_t>(glyph));
-        const TitleLayer layer = TitleLayer::numbered(number, *storage->attributesAtIndex(character, &run, characters));
+        std::vector<Layer> layers = layersOf(*storage->attributesAtIndex(character, &run, characters));
         const auto start = static_cast<uint32_t>(glyph);
         while (glyph < glyphsEnd && characterIndexForGlyphAtIndex(static_cast<uint32_t>(glyph)) < run.end()) ++glyph;
-        if (layer.isVisible()) runs.push_back({{start, static_cast<uint32_t>(glyph - start)}, layer});
+        runs.push_back({{start, static_cast<uint32_t>(glyph - start)}, std::move(layers)});
     }
     return runs;
 }
 
-void QzAnnoLayoutManager::drawLayer(Range glyphRange, uint32_t number, NSPoint origin) {
-    const std::vector<LayerRun> runs = runsOfLayer(glyphRange, number);
-    if (mergesLayers_) return drawMerged(runs, origin);
-    for (const LayerRun& run : runs) drawRun(run, origin);
+void QzAnnoLayoutManager::drawLayer(const std::vector<StyledRun>& runs, uint32_t number, NSPoint origin) {
+    std::vector<LayerRun> drawn;
+    for (const StyledRun& run : runs) {
+        if (run.layers.at(number - 1).isVisible()) drawn.push_back({run.glyphs, run.layers[number - 1]});
+    }
+    if (mergesLayers_) return drawMerged(drawn, origin);
+    for (const LayerRun& run : drawn) drawRun(run, origin);
 }
 
 void QzAnnoLayoutManager::drawMerged(const std::vector<LayerRun>& runs, NSPoint origin) {
@@ -199,9 +205,9 @@ void QzAnnoLayoutManager::drawRun(const LayerRun& run, NSPoint origin) {
         repeatGlyphs(run.glyphs, run.layer, origin);
 }
 
-void QzAnnoLayoutManager::strokeOutlines(Range glyphRange, const TitleLayer& layer, NSPoint origin) const {
+void QzAnnoLayoutManager::strokeOutlines(Range glyphRange, const Layer& layer, NSPoint origin) const {
     const Ref<NSGraphicsContext> context = NSGraphicsContext::currentContext();
-    const GlyphStroke stroke = strokeOf(layer.width);
+    const GlyphStroke stroke = strokeOf(static_cast<float>(layer.width));
     context->setColor(layer.color);
     // Every shown glyph of a cluster, not only the first: an accent wants its border as the letter below it does.
     const NSPoint displaced = {origin.x + layer.offset.x, origin.y + layer.offset.y};
@@ -234,11 +240,12 @@ GlyphStroke QzAnnoLayoutManager::strokeOf(float width) const {
     return stroke;
 }
 
-void QzAnnoLayoutManager::repeatGlyphs(Range glyphRange, const TitleLayer& layer, NSPoint origin) {
-    const float repeats = std::round(contextAntialiases() ? layer.width : layer.width * 0.5f);
+void QzAnnoLayoutManager::repeatGlyphs(Range glyphRange, const Layer& layer, NSPoint origin) {
+    const auto width = static_cast<float>(layer.width);
+    const float repeats = std::round(contextAntialiases() ? width : width * 0.5f);
     if (repeats > kRepeatsMax) {
         NSLog("A layer of width %@ is too wide without antialiasing; it is drawn %i wide\n",
-              {shortestDecimal(layer.width), 2 * kRepeatsMax});
+              {shortestDecimal(width), 2 * kRepeatsMax});
     }
     const auto n = static_cast<int32_t>(std::clamp<float>(repeats, -1, kRepeatsMax));  // below 0: no copy
     Range glyphs;

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <map>
 #include <optional>
@@ -12,7 +11,7 @@
 #include "QzAnno/platform/text/NSTextStorage.h"
 #include "QzAnno/render/QzAnnoStringToScreen.h"
 #include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
-#include "QzAnno_AnnotatedTextFramework/render/TitleLayer.h"
+#include "QzAnno_AnnotatedTextFramework/palette/TitleStyle.h"
 #include "platform/text/GlyphDrawing.h"
 #include "platform/text/TextCoverage.h"
 #include "platform/text/TextRules.h"
@@ -144,15 +143,15 @@ void addMissingTraits(std::vector<RenderReport::MissingTrait>& missing, const NS
     if (unmet.italic) add(*unmet.italic ? Trait::italic : Trait::upright);
 }
 
-/// How far a layer reaches beyond the glyphs beneath which it lies, in points; none when it is not drawn.
+/// How far ink reaches beyond the outlines of the glyphs, in points.
 struct Reach {
     float left, right, top, bottom;
 };
 
-std::optional<Reach> reachOfLayer(uint32_t number, const NSDictionary& attributes) {
-    const TitleLayer layer = TitleLayer::numbered(number, attributes);
+/// Empty for a layer that is not drawn.
+std::optional<Reach> reachOf(const Layer& layer) {
     if (!layer.isVisible()) return {};
-    const float half = std::max(layer.width, 0.0f) / 2;
+    const float half = std::max(static_cast<float>(layer.width), 0.0f) / 2;
     return Reach{half - layer.offset.x, half + layer.offset.x, half - layer.offset.y, half + layer.offset.y};
 }
 
@@ -161,17 +160,16 @@ struct DrawnRun {
     uint64_t end = 0;
     Ref<NSFont> font;
     float obliqueness = 0;
-    std::optional<Reach> layer1;
-    std::optional<Reach> layer2;
+    /// Of the glyphs, then of the layers beneath them.
+    std::vector<std::optional<Reach>> reaches;
 };
 
 DrawnRun drawnRunAt(const NSAttributedString& text, uint32_t character) {
     Range run;
-    const Ref<NSDictionary> attributes = text.attributesAtIndex(character, &run);
-    const auto obliqueness = numberFrom(attributes->objectForKey(*NSObliquenessAttributeName));
-    return {run.end(), attributes->objectForKey<NSFont>(*NSFontAttributeName),
-            obliqueness ? obliqueness->floatValue() : 0, reachOfLayer(TitleLayer::kFirst, *attributes),
-            reachOfLayer(TitleLayer::kSecond, *attributes)};
+    const TitleStyle style = titleStyleOf(*text.attributesAtIndex(character, &run));
+    DrawnRun drawn = {run.end(), style.font, static_cast<float>(style.slant), {Reach{}}};
+    for (const Layer& layer : style.layers) drawn.reaches.push_back(reachOf(layer));
+    return drawn;
 }
 
 /// Tells what of the glyphs lies beyond a picture.
@@ -188,9 +186,9 @@ public:
 
     /// Of letters, or of a rule under or through them.
     void addInk(const NSRect& ink, const DrawnRun& run, Range characters) {
-        const std::array<std::optional<Reach>, 3> reaches = reachesOf(run);
-        for (size_t i = 0; i < reaches.size(); ++i) {
-            if (!isCut(ink, reaches[i])) continue;
+        cut_.resize(run.reaches.size());
+        for (size_t i = 0; i < run.reaches.size(); ++i) {
+            if (!isCut(ink, run.reaches[i])) continue;
             cut_[i].push_back(characters);
             // A layer of letters that are cut tells nothing more.
             if (i == 0) break;
@@ -198,12 +196,12 @@ public:
     }
 
     void tell(std::vector<Clipping>& clipped) const {
-        constexpr std::array kParts = {Clipping::Part::glyphs, Clipping::Part::layer1, Clipping::Part::layer2};
-        for (size_t i = 0; i < kParts.size(); ++i) {
+        for (size_t i = 0; i < cut_.size(); ++i) {
             std::vector<Range> inOrder = cut_[i], ranges;
             std::ranges::sort(inOrder, {}, &Range::location);
             for (const Range range : inOrder) append(ranges, range);
-            for (const Range range : ranges) clipped.push_back({kParts[i], range});
+            const Clipping::Part part = i == 0 ? Clipping::Part::glyphs : Clipping::Part::layer;
+            for (const Range range : ranges) clipped.push_back({part, range, static_cast<uint32_t>(i)});
         }
     }
 
@@ -216,14 +214,10 @@ private:
                 {box.size.width + std::abs(slantAtTop - slantAtBottom), box.size.height}};
     }
 
-    static std::array<std::optional<Reach>, 3> reachesOf(const DrawnRun& run) {
-        return {Reach{}, run.layer1, run.layer2};
-    }
-
     bool isCut(const NSRect& ink, const std::optional<Reach>& reach) const { return reach && isBeyond(ink, *reach); }
 
     bool isAnyCut(const NSRect& ink, const DrawnRun& run) const {
-        return std::ranges::any_of(reachesOf(run), [&](const auto& reach) { return isCut(ink, reach); });
+        return std::ranges::any_of(run.reaches, [&](const auto& reach) { return isCut(ink, reach); });
     }
 
     bool isBeyond(const NSRect& ink, const Reach& reach) const {
@@ -233,7 +227,7 @@ private:
     }
 
     const NSSize picture_;
-    std::array<std::vector<Range>, 3> cut_;  // of the glyphs and the two layers
+    std::vector<std::vector<Range>> cut_;  // of the glyphs, then of the layers
 };
 
 bool showsNothing(std::u16string_view text) {

@@ -1,52 +1,18 @@
 #include "QzAnno/render/QzScreenTextContainer.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <optional>
 
-#include "QzAnno/palette/AttributeNames.h"
 #include "QzAnno/platform/foundation/Limits.h"
-#include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSLog.h"
-#include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/text/NSLayoutManager.h"
 #include "QzAnno/platform/text/NSTextView.h"
+#include "QzAnno_AnnotatedTextFramework/palette/TitleStyle.h"
 
 namespace qz {
 namespace {
 
 constexpr NSSize kStartSize = {640, 480};
-
-// Values of the vertical alignment attribute that move the text off the top of its box.
-constexpr int32_t kAlignedToCenter = 1;
-constexpr int32_t kAlignedToBottom = 2;
-
-/// Left, right, top, bottom.
-std::optional<std::array<double, 4>> marginsIn(const NSDictionary& attributes) {
-    const Ref<NSObject> value = attributes.objectForKey(*QzBoundingMarginsAttribute);
-    if (!value) return {};
-    std::array<double, 4> margins{};
-    const auto array = std::dynamic_pointer_cast<NSArray>(value);
-    for (size_t i = 0; i < margins.size(); ++i) {
-        const auto number = array ? numberFrom(array->objectAtIndex(i)) : nullptr;
-        if (!number || !std::isfinite(number->doubleValue())) {
-            NSLog("Margins need four numbers, not %@; they are ignored\n", {value});
-            return {};
-        }
-        margins[i] = number->doubleValue();
-    }
-    return margins;
-}
-
-std::optional<NSRect> boundingBoxIn(const NSDictionary& attributes) {
-    const Ref<NSObject> value = attributes.objectForKey(*QzBoundingBoxAttribute);
-    if (!value) return {};
-    const auto text = std::dynamic_pointer_cast<NSString>(value);
-    const std::optional<NSRect> box = text ? wellFormedRectFromString(*text) : std::nullopt;
-    if (!box) NSLog("A bounding box is written {{x, y}, {width, height}}, not %@; it is ignored\n", {value});
-    return box;
-}
 
 float bounded(double length) {
     return static_cast<float>(std::clamp<double>(length, -Limits::kLengthMax, Limits::kLengthMax));
@@ -153,20 +119,20 @@ Ref<NSDictionary> QzScreenTextContainer::frameAttributes() const {
     return storage->length() > 0 ? storage->attributesAtIndex(0) : NSDictionary::dictionary();
 }
 
-NSRect QzScreenTextContainer::boxFromAttributes(const NSDictionary& attributes) const {
-    if (const auto margins = marginsIn(attributes)) {
-        const auto [left, right, top, bottom] = *margins;
+NSRect QzScreenTextContainer::boxOf(const FrameStyle& style) const {
+    if (style.margins) {
+        const auto [left, right, top, bottom] = *style.margins;
         return {{bounded(left), bounded(top)},
                 {bounded(screensize_.width - (left + right)), bounded(screensize_.height - (top + bottom))}};
     }
-    if (const auto box = boundingBoxIn(attributes)) {
+    if (const auto& box = style.area) {
         return {{bounded(box->origin.x * screensize_.width), bounded(box->origin.y * screensize_.height)},
                 {bounded(box->size.width * screensize_.width), bounded(box->size.height * screensize_.height)}};
     }
     return {{0, 0}, screensize_};
 }
 
-NSRect QzScreenTextContainer::placedUsedRect() const {
+NSRect QzScreenTextContainer::placedUsedRect(const FrameStyle& style) const {
     const Ref<NSLayoutManager> manager = layoutManager();
     if (!manager) return {textBox_.origin, {}};
     manager->glyphRangeForTextContainer(*this);
@@ -180,8 +146,8 @@ NSRect QzScreenTextContainer::placedUsedRect() const {
     used = {{std::floor(used.origin.x), std::floor(used.origin.y)},
             {std::ceil(used.size.width), std::ceil(used.size.height)}};
     const float free = textBox_.size.height - used.size.height;
-    if (verticalAlignment_ == kAlignedToCenter) used.origin.y += free * 0.5f;
-    if (verticalAlignment_ == kAlignedToBottom) used.origin.y += free;
+    if (style.vertical == VerticalAlignment::middle) used.origin.y += free * 0.5f;
+    if (style.vertical == VerticalAlignment::bottom) used.origin.y += free;
     return fullscreenMode_ ? used : NSOffsetRect(used, textBox_.origin.x, textBox_.origin.y);
 }
 
@@ -206,11 +172,10 @@ void QzScreenTextContainer::updateFromString() {
     setHeightTracksTextView(false);
     setWidthTracksTextView(false);
     try {
-        const auto alignment = numberFrom(attributes->objectForKey(*QzVerticalAlignmentAttribute));
-        verticalAlignment_ = alignment ? alignment->intValue() : 0;
-        setTextBox(boxFromAttributes(*attributes));
+        const FrameStyle style = frameStyleOf(*attributes);
+        setTextBox(boxOf(style));
         announceChangedGeometry();
-        setTextBox(placedUsedRect());
+        setTextBox(placedUsedRect(style));
         trackAgain();
         announceChangedGeometry();
         if (const Ref<NSTextView> view = textView()) view->display();

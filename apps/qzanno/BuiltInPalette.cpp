@@ -1,9 +1,9 @@
 #include "QzAnno/palette/AttributeNames.h"
-#include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/graphics/NSColor.h"
 #include "QzAnno/platform/text/NSAttributedString.h"
 #include "QzAnno/platform/text/NSParagraphStyle.h"
+#include "QzAnno_AnnotatedTextFramework/palette/TitleStyle.h"
 #include "apps/qzanno/PaletteFile.h"
 
 namespace qz::tool {
@@ -11,8 +11,7 @@ namespace {
 
 // Points on a screen of 1920 x 1080, the text inside the title-safe area.
 constexpr float kFontSize = 60;
-constexpr float kSideMargin = 96;
-constexpr float kTopMargin = 54;
+constexpr Margins kMargins = {96, 96, 54, 54};
 
 Ref<NSNumber> number(float value) {
     return NSNumber::numberWithFloat(value);
@@ -25,8 +24,7 @@ void giveGlobalLooks(QzMutableAnno& anno) {
     anno.setAttribute(QzHorizontalAlignmentAttribute,
                       NSNumber::numberWithInt(static_cast<int32_t>(NSTextAlignment::center)));
     anno.setAttribute(QzVerticalAlignmentAttribute, NSNumber::numberWithInt(2));
-    anno.setAttribute(QzBoundingMarginsAttribute, NSArray::arrayWithObjects({number(kSideMargin), number(kSideMargin),
-                                                                             number(kTopMargin), number(kTopMargin)}));
+    anno.setAttribute(QzBoundingMarginsAttribute, kMargins.stored());
     anno.setAttribute(QzBackgroundColorAttribute, NSColor::blackColor());
     anno.setAttribute(QzBackgroundWidthAttribute, number(8));
     anno.setAttribute(QzBackground2ColorAttribute, NSColor::colorWithCalibratedRed(0, 0, 0, 0.5f));

@@ -68,26 +68,24 @@ nlohmann::ordered_json json(const std::vector<RenderReport::MissingTrait>& missi
 nlohmann::ordered_json json(const std::vector<RenderReport::Clipping>& clipped) {
     auto list = nlohmann::ordered_json::array();
     for (const RenderReport::Clipping& clipping : clipped) {
-        list.push_back({{"part", nameOfPart(clipping.part)}, {"range", json(clipping.characters)}});
+        list.push_back({{"part", nameOfPart(clipping)}, {"range", json(clipping.characters)}});
     }
     return list;
 }
 
 }  // namespace
 
-const char* nameOfPart(RenderReport::Clipping::Part part) {
+std::string nameOfPart(const RenderReport::Clipping& clipping) {
     using Part = RenderReport::Clipping::Part;
-    switch (part) {
+    switch (clipping.part) {
         case Part::text:
             return "text";
         case Part::glyphs:
             return "glyphs";
-        case Part::layer1:
-            return "layer 1";
-        case Part::layer2:
+        case Part::layer:
             break;
     }
-    return "layer 2";
+    return "layer " + std::to_string(clipping.layer);
 }
 
 const char* nameOfTrait(RenderReport::MissingTrait::Trait trait) {

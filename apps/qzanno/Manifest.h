@@ -41,8 +41,8 @@ struct PictureEntry {
     RenderReport report;
 };
 
-/// "text", "glyphs", "layer 1" or "layer 2".
-const char* nameOfPart(RenderReport::Clipping::Part part);
+/// "text", "glyphs" or "layer 1" and so on.
+std::string nameOfPart(const RenderReport::Clipping& clipping);
 /// As reports and manifests name it.
 const char* nameOfTrait(RenderReport::MissingTrait::Trait trait);
 

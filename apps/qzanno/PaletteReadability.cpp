@@ -3,14 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <initializer_list>
+#include <ranges>
 
-#include "QzAnno/palette/AttributeNames.h"
-#include "QzAnno/palette/QzBBoxInfo.h"
-#include "QzAnno/platform/foundation/NSArray.h"
-#include "QzAnno/platform/foundation/NSNumber.h"
-#include "QzAnno/platform/graphics/NSColor.h"
-#include "QzAnno/platform/text/NSFont.h"
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeVocabulary.h"
+#include "QzAnno_AnnotatedTextFramework/palette/TitleStyle.h"
 
 namespace qz::tool {
 namespace {
@@ -22,11 +18,6 @@ constexpr double kContrastOfLargeMin = 3;
 constexpr double kLargeShare = 0.0277;
 constexpr double kLineShareMin = 0.8 / 15 / 2;
 constexpr double kMarginShareMin = 0.05;
-
-double number(const NSDictionary& attributes, const Ref<NSString>& name) {
-    const auto value = numberFrom(attributes.objectForKey(*name));
-    return value ? value->doubleValue() : 0;
-}
 
 /// "4.52", "29"
 std::string shown(double value, int digits) {
@@ -49,22 +40,14 @@ struct Paint {
 };
 
 /// What shows on every side of the letters, from the lowest; without what is only a shadow.
-std::vector<Ref<NSColor>> surroundings(const NSDictionary& attributes) {
+std::vector<Ref<NSColor>> surroundings(const TextBox& box, const std::vector<Layer>& layers) {
     std::vector<Ref<NSColor>> colors;
-    const auto box = attributes.objectForKey<QzBBoxInfo>(*QzTextBoundingBoxAppearanceAttribute);
-    if (box && box->type() > 1) colors.push_back(box->color());
-    const auto addLayer = [&](const Ref<NSString>& colorName, const Ref<NSString>& widthName,
-                              const Ref<NSString>& offsetName) {
-        const auto color = attributes.objectForKey<NSColor>(*colorName);
-        const auto text = attributes.objectForKey<NSString>(*offsetName);
-        const NSPoint offset = text ? NSPointFromString(*text) : NSPoint{};
-        const double shift = std::max(std::abs(offset.x), std::abs(offset.y));
+    if (box.form == TextBox::Form::filled && box.isVisible()) colors.push_back(box.color);
+    for (const Layer& layer : std::views::reverse(layers)) {
+        const double shift = std::max(std::abs(layer.offset.x), std::abs(layer.offset.y));
         // What is thinner than a point is lost in the picture.
-        if (color && number(attributes, widthName) / 2 - shift >= 1) colors.push_back(color);
-    };
-    addLayer(QzBackground2ColorAttribute, QzBackground2WidthAttribute, QzBackground2OffsetAttribute);
-    addLayer(QzBackgroundColorAttribute, QzBackgroundWidthAttribute, QzBackgroundOffsetAttribute);
-    std::erase_if(colors, [](const Ref<NSColor>& color) { return color->alphaComponent() == 0; });
+        if (layer.isVisible() && layer.width / 2 - shift >= 1) colors.push_back(layer.color);
+    }
     return colors;
 }
 
@@ -90,26 +73,22 @@ public:
 
     void read(const QzAnno& anno, bool isGlobal) {
         name_ = anno.name()->utf8();
-        const NSDictionary& own = *anno.allAttributes();
-        const auto changes = [&](std::initializer_list<Ref<NSString>> names) {
-            return isGlobal || std::ranges::any_of(names, [&](const Ref<NSString>& name) {
-                       return own.objectForKey(*name) != nullptr;
-                   });
-        };
         const Ref<NSSet> set = isGlobal ? NSSet::set() : NSSet::setWithObject(anno.annokey());
         const Ref<NSDictionary> complete = palette_.assembleCompleteAttributes(palette_.attributesForSet(set));
-        attributes_ = complete;
-        font_ = attributes_->objectForKey<NSFont>(*NSFontAttributeName);
-        const bool changesFont =
-            changes({QzFontAttribute, QzFontNameAttribute, QzFontStyleAttribute, QzFontSizeAttribute});
-        const bool changesPlace = changes({QzBoundingMarginsAttribute, QzBoundingBoxAttribute});
-        if (changesFont ||
-            changes({QzTextColorAttribute, QzTextBoundingBoxAppearanceAttribute, QzBackgroundColorAttribute,
-                     QzBackgroundWidthAttribute, QzBackgroundOffsetAttribute, QzBackground2ColorAttribute,
-                     QzBackground2WidthAttribute, QzBackground2OffsetAttribute}))
-            checkContrast();
+        style_ = titleStyleOf(*complete);
+        frame_ = frameStyleOf(*complete);
+        margins_ = frame_.marginsOn(screen_);
+
+        bool changesFont = isGlobal, changesInk = isGlobal, changesPlace = isGlobal;
+        for (const Attribute& attribute : attributeVocabulary()) {
+            using enum Attribute::Kind;
+            if (!anno.attribute(*attribute.name)) continue;
+            changesFont |= attribute.group == Attribute::Group::font && attribute.kind != flag;
+            changesInk |= attribute.layer > 0 || attribute.kind == color || attribute.kind == box;
+            changesPlace |= attribute.kind == margins || attribute.kind == rectangle;
+        }
+        if (changesFont || changesInk) checkContrast();
         if (changesFont) checkSize();
-        readMargins();
         if (changesPlace) checkMargins();
         if (changesPlace || changesFont) checkRoom(isGlobal ? 2 : 1);
     }
@@ -119,21 +98,19 @@ public:
 private:
     void warn(std::string message) { warnings_.push_back({name_, std::move(message)}); }
 
-    double lineHeight() const { return double{font_->ascender()} - double{font_->descender()}; }
+    double lineHeight() const { return double{style_.font->ascender()} - double{style_.font->descender()}; }
 
     void checkContrast() {
-        auto color = attributes_->objectForKey<NSColor>(*QzTextColorAttribute);
-        if (!color) color = NSColor::blackColor();
-        const bool isLarge = double{font_->pointSize()} >= kLargeShare * double{screen_.height};
+        const bool isLarge = double{style_.font->pointSize()} >= kLargeShare * double{screen_.height};
         const double least = isLarge ? kContrastOfLargeMin : kContrastMin;
         const std::string bound =
             shown(least, 1) + ":1 is the least for " + (isLarge ? "large text" : "text of this size");
-        const std::vector<Ref<NSColor>> around = surroundings(*attributes_);
+        const std::vector<Ref<NSColor>> around = surroundings(frame_.box, style_.layers);
         if (around.empty()) {
             return warn("nothing surrounds the letters, so that some pictures hide them (contrast 1:1; " + bound +
                         "); give them an outline or a filled box");
         }
-        const double contrast = worstContrast(*color, around);
+        const double contrast = worstContrast(*style_.color, around);
         if (contrast >= least) return;
         // Rounded down, so that what is too little does not look enough.
         warn("the letters' contrast with their outline or box may be as low as " +
@@ -147,24 +124,7 @@ private:
         warn("a line is " + shown(lineHeight(), 0) + " points high, " +
              shown(100 * lineHeight() / double{screen_.height}, 1) + " % of the screen; " +
              shown(100 * kLineShareMin, 1) + " % is the least that viewers can read; take a font size of at least " +
-             shown(std::ceil(double{font_->pointSize()} * least / lineHeight()), 0));
-    }
-
-    void readMargins() {
-        for (double& margin : margins_) margin = 0;
-        const auto margins = attributes_->objectForKey<NSArray>(*QzBoundingMarginsAttribute);
-        const auto text = attributes_->objectForKey<NSString>(*QzBoundingBoxAttribute);
-        if (margins && margins->count() >= 4) {
-            for (size_t i = 0; i < 4; ++i) {
-                const auto margin = numberFrom(margins->objectAtIndex(i));
-                if (margin) margins_[i] = margin->doubleValue();
-            }
-        } else if (const auto box = text ? wellFormedRectFromString(*text) : std::nullopt) {
-            margins_[0] = double{box->origin.x} * double{screen_.width};
-            margins_[1] = (1 - double{box->maxX()}) * double{screen_.width};
-            margins_[2] = double{box->origin.y} * double{screen_.height};
-            margins_[3] = (1 - double{box->maxY()}) * double{screen_.height};
-        }
+             shown(std::ceil(double{style_.font->pointSize()} * least / lineHeight()), 0));
     }
 
     void checkMargins() {
@@ -173,9 +133,10 @@ private:
         for (size_t i = 0; i < 4; ++i) {
             const double least = kMarginShareMin * double{i < 2 ? screen_.width : screen_.height};
             // Fractions of the screen are not exact.
-            if (margins_[i] > least - 0.5) continue;
-            list += std::string(list.empty() ? "" : ", ") + sides[i] + " " + shown(margins_[i], 0) + " of " +
-                    shown(least, 0);
+            const double margin = margins_.sides()[i];
+            if (margin > least - 0.5) continue;
+            list +=
+                std::string(list.empty() ? "" : ", ") + sides[i] + " " + shown(margin, 0) + " of " + shown(least, 0);
         }
         if (list.empty()) return;
         warn("text may leave the safe title area, 5 % from each edge of the screen (" + list +
@@ -183,7 +144,7 @@ private:
     }
 
     void checkRoom(int lines) {
-        const double room = double{screen_.height} - margins_[2] - margins_[3];
+        const double room = double{screen_.height} - margins_.top - margins_.bottom;
         if (room >= lines * lineHeight()) return;
         warn("there are " + shown(std::max(0.0, room), 0) + " points between the top and the bottom margin, and " +
              (lines == 1 ? "a line needs " : "two lines need ") + shown(lines * lineHeight(), 0) +
@@ -195,10 +156,9 @@ private:
     std::vector<ReadabilityWarning> warnings_;
     // Of the annotation that is being read.
     std::string name_;
-    Ref<NSDictionary> attributes_;
-    Ref<NSFont> font_;
-    // Left, right, top, bottom.
-    double margins_[4] = {};
+    TitleStyle style_;
+    FrameStyle frame_;
+    Margins margins_;
 };
 
 }  // namespace

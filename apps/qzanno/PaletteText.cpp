@@ -8,6 +8,7 @@
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/text/NSAttributedString.h"
 #include "QzAnno/platform/text/NSFont.h"
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeVocabulary.h"
 #include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
 #include "platform/graphics/StraightColor.h"
 
@@ -39,103 +40,106 @@ std::string colorText(const NSColor& color) {
     return text;
 }
 
-std::string labelled(const char* label, const Ref<NSObject>& value) {
-    return value ? std::string(label) + " " + value->description() : std::string();
-}
-
-/// The word of a flag, with a "not" where it is off; empty where it is not set.
-std::string flagText(const char* word, const NSDictionary& attributes, const NSString& name) {
-    const auto flag = numberFrom(attributes.objectForKey(name));
-    return !flag ? std::string() : flag->boolValue() ? word : std::string("not ") + word;
-}
-
-std::string layerText(const char* label, const NSDictionary& attributes, const NSString& width, const NSString& offset,
-                      const NSString& color) {
-    const auto value = attributes.objectForKey<NSColor>(color);
-    if (!value) return {};
-    if (value->alphaComponent() == 0) return std::string("no ") + label;
+/// The layer whose colour the attribute is.
+std::string layerText(const Attribute& attribute, const NSDictionary& attributes) {
+    const std::string label = "layer " + std::to_string(attribute.layer);
+    const auto color = attributes.objectForKey<NSColor>(*attribute.name);
+    if (!color) return {};
+    if (color->alphaComponent() == 0) return "no " + label;
+    const LayerAttributes& names = layerAttributes().at(attribute.layer - 1);
     Parts parts(" ");
     parts.add(label);
-    if (const Ref<NSObject> points = attributes.objectForKey(width)) parts.add(points->description());
-    if (const Ref<NSObject> place = attributes.objectForKey(offset)) parts.add(place->description());
-    parts.add(colorText(*value));
+    for (const Ref<NSString>& name : {names.width, names.offset}) {
+        if (const Ref<NSObject> value = attributes.objectForKey(*name)) parts.add(value->description());
+    }
+    parts.add(colorText(*color));
     return parts.text();
 }
 
-/// The word of an enumeration value; the number itself outside the enumeration.
-template <size_t N>
-std::string wordFor(const Ref<NSObject>& value, const char* const (&words)[N]) {
+std::string boxText(const QzBBoxInfo& box) {
+    if (box.type() <= 0) return "no box";
+    return (box.type() == 1 ? "outlined box " : "filled box ") + colorText(*box.color());
+}
+
+std::string choiceText(const Attribute& attribute, const NSNumber& number) {
+    const auto index = static_cast<size_t>(number.intValue());  // a negative one becomes too large
+    return index < attribute.choices.size() ? attribute.choices[index] : number.description();
+}
+
+/// Empty for a value of the wrong kind.
+std::string valueText(const Attribute& attribute, const Ref<NSObject>& value) {
+    using Kind = Attribute::Kind;
     const auto number = numberFrom(value);
-    if (!number) return {};
-    const int32_t index = number->intValue();
-    return index >= 0 && index < static_cast<int32_t>(N) ? words[index] : number->description();
+    switch (attribute.kind) {
+        case Kind::flag:
+            return number ? (number->boolValue() ? "" : "not ") + std::string(attribute.word) : "";
+        case Kind::choice:
+            return number ? choiceText(attribute, *number) : "";
+        case Kind::color: {
+            const auto color = std::dynamic_pointer_cast<NSColor>(value);
+            return color ? colorText(*color) : "";
+        }
+        case Kind::box: {
+            const auto box = std::dynamic_pointer_cast<QzBBoxInfo>(value);
+            return box ? boxText(*box) : "";
+        }
+        case Kind::margins: {
+            Parts parts(" ");
+            if (const auto array = std::dynamic_pointer_cast<NSArray>(value)) {
+                parts.add(attribute.word);
+                for (const Ref<NSObject>& margin : array->elements()) parts.add(margin->description());
+            }
+            return parts.text();
+        }
+        default: {
+            Parts parts(" ");
+            parts.add(attribute.word);
+            parts.add(value->description());
+            return parts.text();
+        }
+    }
 }
 
-std::string marginsText(const NSDictionary& attributes) {
-    const auto margins = attributes.objectForKey<NSArray>(*QzBoundingMarginsAttribute);
-    if (!margins) return {};
-    Parts parts(" ");
-    parts.add("margins");
-    for (const Ref<NSObject>& margin : margins->elements()) parts.add(margin->description());
+std::string textOf(Attribute::Group group, const NSDictionary& attributes, const char* separator) {
+    Parts parts(separator);
+    for (const Attribute& attribute : attributeVocabulary()) {
+        if (attribute.group != group) continue;
+        if (attribute.layer > 0) {
+            if (attribute.kind == Attribute::Kind::color) parts.add(layerText(attribute, attributes));
+        } else if (attribute.kind != Attribute::Kind::string) {
+            if (const Ref<NSObject> value = attributes.objectForKey(*attribute.name))
+                parts.add(valueText(attribute, value));
+        }
+    }
     return parts.text();
 }
 
-std::string boxText(const NSDictionary& attributes) {
-    const auto box = attributes.objectForKey<QzBBoxInfo>(*QzTextBoundingBoxAppearanceAttribute);
-    if (!box) return {};
-    if (box->type() <= 0) return "no box";
-    return (box->type() == 1 ? "outlined box " : "filled box ") + colorText(*box->color());
+/// Of the strings that name a font.
+std::string fontNameText(const NSDictionary& attributes) {
+    const Ref<NSString> name = fontNameAskedFor(attributes);
+    if (name) return name->utf8() + (NSFont::fontWithName(*name, 0) ? "" : " (missing)");
+    const auto style = attributes.objectForKey<NSString>(*QzFontStyleAttribute);
+    return style ? "style " + style->utf8() : "";
 }
 
 }  // namespace
 
 std::string fontText(const NSDictionary& attributes) {
     Parts parts(" ");
-    Ref<NSString> name = attributes.objectForKey<NSString>(*QzFontAttribute);
-    if (!name) {
-        const auto family = attributes.objectForKey<NSString>(*QzFontNameAttribute);
-        const auto style = attributes.objectForKey<NSString>(*QzFontStyleAttribute);
-        if (family)
-            name = fontnameWithName(family, style);
-        else if (style)
-            parts.add("style " + style->utf8());
-    }
-    if (name) {
-        parts.add(name->utf8());
-        if (!NSFont::fontWithName(*name, 0)) parts.add("(missing)");
-    }
-    parts.add(flagText("bold", attributes, *QzBoldAttribute));
-    parts.add(flagText("italic", attributes, *QzItalicAttribute));
-    if (const Ref<NSObject> size = attributes.objectForKey(*QzFontSizeAttribute)) parts.add(size->description());
+    parts.add(fontNameText(attributes));
+    parts.add(textOf(Attribute::Group::font, attributes, " "));
     return parts.text();
 }
 
 std::string styleText(const NSDictionary& attributes) {
     Parts parts("; ");
-    if (const auto color = attributes.objectForKey<NSColor>(*QzTextColorAttribute)) parts.add(colorText(*color));
-    parts.add(flagText("underlined", attributes, *QzUnderlineAttribute));
-    parts.add(flagText("struck through", attributes, *QzStrikeThroughAttribute));
-    parts.add(labelled("kern", attributes.objectForKey(*NSKernAttributeName)));
-    parts.add(labelled("slant", attributes.objectForKey(*NSObliquenessAttributeName)));
-    parts.add(labelled("raised", attributes.objectForKey(*NSBaselineOffsetAttributeName)));
-    parts.add(labelled("leading", attributes.objectForKey(*QzLeadingAttribute)));
-    parts.add(layerText("layer 1", attributes, *QzBackgroundWidthAttribute, *QzBackgroundOffsetAttribute,
-                        *QzBackgroundColorAttribute));
-    parts.add(layerText("layer 2", attributes, *QzBackground2WidthAttribute, *QzBackground2OffsetAttribute,
-                        *QzBackground2ColorAttribute));
+    parts.add(textOf(Attribute::Group::letters, attributes, "; "));
+    parts.add(textOf(Attribute::Group::layer, attributes, "; "));
     return parts.text();
 }
 
 std::string frameText(const NSDictionary& attributes) {
-    static constexpr const char* horizontal[] = {"left", "right", "centred", "justified", "natural"};
-    static constexpr const char* vertical[] = {"top", "middle", "bottom"};
-    Parts parts("; ");
-    parts.add(wordFor(attributes.objectForKey(*QzVerticalAlignmentAttribute), vertical));
-    parts.add(wordFor(attributes.objectForKey(*QzHorizontalAlignmentAttribute), horizontal));
-    parts.add(marginsText(attributes));
-    parts.add(labelled("area", attributes.objectForKey(*QzBoundingBoxAttribute)));
-    parts.add(boxText(attributes));
-    return parts.text();
+    return textOf(Attribute::Group::place, attributes, "; ");
 }
 
 }  // namespace qz::tool

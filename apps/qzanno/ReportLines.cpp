@@ -90,7 +90,7 @@ void ReportLines::tellClipping(const std::string& where, const std::u16string& t
     else if (clipping.part == Part::glyphs)
         what = "the picture's edge cuts " + text;
     else
-        what = "the picture's edge cuts " + std::string(nameOfPart(clipping.part)) + " of " + text;
+        what = "the picture's edge cuts " + nameOfPart(clipping) + " of " + text;
     if (isStrict_)
         diagnostics_.error(where, what + ", and --strict forbids that; not rendered");
     else if (clipping.part == Part::text || clipping.part == Part::glyphs)

@@ -1,23 +1,25 @@
 #include "bindings/c/Report.h"
 
+#include <algorithm>
+#include <array>
+
 #include "bindings/c/Calls.h"
 
 namespace qz::c {
 namespace {
 
-qzanno_report_kind kindOf(RenderReport::Clipping::Part part) {
+qzanno_report_kind kindOf(const RenderReport::Clipping& clipping) {
     using Part = RenderReport::Clipping::Part;
-    switch (part) {
+    switch (clipping.part) {
         case Part::text:
             return QZANNO_REPORT_TEXT_CLIPPED;
         case Part::glyphs:
             return QZANNO_REPORT_GLYPHS_CLIPPED;
-        case Part::layer1:
-            return QZANNO_REPORT_LAYER1_CLIPPED;
-        case Part::layer2:
+        case Part::layer:
             break;
     }
-    return QZANNO_REPORT_LAYER2_CLIPPED;
+    constexpr std::array kLayers = {QZANNO_REPORT_LAYER1_CLIPPED, QZANNO_REPORT_LAYER2_CLIPPED};
+    return kLayers[std::min<size_t>(clipping.layer, kLayers.size()) - 1];
 }
 
 qzanno_report_kind kindOf(RenderReport::MissingTrait::Trait trait) {
@@ -53,7 +55,7 @@ std::unique_ptr<qzanno_report> newReport(const RenderReport& report, const TextP
     for (const auto& missing : report.missingTraits) {
         for (const Range range : missing.ranges) add(kindOf(missing.trait), range, "", missing.font);
     }
-    for (const auto& clipping : report.clipped) add(kindOf(clipping.part), clipping.characters, "", "");
+    for (const auto& clipping : report.clipped) add(kindOf(clipping), clipping.characters, "", "");
     return made;
 }
 

@@ -181,8 +181,8 @@ typedef struct qzanno_caption_problem {
     const char* message;  ///< one line, without the file's name and the line's number
 } qzanno_caption_problem;
 
-/// By the ending of its name, .srt, .vtt, .ass or .ssa, with both looks. What neither the palette nor the file defines is
-/// a problem and adds nothing.
+/// By the ending of its name, .srt, .vtt, .ass or .ssa, with both looks. What neither the palette nor the file defines
+/// is a problem and adds nothing.
 QZANNO_API qzanno_result qzanno_captions_load(const char* path, const qzanno_palette* palette, qzanno_captions** out);
 /// The same of a file in memory.
 QZANNO_API qzanno_result qzanno_captions_load_memory(const void* bytes, size_t size, qzanno_caption_format format,
@@ -304,13 +304,13 @@ typedef struct qzanno_report qzanno_report;
 
 /// What there is to report.
 typedef enum qzanno_report_kind {
-    QZANNO_REPORT_FONT_MISSING = 1,      ///< another font shows the text, since the one asked for is not there
-    QZANNO_REPORT_FONT_SUBSTITUTED = 2,  ///< another font shows characters that the one asked for lacks
-    QZANNO_REPORT_GLYPH_MISSING = 3,     ///< no font has the character: an empty box, or nothing, is shown
-    QZANNO_REPORT_TEXT_CLIPPED = 4,      ///< the text's box has no room for it
-    QZANNO_REPORT_GLYPHS_CLIPPED = 5,    ///< letters reach beyond the picture
-    QZANNO_REPORT_LAYER1_CLIPPED = 6,    ///< the layers beneath the letters do, and the letters do not
-    QZANNO_REPORT_LAYER2_CLIPPED = 7,
+    QZANNO_REPORT_FONT_MISSING = 1,        ///< another font shows the text, since the one asked for is not there
+    QZANNO_REPORT_FONT_SUBSTITUTED = 2,    ///< another font shows characters that the one asked for lacks
+    QZANNO_REPORT_GLYPH_MISSING = 3,       ///< no font has the character: an empty box, or nothing, is shown
+    QZANNO_REPORT_TEXT_CLIPPED = 4,        ///< the text's box has no room for it
+    QZANNO_REPORT_GLYPHS_CLIPPED = 5,      ///< letters reach beyond the picture
+    QZANNO_REPORT_LAYER1_CLIPPED = 6,      ///< the layer beneath the letters does, and the letters do not
+    QZANNO_REPORT_LAYER2_CLIPPED = 7,      ///< likewise the second layer, or one beneath that
     QZANNO_REPORT_BOLD_SYNTHESISED = 8,    ///< the font has no bold face; its outlines are emboldened
     QZANNO_REPORT_ITALIC_SYNTHESISED = 9,  ///< the font has no italic face; its outlines are slanted
     QZANNO_REPORT_REGULAR_MISSING = 10,    ///< text that should not be bold is, since the font has no other face

@@ -200,7 +200,7 @@ TEST_F(RenderReportTest, TellsOfLayersThatTheEdgeOfTheBoxCuts) {
                               {static_cast<float>(ink.width()), static_cast<float>(ink.height())}};
         const bool isInside = NSEqualRects(NSIntersectionRect(whole, place), whole);
         EXPECT_EQ(report.isEmpty(), isInside) << width << " wide at " << offset;
-        for (const auto& clipping : report.clipped) EXPECT_EQ(clipping.part, Part::layer2);
+        for (const auto& clipping : report.clipped) EXPECT_EQ(clipping.layer, 2u);
         cut += !report.isEmpty();
     }
     EXPECT_GT(cut, 4) << "both must come up";

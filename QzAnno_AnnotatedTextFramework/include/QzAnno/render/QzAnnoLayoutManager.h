@@ -6,7 +6,7 @@ namespace qz {
 
 struct GlyphStroke;
 
-struct TitleLayer;
+struct Layer;
 
 /// Lays text out as its base does, and draws more than glyphs: from the bottom a bounding box, layer 2, layer 1, the
 /// glyphs.
@@ -55,16 +55,19 @@ private:
 
     QzAnnoLayoutManager() = default;
 
+    struct StyledRun;
     struct LayerRun;
 
+    /// The layers from one down to another, both counted from 1 at the top; with the lowest, the bounding box too.
+    void drawBeneath(Range glyphRange, uint32_t fromLayer, uint32_t toLayer, NSPoint origin);
     void waitForBackgroundLayout(Range glyphRange) const;
     void drawBoundingBoxes(Range glyphRange, NSPoint origin) const;
-    std::vector<LayerRun> runsOfLayer(Range glyphRange, uint32_t number) const;
-    void drawLayer(Range glyphRange, uint32_t number, NSPoint origin);
+    std::vector<StyledRun> styledRuns(Range glyphRange) const;
+    void drawLayer(const std::vector<StyledRun>& runs, uint32_t number, NSPoint origin);
     void drawMerged(const std::vector<LayerRun>& runs, NSPoint origin);
     void drawRun(const LayerRun& run, NSPoint origin);
-    void strokeOutlines(Range glyphRange, const TitleLayer& layer, NSPoint origin) const;
-    void repeatGlyphs(Range glyphRange, const TitleLayer& layer, NSPoint origin);
+    void strokeOutlines(Range glyphRange, const Layer& layer, NSPoint origin) const;
+    void repeatGlyphs(Range glyphRange, const Layer& layer, NSPoint origin);
     GlyphStroke strokeOf(float width) const;
 
     AntialiasingMode antialiasingMode_ = asContext;

@@ -6,6 +6,8 @@
 
 namespace qz {
 
+struct FrameStyle;
+
 /// A text container for a screen, in which text keeps to a text box. Screen points, origin at the top left, y growing
 /// downward.
 ///
@@ -66,16 +68,14 @@ private:
 
     /// Of the first character, or what a text view would type with; none when there is nothing to ask.
     Ref<NSDictionary> frameAttributes() const;
-    NSRect boxFromAttributes(const NSDictionary& attributes) const;
+    NSRect boxOf(const FrameStyle& style) const;
     /// The used rectangle in screen coordinates, rounded outward and moved down in the box as the alignment asks.
-    NSRect placedUsedRect() const;
+    NSRect placedUsedRect(const FrameStyle& style) const;
     void announceChangedGeometry();
 
     NSRect textBox_;
     NSSize screensize_;
     bool fullscreenMode_ = true;
-    // 1 centre, 2 bottom; any other number places the text at the top.
-    int32_t verticalAlignment_ = 0;
     bool updating_ = false;
 };
 

@@ -48,11 +48,11 @@ struct RenderReport {
         enum class Part {
             text,    ///< the text box has no room for it
             glyphs,  ///< its letters reach beyond the picture
-            layer1,  ///< their layers do, and the letters do not
-            layer2,
+            layer,   ///< a layer of theirs does, and the letters do not
         };
-        Part part;         ///< of `characters`
-        Range characters;  ///< touches no other of the same part
+        Part part;           ///< of `characters`
+        Range characters;    ///< touches no other of the same part and layer
+        uint32_t layer = 0;  ///< which one, from 1, the uppermost; 0 for other parts
     };
 
     std::vector<Substitution> substitutions;  ///< one for each pair of fonts
