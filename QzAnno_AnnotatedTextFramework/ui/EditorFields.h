@@ -1,44 +1,42 @@
 #pragma once
 
-#include <array>
 #include <string>
 #include <vector>
 
-#include "QzAnno/platform/foundation/NSString.h"
+#include "QzAnno/platform/foundation/NSGeometry.h"
+#include "QzAnno_AnnotatedTextFramework/palette/AttributeVocabulary.h"
 
 namespace qz {
 
-class QzAnno;
+/// An attribute as the annotation editor shows it: a flag that says whether the annotation sets it, and the fields that
+/// hold its value. All are named; the names are those of the editor's properties and of the interface file's controls.
+struct EditedAttribute {
+    const Attribute* attribute;
+    std::string flag;
+    std::vector<std::string> fields;
+};
 
-/// The kind of value that a field of the annotation editor holds; a choice is on or off.
-enum class EditorFieldKind { flag, text, real, code, color, choice };
+/// Those of the vocabulary that have fields, in its order.
+const std::vector<EditedAttribute>& editedAttributes();
 
-/// The kind of a field; none of that name is a bug.
-EditorFieldKind kindOfEditorField(const std::string& name);
-/// What the field holds while the annotation says nothing about it.
+/// The names that have been announced in a fixed order since the first editor, and those that have been added since;
+/// flags before fields in both.
+///@{
+const std::vector<std::string>& fixedEditorNames();
+const std::vector<std::string>& addedEditorNames();
+///@}
+
+// `name` is one of those; another is a bug.
+
+/// What a flag or field holds while the annotation says nothing about it.
 Ref<NSObject> defaultOfEditorField(const std::string& name);
 /// The value in the field's kind; the default for what does not fit it.
 Ref<NSObject> valueForEditorField(const std::string& name, const Ref<NSObject>& value);
 
-/// A field whose value is an attribute's value.
-struct PlainEditorField {
-    const char* flag;
-    const char* field;
-    Ref<NSString> attribute;
-};
-const std::vector<PlainEditorField>& plainEditorFields();
-
-/// The fields of `QzBoundingMarginsAttribute`, in the order of its numbers.
-inline constexpr std::array kBoundingMarginsFields = {"boundingmarginsl", "boundingmarginsr", "boundingmarginst",
-                                                      "boundingmarginsb"};
-
-/// Two fields whose values are one attribute, the text form of a point.
-struct PointEditorField {
-    const char* flag;
-    const char* x;
-    const char* y;
-    Ref<NSString> attribute;
-};
-const std::vector<PointEditorField>& pointEditorFields();
+/// The values of the attribute's fields, one each. Those of the bounding box are its distances from the edges of the
+/// screen. Null for what the value does not tell.
+std::vector<Ref<NSObject>> fieldsFromValue(const Attribute& attribute, const Ref<NSObject>& value, NSSize screen);
+/// The attribute's value; each field holds a value of its kind.
+Ref<NSObject> valueFromFields(const Attribute& attribute, const std::vector<Ref<NSObject>>& fields, NSSize screen);
 
 }  // namespace qz

@@ -2,18 +2,16 @@
 
 #include <QLineEdit>
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 #include "QzAnno/palette/AttributeNames.h"
-#include "QzAnno/palette/QzBBoxInfo.h"
-#include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/ui/NSApplication.h"
 #include "QzAnno/platform/ui/NSUserDefaults.h"
 #include "QzAnno/ui/QzAnnoPaletteAsTable.h"
 #include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
+#include "QzAnno_AnnotatedTextFramework/palette/TitleStyle.h"
 #include "QzAnno_AnnotatedTextFramework/ui/EditorFields.h"
 #include "QzAnno_AnnotatedTextFramework/ui/KeyRenaming.h"
 #include "platform/ui/NSColorPanel.h"
@@ -51,46 +49,20 @@ std::string nameShown(const QzAnnoKey& key) {
     return key.isDefault() ? "Default" : key.name()->utf8();
 }
 
-/// The numbers of bounding margins; 0 in place of a missing one.
-std::array<double, 4> marginsOf(const Ref<NSObject>& value) {
-    std::array<double, 4> margins{};
-    const auto array = std::dynamic_pointer_cast<NSArray>(value);
-    for (size_t i = 0; array && i < margins.size(); ++i) {
-        const auto number = numberFrom(array->objectAtIndex(i));
-        if (number) margins[i] = number->doubleValue();
-    }
-    return margins;
+/// The full name; else what stands for it.
+Ref<NSObject> fontOf(const QzAnno& anno) {
+    const Ref<NSObject> name = anno.attribute(*QzFontAttribute);
+    return name ? name : fontNameAskedFor(*anno.allAttributes());
 }
 
 }  // namespace
 
 const std::vector<std::string>& QzAnnoEditor::updateAllKeys() {
-    static const std::vector<std::string> keys = {
-        "en_annoname",    "en_font",         "en_fontsize",      "en_fgcolor",      "en_shadowwidth", "en_shadowoffset",
-        "en_shadowcolor", "en_shadowwidth2", "en_shadowoffset2", "en_shadowcolor2", "en_margins",     "en_halign",
-        "en_kern",        "en_slant",        "en_baseshift",     "en_leading",      "en_valign",      "en_tbox",
-        "font",           "fontsize",        "fgcolor",          "shadowwidth",     "shadowoffset_x", "shadowoffset_y",
-        "shadowcolor",    "shadowwidth2",    "shadowoffset_x2",  "shadowoffset_y2", "shadowcolor2",   "tboxtype",
-        "tboxcolor",      "marginsl",        "marginsr",         "marginst",        "marginsb",       "halign",
-        "kern",           "slant",           "baseshift",        "leading",         "valign",         "annoname"};
-    return keys;
+    return fixedEditorNames();
 }
 
 const std::vector<std::string>& QzAnnoEditor::addedKeys() {
-    static const std::vector<std::string> keys = {"en_boundingmargins",
-                                                  "en_bold",
-                                                  "en_italic",
-                                                  "en_underline",
-                                                  "en_strikethrough",
-                                                  "boundingmarginsl",
-                                                  "boundingmarginsr",
-                                                  "boundingmarginst",
-                                                  "boundingmarginsb",
-                                                  "bold",
-                                                  "italic",
-                                                  "underline",
-                                                  "strikethrough"};
-    return keys;
+    return addedEditorNames();
 }
 
 QzAnnoEditor::QzAnnoEditor() {
@@ -159,12 +131,8 @@ void QzAnnoEditor::setByUser(const std::string& field, const Ref<NSObject>& valu
     didChangeValueForKey(kPlaceNote);
 }
 
-bool QzAnnoEditor::isOn(const char* flag) const {
+bool QzAnnoEditor::isOn(const std::string& flag) const {
     return std::static_pointer_cast<NSNumber>(fields_.at(flag))->boolValue();
-}
-
-float QzAnnoEditor::real(const char* field) const {
-    return std::static_pointer_cast<NSNumber>(fields_.at(field))->floatValue();
 }
 
 Ref<NSObject> QzAnnoEditor::valueForUndefinedKey(const std::string& key) const {
@@ -192,89 +160,18 @@ void QzAnnoEditor::copyFromAnno() {
         const bool isGlobal = anno.annokey()->isDefault();
         set("annoname", isGlobal ? "Default"_ns : origannoname_);
         set("en_annoname", NSNumber::numberWithBool(!isGlobal));
-        copyFont(anno);
-        const auto turnOn = [this](const char* flag) { set(flag, NSNumber::numberWithBool(true)); };
-        for (const PlainEditorField& field : plainEditorFields()) {
-            const Ref<NSObject> value = anno.attribute(*field.attribute);
+        for (const EditedAttribute& edited : editedAttributes()) {
+            const Attribute& attribute = *edited.attribute;
+            const bool isFont = attribute.kind == Attribute::Kind::string;
+            const Ref<NSObject> value = isFont ? fontOf(anno) : anno.attribute(*attribute.name);
             if (!value) continue;
-            set(field.field, value);
-            turnOn(field.flag);
+            const std::vector<Ref<NSObject>> fields = fieldsFromValue(attribute, value, screensize_);
+            for (size_t i = 0; i < fields.size(); ++i) set(edited.fields[i], fields[i]);
+            set(edited.flag, NSNumber::numberWithBool(true));
         }
-        for (const PointEditorField& field : pointEditorFields()) {
-            const Ref<NSObject> value = anno.attribute(*field.attribute);
-            if (!value) continue;
-            const auto text = std::dynamic_pointer_cast<NSString>(value);
-            const NSPoint point = text ? NSPointFromString(*text) : NSPoint();
-            set(field.x, NSNumber::numberWithFloat(point.x));
-            set(field.y, NSNumber::numberWithFloat(point.y));
-            turnOn(field.flag);
-        }
-        if (const Ref<NSObject> value = anno.attribute(*QzTextBoundingBoxAppearanceAttribute)) {
-            const auto box = std::dynamic_pointer_cast<QzBBoxInfo>(value);
-            if (box) set("tboxcolor", box->color());
-            if (box) set("tboxtype", NSNumber::numberWithInt(box->type()));
-            turnOn("en_tbox");
-        }
-        copyMargins(anno);
-        copyBoundingMargins(anno);
     }
     forEachField([this](const std::string& key) { didChangeValueForKey(key); });
     didChangeValueForKey(kPlaceNote);
-}
-
-void QzAnnoEditor::copyFont(const QzAnno& anno) {
-    Ref<NSObject> name = anno.attribute(*QzFontAttribute);
-    if (!name) {
-        const auto family = std::dynamic_pointer_cast<NSString>(anno.attribute(*QzFontNameAttribute));
-        const auto style = std::dynamic_pointer_cast<NSString>(anno.attribute(*QzFontStyleAttribute));
-        if (family) name = fontnameWithName(family, style);
-    }
-    if (!name) return;
-    set("font", name);
-    set("en_font", NSNumber::numberWithBool(true));
-}
-
-void QzAnnoEditor::copyMargins(const QzAnno& anno) {
-    const Ref<NSObject> value = anno.attribute(*QzBoundingBoxAttribute);
-    if (!value) return;
-    const auto text = std::dynamic_pointer_cast<NSString>(value);
-    const NSRect box = text ? NSRectFromString(*text) : NSRect();
-    const auto [width, height] = screensize_;
-    const auto setMargin = [this](const char* field, float margin) { set(field, NSNumber::numberWithDouble(margin)); };
-    setMargin("marginst", box.origin.y * height);
-    setMargin("marginsb", height - (box.origin.y + box.size.height) * height);
-    setMargin("marginsl", box.origin.x * width);
-    setMargin("marginsr", width - (box.origin.x + box.size.width) * width);
-    set("en_margins", NSNumber::numberWithBool(true));
-}
-
-Ref<NSString> QzAnnoEditor::boundingBoxOfMargins() const {
-    const auto margin = [this](const char* field) {
-        return std::static_pointer_cast<NSNumber>(fields_.at(field))->doubleValue();
-    };
-    const double left = margin("marginsl"), right = margin("marginsr");
-    const double top = margin("marginst"), bottom = margin("marginsb");
-    const double width = screensize_.width, height = screensize_.height;
-    return NSStringFromRect(
-        {{static_cast<float>(left / width), static_cast<float>(top / height)},
-         {static_cast<float>((width - right - left) / width), static_cast<float>((height - bottom - top) / height)}});
-}
-
-void QzAnnoEditor::copyBoundingMargins(const QzAnno& anno) {
-    const Ref<NSObject> value = anno.attribute(*QzBoundingMarginsAttribute);
-    if (!value) return;
-    const auto margins = marginsOf(value);
-    for (size_t i = 0; i < margins.size(); ++i) set(kBoundingMarginsFields[i], NSNumber::numberWithDouble(margins[i]));
-    set("en_boundingmargins", NSNumber::numberWithBool(true));
-}
-
-Ref<NSObject> QzAnnoEditor::boundingMargins() const {
-    std::vector<Ref<NSObject>> numbers;
-    for (const char* field : kBoundingMarginsFields) numbers.push_back(fields_.at(field));
-    const Ref<NSArray> margins = NSArray::arrayWithObjects(numbers);
-    // Margins that were not edited stay as they are, down to the kind of their numbers.
-    const Ref<NSObject> former = originalAnno_->attribute(*QzBoundingMarginsAttribute);
-    return former && marginsOf(former) == marginsOf(margins) ? former : margins;
 }
 
 Ref<NSString> QzAnnoEditor::placeNote() const {
@@ -294,22 +191,20 @@ Ref<NSString> QzAnnoEditor::placeNote() const {
 Ref<QzAnno> QzAnnoEditor::copyToAnno() const {
     if (!editing_ || !originalAnno_) return {};
     const Ref<QzMutableAnno> anno = originalAnno_->mutableCopy();
-    const auto write = [&](const char* flag, const Ref<NSString>& attribute, const Ref<NSObject>& value) {
-        anno->setAttribute(attribute, isOn(flag) ? value : nullptr);
-    };
-    write("en_font", QzFontAttribute, fields_.at("font"));
     anno->setAttribute(QzFontNameAttribute, nullptr);
     anno->setAttribute(QzFontStyleAttribute, nullptr);
-    for (const PlainEditorField& field : plainEditorFields())
-        write(field.flag, field.attribute, fields_.at(field.field));
-    for (const PointEditorField& field : pointEditorFields()) {
-        write(field.flag, field.attribute, NSStringFromPoint({real(field.x), real(field.y)}));
+    for (const EditedAttribute& edited : editedAttributes()) {
+        const Attribute& attribute = *edited.attribute;
+        std::vector<Ref<NSObject>> fields;
+        for (const std::string& name : edited.fields) fields.push_back(fields_.at(name));
+        Ref<NSObject> value = isOn(edited.flag) ? valueFromFields(attribute, fields, screensize_) : nullptr;
+        // Margins that were not edited stay as they are, down to the kind of their numbers.
+        const Ref<NSObject> former = originalAnno_->attribute(*attribute.name);
+        if (value && former && attribute.kind == Attribute::Kind::margins &&
+            marginsFrom(former).value_or(Margins()) == marginsFrom(value))
+            value = former;
+        anno->setAttribute(attribute.name, value);
     }
-    const auto type = std::static_pointer_cast<NSNumber>(fields_.at("tboxtype"));
-    write("en_tbox", QzTextBoundingBoxAppearanceAttribute,
-          QzBBoxInfo::qzbbWithColor(std::static_pointer_cast<NSColor>(fields_.at("tboxcolor")), type->intValue()));
-    write("en_margins", QzBoundingBoxAttribute, boundingBoxOfMargins());
-    write("en_boundingmargins", QzBoundingMarginsAttribute, boundingMargins());
     return anno;
 }
 

@@ -120,18 +120,12 @@ private:
     void applyAnno(const Ref<QzAnno>& anno);
     void requestScreenSize();
     void setFieldsToDefaults();
-    void copyFont(const QzAnno& anno);
-    void copyMargins(const QzAnno& anno);
-    void copyBoundingMargins(const QzAnno& anno);
-    Ref<NSString> boundingBoxOfMargins() const;
-    Ref<NSObject> boundingMargins() const;
     Ref<NSString> placeNote() const;
     void prepareFontPanel();
     void showPage(int32_t page);
     void showName();
 
-    bool isOn(const char* flag) const;
-    float real(const char* field) const;
+    bool isOn(const std::string& flag) const;
     void set(const std::string& field, const Ref<NSObject>& value);
     void setByUser(const std::string& field, const Ref<NSObject>& value);
     Ref<QzAnnoPalette> palette() const;
