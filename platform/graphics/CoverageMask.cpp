@@ -1,11 +1,9 @@
 #include "platform/graphics/CoverageMask.h"
 
 #include <algorithm>
-#include <memory>
 #include <new>
 
-#include <cairo.h>
-
+#include "platform/graphics/Cairo.h"
 #include "platform/graphics/Flattening.h"
 #include "platform/graphics/OutlineCoverage.h"
 #include "platform/graphics/PathClipping.h"
@@ -14,9 +12,6 @@
 
 namespace qz {
 namespace {
-
-using Point = NSBezierPath::Point;
-using Verb = NSBezierPath::Verb;
 
 // Cairo's numbers have 24 bits before the point, sign included, and wrap around silently. A quarter of that leaves room
 // for the pen, whose reach is at most an eighth of it.
@@ -27,11 +22,6 @@ constexpr double kTolerancePerHalfWidth = 5e-6;
 // Beyond the box's edge by enough that clipped shapes look the same inside.
 constexpr double kClipMargin = 16;
 
-struct Destroy {
-    void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
-    void operator()(cairo_t* cairo) const { cairo_destroy(cairo); }
-};
-
 DeviceBox deviceBoxOf(const PixelRect& box) {
     return {static_cast<double>(box.x), static_cast<double>(box.y), static_cast<double>(box.right()),
             static_cast<double>(box.bottom())};
@@ -40,32 +30,6 @@ DeviceBox deviceBoxOf(const PixelRect& box) {
 bool isNear(const DeviceBox& path, const PixelRect& box) {
     const DeviceBox safe = deviceBoxOf(box).grownBy(kSafeDistance);
     return safe.minX <= path.minX && safe.minY <= path.minY && path.maxX <= safe.maxX && path.maxY <= safe.maxY;
-}
-
-// The origin of the box becomes that of the surface, so that the numbers Cairo sees stay small on any bitmap.
-void appendPath(cairo_t* cairo, const NSBezierPath& path, const PixelRect& box) {
-    const double x = box.x, y = box.y;
-    const Point* point = path.points().data();
-    for (const Verb verb : path.verbs()) {
-        switch (verb) {
-            case Verb::move:
-                cairo_move_to(cairo, point->x - x, point->y - y);
-                ++point;
-                break;
-            case Verb::line:
-                cairo_line_to(cairo, point->x - x, point->y - y);
-                ++point;
-                break;
-            case Verb::curve:
-                cairo_curve_to(cairo, point[0].x - x, point[0].y - y, point[1].x - x, point[1].y - y, point[2].x - x,
-                               point[2].y - y);
-                point += 3;
-                break;
-            case Verb::close:
-                cairo_close_path(cairo);
-                break;
-        }
-    }
 }
 
 void strokeWithPen(cairo_t* cairo, const DevicePen& pen, double tolerance) {
@@ -88,12 +52,14 @@ void drawShape(cairo_t* cairo, const DeviceShape& shape, const PixelRect& box) {
     const double tolerance = curveTolerance(shape.path().flatness());
     const double reach = shape.pen() ? shape.pen()->reach() : 0;
     const DeviceBox clip = deviceBoxOf(box).grownBy(reach + kClipMargin);
+    // The corner of the box becomes the origin, so that the numbers Cairo sees stay small on any bitmap.
+    const NSBezierPath::Point origin{static_cast<double>(box.x), static_cast<double>(box.y)};
     if (isNear(shape.pathBounds(), box)) {
-        appendPath(cairo, shape.path(), box);
+        appendToCairo(cairo, shape.path(), origin);
     } else if (shape.pen()) {
-        appendPath(cairo, pathClippedForStroke(shape.path(), clip), box);
+        appendToCairo(cairo, pathClippedForStroke(shape.path(), clip), origin);
     } else {
-        appendPath(cairo, pathClippedForFill(shape.path(), clip), box);
+        appendToCairo(cairo, pathClippedForFill(shape.path(), clip), origin);
     }
     if (shape.pen()) return strokeWithPen(cairo, *shape.pen(), tolerance);
     cairo_set_tolerance(cairo, tolerance);
@@ -101,9 +67,9 @@ void drawShape(cairo_t* cairo, const DeviceShape& shape, const PixelRect& box) {
 }
 
 void drawShapeInto(CoverageMask& mask, const DeviceShape& shape, bool antialias) {
-    const std::unique_ptr<cairo_surface_t, Destroy> surface(cairo_image_surface_create_for_data(
-        mask.bytes.data(), CAIRO_FORMAT_A8, mask.box.width, mask.box.height, mask.stride));
-    const std::unique_ptr<cairo_t, Destroy> cairo(cairo_create(surface.get()));
+    const CairoSurfaceRef surface(cairo_image_surface_create_for_data(mask.bytes.data(), CAIRO_FORMAT_A8,
+                                                                      mask.box.width, mask.box.height, mask.stride));
+    const CairoRef cairo(cairo_create(surface.get()));
     cairo_set_antialias(cairo.get(), antialias ? CAIRO_ANTIALIAS_DEFAULT : CAIRO_ANTIALIAS_NONE);
     drawShape(cairo.get(), shape, mask.box);
     // Cairo goes on without what it found no memory for.

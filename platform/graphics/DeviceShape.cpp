@@ -8,7 +8,6 @@ namespace qz {
 namespace {
 
 using Point = NSBezierPath::Point;
-using Verb = NSBezierPath::Verb;
 
 // Beyond the largest float, and small enough that differences and squares of coordinates stay finite.
 constexpr double kCoordinateMax = 1e40;
@@ -174,24 +173,7 @@ private:
 
 DeviceBox strokeBounds(const NSBezierPath& path, const DevicePen& pen) {
     StrokeBounds bounds(pen);
-    const Point* point = path.points().data();
-    for (const Verb verb : path.verbs()) {
-        switch (verb) {
-            case Verb::move:
-                bounds.moveTo(*point++);
-                break;
-            case Verb::line:
-                bounds.lineTo(*point++);
-                break;
-            case Verb::curve:
-                bounds.curveTo(point[0], point[1], point[2]);
-                point += 3;
-                break;
-            case Verb::close:
-                bounds.close();
-                break;
-        }
-    }
+    path.visit(bounds);
     bounds.endSubpath();
     return bounds.box();
 }

@@ -66,35 +66,24 @@ void NSBezierPath::transformUsingAffineTransform(const NSAffineTransform& transf
     }
 }
 
-void NSBezierPath::appendFlattened(Point control1, Point control2, Point end, double tolerance) {
-    const size_t before = points_.size();
-    appendFlattenedCurve(points_.back(), control1, control2, end, tolerance, points_);
-    verbs_.resize(verbs_.size() + points_.size() - before, Verb::line);
-}
-
 NSBezierPath NSBezierPath::bezierPathByFlatteningPath() const {
+    struct Flattener {
+        NSBezierPath& flat;
+        const double tolerance;
+
+        void moveTo(Point point) { flat.moveToPoint(point); }
+        void lineTo(Point point) { flat.lineToPoint(point); }
+        void curveTo(Point control1, Point control2, Point end) {
+            const size_t pointCount = flat.points_.size();
+            appendFlattenedCurve(flat.points_.back(), control1, control2, end, tolerance, flat.points_);
+            flat.verbs_.resize(flat.verbs_.size() + flat.points_.size() - pointCount, Verb::line);
+        }
+        void close() { flat.closePath(); }
+    };
     NSBezierPath flat = *this;
     flat.verbs_.clear();
     flat.points_.clear();
-    const double tolerance = curveTolerance(flatness_);
-    const Point* point = points_.data();
-    for (const Verb verb : verbs_) {
-        switch (verb) {
-            case Verb::move:
-                flat.moveToPoint(*point++);
-                break;
-            case Verb::line:
-                flat.lineToPoint(*point++);
-                break;
-            case Verb::curve:
-                flat.appendFlattened(point[0], point[1], point[2], tolerance);
-                point += 3;
-                break;
-            case Verb::close:
-                flat.closePath();
-                break;
-        }
-    }
+    visit(Flattener{flat, curveTolerance(flatness_)});
     return flat;
 }
 

@@ -31,7 +31,7 @@ public:
     enum class Verb : uint8_t {
         move,   ///< begins a subpath at its point
         line,   ///< to its point
-        curve,  ///< a cubic one, to the last of its three points
+        curve,  ///< a cubic, to the last of its three points
         close,  ///< a line back to where the subpath began, joined to its first
     };
     /// A place in the path's units.
@@ -76,10 +76,16 @@ public:
     /// The smallest rectangle around all points, control points included.
     NSRect controlPointBounds() const;
 
-    /// The first is a move, as is one that follows a close.
+    /// Hands the elements to `visitor` in their order: `moveTo(point)`, `lineTo(point)`,
+    /// `curveTo(control1, control2, end)` and `close()`. The first is a move, as is one that follows a close.
+    template <class Visitor>
+    void visit(Visitor&& visitor) const;
+    /// The same elements as two lists. A move or a line has one point, a curve three (controls first), a close no
+    /// point.
+    ///@{
     const std::vector<Verb>& verbs() const { return verbs_; }
-    /// One point for move and line, three for curve (controls first, then the end), none for close.
     const std::vector<Point>& points() const { return points_; }
+    ///@}
 
     /// In the path's units, 1 at first; 0 or less is the thinnest line, one pixel wide under any transform, and
     /// not-a-number draws none.
@@ -118,7 +124,6 @@ public:
 
 private:
     void startSubpathAfterClose();
-    void appendFlattened(Point control1, Point control2, Point end, double tolerance);
 
     std::vector<Verb> verbs_;
     std::vector<Point> points_;
@@ -130,5 +135,27 @@ private:
     NSLineJoinStyle lineJoinStyle_ = NSLineJoinStyle::miter;
     float miterLimit_ = 10.0f;
 };
+
+template <class Visitor>
+void NSBezierPath::visit(Visitor&& visitor) const {
+    const Point* point = points_.data();
+    for (const Verb verb : verbs_) {
+        switch (verb) {
+            case Verb::move:
+                visitor.moveTo(*point++);
+                break;
+            case Verb::line:
+                visitor.lineTo(*point++);
+                break;
+            case Verb::curve:
+                visitor.curveTo(point[0], point[1], point[2]);
+                point += 3;
+                break;
+            case Verb::close:
+                visitor.close();
+                break;
+        }
+    }
+}
 
 }  // namespace qz

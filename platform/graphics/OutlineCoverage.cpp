@@ -11,7 +11,6 @@ namespace qz {
 namespace {
 
 using Point = NSBezierPath::Point;
-using Verb = NSBezierPath::Verb;
 
 // Sums of this many pixels at a time: 1 MiB, however large the mask.
 constexpr int32_t kSumsMax = 1 << 18;
@@ -156,48 +155,54 @@ private:
 
 using Contour = std::vector<Point>;
 
-// The contours of a path as lines, closed, without equal neighbours, its origin at the box's corner.
+// Nearer to each other than the areas can tell.
+bool isSame(Point a, Point b) {
+    return std::fabs(a.x - b.x) < kSamePoint && std::fabs(a.y - b.y) < kSamePoint;
+}
+
+/// Turns a path into contours of lines, its origin moved to the box's corner.
+class ContourMaker {
+public:
+    ContourMaker(double tolerance, const PixelRect& box) : tolerance_(tolerance), x_(box.x), y_(box.y) {}
+
+    void moveTo(Point point) {
+        contours_.emplace_back();
+        lineTo(point);
+    }
+    void lineTo(Point point) { add(current_ = point); }
+    void curveTo(Point control1, Point control2, Point end) {
+        ends_.clear();
+        appendFlattenedCurve(current_, control1, control2, end, tolerance_, ends_);
+        for (const Point point : ends_) add(point);
+        current_ = end;
+    }
+    // Every contour counts as closed.
+    void close() {}
+
+    /// Without equal neighbours, the last and the first included.
+    std::vector<Contour> finish() {
+        for (Contour& contour : contours_)
+            while (contour.size() > 1 && isSame(contour.front(), contour.back())) contour.pop_back();
+        return std::move(contours_);
+    }
+
+private:
+    void add(Point point) {
+        Contour& contour = contours_.back();
+        const Point moved{point.x - x_, point.y - y_};
+        if (contour.empty() || !isSame(contour.back(), moved)) contour.push_back(moved);
+    }
+
+    const double tolerance_, x_, y_;
+    std::vector<Contour> contours_;
+    std::vector<Point> ends_;
+    Point current_{0, 0};
+};
+
 std::vector<Contour> contoursOf(const DeviceShape& shape, const PixelRect& box) {
-    std::vector<Contour> contours;
-    const double tolerance = curveTolerance(shape.path().flatness());
-    const Point* point = shape.path().points().data();
-    std::vector<Point> ends;
-    const auto add = [&](Point p) {
-        Contour& contour = contours.back();
-        const Point moved{p.x - box.x, p.y - box.y};
-        const bool isSame = !contour.empty() && std::fabs(contour.back().x - moved.x) < kSamePoint &&
-                            std::fabs(contour.back().y - moved.y) < kSamePoint;
-        if (!isSame) contour.push_back(moved);
-    };
-    Point current{0, 0};
-    for (const Verb verb : shape.path().verbs()) {
-        switch (verb) {
-            case Verb::move:
-                contours.emplace_back();
-                add(current = *point++);
-                break;
-            case Verb::line:
-                add(current = *point++);
-                break;
-            case Verb::curve:
-                ends.clear();
-                appendFlattenedCurve(current, point[0], point[1], point[2], tolerance, ends);
-                for (const Point end : ends) add(end);
-                current = point[2];
-                point += 3;
-                break;
-            case Verb::close:
-                break;
-        }
-    }
-    for (Contour& contour : contours) {
-        const auto isClosedTwice = [&] {
-            return contour.size() > 1 && std::fabs(contour.front().x - contour.back().x) < kSamePoint &&
-                   std::fabs(contour.front().y - contour.back().y) < kSamePoint;
-        };
-        while (isClosedTwice()) contour.pop_back();
-    }
-    return contours;
+    ContourMaker maker(curveTolerance(shape.path().flatness()), box);
+    shape.path().visit(maker);
+    return maker.finish();
 }
 
 /// The border on one side of a contour, at half the pen's width from it.

@@ -6,29 +6,35 @@
 #include <optional>
 #include <vector>
 
+#include "platform/graphics/Flattening.h"
+
 namespace qz {
 namespace {
 
 using Point = NSBezierPath::Point;
-using Verb = NSBezierPath::Verb;
 
 struct Subpath {
     std::vector<Point> points;
     bool closed = false;
 };
 
-std::vector<Subpath> subpathsOf(const NSBezierPath& flat) {
-    std::vector<Subpath> subpaths;
-    const Point* point = flat.points().data();
-    for (const Verb verb : flat.verbs()) {
-        if (verb == Verb::close) {
-            subpaths.back().closed = true;
-            continue;
+std::vector<Subpath> subpathsOf(const NSBezierPath& path) {
+    struct Splitter {
+        const double tolerance;
+        std::vector<Subpath> subpaths{};
+
+        void moveTo(Point point) { subpaths.push_back({.points = {point}}); }
+        void lineTo(Point point) { subpaths.back().points.push_back(point); }
+        void curveTo(Point control1, Point control2, Point end) {
+            std::vector<Point>& points = subpaths.back().points;
+            const Point start = points.back();
+            appendFlattenedCurve(start, control1, control2, end, tolerance, points);
         }
-        if (verb == Verb::move) subpaths.emplace_back();
-        subpaths.back().points.push_back(*point++);
-    }
-    return subpaths;
+        void close() { subpaths.back().closed = true; }
+    };
+    Splitter splitter{curveTolerance(path.flatness())};
+    path.visit(splitter);
+    return std::move(splitter.subpaths);
 }
 
 /// One side of a box, as an upright or level line with the box on one side of it.
@@ -73,7 +79,7 @@ struct Line {
     Point from, to;
 };
 
-// The part of a line inside a box; none when it passes by.
+// The part of a line inside a box; empty if it passes by.
 std::optional<Line> partInside(Line line, const DeviceBox& box) {
     for (const Side& side : sidesOf(box)) {
         const bool keepsFrom = side.keeps(line.from), keepsTo = side.keeps(line.to);
@@ -121,7 +127,7 @@ void appendPartsInside(Subpath subpath, const DeviceBox& box, NSBezierPath& path
 
 NSBezierPath pathClippedForFill(const NSBezierPath& path, const DeviceBox& box) {
     NSBezierPath clipped;
-    for (Subpath& subpath : subpathsOf(path.bezierPathByFlatteningPath())) {
+    for (Subpath& subpath : subpathsOf(path)) {
         for (const Side& side : sidesOf(box)) clipPolygon(subpath.points, side);
         if (subpath.points.size() < 3) continue;
         subpath.closed = true;
@@ -132,8 +138,7 @@ NSBezierPath pathClippedForFill(const NSBezierPath& path, const DeviceBox& box) 
 
 NSBezierPath pathClippedForStroke(const NSBezierPath& path, const DeviceBox& box) {
     NSBezierPath clipped;
-    for (const Subpath& subpath : subpathsOf(path.bezierPathByFlatteningPath()))
-        appendPartsInside(subpath, box, clipped);
+    for (const Subpath& subpath : subpathsOf(path)) appendPartsInside(subpath, box, clipped);
     return clipped;
 }
 

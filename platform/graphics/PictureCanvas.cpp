@@ -7,21 +7,13 @@
 #include <new>
 #include <numbers>
 
-#include <cairo.h>
+#include "platform/graphics/Cairo.h"
 
 namespace qz {
 namespace {
 
 // What 16 bits before the point hold.
 constexpr double kFixedMax = 32768;
-
-struct Destroy {
-    void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
-    void operator()(cairo_t* cairo) const { cairo_destroy(cairo); }
-    void operator()(cairo_pattern_t* pattern) const { cairo_pattern_destroy(pattern); }
-};
-using SurfaceRef = std::unique_ptr<cairo_surface_t, Destroy>;
-using PatternRef = std::unique_ptr<cairo_pattern_t, Destroy>;
 
 // Sectors that stand for the steady change of colour around a point.
 constexpr int kSweepSectors = 256;
@@ -71,10 +63,10 @@ Gradient withStopsFromZeroToOne(Gradient gradient) {
     return gradient;
 }
 
-PatternRef patternOf(const Gradient& given) {
+CairoPatternRef patternOf(const Gradient& given) {
     const Gradient gradient = withStopsFromZeroToOne(given);
     const auto [start, end] = std::pair(gradient.start, gradient.end);
-    PatternRef pattern(
+    CairoPatternRef pattern(
         gradient.kind == Gradient::Kind::linear
             ? cairo_pattern_create_linear(start.x, start.y, end.x, end.y)
             : cairo_pattern_create_radial(start.x, start.y, gradient.startRadius, end.x, end.y, gradient.endRadius));
@@ -110,8 +102,8 @@ Components colorAt(const Gradient& gradient, double place) {
 }
 
 // A fan of sectors, each a patch with the colours of its two sides.
-PatternRef sweepPatternOf(const Gradient& gradient, double reach) {
-    PatternRef pattern(cairo_pattern_create_mesh());
+CairoPatternRef sweepPatternOf(const Gradient& gradient, double reach) {
+    CairoPatternRef pattern(cairo_pattern_create_mesh());
     const auto [x, y] = gradient.start;
     const double sector = 2 * std::numbers::pi / kSweepSectors, span = gradient.endAngle - gradient.startAngle;
     // Beyond the circle by as much as a chord stays within it.
@@ -136,8 +128,8 @@ PatternRef sweepPatternOf(const Gradient& gradient, double reach) {
 }  // namespace
 
 struct PictureCanvas::Surface {
-    SurfaceRef surface;
-    std::unique_ptr<cairo_t, Destroy> cairo;
+    CairoSurfaceRef surface;
+    CairoRef cairo;
 };
 
 PictureCanvas::PictureCanvas(const PixelRect& box) : surface_(std::make_unique<Surface>()) {
@@ -169,26 +161,7 @@ void PictureCanvas::concat(const NSAffineTransform& t) {
 void PictureCanvas::clip(const NSBezierPath& path) {
     cairo_t* const cairo = surface_->cairo.get();
     cairo_new_path(cairo);
-    const NSBezierPath::Point* p = path.points().data();
-    for (const NSBezierPath::Verb verb : path.verbs()) {
-        switch (verb) {
-            case NSBezierPath::Verb::move:
-                cairo_move_to(cairo, p->x, p->y);
-                ++p;
-                break;
-            case NSBezierPath::Verb::line:
-                cairo_line_to(cairo, p->x, p->y);
-                ++p;
-                break;
-            case NSBezierPath::Verb::curve:
-                cairo_curve_to(cairo, p[0].x, p[0].y, p[1].x, p[1].y, p[2].x, p[2].y);
-                p += 3;
-                break;
-            case NSBezierPath::Verb::close:
-                cairo_close_path(cairo);
-                break;
-        }
-    }
+    appendToCairo(cairo, path);
     cairo_clip(cairo);
 }
 
@@ -201,7 +174,7 @@ void PictureCanvas::paint(StraightColor color) {
 void PictureCanvas::paint(const Gradient& gradient) {
     if (gradient.stops.empty()) return;
     cairo_t* const cairo = surface_->cairo.get();
-    PatternRef pattern;
+    CairoPatternRef pattern;
     if (gradient.kind == Gradient::Kind::sweep) {
         double left, top, right, bottom;
         cairo_clip_extents(cairo, &left, &top, &right, &bottom);
@@ -225,7 +198,7 @@ void PictureCanvas::paint(const NSBitmapImageRep& bitmap) {
     for (const double factor : {toBitmap.xx, toBitmap.xy, toBitmap.yx, toBitmap.yy})
         if (!(std::fabs(factor) < kFixedMax)) return;
     const int32_t width = bitmap.pixelsWide(), height = bitmap.pixelsHigh();
-    const SurfaceRef source(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
+    const CairoSurfaceRef source(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
     uint8_t* const pixels = cairo_image_surface_get_data(source.get());
     if (!pixels) return;
     const auto stride = static_cast<size_t>(cairo_image_surface_get_stride(source.get()));

@@ -132,30 +132,10 @@ std::string NSFont::description() const {
 void appendBezierPathWithGlyph(NSBezierPath& path, NSGlyph glyph, const NSFont& font) {
     const NSBezierPath::Point origin = path.currentPoint();
     const double scale = font.pointSize() / font.face().unitsPerEm();
-    const auto placed = [&](NSBezierPath::Point point) {
-        return NSBezierPath::Point{origin.x + scale * point.x, origin.y + scale * point.y};
-    };
-
-    const std::shared_ptr<const NSBezierPath> outline = font.face().outlineOfGlyph(glyph);
-    const NSBezierPath::Point* point = outline->points().data();
-    for (const NSBezierPath::Verb verb : outline->verbs()) {
-        switch (verb) {
-            case NSBezierPath::Verb::move:
-                path.moveToPoint(placed(*point++));
-                break;
-            case NSBezierPath::Verb::line:
-                path.lineToPoint(placed(*point++));
-                break;
-            case NSBezierPath::Verb::curve:
-                path.curveToPoint(placed(point[2]), placed(point[0]), placed(point[1]));
-                point += 3;
-                break;
-            case NSBezierPath::Verb::close:
-                path.closePath();
-                break;
-        }
-    }
-    path.moveToPoint(placed({font.face().advanceOfGlyph(glyph), 0}));
+    NSBezierPath outline = *font.face().outlineOfGlyph(glyph);
+    outline.transformUsingAffineTransform({.m11 = scale, .m22 = scale, .tX = origin.x, .tY = origin.y});
+    path.appendBezierPath(outline);
+    path.moveToPoint({origin.x + scale * font.face().advanceOfGlyph(glyph), origin.y});
 }
 
 }  // namespace qz
