@@ -19,7 +19,7 @@ constexpr uint32_t kLayersOfFirstEditor = 2;
 const std::vector<Attribute>& attributesAboveLayers() {
     static const std::vector<Attribute> rows = {
         {.constant = "QzFontAttribute", .name = QzFontAttribute, .kind = string, .group = Group::font,
-         .label = "Font", .meaning = "the font: PostScript name, full name, `Family-Style` or family",
+         .label = "Font", .meaning = "the font: PostScript name, full name, Family-Style or family",
          .absent = "family and style",
          .field = {"font", 1}, .inAss = "Fontname; \\fn"},
         {.constant = "QzFontNameAttribute", .name = QzFontNameAttribute, .kind = string, .group = Group::font,
@@ -46,8 +46,7 @@ const std::vector<Attribute>& attributesAboveLayers() {
          .label = "Colour", .meaning = "of the glyphs", .absent = "black",
          .field = {"fgcolor", 3}, .inAss = "PrimaryColour; \\1c, \\1a"},
         {.constant = "QzUnderlineAttribute", .name = QzUnderlineAttribute, .kind = flag, .group = Group::letters,
-         .label = "Underline", .meaning = "1: a line under the text, in its colour, where the font puts it and as thick as "
-                                          "the font says; layers follow it",
+         .label = "Underline", .meaning = "1: a line under the text, where the font has it; layers follow it",
          .absent = "no line", .word = "underlined",
          .field = {"underline"}, .inAss = "Underline; \\u"},
         {.constant = "QzStrikeThroughAttribute", .name = QzStrikeThroughAttribute, .kind = flag,
@@ -99,7 +98,7 @@ const std::vector<Attribute>& attributesOfPlace() {
          .field = {"boundingmargins"}, .inAss = "MarginL, MarginR, MarginV"},
         {.constant = "QzBoundingBoxAttribute", .name = QzBoundingBoxAttribute, .kind = rectangle,
          .group = Group::place,
-         .label = "Bounding box", .meaning = "`{{x, y}, {width, height}}` in fractions of the screen; margins win over it",
+         .label = "Bounding box", .meaning = "{{x, y}, {width, height}} in fractions of the screen; margins win over it",
          .absent = "the whole screen", .word = "area", .unit = "of the screen", .isOfFrame = true,
          .field = {"margins", 10}, .inAss = "MarginL, MarginR, MarginV"},
         {.constant = "QzTextBoundingBoxAppearanceAttribute", .name = QzTextBoundingBoxAppearanceAttribute,
@@ -110,7 +109,7 @@ const std::vector<Attribute>& attributesOfPlace() {
     return rows;
 }
 
-/// `number` counts from 1.
+/// number counts from 1.
 std::vector<Attribute> attributesOfLayer(const LayerAttributes& names, uint32_t number) {
     const std::string infix = number == 1 ? "" : std::to_string(number);
     const std::string ofLayer = " of layer " + std::to_string(number);
@@ -118,6 +117,10 @@ std::vector<Attribute> attributesOfLayer(const LayerAttributes& names, uint32_t 
         return number <= kLayersOfFirstEditor ? static_cast<int>(3 * number + ofField) : 0;
     };
     return {
+        {.constant = "QzBackground" + infix + "ColorAttribute", .name = names.color, .kind = color,
+         .group = Group::layer,
+         .label = "Colour", .meaning = ofLayer.substr(1), .absent = "the layer is not drawn", .layer = number,
+         .field = {"shadowcolor", place(3)}, .inAss = "OutlineColour, BackColour; \\3c, \\3a, \\4c, \\4a"},
         {.constant = "QzBackground" + infix + "WidthAttribute", .name = names.width, .kind = Attribute::Kind::number,
          .group = Group::layer,
          .label = "Width", .meaning = "points" + ofLayer + "; 0 is a plain copy", .absent = "0",
@@ -125,13 +128,9 @@ std::vector<Attribute> attributesOfLayer(const LayerAttributes& names, uint32_t 
          .field = {"shadowwidth", place(1)}, .inAss = "Outline; \\bord"},
         {.constant = "QzBackground" + infix + "OffsetAttribute", .name = names.offset, .kind = point,
          .group = Group::layer,
-         .label = "Offset", .meaning = "`{x, y}`" + ofLayer + ": points to the right and downward", .absent = "{0, 0}",
+         .label = "Offset", .meaning = "{x, y}" + ofLayer + ": points to the right and downward", .absent = "{0, 0}",
          .unit = "points", .layer = number,
          .field = {"shadowoffset", place(2)}, .inAss = "Shadow; \\xshad, \\yshad"},
-        {.constant = "QzBackground" + infix + "ColorAttribute", .name = names.color, .kind = color,
-         .group = Group::layer,
-         .label = "Colour", .meaning = ofLayer.substr(1), .absent = "the layer is not drawn", .layer = number,
-         .field = {"shadowcolor", place(3)}, .inAss = "OutlineColour, BackColour; \\3c, \\3a, \\4c, \\4a"},
     };
 }
 // clang-format on

@@ -1,8 +1,6 @@
 #include "apps/qzanno/PaletteCommands.h"
 
-#include <algorithm>
 #include <filesystem>
-#include <iostream>
 #include <vector>
 
 #include "QzAnno/archive/PaletteData.h"
@@ -10,37 +8,17 @@
 #include "apps/qzanno/PaletteFile.h"
 #include "apps/qzanno/PaletteReadability.h"
 #include "apps/qzanno/PaletteText.h"
+#include "apps/qzanno/TextTable.h"
 #include "captions/AssPalette.h"
 
 namespace qz::tool {
 namespace {
 
-using Row = std::vector<std::string>;
-
-Row rowFor(const QzAnnoPalette& palette, int32_t priority) {
+TableRow rowFor(const QzAnnoPalette& palette, int32_t priority) {
     const Ref<const QzAnno> anno = palette.lookupAnno(palette.annoKeyAtPriority(priority));
     const NSDictionary& attributes = *anno->allAttributes();
     return {std::to_string(priority), anno->name()->utf8(), fontText(attributes), styleText(attributes),
             frameText(attributes)};
-}
-
-/// Characters of a UTF-8 text, as a terminal counts columns of plain text.
-size_t columnsOf(const std::string& text) {
-    size_t columns = 0;
-    for (const char c : text) columns += (static_cast<unsigned char>(c) & 0xC0) != 0x80;
-    return columns;
-}
-
-void print(const std::vector<Row>& rows) {
-    std::vector<size_t> widths(rows.front().size());
-    for (const Row& row : rows) {
-        for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], columnsOf(row[i]));
-    }
-    for (const Row& row : rows) {
-        std::string line;
-        for (size_t i = 0; i < row.size(); ++i) line += row[i] + std::string(widths[i] - columnsOf(row[i]) + 2, ' ');
-        std::cout << line.substr(0, line.find_last_not_of(' ') + 1) << "\n";
-    }
 }
 
 bool isScript(const std::string& path) {
@@ -73,10 +51,10 @@ Ref<QzAnnoPalette> paletteOfScript(const std::string& path, Diagnostics& diagnos
 int showPalette(const std::string& path, Diagnostics& diagnostics) {
     const Ref<QzAnnoPalette> palette = loadPalette(path, diagnostics);
     if (!palette) return 1;
-    std::vector<Row> rows = {{"", "NAME", "FONT", "TEXT AND LAYERS", "FRAME"}};
+    std::vector<TableRow> rows = {{"", "NAME", "FONT", "TEXT AND LAYERS", "FRAME"}};
     for (int32_t priority = palette->maxPriority(); priority >= 0; --priority)
         rows.push_back(rowFor(*palette, priority));
-    print(rows);
+    printTable(rows);
     return 0;
 }
 

@@ -6,6 +6,7 @@
 
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "apps/qzanno/ArchiveCommands.h"
+#include "apps/qzanno/AttributeList.h"
 #include "apps/qzanno/FileEndings.h"
 #include "apps/qzanno/FontFolders.h"
 #include "apps/qzanno/ManifestMerge.h"
@@ -27,6 +28,7 @@ constexpr const char* kPaletteExamples =
     "  qzanno palette new news-lower-third -o news.plist\n"
     "  qzanno palette show broadcast.plist\n"
     "  qzanno palette check broadcast.plist\n"
+    "  qzanno palette attributes\n"
     "  qzanno palette convert broadcast.plist broadcast.annopalette\n"
     "  qzanno palette convert subtitles.ass styles.plist";
 
@@ -89,6 +91,7 @@ private:
     ExportOptions exported_;
     NewPaletteOptions starter_;
     PaletteCheckOptions check_;
+    bool asJson_ = false;
     // Of the other commands.
     std::string input_;
     std::vector<std::string> inputs_;
@@ -174,6 +177,10 @@ void CommandLine::addPaletteCommands() {
     addOperand(check, "PALETTE", check_.path, kPalette)->required();
     addScreenOption(check, "The screen that the palette is meant for, in points [1920x1080]", check_.screen);
     check.add_flag("--strict", check_.strict, "What is hard to read is a fault");
+
+    CLI::App& attributes = add(group, "attributes", "List the attributes that annotations may hold",
+                               [this](Diagnostics&) { return listAttributes(asJson_); });
+    attributes.add_flag("--json", asJson_, "As a JSON array");
 
     CLI::App& convert = addWithFonts(
         group, "convert", "Write a palette, or the styles of an .ass script, as a property list or an archive",

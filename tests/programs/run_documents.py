@@ -1,8 +1,10 @@
 """Runs the command lines of the documents as they are printed, in a fresh copy of what examples/try-out makes.
 
 Usage: run_documents.py TREE QZANNO [COMPOSER]. README.md begins at the tree's root, all else in try-out. A command whose
-comment says "some minutes" is not run, nor is a file that is shown as such ("#!").
+comment says "some minutes" is not run, nor is a file that is shown as such ("#!"). Then holds the tables of attributes
+against the program's own.
 """
+import json
 import os
 import pathlib
 import re
@@ -44,6 +46,15 @@ def examples_of_help(qzanno):
     return "".join(line[2:] + "\n" for example in examples for line in example.splitlines() if line.startswith("  "))
 
 
+def attributes_differ(page, qzanno):
+    """Whether the tables of attributes are not those that the program prints."""
+    run = subprocess.run([qzanno, "palette", "attributes", "--json"], stdout=subprocess.PIPE, text=True, check=True)
+    printed = [(each["name"], each["value"], each["meaning"]) for each in json.loads(run.stdout)]
+    tables = re.findall(r"^\| key \| value \| meaning \|\n(.*?)\n\n", page, re.MULTILINE | re.DOTALL)
+    rows = re.findall(r"^\| (`.*?) \| (.*?) \| (.*) \|$", "\n".join(tables), re.MULTILINE)
+    return sorted(printed) != sorted(tuple(cell.replace("`", "") for cell in row) for row in rows)
+
+
 def main(tree, qzanno, composer=""):
     tree = pathlib.Path(tree)
     scripts = {"README.md": blocks_of_markdown((tree / "README.md").read_text())}
@@ -55,6 +66,9 @@ def main(tree, qzanno, composer=""):
     # Without the matrix ffmpeg burns in the colours of SD into a film in HD.
     failed = [name for name in ("README.md", "batch.md", "captions.md", "qzanno.1", "--help")
               if "scale=out_color_matrix=bt709" not in scripts[name]]
+    if attributes_differ((tree / "docs/palettes.md").read_text(), qzanno):
+        failed.append("palettes.md")
+        print("palettes.md: its tables of attributes are not what \"qzanno palette attributes --json\" prints")
     with tempfile.TemporaryDirectory() as folder:
         root = pathlib.Path(folder)
         shutil.copytree(tree / "examples", root / "examples")
