@@ -35,7 +35,7 @@ AssFont assFontOf(const NSFont& font) {
     return found;
 }
 
-Ref<NSString> fontNameOf(const AssFont& font) {
+Ref<NSString> fontNameOf(const AssFont& font, const NSFont::Library& library) {
     const bool isBold = font.weight >= 600;
     const auto family = NSString::stringWithUTF8String(font.family);
     Ref<NSString> name;
@@ -46,7 +46,7 @@ Ref<NSString> fontNameOf(const AssFont& font) {
                               : font.isItalic ? "Oblique"
                                               : ""}) {
         const Ref<NSString> each = fontnameWithName(family, NSString::stringWithUTF8String(style));
-        if (NSFont::fontWithName(*each, 0)) return each;
+        if (NSFont::fontWithName(*each, 0, library)) return each;
         if (!name) name = each;
     }
     return name;

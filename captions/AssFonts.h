@@ -18,8 +18,8 @@ struct AssFont {
 
 AssFont assFontOf(const NSFont& font);
 
-/// The name of the installed font of that family, bold or italic, or else of any such family and style.
-Ref<NSString> fontNameOf(const AssFont& font);
+/// The name of the library's font of that family, bold or italic, or else the name that such a font would have.
+Ref<NSString> fontNameOf(const AssFont& font, const NSFont::Library& library);
 
 /// How high a line of the font is to SubStation Alpha, for a font of one point: usWinAscent and usWinDescent of its
 /// OS/2 table, as players have it from Windows; what serves in their place for a font without.

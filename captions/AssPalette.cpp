@@ -26,13 +26,14 @@ Ref<NSNumber> number(double value) {
 /// How bold and italic text is told.
 enum class Traits { byFontName, byAttributes };
 
-void setFont(const AssStyle& style, double scale, Traits traits, ObjectMap& attributes) {
+void setFont(const AssStyle& style, double scale, Traits traits, const NSFont::Library& library,
+             ObjectMap& attributes) {
     const bool isByName = traits == Traits::byFontName;
     const Ref<NSString> name =
-        fontNameOf({style.fontName, isByName && style.isBold ? 700 : 400, isByName && style.isItalic});
+        fontNameOf({style.fontName, isByName && style.isBold ? 700 : 400, isByName && style.isItalic}, library);
     attributes.set(QzFontAttribute, name);
-    Ref<NSFont> font = NSFont::fontWithName(*name, 0);
-    if (!font) font = NSFont::titleBarFontOfSize(0);
+    Ref<NSFont> font = NSFont::fontWithName(*name, 0, library);
+    if (!font) font = NSFont::titleBarFontOfSize(0, library);
     // Sizes in scripts are rounded ones of another unit; nobody sees less than a tenth of a point.
     const double points = std::round(10 * style.fontSize * scale / assLineHeightOf(*font)) / 10;
     attributes.set(QzFontSizeAttribute, number(std::clamp(points, 1.0, double{Limits::kFontPointsMax})));
@@ -53,9 +54,9 @@ void setLayers(const AssStyle& style, double scale, ObjectMap& attributes) {
     attributes.set(QzBackground2OffsetAttribute, NSString::stringWithUTF8String("{" + offset + ", " + offset + "}"));
 }
 
-ObjectMap attributesOf(const AssStyle& style, double scale, Traits traits) {
+ObjectMap attributesOf(const AssStyle& style, double scale, Traits traits, const NSFont::Library& library) {
     ObjectMap attributes;
-    setFont(style, scale, traits, attributes);
+    setFont(style, scale, traits, library, attributes);
     if (traits == Traits::byAttributes) {
         attributes.set(QzBoldAttribute, NSNumber::numberWithInt(style.isBold));
         attributes.set(QzItalicAttribute, NSNumber::numberWithInt(style.isItalic));
@@ -97,24 +98,27 @@ Ref<NSColor> colorOf(const CaptionColour& colour) {
     return NSColor::colorWithCalibratedRed(part(colour.red), part(colour.green), part(colour.blue), part(colour.alpha));
 }
 
-ObjectMap attributesOfAssStyle(const AssStyle& style, double scale) {
-    return attributesOf(style, scale, Traits::byAttributes);
+ObjectMap attributesOfAssStyle(const AssStyle& style, double scale, const NSFont::Library& library) {
+    return attributesOf(style, scale, Traits::byAttributes, library);
 }
 
-ObjectMap differencesOfAssStyle(const AssStyle& style, const AssStyle& global, double scale) {
-    return differences(attributesOfAssStyle(style, scale), attributesOfAssStyle(global, scale));
+ObjectMap differencesOfAssStyle(const AssStyle& style, const AssStyle& global, double scale,
+                                const NSFont::Library& library) {
+    return differences(attributesOfAssStyle(style, scale, library), attributesOfAssStyle(global, scale, library));
 }
 
-Ref<QzAnnoPalette> paletteOfAss(const AssScript& script, std::vector<std::string>& losses) {
+Ref<QzAnnoPalette> paletteOfAss(const AssScript& script, const NSFont::Library& library,
+                                std::vector<std::string>& losses) {
     const Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
     palette->setUndoManager(NSUndoManager::init());
+    palette->setFontLibrary(library);
     const AssStyle* const global = script.globalStyle();
     if (!global) return palette;
     const double scale = kShorterSide / std::min(script.width, script.height);
     std::set<std::string> told;
     const auto file = [&](const Ref<const QzAnno>& anno, const AssStyle& style, const ObjectMap& below) {
         const Ref<QzMutableAnno> changed = anno->mutableCopy();
-        const ObjectMap attributes = attributesOf(style, scale, Traits::byFontName);
+        const ObjectMap attributes = attributesOf(style, scale, Traits::byFontName, library);
         changed->setAttributes(NSDictionary::dictionaryWithMap(differences(attributes, below)));
         palette->replaceAnno(changed);
         for (const std::string& name : style.unsupported) {
@@ -126,7 +130,7 @@ Ref<QzAnnoPalette> paletteOfAss(const AssScript& script, std::vector<std::string
     for (const Ref<NSString>& line : {QzUnderlineAttribute, QzStrikeThroughAttribute})
         bare.set(line, NSNumber::numberWithInt(0));
     file(palette->lookupAnno({}), *global, bare);
-    const ObjectMap globals = attributesOf(*global, scale, Traits::byFontName);
+    const ObjectMap globals = attributesOf(*global, scale, Traits::byFontName, library);
     for (const AssStyle& style : script.styles) {
         // Of styles with one name the last counts.
         if (&style == global || script.styleNamed(style.name) != &style) continue;

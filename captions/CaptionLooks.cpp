@@ -84,8 +84,9 @@ ObjectMap CaptionLooks::attributesOf(const CaptionLook& look) const {
 
 ObjectMap CaptionLooks::attributesOf(const CaptionLook::Style& style) const {
     const double scale = std::min(double{screen_.width}, double{screen_.height}) / style.shorterSide;
-    const ObjectMap own = style.isWhole ? attributesOfAssStyle(style.style, scale)
-                                        : differencesOfAssStyle(style.style, style.global, scale);
+    const std::shared_ptr<FontLibrary>& fonts = palette_->fontLibrary();
+    const ObjectMap own = style.isWhole ? attributesOfAssStyle(style.style, scale, fonts)
+                                        : differencesOfAssStyle(style.style, style.global, scale, fonts);
     if (!style.isReset) return own;
     ObjectMap attributes;
     if (!style.isWhole) {

@@ -28,7 +28,8 @@ enum class Looks {
 /// lie on top. Used on one thread.
 class CaptionLooks {
 public:
-    /// The screen in points, which lengths in scripts are scaled to.
+    /// Fonts are the palette's, so it has its font library by then. The screen in points, to which lengths in scripts
+    /// are scaled.
     CaptionLooks(Ref<QzAnnoPalette> palette, NSSize screen, Looks which = Looks::both);
 
     const Ref<QzAnnoPalette>& palette() const { return palette_; }

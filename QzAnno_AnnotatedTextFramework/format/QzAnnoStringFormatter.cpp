@@ -52,14 +52,15 @@ void applyListParagraphs(NSMutableAttributedString& text) {
     text.addAttribute(NSParagraphStyleAttributeName, NSParagraphStyle::paragraphStyleWithValues(values), wholeOf(text));
 }
 
-Ref<NSAttributedString> inListLooks(const NSAttributedString& text) {
+Ref<NSAttributedString> inListLooks(const NSAttributedString& text, const NSFont::Library& library) {
     const auto list = NSMutableAttributedString::initWithAttributedString(text);
     for (Range run; run.end() < list->length();) {
         const Ref<NSObject> value =
             list->attribute(*NSFontAttributeName, run.location + run.length, &run, wholeOf(*list));
         const auto font = std::dynamic_pointer_cast<NSFont>(value);
         const float size = NSFont::systemFontSize();
-        list->addAttribute(NSFontAttributeName, font ? font->fontWithSize(size) : NSFont::systemFontOfSize(size), run);
+        list->addAttribute(NSFontAttributeName,
+                           font ? font->fontWithSize(size) : NSFont::systemFontOfSize(size, library), run);
         list->addAttribute(NSForegroundColorAttributeName, NSColor::blackColor(), run);
     }
     return list;
@@ -93,11 +94,12 @@ Ref<NSObject> QzAnnoStringFormatter::stringForObjectValue(const Ref<NSObject>& o
 
 Ref<NSAttributedString> QzAnnoStringFormatter::attributedStringForObjectValue(
     const Ref<NSObject>& object, const Ref<NSDictionary>& /*withDefaultAttributes*/) const {
+    const Ref<QzAnnoPalette> palette = this->palette();
     if (const auto text = std::dynamic_pointer_cast<NSAttributedString>(object)) {
-        return listmode_ ? inListLooks(*text) : text;
+        if (!listmode_) return text;
+        return inListLooks(*text, palette ? palette->fontLibrary() : nullptr);
     }
     const auto string = std::dynamic_pointer_cast<QzAnnoString>(object);
-    const Ref<QzAnnoPalette> palette = this->palette();
     return string && palette ? formatted(*string, *palette) : Ref<NSAttributedString>();
 }
 

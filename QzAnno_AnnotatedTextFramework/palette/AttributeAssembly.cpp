@@ -49,9 +49,9 @@ FontTraits fontTraitsOf(const NSDictionary& attributes) {
 }
 
 /// The font that these ask for by name, without a name the platform's own; traits come on top. Null when it is missing.
-Ref<NSFont> namedFont(const NSDictionary& attributes, float size) {
+Ref<NSFont> namedFont(const NSDictionary& attributes, float size, const NSFont::Library& library) {
     const Ref<NSString> fontName = fontNameAskedFor(attributes);
-    return fontName ? fontWithName(fontName, {}, size) : NSFont::titleBarFontOfSize(size);
+    return fontName ? fontWithName(fontName, {}, size, library) : NSFont::titleBarFontOfSize(size, library);
 }
 
 Ref<NSParagraphStyle> paragraphStyleOf(const NSDictionary& attributes) {
@@ -116,10 +116,10 @@ Ref<NSDictionary> QzAnnoPalette::assembleCompleteAttributes(const Ref<NSDictiona
     const float size = fontSizeOf(*attributes);
     for (const auto& name : {QzFontAttribute, QzFontNameAttribute, QzFontStyleAttribute})
         checkString(*attributes, *name);
-    Ref<NSFont> font = namedFont(*attributes, size);
+    Ref<NSFont> font = namedFont(*attributes, size, fontLibrary_);
     if (!font) {
         reportMissingFont(fontNameAskedFor(*attributes));
-        font = NSFont::titleBarFontOfSize(size);
+        font = NSFont::titleBarFontOfSize(size, fontLibrary_);
     }
     if (const FontTraits traits = fontTraitsOf(*attributes); !traits.isEmpty()) font = font->fontWithTraits(traits);
     complete.set(NSFontAttributeName, font);
@@ -150,8 +150,8 @@ Ref<NSDictionary> QzAnnoPalette::disassembleFragments(const Ref<NSDictionary>& g
         // The traits stay attributes of their own, beside the name of the font that they were asked of.
         Ref<NSFont> named = font;
         if (!font->traits().isEmpty()) {
-            named = namedFont(*attributes, font->pointSize());
-            if (!named) named = NSFont::titleBarFontOfSize(font->pointSize());
+            named = namedFont(*attributes, font->pointSize(), font->fontLibrary());
+            if (!named) named = NSFont::titleBarFontOfSize(font->pointSize(), font->fontLibrary());
             if (!named->fontWithTraits(font->traits())->isEqual(*font)) named = font;
         }
         fragments.set(QzFontAttribute, named->fontName());

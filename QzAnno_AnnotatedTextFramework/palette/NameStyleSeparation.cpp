@@ -4,7 +4,6 @@
 
 #include "QzAnno/palette/AttributeNames.h"
 #include "QzAnno/platform/foundation/NSLog.h"
-#include "QzAnno/platform/text/NSFont.h"
 
 namespace qz {
 
@@ -17,8 +16,9 @@ Ref<NSString> fontnameWithName(const Ref<NSString>& name, const Ref<NSString>& s
     return NSString::stringWithCharacters(name->characters() + u'-' + style->characters());
 }
 
-Ref<NSFont> fontWithName(const Ref<NSString>& name, const Ref<NSString>& style, float size) {
-    return name ? NSFont::fontWithName(*fontnameWithName(name, style), size) : Ref<NSFont>();
+Ref<NSFont> fontWithName(const Ref<NSString>& name, const Ref<NSString>& style, float size,
+                         const NSFont::Library& library) {
+    return name ? NSFont::fontWithName(*fontnameWithName(name, style), size, library) : Ref<NSFont>();
 }
 
 Ref<NSString> fontNameAskedFor(const NSDictionary& attributes) {

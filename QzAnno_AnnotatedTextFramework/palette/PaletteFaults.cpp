@@ -6,7 +6,7 @@
 #include "QzAnno/palette/QzAnnoPalette.h"
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSLog.h"
-#include "QzAnno/platform/text/NSFont.h"
+#include "QzAnno/platform/text/FontLibrary.h"
 #include "QzAnno_AnnotatedTextFramework/palette/AttributeChecks.h"
 #include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
 #include "QzAnno_AnnotatedTextFramework/palette/ValueConversion.h"
@@ -19,6 +19,8 @@ namespace {
 /// Goes through the annotations of one palette from the global one upward.
 class FaultFinder {
 public:
+    explicit FaultFinder(FontLibrary* fonts) : fonts_(fonts) {}
+
     void beginAnnotation(std::string name) {
         annotationName_ = std::move(name);
         if (names_.insert(annotationName_).second) return;
@@ -61,14 +63,14 @@ private:
         const bool namesFont =
             fullName ? attributes.contains(*QzFontAttribute)
                      : attributes.contains(*QzFontNameAttribute) || attributes.contains(*QzFontStyleAttribute);
-        if (!namesFont || (!fullName && !family)) return;
+        if (!fonts_ || !namesFont || (!fullName && !family)) return;
         const Ref<NSString> name = fullName ? fullName : fontnameWithName(family, stringUnder(QzFontStyleAttribute));
-        if (NSFont::fontWithName(*name, 0)) return;
+        if (fonts_->faceWithName(name->utf8())) return;
         const Ref<NSString>& attribute = fullName ? QzFontAttribute : QzFontNameAttribute;
         add(attribute->utf8(), "there is no font " + quotedExcerpt(name->utf8()) + "; the title-bar font is used");
-        faults_.back().isMissingFont = true;
     }
 
+    FontLibrary* const fonts_;  // null: fonts are not looked up
     std::vector<PaletteFault> faults_;
     std::string annotationName_;
     std::unordered_set<std::string> names_;
@@ -78,14 +80,14 @@ private:
 
 }  // namespace
 
-std::vector<PaletteFault> faultsOfPropertyList(const NSObject& plist) {
+std::vector<PaletteFault> faultsOfPropertyList(const NSObject& plist, FontLibrary* fonts) {
     const auto* list = dynamic_cast<const NSArray*>(&plist);
     Ref<NSArray> wrapped;
     if (const auto* top = dynamic_cast<const NSDictionary*>(&plist)) {
         wrapped = top->objectForKey<NSArray>(*"Palette"_ns);
         list = wrapped.get();
     }
-    FaultFinder finder;
+    FaultFinder finder(fonts);
     for (size_t i = 0; list && i < list->count(); ++i) {
         const auto* element = dynamic_cast<const NSDictionary*>(list->elements()[i].get());
         if (!element) continue;
@@ -105,7 +107,8 @@ std::vector<PaletteFault> faultsOfPropertyList(const NSObject& plist) {
 }
 
 std::vector<PaletteFault> faultsOfPalette(const QzAnnoPalette& palette) {
-    FaultFinder finder;
+    const std::shared_ptr<FontLibrary>& own = palette.fontLibrary();
+    FaultFinder finder(own ? own.get() : FontLibrary::shared().get());
     for (int32_t priority = 0; priority <= palette.maxPriority(); ++priority) {
         const Ref<const QzAnno> anno = palette.lookupAnno(palette.annoKeyAtPriority(priority));
         finder.beginAnnotation(anno->name()->utf8());

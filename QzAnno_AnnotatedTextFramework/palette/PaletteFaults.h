@@ -7,28 +7,28 @@
 
 namespace qz {
 
+class FontLibrary;
 class QzAnnoPalette;
 
 /// Something in a palette that will not do what its author meant.
 struct PaletteFault {
-    /// Where the list gives none, the name that reading gives it.
+    /// The name that reading gives the annotation if the list gives it no name.
     std::string annotationName;
     /// Empty when the fault is in the annotation's name.
     std::string attributeName;
     /// What is wrong and what happens, without a line feed: "margins need four numbers, found 2; the margins are
     /// ignored".
     std::string message;
-    /// Whether it is a font that is not installed: no fault of the file, but of the machine that it is used on.
-    bool isMissingFont = false;
 };
 
 /// The faults of a palette's property list as it was read from a file, with values that the library would only clamp or
-/// ignore. A list that is no palette at all has none here; `QzAnnoPalette::paletteFromPListData` says why it is
-/// refused. Attribute names that the library does not know are no faults.
-std::vector<PaletteFault> faultsOfPropertyList(const NSObject& plist);
+/// ignore. A list that is not a palette at all has no faults here; `QzAnnoPalette::paletteFromPListData` says why it is
+/// refused. Attribute names that the library does not know are not faults. Neither are missing fonts, unless `fonts`
+/// says where to look for them.
+std::vector<PaletteFault> faultsOfPropertyList(const NSObject& plist, FontLibrary* fonts);
 
-/// The same for a palette in memory, whose colours have been clamped already; also names the values that cannot be
-/// saved.
+/// The same for a palette in memory, whose colours have been clamped already and whose fonts are looked up in its own
+/// library; also names the values that cannot be saved.
 std::vector<PaletteFault> faultsOfPalette(const QzAnnoPalette& palette);
 
 }  // namespace qz

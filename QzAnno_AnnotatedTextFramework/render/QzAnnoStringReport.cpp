@@ -7,7 +7,6 @@
 #include "QzAnno/palette/AttributeNames.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/graphics/NSColor.h"
-#include "QzAnno/platform/text/FontLibrary.h"
 #include "QzAnno/platform/text/NSTextStorage.h"
 #include "QzAnno/render/QzAnnoStringToScreen.h"
 #include "QzAnno_AnnotatedTextFramework/palette/NameStyleSeparation.h"
@@ -40,7 +39,7 @@ void append(std::vector<Range>& ranges, Range range) {
 /// Gathers the substitutions of a text whose fonts are fixed, run by run.
 class SubstitutionFinder {
 public:
-    explicit SubstitutionFinder(std::u16string_view text) : text_(text) {}
+    SubstitutionFinder(std::u16string_view text, NSFont::Library library) : text_(text), library_(std::move(library)) {}
 
     void addRun(const NSDictionary& attributes, Range range) {
         const auto serving = attributes.objectForKey<NSFont>(*NSFontAttributeName);
@@ -67,7 +66,7 @@ private:
 
     bool isFontMissing(const NSString& name) {
         const auto [known, isNew] = isMissing_.try_emplace(name.utf8());
-        if (isNew) known->second = !NSFont::fontWithName(name, 0);
+        if (isNew) known->second = !NSFont::fontWithName(name, 0, library_);
         return known->second;
     }
 
@@ -92,6 +91,7 @@ private:
     }
 
     const std::u16string_view text_;
+    const NSFont::Library library_;
     std::vector<RenderReport::Substitution> substitutions_;
     std::vector<std::set<char32_t>> seen_;  // one for each substitution
     std::map<std::string, bool> isMissing_;
@@ -241,11 +241,11 @@ bool showsNothing(std::u16string_view text) {
 RenderReport QzAnnoStringToScreen::reportInFullScreen(bool fullScreen) {
     NSPoint offset;
     const NSRect place = placeInFullScreen(fullScreen, offset);
-    const FontLibrary::Use use(fontLibrary_);
+    const Ref<QzAnnoPalette> palette = palette_.lock();
     RenderReport report;
     const std::u16string_view text = textStorage_->characters();
 
-    SubstitutionFinder substitutions(text);
+    SubstitutionFinder substitutions(text, palette ? palette->fontLibrary() : nullptr);
     for (Range run; run.end() < text.size();) {
         const auto position = static_cast<uint32_t>(run.end());
         const Ref<NSDictionary> attributes = textStorage_->attributesAtIndex(position, &run);

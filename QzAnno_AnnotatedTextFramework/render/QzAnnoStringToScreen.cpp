@@ -2,7 +2,6 @@
 
 #include "QzAnno/format/QzAnnoStringFormatter.h"
 #include "QzAnno/platform/foundation/NSLog.h"
-#include "QzAnno/platform/text/FontLibrary.h"
 #include "QzAnno/platform/text/NSAttributedString.h"
 #include "QzAnno/platform/text/NSTextStorage.h"
 #include "platform/foundation/ObjectMap.h"
@@ -71,11 +70,6 @@ void QzAnnoStringToScreen::setAttributedString(const Ref<NSAttributedString>& st
     available_ = false;
 }
 
-void QzAnnoStringToScreen::setFontLibrary(std::shared_ptr<FontLibrary> library) {
-    fontLibrary_ = std::move(library);
-    available_ = false;
-}
-
 bool QzAnnoStringToScreen::setLanguage(std::string_view tag) {
     if (!tag.empty() && !isLanguageTag(tag)) return false;
     language_ = tag.empty() ? nullptr : NSString::stringWithUTF8String(std::string(tag));
@@ -90,7 +84,6 @@ void QzAnnoStringToScreen::setBaseWritingDirection(NSWritingDirection direction)
 }
 
 void QzAnnoStringToScreen::build() {
-    const FontLibrary::Use use(fontLibrary_);
     Ref<NSAttributedString> text = realString_;
     if (!text) text = textStorage_ts_->attributedStringForObjectValue(string_);
     if (!text) text = NSAttributedString::init();
@@ -106,6 +99,8 @@ void QzAnnoStringToScreen::build() {
         text = inLanguage;
     }
     if (direction_ != NSWritingDirection::natural) text = textInDirection(*text, direction_);
+    const Ref<QzAnnoPalette> palette = palette_.lock();
+    textStorage_->setFontLibrary(palette ? palette->fontLibrary() : nullptr);
     textStorage_->setAttributedString(*text);
     // An empty series of edits makes the text system take the new text in at once.
     textStorage_->beginEditing();

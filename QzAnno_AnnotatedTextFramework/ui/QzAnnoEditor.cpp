@@ -113,7 +113,9 @@ void QzAnnoEditor::prepareFontPanel() {
     NSFontManager& fonts = NSFontManager::sharedFontManager();
     const auto name = std::static_pointer_cast<NSString>(fields_["font"]);
     fontpanel_ = fonts.fontPanel(true);
-    fonts.setSelectedFont(NSFont::fontWithName(*name, kPanelFontSize), false);
+    const Ref<QzAnnoPalette> palette = this->palette();
+    const NSFont::Library library = palette ? palette->fontLibrary() : nullptr;
+    fonts.setSelectedFont(NSFont::fontWithName(*name, kPanelFontSize, library), false);
     fonts.modifyFontViaPanel(shared_from_this());
 }
 

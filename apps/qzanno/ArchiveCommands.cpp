@@ -36,8 +36,11 @@ void printText(const std::string& utf8) {
     }
 }
 
-void printLook(const NSDictionary& attributes) {
-    for (const std::string& part : {fontText(attributes), styleText(attributes), frameText(attributes)}) {
+void printLook(const QzAnnoPalette& palette, const Ref<NSSet>& keys) {
+    const Ref<NSDictionary> given = palette.attributesForSet(keys);
+    const NSDictionary& attributes = *given;
+    for (const std::string& part :
+         {fontText(attributes, palette.fontLibrary()), styleText(attributes), frameText(attributes)}) {
         if (!part.empty()) std::cout << "      " << part << "\n";
     }
 }
@@ -49,7 +52,7 @@ void print(const QzAnnoString& string, size_t number, const QzAnnoPalette* palet
     printText(string.string()->utf8());
     for (const QzAnnoString::Run& run : runs) {
         std::cout << "  " << text(run.range) << "  " << joined(*run.keys) << "\n";
-        if (palette) printLook(*palette->attributesForSet(run.keys));
+        if (palette) printLook(*palette, run.keys);
     }
 }
 
@@ -57,7 +60,7 @@ void print(const QzAnnoString& string, size_t number, const QzAnnoPalette* palet
 
 int packArchive(const std::string& input, const std::string& paletteFile, const std::string& output,
                 Diagnostics& diagnostics) {
-    const Ref<QzAnnoPalette> palette = loadPalette(paletteFile, diagnostics);
+    const Ref<QzAnnoPalette> palette = loadPalette(paletteFile, {}, diagnostics);
     if (!palette) return 1;
     // An archive holds names, and no looks.
     CaptionLooks looks(palette, {}, Looks::house);
@@ -77,10 +80,11 @@ int packArchive(const std::string& input, const std::string& paletteFile, const 
     return 0;
 }
 
-int showArchive(const std::string& path, const std::string& paletteFile, Diagnostics& diagnostics) {
+int showArchive(const std::string& path, const std::string& paletteFile, const std::shared_ptr<FontLibrary>& fonts,
+                Diagnostics& diagnostics) {
     Ref<QzAnnoPalette> palette;
     if (!paletteFile.empty()) {
-        palette = loadPalette(paletteFile, diagnostics);
+        palette = loadPalette(paletteFile, fonts, diagnostics);
         if (!palette) return 1;
     }
     const auto titles = readArchivedTitles(path, palette, diagnostics);

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "QzAnno/platform/text/FontLibrary.h"
 #include "apps/qzanno/Diagnostics.h"
 
 namespace qz::tool {
@@ -12,8 +13,10 @@ namespace qz::tool {
 int packArchive(const std::string& input, const std::string& palette, const std::string& output,
                 Diagnostics& diagnostics);
 
-/// Prints the annotated strings of an archive: text, keys and runs. With a palette, also what each run looks like.
-int showArchive(const std::string& path, const std::string& palette, Diagnostics& diagnostics);
+/// Prints the annotated strings of an archive: text, keys and runs. With a palette, also what each run looks like, in
+/// these fonts.
+int showArchive(const std::string& path, const std::string& palette, const std::shared_ptr<FontLibrary>& fonts,
+                Diagnostics& diagnostics);
 
 /// Prints any archive of the platform's as an indented listing, without knowing its classes.
 int dumpArchive(const std::string& path, Diagnostics& diagnostics);

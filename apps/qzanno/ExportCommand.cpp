@@ -9,13 +9,13 @@
 
 namespace qz::tool {
 
-int exportCaptions(const ExportOptions& options, Diagnostics& diagnostics) {
+int exportCaptions(const ExportOptions& options, const std::shared_ptr<FontLibrary>& fonts, Diagnostics& diagnostics) {
     std::error_code ignored;
     if (std::filesystem::equivalent(options.input, options.output, ignored)) {
         diagnostics.error(options.output, "is the input; name another file with -o");
         return 1;
     }
-    const Ref<QzAnnoPalette> palette = loadPalette(options.palette, diagnostics);
+    const Ref<QzAnnoPalette> palette = loadPalette(options.palette, fonts, diagnostics);
     if (!palette) return 1;
     const auto missingFonts = std::make_shared<MissingFonts>();
     palette->setLog(missingFonts);

@@ -22,6 +22,6 @@ struct ExportOptions {
 
 /// Writes captions with the looks of a palette as a SubStation Alpha script, and says what that cannot hold. The exit
 /// code.
-int exportCaptions(const ExportOptions& options, Diagnostics& diagnostics);
+int exportCaptions(const ExportOptions& options, const std::shared_ptr<FontLibrary>& fonts, Diagnostics& diagnostics);
 
 }  // namespace qz::tool

@@ -2,9 +2,9 @@
 
 namespace qz::tool {
 
-std::optional<std::shared_ptr<FontLibrary>> fontsWithFolders(const std::vector<std::string>& folders, bool isStrict,
-                                                             Diagnostics& diagnostics) {
-    if (folders.empty()) return std::shared_ptr<FontLibrary>();
+std::shared_ptr<FontLibrary> fontsWithFolders(const std::vector<std::string>& folders, bool isStrict,
+                                              Diagnostics& diagnostics) {
+    if (folders.empty()) return FontLibrary::shared();
     std::vector<FontProblem> problems;
     std::shared_ptr<FontLibrary> fonts = FontLibrary::withDirectories(folders, &problems);
     const bool isRefused = !fonts || (isStrict && !problems.empty());

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,10 +9,9 @@
 
 namespace qz::tool {
 
-/// The machine's fonts and those in the folders; an empty pointer, which stands for the machine's alone, without
-/// folders. Warns of files that are no fonts. None, with errors reported, when a folder cannot be read, and with
-/// `isStrict` when anything is wrong.
-std::optional<std::shared_ptr<FontLibrary>> fontsWithFolders(const std::vector<std::string>& folders, bool isStrict,
-                                                             Diagnostics& diagnostics);
+/// The machine's fonts and those in the folders, if any. Warns of files that are not fonts. Null, with errors reported,
+/// if a folder cannot be read and, with `isStrict`, if anything is wrong.
+std::shared_ptr<FontLibrary> fontsWithFolders(const std::vector<std::string>& folders, bool isStrict,
+                                              Diagnostics& diagnostics);
 
 }  // namespace qz::tool

@@ -17,8 +17,8 @@ namespace {
 TableRow rowFor(const QzAnnoPalette& palette, int32_t priority) {
     const Ref<const QzAnno> anno = palette.lookupAnno(palette.annoKeyAtPriority(priority));
     const NSDictionary& attributes = *anno->allAttributes();
-    return {std::to_string(priority), anno->name()->utf8(), fontText(attributes), styleText(attributes),
-            frameText(attributes)};
+    return {std::to_string(priority), anno->name()->utf8(), fontText(attributes, palette.fontLibrary()),
+            styleText(attributes), frameText(attributes)};
 }
 
 bool isScript(const std::string& path) {
@@ -26,7 +26,8 @@ bool isScript(const std::string& path) {
     return ending == ".ass" || ending == ".ssa";
 }
 
-Ref<QzAnnoPalette> paletteOfScript(const std::string& path, Diagnostics& diagnostics) {
+Ref<QzAnnoPalette> paletteOfScript(const std::string& path, const std::shared_ptr<FontLibrary>& fonts,
+                                   Diagnostics& diagnostics) {
     CaptionProblem error;
     const Ref<NSData> file = readFile(path, &error.message);
     CaptionProblems problems;
@@ -41,15 +42,15 @@ Ref<QzAnnoPalette> paletteOfScript(const std::string& path, Diagnostics& diagnos
         if (!problem.isLoss()) diagnostics.warning(placeInFile(path, problem.line), problem.message);
     }
     std::vector<std::string> losses;
-    Ref<QzAnnoPalette> palette = paletteOfAss(*script, losses);
+    Ref<QzAnnoPalette> palette = paletteOfAss(*script, fonts, losses);
     for (const std::string& loss : losses) diagnostics.warning(path, loss);
     return palette;
 }
 
 }  // namespace
 
-int showPalette(const std::string& path, Diagnostics& diagnostics) {
-    const Ref<QzAnnoPalette> palette = loadPalette(path, diagnostics);
+int showPalette(const std::string& path, const std::shared_ptr<FontLibrary>& fonts, Diagnostics& diagnostics) {
+    const Ref<QzAnnoPalette> palette = loadPalette(path, fonts, diagnostics);
     if (!palette) return 1;
     std::vector<TableRow> rows = {{"", "NAME", "FONT", "TEXT AND LAYERS", "FRAME"}};
     for (int32_t priority = palette->maxPriority(); priority >= 0; --priority)
@@ -58,10 +59,11 @@ int showPalette(const std::string& path, Diagnostics& diagnostics) {
     return 0;
 }
 
-int checkPalette(const PaletteCheckOptions& options, Diagnostics& diagnostics) {
-    const Ref<QzAnnoPalette> palette = loadPalette(options.path, diagnostics);
+int checkPalette(const PaletteCheckOptions& options, const std::shared_ptr<FontLibrary>& fonts,
+                 Diagnostics& diagnostics) {
+    const Ref<QzAnnoPalette> palette = loadPalette(options.path, fonts, diagnostics);
     if (!palette) return 1;
-    const size_t faults = reportFaults(options.path, Faults::all, diagnostics);
+    const size_t faults = reportFaults(options.path, fonts.get(), diagnostics);
     const NSSize screen = {static_cast<float>(options.screen.width), static_cast<float>(options.screen.height)};
     const std::vector<ReadabilityWarning> warnings = readabilityOf(*palette, screen);
     for (const ReadabilityWarning& warning : warnings) {
@@ -73,9 +75,10 @@ int checkPalette(const PaletteCheckOptions& options, Diagnostics& diagnostics) {
     return 0;
 }
 
-int convertPalette(const std::string& input, const std::string& output, Diagnostics& diagnostics) {
+int convertPalette(const std::string& input, const std::string& output, const std::shared_ptr<FontLibrary>& fonts,
+                   Diagnostics& diagnostics) {
     const Ref<QzAnnoPalette> palette =
-        isScript(input) ? paletteOfScript(input, diagnostics) : loadPalette(input, diagnostics);
+        isScript(input) ? paletteOfScript(input, fonts, diagnostics) : loadPalette(input, fonts, diagnostics);
     if (!palette) return 1;
     std::string reason;
     const Ref<NSData> data = dataOfPalette(palette, output, &reason);

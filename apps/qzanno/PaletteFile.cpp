@@ -21,23 +21,25 @@ Ref<NSObject> propertyListOf(const Ref<NSData>& file) {
 
 }  // namespace
 
-Ref<QzAnnoPalette> loadPalette(const std::string& path, Diagnostics& diagnostics, Ref<NSData>* bytes) {
-    if (path.empty()) return builtInPalette();
+Ref<QzAnnoPalette> loadPalette(const std::string& path, const std::shared_ptr<FontLibrary>& fonts,
+                               Diagnostics& diagnostics, Ref<NSData>* bytes) {
     std::string reason;
-    const Ref<NSData> file = readFile(path, &reason);
-    Ref<QzAnnoPalette> palette = file ? paletteFromData(file, &reason) : nullptr;
-    if (!palette) diagnostics.error(path, reason);
+    const Ref<NSData> file = path.empty() ? nullptr : readFile(path, &reason);
+    Ref<QzAnnoPalette> palette = path.empty() ? builtInPalette() : file ? paletteFromData(file, &reason) : nullptr;
+    if (palette)
+        palette->setFontLibrary(fonts);
+    else
+        diagnostics.error(path, reason);
     if (bytes) *bytes = file;
     return palette;
 }
 
-size_t reportFaults(const std::string& path, Faults which, Diagnostics& diagnostics) {
+size_t reportFaults(const std::string& path, FontLibrary* fonts, Diagnostics& diagnostics) {
     const Ref<NSData> file = path.empty() ? nullptr : readFile(path, nullptr);
     const Ref<NSObject> plist = file ? propertyListOf(file) : nullptr;
     if (!plist) return 0;
     size_t count = 0;
-    for (const PaletteFault& fault : faultsOfPropertyList(*plist)) {
-        if (which == Faults::allButMissingFonts && fault.isMissingFont) continue;
+    for (const PaletteFault& fault : faultsOfPropertyList(*plist, fonts)) {
         diagnostics.warning(path, quoted(fault.annotationName) + ": " + fault.message);
         ++count;
     }

@@ -115,18 +115,18 @@ std::string textOf(Attribute::Group group, const NSDictionary& attributes, const
 }
 
 /// Of the strings that name a font.
-std::string fontNameText(const NSDictionary& attributes) {
+std::string fontNameText(const NSDictionary& attributes, const NSFont::Library& library) {
     const Ref<NSString> name = fontNameAskedFor(attributes);
-    if (name) return name->utf8() + (NSFont::fontWithName(*name, 0) ? "" : " (missing)");
+    if (name) return name->utf8() + (NSFont::fontWithName(*name, 0, library) ? "" : " (missing)");
     const auto style = attributes.objectForKey<NSString>(*QzFontStyleAttribute);
     return style ? "style " + style->utf8() : "";
 }
 
 }  // namespace
 
-std::string fontText(const NSDictionary& attributes) {
+std::string fontText(const NSDictionary& attributes, const NSFont::Library& library) {
     Parts parts(" ");
-    parts.add(fontNameText(attributes));
+    parts.add(fontNameText(attributes, library));
     parts.add(textOf(Attribute::Group::font, attributes, " "));
     return parts.text();
 }

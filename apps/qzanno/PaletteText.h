@@ -3,13 +3,14 @@
 #include <string>
 
 #include "QzAnno/platform/foundation/NSDictionary.h"
+#include "QzAnno/platform/text/NSFont.h"
 
 namespace qz::tool {
 
 // What an annotation's attributes say, in the words of the palette table; empty where they say nothing.
 
-/// "Noto Sans Bold 64", with "(missing)" where the font is not installed.
-std::string fontText(const NSDictionary& attributes);
+/// "Noto Sans Bold 64", with "(missing)" if the library does not have the font.
+std::string fontText(const NSDictionary& attributes, const NSFont::Library& library);
 /// Colour, kerning, slant, baseline shift, leading, and the layers: "#ffffff; layer 1 9 #0a0d17; layer 2 11 {5, 6}
 /// #00000073".
 std::string styleText(const NSDictionary& attributes);

@@ -7,7 +7,6 @@
 #include <map>
 #include <set>
 
-#include "QzAnno/platform/text/FontLibrary.h"
 #include "apps/qzanno/DoneTitles.h"
 #include "apps/qzanno/InputList.h"
 #include "apps/qzanno/Manifest.h"
@@ -116,7 +115,6 @@ bool RenderRun::listFiles() {
 }
 
 bool RenderRun::readInput(const Input& input, Diagnostics& diagnostics, const TitleSink& sink, bool& hasLosses) {
-    const FontLibrary::Use fonts(setup_->fonts);
     if (!options_.text) return readTitles(input.file.path, *looks_, diagnostics, sink, hasLosses);
     sink(titleOfText(*options_.text));
     return true;

@@ -10,7 +10,6 @@
 
 #include <unistd.h>
 
-#include "QzAnno/platform/text/FontLibrary.h"
 #include "apps/qzanno/FilmTime.h"
 #include "apps/qzanno/FreePlace.h"
 #include "apps/qzanno/Progress.h"
@@ -129,7 +128,6 @@ bool StreamRun::prepare() {
 }
 
 bool StreamRun::readTitlesOfInput() {
-    const FontLibrary::Use fonts(setup_->fonts);
     CaptionLooks looks = newLooks(*setup_);
     bool hasLosses = false;
     const TitleSink sink = [&](Title&& title) {

@@ -73,10 +73,10 @@ bool checkAnnotations(const RenderSetup& setup, const QzAnnoPalette& palette, Di
 
 std::optional<RenderSetup> prepareSetup(const DrawingOptions& options, Diagnostics& diagnostics) {
     RenderSetup setup{options, {}, options.data.value_or(options.screen), {}, {}};
-    const Ref<QzAnnoPalette> palette = loadPalette(options.palette, diagnostics, &setup.paletteFile);
+    const Ref<QzAnnoPalette> palette = loadPalette(options.palette, {}, diagnostics, &setup.paletteFile);
     if (!palette) return {};
     // A missing font is reported when a title asks for it.
-    reportFaults(options.palette, Faults::allButMissingFonts, diagnostics);
+    reportFaults(options.palette, nullptr, diagnostics);
     if (!loadFrame(setup, diagnostics) || !checkSize(setup.data, diagnostics) ||
         !checkAnnotations(setup, *palette, diagnostics))
         return {};
@@ -84,16 +84,15 @@ std::optional<RenderSetup> prepareSetup(const DrawingOptions& options, Diagnosti
         diagnostics.error("--lang", quoted(options.language) + " is no language tag; write one such as ja or zh-Hant");
         return {};
     }
-    const auto fonts = fontsWithFolders(options.fontDirectories, options.strict, diagnostics);
-    if (!fonts) return {};
-    setup.fonts = *fonts ? *fonts : FontLibrary::shared();
+    setup.fonts = fontsWithFolders(options.fontDirectories, options.strict, diagnostics);
+    if (!setup.fonts) return {};
     return setup;
 }
 
 Ref<QzAnnoPalette> newPalette(const RenderSetup& setup) {
-    if (!setup.paletteFile) return builtInPalette();
-    std::string reason;
-    return paletteFromData(setup.paletteFile, &reason);
+    const Ref<QzAnnoPalette> palette = setup.paletteFile ? paletteFromData(setup.paletteFile) : builtInPalette();
+    palette->setFontLibrary(setup.fonts);
+    return palette;
 }
 
 CaptionLooks newLooks(const RenderSetup& setup) {
@@ -124,7 +123,6 @@ void addSetup(Sha256& hash, const RenderSetup& setup) {
 
 TitleRenderer::TitleRenderer(const RenderSetup& setup)
     : setup_(setup),
-      fonts_(setup.fonts),
       looks_(newLooks(setup)),
       palette_(looks_.palette()),
       placements_(palette_, sizeOf(setup.options.screen), setup.options.direction),
@@ -132,7 +130,6 @@ TitleRenderer::TitleRenderer(const RenderSetup& setup)
     const DrawingOptions& options = setup.options;
     palette_->setLog(missingFonts_);
     pipeline_->setPalette(palette_);
-    pipeline_->setFontLibrary(setup.fonts);
     pipeline_->setLanguage(options.language);
     pipeline_->setBaseWritingDirection(options.direction);
     pipeline_->setScreenSize(sizeOf(options.screen), sizeOf(setup.data));

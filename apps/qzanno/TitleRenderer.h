@@ -67,7 +67,6 @@ private:
     Ref<NSBitmapImageRep> pictureFor(const NSRect& place) const;
 
     const RenderSetup& setup_;
-    const FontLibrary::Use fonts_;
     CaptionLooks looks_;
     const Ref<QzAnnoPalette> palette_;
     PlacementAnnos placements_;

@@ -53,6 +53,7 @@ void routeLibraryLog(Diagnostics::Verbosity verbosity) {
 
 /// Performs a command; the exit code.
 using Action = std::function<int(Diagnostics&)>;
+using ActionWithFonts = std::function<int(const std::shared_ptr<FontLibrary>&, Diagnostics&)>;
 
 /// The commands of the tool with what each of them does. The actions use the arguments kept here.
 class CommandLine {
@@ -72,7 +73,7 @@ private:
     CLI::App& addGroup(const char* name, const char* description, const char* examples);
     CLI::App& add(CLI::App& group, const char* name, const char* description, Action action);
     /// One that needs fonts without drawing.
-    CLI::App& addWithFonts(CLI::App& group, const char* name, const char* description, Action action);
+    CLI::App& addWithFonts(CLI::App& group, const char* name, const char* description, ActionWithFonts action);
     void addPaletteCommands();
     void addArchiveCommands();
     void addManifestCommands();
@@ -123,7 +124,9 @@ CommandLine::CommandLine(int argc, char** argv)
                    streaming_);
     describeExport(
         addWithFonts(app_, "export", "Write captions with the looks of a palette as a script for other programs",
-                     [this](Diagnostics& diagnostics) { return exportCaptions(exported_, diagnostics); }),
+                     [this](const auto& fonts, Diagnostics& diagnostics) {
+                         return exportCaptions(exported_, fonts, diagnostics);
+                     }),
         exported_);
     addPaletteCommands();
     addArchiveCommands();
@@ -145,12 +148,11 @@ CLI::App& CommandLine::add(CLI::App& group, const char* name, const char* descri
     return *command;
 }
 
-CLI::App& CommandLine::addWithFonts(CLI::App& group, const char* name, const char* description, Action action) {
+CLI::App& CommandLine::addWithFonts(CLI::App& group, const char* name, const char* description,
+                                    ActionWithFonts action) {
     const auto withFonts = [this, action = std::move(action)](Diagnostics& diagnostics) {
         const auto fonts = fontsWithFolders(fontFolders_, false, diagnostics);
-        if (!fonts) return kFailed;
-        const FontLibrary::Use use(*fonts);
-        return action(diagnostics);
+        return fonts ? action(fonts, diagnostics) : kFailed;
     };
     CLI::App& command = add(group, name, description, withFonts);
     addFontFolders(command, fontFolders_);
@@ -167,13 +169,14 @@ void CommandLine::addPaletteCommands() {
     allowEndings(*created, {".plist"}, WithoutEnding::allowed);
     create.add_flag("--overwrite", starter_.overwrite, "Write over a file that is there");
 
-    CLI::App& show = addWithFonts(group, "show", "Print a palette as a table, the highest priority first",
-                                  [this](Diagnostics& diagnostics) { return showPalette(input_, diagnostics); });
+    CLI::App& show = addWithFonts(
+        group, "show", "Print a palette as a table, the highest priority first",
+        [this](const auto& fonts, Diagnostics& diagnostics) { return showPalette(input_, fonts, diagnostics); });
     addOperand(show, "PALETTE", input_, kPalette)->required();
 
-    CLI::App& check =
-        addWithFonts(group, "check", "Report each fault of a palette and what is hard to read; exit with 1 for faults",
-                     [this](Diagnostics& diagnostics) { return checkPalette(check_, diagnostics); });
+    CLI::App& check = addWithFonts(
+        group, "check", "Report each fault of a palette and what is hard to read; exit with 1 for faults",
+        [this](const auto& fonts, Diagnostics& diagnostics) { return checkPalette(check_, fonts, diagnostics); });
     addOperand(check, "PALETTE", check_.path, kPalette)->required();
     addScreenOption(check, "The screen that the palette is meant for, in points [1920x1080]", check_.screen);
     check.add_flag("--strict", check_.strict, "What is hard to read is a fault");
@@ -184,7 +187,9 @@ void CommandLine::addPaletteCommands() {
 
     CLI::App& convert = addWithFonts(
         group, "convert", "Write a palette, or the styles of an .ass script, as a property list or an archive",
-        [this](Diagnostics& diagnostics) { return convertPalette(input_, output_, diagnostics); });
+        [this](const auto& fonts, Diagnostics& diagnostics) {
+            return convertPalette(input_, output_, fonts, diagnostics);
+        });
     addOperand(
         convert, "PALETTE", input_,
         "Property list (.plist) or archive (.annopalette) with the palette, or a script with styles (.ass, .ssa)")
@@ -206,9 +211,10 @@ void CommandLine::addArchiveCommands() {
     CLI::Option* const packed = addOutput(pack, output_, "The archive to write (.annostring)")->required();
     allowEndings(*packed, {".annostring"}, WithoutEnding::allowed);
 
-    CLI::App& show =
-        addWithFonts(group, "show", "Print the titles of an archive: text, annotations and runs",
-                     [this](Diagnostics& diagnostics) { return showArchive(input_, palette_, diagnostics); });
+    CLI::App& show = addWithFonts(group, "show", "Print the titles of an archive: text, annotations and runs",
+                                  [this](const auto& fonts, Diagnostics& diagnostics) {
+                                      return showArchive(input_, palette_, fonts, diagnostics);
+                                  });
     addOperand(show, "ARCHIVE", input_, "Archive of titles (.annostring)")->required();
     show.add_option("-p,--palette", palette_, "Palette to say what each run looks like (.plist, .annopalette)")
         ->type_name("PALETTE");

@@ -30,13 +30,12 @@ struct Settings {
 class PreparedPipeline {
 public:
     explicit PreparedPipeline(const Settings& settings)
-        : fonts_(settings.fonts),
-          looks_(newPalette(settings.palette), settings.screen),
+        : looks_(newPalette(settings.palette), settings.screen),
           palette_(looks_.palette()),
           placements_(palette_, settings.screen, settings.direction),
           pipeline_(QzAnnoStringToScreen::init()) {
         pipeline_->setPalette(palette_);
-        pipeline_->setFontLibrary(settings.fonts);
+        palette_->setFontLibrary(settings.fonts);
         pipeline_->setLanguage(settings.language);
         pipeline_->setBaseWritingDirection(settings.direction);
         pipeline_->setScreenSize(settings.screen,
@@ -45,7 +44,6 @@ public:
 
     void setTitle(const qzanno_title& title) {
         const auto string = QzMutableAnnoString::initWithString(NSString::stringWithUTF8String(title.text));
-        const FontLibrary::Use use(fonts_);
         for (const qzanno_title::Span& span : title.spans)
             string->addAnno(keyOf(span), *title.positions.rangeOf(span.bytes));
         placements_.place(title.placement, *string);
@@ -60,7 +58,6 @@ public:
     QzAnnoStringToScreen& pipeline() { return *pipeline_; }
 
 private:
-    const std::shared_ptr<FontLibrary> fonts_;
     CaptionLooks looks_;
     const Ref<QzAnnoPalette> palette_;
     PlacementAnnos placements_;

@@ -238,7 +238,7 @@ std::shared_ptr<const FontFallback::Ranking> FontFallback::rankingFor(const Inst
 
 Ref<NSFont> fontForText(const Ref<NSFont>& font, std::u16string_view text, std::string_view language) {
     if (font->coversText(text)) return font;
-    FontLibrary& library = FontLibrary::current();
+    FontLibrary& library = *font->fontLibrary();
     const FontTraits traits = font->traits();
     const auto withTraits = [&](const InstalledFont& of) {
         return traits.isEmpty() ? nullptr : library.faceWithTraits(of, traits, text);
@@ -248,7 +248,7 @@ Ref<NSFont> fontForText(const Ref<NSFont>& font, std::u16string_view text, std::
     const InstalledFont* const other = face ? nullptr : library.fallback().fontForText(font->face(), text, language);
     if (other) face = withTraits(*other);
     if (other && !face) face = library.face(*other);
-    return face ? std::make_shared<NSFont>(std::move(face), font->pointSize(), traits) : font;
+    return face ? std::make_shared<NSFont>(font->fontLibrary(), std::move(face), font->pointSize(), traits) : font;
 }
 
 }  // namespace qz

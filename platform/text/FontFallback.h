@@ -16,16 +16,16 @@ namespace qz {
 class FontLibrary;
 struct InstalledFont;
 
-/// Finds fonts of a library for text that the font asked for lacks, with Fontconfig's order of preference.
+/// Finds fonts of a library for text that the font asked for lacks, in Fontconfig's order of preference.
 ///
-/// What was found is remembered for the same face, text and language. May be used from several threads: a lock guards
-/// the memory, and none is held while fonts are opened, since what is logged then may ask for a font again.
+/// Remembers what it found for a face, a text and a language. May be used from several threads: a lock guards that
+/// memory, but is not held while fonts are opened, since a log hook may then ask for a font again.
 class FontFallback {
 public:
-    /// `config` is the one that the library lists, none for Fontconfig's own. Both outlive this.
+    /// `config` is the one that the library lists, null for Fontconfig's own. Both outlive this object.
     FontFallback(FontLibrary& library, FcConfig* config) : library_(library), config_(config) {}
 
-    /// None when the face itself serves best, or nothing does. `language` is a BCP 47 tag or empty.
+    /// Null if the face itself serves best, or no font serves. `language` is a BCP 47 tag or empty.
     const InstalledFont* fontForText(const FontFace& face, std::u16string_view text, std::string_view language);
 
 private:
@@ -42,11 +42,11 @@ private:
     std::unordered_map<std::string, const InstalledFont*> answers_;
 };
 
-/// A font at the size of `font` that covers the text, a cluster or a stretch of them, as `NSFont::coversText` has it:
-/// `font` itself when it does, else one of the current library with the look of `font` in mind. Where no font covers
-/// all of it, the first one that covers its first character, else `font`. `language` is a BCP 47 tag and decides among
-/// the fonts of the scripts that it is written in; otherwise the characters of the text speak for one, and Han that
-/// says nothing is taken for Japanese. May be used from several threads.
+/// A font at the size of `font` that covers the text (one or more clusters) in the sense of `NSFont::coversText`:
+/// `font` itself if it does, else the font of its library that looks most like it. If no font covers the whole text,
+/// the first that covers its first character, else `font`. `language` is a BCP 47 tag that decides among fonts for the
+/// scripts in which the language is written; for other scripts the characters of the text suggest a language, and Han
+/// without any hint counts as Japanese. May be used from several threads.
 Ref<NSFont> fontForText(const Ref<NSFont>& font, std::u16string_view text, std::string_view language = {});
 
 }  // namespace qz

@@ -112,8 +112,8 @@ private:
 
 }  // namespace
 
-Ref<NSFont> defaultFont() {
-    return NSFont::systemFontOfSize(kDefaultPointSize);
+Ref<NSFont> defaultFont(const NSFont::Library& library) {
+    return NSFont::systemFontOfSize(kDefaultPointSize, library);
 }
 
 std::vector<FontStretch> fontsForText(const Ref<NSFont>& font, std::u16string_view text, std::string_view language) {

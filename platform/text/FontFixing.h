@@ -7,8 +7,8 @@
 
 namespace qz {
 
-/// The font of text that names none.
-Ref<NSFont> defaultFont();
+/// The font of text that names no font.
+Ref<NSFont> defaultFont(const NSFont::Library& library = {});
 
 /// The font that serves a stretch of text, which begins where the one before ends.
 struct FontStretch {
@@ -16,10 +16,10 @@ struct FontStretch {
     Ref<NSFont> font;
 };
 
-/// The fonts for a text that asks for `font`: that font wherever it has the characters, elsewhere ones that do, as few
-/// as possible. Blanks, digits and punctuation between two stretches of one such font are shown by that font as well.
-/// Changes only between grapheme clusters; stretches of the same font in a row are one. `language` is a BCP 47 tag or
-/// empty.
+/// The fonts for a text that asks for `font`: that font wherever it has the characters, and elsewhere as few others of
+/// its library as possible. Blanks, digits and punctuation between two stretches of one such font are set in it as
+/// well. Fonts change only between grapheme clusters, and neighbouring stretches have different fonts. `language` is a
+/// BCP 47 tag or empty.
 std::vector<FontStretch> fontsForText(const Ref<NSFont>& font, std::u16string_view text,
                                       std::string_view language = {});
 

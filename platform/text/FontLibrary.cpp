@@ -24,8 +24,6 @@ constexpr size_t kRecentFacesMax = 64;
 // Tried in this order before Fontconfig's own choice for "sans", so that a title looks the same on most machines.
 constexpr std::array kSystemFamilies = {"DejaVu Sans", "Noto Sans", "Liberation Sans"};
 
-thread_local FontLibrary* currentLibrary = nullptr;
-
 std::string folded(std::string_view name) {
     std::string key;
     icu::UnicodeString::fromUTF8({name.data(), static_cast<int32_t>(name.size())}).foldCase().toUTF8String(key);
@@ -55,7 +53,7 @@ public:
 
     const std::vector<InstalledFont>& fonts() const { return fonts_; }
 
-    /// The fonts of a name, the best first; empty when there is none.
+    /// The fonts with a name, the best first; empty if no font has it.
     std::span<const size_t> withName(std::string_view name) const {
         const std::string key = folded(name);
         for (const Names* names : {&postScriptNames_, &fullNames_, &familyStyleNames_, &familyNames_}) {
@@ -134,7 +132,7 @@ private:
 };
 
 struct FontLibrary::Configuration {
-    FontconfigRef<FcConfig> config;  // none: Fontconfig's own
+    FontconfigRef<FcConfig> config;  // null: Fontconfig's own
 };
 
 struct FontLibrary::OpenedFace {
@@ -170,18 +168,6 @@ std::shared_ptr<FontLibrary> FontLibrary::withDirectories(const std::vector<std:
         problems->push_back({font.path, "is damaged; \"" + font.fontName + "\" is left out"});
     }
     return library;
-}
-
-FontLibrary& FontLibrary::current() {
-    return currentLibrary ? *currentLibrary : *shared();
-}
-
-FontLibrary::Use::Use(std::shared_ptr<FontLibrary> library) : library_(std::move(library)), former_(currentLibrary) {
-    if (library_) currentLibrary = library_.get();
-}
-
-FontLibrary::Use::~Use() {
-    currentLibrary = former_;
 }
 
 FontLibrary::FontLibrary(std::unique_ptr<const Configuration> configuration)

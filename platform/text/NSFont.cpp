@@ -17,35 +17,41 @@ bool isUsableSize(float size) {
     return size <= NSFont::kPointSizeMax;  // and so no NaN
 }
 
+const NSFont::Library& orShared(const NSFont::Library& library) {
+    return library ? library : FontLibrary::shared();
+}
+
 }  // namespace
 
-NSFont::NSFont(std::shared_ptr<const FontFace> face, float pointSize, FontTraits traits)
-    : face_(std::move(face)), pointSize_(pointSize), traits_(traits) {}
+NSFont::NSFont(Library library, std::shared_ptr<const FontFace> face, float pointSize, FontTraits traits)
+    : library_(std::move(library)), face_(std::move(face)), pointSize_(pointSize), traits_(traits) {}
 
-Ref<NSFont> NSFont::fontWithName(const NSString& name, float size) {
+Ref<NSFont> NSFont::fontWithName(const NSString& name, float size, const Library& library) {
     if (!isUsableSize(size)) return {};
-    auto face = FontLibrary::current().faceWithName(name.utf8());
+    const Library& fonts = orShared(library);
+    auto face = fonts->faceWithName(name.utf8());
     if (!face) return {};
-    return std::make_shared<NSFont>(std::move(face), size > 0 ? size : kPointSizeOtherwise);
+    return std::make_shared<NSFont>(fonts, std::move(face), size > 0 ? size : kPointSizeOtherwise);
 }
 
-Ref<NSFont> NSFont::titleBarFontOfSize(float size) {
-    return systemFontOfSize(size);
+Ref<NSFont> NSFont::titleBarFontOfSize(float size, const Library& library) {
+    return systemFontOfSize(size, library);
 }
 
-Ref<NSFont> NSFont::systemFontOfSize(float size) {
-    return std::make_shared<NSFont>(FontLibrary::current().systemFace(),
+Ref<NSFont> NSFont::systemFontOfSize(float size, const Library& library) {
+    const Library& fonts = orShared(library);
+    return std::make_shared<NSFont>(fonts, fonts->systemFace(),
                                     size > 0 ? std::min(size, kPointSizeMax) : systemFontSize());
 }
 
 Ref<NSFont> NSFont::fontWithSize(float size) const {
     if (!isUsableSize(size)) return {};
-    return std::make_shared<NSFont>(face_, size > 0 ? size : kPointSizeOtherwise, traits_);
+    return std::make_shared<NSFont>(library_, face_, size > 0 ? size : kPointSizeOtherwise, traits_);
 }
 
 Ref<NSFont> NSFont::fontWithTraits(FontTraits traits) const {
-    auto face = FontLibrary::current().faceWithTraits(face_->installedFont(), traits);
-    return std::make_shared<NSFont>(face ? std::move(face) : face_, pointSize_, traits);
+    auto face = library_->faceWithTraits(face_->installedFont(), traits);
+    return std::make_shared<NSFont>(library_, face ? std::move(face) : face_, pointSize_, traits);
 }
 
 FontTraits NSFont::unmetTraits() const {

@@ -13,12 +13,6 @@
 namespace qz {
 namespace {
 
-Ref<NSFont> askedFont(const NSDictionary& attributes) {
-    if (Ref<NSFont> original = attributes.objectForKey<NSFont>(*NSOriginalFontAttributeName)) return original;
-    const Ref<NSFont> font = attributes.objectForKey<NSFont>(*NSFontAttributeName);
-    return font ? font : defaultFont();
-}
-
 std::string languageOf(const NSDictionary& attributes) {
     const auto language = attributes.objectForKey<NSString>(*NSLanguageAttributeName);
     return language ? language->utf8() : std::string();
@@ -26,12 +20,6 @@ std::string languageOf(const NSDictionary& attributes) {
 
 bool areSame(const Ref<NSString>& a, const Ref<NSString>& b) {
     return a == b || (a && b && a->isEqualToString(*b));
-}
-
-/// Whether fonts are chosen alike for two runs.
-bool askAlike(const NSDictionary& a, const NSDictionary& b) {
-    return askedFont(a)->isEqual(*askedFont(b)) && areSame(a.objectForKey<NSString>(*NSLanguageAttributeName),
-                                                           b.objectForKey<NSString>(*NSLanguageAttributeName));
 }
 
 Ref<NSDictionary> attributesWithFont(const Ref<NSDictionary>& attributes, const Ref<NSFont>& asked,
@@ -109,6 +97,18 @@ void NSTextStorage::processEditing() {
     for (const Ref<NSLayoutManager>& layoutManager : layoutManagers) {
         layoutManager->textStorageEdited(paragraphs, edit.changeInLength, edit.charactersChanged);
     }
+}
+
+Ref<NSFont> NSTextStorage::askedFont(const NSDictionary& attributes) const {
+    if (Ref<NSFont> original = attributes.objectForKey<NSFont>(*NSOriginalFontAttributeName)) return original;
+    const Ref<NSFont> font = attributes.objectForKey<NSFont>(*NSFontAttributeName);
+    return font ? font : defaultFont(fontLibrary_);
+}
+
+/// Whether fonts are chosen alike for two runs.
+bool NSTextStorage::askAlike(const NSDictionary& a, const NSDictionary& b) const {
+    return askedFont(a)->isEqual(*askedFont(b)) && areSame(a.objectForKey<NSString>(*NSLanguageAttributeName),
+                                                           b.objectForKey<NSString>(*NSLanguageAttributeName));
 }
 
 uint32_t NSTextStorage::endOfAskedFont(size_t run, uint32_t end) const {

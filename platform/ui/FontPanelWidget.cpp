@@ -17,6 +17,7 @@ namespace qz {
 
 FontPanelWidget::FontPanelWidget(NSFontManager& manager)
     : manager_(manager),
+      fonts_(FontLibrary::shared()),
       search_(new QLineEdit),
       families_(new QListWidget),
       faces_(new QListWidget),
@@ -54,7 +55,7 @@ void FontPanelWidget::listFamilies(const QString& filter) {
     isFilling_ = true;
     const QString current = families_->currentItem() ? families_->currentItem()->text() : QString();
     std::set<std::string> names;
-    for (const InstalledFont& font : FontLibrary::current().fonts()) names.insert(font.familyName);
+    for (const InstalledFont& font : fonts_->fonts()) names.insert(font.familyName);
     families_->clear();
     for (const std::string& name : names) {
         const QString family = toQt(name);
@@ -72,7 +73,7 @@ void FontPanelWidget::listFaces() {
         families_->currentItem() ? families_->currentItem()->text().toStdString() : std::string();
     // From light to bold, upright before slanted.
     std::multimap<std::pair<double, int>, const InstalledFont*> faces;
-    for (const InstalledFont& font : FontLibrary::current().fonts()) {
+    for (const InstalledFont& font : fonts_->fonts()) {
         if (font.familyName == family) faces.emplace(std::pair(font.weight, font.slant), &font);
     }
     int regular = 0;
@@ -95,7 +96,11 @@ void FontPanelWidget::choose() {
 void FontPanelWidget::showFont(const Ref<NSFont>& font, bool isMultiple) {
     isFilling_ = true;
     note_->setText(isMultiple ? "Several fonts" : QString());
-    const InstalledFont* installed = font ? FontLibrary::current().fontWithName(font->fontName()->utf8()) : nullptr;
+    if (font && font->fontLibrary() != fonts_) {
+        fonts_ = font->fontLibrary();
+        listFamilies(search_->text());
+    }
+    const InstalledFont* installed = font ? fonts_->fontWithName(font->fontName()->utf8()) : nullptr;
     if (installed) {
         search_->clear();
         const auto families = families_->findItems(toQt(installed->familyName), Qt::MatchExactly);

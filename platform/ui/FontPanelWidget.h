@@ -13,7 +13,8 @@ namespace qz {
 
 class NSFontManager;
 
-/// Families, the faces of one, and, where that is wanted, a size.
+/// Families, the faces of one, and, where that is wanted, a size. Lists the fonts of the library that the font shown
+/// last comes from, at first those of this machine.
 class FontPanelWidget final : public QWidget {
 public:
     explicit FontPanelWidget(NSFontManager& manager);
@@ -27,6 +28,7 @@ private:
     void choose();
 
     NSFontManager& manager_;
+    NSFont::Library fonts_;
     QLineEdit* search_;
     QListWidget* families_;
     QListWidget* faces_;

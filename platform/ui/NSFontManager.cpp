@@ -40,7 +40,8 @@ Ref<NSWindow> NSFontManager::fontPanel(bool create) {
 }
 
 void NSFontManager::chooseFont(const std::string& name, float size) {
-    selectedFont_ = NSFont::fontWithName(*NSString::stringWithUTF8String(name), size);
+    selectedFont_ = NSFont::fontWithName(*NSString::stringWithUTF8String(name), size,
+                                         selectedFont_ ? selectedFont_->fontLibrary() : nullptr);
     const Ref<NSResponder> delegate = this->delegate();
     NSApplication::sharedApplication().sendAction(
         "changeFont:", delegate && delegate->respondsTo("changeFont:") ? delegate : nullptr, refTo(*this));

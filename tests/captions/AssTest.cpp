@@ -209,7 +209,7 @@ TEST_F(AssTest, StylesComeBackAsTheyWere) {
     ASSERT_TRUE(script) << error.message;
     EXPECT_THAT(linesOf(problems.take()), IsEmpty());
     std::vector<std::string> lost;
-    AssWriter writer(paletteOfAss(*script, lost), {1920, 1080}, NSWritingDirection::natural);
+    AssWriter writer(paletteOfAss(*script, {}, lost), {1920, 1080}, NSWritingDirection::natural);
     EXPECT_THAT(lost, IsEmpty());
     const std::string written = writer.script();
     for (size_t at = file.find("Style: "); at != std::string::npos; at = file.find("Style: ", at + 1)) {

@@ -28,8 +28,8 @@ test::PixelBox inkWith(const std::shared_ptr<FontLibrary>& library, const char* 
                                   {QzFontSizeAttribute, test::number(24)},
                                   {QzBoldAttribute, test::integer(1)},
                                   {QzStrikeThroughAttribute, test::integer(1)}});
+    palette->setFontLibrary(library);
     const auto screen = QzAnnoStringToScreen::init();
-    screen->setFontLibrary(library);
     screen->setPalette(palette);
     screen->setScreenSize({160, 64}, {160, 64});
     screen->setAnnoString(QzAnnoString::initWithString("Title ffi \xC3\xA9"_ns));

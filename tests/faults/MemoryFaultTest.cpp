@@ -188,6 +188,7 @@ void failEachOfARenderAndASave(Failing failing, uint64_t tries) {
         test::giveAttributes(*styles, styles->lookupAnno({}), {{QzFontAttribute, "Quokka Sans"_ns}});
         const Ref<QzMutableAnnoString> title = test::mixedTitle(*styles);
         screen->layoutManager()->glyphCache()->removeAll();
+        styles->setFontLibrary(library);
         screen->setPalette(styles);
         screen->setScreenSize({640, 360}, {640, 360});
         screen->setAnnoString(title);
@@ -203,7 +204,6 @@ void failEachOfARenderAndASave(Failing failing, uint64_t tries) {
     const auto prepare = [&] {
         // What is remembered of fonts opened anew would count as blocks held.
         if (!library || failing != Failing::theNew) library = FontLibrary::withDirectories({fonts.path().string()});
-        screen->setFontLibrary(library);
         writeText(archive, "old");
         writeText(picture, "old");
     };

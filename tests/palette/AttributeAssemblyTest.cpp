@@ -251,8 +251,8 @@ TEST(NameStyleSeparationTest, NamesSplitAtTheirHyphens) {
     }
     EXPECT_EQ(fontnameWithName("Serif"_ns, {})->utf8(), "Serif");
     EXPECT_FALSE(fontnameWithName({}, "Bold"_ns));
-    EXPECT_FALSE(fontWithName({}, "Bold"_ns, 12));
-    EXPECT_EQ(fontStyleName(*fontWithName("DejaVuSans"_ns, "Bold"_ns, 12))->utf8(), "Bold");
+    EXPECT_FALSE(fontWithName({}, "Bold"_ns, 12, {}));
+    EXPECT_EQ(fontStyleName(*fontWithName("DejaVuSans"_ns, "Bold"_ns, 12, {}))->utf8(), "Bold");
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "QzAnno/palette/QzAnnoPalette.h"
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
+#include "QzAnno/platform/text/FontLibrary.h"
 #include "QzAnno_AnnotatedTextFramework/palette/PaletteFaults.h"
 #include "platform/foundation/NSPropertyListSerialization.h"
 #include "tests/support/LogCapture.h"
@@ -13,21 +14,19 @@ namespace {
 
 using testing::ElementsAre;
 
-/// One line for each fault of a list, given as the XML of its elements: "annotation|attribute|message", with
-/// "(machine)" behind one that another machine may not have.
+/// One line for each fault: "annotation|attribute|message".
 std::vector<std::string> linesOf(const std::vector<PaletteFault>& faults) {
     std::vector<std::string> lines;
     for (const PaletteFault& fault : faults) {
-        lines.push_back(fault.annotationName + "|" + fault.attributeName + "|" + fault.message +
-                        (fault.isMissingFont ? " (machine)" : ""));
+        lines.push_back(fault.annotationName + "|" + fault.attributeName + "|" + fault.message);
     }
     return lines;
 }
 
-std::vector<std::string> faultsOf(const std::string& elements) {
+std::vector<std::string> faultsOf(const std::string& elements, FontLibrary* fonts = FontLibrary::shared().get()) {
     const auto plist = NSPropertyListSerialization::propertyListFromData(
         *NSData::dataWithBytes("<plist><dict><key>Palette</key><array>" + elements + "</array></dict></plist>"));
-    return linesOf(faultsOfPropertyList(*plist));
+    return linesOf(faultsOfPropertyList(*plist, fonts));
 }
 
 std::string entry(const Ref<NSString>& name, const std::string& value) {
@@ -131,7 +130,7 @@ TEST(PaletteFaultsTest, FontsAreSoughtAsARunOfTheAnnotationGetsThem) {
         return entry(name, std::string("<string>") + value + "</string>");
     };
     const auto missing = [](const char* name) {
-        return std::string("there is no font \"") + name + "\"; the title-bar font is used (machine)";
+        return std::string("there is no font \"") + name + "\"; the title-bar font is used";
     };
     EXPECT_THAT(
         faultsOf("<dict>" + font(QzFontNameAttribute, "DejaVuSans") + "</dict><dict>" +

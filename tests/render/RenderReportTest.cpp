@@ -83,7 +83,7 @@ TEST_F(RenderReportTest, NamesTheFacesThatAreNotThere) {
 
     const TemporaryFolder folder;
     writeText(folder.file("q.ttf"), quokka(fontFile("DejaVu Sans Bold Oblique")));
-    pipeline->setFontLibrary(FontLibrary::withDirectories({folder.path().string()}));
+    palette->setFontLibrary(FontLibrary::withDirectories({folder.path().string()}));
     give({{QzFontAttribute, "Quokka Sans"_ns}, {QzItalicAttribute, integer(0)}, {QzBoldAttribute, integer(0)}});
     const RenderReport heavy = reportOf("Title");
     ASSERT_EQ(heavy.missingTraits.size(), 2u) << "what a font is cannot be taken away";
@@ -218,19 +218,21 @@ TEST_F(RenderReportTest, TellsOfLettersBeyondTheScreen) {
     EXPECT_EQ(report.clipped[0].characters.end(), 5u);
 }
 
-TEST_F(RenderReportTest, PipelinesHaveFontsOfTheirOwn) {
+TEST_F(RenderReportTest, PalettesHaveFontsOfTheirOwn) {
     const TemporaryFolder folder;
     writeText(folder.file("q.ttf"), quokka(fontFile("DejaVu Serif")));
     give({{QzFontAttribute, "Quokka Serif"_ns}});
     EXPECT_EQ(reportOf("Title").substitutions.size(), 1u);
-    pipeline->setFontLibrary(FontLibrary::withDirectories({folder.path().string()}));
-    EXPECT_FALSE(pipeline->available());
+    palette->setFontLibrary(FontLibrary::withDirectories({folder.path().string()}));
     EXPECT_TRUE(reportOf("Title").isEmpty());
-    const auto other = QzAnnoStringToScreen::init();
-    other->setPalette(palette);
-    other->setScreenSize({640, 360}, {640, 360});
-    other->setAnnoString(pipeline->annoString());
-    EXPECT_EQ(other->reportInFullScreen(true).substitutions.size(), 1u);
+    // Text that names no font gets the default one from there as well.
+    pipeline->setAttributedString(NSAttributedString::initWithString("Title"_ns));
+    EXPECT_EQ(
+        pipeline->attributedString()->attributesAtIndex(0)->objectForKey<NSFont>(*NSFontAttributeName)->fontLibrary(),
+        palette->fontLibrary());
+    const Ref<QzAnnoPalette> other = QzAnnoPalette::paletteFromPListData(*palette->pListData());
+    pipeline->setPalette(other);
+    EXPECT_EQ(reportOf("Title").substitutions.size(), 1u);
 }
 
 TEST_F(RenderReportTest, TheLanguageChoosesFontsAndForms) {

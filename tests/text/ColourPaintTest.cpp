@@ -47,7 +47,7 @@ protected:
     }
 
     const std::shared_ptr<const FontFace> face = squares();
-    const Ref<NSFont> font = std::make_shared<NSFont>(face, 100.0f);
+    const Ref<NSFont> font = std::make_shared<NSFont>(FontLibrary::shared(), face, 100.0f);
     const Ref<GlyphCache> cache = GlyphCache::init();
 };
 

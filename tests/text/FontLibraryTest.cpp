@@ -1,5 +1,4 @@
 #include <filesystem>
-#include <thread>
 #include <utility>
 
 #include <gmock/gmock.h>
@@ -81,20 +80,12 @@ TEST(FontLibraryTest, FoldersServeTheLibraryTheyWereGivenTo) {
     const auto library = FontLibrary::withDirectories({folder.path().string()});
     ASSERT_TRUE(library);
     const Ref<NSString> name = "Quokka Serif-Bold"_ns;
-    const auto isFound = [&] { return NSFont::fontWithName(*name, 20) != nullptr; };
-    EXPECT_FALSE(isFound());
-    {
-        const FontLibrary::Use use(library);
-        EXPECT_TRUE(isFound());
-        EXPECT_EQ(NSFont::fontWithName(*name, 20)->fontName()->utf8(), "QuokkaSerif-Bold");
-        EXPECT_TRUE(NSFont::fontWithName(*"DejaVu Sans"_ns, 20)) << "those of the machine serve as well";
-        bool isFoundElsewhere = true;
-        std::thread([&] { isFoundElsewhere = isFound(); }).join();
-        EXPECT_FALSE(isFoundElsewhere);
-        const FontLibrary::Use machine(FontLibrary::shared());
-        EXPECT_FALSE(isFound());
-    }
-    EXPECT_FALSE(isFound());
+    const Ref<NSFont> font = NSFont::fontWithName(*name, 20, library);
+    ASSERT_TRUE(font);
+    EXPECT_EQ(font->fontName()->utf8(), "QuokkaSerif-Bold");
+    EXPECT_EQ(font->fontWithTraits({.bold = {}, .italic = true})->fontWithSize(9)->fontLibrary(), library);
+    EXPECT_TRUE(NSFont::fontWithName(*"DejaVu Sans"_ns, 20, library)) << "those of the machine serve as well";
+    EXPECT_FALSE(NSFont::fontWithName(*name, 20));
 }
 
 TEST(FontLibraryTest, FoldersComeBeforeTheMachine) {
@@ -104,10 +95,10 @@ TEST(FontLibraryTest, FoldersComeBeforeTheMachine) {
     const auto library = FontLibrary::withDirectories({folder.path().string()});
     ASSERT_TRUE(library);
     EXPECT_EQ(library->faceWithName("DejaVu Sans")->installedFont().path, folder.file("same.ttf"));
-    const FontLibrary::Use use(library);
-    const Ref<NSFont> arabic = fontForText(NSFont::fontWithName(*"Noto Sans"_ns, 20), u"عنوان");
+    const Ref<NSFont> font = NSFont::fontWithName(*"Noto Sans"_ns, 20, library);
+    const Ref<NSFont> arabic = fontForText(font, u"عنوان");
     EXPECT_TRUE(arabic->face().installedFont().isAdded) << arabic->description();
-    const Ref<NSFont> japanese = fontForText(NSFont::fontWithName(*"Noto Sans"_ns, 20), u"字幕");
+    const Ref<NSFont> japanese = fontForText(font, u"字幕");
     EXPECT_FALSE(japanese->face().installedFont().isAdded) << "they lack it";
 }
 
@@ -172,8 +163,7 @@ TEST(FontLibraryTest, OtherFontsStandInForDamagedGlyphs) {
     file.replace(offset + length / 4, length * 3 / 4, length * 3 / 4, '\xff');
     writeText(folder.file("q.ttf"), file);
     const auto library = FontLibrary::withDirectories({folder.path().string()});
-    const FontLibrary::Use use(library);
-    const Ref<NSFont> font = NSFont::fontWithName(*"Quokka Sans"_ns, 20);
+    const Ref<NSFont> font = NSFont::fontWithName(*"Quokka Sans"_ns, 20, library);
     ASSERT_TRUE(font);
     const LogCapture log;
     const auto stretches = fontsForText(font, u"Title \u2603");
@@ -190,13 +180,12 @@ TEST(FontLibraryTest, ALogHookMayAskForFontsWhileADamagedOneIsReported) {
     const auto library = FontLibrary::withDirectories({folder.path().string()});
     ASSERT_TRUE(library);
     writeText(folder.file("q.ttf"), "this is no font");
-    const FontLibrary::Use use(library);
-    const Ref<NSFont> font = NSFont::fontWithName(*"Noto Sans"_ns, 20);
+    const Ref<NSFont> font = NSFont::fontWithName(*"Noto Sans"_ns, 20, library);
     int reports = 0;
     setLogHook([&](std::string_view) {
         ++reports;
         EXPECT_TRUE(fontForText(font, u"عنوان")->coversText(u"عنوان"));
-        EXPECT_TRUE(NSFont::systemFontOfSize(12)->coversText(u"Title"));
+        EXPECT_TRUE(NSFont::systemFontOfSize(12, library)->coversText(u"Title"));
     });
     // A lock held while reporting would last for ever.
     alarm(30);

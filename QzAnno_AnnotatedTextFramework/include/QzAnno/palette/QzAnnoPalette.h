@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+#include <utility>
 #include <vector>
 
 #include "QzAnno/model/QzAnno.h"
@@ -10,6 +12,7 @@
 
 namespace qz {
 
+class FontLibrary;
 class NSArchiver;
 class NSArray;
 class NSUnarchiver;
@@ -38,7 +41,7 @@ public:
     ~QzAnnoPalette() override;
 
     /// Takes over the contents of the other palette, keys and annotations themselves, for holders of this one to see;
-    /// the other is to be discarded. Neither lock nor undo manager nor log of this palette change.
+    /// the other is to be discarded. This palette's lock, undo manager, log and fonts stay.
     void retainContentsOfAnnoPalette(const Ref<QzAnnoPalette>& other);
 
     /// None while the palette is locked.
@@ -48,6 +51,13 @@ public:
     /// Whether the palette is unlocked.
     bool editable() const { return !immutable_; }
     void setLog(const Ref<QzLog>& log) override { logger_ = log; }
+
+    /// Where the names of fonts are looked up; null stands for the fonts of this machine, which a new palette uses. A
+    /// library may be shared by palettes on different threads.
+    ///@{
+    const std::shared_ptr<FontLibrary>& fontLibrary() const { return fontLibrary_; }
+    void setFontLibrary(std::shared_ptr<FontLibrary> library) { fontLibrary_ = std::move(library); }
+    ///@}
 
     /// The annotation of the key: the global one for its key and for none; none for a key that is not in the palette.
     Ref<const QzAnno> lookupAnno(const Ref<QzAnnoKey>& key) const;
@@ -167,6 +177,7 @@ private:
     bool immutable_ = true;
     Ref<NSUndoManager> undo_;
     WeakRef<QzLog> logger_;
+    std::shared_ptr<FontLibrary> fontLibrary_;
     const int32_t serialNumber_;
 };
 

@@ -10,7 +10,6 @@
 
 namespace qz {
 
-class FontLibrary;
 class NSAttributedString;
 class NSTextStorage;
 class QzAnnoStringFormatter;
@@ -35,7 +34,8 @@ public:
     /// Passes the palette on to the formatter once more.
     void awakeFromNib();
 
-    /// Not owned: the host keeps it alive. A change of palette shows with the next rebuilding.
+    /// Not owned: the host keeps it alive. Titles get its annotations and its fonts. A change of palette shows the next
+    /// time the pipeline rebuilds.
     void setPalette(const Ref<QzAnnoPalette>& palette);
     /// The screen in points, and the size in pixels of the frame that the screen stands for; images are drawn at the
     /// scale data over screen. Data of a new size count only together with a screen of a new size. Must be called
@@ -56,9 +56,6 @@ public:
     NSWritingDirection baseWritingDirection() const { return direction_; }
     ///@}
 
-    /// The fonts that titles of this pipeline are looked up in; none, as at the start, stands for those of the machine,
-    /// or those that the thread uses. A library may be shared by pipelines on different threads.
-    void setFontLibrary(std::shared_ptr<FontLibrary> library);
     /// The language of the titles as a BCP 47 tag, such as "ja" or "zh-Hant"; empty, as at the start, for none. It
     /// tells which font serves characters that languages share, and which forms a font gives its letters. False, and
     /// nothing changed, for what is no such tag.
@@ -119,7 +116,6 @@ private:
     Ref<NSAttributedString> realString_;
     NSWritingDirection direction_ = NSWritingDirection::natural;
     bool available_ = false;
-    std::shared_ptr<FontLibrary> fontLibrary_;
     Ref<NSString> language_;
     const Ref<NSTextStorage> textStorage_;
     const Ref<QzScreenTextContainer> textContainer_;

@@ -6,7 +6,6 @@
 #include <string_view>
 #include <vector>
 
-
 namespace qz {
 
 class FontFace;
@@ -44,66 +43,50 @@ struct FontProblem {
     std::string what;  ///< a clause to stand behind the path and a colon, without a full stop
 };
 
-/// The scalable fonts in SFNT files that text may use, and the opened faces: those of this machine, listed once per
-/// process, or these and the ones in folders of the host's.
+/// The scalable fonts in SFNT files that text may use, and their opened faces: the fonts of this machine, listed once
+/// per process, alone or together with those in folders of the host's.
 ///
-/// Threads may share a library: the list never changes, and locks guard the faces and what fallback remembers. A font
-/// whose file has gone or is damaged is as good as not there, which the log says once.
+/// A palette says which library the names of its fonts are looked up in, and every `NSFont` keeps the library that it
+/// comes from. Threads may share a library: the list never changes, and locks guard the faces and what fallback
+/// remembers. A font whose file is gone or damaged counts as missing, which is logged once.
 class FontLibrary {
 public:
     /// The fonts of this machine.
     static const std::shared_ptr<FontLibrary>& shared();
-    /// The fonts of this machine, and before them those in the folders and the folders below; nothing is installed, and
-    /// other libraries do not change. None when a folder cannot be read. `problems`, when given, receives what is wrong
-    /// with folders and files; a file that is no font is left out. Reads every font file of the folders.
+    /// The fonts in the folders and their subfolders, followed by those of this machine; nothing is installed, and
+    /// other libraries do not change. Null if a folder cannot be read. `problems`, when given, receives what is wrong
+    /// with folders and files; a file that is not a font is left out. Reads every font file of the folders.
     static std::shared_ptr<FontLibrary> withDirectories(const std::vector<std::string>& directories,
                                                         std::vector<FontProblem>* problems = nullptr);
-    /// The library in which this thread looks fonts up: that of the innermost `Use`, or the shared one.
-    static FontLibrary& current();
     ~FontLibrary();
 
-    /// Makes a library the current one of this thread for a scope; none leaves all as it is.
-    class Use {
-    public:
-        /// Keeps the library alive meanwhile.
-        explicit Use(std::shared_ptr<FontLibrary> library);
-        /// Brings back the library that was current before, so uses end on their thread, the innermost first.
-        ~Use();
-        Use(const Use&) = delete;
-        Use& operator=(const Use&) = delete;
-
-    private:
-        const std::shared_ptr<FontLibrary> library_;
-        FontLibrary* const former_;
-    };
-
-    /// Those of added folders first, then newer versions first; stands as long as the library.
+    /// Fonts of added folders first, then newer versions first; valid as long as the library lives.
     const std::vector<InstalledFont>& fonts() const;
     /// The font of that PostScript name, full name, "family-style" or family, in this order, in any language of the
-    /// font's own names and without regard to case; none when there is none.
+    /// font's own names, ignoring case; null if there is no such font.
     const InstalledFont* fontWithName(std::string_view name) const;
     /// Names, at most `count`, that whoever wrote this one may have meant: fonts of the family that it begins with, the
     /// most regular first, or else of the family whose name differs least, by two letters at most. For messages.
     std::vector<std::string> namesLike(std::string_view name, size_t count) const;
-    /// The font of a file, with the index of `InstalledFont`; none when the library does not list it.
+    /// The font of a file, with the index of `InstalledFont`; null if the library does not list it.
     const InstalledFont* fontOfFile(std::string_view path, int index) const;
 
-    /// The face of a font of this library, an element of `fonts` and no copy; the same face as long as anybody holds
-    /// it. None when its file is of no use.
+    /// The face of a font of this library, which must be an element of `fonts`, not a copy; the same face as long as
+    /// anybody holds it. Null if its file cannot be used.
     ///@{
     std::shared_ptr<const FontFace> face(const InstalledFont& font);
     std::shared_ptr<const FontFace> face(const InstalledFont& font, FontSynthesis synthesis);
     ///@}
-    /// The face of `fontWithName`; when its file is of no use, that of another font which bears the name and looks the
-    /// same. None without either.
+    /// The face of `fontWithName`; if its file cannot be used, that of another font with the same name and looks. Null
+    /// if there is neither.
     std::shared_ptr<const FontFace> faceWithName(std::string_view name);
     /// The face with these traits of the font's family that covers the text and otherwise comes nearest, synthesised
     /// where the family has no such face. Null for a font in colours, or when no face of the family covers the text.
     std::shared_ptr<const FontFace> faceWithTraits(const InstalledFont& font, FontTraits traits,
                                                    std::u16string_view text = {});
-    /// The face that serves where none is named; one without glyphs when there are no fonts.
+    /// The face that stands in where no font is named; one without glyphs if there are no fonts.
     std::shared_ptr<const FontFace> systemFace();
-    /// What finds fonts of this library for characters that the font asked for lacks; lives as long as the library.
+    /// Finds fonts of this library for characters that a font lacks; lives as long as the library.
     FontFallback& fallback() { return *fallback_; }
 
 private:

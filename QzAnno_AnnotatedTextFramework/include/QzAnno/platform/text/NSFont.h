@@ -10,6 +10,7 @@
 namespace qz {
 
 class FontFace;
+class FontLibrary;
 
 /// The number of a glyph within its font.
 using NSGlyph = uint32_t;
@@ -36,24 +37,28 @@ struct FontRule {
 /// A font at a size in points; immutable. May be used from several threads.
 class NSFont final : public NSObject {
 public:
-    /// The installed font whose PostScript name, full name, "family-style" or family (its regular face) is the given
-    /// one, in this order, without regard to case; none when there is none. A size that is not above 0 gives 12 points;
-    /// one beyond `kPointSizeMax`, or not a number, gives none.
-    static Ref<NSFont> fontWithName(const NSString& name, float size);
-    /// The fonts that serve where none is named, both the same face; always found, or the process has no fonts at all
-    /// and gets one without glyphs. A size that is not above 0, or not a number, gives `systemFontSize`, one beyond
-    /// `kPointSizeMax` that.
+    /// Where a font is looked up, which the font keeps; null stands for `FontLibrary::shared`, the fonts of this
+    /// machine.
+    using Library = std::shared_ptr<FontLibrary>;
+
+    /// The font whose PostScript name, full name, "family-style" or family (its regular face) is the given one, in this
+    /// order and ignoring case; null if the library has no such font. A size that is not above 0 becomes 12 points; a
+    /// size above `kPointSizeMax`, or not a number, gives null.
+    static Ref<NSFont> fontWithName(const NSString& name, float size, const Library& library = {});
+    /// The fonts that stand in where none is named; both have the same face, which has no glyphs if the library has no
+    /// fonts at all. A size that is not above 0, or not a number, becomes `systemFontSize`; one above `kPointSizeMax`
+    /// becomes that.
     ///@{
-    static Ref<NSFont> titleBarFontOfSize(float size);
-    static Ref<NSFont> systemFontOfSize(float size);
+    static Ref<NSFont> titleBarFontOfSize(float size, const Library& library = {});
+    static Ref<NSFont> systemFontOfSize(float size, const Library& library = {});
     ///@}
     /// In points.
     static float systemFontSize() { return 13.0f; }
     /// The same face at another size, with the size rules of `fontWithName`.
     Ref<NSFont> fontWithSize(float size) const;
-    /// The face of the same family, at the same size, that has these traits and otherwise comes nearest. Where the
-    /// family has no such face, bold and italic are synthesised; the other way round the font stays as it is. A font
-    /// in colours has no traits. Fonts that serve for characters that it lacks get the traits as well.
+    /// The face of the same family and library, at the same size, that has these traits and otherwise comes nearest.
+    /// Where the family has no such face, bold and italic are synthesised; the other way round the font stays as it is.
+    /// A font in colours has no traits. Fonts that serve for characters that it lacks get the traits as well.
     Ref<NSFont> fontWithTraits(FontTraits traits) const;
 
     /// What was asked of `fontWithTraits`.
@@ -101,6 +106,8 @@ public:
     /// Whether the glyph's outline cannot be read from the font's file; nothing is drawn for it then.
     bool isGlyphDamaged(NSGlyph glyph) const;
 
+    /// Where it was looked up, and where fonts for the characters that it lacks are found; never null.
+    const Library& fontLibrary() const { return library_; }
     /// For the text system; lives as long as the font.
     const FontFace& face() const { return *face_; }
 
@@ -112,12 +119,14 @@ public:
     std::string description() const override;
     std::string className() const override { return "NSFont"; }
 
-    /// For the text system, which sees to it that there is a face, and that the size is one that `pointSize` may give.
-    NSFont(std::shared_ptr<const FontFace> face, float pointSize, FontTraits traits = {});
+    /// For the text system: neither pointer is null, the face is one of the library's, and the size is above 0 and at
+    /// most `kPointSizeMax`.
+    NSFont(Library library, std::shared_ptr<const FontFace> face, float pointSize, FontTraits traits = {});
 
 private:
     float points(double fontUnits) const;
 
+    const Library library_;
     const std::shared_ptr<const FontFace> face_;
     const float pointSize_;
     const FontTraits traits_;

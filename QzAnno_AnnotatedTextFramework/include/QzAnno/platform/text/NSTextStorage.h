@@ -1,11 +1,15 @@
 #pragma once
 
+#include <memory>
 #include <optional>
+#include <utility>
 
 #include "QzAnno/platform/text/NSAttributedString.h"
 
 namespace qz {
 
+class FontLibrary;
+class NSFont;
 class NSLayoutManager;
 
 /// The attributed string that layout managers lay out and keep up with.
@@ -18,6 +22,9 @@ class NSTextStorage final : public NSMutableAttributedString {
 public:
     /// The empty text, without layout managers.
     static Ref<NSTextStorage> init();
+
+    /// Where the default font is looked up from now on; null stands for the fonts of this machine.
+    void setFontLibrary(std::shared_ptr<FontLibrary> library) { fontLibrary_ = std::move(library); }
 
     /// Takes it from the storage that it had. Edits of a series that is not ended yet are told of first.
     void addLayoutManager(const Ref<NSLayoutManager>& layoutManager);
@@ -47,10 +54,13 @@ private:
 
     void edited(Range range, int64_t changeInLength, bool charactersChanged) override;
     void processEditing();
+    Ref<NSFont> askedFont(const NSDictionary& attributes) const;
+    bool askAlike(const NSDictionary& a, const NSDictionary& b) const;
     void fixFontsInRange(Range range);
     /// Where the stretch that asks for the same font and language as the run ends, at `end` at the latest.
     uint32_t endOfAskedFont(size_t run, uint32_t end) const;
 
+    std::shared_ptr<FontLibrary> fontLibrary_;
     std::vector<Ref<NSLayoutManager>> layoutManagers_;
     std::optional<Edit> edit_;
     uint32_t editingDepth_ = 0;
