@@ -42,7 +42,7 @@ bool CodedGraph::addPart(Extent part) {
 }
 
 bool CodedGraph::countKey(size_t entries) {
-    // One without parts is found by its hash.
+    // A key that holds no objects is found by its hash.
     if (last_.unfolded <= 1) return true;
     comparisons_ += uint64_t{last_.unfolded} * entries;
     if (comparisons_ <= kKeyComparisonsMax) return true;

@@ -7,30 +7,30 @@
 
 namespace qz {
 
-/// How deep and how large the graph of coded objects becomes. Writer and reader keep it alike, so they refuse the same
+/// Tracks the depth and size of the graph of coded objects. Writer and reader both keep one, so they refuse the same
 /// graphs.
 ///
-/// Operations return false past a limit, and `refusal()` then says which.
+/// Operations return false beyond a limit, and `refusal()` then says which.
 class CodedGraph {
 public:
-    /// Of an object with all that it holds.
+    /// The size of an object with everything it holds.
     struct Extent {
         uint32_t height = 1;
         uint32_t unfolded = 1;
     };
 
-    /// A new object begins, inside those that have not ended.
+    /// Begins a new object, inside those that have not ended.
     bool begin();
-    /// The innermost object ends, and becomes a part of the one around it.
+    /// Ends the innermost object and makes it part of the one around it.
     bool end();
-    /// The innermost object, if there is one, refers to an object that has ended.
+    /// Makes the innermost object, if there is one, refer to an object that has ended.
     bool refer(Extent extent);
-    /// None takes part.
+    /// Notes a null object.
     void passNone() { last_ = {0, 0}; }
-    /// The object that was ended or referred to last is filed as a key among so many.
+    /// Counts storing the object that was last ended or referred to as a key beside `entries` others.
     bool countKey(size_t entries);
 
-    /// The extent of the object that was ended or referred to last.
+    /// The extent of the object that was last ended or referred to.
     Extent last() const { return last_; }
     const std::string& refusal() const { return refusal_; }
 

@@ -12,7 +12,7 @@ namespace qz {
 namespace {
 
 constexpr uint64_t kElementMemory = sizeof(Ref<NSObject>);
-// An entry and its slots in the index, while both grow and the old ones are still there.
+// An entry and its index slots while both grow: old and new exist at once.
 constexpr uint64_t kMapEntryMemory = 4 * sizeof(ObjectMap::Entry);
 
 bool encodeCount(NSArchiver& archiver, std::string_view type, size_t count) {
@@ -23,7 +23,7 @@ bool encodeCount(NSArchiver& archiver, std::string_view type, size_t count) {
     return !archiver.hasFailed();
 }
 
-// Each of so many objects or entries takes `groups` groups and `memory` bytes.
+// Reads a count of objects or entries, each of which takes `groups` groups and `memory` bytes.
 std::optional<uint32_t> decodeCount(NSUnarchiver& unarchiver, std::string_view type, uint32_t groups, uint64_t memory) {
     int64_t count = 0;
     if (!unarchiver.decodeValueOfObjCType(type, &count)) return {};
@@ -34,7 +34,7 @@ std::optional<uint32_t> decodeCount(NSUnarchiver& unarchiver, std::string_view t
     return static_cast<uint32_t>(natural);
 }
 
-// One line for a collection, however many there are.
+// Logs one line per collection, however many items are dropped.
 void tellDropped(NSUnarchiver& unarchiver, size_t dropped, size_t count, std::string_view of) {
     if (dropped == 0) return;
     unarchiver.countDropped(dropped);
@@ -66,7 +66,7 @@ Ref<NSObject> decodeArray(NSUnarchiver& unarchiver) {
 const CodedClassRegistration registerArray(
     {.name = "NSArray", .encode = encodeArray, .decode = decodeArray, .aliases = {"NSMutableArray"}});
 
-// The description of another object than a string can be long.
+// The description of an object that is not a string can be long.
 std::string placeOf(const NSObject& key, size_t entry) {
     const auto* const name = dynamic_cast<const NSString*>(&key);
     return name ? quotedExcerpt(name->utf8()) : "entry " + std::to_string(entry);

@@ -8,7 +8,7 @@
 namespace qz {
 namespace {
 
-// Of the thread. The row of objects to free goes through them, since memory may be what is lacking.
+// Per thread. The list of objects to free is linked through the objects themselves, since memory may have run out.
 constinit thread_local ObjectHolder* firstToFree = nullptr;
 constinit thread_local bool isFreeing = false;
 
@@ -24,7 +24,7 @@ constinit thread_local Walk walk;
 void ObjectHolder::free(ObjectHolder* holder) noexcept {
     holder->nextToFree_ = std::exchange(firstToFree, holder);
     if (std::exchange(isFreeing, true)) return;
-    // What an object held joins the row here, through this function.
+    // Objects held by the freed one join the list through this function.
     while (firstToFree) {
         const ObjectHolder* const next = std::exchange(firstToFree, firstToFree->nextToFree_);
         delete next;

@@ -7,9 +7,9 @@
 
 namespace qz {
 
-/// A step from an object into those that it holds, while it is compared or described. What lies deeper than
-/// `Limits::kNestingMax`, or comes after 2^24 steps, is not looked at: one log line says so, and two objects then count
-/// as different.
+/// One step from an object into those that it holds, while it is compared or described. Objects deeper than
+/// `Limits::kNestingMax`, or beyond 2^24 steps, are not visited: one log line says so, and two objects compared then
+/// count as different.
 class Descent {
 public:
     Descent();
@@ -17,11 +17,11 @@ public:
     Descent(const Descent&) = delete;
     Descent& operator=(const Descent&) = delete;
 
-    /// False beyond the limits, and from then on until the outermost object is done with.
+    /// False beyond the limits, and from then on until the outermost object is finished.
     bool mayGoOn() const;
 };
 
-/// Of an object that another one holds, none included: "(null)". What lies too deep is "…".
+/// The description of an object held by another: "(null)" for null, "…" if it is too deep.
 std::string heldDescription(const NSObject* object);
 
 }  // namespace qz

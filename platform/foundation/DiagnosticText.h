@@ -5,10 +5,10 @@
 
 namespace qz {
 
-/// The text with control characters, line ends among them, as blanks: safe inside a diagnostic of one line.
+/// The text with control characters, including line ends, replaced by blanks, safe to use in a one-line diagnostic.
 std::string oneLine(std::string_view text);
 
-/// At most the first 40 bytes of the text in quotes, cut between characters and on one line; "…" marks the cut.
+/// The first 40 bytes of the text at most, in quotes and on one line, cut between characters; "…" marks the cut.
 std::string quotedExcerpt(std::string_view text);
 
 }  // namespace qz

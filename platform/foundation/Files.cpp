@@ -27,7 +27,7 @@ public:
 
     int number() const { return number_; }
     explicit operator bool() const { return number_ >= 0; }
-    // False when the system reports only now that something was not written.
+    // Returns false if the system reports a failed write only now.
     bool close() {
         const int number = number_;
         number_ = -1;
@@ -52,8 +52,8 @@ bool writeAll(const Descriptor& file, std::span<const uint8_t> bytes) {
     return true;
 }
 
-// What a path stands for once the symbolic links of its last component are followed; the file itself need not exist.
-// None after more links than the system would follow.
+// Follows the symbolic links of the path's last component; the file itself need not exist. Returns an empty path after
+// more links than the system would follow.
 std::string followedLinks(std::string path) {
     for (int links = 0; links < 40; ++links) {
         std::error_code noLink;
@@ -69,7 +69,7 @@ std::string folderOf(const std::string& path) {
     return folder.empty() ? "." : folder;
 }
 
-// A pipe or a device has no old content to keep.
+// A pipe or device has no old content to preserve.
 bool writeThrough(const std::string& path, std::span<const uint8_t> bytes, std::string* error) {
     Descriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
     if (!file) return fail(error, "cannot be opened for writing", errno);
@@ -77,7 +77,7 @@ bool writeThrough(const std::string& path, std::span<const uint8_t> bytes, std::
     return true;
 }
 
-// A new file in the folder, under a name that no other write uses.
+// Creates a file in the folder under a name that no other write uses.
 int createBeside(const std::string& folder, mode_t mode, std::string& name) {
     static std::atomic<uint32_t> counter = 0;
     for (int attempt = 0; attempt < 100; ++attempt) {
@@ -90,7 +90,8 @@ int createBeside(const std::string& folder, mode_t mode, std::string& name) {
 
 bool fill(Descriptor& file, std::span<const uint8_t> bytes, const struct stat* former, Flush flush) {
     if (former) {
-        // Only the superuser may give a file away; the mode comes after, since a change of owner clears bits of it.
+        // Only the superuser may give a file away. The mode comes second, since changing the owner clears some of its
+        // bits.
         if (::fchown(file.number(), former->st_uid, former->st_gid) != 0 && errno != EPERM) return false;
         if (::fchmod(file.number(), former->st_mode & 07777) != 0) return false;
     }
@@ -113,7 +114,7 @@ Ref<NSData> readFile(const std::string& path, std::string* error, uint64_t bytes
     }
     std::vector<uint8_t> bytes;
     size_t length = 0;
-    // One byte more than the size that is known, so that the end of the file shows without growing.
+    // One byte more than the known size, so that the end of the file shows without growing the buffer.
     uint64_t room = S_ISREG(status.st_mode) ? static_cast<uint64_t>(status.st_size) + 1 : uint64_t{kChunkBytes};
     const uint64_t tooLarge = bytesMax == UINT64_MAX ? bytesMax : bytesMax + 1;
     while (length < tooLarge) {
@@ -130,7 +131,7 @@ Ref<NSData> readFile(const std::string& path, std::string* error, uint64_t bytes
         if (count > 0) length += static_cast<size_t>(count);
         room = std::max<uint64_t>(length, kChunkBytes);
     }
-    if (error) *error = "is larger than the " + std::to_string(bytesMax) + " bytes that are read at most";
+    if (error) *error = "is larger than the limit of " + std::to_string(bytesMax) + " bytes";
     return {};
 }
 
@@ -140,23 +141,23 @@ bool writeFileAtomically(const std::string& path, std::span<const uint8_t> bytes
     if (!exists && errno != ENOENT) return fail(error, "cannot be written", errno);
     if (exists && S_ISDIR(former.st_mode)) return fail(error, "cannot be written", EISDIR);
     if (exists && !S_ISREG(former.st_mode)) return writeThrough(path, bytes, error);
-    // The rename would replace a read-only file, as it asks for the folder's permission only.
+    // The rename needs only the folder's permission, so it would replace a read-only file.
     if (exists && ::access(path.c_str(), W_OK) != 0) return fail(error, "cannot be written", errno);
 
     const std::string target = followedLinks(path);
     if (target.empty()) return fail(error, "cannot be written", ELOOP);
     const std::string folder = folderOf(target);
     std::string temporary;
-    // Private until it has the former mode, so that nobody reads what they could not read before.
+    // Private until it has the former file's mode, so that nobody reads what they could not read before.
     Descriptor file(createBeside(folder, exists ? 0600 : 0666, temporary));
-    if (!file) return fail(error, "no file can be created beside it", errno);
+    if (!file) return fail(error, "cannot be written: no file can be created beside it", errno);
     if (!fill(file, bytes, exists ? &former : nullptr, flush) || ::rename(temporary.c_str(), target.c_str()) != 0) {
         const int code = errno;
         ::unlink(temporary.c_str());
         return fail(error, "cannot be written", code);
     }
     if (flush == Flush::later) return true;
-    // Makes the rename last through a power failure, where the file system can; the content is in place either way.
+    // Makes the rename survive a power failure where the file system can; the content is in place either way.
     const Descriptor folderDescriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (folderDescriptor) ::fsync(folderDescriptor.number());
     return true;

@@ -13,7 +13,7 @@ namespace qz {
 
 struct NSArchiver::State {
     struct WrittenObject {
-        // An object that dies could leave its address to another one.
+        // Keeps the object alive, so that no other object gets its address.
         Ref<NSObject> object;
         uint32_t number;
         bool hasEnded;
@@ -47,7 +47,7 @@ void NSArchiver::fail(std::string reason) {
 }
 
 void NSArchiver::addPlaceOfFailure(std::string_view place) {
-    // The innermost places say most; a deep nest has too many for a line.
+    // The innermost places say most; deep nesting has too many for one line.
     constexpr size_t bytesMax = 500;
     if (!hasFailed() || error_.starts_with("…")) return;
     error_.insert(0, (error_.size() < bytesMax ? oneLine(place) : "…") + " > ");
@@ -102,7 +102,7 @@ bool NSArchiver::encodeValuesOfObjCTypes(std::string_view types, std::initialize
 
 namespace {
 
-// The bits of an integer that the form can hold.
+// The bits of the integer, or no value if the form cannot hold it.
 std::optional<uint64_t> bitsOf(const CodedValue& value, IntegerForm form) {
     if (const auto* natural = std::get_if<uint64_t>(&value.value())) {
         return *natural <= form.greatest() ? std::optional(*natural) : std::nullopt;
@@ -120,7 +120,7 @@ void NSArchiver::writeValue(const CodedValue& coded, char code, [[maybe_unused]]
     if (const std::optional<IntegerForm> form = integerFormOf(code)) {
         const std::optional<uint64_t> bits = bitsOf(coded, *form);
         if (!bits)
-            fail(std::string("an integer that the type \"") + code + "\" cannot hold");
+            fail(std::string("an integer out of range for the type \"") + code + "\"");
         else if (isRawByte(code))
             writer.writeByte(static_cast<uint8_t>(*bits));
         else if (form->isSigned)
@@ -144,7 +144,7 @@ void NSArchiver::writeValue(const CodedValue& coded, char code, [[maybe_unused]]
     } else if (code == '#') {
         const CodedClass* const codedClass = codedClassNamed(characters);
         if (!codedClass || !writer.writeClass(*codedClass))
-            fail(std::string(characters) + " is no class that can be coded");
+            fail(std::string(characters) + " is not a class with a coded form");
     } else {
         writer.writeSharedString(characters);
     }
@@ -160,8 +160,8 @@ void NSArchiver::writeObject(const Ref<NSObject>& object) {
     if (known == state_->objects.end()) return writeNewObject(object);
     const auto& [kept, number, hasEnded, extent] = known->second;
     if (!hasEnded && !codedClassNamed(object->className())->allocate)
-        return fail("an object of class " + object->className() + " that holds itself, which its readers refuse");
-    // Of an object that refers to itself the reader knows as little as we do here.
+        return fail("an object of class " + object->className() + " that holds itself, which readers refuse");
+    // The reader knows no more about an object that refers to itself than we do here.
     if (!graph.refer(hasEnded ? extent : CodedGraph::Extent{0, 1})) fail(graph.refusal());
     state_->writer.writeReference(number);
 }

@@ -9,8 +9,8 @@ namespace {
 
 using Registry = std::map<std::string_view, const CodedClass*>;
 
-// Made by whichever registration comes first. Neither it nor the classes are freed, since objects with static lifetime
-// may still be coded while others are destroyed.
+// Made by the first registration. Neither it nor the classes are ever freed, since objects with static lifetime may
+// still be encoded while others are destroyed.
 Registry& registry() {
     static const CodedClass root{.name = "NSObject", .superclassName = ""};
     static Registry& registry = *new Registry{{root.name, &root}};

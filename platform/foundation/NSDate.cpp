@@ -24,7 +24,7 @@ size_t NSDate::hash() const {
 
 std::string NSDate::description() const {
     using namespace std::chrono;
-    // Four digits of the year: what lies outside is shown as the nearest second that has them.
+    // The year has four digits, so dates outside are shown as the nearest second inside.
     constexpr sys_seconds reference = sys_days(year(2001) / 1 / 1);
     constexpr double first = duration<double>(sys_seconds(sys_days(year(0) / 1 / 1)) - reference).count();
     constexpr double last = duration<double>(sys_seconds(sys_days(year(10000) / 1 / 1)) - reference).count() - 1;

@@ -23,7 +23,7 @@ Ref<NSDictionary> NSDictionary::dictionaryWithMap(ObjectMap map) {
 Ref<NSDictionary> NSDictionary::dictionaryWithObjects(const std::vector<Ref<NSObject>>& objects,
                                                       const std::vector<Ref<NSObject>>& forKeys) {
     if (objects.size() != forKeys.size())
-        NSLog("A dictionary of %u objects for %u keys leaves out those without a partner\n",
+        NSLog("A dictionary of %u objects for %u keys drops those without a counterpart\n",
               {static_cast<uint32_t>(objects.size()), static_cast<uint32_t>(forKeys.size())});
     ObjectMap map;
     for (size_t i = 0; i < std::min(objects.size(), forKeys.size()); ++i) map.set(forKeys[i], objects[i]);

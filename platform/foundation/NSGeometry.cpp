@@ -10,8 +10,8 @@
 namespace qz {
 namespace {
 
-// One axis of a rectangle. Kept in double, where the end of a 32-bit stretch and its length again are exact: the
-// overlap of a rectangle with one around it is then that rectangle to the last bit.
+// One axis of a rectangle. Double holds the end of a 32-bit stretch, and its length computed back, exactly: so the
+// overlap of a rectangle with an enclosing one equals it to the last bit.
 struct Stretch {
     double begin;
     double end;
@@ -42,7 +42,7 @@ bool isSpace(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-// Reads the text forms. A token that is not there is passed over and remembered in `wellFormed`.
+// Reads the text forms. Skips a missing token and clears `wellFormed`.
 class GeometryReader {
 public:
     explicit GeometryReader(const NSString& text) : text_(text.utf8()), rest_(text_) {}
@@ -87,7 +87,7 @@ private:
     float number() {
         skipSpace();
         if (rest_.size() > 1 && rest_[0] == '+' && rest_[1] != '-') rest_.remove_prefix(1);
-        // Words such as "inf" and "nan", which from_chars takes, are no numbers of these forms.
+        // from_chars accepts words such as "inf" and "nan", which these forms do not allow.
         const size_t firstDigit = rest_.starts_with('-') ? 1 : 0;
         const bool isNumber = firstDigit < rest_.size() &&
                               (rest_[firstDigit] == '.' || (rest_[firstDigit] >= '0' && rest_[firstDigit] <= '9'));

@@ -7,7 +7,7 @@
 namespace qz {
 namespace {
 
-// A hook may be exchanged while another thread logs, so a line is sent through a copy.
+// A hook may be replaced while another thread logs, so each line goes through a copy.
 class Channel {
 public:
     explicit Channel(DiagnosticHook hook) : hook_(std::move(hook)) {}

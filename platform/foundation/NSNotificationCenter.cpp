@@ -34,7 +34,7 @@ NSNotificationCenter::NSNotificationCenter() : observations_(std::make_unique<Ob
 NSNotificationCenter::~NSNotificationCenter() = default;
 
 NSNotificationCenter& NSNotificationCenter::defaultCenter() {
-    // Never destroyed: objects that die at the end of the process still remove their observations.
+    // Never destroyed: objects destroyed at process exit still remove their observations.
     static NSNotificationCenter& center = *new NSNotificationCenter;
     return center;
 }
@@ -46,12 +46,11 @@ void NSNotificationCenter::addObserver(const void* observer, Handler handler, Re
         return;
     }
     const std::lock_guard lock(observations_->mutex);
-    observations_->all.push_back(
-        {observer, std::move(handler), std::move(name), object, ++observations_->lastNumber});
+    observations_->all.push_back({observer, std::move(handler), std::move(name), object, ++observations_->lastNumber});
 }
 
 void NSNotificationCenter::removeObserver(const void* observer, const Ref<NSString>& name, const NSObject* object) {
-    // What a handler holds may call back when it dies, so it dies after the lock.
+    // Objects captured by a handler may call back from their destructors, so destroy them after unlocking.
     std::vector<Observation> removed;
     std::vector<Observation>& all = observations_->all;
     const std::lock_guard lock(observations_->mutex);

@@ -4,10 +4,10 @@
 
 namespace qz {
 
-/// Stands for "nothing" in a collection, which cannot hold none. There is one.
+/// Stands for "nothing" in a collection, which cannot hold null. There is only one.
 class NSNull final : public NSObject {
 public:
-    /// The one object, the same for every thread.
+    /// The only object, shared by all threads.
     static Ref<NSNull> null();
 
     std::string description() const override { return "<null>"; }

@@ -16,13 +16,13 @@ namespace {
 template <class Integer>
 Integer saturated(double value) {
     if (std::isnan(value)) return 0;
-    // The upper bound is compared as a power of two, which a double holds exactly.
+    // Compares the upper bound as a power of two, which a double holds exactly.
     if (value >= -static_cast<double>(std::numeric_limits<Integer>::min())) return std::numeric_limits<Integer>::max();
     if (value <= static_cast<double>(std::numeric_limits<Integer>::min())) return std::numeric_limits<Integer>::min();
     return static_cast<Integer>(value);
 }
 
-// Numbers of everyday size are written without an exponent, though that would be shorter for some.
+// Numbers of everyday size have no exponent, even where one would be shorter.
 template <class Real>
 std::string shortest(Real value) {
     constexpr Real smallest = static_cast<Real>(1e-4);
@@ -55,7 +55,7 @@ Ref<NSNumber> numberFrom(const Ref<NSObject>& value, bool* whole) {
     constexpr std::string_view kSpace = " \t\r\n";
     text.remove_prefix(std::min(text.find_first_not_of(kSpace), text.size()));
     if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
-    // Words such as "inf", which from_chars takes, are no numbers here.
+    // from_chars accepts words such as "inf", which are not numbers here.
     const size_t firstDigit = text.find_first_not_of("-.");
     double number = 0;
     if (firstDigit == text.npos || !std::isdigit(static_cast<unsigned char>(text[firstDigit]))) return {};
@@ -132,7 +132,7 @@ bool NSNumber::isEqual(const NSObject& other) const {
     if (this == &other) return true;
     const auto* number = dynamic_cast<const NSNumber*>(&other);
     if (!number) return false;
-    // Two integers are compared as such: a double does not hold every 64-bit one.
+    // Compares two integers as integers, since a double does not hold every 64-bit integer.
     if (!isReal() && !number->isReal()) return longLongValue() == number->longLongValue();
     return doubleValue() == number->doubleValue();
 }

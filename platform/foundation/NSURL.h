@@ -5,21 +5,21 @@
 
 namespace qz {
 
-/// An immutable address as it is written, and the one that it is relative to, if any; nothing is parsed or resolved.
-/// Equal when both are.
+/// An immutable address as written, and the address it is relative to, if any; nothing is parsed or resolved. Two are
+/// equal if both parts are.
 class NSURL final : public ObjectHolder {
 public:
-    /// No string is the empty one.
+    /// A null string counts as empty.
     static Ref<NSURL> URLWithString(Ref<NSString> string, Ref<NSURL> relativeToURL = {});
 
-    /// As it was given; never none.
+    /// The string as given; never null.
     const Ref<NSString>& relativeString() const { return string_; }
-    /// None for an address that stands alone.
+    /// Null for an address that is not relative.
     const Ref<NSURL>& baseURL() const { return base_; }
 
     bool isEqual(const NSObject& other) const override;
     size_t hash() const override { return string_->hash(); }
-    /// "page.html -- https://example.com/" for a relative one.
+    /// "page.html -- https://example.com/" for a relative address.
     std::string description() const override;
     std::string className() const override { return "NSURL"; }
 

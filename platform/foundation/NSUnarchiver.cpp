@@ -13,9 +13,9 @@
 namespace qz {
 namespace {
 
-// Of one object with its entry in the table: the class with the most fields, the counters of its owners, the table.
+// Memory of one object: the class with the most fields, its reference counts, and its entry in the table.
 constexpr uint64_t kObjectMemory = 128;
-// The types of a group take a byte, as reference, and an object or a reference to one another.
+// The types of a group take a byte, as a reference, and an object or a reference to it another.
 constexpr uint64_t kLeastGroupBytes = 2;
 
 }  // namespace
@@ -38,11 +38,11 @@ struct NSUnarchiver::State {
     const Ref<NSData> data;
     TypedStreamReader reader;
     CodedGraph graph;
-    // By the numbers of the stream's table; the entries of classes and C strings stay empty.
+    // Indexed by the numbers in the stream's table; the entries of classes and C strings stay empty.
     std::deque<ObjectEntry> objects;
-    // Bytes that the groups take at least which collections that are being read have yet to come to.
+    // The fewest bytes that the collections being read still need for their remaining groups.
     uint64_t expectedBytes = 0;
-    // Objects of no interest that are being read all the same, because others may refer to what they hold.
+    // How many discarded objects are being read, because others may refer to objects inside them.
     uint32_t passedOverObjects = 0;
     // The class of the innermost object, for messages.
     std::string_view className;
@@ -89,8 +89,8 @@ std::optional<int32_t> NSUnarchiver::versionForClassName(std::string_view classN
 }
 
 void NSUnarchiver::failForClass(const NSObject& object, std::string_view expectedClass) {
-    fail("an object of class " + object.className() + " stands where one of class " + std::string(expectedClass) +
-         " is due");
+    fail("an object of class " + object.className() + " where one of class " + std::string(expectedClass) +
+         " is expected");
 }
 
 bool NSUnarchiver::countMemory(uint64_t bytes) {
@@ -111,8 +111,8 @@ bool NSUnarchiver::expectObjects(uint64_t count) {
     if (count <= bytesLeft && count * kLeastGroupBytes <= bytesLeft - std::min(bytesLeft, state_->expectedBytes)) {
         state_->expectedBytes += count * kLeastGroupBytes;
     } else {
-        fail("a collection of " + std::to_string(count) + " objects, and " + std::to_string(bytesLeft) +
-             " bytes are left for them and for what follows");
+        fail("a collection of " + std::to_string(count) + " objects, but only " + std::to_string(bytesLeft) +
+             " bytes are left for them and the rest");
     }
     return !hasFailed();
 }
@@ -141,7 +141,7 @@ bool NSUnarchiver::decodeValuesOfObjCTypes(std::string_view types, std::initiali
     if (hasFailed()) return false;
     if (group.text != types) {
         std::string reason =
-            "values of the types " + quotedExcerpt(group.text) + ", and " + quotedExcerpt(types) + " are due";
+            "values of the types " + quotedExcerpt(group.text) + " where " + quotedExcerpt(types) + " are expected";
         if (!state_->className.empty()) reason += " in an object of class " + quotedExcerpt(state_->className);
         reader.failAt(group.offset, reason);
         return false;
@@ -165,7 +165,7 @@ std::optional<std::string_view> NSUnarchiver::decodeArrayOfObjCType(char type, s
 
 namespace {
 
-// Reads one value of any kind and files it where the caller wants it; a kind that the slot is not made for is a bug.
+// Reads one value of any kind into the caller's slot; a slot of the wrong kind is a bug.
 class LeafReading {
 public:
     LeafReading(TypedStreamReader& reader, char code, uint32_t count) : reader_(reader), code_(code), count_(count) {}
@@ -193,7 +193,7 @@ public:
     void operator()(std::string_view* slot) const {
         const std::optional<std::string_view> characters = readCharacters();
         if (!characters)
-            reader_.fail("nil stands where characters are due");
+            reader_.fail("nil where characters are expected");
         else
             *slot = *characters;
     }
@@ -324,12 +324,12 @@ Ref<NSObject> NSUnarchiver::readContents(const CodedClass& codedClass, uint32_t 
         state_->objects[number].object = object;
         if (!codedClass.fill(*object, *this)) object = nullptr;
     }
-    // A collection that was given up has left groups unread that are no longer waited for.
+    // A collection that failed leaves groups unread; stop expecting them.
     state_->expectedBytes = expectedBefore;
     return object;
 }
 
-// Reads what is left of the innermost object, because others may refer to what stands there.
+// Reads the rest of the innermost object, because others may refer to objects in it.
 void NSUnarchiver::passOverGroups() {
     TypedStreamReader& reader = state_->reader;
     ++state_->passedOverObjects;

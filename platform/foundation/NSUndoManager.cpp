@@ -27,7 +27,7 @@ NSUndoManager::InvocationTarget NSUndoManager::prepareWithInvocationTarget(const
 }
 
 void NSUndoManager::registerAction(Action action) {
-    // What a forgotten call holds may call back when it dies, so it dies last.
+    // Objects captured by a forgotten call may call back from their destructors, so destroy them last.
     std::vector<Group> forgotten;
     if (activity_ == Activity::recording) forgotten = std::exchange(redo_, {});
     lastGroupTakesName_ = open_.empty() && !groupsByEvent_;
@@ -46,8 +46,8 @@ void NSUndoManager::registerAction(Action action) {
 
 void NSUndoManager::removeAllActionsWithTarget(const NSObject& target) {
     lastGroupTakesName_ = false;
-    // As above: nothing dies before all groups are in order again.
-    // And nothing is allocated: targets call this from their destructors.
+    // As above: destroy nothing until all groups are consistent again. Allocate nothing: targets call this from their
+    // destructors.
     std::list<Action> removed;
     const auto removeFrom = [&](Group& group) {
         for (auto action = group.actions.begin(); action != group.actions.end();) {
@@ -89,7 +89,7 @@ bool NSUndoManager::endUndoGrouping() {
         mergeInnermostIntoOuter();
         return true;
     }
-    // The group that collects inverses ends with the play-back alone.
+    // Only the end of the playback ends the group that collects inverses.
     if (open_.empty() || activity_ != Activity::recording) return false;
     if (!open_.front().actions.empty()) undo_.push_back(std::move(open_.front()));
     open_.clear();
@@ -148,7 +148,7 @@ bool NSUndoManager::playBack(Activity activity, std::vector<Group>& from, std::v
             current.clear();
         }
     } catch (...) {
-        // What is not played back yet can be played back later.
+        // Keep the remaining calls, so that they can be played back later.
         playing_.actions.splice(playing_.actions.end(), current);
         stop();
         from.push_back(std::exchange(playing_, {}));

@@ -37,7 +37,7 @@ void ObjectMap::enterIndex(size_t entry) {
 }
 
 void ObjectMap::rebuildIndex() {
-    // Without memory for an index the entries are scanned.
+    // Without memory for an index, fall back to scanning the entries.
     index_.clear();
     if (entries_.size() <= kScannedMax) return;
     try {
@@ -55,7 +55,7 @@ Ref<NSObject> ObjectMap::find(const NSObject& key) const {
 
 void ObjectMap::set(Ref<NSObject> key, Ref<NSObject> value) {
     if (!key) {
-        NSLog("An entry without a key is ignored; a set needs objects as members, a dictionary as keys\n");
+        NSLog("An entry without a key is ignored; members of a set and keys of a dictionary must not be null\n");
         return;
     }
     const size_t hash = key->hash();
@@ -65,7 +65,7 @@ void ObjectMap::set(Ref<NSObject> key, Ref<NSObject> value) {
         return;
     }
     entries_.push_back({std::move(key), std::move(value), hash});
-    // The index stays at most half full, so that probing ends soon.
+    // Keeps the index at most half full, so that probing ends soon.
     if (entries_.size() <= kScannedMax) return;
     if (index_.size() < entries_.size() * 2)
         rebuildIndex();

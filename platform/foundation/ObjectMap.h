@@ -8,37 +8,37 @@
 
 namespace qz {
 
-/// Objects by object, in the order in which the keys came; the value type inside `NSDictionary` and `NSSet`.
+/// Maps objects to objects, in insertion order; the value type inside `NSDictionary` and `NSSet`.
 ///
-/// Keys are matched by `isEqual`, which for keys without an equality of their own is identity. A key that is set again
-/// keeps its place. Small maps are scanned; larger ones are found through an index.
+/// Keys are matched by `isEqual`, which is identity unless their class defines equality. A key that is set again keeps
+/// its place. Small maps are scanned; larger ones use an index.
 class ObjectMap {
 public:
-    /// A key with what is filed under it.
+    /// A key and its value.
     struct Entry {
-        Ref<NSObject> key;    ///< never none
-        Ref<NSObject> value;  ///< none where only the key counts, as in a set
-        size_t hash;          ///< the key's when it was filed; a filed key must not change its hash
+        Ref<NSObject> key;    ///< never null
+        Ref<NSObject> value;  ///< null where only the key counts, as in a set
+        size_t hash;          ///< of the key when it was stored; it must not change afterwards
     };
 
-    /// In the order in which the keys came; whatever changes the map may move them.
+    /// In insertion order; any change to the map may move the entries.
     const std::vector<Entry>& entries() const { return entries_; }
-    /// Every key counts, one without a value too.
+    /// Counts every key, even one with a null value.
     ///@{
     size_t size() const { return entries_.size(); }
     bool empty() const { return entries_.empty(); }
     ///@}
 
-    /// The value under the key; empty when there is none.
+    /// Returns null if there is no such key.
     Ref<NSObject> find(const NSObject& key) const;
-    /// Whether the key is there, be its value none.
+    /// Whether the map has the key, even with a null value.
     bool contains(const NSObject& key) const { return findIndex(key, key.hash()) != kNone; }
-    /// Files a value under a key, replacing the one that is there; an equal key that is there stays. A null key is
-    /// ignored with a log line.
+    /// Stores a value under a key, replacing the former value; an equal key that exists is kept. A null key is ignored
+    /// with a log line.
     void set(Ref<NSObject> key, Ref<NSObject> value);
     /// Sets every entry of the other map.
     void setAll(const ObjectMap& other);
-    /// Whether there was such a key. Takes time in proportion to the size.
+    /// Returns false if there was no such key. Takes linear time.
     bool remove(const NSObject& key);
 
 private:

@@ -34,7 +34,7 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(kXmlSpace) - first + 1);
 }
 
-// A value, or the reason why the text is none.
+// A value, or the reason why the text is not one.
 struct Parsed {
     Ref<NSObject> value;
     std::string error;
@@ -56,11 +56,11 @@ Parsed parseInteger(std::string_view text) {
     uint64_t magnitude = 0;
     const auto [end, status] = std::from_chars(digits.data(), digits.data() + digits.size(), magnitude, base);
     if (status == std::errc::invalid_argument || end != digits.data() + digits.size()) {
-        return refused(text, "is no whole number");
+        return refused(text, "is not a whole number");
     }
     constexpr uint64_t positiveMax = INT64_MAX;
     if (status != std::errc() || magnitude > positiveMax + (isNegative ? 1 : 0)) {
-        return refused(text, "does not fit in 64 bits with a sign");
+        return refused(text, "does not fit in a signed 64-bit integer");
     }
     const auto value = static_cast<int64_t>(isNegative ? 0 - magnitude : magnitude);
     if (value < INT32_MIN || value > INT32_MAX) return {NSNumber::numberWithLongLong(value), {}};
@@ -71,15 +71,15 @@ Parsed parseReal(std::string_view text) {
     std::string_view digits = text;
     if (digits.starts_with('+') && !digits.starts_with("+-")) digits.remove_prefix(1);
     double value = 0;
-    // Takes "nan", "inf" and "infinity" in any case too.
+    // Also accepts "nan", "inf" and "infinity" in any case.
     const auto [end, status] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
     if (status == std::errc::invalid_argument || end != digits.data() + digits.size())
-        return refused(text, "is no number");
+        return refused(text, "is not a number");
     if (status != std::errc()) return refused(text, "lies outside the range of a real number");
     return {NSNumber::numberWithDouble(value), {}};
 }
 
-// The number in a field of nothing but digits.
+// The number in a field that consists of digits only.
 std::optional<unsigned> digitsAt(std::string_view text, size_t index, size_t count) {
     unsigned value = 0;
     const char* begin = text.data() + index;
@@ -93,13 +93,13 @@ Parsed parseDate(std::string_view text) {
     const auto hasForm = [&] {
         return std::ranges::equal(text, form, [](char c, char f) { return f == '0' ? c >= '0' && c <= '9' : c == f; });
     };
-    if (!hasForm()) return refused(text, "is no date of the form YYYY-MM-DDTHH:MM:SSZ");
+    if (!hasForm()) return refused(text, "is not a date of the form YYYY-MM-DDTHH:MM:SSZ");
     const year_month_day date(year(static_cast<int>(*digitsAt(text, 0, 4))), month(*digitsAt(text, 5, 2)),
                               day(*digitsAt(text, 8, 2)));
     const unsigned hour = *digitsAt(text, 11, 2);
     const unsigned minute = *digitsAt(text, 14, 2);
     const unsigned second = *digitsAt(text, 17, 2);
-    if (!date.ok() || hour > 23 || minute > 59 || second > 59) return refused(text, "is no date of the calendar");
+    if (!date.ok() || hour > 23 || minute > 59 || second > 59) return refused(text, "is not a date of the calendar");
     const seconds time =
         sys_days(date) - sys_days(year(2001) / 1 / 1) + hours(hour) + minutes(minute) + seconds(second);
     return {NSDate::dateWithTimeIntervalSinceReferenceDate(static_cast<double>(time.count())), {}};
@@ -125,7 +125,7 @@ Parsed parseData(std::string_view text) {
         if (c == '=')
             ++padding;
         else if (!digit)
-            return refused(std::string_view(&c, 1), "is no base64 digit");
+            return refused(std::string_view(&c, 1), "is not a base64 digit");
         else if (padding > 0)
             return {nullptr, "base64 digits follow the padding"};
         group = group << 6 | digit.value_or(0);
@@ -157,7 +157,7 @@ bool isLeaf(std::string_view element) {
     return std::ranges::find(leaves, element) != std::end(leaves);
 }
 
-// Fills the table by which Expat turns an 8-bit encoding into Unicode; 0 when the encoding is unknown or wider.
+// Fills Expat's table for converting an 8-bit encoding to Unicode. Returns 0 if the encoding is unknown or wider.
 int fillEncoding(void*, const XML_Char* name, XML_Encoding* encoding) {
     UErrorCode status = U_ZERO_ERROR;
     const std::unique_ptr<UConverter, decltype(&ucnv_close)> converter(ucnv_open(name, &status), ucnv_close);
@@ -175,12 +175,12 @@ int fillEncoding(void*, const XML_Char* name, XML_Encoding* encoding) {
     return 1;
 }
 
-// Builds the objects while Expat streams over the text. The open containers are a stack of our own, so the depth of the
-// file is no depth of the machine's.
+// Builds the objects while Expat streams over the text. The open containers are kept on an explicit stack, so deep
+// files do not overflow the call stack.
 class Reader {
 public:
     Reader();
-    // None, with `error()` set, when the text is no property list.
+    // Returns null, with `error()` set, if the text is not a property list.
     Ref<NSObject> read(std::string_view xml);
     const std::string& error() const { return error_; }
 
@@ -209,7 +209,7 @@ private:
     void fail(const std::string& what) { fail(here(), what); }
     std::string expatFailure() const;
 
-    // Runs one of Expat's calls; Expat is written in C, so nothing may be thrown through it.
+    // Runs the body of an Expat callback; Expat is written in C, so no exception may pass through it.
     template <class Body>
     static void guarded(void* reader, Body body) noexcept {
         Reader& self = *static_cast<Reader*>(reader);
@@ -229,7 +229,7 @@ private:
     const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser_;
     std::vector<Container> containers_;
     bool plistWasSeen_ = false;
-    // The element that holds text, or empty; its text so far, and where it began.
+    // The element whose text is being read, or empty; its text so far, and where it began.
     std::string leaf_;
     std::string text_;
     Place leafPlace_;
@@ -258,7 +258,7 @@ Reader::Reader() : parser_(XML_ParserCreate(nullptr), XML_ParserFree) {
             self.fail("the entity " + quotedExcerpt(name) + " is declared; property lists may not declare entities");
         });
     });
-    // With a DTD that is not read, Expat passes over entities that it does not know.
+    // Where a DTD is not read, Expat skips entities that it does not know.
     XML_SetSkippedEntityHandler(parser, [](void* reader, const XML_Char* name, int) {
         guarded(reader, [name](Reader& self) { self.fail("the entity " + quotedExcerpt(name) + " is not known"); });
     });
@@ -296,7 +296,7 @@ void Reader::startValue(std::string_view name) {
     } else if (name == "dict" || name == "array") {
         containers_.emplace_back().isDictionary = name == "dict";
     } else {
-        fail("the element " + quotedExcerpt(name) + " is none of a property list");
+        fail("the element " + quotedExcerpt(name) + " does not belong in a property list");
     }
 }
 
@@ -348,7 +348,7 @@ std::string Reader::expatFailure() const {
     if (code == XML_ERROR_NO_ELEMENTS || code == XML_ERROR_UNCLOSED_TOKEN) {
         return "the file ends before the property list does";
     }
-    return std::string("this is no well-formed XML: ") + XML_ErrorString(code);
+    return std::string("this is not well-formed XML: ") + XML_ErrorString(code);
 }
 
 Ref<NSObject> Reader::read(std::string_view xml) {
@@ -364,7 +364,7 @@ Ref<NSObject> Reader::read(std::string_view xml) {
     return stopped_ ? nullptr : root_;
 }
 
-// What the file is when it is recognisably no XML; empty otherwise.
+// The name of the file's form if it is recognisably not XML; empty otherwise.
 std::string foreignForm(std::string_view file) {
     static constexpr char howToConvert[] = "; convert it with: plistutil -f xml -i FILE -o FILE.plist";
     if (file.starts_with("bplist")) return std::string("this is a property list in the binary form") + howToConvert;
@@ -375,7 +375,7 @@ std::string foreignForm(std::string_view file) {
     if (file.starts_with("\xEF\xBB\xBF")) file.remove_prefix(3);
     const std::string_view text = file.substr(std::min(file.find_first_not_of(kXmlSpace), file.size()));
     if (text.empty()) return "the file is empty";
-    // Data of the old form, "<0fbd777 1c27>", is told from an element by holding digits and blanks alone.
+    // Data of the old form, "<0fbd777 1c27>", differs from an element in holding only digits and blanks.
     const size_t dataEnd = text.find_first_not_of("0123456789abcdefABCDEF \t\r\n", 1);
     const bool isOldData = text[0] == '<' && dataEnd != std::string_view::npos && text[dataEnd] == '>';
     const bool isOld = isOldData || text[0] == '{' || text[0] == '(' || text[0] == '"' || text.starts_with("//") ||

@@ -27,7 +27,7 @@ constexpr std::string_view kFoot = "</plist>\n";
 // A multiple of 4, so that each line decodes by itself.
 constexpr size_t kBase64Columns = 76;
 
-// The index of the first unit that XML 1.0 has no character for; npos when there is none.
+// The index of the first unit that XML 1.0 does not allow, or npos.
 size_t findForbiddenUnit(std::u16string_view text) {
     for (size_t i = 0; i < text.size(); ++i) {
         const char16_t unit = text[i];
@@ -63,7 +63,7 @@ std::string realForm(const NSNumber& number) {
 
 class Writer {
 public:
-    // False, with `error()` set, when the value has no property-list form. The depth of the recursion is bounded.
+    // Returns false, with `error()` set, if the value has no property-list form. The recursion depth is bounded.
     bool writeValue(const NSObject* value);
 
     std::string& text() { return text_; }
@@ -87,7 +87,7 @@ private:
 };
 
 bool Writer::fail(const std::string& what) {
-    // A deep nest has too many steps for a line.
+    // Deep nesting has too many steps for one line.
     constexpr size_t stepsAtEachEnd = 10;
     std::string way;
     for (size_t step = 0; step < path_.size(); ++step) {
@@ -123,7 +123,7 @@ bool Writer::textElement(std::string_view name, const NSString& content) {
             case '>':
                 escaped += "&gt;";
                 break;
-            // A bare one would be read back as a line feed.
+            // A bare carriage return would be read back as a line feed.
             case '\r':
                 escaped += "&#13;";
                 break;
@@ -208,10 +208,10 @@ bool Writer::writeDictionary(const NSDictionary& dictionary) {
 
 bool Writer::writeValue(const NSObject* value) {
     if (path_.size() >= kDepthMax) return fail("more than " + std::to_string(kDepthMax) + " levels of nesting");
-    // The same object in many places of a small list can make a file without end.
+    // A small list that holds the same object in many places can make an endless file.
     if (text_.size() > Limits::kFileBytesMax)
-        return fail("more than the " + std::to_string(Limits::kFileBytesMax) + " bytes that are read at most");
-    if (!value) return fail("there is no object, and a property list cannot hold none");
+        return fail("more than " + std::to_string(Limits::kFileBytesMax) + " bytes, the limit for reading");
+    if (!value) return fail("a null object, which a property list cannot hold");
     if (const auto* string = dynamic_cast<const NSString*>(value)) return textElement("string", *string);
     if (const auto* number = dynamic_cast<const NSNumber*>(value)) return writeNumber(*number);
     if (const auto* date = dynamic_cast<const NSDate*>(value)) return writeDate(*date);
@@ -231,7 +231,7 @@ Ref<NSData> NSPropertyListSerialization::dataFromPropertyList(const Ref<NSObject
     Writer writer;
     writer.text() = kHead;
     if (format != NSPropertyListFormat::xml) {
-        error = "property lists are written in the XML form only";
+        error = "property lists can be written only in the XML form";
     } else if (!writer.writeValue(plist.get())) {
         error = oneLine(writer.error());
     } else {

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
-/// The bytes that reader and writer of typed streams agree on.
+/// The bytes shared by the reader and writer of typed streams.
 namespace qz::TypedStreamFormat {
 
 inline constexpr uint8_t kStreamVersion = 4;

@@ -5,29 +5,26 @@
 
 #include "QzAnno/platform/foundation/Limits.h"
 
-/// What a typed stream may ask of its reader. The archiver keeps to the same limits of the graph, so that whatever is
-/// written can be read; the largest stream known nests 26 objects.
+/// Limits on what a typed stream may demand of its reader. The archiver observes the same limits on the graph, so
+/// whatever is written can be read; the deepest known stream nests 26 objects.
 namespace qz::TypedStreamLimits {
 
-/// Objects inside objects, through references too: reading, comparing and describing the objects recurses as deep as
-/// that.
+/// Nesting depth of objects, including through references: reading, comparing and describing recurse that deep.
 inline constexpr uint32_t kNestingMax = Limits::kNestingMax;
-/// Classes above one class, up to the root.
+/// Superclasses of one class, up to the root.
 inline constexpr uint32_t kSuperclassesMax = 64;
 /// Characters of one type string.
 inline constexpr size_t kTypesLengthMax = 1024;
-/// Structures and arrays inside each other in a type string.
+/// Nesting depth of structures and arrays in a type string.
 inline constexpr size_t kBracketDepthMax = 32;
-/// Types walked over, those of structures and arrays included, in proportion to the bytes of the stream: a long type
-/// string is paid for once and used by references of one byte.
+/// Types visited per byte of the stream, including those in structures and arrays: a long type string is stored once
+/// and used by references of one byte.
 inline constexpr uint64_t kStepsPerByteMax = 4;
-/// The objects that one object would hold if shared ones were written out each time. Comparing and describing visits
-/// them all.
+/// Objects that one object would hold if shared ones were counted each time. Comparing and describing visit them all.
 inline constexpr uint32_t kUnfoldedObjectsMax = 1u << 24;
-/// Objects compared with each other while keys that hold further objects are filed; their hashes say little.
+/// Objects compared while storing keys that hold further objects, since their hashes say little.
 inline constexpr uint64_t kKeyComparisonsMax = 1u << 26;
-/// Memory of the tables and the decoded objects: so many bytes whatever the stream's size, and so many for each of its
-/// bytes.
+/// Memory for the tables and the decoded objects: a fixed number of bytes, and a number per byte of the stream.
 ///@{
 inline constexpr uint64_t kMemoryFree = 16u << 20;
 inline constexpr uint64_t kMemoryPerByteMax = 16;

@@ -15,9 +15,9 @@ namespace {
 
 using Entry = TypedStreamReader::Entry;
 
-// Raw bytes are shown to this length; a bit set has thousands.
+// Shows raw bytes up to this length; a bit set has thousands.
 constexpr size_t kShownBytesMax = 256;
-// Deeper lines are not indented further, or a deep nesting would give a text that grows with its square.
+// Deeper lines are not indented further, or the text would grow with the square of the depth.
 constexpr size_t kIndentedLevelsMax = 32;
 
 constexpr size_t kPlainNameMax = 64;
@@ -71,7 +71,7 @@ private:
     std::string scalar(TypeLeaves::Leaf leaf);
     std::string characters(std::optional<std::string_view> text) { return text ? escaped(*text) : "nil"; }
     std::string entry(Entry entry, const std::string& content);
-    /// The class with its superclasses up to the first that has been shown with its own.
+    /// The class with its superclasses, up to the first whose superclasses have been shown.
     std::string classChain(uint32_t number);
     std::string className(uint32_t number) const;
 
@@ -83,7 +83,7 @@ private:
 };
 
 void Lister::putLine(size_t offset, std::string_view content) {
-    // What was read up to a failure is not what the stream says.
+    // After a failure the values read are not what the stream says.
     if (reader_.hasFailed()) return;
     char place[24];
     std::snprintf(place, sizeof place, "%06zx  ", offset);
@@ -168,7 +168,7 @@ void Lister::listObject(size_t offset) {
 }
 
 void Lister::listGroup(const TypedStreamReader::Group& group) {
-    // A group of one plain value is one line; others have their types above.
+    // A group of one plain value takes one line; other groups have their types on a line above.
     const bool hasHead = group.text.size() != 1;
     if (hasHead) putLine(group.offset, escaped(group.text));
     if (hasHead) ++level_;

@@ -8,9 +8,9 @@
 
 namespace qz {
 
-/// Hands out a typed stream as text, line by line and without line feeds: every group with the offset of its values,
-/// classes with their versions, the numbers of objects and the references to them. No object is made, so classes need
-/// not be known.
+/// Lists a typed stream as text, passing on one line at a time without its line feed: every group with the offset of
+/// its values, classes with their versions, the numbers of objects and the references to them. Makes no objects, so the
+/// classes need not be known.
 ///
 ///     000010  @  #0 NSArray v0 : NSObject v0
 ///     000028    i  2
@@ -18,8 +18,8 @@ namespace qz {
 ///     000039      +  "Title"
 ///     000041    @  -> #3 NSString v1
 ///
-/// Superclasses stand where their class comes first. Long texts, and lines deeper than 32 levels, are shown in part.
-/// False, with one line in `error`, where the stream is damaged; the lines before that have been handed out.
+/// Superclasses are shown where their class first occurs. Long texts, and lines deeper than 32 levels, are abbreviated.
+/// Returns false, with one line in `error`, if the stream is damaged; the lines before the damage have been passed on.
 bool listTypedStream(const NSData& data, const std::function<void(std::string_view line)>& line,
                      std::string* error = nullptr);
 

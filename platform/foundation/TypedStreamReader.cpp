@@ -13,7 +13,7 @@ using namespace TypedStreamLimits;
 
 namespace {
 
-// What the tables take, with the allocator's overhead left out.
+// Memory of the tables, without the allocator's overhead.
 constexpr uint64_t kStringMemory = 24;
 constexpr uint64_t kTypesMemory = 64;
 constexpr uint64_t kTypeNodeMemory = 16;
@@ -40,12 +40,11 @@ void TypedStreamReader::readHeader() {
     if (signature != kLittleEndianSignature && signature != kBigEndianSignature) {
         error_.clear();
         if (bytes_.starts_with("bplist"))
-            return failAt(0, "this is a binary property list, no typed stream; property lists are read in XML");
-        return failAt(0,
-                      "this is no typed stream; such a file begins with 4, 11 and \"streamtyped\" or \"typedstream\"");
+            return failAt(0, "this is a binary property list, not a typed stream; property lists are read in XML");
+        return failAt(0, "this is not a typed stream, which begins with 4, 11 and \"streamtyped\" or \"typedstream\"");
     }
     if (version != kStreamVersion) {
-        return failAt(0, "the typed stream has version " + std::to_string(version) + "; version 4 can be read");
+        return failAt(0, "the typed stream has version " + std::to_string(version) + "; only version 4 can be read");
     }
     isBigEndian_ = signature == kBigEndianSignature;
     systemVersion_ = static_cast<uint32_t>(readUnsigned('I'));
@@ -61,7 +60,7 @@ bool TypedStreamReader::countMemory(uint64_t bytes) {
         memory_ += bytes;
         return !hasFailed();
     }
-    fail("what is read takes more than " + std::to_string(max >> 20) + " MB of memory");
+    fail("the objects take more than " + std::to_string(max >> 20) + " MB of memory");
     return false;
 }
 
@@ -85,7 +84,8 @@ std::string_view TypedStreamReader::readRaw(uint64_t count) {
     if (hasFailed()) return {};
     if (count > bytesLeft()) {
         fail(count == 1 ? "the data ends too soon"
-                        : std::to_string(count) + " bytes are due, and " + std::to_string(bytesLeft()) + " are left");
+                        : std::to_string(count) + " bytes are expected, but only " + std::to_string(bytesLeft()) +
+                              " are left");
         return {};
     }
     const std::string_view raw = bytes_.substr(offset_, static_cast<size_t>(count));
@@ -116,7 +116,7 @@ int64_t TypedStreamReader::readSigned(char code) {
     } else if (head == kInteger64 && form.bits == 64) {
         value = static_cast<int64_t>(readWord(8));
     } else if (headValue < kLeastInHead) {
-        failAt(start, hexByte(head) + " stands where an integer is due");
+        failAt(start, hexByte(head) + " where an integer is expected");
     }
     if (value >= form.least() && value <= static_cast<int64_t>(form.greatest())) return hasFailed() ? 0 : value;
     failAt(start, std::to_string(value) + " is no value of the type \"" + code + "\"");
@@ -136,7 +136,7 @@ uint64_t TypedStreamReader::readUnsigned(char code) {
     } else if (head == kInteger64 && form.bits == 64) {
         value = readWord(8);
     } else if (std::bit_cast<int8_t>(head) < kLeastInHead) {
-        failAt(start, hexByte(head) + " stands where an unsigned integer is due");
+        failAt(start, hexByte(head) + " where an unsigned integer is expected");
     }
     if (value <= form.greatest()) return hasFailed() ? 0 : value;
     failAt(start, std::to_string(value) + " is no value of the type \"" + code + "\"");
@@ -219,7 +219,7 @@ TypedStreamReader::Entry TypedStreamReader::readCString() {
     return {Entry::made, entry, string};
 }
 
-// Reads the name and version of a class whose tag has been read.
+// Reads the name and version of a class, after its tag.
 uint32_t TypedStreamReader::readNewClass() {
     addEntry(EntryKind::class_, static_cast<uint32_t>(classes_.size()));
     const size_t start = offset_;
@@ -236,7 +236,7 @@ uint32_t TypedStreamReader::readNewClass() {
 TypedStreamReader::Entry TypedStreamReader::readClass() {
     const auto firstEntry = static_cast<uint32_t>(entries_.size());
     const auto firstClass = static_cast<uint32_t>(classes_.size());
-    // A class and its superclasses stand one behind the other until nil or a class that is there already.
+    // A class is followed by its superclasses, up to nil or a class that is in the table.
     while (nextByte() == kNew && classes_.size() - firstClass <= kSuperclassesMax) {
         readByte();
         const uint32_t superclass = readNewClass();
@@ -298,7 +298,7 @@ bool TypedStreamReader::isAtEndOfObject() const {
 }
 
 bool TypedStreamReader::readEndOfObject() {
-    if (!isAtEndOfObject()) fail("the end of an object is due");
+    if (!isAtEndOfObject()) fail("the end of an object is expected");
     if (hasFailed()) return false;
     ++offset_;
     return true;
@@ -310,7 +310,7 @@ TypedStreamReader::Group TypedStreamReader::nextGroup() {
     const uint32_t number = readSharedStringNumber();
     if (hasFailed()) return {};
     if (number == kNone) {
-        failAt(start, "nil stands where the types of a value are due");
+        failAt(start, "nil where the types of a value are expected");
         return {};
     }
     SharedString& string = strings_[number];
@@ -332,7 +332,7 @@ TypedStreamReader::Group TypedStreamReader::beginGroup() {
     const Group group = nextGroup();
     group_ = {};
     if (!group.types) {
-        fail(isAtEnd() ? "the data ends where a value is due" : "an object ends where a value is due");
+        fail(isAtEnd() ? "the data ends where a value is expected" : "an object ends where a value is expected");
     } else if (group.types->leastBytes() > bytesLeft()) {
         fail("values of the types " + quotedExcerpt(group.text) + " take at least " +
              std::to_string(group.types->leastBytes()) + " bytes, and " + std::to_string(bytesLeft()) + " are left");

@@ -12,10 +12,10 @@
 
 namespace qz {
 
-/// Reads the elements of a typed stream one after another and keeps its tables, making no objects. The bytes must
-/// outlive it, and so must those who keep the views that it hands out.
+/// Reads the elements of a typed stream one after another and keeps its tables, without making objects. The bytes must
+/// outlive the reader and the views that it returns.
 ///
-/// After a failure every read yields nothing, so a caller that reads several elements may check once.
+/// After a failure every read returns nothing, so a caller may read several elements and check once.
 class TypedStreamReader {
 public:
     /// Reads the header.
@@ -27,42 +27,44 @@ public:
     size_t bytesLeft() const { return bytes_.size() - offset_; }
     bool isAtEnd() const { return bytesLeft() == 0; }
 
-    /// The first failure stands: "byte 37: reason", on one line.
+    /// Keeps the first failure only: "byte 37: reason", on one line.
     void fail(const std::string& reason) { failAt(offset_, reason); }
     void failAt(size_t offset, const std::string& reason);
     bool hasFailed() const { return !error_.empty(); }
     const std::string& error() const { return error_; }
 
-    /// Counts memory that is about to be taken, here or by whoever makes objects. False (a failure) past the limit.
+    /// Counts memory that is about to be taken, here or by the maker of the objects. Fails beyond the limit.
     bool countMemory(uint64_t bytes);
-    /// Counts types gone through. False (a failure) past the limit.
+    /// Counts types visited. Fails beyond the limit.
     bool countSteps(uint64_t steps);
 
     struct Group {
         std::string_view text;
-        const EncodedTypes* types = nullptr;  ///< null where there is no group
+        const EncodedTypes* types = nullptr;  ///< null if there is no group
         size_t offset = 0;                    ///< of the type string
     };
-    /// The group that begins here; none at the end of the object or the data. Reading goes on with its types' values
-    /// only after `beginGroup`.
+    /// The group that begins here, without types at the end of the object or the data. Call `beginGroup` before reading
+    /// its values.
     Group nextGroup();
-    /// The same, as a step: a failure where there is none, or where the data that is left cannot hold the values.
+    /// Advances to the values of the group that begins here. Fails if there is no group or if the remaining data cannot
+    /// hold its values.
     Group beginGroup();
     bool isAtEndOfObject() const;
     bool readEndOfObject();
 
-    // Values. The code says which integer or real it is.
+    // Values. The code gives the type of the integer or real.
     int64_t readSigned(char code);
     uint64_t readUnsigned(char code);
     double readReal(char code);
-    /// Raw bytes of a known length, as those of an array.
+    /// Reads raw bytes of a known length, such as those of an array.
     std::string_view readRaw(uint64_t count);
-    /// Raw bytes behind their length; none for nil.
+    /// Reads a length and that many raw bytes; no value for nil.
     std::optional<std::string_view> readBytes();
-    /// None for nil.
+    /// No value for nil.
     std::optional<std::string_view> readSharedString();
 
-    /// What stands at a place of an entry of the table of objects, classes and C strings.
+    /// What the stream has in place of an object, class or C string: nil, a new entry of the table, or a reference to
+    /// one.
     struct Entry {
         enum Kind : uint8_t { nil, made, reference };
         Kind kind = nil;
@@ -72,7 +74,7 @@ public:
     };
     Entry readCString();
     Entry readClass();
-    /// Of an object that is made only the head; its groups follow, then its end.
+    /// Reads only the head of a new object; its groups follow, then its end.
     Entry readObject();
 
     std::string_view sharedString(uint32_t number) const { return strings_[number].text; }
@@ -84,7 +86,7 @@ public:
     };
     static constexpr uint32_t kNone = UINT32_MAX;
     const ClassRecord& classRecord(uint32_t number) const { return classes_[number]; }
-    /// The latest record of that name; null when there is none.
+    /// The latest record of that name, or null.
     const ClassRecord* classNamed(std::string_view name) const;
 
 private:
@@ -105,7 +107,7 @@ private:
     uint32_t readReference(size_t tableSize, std::string_view table);
     Entry readReferenceTo(EntryKind kind, std::string_view expected);
     uint32_t addEntry(EntryKind kind, uint32_t content);
-    /// The number of the string; none for nil.
+    /// The number of the string, or `kNone` for nil.
     uint32_t readSharedStringNumber();
     uint32_t readNewClass();
     void countSuperclasses(uint32_t firstClass);
@@ -118,7 +120,7 @@ private:
     uint64_t memory_ = 0;
     uint64_t steps_ = 0;
     Group group_;
-    // Deques, since growing must neither move what is referred to nor take twice the memory.
+    // Deques, since growing must neither move entries that are referred to nor take twice the memory.
     std::deque<SharedString> strings_;
     std::deque<TableEntry> entries_;
     std::deque<ClassRecord> classes_;

@@ -19,7 +19,7 @@ std::optional<IntegerForm> integerFormOf(char code) {
             return IntegerForm{16, true};
         case 'S':
             return IntegerForm{16, false};
-        // A long has 32 bits in the stream, whatever it has on the machine.
+        // A long has 32 bits in the stream, whatever its size on this machine.
         case 'i':
         case 'l':
             return IntegerForm{32, true};
@@ -59,7 +59,7 @@ private:
         return false;
     }
 
-    // Recurses by the depth of the brackets, which is bounded. Adds the width of the type to `leastBytes`.
+    // Recurses as deep as the brackets, which is bounded. Adds the width of the type to `leastBytes`.
     bool parseOne(uint64_t& leastBytes) {
         const char code = text_[at_++];
         const size_t node = types_.nodes_.size();
@@ -93,7 +93,7 @@ private:
         if (at_ == text_.size() || text_[at_++] != ']')
             return fail("an array of more than one type, or without its end");
         if (count > 0 && width == 0) return fail("an array of a type that takes no space");
-        // No data is as large as the sum then, and it must not wrap.
+        // No data is that large, and the sum must not wrap.
         constexpr uint64_t bytesMax = uint64_t{1} << 62;
         leastBytes = width > bytesMax / (count + 1) ? bytesMax : std::min(bytesMax, leastBytes + count * width);
         types_.nodes_[node].count = static_cast<uint32_t>(count);
@@ -103,7 +103,7 @@ private:
     bool parseStructure(uint64_t& leastBytes) {
         const size_t name = text_.find_first_of("={}[]", at_);
         if (name == std::string_view::npos || text_[name] != '=')
-            return fail("a structure without \"=\" behind its name");
+            return fail("a structure without \"=\" after its name");
         at_ = name + 1;
         while (at_ < text_.size() && text_[at_] != '}') {
             if (!parseOne(leastBytes)) return false;

@@ -20,7 +20,7 @@ struct IntegerForm {
     uint64_t greatest() const { return UINT64_MAX >> (64 - bits + (isSigned ? 1 : 0)); }
 };
 
-/// None for the code of something else.
+/// No value if the code is not an integer's.
 std::optional<IntegerForm> integerFormOf(char code);
 inline bool isRawByte(char code) {
     return code == 'c' || code == 'C' || code == 'B';
@@ -29,10 +29,10 @@ inline bool isRawByte(char code) {
 /// The parsed type string of one value group.
 class EncodedTypes {
 public:
-    /// None, with the reason, for a string that is malformed or beyond the limits.
+    /// Returns no value, with the reason in `error`, if the string is malformed or beyond the limits.
     static std::optional<EncodedTypes> parse(std::string_view text, std::string* error);
 
-    /// The fewest bytes that the group's values take.
+    /// The fewest bytes that the group's values can take.
     uint64_t leastBytes() const { return leastBytes_; }
     size_t nodeCount() const { return nodes_.size(); }
 
@@ -40,10 +40,10 @@ private:
     friend class TypeLeaves;
     class Parser;
 
-    // In the order of the string; what a bracket holds follows it, up to the node `end`.
+    // In string order; the contents of a bracket follow it, up to the node `end`.
     struct Node {
         char code;
-        uint32_t count;  // of an array
+        uint32_t count;  // elements of an array
         uint32_t end;
     };
 
@@ -51,7 +51,7 @@ private:
     uint64_t leastBytes_ = 0;
 };
 
-/// Goes through the values of a group, the fields of structures and the elements of arrays one by one. The types must
+/// Iterates over the values of a group, including the fields of structures and elements of arrays. The types must
 /// outlive it.
 class TypeLeaves {
 public:
@@ -61,9 +61,9 @@ public:
         char code;       ///< '[' for an array of c or C, which is one leaf
         uint32_t count;  ///< the bytes of such an array
     };
-    /// The next value; none behind the last.
+    /// The next value; no value after the last.
     std::optional<Leaf> next();
-    /// The types gone through by now, brackets included.
+    /// The number of types visited so far, including brackets.
     uint64_t steps() const { return steps_; }
 
 private:

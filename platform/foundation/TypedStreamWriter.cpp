@@ -36,7 +36,7 @@ void TypedStreamWriter::writeSigned(int64_t value) {
 }
 
 void TypedStreamWriter::writeUnsigned(uint64_t value) {
-    // From 128 on a value byte could be taken for a tag.
+    // From 128 on, a value byte could be mistaken for a tag.
     if (value <= static_cast<uint64_t>(kGreatestInHead)) {
         writeByte(static_cast<uint8_t>(value));
     } else if (value <= UINT16_MAX) {
@@ -52,7 +52,7 @@ void TypedStreamWriter::writeUnsigned(uint64_t value) {
 }
 
 void TypedStreamWriter::writeReal(double value, char code) {
-    // As an integer, negative zero would lose its sign. No not-a-number passes the range.
+    // As an integer, negative zero would lose its sign. NaN never passes the range check.
     const bool isNegativeZero = value == 0 && std::signbit(value);
     if (value >= INT32_MIN && value <= INT32_MAX && value == std::trunc(value) && !isNegativeZero) {
         writeSigned(static_cast<int64_t>(value));

@@ -10,8 +10,8 @@ namespace qz {
 
 struct CodedClass;
 
-/// Writes the elements of a little-endian typed stream one after another and keeps its tables. Whoever writes objects
-/// keeps the numbers of theirs.
+/// Writes the elements of a little-endian typed stream one after another and keeps its tables. The caller keeps the
+/// numbers of its objects.
 class TypedStreamWriter {
 public:
     /// Writes the header.
@@ -23,14 +23,14 @@ public:
     void writeByte(uint8_t byte) { bytes_.push_back(byte); }
     void writeSigned(int64_t value);
     void writeUnsigned(uint64_t value);
-    /// The code is f or d.
+    /// `code` is f or d.
     void writeReal(double value, char code);
     void writeRaw(std::string_view raw);
-    /// Raw bytes behind their length.
+    /// Writes the length and then the raw bytes.
     void writeBytes(std::string_view raw);
     void writeSharedString(std::string_view text);
     void writeCString(std::string_view text);
-    /// A class with its superclasses. False when one of these is not known.
+    /// Writes a class with its superclasses. Returns false if a superclass is not registered.
     bool writeClass(const CodedClass& codedClass);
     void writeNil();
 
@@ -44,7 +44,7 @@ private:
 
     std::vector<uint8_t> bytes_;
     std::unordered_map<std::string, uint32_t> strings_;
-    // Entries of one table: objects, classes by name, C strings by their characters.
+    // Entries of a single table: objects, classes by name, C strings by their characters.
     uint32_t entryCount_ = 0;
     std::unordered_map<std::string, uint32_t> classes_;
     std::unordered_map<std::string, uint32_t> cStrings_;

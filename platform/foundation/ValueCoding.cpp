@@ -22,14 +22,14 @@ void encodeString(const NSObject& object, NSArchiver& archiver) {
 
 Ref<NSObject> decodeString(NSUnarchiver& unarchiver) {
     std::string_view utf8;
-    // A unit for each byte, while it is converted.
+    // While converting, one UTF-16 unit per byte.
     if (!unarchiver.decodeValueOfObjCType("+", &utf8) || !unarchiver.countMemory(2 * utf8.size())) return {};
     if (utf8.size() > std::numeric_limits<int32_t>::max()) {
         unarchiver.fail("a string of more than 2 GB");
         return {};
     }
     Ref<NSString> string = NSString::stringWithUTF8String(utf8);
-    // One damaged character must not cost a title its text.
+    // One damaged character must not lose the whole text of a title.
     constexpr char16_t replacement = 0xFFFD;
     if (string->characters().find(replacement) != std::u16string::npos && string->utf8() != utf8) {
         NSLog("A string in the archive is not in UTF-8; its damaged characters are replaced: %@\n",
@@ -68,7 +68,7 @@ Ref<NSNumber> numberWithInteger(int64_t value) {
     return isShort ? NSNumber::numberWithInt(static_cast<int32_t>(value)) : NSNumber::numberWithLongLong(value);
 }
 
-// The kind follows from the type; types that no kind of ours has take one that holds all their values.
+// The type determines the kind; a type without a kind of its own becomes one that holds all its values.
 Ref<NSObject> decodeNumber(NSUnarchiver& unarchiver) {
     std::string_view type;
     if (!unarchiver.decodeValueOfObjCType("*", &type)) return {};
@@ -81,12 +81,12 @@ Ref<NSObject> decodeNumber(NSUnarchiver& unarchiver) {
         return value ? NSNumber::numberWithDouble(*value) : nullptr;
     }
     if (type.size() != 1 || std::string_view("cCBsSiIlLqQ").find(type[0]) == std::string_view::npos) {
-        unarchiver.fail("a number of the type " + quotedExcerpt(type) + ", which no number has");
+        unarchiver.fail("a number of the type " + quotedExcerpt(type) + ", which is not a type of numbers");
         return {};
     }
     int64_t value = 0;
     if (!unarchiver.decodeValueOfObjCType(type, &value)) return {};
-    // Truth values have no type of their own.
+    // Bools have no type of their own.
     if (type == "B" || (type == "c" && (value == 0 || value == 1))) return NSNumber::numberWithBool(value != 0);
     return type == "q" ? NSNumber::numberWithLongLong(value) : numberWithInteger(value);
 }

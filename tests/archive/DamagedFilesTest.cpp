@@ -181,8 +181,8 @@ TEST(DamagedFiles, AStringOfOtherThingsIsRefused) {
     names.set("name"_ns, QzAnnoBits::init());
     const Ref<NSObject> none;
     for (const auto& [data, expected] :
-         {std::pair(coded("text"_ns, "text"_ns), "where one of class NSDictionary is due"),
-          {coded(NSDictionary::dictionary(), NSArray::array()), "where one of class NSString is due"},
+         {std::pair(coded("text"_ns, "text"_ns), "where one of class NSDictionary is expected"),
+          {coded(NSDictionary::dictionary(), NSArray::array()), "where one of class NSString is expected"},
           {coded(NSDictionary::dictionaryWithMap(names), "text"_ns), "annotation keys to bit sets"}}) {
         const Reading reading = read(data);
         EXPECT_FALSE(reading.object);

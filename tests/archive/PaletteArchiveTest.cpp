@@ -76,11 +76,11 @@ TEST(PaletteArchive, AFileIsReadByWhatItHoldsAndWrittenByItsName) {
         Ref<NSData> data;
         const char* error;
     } others[] = {
-        {QzTokeningArchiver::archivedDataWithRootObject(title, {palette}), "holds titles, no palette"},
-        {NSArchiver::archivedDataWithRootObject("x"_ns), "holds an object of class NSString, no palette"},
+        {QzTokeningArchiver::archivedDataWithRootObject(title, {palette}), "holds titles, not a palette"},
+        {NSArchiver::archivedDataWithRootObject("x"_ns), "holds an object of class NSString, not a palette"},
         {NSData::dataWithBytes(std::string_view(later)), "holds no palette of a version that can be read"},
         {NSData::dataWithBytes(NSArchiver::archivedDataWithRootObject(palette)->view().substr(0, 60)), "byte "},
-        {NSData::dataWithBytes(std::string_view("palette")), "no well-formed XML"},
+        {NSData::dataWithBytes(std::string_view("palette")), "not well-formed XML"},
         {{}, ""},
     };
     for (const auto& [data, expected] : others) {
@@ -119,8 +119,8 @@ TEST(PaletteArchive, WhatWouldBreakAPaletteIsRefused) {
     const Case cases[] = {
         {nullptr, NSArray::array(), "needs its global annotation"},
         {anno, nullptr, "an array of the others"},
-        {"A"_ns, NSArray::array(), "where one of class QzAnno is due"},
-        {anno, "A"_ns, "where one of class NSArray is due"},
+        {"A"_ns, NSArray::array(), "where one of class QzAnno is expected"},
+        {anno, "A"_ns, "where one of class NSArray is expected"},
         {anno, NSArray::arrayWithObjects({"A"_ns}), "class NSString stands among the annotations"},
     };
     for (const auto& [globals, annotations, expected] : cases) {

@@ -109,7 +109,7 @@ TEST_F(Limit, OfNestingHoldsForWhatHostsMake) {
     for (int level = 0; level < 30; ++level) doubled = NSArray::arrayWithObjects({doubled, doubled});
     std::string error;
     EXPECT_FALSE(NSPropertyListSerialization::dataFromPropertyList(doubled, NSPropertyListFormat::xml, &error));
-    EXPECT_THAT(error, HasSubstr("more than the 268435456 bytes"));
+    EXPECT_THAT(error, HasSubstr("more than 268435456 bytes"));
     EXPECT_FALSE(NSArchiver::archivedDataWithRootObject(doubled, &error));
 }
 
@@ -126,7 +126,7 @@ TEST_F(Limit, OfCirclesIsTheirFirstRound) {
         hold(other);
         std::string error;
         EXPECT_FALSE(NSArchiver::archivedDataWithRootObject(holder, &error));
-        EXPECT_THAT(error, testing::EndsWith("that holds itself, which its readers refuse"));
+        EXPECT_THAT(error, testing::EndsWith("that holds itself, which readers refuse"));
         EXPECT_THAT(other->description(), HasSubstr("…"));
         EXPECT_TRUE(other->isEqual(*NSArray::arrayWithObjects({holder}))) << "the same object needs no look inside";
         hold({});

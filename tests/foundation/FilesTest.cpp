@@ -100,7 +100,7 @@ TEST(Files, ReadingIsBounded) {
     EXPECT_TRUE(readFile(path, &error, 10));
     EXPECT_EQ(error, "");
     EXPECT_FALSE(readFile(path, &error, 9));
-    EXPECT_THAT(error, HasSubstr("larger than the 9 bytes"));
+    EXPECT_THAT(error, HasSubstr("limit of 9 bytes"));
     // Endless, and without a size that is known beforehand.
     EXPECT_FALSE(readFile("/dev/zero", &error, 3'000'000));
     EXPECT_THAT(error, HasSubstr("larger than"));

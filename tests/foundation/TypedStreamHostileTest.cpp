@@ -121,32 +121,33 @@ TEST(TypedStreamHostile, AttacksAreRefusedByName) {
         StreamBytes stream;
         const char* error;
     } cases[] = {
-        {"no data at all", StreamBytes(), "the data ends where a value is due"},
+        {"no data at all", StreamBytes(), "the data ends where a value is expected"},
         {"objects inside each other", nested(100000), "more than 512 objects inside each other"},
         {"as deep by references: freeing it would recurse", tower(100000, 1), "by references"},
         {"doubled at each level: comparing it would never end", tower(60, 2), "more than 16777216 others"},
         {"members that take long to compare", comparedTowers(), "too many dictionary keys or set members"},
         {"an array that promises two thousand million objects", array(INT32_MAX), "a collection of 2147483647 objects"},
         {"a negative count", array(UINT32_MAX).byte(0), "a collection of -1 objects"},
-        {"a text of 4 GB", StreamBytes("<@> ( NSString:1 NSObject:0 ~ <+> l0xffffffff"), "4294967295 bytes are due"},
+        {"a text of 4 GB", StreamBytes("<@> ( NSString:1 NSObject:0 ~ <+> l0xffffffff"),
+         "4294967295 bytes are expected"},
         {"data of 2 GB", StreamBytes("<@> ( NSData:0 NSObject:0 ~ <i> l0x7fffffff <[2147483647c]>"),
          "take at least 2147483647 bytes"},
         {"data of a negative length", StreamBytes("<@> ( NSData:0 NSObject:0 ~ <i> -1"), "data of -1 bytes"},
         {"collections that each promise all that is left", array(20).add("^0 ( ^1 ^3 20").raw(std::string(60, '\x92')),
          "a collection of 20 objects"},
-        {"a class name of 4 GB", StreamBytes("<@> ( 0x84 0x84 l0xffffffff"), "4294967295 bytes are due"},
+        {"a class name of 4 GB", StreamBytes("<@> ( 0x84 0x84 l0xffffffff"), "4294967295 bytes are expected"},
         {"a superclass chain without end", superclassChain(100000), "more than 64 superclasses"},
         {"its own superclass", StreamBytes("<@> ( NSArray:0 ^1"), "its own superclass"},
         {"a superclass that is the object", StreamBytes("<@> ( NSArray:0 ^0"), "referred to as a class"},
-        {"a class where an object is due", array(1).add("^0 ^1 )"), "referred to as an object"},
+        {"a class where an object is expected", array(1).add("^0 ^1 )"), "referred to as an object"},
         {"an entry that is not there", array(1).add("^0 ^99 )"), "entry 99 of the objects, which has 3"},
         {"a shared string that is not there", array(1).add("^99 0"), "entry 99 of the shared strings"},
         {"a reference before the first entry", array(1).add("^0 w0xff00"), "a reference to entry"},
         {"no class", StreamBytes("<@> ( ~ )"), "an object without a class"},
         {"a class without a name", StreamBytes("<@> ( 0x84 ~"), "a class without a name"},
-        {"a group without types", array(1).add("~ 0"), "nil stands"},
+        {"a group without types", array(1).add("~ 0"), "nil where"},
         {"an element of another type", array(1).add("<i> 1 )"), "\"i\""},
-        {"groups left over", array(0).add("^0 ~ )"), "the end of an object is due"},
+        {"groups left over", array(0).add("^0 ~ )"), "the end of an object is expected"},
         {"too few groups", array(2).add("^0 ~ )").raw(std::string(8, '\x86')), "an object ends where"},
         {"many values for one byte", usedTypes(passedOverObject(), many + "c", 20000), "more values than"},
         {"an endless loop of nothing", passedOverObject().add("<[200000!]> )"), "takes no space"},
@@ -242,7 +243,7 @@ TEST(TypedStreamHostile, WhatIsOddButAllowed) {
 TEST(TypedStreamHostile, OtherFilesAreTold) {
     for (const std::string_view file :
          {std::string_view(""), std::string_view("bplist00"), std::string_view("\x04\x0bstreamtype")}) {
-        EXPECT_THAT(outcomeOf(NSData::dataWithBytes(file)).text, HasSubstr("no typed stream"));
+        EXPECT_THAT(outcomeOf(NSData::dataWithBytes(file)).text, HasSubstr("not a typed stream"));
     }
     std::string other = StreamBytes().bytes();
     other[0] = 3;

@@ -94,13 +94,13 @@ TEST_F(ArchiveCommandTest, RefusalsSayWhatTheFileIsAndDestroyNothing) {
     };
     for (const auto& [arguments, error] :
          {Case{"archive show p.annopalette", "class QzAnnoPalette, no annotated strings"},
-          {"archive show c.vtt", "this is no typed stream"},
+          {"archive show c.vtt", "this is not a typed stream"},
           {"archive show missing", "cannot be opened"},
           {"archive show b.plist", "is a binary property list"},
           {"archive show lost.annostring", "1 annotation cannot be read and is lost"},
           {"render damaged.annostring -o x", "damaged.annostring: byte "},
-          {"palette show c.annostring", "holds titles, no palette"},
-          {"palette convert c.annostring p.plist", "holds titles, no palette"},
+          {"palette show c.annostring", "holds titles, not a palette"},
+          {"palette convert c.annostring p.plist", "holds titles, not a palette"},
           {"archive pack t.txt -o no/such/folder.annostring", "No such file"},
           {"archive pack c.doc -o c.annostring", "is no .srt, .vtt, .ass, .ssa, .txt or .annostring file"}}) {
         const ToolResult result = run(arguments);

@@ -157,8 +157,8 @@ TEST(NSAttributedStringCoding, RunsThatDoNotFitTheTextAreRefused) {
         {"without length", {{1, 0}}, "a run of length 0"},
         {"a number left out", {{2, 5}}, "a run has the attributes 2"},
         {"a number below the first", {{0, 5}}, "a run has the attributes 0"},
-        {"too short", {{1, 4}}, "an object ends where a value is due"},
-        {"too long", {{1, 5}, {1, 1}}, "the end of an object is due"},
+        {"too short", {{1, 4}}, "an object ends where a value is expected"},
+        {"too long", {{1, 5}, {1, 1}}, "the end of an object is expected"},
     };
     for (const auto& [why, runs, expected] : cases) {
         std::string error;

@@ -10,21 +10,21 @@ namespace qz {
 template <class Signature>
 class Callback;
 
-/// A function to be called later: any callable that takes the arguments. Copies share what it captures.
+/// A function to call later: any callable that takes these arguments. Copies share its captures.
 ///
 /// Stands in for `std::function`, whose header alone would bring each source of a host 11,000 lines.
 template <class Result, class... Arguments>
 class Callback<Result(Arguments...)> {
 public:
-    /// Empty: not to be called.
+    /// An empty callback, which must not be called.
     ///@{
     Callback() = default;
     Callback(std::nullptr_t) {}
     ///@}
-    /// Implicit, so that a lambda stands where a callback is due. A null pointer to a function gives an empty callback.
+    /// Implicit, so that a lambda can be passed as a callback. A null function pointer gives an empty callback.
     template <class Function>
-        requires(!std::is_same_v<Function, Callback> && std::is_invocable_r_v<Result, Function&, Arguments...>)
-    Callback(Function function) {
+    requires(!std::is_same_v<Function, Callback> && std::is_invocable_r_v<Result, Function&, Arguments...>)
+        Callback(Function function) {
         if constexpr (std::is_pointer_v<Function>) {
             if (!function) return;
         }
@@ -36,7 +36,7 @@ public:
 
     /// Whether there is a function to call.
     explicit operator bool() const { return call_ != nullptr; }
-    /// Calls the function; what it throws passes through.
+    /// Calls the function; exceptions pass through.
     Result operator()(Arguments... arguments) const {
         return call_(target_.get(), std::forward<Arguments>(arguments)...);
     }

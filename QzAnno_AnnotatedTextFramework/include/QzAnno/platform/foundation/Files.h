@@ -9,25 +9,25 @@
 
 namespace qz {
 
-// Reasons are predicates in one line that go behind the path and ": ", as in "cannot be opened: No such file or
-// directory".
+// `error` receives one line to append to the path and ": ", such as "cannot be opened: No such file or directory".
 
-/// A whole file, a pipe or device up to its end; none, with the reason in `error`, when it cannot be read
-/// or is larger than `bytesMax`.
+/// Reads a whole file, or a pipe or device up to its end. Returns null, with the reason in `error`, if it cannot be
+/// read or is larger than `bytesMax`.
 Ref<NSData> readFile(const std::string& path, std::string* error, uint64_t bytesMax = Limits::kFileBytesMax);
 
-/// When the bytes of a written file reach the disk.
+/// When the bytes written to a file reach the disk.
 enum class Flush {
-    /// Before it takes its name: it outlasts a power failure.
+    /// Before the file takes its name: it survives a power failure.
     atOnce,
-    /// When the system likes: after a power failure it may be empty. For what can be made again, by the thousand.
+    /// Whenever the system chooses: after a power failure the file may be empty. For large numbers of files that can be
+    /// made again.
     later,
 };
 
-/// Writes beside the target, flushes to the disk and renames over it, so that at any moment the path holds the old
-/// content or the new one, whole. The target keeps its mode; through a symbolic link, what it points to is replaced.
-/// False, with the reason in `error` and the target untouched, when any step fails. A pipe or a device is written to as
-/// it is.
+/// Writes a temporary file beside the target, flushes it to disk and renames it over the target, so the path always
+/// holds either the whole old content or the whole new one. The target keeps its mode; a symbolic link is followed and
+/// its target replaced. Pipes and devices are written to directly. Returns false, with the reason in `error` and the
+/// target untouched, if any step fails.
 bool writeFileAtomically(const std::string& path, std::span<const uint8_t> bytes, std::string* error,
                          Flush flush = Flush::atOnce);
 

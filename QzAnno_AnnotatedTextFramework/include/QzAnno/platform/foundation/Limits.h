@@ -3,28 +3,29 @@
 #include <cstddef>
 #include <cstdint>
 
-/// What files and texts of strangers may ask for, in one place. Beyond a limit there is a refusal with a line that says
-/// so, before the memory is taken. docs/limits.md says what happens at each; TypedStreamLimits.h has those of archives
-/// alone.
+/// Limits on untrusted files and texts, in one place. Anything beyond a limit is refused with a one-line reason before
+/// the memory is allocated. docs/limits.md describes what happens at each limit; TypedStreamLimits.h has the limits
+/// that concern archives only.
 namespace qz::Limits {
 
-/// A file that is read whole.
+/// Size of a file that is read into memory whole.
 inline constexpr uint64_t kFileBytesMax = uint64_t{256} << 20;
-/// UTF-16 units of a title or a cue that is read from a file. Strings that a host makes are bounded by 2^31 - 1.
+/// UTF-16 units in a title or cue read from a file. Strings made by a host may have up to 2^31 - 1.
 inline constexpr uint32_t kTitleUnitsMax = 1u << 24;
-/// Annotations of a palette above the global one. A title holds a byte for each of its units and annotations.
+/// Annotations in a palette, not counting the global one. A title stores a byte for each combination of unit and
+/// annotation.
 inline constexpr int32_t kAnnotationsMax = 65536;
-/// Objects inside objects, in archives and in property lists, both ways; what a host nests deeper is not compared or
-/// described further.
+/// Nesting depth of objects in archives and property lists, read or written. Objects that a host nests deeper are
+/// neither compared nor described below this depth.
 inline constexpr uint32_t kNestingMax = 512;
-/// Pixels of one bitmap of the library's own: 16384 x 16384 of RGBA.
+/// Size of one bitmap allocated by the library: 16384 x 16384 RGBA pixels.
 inline constexpr uint64_t kBitmapBytesMax = uint64_t{1} << 30;
-/// Points; a larger font is drawn at this size.
+/// Font size in points; larger fonts are drawn at this size.
 inline constexpr float kFontPointsMax = 10000.0f;
-/// Points, to either side of zero. A length of a style or of a box beyond it is a mistake, and would only drown the
-/// others.
+/// Absolute value of a style's or box's length, in points. Anything larger is a mistake and would swamp the other
+/// lengths.
 inline constexpr float kLengthMax = 1e6f;
-/// Drawn glyphs that a pipeline keeps, unless its host sets another bound.
+/// Bytes of drawn glyphs that a pipeline caches unless its host sets another limit.
 inline constexpr uint64_t kGlyphCacheBytes = uint64_t{64} << 20;
 
 }  // namespace qz::Limits

@@ -14,12 +14,12 @@ namespace qz {
 
 class TypedStreamWriter;
 
-/// One value to be written: an integer for the codes c C B s S i I l L q Q, a real for f d, an object for @, characters
+/// One value to write: an integer for the type codes c C B s S i I l L q Q, a real for f d, an object for @, characters
 /// for + % : * and for arrays of c or C, a class name for #.
 class CodedValue {
 public:
-    /// Implicit, so that values are written as they are. A truth value is the integer 0 or 1, and an object may be
-    /// none. Characters are not copied and stay with the caller until they are written; a null pointer is not allowed.
+    /// Implicit, so that values can be passed directly. A bool becomes the integer 0 or 1; an object may be null.
+    /// Characters are not copied: the caller keeps them until they are written. They must not be a null pointer.
     ///@{
     CodedValue(bool value) : value_(int64_t{value}) {}
     CodedValue(int32_t value) : value_(int64_t{value}) {}
@@ -33,7 +33,7 @@ public:
     CodedValue(const Ref<T>& object) : value_(Ref<NSObject>(object)) {}
     ///@}
 
-    /// A variant of `int64_t`, which narrower integers become, `uint64_t`, `double`, `std::string_view` and
+    /// A variant of `int64_t` (narrower integers are widened to it), `uint64_t`, `double`, `std::string_view` and
     /// `Ref<NSObject>`.
     const auto& value() const { return value_; }
 
@@ -43,27 +43,29 @@ private:
 
 /// Writes objects and values as a typed stream, little-endian, into a growing buffer.
 ///
-/// An object that is met again (the same object, not an equal one) is written as a reference. What cannot be written
-/// (an object of a class without coded form, too deep a nesting) makes the whole archive fail: operations then do
-/// nothing, and there is no data. Limits are those of reading, so whatever is written can be read.
+/// An object encountered again (the same object, not an equal one) is written as a reference. Anything that cannot be
+/// written (an object whose class has no coded form, nesting that is too deep) makes the whole archive fail: further
+/// operations do nothing, and there is no data. The limits are those of the reader, so whatever is written can be read.
 class NSArchiver : public NSObject {
 public:
-    /// With the header of a stream and nothing behind it.
+    /// Starts a stream with its header only.
     static Ref<NSArchiver> init();
     ~NSArchiver() override;
 
-    /// None, with one line in `error` that says what failed and where in the object it stands.
+    /// Returns null if the object cannot be archived, with one line in `error` that says what failed and where in the
+    /// object.
     static Ref<NSData> archivedDataWithRootObject(const Ref<NSObject>& rootObject, std::string* error = nullptr);
 
-    /// Writes one group "@"; none is written as such. False after a failure, as for all that follow.
+    /// Writes one group "@"; a null object is written as null. Like all encode functions, returns false after a
+    /// failure.
     ///@{
     bool encodeRootObject(const Ref<NSObject>& rootObject) { return encodeObject(rootObject); }
     bool encodeObject(const Ref<NSObject>& object);
     ///@}
 
-    /// Writes one group. The values are those of the types' leaves in order: "{_NSPoint=ff}" takes two reals, "[3i]"
-    /// three integers, "[5c]" the characters as one value. An integer outside its type makes the archive fail. Another
-    /// number or kind of values than the types ask for is a bug of the caller.
+    /// Writes one group, with one value for each leaf of the types, in order: "{_NSPoint=ff}" takes two reals, "[3i]"
+    /// three integers, "[5c]" the characters as one value. An integer outside the range of its type makes the archive
+    /// fail. Passing values whose number or kinds differ from the types is a bug in the caller.
     ///@{
     bool encodeValuesOfObjCTypes(std::string_view types, std::initializer_list<CodedValue> values);
     bool encodeValueOfObjCType(std::string_view type, CodedValue value) {
@@ -73,8 +75,8 @@ public:
     /// Writes one group "[Nc]" of raw bytes; the type is 'c' or 'C'.
     bool encodeArrayOfObjCType(char type, std::span<const uint8_t> bytes);
 
-    /// Writes one group of one value: of the type "c" for a truth value, "i" or "I" for an integer, "f" or "d" for a
-    /// real, "[Nc]" for bytes.
+    /// Writes one group of one value: type "c" for a bool, "i" or "I" for an integer, "f" or "d" for a real, "[Nc]" for
+    /// bytes.
     ///@{
     bool encodeBool(bool value) { return encodeValueOfObjCType("c", value); }
     bool encodeInt(int32_t value) { return encodeValueOfObjCType("i", value); }
@@ -84,20 +86,21 @@ public:
     bool encodeChars(std::span<const uint8_t> bytes) { return encodeArrayOfObjCType('c', bytes); }
     ///@}
 
-    /// Makes the archive fail, for an encode function that cannot write its object. The reason becomes part of one
+    /// Makes the archive fail; called by an encode function that cannot write its object. The reason ends the error
     /// line: "NSArray > object 2 > QzFoo: reason".
     void fail(std::string reason);
-    /// Stays true: a failed archive cannot be mended.
+    /// Stays true: a failed archive cannot be repaired.
     bool hasFailed() const { return !error_.empty(); }
     /// Empty until a failure.
     const std::string& error() const { return error_; }
-    /// Names, innermost first, the place inside an object at which writing a part has failed (an index, a key).
+    /// Names the place inside an object where writing a part failed (an index, a key). Called from the innermost place
+    /// outward.
     void addPlaceOfFailure(std::string_view place);
-    /// Counts what it costs a reader to file the object written last as a dictionary's key or a set's member, `entries`
-    /// being filed already, so that nothing is written that a reader would refuse.
+    /// Counts the reader's cost of storing the last written object as a dictionary key or set member beside `entries`
+    /// others, so that nothing is written that a reader would refuse.
     bool countKey(size_t entries);
 
-    /// What has been written by now; none after a failure. A copy.
+    /// Returns a copy of what has been written so far, or null after a failure.
     Ref<NSData> archiverData() const;
 
     std::string className() const override { return "NSArchiver"; }

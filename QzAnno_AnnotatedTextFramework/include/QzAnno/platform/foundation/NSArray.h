@@ -6,20 +6,20 @@
 
 namespace qz {
 
-/// An immutable row of objects. Equal when both hold equal elements in the same order.
+/// An immutable array. Two arrays are equal if they hold equal elements in the same order.
 class NSArray final : public ObjectHolder {
 public:
     /// The empty array.
     static Ref<NSArray> array();
-    /// An element should be an object, `NSNull` where there is none: archives read back without the elements that are
-    /// none, and property lists refuse them.
+    /// Elements should not be null; use `NSNull` instead. Null elements are lost in archives, and property lists refuse
+    /// them.
     static Ref<NSArray> arrayWithObjects(std::vector<Ref<NSObject>> elements);
 
-    /// Indices run from 0 to below it.
+    /// The number of elements.
     size_t count() const { return elements_.size(); }
-    /// Never changed; they live as long as the array.
+    /// Valid as long as the array lives.
     const std::vector<Ref<NSObject>>& elements() const { return elements_; }
-    /// The element; empty when the index lies beyond the last.
+    /// Returns null if the index is out of range.
     Ref<NSObject> objectAtIndex(size_t index) const { return index < count() ? elements_[index] : Ref<NSObject>(); }
 
     bool isEqual(const NSObject& other) const override;

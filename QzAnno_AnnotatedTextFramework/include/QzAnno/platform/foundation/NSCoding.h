@@ -11,43 +11,43 @@ namespace qz {
 class NSArchiver;
 class NSUnarchiver;
 
-/// How the objects of one class are written to a typed stream and read back. The names must live as long as the
-/// process; literals do.
+/// How objects of one class are written to a typed stream and read back. The names must live as long as the process, as
+/// literals do.
 ///
-/// A class is read in one of two ways. `decode` makes the finished object; an object that refers to itself through
-/// others is then refused. `allocate` and `fill` make an empty object first, to which objects inside it can refer; such
-/// a class keeps these references without owning, or a cycle would never be freed.
+/// A class is read in one of two ways. `decode` makes the finished object; it refuses an object that refers to itself
+/// through others. `allocate` and `fill` make an empty object first, which objects inside it can refer to; such
+/// references back must not own it, or the cycle would never be freed.
 struct CodedClass {
-    /// What `className()` answers.
+    /// As `className()` returns it.
     std::string_view name;
-    /// Written into the class record; `NSUnarchiver::versionForClassName` tells a stream's.
+    /// Written into the class record. `NSUnarchiver::versionForClassName` returns the version in a stream.
     int32_t version = 0;
-    /// Of a registered class too, or writing an object fails.
+    /// Must be registered too, or writing an object fails.
     std::string_view superclassName = "NSObject";
-    /// Writes the object's groups, those of its superclasses first. None for a class that stands in chains only.
+    /// Writes the object's groups, those of its superclasses first. Null for a class that appears only as a superclass.
     void (*encode)(const NSObject& object, NSArchiver& archiver) = nullptr;
-    /// Reads the groups and returns the object, or another one to stand in its place: references to the coded object
-    /// then get that. None without a failure of the unarchiver means "no object": groups left unread are passed over.
-    /// An object whose groups are left unread is a failure.
+    /// Reads the groups and returns the object, or a substitute that references to the coded object will also get. Null
+    /// without a failure of the unarchiver means "no object", and unread groups are skipped. Returning an object but
+    /// leaving groups unread is a failure.
     Ref<NSObject> (*decode)(NSUnarchiver& unarchiver) = nullptr;
-    /// The empty object for `fill`, never none. Not called when there is a `decode`.
+    /// Makes the empty object for `fill`; never null. Not called if there is a `decode`.
     Ref<NSObject> (*allocate)() = nullptr;
-    /// False means "no object", as none does for `decode`; references met by then keep the empty one.
+    /// False means "no object", as null does for `decode`; references read by then keep the empty object.
     bool (*fill)(NSObject& object, NSUnarchiver& unarchiver) = nullptr;
-    /// Further names under which streams hold such objects ("NSMutableString").
+    /// Other names that streams use for the class ("NSMutableString").
     std::vector<std::string_view> aliases = {};
 };
 
-/// Makes a class known to every archiver and unarchiver. One static object of this type stands in the source file that
-/// holds the coded form; a name that is taken is a bug.
+/// Makes a class known to every archiver and unarchiver. Define one static object of this type in the source file with
+/// the coded form. Registering a name twice is a bug.
 class CodedClassRegistration {
 public:
-    /// Enters the name and the aliases. One that is taken stays with its first class, with a line on standard error.
-    /// Not while another thread codes.
+    /// Registers the name and the aliases. A name that is taken stays with its first class, and a line on standard
+    /// error says so. Do not call while another thread encodes or decodes.
     explicit CodedClassRegistration(CodedClass codedClass);
 };
 
-/// The class of that name or alias; null when there is none. "NSObject" is always there.
+/// Returns null if no class has that name or alias. "NSObject" is always registered.
 const CodedClass* codedClassNamed(std::string_view name);
 
 }  // namespace qz

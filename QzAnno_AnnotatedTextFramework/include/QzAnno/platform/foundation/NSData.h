@@ -8,12 +8,12 @@
 
 namespace qz {
 
-/// An immutable row of bytes. Equal when the bytes are.
+/// Immutable bytes. Two are equal if their bytes are.
 class NSData final : public NSObject {
 public:
-    /// No bytes.
+    /// Empty data.
     static Ref<NSData> data();
-    /// With the vector's bytes, or a copy of those that the view shows.
+    /// Takes the vector, or copies the view's bytes.
     ///@{
     static Ref<NSData> dataWithBytes(std::vector<uint8_t> bytes);
     static Ref<NSData> dataWithBytes(std::string_view bytes);
@@ -21,9 +21,9 @@ public:
 
     /// In bytes.
     size_t length() const { return bytes_.size(); }
-    /// Never changed; they live as long as the data.
+    /// Valid as long as the data lives.
     const std::vector<uint8_t>& bytes() const { return bytes_; }
-    /// The bytes seen as characters; valid as long as the data lives.
+    /// The bytes as characters; valid as long as the data lives.
     std::string_view view() const { return {reinterpret_cast<const char*>(bytes_.data()), bytes_.size()}; }
 
     bool isEqual(const NSObject& other) const override;

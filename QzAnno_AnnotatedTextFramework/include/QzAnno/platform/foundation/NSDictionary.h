@@ -10,17 +10,17 @@ class ObjectMap;
 
 /// An immutable dictionary in insertion order. To edit one, make a new one.
 ///
-/// Equal when both hold equal values under equal keys, in whatever order.
+/// Two dictionaries are equal if they hold equal values under equal keys, in any order.
 class NSDictionary final : public ObjectHolder {
 public:
     /// The empty dictionary.
     static Ref<NSDictionary> dictionary();
-    /// Each object under the key of the same place; of equal keys the first keeps its place and the last its object.
-    /// A null key is left out with a log line, as are keys and objects without a partner. Archives read back without
-    /// entries whose object is null, and property lists refuse them.
+    /// Stores each object under the key at the same index. Of equal keys, the first determines the position and the
+    /// last the object. Null keys, and keys or objects without a counterpart, are left out with a log line. Entries
+    /// whose object is null are lost in archives, and property lists refuse them.
     static Ref<NSDictionary> dictionaryWithObjects(const std::vector<Ref<NSObject>>& objects,
                                                    const std::vector<Ref<NSObject>>& forKeys);
-    /// For the library, which files its entries in a map.
+    /// For the library's own use: the map behind the dictionary.
     ///@{
     static Ref<NSDictionary> dictionaryWithMap(ObjectMap map);
     const ObjectMap& map() const { return *map_; }
@@ -29,11 +29,11 @@ public:
 
     /// The number of entries.
     size_t count() const;
-    /// The keys, in the order in which they were filed.
+    /// The keys, in insertion order.
     std::vector<Ref<NSObject>> allKeys() const;
-    /// The object; null if there is no such key.
+    /// Returns null if there is no such key.
     Ref<NSObject> objectForKey(const NSObject& key) const;
-    /// The object if it is of class `T`; null if it is not, or if there is no such key.
+    /// Returns the object if it is of class `T`; null if it is not, or if there is no such key.
     template <class T>
     Ref<T> objectForKey(const NSObject& key) const {
         return std::dynamic_pointer_cast<T>(objectForKey(key));

@@ -6,26 +6,26 @@
 
 namespace qz {
 
-/// A place in points of the screen, in 32-bit floats. Text coordinates have their origin at the top left, y growing
-/// downward; an image that is not flipped has it at the bottom left, y growing upward.
+/// A position in points. In text coordinates the origin is at the top left and y grows downward; in an image that is
+/// not flipped it is at the bottom left and y grows upward.
 struct NSPoint {
     float x = 0;  ///< grows to the right
     float y = 0;  ///< grows downward in text
     friend bool operator==(const NSPoint&, const NSPoint&) = default;
 };
 
-/// An extent in points. One that is not above 0 both ways makes a rectangle empty.
+/// An extent in points. A rectangle is empty unless both are above 0.
 struct NSSize {
     float width = 0;   ///< along x
     float height = 0;  ///< along y
     friend bool operator==(const NSSize&, const NSSize&) = default;
 };
 
-/// A rectangle along the axes, in points.
+/// An axis-aligned rectangle, in points.
 struct NSRect {
     NSPoint origin;  ///< the corner with the least x and y
-    NSSize size;     ///< from there on
-    /// The far edges, rounded to 32-bit floats: a width asked back as the difference of two edges may have changed.
+    NSSize size;     ///< the extent from there
+    /// The far edges, rounded to 32-bit floats: their distance to the origin may differ from the size.
     ///@{
     float maxX() const { return origin.x + size.width; }
     float maxY() const { return origin.y + size.height; }
@@ -33,16 +33,16 @@ struct NSRect {
     friend bool operator==(const NSRect&, const NSRect&) = default;
 };
 
-/// A rectangle of whole device pixels, origin at the top left of the bitmap.
+/// A rectangle of whole device pixels; the origin is the top left of the bitmap.
 struct PixelRect {
-    int32_t x = 0;       ///< of the leftmost column
-    int32_t y = 0;       ///< of the topmost row
+    int32_t x = 0;       ///< leftmost column
+    int32_t y = 0;       ///< topmost row
     int32_t width = 0;   ///< columns
     int32_t height = 0;  ///< rows
 
-    /// Whether it holds no pixel: a width or height that is not above 0.
+    /// Whether it holds no pixel: its width or height is not above 0.
     bool isEmpty() const { return width <= 0 || height <= 0; }
-    /// The first column (row) behind it. In 64 bits: x near the end of its range plus a width does not fit in 32.
+    /// One past the last column (row). 64 bits wide, since x + width may not fit in 32.
     ///@{
     int64_t right() const { return int64_t{x} + width; }
     int64_t bottom() const { return int64_t{y} + height; }
@@ -51,7 +51,7 @@ struct PixelRect {
     friend bool operator==(const PixelRect&, const PixelRect&) = default;
 };
 
-/// Whether all numbers are equal, without tolerance; not-a-number equals nothing.
+/// Whether all numbers are exactly equal; NaN equals nothing.
 ///@{
 inline bool NSEqualSizes(NSSize a, NSSize b) {
     return a == b;
@@ -60,20 +60,20 @@ inline bool NSEqualRects(const NSRect& a, const NSRect& b) {
     return a == b;
 }
 ///@}
-/// Whether the rectangle has no area: a width or height that is not above 0.
+/// Whether the rectangle has no area: its width or height is not above 0.
 inline bool NSIsEmptyRect(const NSRect& rect) {
     return !(rect.size.width > 0 && rect.size.height > 0);
 }
 /// The rectangle moved by (dx, dy), of the same size.
 NSRect NSOffsetRect(const NSRect& rect, float dx, float dy);
-/// The overlap; the zero rectangle when there is none.
+/// The overlap, or the zero rectangle if they do not overlap.
 NSRect NSIntersectionRect(const NSRect& a, const NSRect& b);
-/// The smallest rectangle around both; an empty one counts as nothing.
+/// The smallest rectangle around both; an empty rectangle is ignored.
 NSRect NSUnionRect(const NSRect& a, const NSRect& b);
-/// minX <= x < maxX, and minY <= y < maxY when `flipped`, minY < y <= maxY when not.
+/// Whether minX <= x < maxX, and minY <= y < maxY if `flipped`, else minY < y <= maxY.
 bool NSMouseInRect(NSPoint point, const NSRect& rect, bool flipped);
 
-/// The text form, "{x, y}", "{width, height}" or "{{x, y}, {width, height}}", each number in the shortest decimal that
+/// The text form, "{x, y}", "{width, height}" or "{{x, y}, {width, height}}", each number as the shortest decimal that
 /// reads back as the same float.
 ///@{
 Ref<NSString> NSStringFromPoint(NSPoint point);
@@ -81,16 +81,18 @@ Ref<NSString> NSStringFromSize(NSSize size);
 Ref<NSString> NSStringFromRect(const NSRect& rect);
 ///@}
 
-/// Reads the text form, whatever stands there: white space between tokens is skipped, exponents are taken, and a number
-/// that is missing or beyond 32-bit floats is 0.
+/// Reads the text form leniently: white space between tokens is skipped, exponents are accepted, and a number that is
+/// missing or beyond the range of a float is 0.
 ///@{
 NSPoint NSPointFromString(const NSString& text);
 NSSize NSSizeFromString(const NSString& text);
 NSRect NSRectFromString(const NSString& text);
 ///@}
-/// As `NSRectFromString`, but none for a text that does not hold four finite numbers in the written form.
+/// As `NSRectFromString`, but returns no value unless the text holds four finite numbers in exactly the form that is
+/// written.
 std::optional<NSRect> wellFormedRectFromString(const NSString& text);
-/// As `NSPointFromString`, but none for a text that does not hold two finite numbers in the written form.
+/// As `NSPointFromString`, but returns no value unless the text holds two finite numbers in exactly the form that is
+/// written.
 std::optional<NSPoint> wellFormedPointFromString(const NSString& text);
 
 }  // namespace qz

@@ -7,15 +7,15 @@
 
 namespace qz {
 
-/// An immutable number that remembers the kind it was made of, so that files keep integers and reals apart.
+/// An immutable number that remembers its kind, so that files distinguish integers from reals.
 ///
-/// Equal when the values are equal, whatever the kinds.
+/// Two numbers are equal if their values are, whatever their kinds.
 class NSNumber final : public NSObject {
 public:
-    /// The kinds; `int64_t` is that of `numberWithLongLong`.
+    /// The kinds; `numberWithLongLong` makes `int64_t`.
     using Value = std::variant<bool, int32_t, int64_t, float, double>;
 
-    /// The value as given, in the kind that the name says.
+    /// Stores the value in the kind that the function names.
     ///@{
     static Ref<NSNumber> numberWithBool(bool value);
     static Ref<NSNumber> numberWithInt(int32_t value);
@@ -29,15 +29,14 @@ public:
     /// Whether the kind is `float` or `double`.
     bool isReal() const;
 
-    /// Whether it is anything but 0; not-a-number is.
+    /// Whether the value is not 0; true for NaN.
     bool boolValue() const;
-    /// Truncated toward zero. What lies outside the asked kind becomes its nearest value, and not-a-number 0.
+    /// Truncates toward zero. A value out of range is clamped; NaN becomes 0.
     ///@{
     int32_t intValue() const;
     int64_t longLongValue() const;
     ///@}
-    /// Rounded to the asked kind. A finite number beyond it becomes its largest of that sign; infinities and
-    /// not-a-number stay what they are.
+    /// Rounds to the type. A finite number out of range is clamped; infinities and NaN are kept.
     ///@{
     float floatValue() const;
     double doubleValue() const;
@@ -54,13 +53,12 @@ private:
     const Value value_;
 };
 
-/// What a value counts as where a number is due: a number is itself, and a text is the number that it begins with, as
-/// in a list that a person wrote. Null for anything else. `whole`, when given, receives whether the text is nothing but
-/// that number.
+/// Reads a value as a number: a number as itself, a text as the number it begins with, since people write such lists by
+/// hand. Returns null for anything else. `whole`, if given, receives whether the text holds nothing but the number.
 Ref<NSNumber> numberFrom(const Ref<NSObject>& value, bool* whole = nullptr);
 
-/// The fewest digits that read back as the same number; whole numbers have no point, and only numbers below 1e-4 or
-/// from 1e15 on have an exponent. "nan", "inf" and "-inf" otherwise. The same in every locale.
+/// The fewest digits that read back as the same number. Whole numbers have no point, and only numbers below 1e-4 or
+/// from 1e15 on have an exponent. Other values are "nan", "inf" and "-inf". Independent of the locale.
 ///@{
 std::string shortestDecimal(float value);
 std::string shortestDecimal(double value);

@@ -6,41 +6,41 @@
 
 namespace qz {
 
-/// Shared ownership of an object; empty where an operation yields none.
+/// Shared ownership of an object; null where an operation yields no object.
 template <class T>
 using Ref = std::shared_ptr<T>;
 
-/// A back reference: does not own, and turns empty when its object dies.
+/// A back reference: does not own, and expires with its object.
 template <class T>
 using WeakRef = std::weak_ptr<T>;
 
-/// The polymorphic root. Objects live behind `Ref` and are made by the static functions of their class.
+/// The polymorphic root. Objects are held by `Ref` and made by static functions of their class.
 ///
-/// Unless a class says otherwise, equality and hash are identity, and an object is used from one thread at a time.
+/// Unless a class says otherwise, equality and hash go by identity, and an object may be used from one thread at a
+/// time.
 class NSObject : public std::enable_shared_from_this<NSObject> {
 public:
     NSObject(const NSObject&) = delete;
     NSObject& operator=(const NSObject&) = delete;
     virtual ~NSObject();
 
-    /// Whether both stand for the same value, by the rule of this object's class. Dictionaries and sets match their
-    /// keys by it.
+    /// Whether both have the same value, as defined by this object's class. Dictionaries and sets match keys with it.
     virtual bool isEqual(const NSObject& other) const;
-    /// Equal objects have equal hashes. Not stable across runs, so never stored.
+    /// Equal objects have equal hashes. Not stable across runs, so do not store it.
     virtual size_t hash() const;
     /// Readable text in UTF-8, for logs and lists.
     virtual std::string description() const;
-    /// By which archives find the coded form (`CodedClass`); also names the class in messages.
+    /// The name under which archives find the coded form (`CodedClass`); also used in messages.
     virtual std::string className() const = 0;
 
 protected:
     NSObject() = default;
 };
 
-/// An object that holds others, which may hold others in turn, to any depth: hosts nest as they like.
+/// An object that holds others, which may hold others in turn, to any depth.
 ///
-/// Freeing goes in a loop, so no depth is too much for it. Objects that hold each other in a circle, which takes one
-/// that can be edited, are never freed; break the circle first.
+/// Freeing is iterative, so no depth overflows the stack. A reference cycle, which takes a mutable object, is never
+/// freed unless you break it first.
 class ObjectHolder : public NSObject {
 protected:
     ObjectHolder() = default;
@@ -63,7 +63,7 @@ Ref<T> refTo(T& object) {
     return std::static_pointer_cast<T>(object.shared_from_this());
 }
 
-/// Equal objects, or none on both sides.
+/// Whether the objects are equal, or both null.
 bool areEqual(const Ref<NSObject>& a, const Ref<NSObject>& b);
 
 }  // namespace qz

@@ -8,12 +8,12 @@ namespace qz {
 
 class ObjectMap;
 
-/// An immutable set in insertion order. Equal when both hold equal members, in whatever order.
+/// An immutable set in insertion order. Two sets are equal if they hold equal members, in any order.
 class NSSet final : public ObjectHolder {
 public:
-    /// The empty set, one object for all.
+    /// The empty set; always the same object.
     static Ref<NSSet> set();
-    /// Of equal members the first is kept. Null members are left out, with a log line.
+    /// Keeps the first of equal members. Null members are left out with a log line.
     ///@{
     static Ref<NSSet> setWithObject(Ref<NSObject> member);
     template <class T>
@@ -21,16 +21,16 @@ public:
         return setWithMembers({members.begin(), members.end()});
     }
     ///@}
-    /// For the library, which files members as the keys of a map; its values mean nothing.
+    /// For the library's own use: the map whose keys are the members. Its values are ignored.
     ///@{
     static Ref<NSSet> setWithMap(ObjectMap map);
     const ObjectMap& map() const { return *map_; }
     ///@}
     ~NSSet() override;
 
-    /// The number of members; equal ones count once.
+    /// The number of members.
     size_t count() const;
-    /// Whether the object or one equal to it is a member.
+    /// Whether an object equal to `member` is in the set.
     bool containsObject(const NSObject& member) const;
     /// The members, in order.
     std::vector<Ref<NSObject>> allObjects() const;

@@ -9,20 +9,20 @@
 
 namespace qz {
 
-/// A stretch of text: `location` and `length` in UTF-16 units.
+/// A range of text: `location` and `length` in UTF-16 units.
 struct Range {
-    uint32_t location = 0;  ///< of the first unit, from 0
+    uint32_t location = 0;  ///< index of the first unit, from 0
     uint32_t length = 0;    ///< in units; may be 0
 
-    /// The position after the last one. 64 bits wide, since location + length may pass 2^32.
+    /// One past the last position. 64 bits wide, since location + length may exceed 2^32.
     uint64_t end() const { return uint64_t{location} + length; }
-    /// Whether the unit at the index is within; an empty range contains none.
+    /// Whether the index lies in the range; an empty range contains no index.
     bool contains(uint32_t index) const { return index >= location && index < end(); }
 
     friend bool operator==(const Range&, const Range&) = default;
 };
 
-/// The overlap of two ranges; (0, 0) when they have none.
+/// The overlap of two ranges, or (0, 0) if they do not overlap.
 inline Range intersection(Range a, Range b) {
     const uint32_t location = a.location > b.location ? a.location : b.location;
     const uint64_t end = a.end() < b.end() ? a.end() : b.end();
@@ -31,27 +31,27 @@ inline Range intersection(Range a, Range b) {
 
 /// An immutable text in UTF-16. Lengths and positions count UTF-16 units; lone surrogates are kept as they are.
 ///
-/// A text has at most 2^31 - 1 units; making a longer one ends with `std::bad_alloc`. Threads may share one.
+/// A text has at most 2^31 - 1 units; making a longer one throws `std::bad_alloc`. Threads may share a text.
 class NSString final : public NSObject {
 public:
-    /// The empty text, one object for all.
+    /// The empty text; always the same object.
     static Ref<NSString> string();
-    /// As `utf16FromUtf8` reads it.
+    /// Converts as `utf16FromUtf8` does.
     static Ref<NSString> stringWithUTF8String(std::string_view utf8);
-    /// As it is, well-formed or not.
+    /// Keeps the units as they are, well-formed or not.
     static Ref<NSString> stringWithCharacters(std::u16string characters);
 
-    /// In UTF-16 units.
+    /// The number of UTF-16 units.
     uint32_t length() const { return static_cast<uint32_t>(characters_.size()); }
-    /// Never changed; they live as long as the text.
+    /// Valid as long as the text lives.
     const std::u16string& characters() const { return characters_; }
-    /// Throws `std::out_of_range` for an index that is not below the length.
+    /// Throws `std::out_of_range` if the index is not below the length.
     char16_t characterAtIndex(uint32_t index) const { return characters_.at(index); }
-    /// In UTF-8, as `utf8FromUtf16` makes it.
+    /// Converts as `utf8FromUtf16` does.
     std::string utf8() const;
-    /// None when the range reaches beyond the text.
+    /// Returns null if the range reaches beyond the text.
     Ref<NSString> substringWithRange(Range range) const;
-    /// Unit by unit: composed and decomposed forms of a character differ.
+    /// Compares unit by unit: composed and decomposed forms of a character differ.
     bool isEqualToString(const NSString& other) const { return characters_ == other.characters_; }
 
     bool isEqual(const NSObject& other) const override;
@@ -63,16 +63,16 @@ private:
     explicit NSString(std::u16string characters);
 
     const std::u16string characters_;
-    // Made when it is first asked for, which long texts are not: each keystroke makes one. 0 until then. Threads that
-    // ask at once find the same.
+    // Computed on first use, 0 until then: each keystroke makes a long text that is never hashed. Racing threads
+    // compute the same value.
     mutable std::atomic<size_t> hash_ = 0;
 };
 
 /// Malformed bytes become U+FFFD, one for each maximal malformed sequence. Throws `std::bad_alloc` for more than
 /// 2^31 - 1 bytes.
 std::u16string utf16FromUtf8(std::string_view utf8);
-/// Lone surrogates become U+FFFD. Throws `std::bad_alloc` when three bytes a unit, which it takes to begin with, are
-/// more than 2^31 - 1.
+/// Lone surrogates become U+FFFD. Throws `std::bad_alloc` if three bytes per unit, which it allocates at first, exceed
+/// 2^31 - 1.
 std::string utf8FromUtf16(std::u16string_view utf16);
 
 inline namespace literals {

@@ -13,31 +13,32 @@
 
 namespace qz {
 
-/// Where one value that is read goes: integers to an integer that must hold them (a bool takes whatever is not 0 as
-/// true), reals to a float or double, objects to a `Ref`, characters and raw bytes to a view that lives as long as the
-/// unarchiver.
+/// Where to store one decoded value: an integer in an integer that can hold it (a bool becomes true for anything but
+/// 0), a real in a float or double, an object in a `Ref`, characters and raw bytes in a view that is valid as long as
+/// the unarchiver lives.
 using CodedSlot =
     std::variant<bool*, int32_t*, uint32_t*, int64_t*, uint64_t*, float*, double*, std::string_view*, Ref<NSObject>*>;
 
 /// Reads objects and values from a typed stream of either byte order.
 ///
-/// The data may come from anywhere. What is damaged, unknown or beyond the limits makes the unarchiver fail: every
-/// operation from then on yields none or false and `error()` says what and where. Work and memory are bounded
+/// The data need not be trusted. Anything damaged, unknown or beyond the limits makes the unarchiver fail: every later
+/// operation returns null, no value or false, and `error()` says what failed and where. Time and memory are bounded
 /// (TypedStreamLimits.h).
 class NSUnarchiver : public NSObject {
 public:
-    /// Reads the header, so it may have failed already. No data counts as empty data, which is no typed stream. The
-    /// data are kept as long as the unarchiver lives.
+    /// Reads the header, so the result may have failed already. Null counts as empty data, which is not a typed stream.
+    /// The unarchiver keeps the data alive.
     static Ref<NSUnarchiver> initForReadingWithData(const Ref<NSData>& data);
     ~NSUnarchiver() override;
 
-    /// The first object of the stream. None, with one line in `error`, when it cannot be read; none without an error
-    /// when the stream holds no object there.
+    /// Returns the first object of the stream. Returns null with one line in `error` if it cannot be read, and null
+    /// without an error if the stream holds null there.
     static Ref<NSObject> unarchiveObjectWithData(const Ref<NSData>& data, std::string* error = nullptr);
 
-    /// Reads one group "@". None without a failure where the stream has no object or the object decodes as none.
+    /// Reads one group "@". Returns null without a failure if the stream holds null or its class decodes the object as
+    /// null.
     Ref<NSObject> decodeObject();
-    /// The object when it is of class `T`. Another class is a failure.
+    /// As `decodeObject`; an object that is not of class `T` is a failure.
     template <class T>
     Ref<T> decodeObjectOfClass(std::string_view expectedClass) {
         const Ref<NSObject> object = decodeObject();
@@ -46,18 +47,18 @@ public:
         return typed;
     }
 
-    /// Reads one group, whose types must be these, or it is a failure. There is one slot for each leaf of the types, as
-    /// for the archiver. After a failure slots may be written or not.
+    /// Reads one group; other types in the stream are a failure. Takes one slot for each leaf of the types, as the
+    /// archiver does. After a failure the slots may or may not have been written.
     ///@{
     bool decodeValuesOfObjCTypes(std::string_view types, std::initializer_list<CodedSlot> slots);
     bool decodeValueOfObjCType(std::string_view type, CodedSlot slot) { return decodeValuesOfObjCTypes(type, {slot}); }
     ///@}
-    /// Reads one group "[Nc]" of exactly `count` raw bytes; the type is 'c' or 'C'. The view lives as long as the
-    /// unarchiver.
+    /// Reads one group "[Nc]" of exactly `count` raw bytes; the type is 'c' or 'C'. The view is valid as long as the
+    /// unarchiver lives.
     std::optional<std::string_view> decodeArrayOfObjCType(char type, size_t count);
 
-    /// Reads one group of one value, which must be of the type "c" for a truth value, "i" or "I" for an integer, "f" or
-    /// "d" for a real. None is a failure.
+    /// Reads one group of one value, which must have the type "c" for a bool, "i" or "I" for an integer, "f" or "d" for
+    /// a real. Returns no value after a failure.
     ///@{
     std::optional<bool> decodeBool() { return decodeOne<bool>("c"); }
     std::optional<int32_t> decodeInt() { return decodeOne<int32_t>("i"); }
@@ -66,43 +67,42 @@ public:
     std::optional<double> decodeDouble() { return decodeOne<double>("d"); }
     ///@}
 
-    /// The types of the group that comes next; none at the end of the object or the data. Reads nothing.
+    /// The types of the next group; no value at the end of the object or the data. Does not advance.
     std::optional<std::string_view> typesOfNextGroup();
 
-    /// The version in the class record of that name among those read by now; none when there is no such record.
+    /// The version of that class in the stream; no value if no record of the class has been read so far.
     std::optional<int32_t> versionForClassName(std::string_view className) const;
-    /// Whether all groups of the data are read; also true after a failure.
+    /// Whether all groups have been read; also true after a failure.
     bool isAtEnd();
-    /// The system version in the header, which reading does not depend on; `NSArchiver` writes 1000.
+    /// The system version in the header. Reading does not depend on it; `NSArchiver` writes 1000.
     uint32_t systemVersion() const;
 
-    /// Makes the unarchiver fail, for a decode function whose object is damaged: "byte 37: reason".
+    /// Makes the unarchiver fail with "byte 37: reason"; called by a decode function whose object is damaged.
     void fail(const std::string& reason);
     /// Stays true: nothing more is read after a failure.
     bool hasFailed() const;
     /// Empty until a failure.
     const std::string& error() const;
 
-    // For decode functions of collections.
-    /// Says that so many groups "@" follow. Refused (a failure) when the data that is left cannot hold them beside what
-    /// the collections around this one expect; else memory for them may be reserved. They are then read by
-    /// `decodeExpectedObject`.
+    // For the decode functions of collections.
+    /// Announces `count` groups "@", which are then read by `decodeExpectedObject`. Fails if the remaining data cannot
+    /// hold them in addition to what the enclosing collections expect; on success it is safe to reserve memory for
+    /// them.
     bool expectObjects(uint64_t count);
-    /// As `decodeObject`, for one of the groups that `expectObjects` has announced; asking for more is a bug.
+    /// As `decodeObject`, for one of the groups announced by `expectObjects`; reading more than that is a bug.
     Ref<NSObject> decodeExpectedObject();
-    /// Counts memory that decoding is about to take beyond that of the objects themselves. False (a failure) past the
-    /// limit.
+    /// Counts memory that decoding is about to take in addition to the objects themselves. Fails beyond the limit.
     bool countMemory(uint64_t bytes);
-    /// Counts what it may cost to file the object read last as a dictionary's key or a set's member, `entries` being
-    /// filed already. False (a failure) past the limit.
+    /// Counts the cost of storing the last read object as a dictionary key or set member beside `entries` others. Fails
+    /// beyond the limit.
     bool countKey(size_t entries);
-    /// Counts what a collection leaves out since it decodes as no object.
+    /// Counts items that a collection leaves out because they decode as null.
     void countDropped(uint64_t count) { dropped_ += count; }
-    /// What a dictionary files under a key that it has already: the later value, unless a reader of keys that it
-    /// changes knows better.
+    /// The value that a dictionary keeps for a repeated key: the later one, unless a subclass that renames keys decides
+    /// otherwise.
     virtual Ref<NSObject> valueUnderRepeatedKey(const Ref<NSObject>& former, const Ref<NSObject>& later);
 
-    /// How many entries, elements and members the collections that were read have lost that way.
+    /// How many items `countDropped` has counted.
     uint64_t droppedCount() const { return dropped_; }
 
     std::string className() const override { return "NSUnarchiver"; }

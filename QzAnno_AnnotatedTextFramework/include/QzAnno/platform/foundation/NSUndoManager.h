@@ -11,7 +11,7 @@
 
 namespace qz {
 
-/// Posted by an undo manager, as object, after it has undone, or redone, a group; it then records again.
+/// Posted with the undo manager as object after it has undone or redone a group, when it records again.
 ///@{
 inline const Ref<NSString> NSUndoManagerDidUndoChangeNotification = "NSUndoManagerDidUndoChangeNotification"_ns;
 inline const Ref<NSString> NSUndoManagerDidRedoChangeNotification = "NSUndoManagerDidRedoChangeNotification"_ns;
@@ -19,23 +19,22 @@ inline const Ref<NSString> NSUndoManagerDidRedoChangeNotification = "NSUndoManag
 
 /// Records the inverses of edits in groups, and plays the last group back.
 ///
-/// Inverses are registered between `beginUndoGrouping` and `endUndoGrouping`. With `groupsByEvent` (the start state)
-/// the first inverse opens a group by itself, which ends with the event (`endEvent`, called by the event loop) or when
-/// undo is asked for; without it, an inverse registered outside any group is a group of its own. What is registered
-/// while undoing is the redo of that group, and the other way round; anything registered otherwise forgets what could
-/// be redone.
+/// Inverses are registered between `beginUndoGrouping` and `endUndoGrouping`. With `groupsByEvent` (the default) the
+/// first inverse opens a group, which ends with the event (`endEvent`, called by the event loop) or on the next undo;
+/// without it, an inverse registered outside any group becomes a group of its own. Inverses registered while undoing
+/// form the redo of that group, and vice versa; any other registration clears the redo groups.
 class NSUndoManager final : public NSObject {
 public:
-    /// With nothing to undo.
+    /// Starts with nothing to undo.
     static Ref<NSUndoManager> init();
 
-    /// Records calls on one target. Registered with `invoke`, the call is made when the group is played back.
+    /// Records calls on one target with `invoke`; they are made when the group is played back.
     class InvocationTarget {
     public:
-        /// Drops what it is given, as a call on none does nothing.
+        /// Has no target and drops the calls it is given.
         InvocationTarget() = default;
-        /// Records the call in the innermost open group, or in one of its own as the class says. An empty call is
-        /// refused with a log line.
+        /// Records the call in the innermost open group, or in a group of its own as described for the class. An empty
+        /// call is refused with a log line.
         void invoke(Callback<void()> call) const;
 
     private:
@@ -45,20 +44,20 @@ public:
         const NSObject* target_ = nullptr;
     };
 
-    /// For use at once, as in `prepareWithInvocationTarget(palette).invoke(…)`. The target is not owned; whoever is a
-    /// target calls `removeAllActionsWithTarget` before it dies. Objects held by a recorded call live as long as the
+    /// For immediate use, as in `prepareWithInvocationTarget(palette).invoke(…)`. The target is not owned: it must call
+    /// `removeAllActionsWithTarget` before it is destroyed. Objects captured by a recorded call live as long as the
     /// record.
     InvocationTarget prepareWithInvocationTarget(const NSObject& target);
-    /// Drops the calls on the target, also those of open groups and of the one that is being played back, and
-    /// with them the closed groups that are empty then. Takes no memory, so destructors may call it.
+    /// Drops the calls on the target, including those in open groups and in the group being played back, and any closed
+    /// group that becomes empty. Allocates nothing, so destructors may call it.
     void removeAllActionsWithTarget(const NSObject& target);
     /// Drops every call; open groups stay open, without their names.
     void removeAllActions();
 
-    /// As long as it lives, the manager records nothing and names no group. Pauses nest.
+    /// While a pause lives, the manager records nothing and names no group. Pauses nest.
     class Pause {
     public:
-        /// Keeps the manager alive meanwhile.
+        /// Keeps the manager alive.
         explicit Pause(Ref<NSUndoManager> manager) : manager_(std::move(manager)) { ++manager_->pauses_; }
         ~Pause() { --manager_->pauses_; }
         Pause(const Pause&) = delete;
@@ -68,29 +67,29 @@ public:
         const Ref<NSUndoManager> manager_;
     };
 
-    /// Opens a group inside the innermost open one, if there is one.
+    /// Opens a group, inside the innermost open one if there is one.
     void beginUndoGrouping();
-    /// Ends the innermost group; an empty one leaves nothing behind, and one inside another becomes part of that, its
-    /// name included. False when no group is open that `beginUndoGrouping` or an event has opened.
+    /// Ends the innermost group. An empty group is discarded; a nested one is merged into the enclosing group,
+    /// including its name. Returns false if no group opened by `beginUndoGrouping` or an event is open.
     bool endUndoGrouping();
-    /// How many groups are open inside each other; the one that collects while undoing or redoing counts.
+    /// The number of open groups, including the one that collects inverses while undoing or redoing.
     uint32_t groupingLevel() const;
-    /// True at the start. A change takes effect with the next inverse; a group that is open stays so.
+    /// True by default. A change takes effect with the next inverse; a group that is open stays open.
     ///@{
     bool groupsByEvent() const;
     void setGroupsByEvent(bool groupsByEvent);
     ///@}
-    /// Ends the group that an event opened by itself; does nothing when there is none.
+    /// Ends the group that an event opened automatically, if there is one.
     void endEvent();
 
-    /// Whether `undo` (`redo`) would play something back now.
+    /// Whether `undo` (`redo`) has something to play back now.
     ///@{
     bool canUndo() const;
     bool canRedo() const;
     ///@}
-    /// Plays the last group back, latest call first. False, and nothing done, when there is none, when a group opened
-    /// by `beginUndoGrouping` is still open, or when called while undoing or redoing. An exception of a call
-    /// passes through; that call and those not yet made can be played back later.
+    /// Plays the last group back, latest call first. Returns false and does nothing if there is no group, if a group
+    /// opened by `beginUndoGrouping` is still open, or while undoing or redoing. An exception thrown by a call passes
+    /// through; that call and the remaining ones can be played back later.
     ///@{
     bool undo();
     bool redo();
@@ -101,10 +100,10 @@ public:
     bool isRedoing() const;
     ///@}
 
-    /// Names the group that is open now, or the last inverse that became a group of its own; a name set later wins.
-    /// Does nothing when there is neither.
+    /// Names the open group, or else the last inverse that became a group of its own; a later name replaces an earlier
+    /// one. Does nothing if there is neither.
     void setActionName(std::string name);
-    /// The name of what undo (redo) would play back; empty when there is nothing or it has no name.
+    /// The name of the group that undo (redo) would play back; empty if there is no group or it has no name.
     ///@{
     std::string undoActionName() const;
     std::string redoActionName() const;
@@ -131,15 +130,15 @@ private:
 
     std::vector<Group> undo_;
     std::vector<Group> redo_;
-    // Outermost first. While playing back, the first one collects what is registered.
+    // Outermost first. While playing back, the first one collects the inverses.
     std::vector<Group> open_;
-    // What is left of the group that is being played back.
+    // The rest of the group being played back.
     Group playing_;
     Activity activity_ = Activity::recording;
     bool groupsByEvent_ = true;
     uint32_t pauses_ = 0;
     bool eventGroupIsOpen_ = false;
-    // Whether `undo_` ends with an inverse that is a group of its own, until something else begins.
+    // Whether `undo_` ends with an inverse that is a group of its own; until the next group begins.
     bool lastGroupTakesName_ = false;
 };
 
