@@ -11,13 +11,13 @@ Ref<QzAnnoPalette> paletteOfArchive(const Ref<NSData>& data, std::string& reason
     const Ref<NSObject> object = unarchiver->decodeObject();
     auto palette = std::dynamic_pointer_cast<QzAnnoPalette>(object);
     if (palette) return palette;
-    // Keys are read by other unarchivers only, whose names would say nothing to whoever chose the file.
+    // Only other unarchivers read keys, and their names would mean nothing to the person who chose the file.
     if (unarchiver->versionForClassName("QzAnnoKey"))
-        reason = "holds titles, no palette";
+        reason = "holds titles, not a palette";
     else if (unarchiver->hasFailed())
         reason = unarchiver->error();
     else
-        reason = object ? "holds an object of class " + object->className() + ", no palette"
+        reason = object ? "holds an object of class " + object->className() + ", not a palette"
                         : "holds no palette of a version that can be read";
     return {};
 }
@@ -31,7 +31,7 @@ bool isArchive(const NSData& data) {
 
 Ref<NSData> dataOfPalette(const Ref<QzAnnoPalette>& palette, std::string_view fileName, std::string* errorDescription) {
     if (!palette) {
-        if (errorDescription) *errorDescription = "there is no palette to write";
+        if (errorDescription) *errorDescription = "the palette is null";
         return {};
     }
     return fileName.ends_with(".annopalette") ? NSArchiver::archivedDataWithRootObject(palette, errorDescription)

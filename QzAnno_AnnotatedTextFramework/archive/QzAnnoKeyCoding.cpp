@@ -1,5 +1,5 @@
-// The coded form of keys stands here and not in the model, since only the archivers of this folder can write and read
-// them.
+// The coded form of keys is defined here and not in the model, since only the archivers in this folder can write and
+// read it.
 #include "QzAnno/archive/QzAnnoArchiver.h"
 #include "QzAnno/archive/QzTokeningArchiver.h"
 #include "QzAnno/platform/foundation/NSAlertPanel.h"
@@ -11,20 +11,20 @@ void encodeKey(const NSObject& object, NSArchiver& archiver) {
     if (auto* const tokening = dynamic_cast<QzTokeningArchiver*>(&archiver))
         tokening->encodeTokenObject(static_cast<const QzAnnoKey&>(object));
     else
-        archiver.fail("an annotation key is written by a QzTokeningArchiver only");
+        archiver.fail("an annotation key, which only a QzTokeningArchiver can write");
 }
 
 Ref<NSObject> decodeToken(NSUnarchiver& unarchiver) {
     if (auto* const tokening = dynamic_cast<QzTokeningUnarchiver*>(&unarchiver)) return tokening->decodeTokenObject();
-    unarchiver.fail("an annotation key that stands for one of a palette; it is read by a QzTokeningUnarchiver");
+    unarchiver.fail("an annotation key that stands for a palette's; read it with a QzTokeningUnarchiver");
     return {};
 }
 
-// The form of older archives: the name alone.
+// The form in older archives: only the name.
 Ref<NSObject> decodeName(NSUnarchiver& unarchiver) {
     const auto* const bound = dynamic_cast<const QzAnnoUnarchiver*>(&unarchiver);
     if (!bound) {
-        unarchiver.fail("an annotation key of the older form, a mere name; it is read by a QzAnnoUnarchiver");
+        unarchiver.fail("an annotation key of the older form, a mere name; read it with a QzAnnoUnarchiver");
         return {};
     }
     const auto name = unarchiver.decodeObjectOfClass<NSString>("NSString");

@@ -12,7 +12,7 @@ namespace {
 
 constexpr int32_t kTokeningVersion = 1;
 
-// Type and name of a token that nobody could name.
+// Type and name of a token without a name.
 const Ref<NSString> kPlaceholder = "__IGotFarkle"_ns;
 
 }  // namespace

@@ -8,13 +8,13 @@
 
 namespace qz {
 
-/// Token tables by the type of their tokens; of two tables for one type the later one serves. Owns the tables.
+/// Token tables by the type of their tokens; of two tables for one type, the later one is used. Owns the tables.
 class TokenTables {
 public:
-    /// A table that is none, or has no type, is passed over.
+    /// Skips null tables and tables without a type.
     explicit TokenTables(const std::vector<Ref<QzTokenTable>>& tables);
 
-    /// None when there is no table for the type.
+    /// Returns null if there is no table for the type.
     Ref<QzTokenTable> tableForType(const Ref<NSString>& type) const;
 
 private:

@@ -14,7 +14,7 @@
 namespace qz {
 namespace {
 
-// Lines of a list leave this much air above the font size, in points.
+// Space that list lines add to the font size, in points.
 constexpr float kListLineAir = 2.0f;
 
 constexpr char16_t kLineFeed = u'\n';
@@ -66,7 +66,7 @@ Ref<NSAttributedString> inListLooks(const NSAttributedString& text, const NSFont
     return list;
 }
 
-// One unit replaces one unit, so positions stay as they are while the text is being changed.
+// One unit replaces one unit, so positions stay valid during the change.
 template <class Text>
 void replaceLineFeeds(Text& text, const Ref<NSString>& before) {
     const std::u16string& characters = before->characters();
@@ -107,7 +107,7 @@ Ref<NSAttributedString> QzAnnoStringFormatter::formatted(const QzAnnoString& str
                                                          const QzAnnoPalette& palette) const {
     const auto text = NSMutableAttributedString::init();
     const std::u16string_view characters = string.string()->characters();
-    // Runs with the same keys share one set, and so one dictionary.
+    // Runs with the same keys share one set, and so can share one dictionary.
     std::unordered_map<const NSSet*, Ref<NSDictionary>> attributesOfKeys;
     for (const QzAnnoString::Run& run : string.runs()) {
         Ref<NSDictionary>& attributes = attributesOfKeys[run.keys.get()];

@@ -18,7 +18,7 @@ bool eightAre(bool set, const char* bytes) {
     std::memcpy(&word, bytes, sizeof word);
     const uint64_t difference = word ^ (kEveryByte * '1');
     if (set) return difference == 0;
-    // A set position is a zero byte of the difference; the expression is 0 when there is no zero byte.
+    // A set position is a zero byte of the difference; the expression is 0 if there is no zero byte.
     return ((difference - kEveryByte) & ~difference & (kEveryByte * 0x80)) == 0;
 }
 
@@ -38,7 +38,7 @@ void QzAnnoBits::reserve(uint64_t positions) const {
     bits_.reserve(std::max<uint64_t>(positions, 2 * uint64_t{bits_.capacity()}));
 }
 
-/// Makes the position exist; false when it cannot be held.
+/// Makes the position exist; returns false if it cannot be held.
 bool QzAnnoBits::cover(uint64_t position) const {
     if (position > kPositionMax) return false;
     if (position < bits_.size()) return true;
@@ -48,7 +48,7 @@ bool QzAnnoBits::cover(uint64_t position) const {
     return true;
 }
 
-/// Keeps what an edit leaves of the known stretch: of two pieces the later, which a walk comes to next.
+/// Keeps what an edit leaves of the known stretch; of two pieces, the later one, which a walk reaches next.
 void QzAnnoBits::trimKnownStretch(Range edited) {
     const Range overlap = intersection(knownStretch_, edited);
     knownStretchIsRun_ = false;
@@ -101,7 +101,7 @@ void QzAnnoBits::removeRange(Range range) {
 }
 
 void QzAnnoBits::copyBits(const QzAnnoBits& other, Range toRange) {
-    // The other set gets one position more, so what it cannot hold is found out first.
+    // The other set gets one more position, so first check that it can hold it.
     if (toRange.end() + 1 > kPositionMax) return;
     cover(toRange.end());
     other.cover(toRange.end() + 1);

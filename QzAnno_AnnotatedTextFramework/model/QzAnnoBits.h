@@ -10,27 +10,27 @@ namespace qz {
 
 /// Positions of one annotation in a text: a growable row of set and clear positions.
 ///
-/// A bit set does not know its text's length; positions past the end keep what they hold and come back when text is
-/// appended. The row grows whenever a position past its end is touched, and the new positions repeat the last one; it
-/// never shrinks. A range that cannot be held, because its end passes 2^32 - 2, changes nothing. Positions are UTF-16
-/// units. Not safe for use from two threads at once, reading included: a query may grow the row.
+/// A bit set does not know its text's length; positions past the end keep their state and reappear when text is
+/// appended. The row grows whenever a position past its end is touched, with new positions repeating the last one, and
+/// never shrinks. A range that ends beyond 2^32 - 2 cannot be held and changes nothing. Positions are UTF-16 units. Not
+/// safe for use from two threads at once, even for reading: a query may grow the row.
 class QzAnnoBits final : public NSObject {
 public:
-    /// Positions of a new row.
+    /// The number of positions of a new row.
     static constexpr uint32_t kInitialSize = 1024;
 
     /// `kInitialSize` clear positions.
     static Ref<QzAnnoBits> init();
-    /// A row of stored bytes: '1' is a set position, and any other byte reads as clear and is kept as it is. None when
-    /// there are more than 2^32 - 1.
+    /// A row from stored bytes: '1' is a set position; any other byte reads as clear and is kept as is. Returns null
+    /// for more than 2^32 - 1 bytes.
     static Ref<QzAnnoBits> initWithBytes(std::string_view bytes);
 
     /// The number of positions held.
     uint32_t size() const { return static_cast<uint32_t>(bits_.size()); }
-    /// One byte a position; valid until the next call that may grow the row.
+    /// One byte per position; valid until the next call that may grow the row.
     std::string_view bytes() const { return {bits_.data(), bits_.size()}; }
 
-    /// Takes the memory for so many positions, which shows nowhere else. Edits that then stay within them do not fail.
+    /// Reserves memory for `positions`, without any visible effect. Edits within them then do not fail.
     void reserve(uint64_t positions) const;
 
     /// Changes every position of `range`; afterwards at least one position beyond the range exists.
@@ -42,40 +42,39 @@ public:
     /// Opens `range.length` new positions at `range.location`. They take the state of the position before; at 0 they
     /// are clear.
     void insertRange(Range range);
-    /// Closes the positions of the range. The size stays, so the last `range.length` positions show what they held
-    /// before.
+    /// Removes the positions of the range. The size stays the same: the last `range.length` positions keep their state.
     void removeRange(Range range);
     /// Copies the first `toRange.length` positions of the other set, not those at `toRange.location`, into the range.
     void copyBits(const QzAnnoBits& other, Range toRange);
 
-    /// A new set of exactly `range.length` positions, which are those of the range. None when the range cannot be held.
+    /// A new set of exactly the `range.length` positions of the range. Returns null if the range cannot be held.
     Ref<QzAnnoBits> annoSubbitsFromRange(Range range) const;
-    /// A new set of the same positions; this one gains a position at its end.
+    /// A copy; this set gains a position at its end.
     ///@{
     Ref<QzAnnoBits> copy() const;
     Ref<QzAnnoBits> mutableCopy() const { return copy(); }
     ///@}
 
-    /// Whether the position is set. `effectiveRange`, when given, receives the longest run around `index` of that
-    /// state; it may reach past the text's end, and callers clip it. An index that cannot be held is clear, and its run
-    /// unwritten.
+    /// Whether the position is set. `effectiveRange`, if given, receives the longest run of that state around `index`;
+    /// it may reach past the text's end, and callers clip it. An index that cannot be held is clear, and its run is not
+    /// written.
     ///
-    /// The last run is remembered: walking a row run by run, forward or backward, takes time in proportion to its size.
+    /// The last run is remembered, so walking a row run by run, forward or backward, takes linear time.
     bool getValueAtIndex(uint32_t index, Range* effectiveRange = nullptr) const {
         if (!knownStretchIsRun_ || !knownStretch_.contains(index) || index + 1 >= bits_.size())
             return findValueAtIndex(index, effectiveRange);
         if (effectiveRange) *effectiveRange = knownStretch_;
         return isSet(index);
     }
-    /// The same within a text of `textLength` positions, `index` being one of them: the run is clipped to the text, and
-    /// a run that reaches the end of the row goes on to the end of the text.
+    /// The same within a text of `textLength` positions, which must contain `index`: the run is clipped to the text,
+    /// and a run that reaches the end of the row extends to the end of the text.
     bool getValueAtIndex(uint32_t index, Range* effectiveRange, uint32_t textLength) const {
         const bool value = getValueAtIndex(index, effectiveRange);
         if (effectiveRange && (effectiveRange->end() == size() || effectiveRange->end() > textLength))
             effectiveRange->length = textLength - effectiveRange->location;
         return value;
     }
-    /// Whether both hold the same bytes in the range; two ranges that cannot be held differ unless they are empty.
+    /// Whether both hold the same bytes in the range. A range that cannot be held differs unless it is empty.
     bool equalToAnnoBits(const QzAnnoBits& other, Range inRange) const;
 
     /// The set runs as "2-5, 7-9" with exclusive ends, a run that reaches the end of the row as "1000-"; "none" without
@@ -95,11 +94,10 @@ private:
     void extendKnownStretch() const;
     void trimKnownStretch(Range edited);
 
-    // These change under queries: the row grows, the known stretch moves.
+    // Queries change these: the row grows, the known stretch moves.
     mutable std::vector<char> bits_;
-    // Positions known to be of one state: the last run asked about, or what growth and edits left of it. A query scans
-    // on from its ends, so that neither a long run nor a series of edits inside one makes each query scan the whole run
-    // again.
+    // Positions known to have one state: the last run queried, or what growth and edits left of it. A query scans on
+    // from its ends, so queries do not rescan a long run, even between edits inside it.
     mutable Range knownStretch_;
     mutable bool knownStretchIsRun_ = false;
 };

@@ -16,7 +16,7 @@ Ref<NSObject> decodeBits(NSUnarchiver& unarchiver) {
     if (unarchiver.versionForClassName("QzAnnoBits") != 0) return {};
     const std::optional<uint32_t> size = unarchiver.decodeUnsignedInt();
     if (!size) return {};
-    // The size is only a claim; memory is taken once the positions themselves are there.
+    // Do not trust the size; allocate only once the positions have been read.
     const std::optional<std::string_view> bytes = unarchiver.decodeArrayOfObjCType('c', *size);
     if (!bytes || !unarchiver.countMemory(bytes->size())) return {};
     return QzAnnoBits::initWithBytes(*bytes);

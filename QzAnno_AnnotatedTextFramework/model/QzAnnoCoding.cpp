@@ -12,7 +12,7 @@ void encodeAnno(const NSObject& object, NSArchiver& archiver) {
         archiver.addPlaceOfFailure("attributes of " + anno.name()->utf8());
 }
 
-// The key comes back unbound; a palette that takes the annotation in binds or replaces it.
+// The key is unbound; a palette that adds the annotation binds or replaces it.
 Ref<QzAnno> decodedAnno(NSUnarchiver& unarchiver) {
     if (unarchiver.versionForClassName("QzAnno") != 0) return {};
     const auto name = unarchiver.decodeObjectOfClass<NSString>("NSString");

@@ -2,7 +2,7 @@
 
 namespace qz {
 
-// What a key asks of its palette is defined beside the palette, in palette/QzAnnoKeyInPalette.cpp.
+// Functions that need the palette are defined beside it, in palette/QzAnnoKeyInPalette.cpp.
 
 Ref<QzAnnoKey> QzAnnoKey::keyWithName(const Ref<NSString>& name, const Ref<QzAnnoPalette>& palette) {
     return initWithName(name, palette);

@@ -13,7 +13,7 @@ namespace {
 
 using Entry = ObjectMap::Entry;
 
-// `MutableSupport::setAnnotations` lets in nothing else.
+// `MutableSupport::setAnnotations` accepts nothing else.
 const QzAnnoBits& bitsOf(const Entry& entry) {
     return static_cast<const QzAnnoBits&>(*entry.value);
 }
@@ -101,7 +101,7 @@ std::vector<QzAnnoString::Run> QzAnnoString::runs() const {
     std::unordered_map<std::vector<bool>, Ref<NSSet>> sets;
     const std::vector<Entry>& entries = annotations_->map().entries();
     std::vector<bool> holding(entries.size());
-    // Where the run of each key ends. Only keys whose run has ended are asked again.
+    // The end of each key's run. Only keys whose run has ended are queried again.
     std::vector<uint32_t> ends(entries.size(), 0);
     for (uint32_t start = 0; start < length();) {
         uint32_t end = length();
@@ -154,7 +154,7 @@ Ref<QzAnnoString> QzAnnoString::annoSubstringFromRange(Range range) const {
     return substring;
 }
 
-// Equal frames follow from equal keys with equal runs.
+// Equal keys with equal runs imply equal frames.
 bool QzAnnoString::isEqualToAnnoString(const QzAnnoString& other) const {
     if (annotations_->count() != other.annotations_->count() || !s_->isEqual(*other.s_)) return false;
     return std::ranges::all_of(annotations_->map().entries(), [&](const Entry& entry) {

@@ -16,7 +16,7 @@ void encodeString(const NSObject& object, NSArchiver& archiver) {
     archiver.encodeObject(MutableSupport::annotations(string)) && archiver.encodeObject(string.string());
 }
 
-/// The older form keeps the keys that hold everywhere apart, in an array or a set.
+/// The older form stores the keys that hold everywhere separately, in an array or a set.
 std::vector<Ref<NSObject>> membersOf(const Ref<NSObject>& collection, NSUnarchiver& unarchiver) {
     if (!collection) return {};
     if (const auto* array = dynamic_cast<const NSArray*>(collection.get())) return array->elements();
@@ -35,7 +35,7 @@ Ref<NSDictionary> withFrameKeys(const Ref<NSDictionary>& annotations, const std:
     ObjectMap entries = annotations->map();
     for (const Ref<NSObject>& key : frameKeys) {
         auto bits = std::dynamic_pointer_cast<QzAnnoBits>(entries.find(*key));
-        // One position beyond the range is held too.
+        // A row also holds one position beyond the range.
         const uint64_t size = std::max<uint64_t>(uint64_t{length} + 1, bits ? bits->size() : QzAnnoBits::kInitialSize);
         if (!unarchiver.countMemory(size + sizeof(ObjectMap::Entry))) return {};
         bits = bits ? bits->copy() : QzAnnoBits::init();
@@ -67,7 +67,7 @@ bool readInto(QzAnnoString& string, NSUnarchiver& unarchiver, bool hasFrameKeys)
     MutableSupport::setString(string, text);
     // Copies, since the stream may refer to one bit set from two places.
     if (!MutableSupport::setAnnotations(string, annotations, true))
-        unarchiver.fail("the annotations of a string are no dictionary from annotation keys to bit sets");
+        unarchiver.fail("the annotations of a string are not a dictionary from annotation keys to bit sets");
     return !unarchiver.hasFailed();
 }
 

@@ -17,14 +17,13 @@ QzAnnoBits& bitsOf(const ObjectMap::Entry& entry) {
     return static_cast<QzAnnoBits&>(*entry.value);
 }
 
-/// Whether a key is null, with a line: such a key comes of a name that the palette does not have.
+/// Whether the key is null; logs a line if so, since it usually comes from a name missing from the palette.
 bool isNull(const Ref<QzAnnoKey>& key) {
-    if (!key)
-        NSLog("A null annotation key changes nothing; look whether the palette has the name that was asked for\n");
+    if (!key) NSLog("A null annotation key changes nothing; check that the palette has the name it was looked up by\n");
     return !key;
 }
 
-/// A set, or the elements of an array as a set; none otherwise.
+/// The set, or the elements of an array as a set; null for anything else.
 Ref<NSSet> asSet(const Ref<NSObject>& collection) {
     if (const auto array = std::dynamic_pointer_cast<NSArray>(collection)) {
         return NSSet::setWithObjects(array->elements());
@@ -64,7 +63,7 @@ Ref<QzAnnoBits> QzMutableAnnoString::bitsFor(const Ref<QzAnnoKey>& key) {
     return key ? rowOf(*key) : nullptr;
 }
 
-/// Changes the key's row. A new row becomes the string's only once it is changed.
+/// Changes the key's row. A new row is added to the string only after the change.
 template <class Change>
 void QzMutableAnnoString::changeRow(const Ref<QzAnnoKey>& key, const Change& change) {
     if (isNull(key)) return;
@@ -76,8 +75,8 @@ void QzMutableAnnoString::changeRow(const Ref<QzAnnoKey>& key, const Change& cha
     MutableSupport::setAnnotations(*this, NSDictionary::dictionaryWithMap(std::move(entries)), false);
 }
 
-/// Makes rows for the keys that lack one, and in every row room for positions up to `end` and `added` more. What
-/// follows in an edit cannot fail.
+/// Makes missing rows for the keys, and in every row room for positions up to `end` and `added` more. The rest of the
+/// edit cannot fail.
 void QzMutableAnnoString::makeRoom(const std::vector<Ref<QzAnnoKey>>& keys, uint64_t end, uint64_t added) {
     const Ref<NSDictionary>& rows = MutableSupport::annotations(*this);
     ObjectMap entries = rows->map();
@@ -120,7 +119,7 @@ void QzMutableAnnoString::toggleFrameAnno(const Ref<QzAnnoKey>& key) {
     }
 }
 
-/// The text with the characters in place of the range; none when the range reaches beyond it.
+/// The text with the range replaced by the characters; null if the range reaches beyond the text.
 Ref<NSString> QzMutableAnnoString::stringReplacing(Range range, std::u16string_view characters) const {
     if (range.end() > length()) return {};
     const std::u16string_view old = string()->characters();
@@ -134,13 +133,13 @@ bool QzMutableAnnoString::deleteCharactersInRange(Range range) {
     return replaceCharactersInRange(range, NSString::string());
 }
 
-/// Makes the positions of the range as many as the new text has: opens those in excess behind it, or closes the last.
+/// Fits the number of positions in the range to the new text: opens positions after the range, or closes its last ones.
 void QzMutableAnnoString::openRows(const NSDictionary& rows, Range range, uint32_t newLength) {
     for (const ObjectMap::Entry& entry : rows.map().entries()) {
         if (newLength > range.length) {
             bitsOf(entry).insertRange({range.location + range.length, newLength - range.length});
         } else if (newLength < range.length) {
-            // A row that ended inside the text would keep its last positions there; a query makes it reach the text's
+            // A row that ends inside the text would keep its last positions there; a query makes it reach the text's
             // end.
             bitsOf(entry).getValueAtIndex(length() - 1);
             bitsOf(entry).removeRange({range.location + newLength, range.length - newLength});
@@ -163,7 +162,7 @@ bool QzMutableAnnoString::replaceCharactersInRange(Range range, const QzAnnoStri
     const Range inserted{range.location, withAnnoString.length()};
     const Ref<NSString> edited = stringReplacing(range, withAnnoString.string()->characters());
     if (!edited) return false;
-    // Rows that are new are clear, and need no moving.
+    // New rows are clear and need no moving.
     const Ref<NSDictionary> rows = MutableSupport::annotations(*this);
     makeRoomFor(withAnnoString, inserted);
     openRows(*rows, range, 0);
@@ -186,7 +185,7 @@ void QzMutableAnnoString::appendAnnoString(const QzAnnoString& other) {
     copyBitsOf(other, appended);
 }
 
-/// Room for the other's rows at the range, which are copied there by `copyBitsOf`; that may make the other's rows grow.
+/// Makes room in the range for the other's rows, which `copyBitsOf` copies there; that may make the other's rows grow.
 void QzMutableAnnoString::makeRoomFor(const QzAnnoString& other, Range range) {
     for (const ObjectMap::Entry& entry : MutableSupport::annotations(other)->map().entries())
         bitsOf(entry).reserve(range.end() + 2);

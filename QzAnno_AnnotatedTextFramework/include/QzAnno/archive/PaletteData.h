@@ -7,16 +7,17 @@
 
 namespace qz {
 
-/// Whether the bytes begin as those of an archive do.
+/// Whether the bytes begin like an archive.
 bool isArchive(const NSData& data);
 
-/// The content of a palette's file: an archive when its name ends in ".annopalette", else an XML property list. None,
-/// with one line in `errorDescription`, for a null palette, and when a value has no such form.
+/// Makes the content of a palette file: an archive if its name ends in ".annopalette", else an XML property list.
+/// Returns null, with one line in `errorDescription`, if the palette is null or a value has no such form.
 Ref<NSData> dataOfPalette(const Ref<QzAnnoPalette>& palette, std::string_view fileName,
                           std::string* errorDescription = nullptr);
 
-/// The palette that a file holds, as an archive or as an XML property list. A new, locked palette; none, with one line
-/// in `errorDescription`, for anything else. Null data leaves there what reading the file has said.
+/// Reads a palette from an archive or an XML property list. Returns a new, locked palette; for anything else null, with
+/// one line in `errorDescription`. Null data leaves `errorDescription` as it is, so that it keeps the error from
+/// reading the file.
 Ref<QzAnnoPalette> paletteFromData(const Ref<NSData>& data, std::string* errorDescription = nullptr);
 
 }  // namespace qz

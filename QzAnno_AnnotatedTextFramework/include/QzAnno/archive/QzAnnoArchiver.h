@@ -6,14 +6,15 @@
 
 namespace qz {
 
-/// An archiver that carries a palette, for hosts whose own objects ask for it while they are written. It has no tokens,
-/// so it writes no annotation keys: that is `QzTokeningArchiver`'s work. Keeps the palette.
+/// An archiver that carries a palette, for hosts whose own objects need it while they are written. It has no tokens and
+/// cannot write annotation keys; use `QzTokeningArchiver` for those. Owns the palette.
 class QzAnnoArchiver final : public NSArchiver {
 public:
-    /// None, with one line in `error` that says what failed and where in the object it stands.
+    /// Returns null if the object cannot be archived, with one line in `error` that says what failed and where in the
+    /// object.
     static Ref<NSData> archivedDataWithRootObject(const Ref<NSObject>& rootObject,
                                                   const Ref<QzAnnoPalette>& annoPalette, std::string* error = nullptr);
-    /// For objects that are written one by one.
+    /// For writing objects one by one.
     static Ref<QzAnnoArchiver> initWithAnnoPalette(const Ref<QzAnnoPalette>& annoPalette);
 
     /// As it was given: may be none.
@@ -26,14 +27,14 @@ private:
     const Ref<QzAnnoPalette> pal_;
 };
 
-/// Reads the older archives, in which keys are plain names (class version 0): a key that the palette knows becomes the
-/// palette's own, another one a new key without palette. Keeps the palette.
+/// Reads the older archives, in which keys are plain names (class version 0): a name in the palette becomes the
+/// palette's key, any other name a new, unbound key. Owns the palette.
 class QzAnnoUnarchiver final : public NSUnarchiver {
 public:
-    /// The first object of the stream; none, with one line in `error`, when it cannot be read.
+    /// Returns the first object of the stream, or null, with one line in `error`, if it cannot be read.
     static Ref<NSObject> unarchiveObjectWithData(const Ref<NSData>& data, const Ref<QzAnnoPalette>& annoPalette,
                                                  std::string* error = nullptr);
-    /// For objects that are read one by one.
+    /// For reading objects one by one.
     static Ref<QzAnnoUnarchiver> initForReadingWithData(const Ref<NSData>& data, const Ref<QzAnnoPalette>& annoPalette);
 
     /// As it was given: may be none.

@@ -6,42 +6,40 @@
 
 namespace qz {
 
-/// Turns annotated strings into attributed strings that the text system can lay out, resolving their keys through one
-/// palette.
+/// Turns annotated strings into attributed strings for the text system to lay out, resolving their keys in one palette.
 ///
-/// The palette is not owned; once it has died the formatter has none. Without a palette annotated strings have no
-/// attributes to resolve to, and the result is none.
+/// Does not own the palette. Without one, or after it has died, annotated strings cannot be resolved and the result is
+/// null.
 class QzAnnoStringFormatter final : public NSFormatter {
 public:
-    /// Without a palette, and not in list mode.
+    /// Has no palette and is not in list mode.
     static Ref<QzAnnoStringFormatter> init();
     /// The same formatter.
     Ref<QzAnnoStringFormatter> copy() { return refTo(*this); }
 
-    /// What keys are resolved through; none for none.
+    /// The palette that resolves keys; null removes it.
     ///@{
     Ref<QzAnnoPalette> palette() const { return palette_.lock(); }
     void setPalette(const Ref<QzAnnoPalette>& palette) { palette_ = palette; }
     ///@}
-    /// In list mode text comes centred, in black, at the system font size and with lines of one height, as lists show
-    /// it.
+    /// In list mode text is centred and black, at the system font size and with uniform line heights, for display in
+    /// lists.
     void setListMode(bool listMode) { listmode_ = listMode; }
-    /// The attributes of text without annotations, not completed with a font; none without a palette.
+    /// The attributes of text without annotations, with no font filled in; null without a palette.
     Ref<NSDictionary> defaultAttributes() const;
 
-    /// The text of an annotated or an attributed string; any other object itself.
+    /// Returns the text of an annotated or attributed string; any other object itself.
     Ref<NSObject> stringForObjectValue(const Ref<NSObject>& object) const override;
-    /// An attributed string of a `QzAnnoString`, run by run, with the frame attributes uniform over the text; an
-    /// attributed string is returned itself, in list mode as a copy in the list's looks. The default attributes are not
-    /// used.
+    /// Converts a `QzAnnoString` run by run, with the frame attributes uniform over the text. An attributed string is
+    /// returned itself, or in list mode as a copy in the list style. The default attributes are not used.
     Ref<NSAttributedString> attributedStringForObjectValue(
         const Ref<NSObject>& object, const Ref<NSDictionary>& withDefaultAttributes = {}) const override;
-    /// There is no conversion back: anything but an attributed string is a broken assertion (false), and an attributed
-    /// string logs a line and yields a placeholder text (true).
+    /// There is no conversion back: an attributed string logs a line and yields a placeholder text (true); anything
+    /// else is a violated assertion (false).
     bool getObjectValue(Ref<NSObject>& objectValue, const Ref<NSObject>& forString,
                         std::string* errorDescription) const override;
 
-    /// Puts U+204B in place of every line feed, so that a title of several lines shows as one.
+    /// Replaces every line feed with U+204B, so that a multi-line title shows on one line.
     ///@{
     static void replaceNewlineWithParagraphMarkers(NSMutableAttributedString& text);
     static void replaceNewlineWithParagraphMarkers(QzMutableAnnoString& text);
@@ -52,7 +50,7 @@ public:
 private:
     QzAnnoStringFormatter() = default;
 
-    /// The attributes of a run with these keys, complete with a font.
+    /// The attributes of a run with these keys, including a font.
     Ref<NSDictionary> completeAttributes(const Ref<NSSet>& keys, const QzAnnoPalette& palette) const;
     Ref<NSAttributedString> formatted(const QzAnnoString& string, const QzAnnoPalette& palette) const;
 

@@ -8,33 +8,33 @@ namespace qz {
 
 class QzMutableAnno;
 
-/// What can be asked of an annotation.
+/// The queries of an annotation.
 class QzAnnoReading {
 public:
     virtual ~QzAnnoReading() = default;
-    /// Attribute name to value; never changed in place.
+    /// Attribute names to values; never changed in place.
     virtual Ref<NSDictionary> allAttributes() const = 0;
-    /// Never none.
+    /// Never null.
     virtual Ref<QzAnnoKey> annokey() const = 0;
-    /// The key's.
+    /// The key's name.
     virtual Ref<NSString> name() const = 0;
-    /// The names, a set of `NSString`.
+    /// The attribute names, a set of `NSString`.
     virtual Ref<NSSet> attributeNames() const = 0;
-    /// None when the annotation lacks it.
+    /// Returns null if the annotation does not have the attribute.
     virtual Ref<NSObject> attribute(const NSString& name) const = 0;
 };
 
 class QzAnno;
 
-/// What can be done to a mutable annotation.
+/// The edits of a mutable annotation.
 class QzAnnoWriting {
 public:
     virtual ~QzAnnoWriting() = default;
-    /// Takes over the other's name, which renames this annotation's key, and shares its attribute dictionary.
+    /// Takes the other's name, which renames this annotation's key, and shares its attribute dictionary.
     virtual void copyFromAnno(const QzAnno& anno) = 0;
     /// Renames the shared key, so the palette and every string that uses the key see the new name.
     virtual void setName(const Ref<NSString>& name) = 0;
-    /// Stores the value object itself under the name; none removes the attribute.
+    /// Stores the value object itself under the name; null removes the attribute.
     virtual void setAttribute(const Ref<NSString>& name, const Ref<NSObject>& toObject) = 0;
 };
 
@@ -43,7 +43,8 @@ public:
 /// The attribute dictionary is replaced, never changed in place, so annotations may share one.
 class QzAnno : public NSObject, public QzAnnoReading {
 public:
-    /// None when the key is none. No dictionary: no attributes. Values are immutable, so the dictionary's are shared.
+    /// Returns null if the key is null. A null dictionary counts as empty. Shares the dictionary's values, which are
+    /// immutable.
     static Ref<QzAnno> initWithKey(const Ref<QzAnnoKey>& key, const Ref<NSDictionary>& attributes = {});
 
     Ref<NSDictionary> allAttributes() const override { return attributes_; }
@@ -52,19 +53,19 @@ public:
     Ref<NSSet> attributeNames() const override;
     Ref<NSObject> attribute(const NSString& name) const override { return attributes_->objectForKey(name); }
 
-    /// Exchanges the key; does nothing once the current key is bound to a palette, nor when there is no new one.
+    /// Replaces the key. Does nothing if the current key is bound to a palette or the new one is null.
     void setKey(const Ref<QzAnnoKey>& key);
 
-    /// A new immutable annotation with the same key, also of a mutable one.
+    /// A new immutable annotation with the same key, even if this one is mutable.
     Ref<QzAnno> copy() const;
-    /// With the same key: a new name for the copy is one for this annotation too.
+    /// A mutable copy with the same key: renaming the copy renames this annotation too.
     Ref<QzMutableAnno> mutableCopy() const;
 
     std::string description() const override;
     std::string className() const override { return "QzAnno"; }
 
 protected:
-    /// Neither is none.
+    /// Neither may be null.
     QzAnno(Ref<QzAnnoKey> key, Ref<NSDictionary> attributes)
         : key_(std::move(key)), attributes_(std::move(attributes)) {}
     /// Stores the given dictionary itself; null counts as empty.
@@ -78,7 +79,7 @@ private:
 /// An annotation that is edited in place and then handed back to its palette.
 class QzMutableAnno final : public QzAnno, public QzAnnoWriting {
 public:
-    /// The same key, the same attributes.
+    /// With the same key and the same attributes.
     static Ref<QzMutableAnno> initWithAnno(const QzAnno& anno);
 
     void copyFromAnno(const QzAnno& anno) override;

@@ -6,40 +6,41 @@ namespace qz {
 
 class QzAnnoPalette;
 
-/// The attribute of attributed strings whose value is the `NSSet` of `QzAnnoKey` that hold on a run.
+/// The attribute of attributed strings that holds the `NSSet` of `QzAnnoKey` of a run.
 inline const Ref<NSString> QzAnnoAttributeName = "QzAnnoList"_ns;
 
 /// The identity of one annotation style: a shared object with a name, bound to at most one palette.
 ///
 /// Palette, annotations, annotated strings and text attributes hold the same key object, so renaming it renames the
 /// annotation everywhere. Equality and hash are identity, and a copy of a key is the key itself. Archives hold keys as
-/// tokens, so that reading gives the keys of the reader's own palette. The back reference to
-/// the palette does not own; it empties when the palette dies.
+/// tokens, so that reading gives the keys of the reader's own palette. A key does not own its palette; when the palette
+/// dies, the key becomes unbound.
 class QzAnnoKey final : public QzToken {
 public:
-    /// A new key; no name is the empty name. It is bound to the palette, which does not hold it for that:
-    /// `QzAnnoPalette::createAnno` makes the keys that a palette holds.
+    /// A new key; a null name counts as empty. Binds the key to the palette without adding it there: use
+    /// `QzAnnoPalette::createAnno` for a key that the palette holds.
     ///@{
     static Ref<QzAnnoKey> keyWithName(const Ref<NSString>& name, const Ref<QzAnnoPalette>& palette = {});
     static Ref<QzAnnoKey> initWithName(const Ref<NSString>& name, const Ref<QzAnnoPalette>& palette = {});
     ///@}
 
-    /// Never none.
+    /// Never null.
     const Ref<NSString>& name() const { return annoname_; }
-    /// No name is the empty name. Tells nobody; a palette posts `QzAnnoChanged` when the annotation is replaced.
+    /// A null name counts as empty. Posts no notification; a palette posts `QzAnnoChanged` when the annotation is
+    /// replaced.
     void setName(const Ref<NSString>& name);
 
     /// Whether the key is bound to a palette.
     bool valid() const { return !palette_.expired(); }
-    /// None while the key is unbound.
+    /// Null while the key is unbound.
     Ref<QzAnnoPalette> palette() const { return palette_.lock(); }
-    /// Whether the key is that of its palette's global annotation; false while unbound.
+    /// Whether this is the key of its palette's global annotation; false while unbound.
     bool isDefault() const;
 
-    /// Whether it is the same object.
+    /// Whether both are the same object.
     bool isEqualToAnnoKey(const QzAnnoKey& other) const { return this == &other; }
     Ref<NSString> tokenType() const override { return AnnoKeyTokenType; }
-    /// "Title (Palette 3)": the name, and the palette's serial number, 0 while unbound.
+    /// "Title (Palette 3)": the name and the palette's serial number, which is 0 while unbound.
     std::string description() const override;
     std::string className() const override { return "QzAnnoKey"; }
 

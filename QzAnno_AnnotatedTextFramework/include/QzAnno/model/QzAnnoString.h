@@ -12,59 +12,59 @@ class QzAnnoBits;
 class QzAnnoString;
 class QzMutableAnnoString;
 
-/// What can be asked of an annotated string. Ranges and indices count UTF-16 units of the text.
+/// The queries of an annotated string. Ranges and indices count UTF-16 units of the text.
 ///
-/// A run that a query reports is the longest stretch around the index in which nothing asked about changes, clipped to
-/// the text and to `inRange`. An index outside the text or outside `inRange`, or an `inRange` that reaches beyond the
-/// text, is answered with false or none, and the out-range stays unwritten.
+/// A run reported by a query is the longest stretch around the index in which the queried annotations do not change,
+/// clipped to the text and to `inRange`. If the index is outside the text or `inRange`, or `inRange` reaches beyond the
+/// text, queries return false or null and do not write the out-range.
 class QzAnnoStringReading {
 public:
     virtual ~QzAnnoStringReading() = default;
-    /// Whether text, keys and the runs of every key are equal. Keys that hold nowhere count; positions past the text's
-    /// end do not.
+    /// Whether text, keys and the runs of every key are equal. Keys without any set position count; positions past the
+    /// text's end do not.
     virtual bool isEqualToAnnoString(const QzAnnoString& other) const = 0;
-    /// Every key that the string uses, those included that hold nowhere.
+    /// Every key that the string uses, including those without any set position.
     virtual Ref<NSSet> allKeys() const = 0;
-    /// The keys that hold at every character; an empty text has none.
+    /// The keys that hold at every character; empty if the text is.
     virtual Ref<NSSet> frame() const = 0;
-    /// A new immutable string with every key of this one. None when the range reaches beyond the text.
+    /// A new immutable string with every key of this one. Returns null if the range reaches beyond the text.
     virtual Ref<QzAnnoString> annoSubstringFromRange(Range range) const = 0;
-    /// Whether the key holds at the index, with the run of this key alone. A key that the string does not use, and
-    /// null, hold nowhere, which is one run.
+    /// Whether the key holds at the index, with the run of this key alone. A null key, or one that the string does not
+    /// use, holds nowhere: one run of the whole text.
     ///@{
     virtual bool annotation(const Ref<QzAnnoKey>& key, uint32_t atIndex, Range* effectiveRange = nullptr) const = 0;
     virtual bool annotation(const Ref<QzAnnoKey>& key, uint32_t atIndex, Range* longestEffectiveRange,
                             Range inRange) const = 0;
     ///@}
-    /// The set of keys that hold at the index, with the run of them all.
+    /// The set of keys that hold at the index, with the run of all keys together.
     ///@{
     virtual Ref<NSSet> annotationsAtIndex(uint32_t index, Range* effectiveRange = nullptr) const = 0;
     virtual Ref<NSSet> annotationsAtIndex(uint32_t index, Range* longestEffectiveRange, Range inRange) const = 0;
     ///@}
-    /// Never none.
+    /// Never null.
     virtual Ref<NSString> string() const = 0;
     /// In UTF-16 units.
     virtual uint32_t length() const = 0;
 };
 
-/// A text and, for every annotation key that it uses, the positions at which the annotation holds.
+/// A text and, for every annotation key that it uses, the positions where the annotation holds.
 ///
-/// Bit sets belong to one string and grow under queries, which never shows in an answer about the text. Walking a
-/// string run by run takes time in proportion to its length times its keys. Not safe for use from two threads at once,
-/// reading included.
+/// Each string has its own bit sets. They may grow during queries, without any visible effect. Walking a string run by
+/// run takes time proportional to its length times its number of keys. Not safe for use from two threads at once, even
+/// for reading.
 class QzAnnoString : public NSObject, public QzAnnoStringReading {
 public:
     /// A stretch of text in which no annotation begins or ends.
     struct Run {
         Range range;      ///< never empty
-        Ref<NSSet> keys;  ///< of `QzAnnoKey`; never none
+        Ref<NSSet> keys;  ///< of `QzAnnoKey`; never null
     };
 
-    /// The empty text.
+    /// An empty text.
     static Ref<QzAnnoString> init();
-    /// No text is the empty text.
+    /// A null text counts as empty.
     static Ref<QzAnnoString> initWithString(const Ref<NSString>& string);
-    /// With the same text and keys, and bit sets of its own.
+    /// With the same text and keys, and its own bit sets.
     static Ref<QzAnnoString> initWithAnnoString(const QzAnnoString& other);
     /// Of this class also when asked of the mutable one.
     static Ref<QzAnnoString> annoStringWithString(const Ref<NSString>& string) { return initWithString(string); }
@@ -88,7 +88,7 @@ public:
     /// The string's own row of positions; null if the string does not use the key.
     Ref<const QzAnnoBits> bitsFor(const Ref<QzAnnoKey>& key) const;
 
-    /// With the same text and keys, and bit sets of its own.
+    /// With the same text and keys, and its own bit sets.
     ///@{
     Ref<QzAnnoString> copy() const { return initWithAnnoString(*this); }
     Ref<QzMutableAnnoString> mutableCopy() const;
@@ -103,7 +103,7 @@ public:
     std::string className() const override { return "QzAnnoString"; }
 
 protected:
-    /// No text is the empty text.
+    /// A null text counts as empty.
     explicit QzAnnoString(const Ref<NSString>& string);
 
     /// The row of a key that is there.

@@ -9,33 +9,33 @@ namespace qz {
 
 class NSAttributedString;
 
-/// What can be done to a mutable annotated string.
+/// The edits of a mutable annotated string.
 ///
-/// Edits of the text whose range reaches beyond it are refused: false, and nothing changed. Edits of annotations accept
-/// any range that a bit set can hold, also past the text's end.
+/// Edits of the text return false and change nothing if the range reaches beyond the text. Edits of annotations accept
+/// any range that a bit set can hold, even past the text's end.
 class QzAnnoStringWriting {
 public:
     virtual ~QzAnnoStringWriting() = default;
-    /// Takes over the other's text and a copy of each of its bit sets.
+    /// Takes the other's text and copies of its bit sets.
     virtual void setAnnoString(const QzAnnoString& other) = 0;
 
-    /// The other's keys hold on the new characters exactly as they hold in the other; keys that only this string uses
-    /// take the state of the character before.
+    /// The other's keys hold on the new characters as they do in the other; keys that only this string uses take the
+    /// state of the preceding character.
     virtual bool insertAnnoString(const QzAnnoString& other, uint32_t atIndex) = 0;
-    /// Keys that only this string uses show, on the new characters, what their bit sets hold past the text's end.
+    /// On the new characters, keys that only this string uses have whatever their bit sets hold past the text's end.
     virtual void appendAnnoString(const QzAnnoString& other) = 0;
     /// Deletes the range, then inserts.
     virtual bool replaceCharactersInRange(Range range, const QzAnnoString& withAnnoString) = 0;
-    /// New characters take the annotations of the replaced ones position by position; those in excess take the state of
-    /// the character before them, and none at the start of the text.
+    /// New characters take the annotations of the replaced ones position by position. Characters in excess take those
+    /// of the preceding character, or no annotations at the start of the text.
     virtual bool replaceCharactersInRange(Range range, const Ref<NSString>& withString) = 0;
-    /// What follows keeps its annotations.
+    /// The text after the range keeps its annotations.
     virtual bool deleteCharactersInRange(Range range) = 0;
 
-    /// Sets every given key, which becomes one of the string's; other keys are untouched. No set: nothing happens.
+    /// Sets every given key, which the string then uses, and leaves other keys alone. Does nothing if `keys` is null.
     virtual void setAnnos(const Ref<NSSet>& keys, Range range) = 0;
-    /// Sets, clears or reverses one key at every position of the range. The key becomes one of the string's, even when
-    /// it is cleared. A null key, as for a name that a palette does not have, changes nothing and leaves a log line.
+    /// Sets, clears or inverts one key at every position of the range. The string then uses the key, even if it was
+    /// cleared. A null key, such as that of a name missing from the palette, changes nothing and logs a line.
     ///@{
     virtual void addAnno(const Ref<QzAnnoKey>& key, Range range) = 0;
     virtual void removeAnno(const Ref<QzAnnoKey>& key, Range range) = 0;
@@ -45,14 +45,14 @@ public:
     ///@{
     virtual void addFrameAnno(const Ref<QzAnnoKey>& key) = 0;
     virtual void removeFrameAnno(const Ref<QzAnnoKey>& key) = 0;
-    /// Clears the key everywhere when it holds at every character, sets it everywhere otherwise.
+    /// Clears the key everywhere if it holds at every character, else sets it everywhere.
     virtual void toggleFrameAnno(const Ref<QzAnnoKey>& key) = 0;
     ///@}
 };
 
-/// An annotated string that is edited in place. Keys are never removed once added.
+/// An annotated string that is edited in place. Keys are never removed.
 ///
-/// An edit that ends with `std::bad_alloc` has changed nothing.
+/// An edit that throws `std::bad_alloc` has changed nothing.
 class QzMutableAnnoString final : public QzAnnoString, public QzAnnoStringWriting {
 public:
     /// As for `QzAnnoString`.
@@ -61,15 +61,15 @@ public:
     static Ref<QzMutableAnnoString> initWithString(const Ref<NSString>& string);
     static Ref<QzMutableAnnoString> initWithAnnoString(const QzAnnoString& other);
     ///@}
-    /// The text, and at each character the keys of its `QzAnnoAttributeName`, an `NSSet` or `NSArray`.
+    /// Takes the text, and for each character the keys in its `QzAnnoAttributeName`, an `NSSet` or `NSArray`.
     static Ref<QzMutableAnnoString> initWithKeyedAttributedString(const NSAttributedString& attributedString);
 
     /// A copy of the text.
     std::u16string mutableString() const { return string()->characters(); }
 
     using QzAnnoString::bitsFor;
-    /// The string's own row of positions, to be changed; made first when the string does not use the key. Null, with a
-    /// log line, for a null key.
+    /// The string's own row of positions, which you may change; created if the string does not use the key yet. Returns
+    /// null, with a log line, if the key is null.
     Ref<QzAnnoBits> bitsFor(const Ref<QzAnnoKey>& key);
 
     void setAnnoString(const QzAnnoString& other) override;

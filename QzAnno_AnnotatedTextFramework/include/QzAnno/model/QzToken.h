@@ -7,11 +7,11 @@ namespace qz {
 /// The type of annotation keys as tokens.
 inline const Ref<NSString> AnnoKeyTokenType = "QzAnnoKey"_ns;
 
-/// An object that an archive holds as a type and a name, for a token table of the reader to turn into an object of its
-/// own again.
+/// An object that an archive stores as a type and a name, which a token table of the reader turns back into one of the
+/// reader's objects.
 class QzToken : public NSObject {
 public:
-    /// By which its token table is found.
+    /// Selects the token table.
     virtual Ref<NSString> tokenType() const = 0;
 };
 
@@ -19,11 +19,11 @@ public:
 class QzTokenTable {
 public:
     virtual ~QzTokenTable() = default;
-    /// Of the tokens that the table serves.
+    /// The type of the tokens in the table.
     virtual Ref<NSString> tokenType() const = 0;
-    /// None when the token has no name here; then none is archived.
+    /// Returns null if the token has no name here; it is then archived as null.
     virtual Ref<NSString> nameForToken(const QzToken& token) const = 0;
-    /// None when the name stands for no token.
+    /// Returns null if no token has that name.
     virtual Ref<QzToken> tokenForName(const Ref<NSString>& name) const = 0;
 };
 
