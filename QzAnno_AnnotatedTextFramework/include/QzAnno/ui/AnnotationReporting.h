@@ -5,22 +5,22 @@
 
 namespace qz {
 
-/// Something that tells which annotations its selection carries. A text view does, without deriving from this.
+/// Reports which annotations its selection carries. Text views do so without deriving from this class.
 class QzSelectedAnnotationReporting {
 public:
     virtual ~QzSelectedAnnotationReporting() = default;
-    /// Sets of `QzAnnoKey`. False, with the sets as they were, when there is nothing to report.
+    /// Fills the sets with `QzAnnoKey`. Returns false and leaves them unchanged if there is nothing to report.
     virtual bool getImmutableAnnotationKeys(Ref<NSSet>& immutableKeys, Ref<NSSet>& selectedAnnotationKeys,
                                             Ref<NSSet>& sparselySelectedAnnotationKeys) const = 0;
 };
 
-/// Of a selection: the frame keys, the keys that cover all of it, and those that cover a part of it. Of an insertion
-/// point: every key used in the text, the frame keys, and none. False, with the sets as they were, for an empty text
-/// and for one whose first character has no list of frame keys.
+/// For a selection, reports the frame keys, the keys that cover all of it, and the keys that cover part of it; for an
+/// insertion point, every key used in the text, the frame keys, and an empty set. Returns false and leaves the sets
+/// unchanged if the text is empty or its first character has no list of frame keys.
 bool getImmutableAnnotationKeys(const NSTextView& textView, Ref<NSSet>& immutableKeys,
                                 Ref<NSSet>& selectedAnnotationKeys, Ref<NSSet>& sparselySelectedAnnotationKeys);
 
-/// The report of a text view or of a `QzSelectedAnnotationReporting`; false for any other object and for none.
+/// Reports for a text view or a `QzSelectedAnnotationReporting`; returns false for any other object and for null.
 bool getImmutableAnnotationKeys(const Ref<NSObject>& ofObject, Ref<NSSet>& immutableKeys,
                                 Ref<NSSet>& selectedAnnotationKeys, Ref<NSSet>& sparselySelectedAnnotationKeys);
 

@@ -4,22 +4,22 @@
 
 namespace qz {
 
-/// A delegate that may have a context menu of its own for a place of the table.
+/// A delegate that can supply a context menu for a place in the table.
 class MenuContextTableViewDelegate {
 public:
     virtual ~MenuContextTableViewDelegate() = default;
-    /// Row and column are -1 where there is none. No menu: the table's own serves.
+    /// Row and column are -1 outside the cells. Returning null means the table's own menu.
     virtual Ref<NSMenu> menuForRow(int32_t row, int32_t column) = 0;
 };
 
-/// A table that remembers where its context menu was asked for, and in which Return ends the editing of a cell without
+/// A table that remembers where its context menu was opened, and in which Return ends the editing of a cell without
 /// going on to the next row.
 class MenuContextTableView final : public NSTableView {
 public:
-    /// On a widget that lies in a window.
+    /// For a widget in a window.
     static Ref<MenuContextTableView> tableViewWithWidget(QTableView* widget);
 
-    /// Of the last context menu; -1 where there was none.
+    /// The row (column) of the last context menu; -1 outside the cells.
     ///@{
     int32_t menuRow() const { return row_; }
     int32_t menuColumn() const { return column_; }

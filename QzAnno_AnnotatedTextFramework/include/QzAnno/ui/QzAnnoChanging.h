@@ -5,14 +5,13 @@
 
 namespace qz {
 
-/// What the sender of `changeAnno:` answers: the palette that it shows and the annotations that the user has switched
-/// on.
+/// The sender of `changeAnno:`: supplies the palette that it shows and the annotations that the user has switched on.
 class QzAnnoChanging {
 public:
     virtual ~QzAnnoChanging() = default;
-    /// None while it shows none.
+    /// Null while it shows no palette.
     virtual Ref<QzAnnoPalette> palette() const = 0;
-    /// A set of `QzAnnoKey`; none counts as the empty one.
+    /// A set of `QzAnnoKey`; null counts as empty.
     virtual Ref<NSSet> selectedAnnoKeys() const = 0;
 };
 

@@ -16,15 +16,15 @@ class QzAnnotationManager;
 /// The pasteboard type of dragged rows: an array of row numbers.
 inline const Ref<NSString> QzTaviAnnoPalettePboardType = "Tavi Annotation Selection Pasteboard"_ns;
 
-/// Shows one palette as a table: a row for each annotation, the highest priority first and the global annotation last,
-/// with what the text selection carries, and drives everything that a user does to a palette.
+/// Shows one palette as a table, with a row for each annotation from the highest priority down to the global
+/// annotation, marks what the text selection carries, and performs everything that a user does to a palette.
 ///
-/// Below them stand, struck out, the annotations that the selection carries and the palette does not have. They can be
-/// switched off and on; they have no priority, and are neither dragged, renamed, edited nor deleted.
+/// Struck-out rows below them show annotations that the selection carries but the palette does not have. They can be
+/// switched on and off; they have no priority, and cannot be dragged, renamed, edited or deleted.
 ///
-/// Columns "selectionstate", "Annotations" and "Frame". Observable: "palette", "haveMouseSelected",
-/// "haveNonGlobalSelected" and "editPrio". Follows every notification of its palette. What the palette refuses changes
-/// nothing.
+/// The columns are "selectionstate", "Annotations" and "Frame". Observable properties are "palette",
+/// "haveMouseSelected", "haveNonGlobalSelected" and "editPrio". Follows every notification of its palette. A change
+/// that the palette refuses has no effect.
 class QzAnnoPaletteAsTable final : public NSResponder,
                                    public QzAnnoChanging,
                                    public NSKeyValueObserving,
@@ -33,63 +33,63 @@ class QzAnnoPaletteAsTable final : public NSResponder,
                                    public MenuContextTableViewDelegate,
                                    public NSMenuValidation {
 public:
-    /// What the interface file connects; not owned but for the table view and its menu.
+    /// Objects connected by the interface file. Only the table view and its menu are owned.
     struct Outlets {
-        QLabel* DBGtext = nullptr;                ///< tells palettes apart; may be none
-        Ref<MenuContextTableView> tableView;      ///< the only one that is needed
+        QLabel* DBGtext = nullptr;                ///< identifies the palette; may be null
+        Ref<MenuContextTableView> tableView;      ///< the only one required
         Ref<NSMenu> menuForTable;                 ///< the table view's context menu
         WeakRef<QzAnnoEditor> annoAsTable;        ///< edits one annotation
         QzAnnotationManager* delegate = nullptr;  ///< as for `setManager`
     };
 
-    /// Shows no palette, and has no outlets.
+    /// Shows no palette and has no outlets.
     static Ref<QzAnnoPaletteAsTable> init();
     ~QzAnnoPaletteAsTable() override;
 
     /// Becomes the table view's data source and delegate.
     void connectOutlets(const Outlets& outlets);
-    /// Sends on what the user switches. Not owned, so it must be cleared before the manager dies; may be none.
+    /// The manager sends on the user's changes. Not owned: clear it before the manager is destroyed. May be null.
     void setManager(QzAnnotationManager* manager) { outlets_.delegate = manager; }
-    /// Readies the connected table view for drags and toggles.
+    /// Sets the connected table view up for drags and toggles.
     void awakeFromNib();
 
-    /// None shows an empty table. The text's selection stays on show until it changes.
+    /// Null shows an empty table. The text selection stays shown until it changes.
     void setAnnotationPalette(const Ref<QzAnnoPalette>& palette);
     Ref<QzAnnoPalette> palette() const override { return annotationPalette_; }
-    /// The keys that are on for the text's selection, and those that the user has switched on since; none at the start.
+    /// The keys that are on for the text selection or have since been switched on by the user; null at first.
     Ref<NSSet> selectedAnnoKeys() const override { return currentSelection_; }
-    /// The sparse and the immutable keys that were reported last (AnnotationReporting.h); none at the start.
+    /// The sparse and the immutable keys reported last (AnnotationReporting.h); null at first.
     ///@{
     const Ref<NSSet>& shadedSelection() const { return shadedSelection_; }
     const Ref<NSSet>& frameSelection() const { return frameSelection_; }
     ///@}
 
-    /// The priority of the annotation that editing and deletion act on; one beyond the highest while no row is
-    /// selected.
+    /// The priority of the annotation to edit or delete; one above the highest while no row is selected.
     int32_t editPrio() const { return editPrio_; }
     /// Whether the user has selected a row.
     bool haveMouseSelected() const { return haveMouseSelected_; }
-    /// Whether `editPrio` is above 0, so also while no row is selected; false with a new palette and after a deletion.
+    /// Whether `editPrio` is above 0, which includes having no row selected; false after a new palette or a deletion.
     bool haveNonGlobalSelected() const { return haveNonGlobalSelected_; }
 
-    /// Shows all rows anew, whatever the notification says.
+    /// Reloads all rows; the notification is ignored.
     void reloadTable(const NSNotification& notification);
     /// Switches the row's annotation on or off for the selected text.
     void toggleRow(int32_t row);
     /// Deselects all rows and redraws them.
     void updateSelection();
-    /// Takes over what the notification's object, a text view, reports of its selection.
+    /// Shows what the notification's object, a text view, reports for its selection.
     void annotationChangeSelectionUpdate(const NSNotification& notification);
 
     // Actions.
-    /// Puts an annotation "NEW" on top of the palette and edits it.
+    /// Adds an annotation "NEW" on top of the palette and opens it in the editor.
     void newAnno(const Ref<NSObject>& sender);
-    /// Edits the annotation at `editPrio`. While another is being edited, brings that one's editor to the front.
+    /// Opens the annotation at `editPrio` in the editor. If another is being edited, brings the editor to the front
+    /// instead.
     void editAnno(const Ref<NSObject>& sender);
     /// Removes the annotation at `editPrio`, but never the global one.
     void deleteAnno(const Ref<NSObject>& sender);
     bool validateMenuItem(const NSMenuItem& item) override;
-    /// Whether annotations may be made, edited and deleted: none is being edited, and the palette is unlocked.
+    /// Whether annotations may be added, edited and deleted: the palette is unlocked and no annotation is being edited.
     /// Observable as "mayChangePalette".
     bool mayChangePalette() const;
     Ref<NSMenu> menuForRow(int32_t row, int32_t column) override;
@@ -97,20 +97,20 @@ public:
     // The table.
     int32_t numberOfRowsInTableView(NSTableView& tableView) override;
     Ref<NSObject> objectValueForTableColumn(NSTableView& tableView, NSTableColumn& column, int32_t row) override;
-    /// Column "selectionstate" switches the row's annotation, "Annotations" renames it, and "Frame" sends
-    /// "toggleFrameAnno:" with its key along the responder chain; the value matters to the name only.
+    /// Column "selectionstate" toggles the row's annotation, "Annotations" renames it to the value, and "Frame" sends
+    /// "toggleFrameAnno:" with its key along the responder chain.
     void setObjectValue(NSTableView& tableView, const Ref<NSObject>& value, NSTableColumn& column,
                         int32_t row) override;
     bool writeRows(NSTableView& tableView, const std::vector<int32_t>& rows,
                    const Ref<NSPasteboard>& toPasteboard) override;
     uint32_t validateDrop(NSTableView& tableView, const Ref<NSPasteboard>& pasteboard, int32_t proposedRow,
                           NSTableViewDropOperation proposedDropOperation) override;
-    /// The dragged annotations, in their order, come right below the nearest row above the place that is not dragged
-    /// itself, or to the top where there is none.
+    /// Moves the dragged annotations, in order, right below the nearest row above the drop that is not itself dragged,
+    /// or to the top.
     bool acceptDrop(NSTableView& tableView, const Ref<NSPasteboard>& pasteboard, int32_t row,
                     NSTableViewDropOperation dropOperation) override;
     void willDisplayCell(NSTableView& tableView, NSCell& cell, NSTableColumn& forColumn, int32_t row) override;
-    /// A name is not edited in its row: the editor opens instead.
+    /// Opens the editor instead of editing a name in its row.
     bool shouldEditTableColumn(NSTableView& tableView, NSTableColumn& column, int32_t row) override;
     bool shouldSelectTableColumn(NSTableView& /*tableView*/, NSTableColumn& /*column*/) override { return false; }
     void tableViewSelectionDidChange(const NSNotification& notification) override;
@@ -121,10 +121,10 @@ private:
     QzAnnoPaletteAsTable();
 
     int32_t maxPriority() const { return annotationPalette_ ? annotationPalette_->maxPriority() : 0; }
-    /// Null beyond the rows and without a palette.
+    /// Null if there is no such row or no palette.
     Ref<QzAnnoKey> keyOfRow(int32_t row) const;
     bool isBelowPalette(int32_t row) const { return row > maxPriority(); }
-    /// The keys of no palette that the selection carries, by name.
+    /// The keys that the selection carries and no palette has, by name.
     std::vector<Ref<QzAnnoKey>> keysWithoutAnnotation() const;
     int32_t stateOfRow(int32_t row, const QzAnnoKey& key) const;
     void renameRow(int32_t row, const Ref<NSObject>& toName);

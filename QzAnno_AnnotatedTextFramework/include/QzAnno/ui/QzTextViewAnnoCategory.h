@@ -5,26 +5,25 @@
 
 namespace qz {
 
-/// Something to which annotation changes can be sent. A text view is, without deriving from this.
+/// Receives annotation changes. Text views do so without deriving from this class.
 class QzAnnoUsing {
 public:
     virtual ~QzAnnoUsing() = default;
-    /// Carries out the change; the sender is there during the call only.
+    /// Performs the change; the sender is valid only during the call.
     virtual void changeAnno(const QzAnnoChanging& sender) = 0;
 };
 
-/// Switches annotations over the selection of a text view, or over the whole text when nothing is selected: every
-/// character gets the sender's keys; of the others, those that covered all of the range are taken away, those that
-/// covered a part of it stay.
+/// Changes the annotations of a text view's selection, or of the whole text if nothing is selected. Every character
+/// gets the sender's keys; other keys are removed if they covered the whole range and kept if they covered part of it.
 ///
-/// Changes the annotation lists and, where it is installed, the font, which the host replaces when it formats the text
-/// anew. The view is not asked for permission, its selection stays, nothing can be undone here, and
-/// `NSTextDidChangeNotification` is posted once. An empty text is left alone.
+/// Changes the annotation lists and, where it is installed, the font, which the host replaces when it reformats the
+/// text. Does not ask the view for permission, keeps its selection, records nothing for undo, and posts
+/// `NSTextDidChangeNotification` once. Does nothing if the text is empty.
 void changeAnno(NSTextView& textView, const QzAnnoChanging& sender);
 
-/// Whether annotation changes can be sent to the object: a text view, or a `QzAnnoUsing`.
+/// Whether the object can receive annotation changes: a text view or a `QzAnnoUsing`.
 bool isAnnoUsing(const NSObject& object);
-/// Sends them; false when the object cannot take any.
+/// Sends the change; returns false if the object cannot receive it.
 bool sendChangeAnno(NSObject& toObject, const QzAnnoChanging& sender);
 
 }  // namespace qz

@@ -7,25 +7,25 @@
 
 namespace qz {
 
-/// The running application: who gets actions, and where one event ends and the next begins. The toolkit's application
-/// object must exist before the first call and outlive the last.
+/// The running application: routes actions and separates events. The toolkit's application object must exist before the
+/// first call and outlive the last.
 class NSApplication final : public NSResponder {
 public:
-    /// Made with the first call; another one after the toolkit's application object has been exchanged for a new one.
+    /// Made on first use, and again after the toolkit's application object has been replaced.
     static NSApplication& sharedApplication();
 
-    /// Asks the target; without one, whoever first has a handler along the chain: from the focused widget of the key
-    /// window up to the window, its delegate, the same of the main window, the application and its delegate. False when
-    /// nobody has.
+    /// Sends the action to the target or, if that is null, to the first responder with a handler along the chain: the
+    /// focused widget of the key window and its ancestors up to the window, the window's delegate, the same for the
+    /// main window, the application and its delegate. Returns false if no responder has a handler.
     bool sendAction(const std::string& action, const Ref<NSResponder>& to, const Ref<NSObject>& from);
 
     /// The last responder of the chain; not owned.
     void setDelegate(const Ref<NSResponder>& delegate) { delegate_ = delegate; }
 
-    /// The window of a document that was active last: no panel, dialog or menu. None when there is none.
+    /// The document window that was active last, never a panel, dialog or menu; null if there is none.
     QWidget* mainWindow() const;
 
-    /// Ends the undo manager's group with every event that the user makes. Not owned.
+    /// Ends the undo manager's group after every user event. Not owned.
     void groupUndoByEvent(const Ref<NSUndoManager>& undoManager);
 
     std::string className() const override { return "NSApplication"; }
@@ -41,7 +41,7 @@ private:
     WeakRef<NSResponder> delegate_;
 };
 
-/// Whether the responder, or one that follows it, has performed the action.
+/// Whether the responder, or one after it in the chain, has performed the action.
 bool performAlongChain(NSResponder* responder, const std::string& action, const Ref<NSObject>& sender);
 
 }  // namespace qz

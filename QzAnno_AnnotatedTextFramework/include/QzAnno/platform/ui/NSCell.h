@@ -9,40 +9,40 @@
 
 namespace qz {
 
-/// How a value looks and acts inside a table or a box. One cell serves all rows of a column: its value is set anew for
-/// each.
+/// How a value looks and behaves in a table or box. One cell serves all rows of a column: its value is set for each row
+/// in turn.
 class NSCell : public NSObject {
 public:
-    /// Owned; none at the start.
+    /// Owned; null by default.
     ///@{
     const Ref<NSObject>& objectValue() const { return objectValue_; }
     void setObjectValue(const Ref<NSObject>& value) { objectValue_ = value; }
     ///@}
-    /// The value's text: the value itself when it is a string, else its description; empty without a value.
+    /// The value if it is a string, else its description; empty if the value is null.
     Ref<NSString> stringValue() const;
-    /// The text becomes the value.
+    /// Sets the text as value.
     void setStringValue(const Ref<NSString>& text) { setObjectValue(text); }
-    /// What the owner of the cell means by it; owned, and none at the start. The cell shows nothing of it.
+    /// An object of the owner's choice, which the cell does not show; owned, null by default.
     ///@{
     const Ref<NSObject>& representedObject() const { return representedObject_; }
     void setRepresentedObject(const Ref<NSObject>& object) { representedObject_ = object; }
     ///@}
-    /// None, as at the start: the font of the desktop. Of another one a table takes the size.
+    /// Null, the default, means the desktop's font. A table uses only the font's size.
     ///@{
     const Ref<NSFont>& font() const { return font_; }
     void setFont(const Ref<NSFont>& font) { font_ = font; }
     ///@}
-    /// Whether a table strikes the text out; false at the start.
+    /// Whether a table strikes the text out; false by default.
     ///@{
     bool isStruckOut() const { return isStruckOut_; }
     void setStruckOut(bool flag) { isStruckOut_ = flag; }
     ///@}
-    /// What a screen reader says instead of the text; null, as at the start, for the text itself.
+    /// What a screen reader says instead of the text; null, the default, means the text itself.
     ///@{
     const Ref<NSString>& accessibilityLabel() const { return accessibilityLabel_; }
     void setAccessibilityLabel(const Ref<NSString>& label) { accessibilityLabel_ = label; }
     ///@}
-    /// A number by which the owner knows the cell; 0 at the start.
+    /// A number that identifies the cell to its owner; 0 by default.
     ///@{
     int32_t tag() const { return tag_; }
     void setTag(int32_t tag) { tag_ = tag; }
@@ -59,65 +59,65 @@ private:
     bool isStruckOut_ = false;
 };
 
-/// A text.
+/// A cell that shows text.
 class NSTextFieldCell final : public NSCell {
 public:
-    /// The text is the value.
+    /// Takes the text as value.
     static Ref<NSTextFieldCell> initTextCell(const Ref<NSString>& text);
     std::string className() const override { return "NSTextFieldCell"; }
 };
 
-/// How a button looks; the numbers are the platform's.
+/// The look of a button; the numbers are the platform's.
 enum class NSButtonType {
-    momentary = 0,    ///< drawn by a table as a check box, by a box as a text
-    toggle = 2,       ///< drawn by a table as a button that stays down until it is clicked again, by a box as a text
+    momentary = 0,    ///< a check box in a table, a text in a box
+    toggle = 2,       ///< in a table a button that stays down until clicked again, in a box a text
     switchButton = 3  ///< a check box
 };
-/// The frame of a button. Remembered only: buttons look as the desktop's do.
+/// The frame of a button. Stored but not drawn: buttons look like the desktop's.
 enum class NSBezelStyle { none = 0, rounded = 1, smallSquare = 10 };
 
-/// A button: a check box (`switchButton`), or one that stays down (`toggle`). The value is its state: -1 mixed, 0 off,
-/// 1 on.
+/// A button: a check box (`switchButton`) or a button that stays down (`toggle`). The value is its state: -1 mixed, 0
+/// off, 1 on.
 class NSButtonCell final : public NSCell {
 public:
-    /// Momentary, enabled, without title, frame and action.
+    /// Momentary and enabled, with no title, frame or action.
     static Ref<NSButtonCell> init();
 
-    /// Never none, and empty at the start. A table shows it in a button that stays down.
+    /// Never null; empty by default. A table shows it in a button that stays down.
     ///@{
     const Ref<NSString>& title() const { return title_; }
     void setTitle(const Ref<NSString>& title) { title_ = title; }
     ///@}
-    /// A box looks at it when it is given the cell, a table at every drawing.
+    /// A box reads it when it is given the cell, a table whenever it draws.
     ///@{
     NSButtonType buttonType() const { return buttonType_; }
     void setButtonType(NSButtonType type) { buttonType_ = type; }
     ///@}
-    /// Shows nowhere.
+    /// Stored but not drawn.
     ///@{
     NSBezelStyle bezelStyle() const { return bezelStyle_; }
     void setBezelStyle(NSBezelStyle style) { bezelStyle_ = style; }
     ///@}
-    /// A button of a table that is not enabled takes no clicks and no keys.
+    /// A disabled button in a table ignores clicks and keys.
     ///@{
     bool isEnabled() const { return isEnabled_; }
     void setEnabled(bool enabled) { isEnabled_ = enabled; }
     ///@}
-    /// A transparent button is not drawn, and the pointer passes it by. Not so at the start.
+    /// A transparent button is not drawn and ignores the pointer. False by default.
     ///@{
     bool isTransparent() const { return isTransparent_; }
     void setTransparent(bool transparent) { isTransparent_ = transparent; }
     ///@}
-    /// Whether the state may be mixed; a click never makes it so. Not at the start.
+    /// Whether the state may be mixed, which a click never sets. False by default.
     ///@{
     bool allowsMixedState() const { return allowsMixedState_; }
     void setAllowsMixedState(bool allows) { allowsMixedState_ = allows; }
     ///@}
-    /// The number of the value; mixed becomes on where it is not allowed.
+    /// The value as a number; mixed becomes on if it is not allowed.
     int32_t state() const;
 
-    /// Where a click on a box's title goes: the target is not owned, and none means up the responder chain; an empty
-    /// action goes nowhere. In a table a click goes to the data source instead.
+    /// The receiver of clicks on a box's title. The target is not owned; null means the responder chain. An empty
+    /// action is not sent. In a table, clicks go to the data source instead.
     ///@{
     Ref<NSResponder> target() const { return target_.lock(); }
     const std::string& action() const { return action_; }

@@ -7,44 +7,44 @@
 
 namespace qz {
 
-/// What a font panel offers, as a mask.
+/// The controls of a font panel, as a mask.
 enum NSFontPanelModeMask : uint32_t {
     NSFontPanelFaceModeMask = 1,       ///< the faces of a family
     NSFontPanelSizeModeMask = 2,       ///< the size in points
-    NSFontPanelCollectionModeMask = 4  ///< the families, and the search for one
+    NSFontPanelCollectionModeMask = 4  ///< the families, with a search field
 };
 
-/// Decides what the font panel offers.
+/// Decides which controls the font panel shows.
 class NSFontPanelValidation {
 public:
     virtual ~NSFontPanelValidation() = default;
-    /// A mask of `NSFontPanelModeMask`. Asked by `NSFontManager::modifyFontViaPanel`.
+    /// Returns a mask of `NSFontPanelModeMask`. Called by `NSFontManager::modifyFontViaPanel`.
     virtual uint32_t validModesForFontPanel(NSWindow& fontPanel) = 0;
 };
 
-/// The font that is being chosen, and the panel that offers the installed ones.
+/// The font being chosen, and the panel that offers the installed fonts.
 class NSFontManager final : public NSObject {
 public:
     /// Lives until the process ends.
     static NSFontManager& sharedFontManager();
 
-    /// Gets "changeFont:" when the user has chosen, and decides on the panel's controls when it is a
-    /// `NSFontPanelValidation`. Not owned. Without one that takes the action it goes up the responder chain; without
-    /// one that decides the panel offers everything.
+    /// Receives "changeFont:" when the user chooses a font, and decides on the panel's controls if it is a
+    /// `NSFontPanelValidation`; not owned. If it does not handle the action, that goes up the responder chain; if it
+    /// does not decide, the panel shows all controls.
     ///@{
     void setDelegate(const Ref<NSResponder>& delegate) { delegate_ = delegate; }
     Ref<NSResponder> delegate() const { return delegate_.lock(); }
     ///@}
 
-    /// The font that was set or chosen last; none before, and when the library has lost the chosen one.
+    /// The font that was last set or chosen; null before that, or if the chosen font has disappeared.
     const Ref<NSFont>& selectedFont() const { return selectedFont_; }
-    /// The panel follows. With `isMultiple` it shows that several fonts are selected.
+    /// Shows the font in the panel, or, with `isMultiple`, that several fonts are selected.
     void setSelectedFont(const Ref<NSFont>& font, bool isMultiple);
     /// Lets the panel change the font of the sender.
     void modifyFontViaPanel(const Ref<NSObject>& sender);
-    /// The chosen face at the size of the given font; none when none has been chosen or it is gone.
+    /// The chosen face at the size of the given font; null if no face has been chosen or it has disappeared.
     Ref<NSFont> convertFont(const Ref<NSFont>& font) const;
-    /// The panel; made when asked, none otherwise when there is none.
+    /// The panel; if there is none, makes it if `create`, else returns null.
     Ref<NSWindow> fontPanel(bool create);
 
     std::string className() const override { return "NSFontManager"; }

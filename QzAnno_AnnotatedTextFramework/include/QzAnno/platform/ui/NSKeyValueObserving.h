@@ -9,43 +9,43 @@
 
 namespace qz {
 
-/// Properties by name, whose changes observers are told of before and after: what controls bind to.
+/// Named properties that controls bind to. Observers are told before and after each change.
 class NSKeyValueObserving {
 public:
     /// How a property is read and set.
     struct Property {
-        std::function<Ref<NSObject>()> get;                   ///< never none
-        std::function<void(const Ref<NSObject>& value)> set;  ///< none for a property that only its owner sets
+        std::function<Ref<NSObject>()> get;                   ///< never empty
+        std::function<void(const Ref<NSObject>& value)> set;  ///< empty if only the owner may set the property
     };
-    /// Gets the name of the property that changes.
+    /// Receives the name of the property that changes.
     using ChangeHandler = std::function<void(const std::string& key)>;
 
     virtual ~NSKeyValueObserving() = default;
 
-    /// None, after `valueForUndefinedKey`, for a name that there is no property of.
+    /// For a name without a property, the result of `valueForUndefinedKey`.
     Ref<NSObject> valueForKey(const std::string& key) const;
-    /// Sets a property, announced; false when there is none of that name that can be set.
+    /// Sets a property and tells the observers; returns false if no property of that name can be set.
     bool setValue(const Ref<NSObject>& value, const std::string& forKey);
-    /// Reports the failure in the log.
+    /// Logs a line and returns null.
     virtual Ref<NSObject> valueForUndefinedKey(const std::string& key) const;
 
-    /// To be called around a change that `setValue` does not make: tells the observers at once, in the order in which
-    /// they were added.
+    /// Call these around a change made without `setValue`. They tell the observers at once, in the order in which they
+    /// were added.
     ///@{
     void willChangeValueForKey(const std::string& key);
     void didChangeValueForKey(const std::string& key);
     ///@}
 
-    /// `observer` identifies the observation; whoever observes removes it before it dies. Either handler may be none.
+    /// `observer` identifies the observation and must remove it before it is destroyed. Either handler may be empty.
     void addObserver(const void* observer, ChangeHandler willChange, ChangeHandler didChange);
-    /// Removes every observation of it. A handler that is removed by another one may still get the change that is being
-    /// told of.
+    /// Removes all observations of `observer`. A handler removed by another handler may still receive the current
+    /// change.
     void removeObserver(const void* observer);
 
 protected:
-    /// In the place of a property of that name. Tells nobody.
+    /// Replaces any property of that name, without telling observers.
     void defineProperty(const std::string& key, Property property);
-    /// Assigns between the two announcements.
+    /// Assigns between the two notifications.
     template <class T, class U>
     void change(const char* key, T& field, U&& value) {
         willChangeValueForKey(key);

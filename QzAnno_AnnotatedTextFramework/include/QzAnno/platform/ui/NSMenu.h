@@ -10,19 +10,19 @@ class QWidget;
 
 namespace qz {
 
-/// An entry of a menu: a title and a tag, and the action that choosing it sends.
+/// A menu item: a title, a tag, and the action sent when the user chooses it.
 class NSMenuItem final : public NSObject {
 public:
-    /// The title must not be none. Without a target.
+    /// Has no target. The title must not be null.
     static Ref<NSMenuItem> initWithTitle(const Ref<NSString>& title, const std::string& action = {}, int32_t tag = 0);
 
-    /// Never none.
+    /// Never null.
     const Ref<NSString>& title() const { return title_; }
-    /// A number by which its owner knows the item; a pop-up button chooses by it.
+    /// A number that identifies the item to its owner and to a pop-up button.
     int32_t tag() const { return tag_; }
-    /// Empty: choosing the item sends nothing.
+    /// If empty, choosing the item sends nothing.
     const std::string& action() const { return action_; }
-    /// Not owned; none means up the responder chain.
+    /// Not owned; null means the responder chain.
     ///@{
     Ref<NSResponder> target() const { return target_.lock(); }
     void setTarget(const Ref<NSResponder>& target) { target_ = target; }
@@ -37,31 +37,30 @@ private:
     WeakRef<NSResponder> target_;
 };
 
-/// Whether an item of a menu may be chosen now, as its target says.
+/// A target that decides whether its menu items are enabled.
 class NSMenuValidation {
 public:
     virtual ~NSMenuValidation() = default;
-    /// Asked for each item that has this target when its menu opens.
+    /// Called for each item with this target when its menu opens.
     virtual bool validateMenuItem(const NSMenuItem& item) = 0;
 };
 
 /// Items to choose from: a context menu, or the choices of a pop-up button.
 class NSMenu final : public NSObject {
 public:
-    /// Without items. The title must not be none.
+    /// An empty menu. The title must not be null.
     static Ref<NSMenu> initWithTitle(const Ref<NSString>& title);
 
-    /// What reading programs say; never none.
+    /// What screen readers say; never null.
     const Ref<NSString>& title() const { return title_; }
-    /// Below those that it has; must not be none. A menu that is open, and a pop-up button that has the menu, stay as
-    /// they are.
+    /// Appends an item, which must not be null. An open menu, or a pop-up button that shows the menu, does not change.
     void addItem(const Ref<NSMenuItem>& item) { items_.push_back(item); }
     /// From top to bottom.
     const std::vector<Ref<NSMenuItem>>& items() const { return items_; }
-    /// An item's target decides when it validates menu items; else the item is enabled when it has an action.
+    /// The item's target decides if it is a `NSMenuValidation`; otherwise the item is enabled if it has an action.
     static bool isEnabled(const NSMenuItem& item);
 
-    /// Opens the menu at a place of the widget, in its own points, without waiting for the choice.
+    /// Opens the menu at a position in the widget, in its points, and returns without waiting for a choice.
     void popUp(QWidget* forWidget, int x, int y);
 
     std::string className() const override { return "NSMenu"; }

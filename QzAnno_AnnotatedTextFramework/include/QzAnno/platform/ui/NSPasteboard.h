@@ -10,26 +10,26 @@ class QMimeData;
 
 namespace qz {
 
-/// Data on its way from one view to another, under named types, as property lists.
+/// Data that one view hands to another, as property lists under named types.
 class NSPasteboard final : public NSObject {
 public:
-    /// The pasteboard of drags that begin in this process.
+    /// The pasteboard of drags that start in this process.
     static const Ref<NSPasteboard>& dragPasteboard();
-    /// A pasteboard of its own.
+    /// A private pasteboard.
     static Ref<NSPasteboard> init();
-    /// What a drag brings along.
+    /// A pasteboard with the contents of a drag.
     static Ref<NSPasteboard> pasteboardWithMimeData(const QMimeData& data);
 
     /// Empties the pasteboard and announces the type.
     void declareType(const Ref<NSString>& type);
-    /// Whether the type is declared, or came with a drag; its data may be missing all the same.
+    /// Whether the type was declared or came with a drag; its data may still be missing.
     bool offersType(const Ref<NSString>& type) const;
-    /// False for a type that has not been declared, and for what is no property list.
+    /// Returns false if the type has not been declared or the object is not a property list.
     bool setPropertyList(const Ref<NSObject>& propertyList, const Ref<NSString>& forType);
-    /// None when there is none or it cannot be read.
+    /// Returns null if the data is missing or cannot be read.
     Ref<NSObject> propertyListForType(const Ref<NSString>& type) const;
 
-    /// For the toolkit, which becomes the owner.
+    /// For the toolkit, which takes ownership.
     QMimeData* newMimeData() const;
 
     std::string className() const override { return "NSPasteboard"; }
@@ -37,7 +37,7 @@ public:
 private:
     NSPasteboard() = default;
 
-    // Type to the list's XML form; empty until it is set.
+    // Types to property lists in XML; empty until set.
     std::map<std::string, std::string> contents_;
 };
 

@@ -7,20 +7,20 @@ class QComboBox;
 
 namespace qz {
 
-/// A button that shows the item chosen last from a menu.
+/// A button that shows the chosen item of a menu.
 class NSPopUpButton final : public NSView {
 public:
-    /// Without a menu; the widget keeps the choices that it has.
+    /// Has no menu; the widget keeps its choices.
     static Ref<NSPopUpButton> popUpButtonWithWidget(QComboBox* widget);
 
-    /// None before one is set.
+    /// Null until one is set.
     const Ref<NSMenu>& menu() const { return menu_; }
-    /// Offers the titles of its items as they are now, the first one chosen; must not be none. Choosing an item sends
-    /// no action: controls are bound to its tag.
+    /// Shows the current titles of the menu's items and chooses the first; the menu must not be null. Choosing an item
+    /// sends no action: controls bind to its tag.
     void setMenu(const Ref<NSMenu>& menu);
-    /// False when the menu has no item of that tag; the choice then stays.
+    /// Returns false and keeps the choice if the menu has no item with that tag.
     bool selectItemWithTag(int32_t tag);
-    /// -1 when nothing is chosen.
+    /// -1 if nothing is chosen.
     int32_t selectedTag() const;
 
     std::string className() const override { return "NSPopUpButton"; }

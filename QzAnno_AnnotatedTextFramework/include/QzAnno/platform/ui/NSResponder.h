@@ -8,23 +8,23 @@
 
 namespace qz {
 
-/// Something that can be told to do things by name: a view, a window, a controller.
+/// An object that performs named actions: a view, a window, a controller.
 ///
-/// An action is named by its selector text ("changeAnno:") and handled by whoever has a handler registered for it. Used
-/// on the thread of the user interface, as everything in this folder.
+/// An action is named by its selector text ("changeAnno:") and performed by the responder that has a handler for it.
+/// Like everything in this folder, use it on the user interface's thread only.
 class NSResponder : public NSObject {
 public:
-    /// Performs an action; `sender` is who asks for it, and may be none.
+    /// Performs an action for `sender`, which may be null.
     using ActionHandler = std::function<void(const Ref<NSObject>& sender)>;
 
-    /// A handler that is registered again replaces the former one.
+    /// Replaces any handler registered for the action.
     void setHandler(const std::string& action, ActionHandler handler);
-    /// Whether this responder has a handler; those that follow it do not count.
+    /// Whether this responder itself has a handler.
     virtual bool respondsTo(const std::string& action) const;
-    /// False when there is no handler.
+    /// Returns false if there is no handler.
     virtual bool tryToPerform(const std::string& action, const Ref<NSObject>& sender);
 
-    /// Whom an action is offered to next, besides what the window system gives. Not owned; none at the start.
+    /// The responder that is offered an action next, in addition to the widget hierarchy. Not owned; null by default.
     ///@{
     Ref<NSResponder> nextResponder() const { return nextResponder_.lock(); }
     void setNextResponder(const Ref<NSResponder>& responder) { nextResponder_ = responder; }

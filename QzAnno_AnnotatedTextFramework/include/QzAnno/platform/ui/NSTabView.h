@@ -7,19 +7,19 @@ class QStackedWidget;
 
 namespace qz {
 
-/// Pages of which one shows. A page's label is the title of its widget.
+/// Shows one of several pages. A page's label is the title of its widget.
 class NSTabView final : public NSView {
 public:
-    /// The pages are those of the widget.
+    /// Uses the widget's pages.
     static Ref<NSTabView> tabViewWithWidget(QStackedWidget* widget);
 
-    /// 0 once the widget has gone.
+    /// 0 once the widget has been destroyed.
     int32_t numberOfTabViewItems() const;
-    /// None outside the pages.
+    /// Null if there is no such page.
     Ref<NSString> labelOfTabViewItemAtIndex(int32_t index) const;
-    /// Does nothing outside the pages.
+    /// Does nothing if there is no such page.
     void selectTabViewItemAtIndex(int32_t index);
-    /// -1 when there are no pages.
+    /// -1 if there are no pages.
     int32_t indexOfSelectedItem() const;
 
     std::string className() const override { return "NSTabView"; }

@@ -7,37 +7,37 @@
 
 namespace qz {
 
-/// Shows a text view in a window and edits it: draws its text through the layout manager of its container, so that what
-/// a layout manager adds to the glyphs shows while the text is edited, and turns keys, pointer, input method and
-/// clipboard into edits of the model.
+/// Shows a text view in a window and lets the user edit it. Draws the text through the container's layout manager, so
+/// anything it adds to the glyphs shows during editing, and turns input from keys, pointer, input method and clipboard
+/// into edits of the model.
 ///
-/// A container of a bounded size is fitted into the widget, with its proportions kept. Performs "cut:", "copy:",
-/// "paste:", "selectAll:", "delete:", "undo:" and "redo:", and the actions registered for text views. Text is pasted
-/// plain.
+/// Scales a container of bounded size to fit the widget, keeping its proportions. Performs "cut:", "copy:", "paste:",
+/// "selectAll:", "delete:", "undo:" and "redo:", and the actions registered for text views. Pastes plain text.
 class NSTextViewWidget final : public NSView {
 public:
-    /// Makes the widget; the parent owns it, the caller without one.
+    /// Makes the widget. The parent owns it; without a parent, the caller does.
     static Ref<NSTextViewWidget> initWithTextView(const Ref<NSTextView>& textView, QWidget* parent);
     ~NSTextViewWidget() override;
 
-    /// Never none.
+    /// Never null.
     const Ref<NSTextView>& textView() const { return textView_; }
-    /// A picture beneath the text, stretched over the container; none shows a checkerboard.
+    /// A picture beneath the text, stretched over the container; null shows a checkerboard.
     void setBackdrop(const Ref<NSBitmapImageRep>& picture);
-    /// Where the insertion point of an empty text stands, in container points, for a container that places text by more
-    /// than the alignment of its paragraphs. None: at the container's top.
+    /// Sets the place of the insertion point in an empty text, in container points, for a container that places text by
+    /// more than its paragraphs' alignment. An empty function means the container's top.
     void setInsertionPointOfEmptyText(std::function<NSRect()> place);
-    /// Draws the text anew, after a change that the text view has not been told of.
+    /// Redraws the text after a change that the text view does not know of.
     void redisplay();
-    /// Where a point of the container lies in the widget.
+    /// Converts a point of the container to the widget's coordinates.
     NSPoint pointInWidget(NSPoint containerPoint) const;
 
-    /// What performs an action on a text view.
+    /// Performs an action on a text view.
     using Action = std::function<void(NSTextView& textView, const Ref<NSObject>& sender)>;
-    /// Lets every text view take an action. One static object of this type stands in the source file that knows how.
+    /// Makes every text view handle an action. Define one static object of this type in the source file that performs
+    /// it.
     class ActionRegistration {
     public:
-        /// In the place of an action of that name, also of one that this class performs.
+        /// Replaces any action of that name, including those that this class performs.
         ActionRegistration(const std::string& action, Action perform);
     };
     bool respondsTo(const std::string& action) const override;

@@ -8,40 +8,40 @@
 
 namespace qz {
 
-/// Settings of the user that outlive the process, by name; kept where the desktop keeps those of the application.
+/// Persistent user settings by name, stored where the desktop keeps the application's.
 class NSUserDefaults final {
 public:
-    /// Settings that are set reach the file at leisure, at the latest when the process ends by itself.
+    /// Changes reach the file later, at the latest on normal process exit.
     static NSUserDefaults& standardUserDefaults();
 
-    /// Whether there is a value of any kind.
+    /// Whether the key has a value of any type.
     bool hasValueForKey(const std::string& key) const;
-    /// False without a value.
+    /// False if the key has no value.
     ///@{
     bool boolForKey(const std::string& key) const;
     void setBool(bool value, const std::string& forKey);
     ///@}
-    /// Empty without a value.
+    /// Empty if the key has no value.
     ///@{
     std::string stringForKey(const std::string& key) const;
     void setString(const std::string& value, const std::string& forKey);
     ///@}
-    /// None without data.
+    /// Null if the key has no data.
     ///@{
     Ref<NSData> dataForKey(const std::string& key) const;
     void setData(const NSData& data, const std::string& forKey);
     ///@}
-    /// Stored as archived data; none when there is none or it holds no colour.
+    /// Stored as archived data; null if the key has no data or the data holds no colour.
     ///@{
     Ref<NSColor> colorForKey(const std::string& key) const;
     void setColor(const Ref<NSColor>& color, const std::string& forKey);
     ///@}
-    /// A value of any kind.
+    /// Removes a value of any type.
     void removeObjectForKey(const std::string& key);
 
-    /// Keeps the settings in a file of their own from now on; an empty path brings back the application's.
+    /// Stores the settings in this file from now on; an empty path restores the application's file.
     void useFile(const std::string& path);
-    /// The path of the file that the settings are kept in.
+    /// The path of the file that stores the settings.
     std::string file() const;
 
 private:

@@ -8,26 +8,26 @@ class QWidget;
 
 namespace qz {
 
-/// The responder of a widget. The widget belongs to its parent, or to its window; a view whose widget has gone does
+/// The responder of a widget. The widget belongs to its parent or window; once it has been destroyed, the view does
 /// nothing.
 class NSView : public NSResponder {
 public:
-    /// A view on a widget that has none yet.
+    /// Makes the view of a widget that has none yet.
     static Ref<NSView> viewWithWidget(QWidget* widget);
     ~NSView() override;
 
-    /// Null once it has gone.
+    /// Null once it has been destroyed.
     QWidget* widget() const;
-    /// The responder of exactly this widget; none when it has none.
+    /// The responder of this widget itself, or null.
     static NSResponder* responderOfWidget(const QWidget* widget);
 
-    /// What reading programs say, where the widget itself shows no text.
+    /// What screen readers say if the widget itself shows no text.
     void setAccessibleName(const std::string& name);
 
     std::string className() const override { return "NSView"; }
 
 protected:
-    /// As `viewWithWidget`; null makes a view that does nothing.
+    /// As `viewWithWidget`; a null widget makes a view that does nothing.
     explicit NSView(QWidget* widget);
 
 private:

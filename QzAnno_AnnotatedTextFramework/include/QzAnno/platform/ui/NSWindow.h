@@ -9,74 +9,75 @@ namespace qz {
 
 class NSWindow;
 
-/// Whom a window tells what happens to it.
+/// Receives a window's events.
 class NSWindowDelegate {
 public:
     virtual ~NSWindowDelegate() = default;
-    /// Before the window closes, by the user or by `NSWindow::close`. The notification's object is the window.
+    /// Called before the window closes, by the user or by `NSWindow::close`. The notification's object is the window.
     virtual void windowWillClose(const NSNotification& /*notification*/) {}
-    /// The window has been minimised. The notification's object is the window.
+    /// Called after the window has been minimised. The notification's object is the window.
     virtual void windowDidMiniaturize(const NSNotification& /*notification*/) {}
-    /// On which undo and redo act while the window is key; none leaves the keys to the views.
+    /// Returns the manager for undo and redo while the window is key; null leaves their keys to the views.
     virtual Ref<NSUndoManager> windowWillReturnUndoManager(NSWindow& /*window*/) { return {}; }
-    /// Escape, where no view has a use for it. False: a panel closes, other windows leave the key to others.
+    /// Called for Escape if no view uses it. If it returns false, a panel closes, and any other window passes the key
+    /// on.
     virtual bool cancelOperation(NSWindow& /*window*/) { return false; }
 };
 
-/// The name in what the delegate gets. The notification centre does not post it.
+/// The names of the notifications that the delegate receives. They are not posted to the notification centre.
 ///@{
 inline const Ref<NSString> NSWindowWillCloseNotification = "NSWindowWillCloseNotification"_ns;
 inline const Ref<NSString> NSWindowDidMiniaturizeNotification = "NSWindowDidMiniaturizeNotification"_ns;
 ///@}
 
-/// A window: a widget without a parent. Owns the widget, and closes it when it dies.
+/// A window: a widget without a parent. Owns the widget and closes it when destroyed.
 class NSWindow : public NSView {
 public:
-    /// Takes the widget, out of its parent if it has one, with its size and title.
+    /// Takes the widget with its size and title, removing it from its parent if it has one.
     static Ref<NSWindow> windowWithWidget(QWidget* widget);
     ~NSWindow() override;
 
-    /// That of the widget, empty once it has gone; never none.
+    /// The widget's title, empty once the widget has been destroyed; never null.
     ///@{
     Ref<NSString> title() const;
     void setTitle(const Ref<NSString>& title);
     ///@}
-    /// Whether it has been shown and not hidden again; other windows may cover it.
+    /// Whether the window is shown, even if other windows cover it.
     bool isVisible() const;
-    /// Shows the window above the others and gives it the keys. No sender matters, here and below; it may be none.
+    /// Shows the window above the others and makes it key. Here and below, the sender is ignored and may be null.
     virtual void makeKeyAndOrderFront(const Ref<NSObject>& sender);
     /// Shows the window without making it key.
     virtual void orderFront(const Ref<NSObject>& sender);
-    /// Hides the window, and tells nobody.
+    /// Hides the window without telling the delegate.
     void orderOut(const Ref<NSObject>& sender);
     /// Tells the delegate, then hides the window.
     void close();
-    /// Draws at once.
+    /// Redraws at once.
     void display();
-    /// Keeps in the user's defaults, as "NSWindow Frame NAME", where the window stands and how large it is. A panel
-    /// that is shown next time stands there again, if the screens are still there.
+    /// Saves the window's position and size in the user defaults, as "NSWindow Frame NAME". A panel returns there when
+    /// it is next shown, if the screen still exists.
     void setFrameAutosaveName(const std::string& name);
 
-    /// None, as at the start: the window has the looks of the desktop.
+    /// Null, the default, means the desktop's background.
     ///@{
     Ref<NSColor> backgroundColor() const { return backgroundColor_; }
     void setBackgroundColor(const Ref<NSColor>& color);
     ///@}
 
-    /// Not owned; whoever is a delegate clears itself before it dies.
+    /// Not owned; clear it before it is destroyed.
     ///@{
     void setDelegate(NSWindowDelegate* delegate) { delegate_ = delegate; }
     NSWindowDelegate* delegate() const { return delegate_; }
     ///@}
-    /// The delegate's answer; none without one.
+    /// The delegate's undo manager; null without a delegate.
     Ref<NSUndoManager> undoManager();
 
     std::string className() const override { return "NSWindow"; }
 
 protected:
-    /// Owns the widget, which has no parent.
+    /// Takes ownership of the widget, which must have no parent.
     explicit NSWindow(QWidget* widget);
-    /// Another window has the keys now.
+    /// Called after another window has become key.
     virtual void didResignKey() {}
 
 private:
@@ -87,19 +88,19 @@ private:
     Ref<NSColor> backgroundColor_;
 };
 
-/// An auxiliary window of the application. When it goes, its keys go to the window that it was shown above.
+/// An auxiliary window of the application. When it closes, the window that it was shown above becomes key.
 class NSPanel final : public NSWindow {
 public:
     /// As `NSWindow::windowWithWidget`.
     static Ref<NSPanel> panelWithWidget(QWidget* widget);
 
-    /// Whether neither showing the panel nor clicks in it take the keys from the window that has them;
-    /// `makeKeyAndOrderFront` does. Set it before the panel is shown.
+    /// Whether the key window stays key when the panel is shown or clicked; `makeKeyAndOrderFront` still makes the
+    /// panel key. Set it before showing the panel.
     ///@{
     bool becomesKeyOnlyIfNeeded() const;
     void setBecomesKeyOnlyIfNeeded(bool onlyIfNeeded);
     ///@}
-    /// Whether the panel stays above document windows: above the main one when it is shown. Panels do from the start.
+    /// Whether the panel stays above the document window that was main when it was shown. True by default.
     ///@{
     bool isFloatingPanel() const { return isFloating_; }
     void setFloatingPanel(bool floats) { isFloating_ = floats; }

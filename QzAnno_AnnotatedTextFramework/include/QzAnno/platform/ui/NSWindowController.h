@@ -4,15 +4,15 @@
 
 namespace qz {
 
-/// Looks after one window, which it owns.
+/// Manages one window, which it owns.
 class NSWindowController : public NSResponder {
 public:
-    /// Owned; none at the start.
+    /// Owned; null by default.
     ///@{
     const Ref<NSWindow>& window() const { return window_; }
     void setWindow(const Ref<NSWindow>& window) { window_ = window; }
     ///@}
-    /// What the window belongs to; owned, and none at the start.
+    /// The document that the window belongs to; owned, null by default.
     ///@{
     const Ref<NSObject>& document() const { return document_; }
     void setDocument(const Ref<NSObject>& document) { document_ = document; }
@@ -20,12 +20,12 @@ public:
 
     /// Whether there is a window.
     virtual bool isWindowLoaded() const { return window_ != nullptr; }
-    /// For derived classes that load their window, which call it before; does nothing here.
+    /// Derived classes that load their window call this before; does nothing here.
     virtual void windowWillLoad() {}
-    /// For whoever has loaded the window; does nothing here.
+    /// Called after the window has been loaded; does nothing here.
     virtual void windowDidLoad() {}
-    /// Shows the window and gives it the keys; a panel that becomes key only if needed does not get them. Does nothing
-    /// without a window.
+    /// Shows the window and makes it key, unless it is a panel that becomes key only if needed. Does nothing without a
+    /// window.
     virtual void showWindow(const Ref<NSObject>& sender);
 
     std::string className() const override { return "NSWindowController"; }
