@@ -5,13 +5,13 @@
 
 namespace qz {
 
-bool MutableSupport::setPalette(QzAnnoKey& key, const Ref<QzAnnoPalette>& palette) {
+bool MutableSupport::setPalette(QzAnnoKey& key, const Ref<KeyPalette>& palette) {
     if (key.valid()) return false;
     key.palette_ = palette;
     return true;
 }
 
-bool MutableSupport::clearPalette(QzAnnoKey& key, const Ref<QzAnnoPalette>& palette) {
+bool MutableSupport::clearPalette(QzAnnoKey& key, const Ref<KeyPalette>& palette) {
     if (key.palette_.lock() != palette) return false;
     key.palette_.reset();
     return true;

@@ -9,10 +9,10 @@ namespace qz {
 class MutableSupport {
 public:
     /// Binds an unbound key; refused while it is bound.
-    static bool setPalette(QzAnnoKey& key, const Ref<QzAnnoPalette>& palette);
+    static bool setPalette(QzAnnoKey& key, const Ref<KeyPalette>& palette);
     /// Unbinds the key from this palette; refused if it is bound to another. True for an unbound key and a null
     /// palette.
-    static bool clearPalette(QzAnnoKey& key, const Ref<QzAnnoPalette>& palette);
+    static bool clearPalette(QzAnnoKey& key, const Ref<KeyPalette>& palette);
 
     /// `QzAnnoKey` to `QzAnnoBits`: the string's own rows.
     static const Ref<NSDictionary>& annotations(const QzAnnoString& string) { return string.annotations_; }

@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 
 #include "QzAnno/model/QzAnno.h"
-#include "QzAnno/palette/QzAnnoPalette.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno_AnnotatedTextFramework/model/MutableSupport.h"
 
@@ -16,21 +15,32 @@ TEST(QzAnnoKey, IsItsOwnIdentityWhateverTheName) {
     EXPECT_EQ(QzAnnoKey::keyWithName({})->description(), " (Palette 0)");
 }
 
+/// Stands in for a palette, since the model does not need one.
+struct Binding final : KeyPalette {
+    Ref<QzAnnoPalette> palette() override { return {}; }
+    bool isDefaultKey(const QzAnnoKey& key) const override { return &key == defaultKey; }
+    int32_t serialNumber() const override { return 7; }
+    const QzAnnoKey* defaultKey = nullptr;
+};
+
 TEST(QzAnnoKey, IsBoundToOnePaletteAtATime) {
-    Ref<QzAnnoPalette> first = QzAnnoPalette::init();
-    const Ref<QzAnnoPalette> second = QzAnnoPalette::init();
+    auto first = std::make_shared<Binding>();
+    const auto second = std::make_shared<Binding>();
     const auto key = QzAnnoKey::keyWithName("Title"_ns);
     EXPECT_TRUE(MutableSupport::clearPalette(*key, {}));
     EXPECT_FALSE(MutableSupport::clearPalette(*key, first));
     EXPECT_TRUE(MutableSupport::setPalette(*key, first));
     EXPECT_FALSE(MutableSupport::setPalette(*key, second));
     EXPECT_FALSE(MutableSupport::clearPalette(*key, second));
-    EXPECT_EQ(key->palette(), first);
+    EXPECT_FALSE(key->isDefault());
+    first->defaultKey = key.get();
+    EXPECT_TRUE(key->isDefault());
+    EXPECT_EQ(key->description(), "Title (Palette 7)");
     first.reset();
     EXPECT_FALSE(key->valid());  // the back reference neither owns nor dangles
     EXPECT_TRUE(MutableSupport::setPalette(*key, second));
     EXPECT_TRUE(MutableSupport::clearPalette(*key, second));
-    EXPECT_FALSE(key->palette());
+    EXPECT_FALSE(key->valid());
 }
 
 TEST(QzAnno, AttributesAreReplacedNeverChanged) {
@@ -74,7 +84,7 @@ TEST(QzAnno, KeyIsFixedOnceBound) {
     EXPECT_EQ(anno->name()->utf8(), "Decoded");
     anno->setKey(key);
     EXPECT_EQ(anno->annokey(), key);
-    const Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
+    const auto palette = std::make_shared<Binding>();
     ASSERT_TRUE(MutableSupport::setPalette(*key, palette));
     anno->setKey(QzAnnoKey::keyWithName("Late"_ns));
     EXPECT_EQ(anno->annokey(), key);

@@ -2,7 +2,6 @@
 
 #include "QzAnno/model/QzAnnoKey.h"
 #include "QzAnno/model/QzMutableAnnoString.h"
-#include "QzAnno/palette/QzAnnoPalette.h"
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/text/NSAttributedString.h"
 #include "fuzz/EditsCheck.h"
@@ -91,7 +90,7 @@ TEST(QzMutableAnnoString, AppendedTextShowsTheTailOfOtherKeys) {
 TEST(QzMutableAnnoString, NamingNoKeyOrAnUnholdableRangeSetsNothing) {
     const test::LogCapture log;
     const auto string = annotated("abc"_ns, A, "010");
-    string->addFrameAnno(QzAnnoPalette::init()->findAnnoKey("Lower Thrid"_ns));
+    string->addFrameAnno({});
     string->toggleFrameAnno({});
     EXPECT_FALSE(string->bitsFor(Ref<QzAnnoKey>()));
     EXPECT_FALSE(string->annotation({}, 1));

@@ -123,6 +123,7 @@ TEST_F(QzAnnoPaletteTest, QueriesTellGlobalOwnAndForeignKeysApart) {
     EXPECT_EQ(palette_->findAnnoKey("GLOBALS"_ns), global);
     EXPECT_EQ(palette_->findAnnoKey("Title"_ns), first);
     EXPECT_FALSE(palette_->findAnnoKey("title"_ns));
+    EXPECT_EQ(first->palette(), palette_);
     EXPECT_FALSE(unbound->isDefault());
     EXPECT_FALSE(first->isDefault());
     EXPECT_FALSE(foreign->isDefault()) << "its palette is gone";

@@ -4,10 +4,25 @@
 
 namespace qz {
 
+class QzAnnoKey;
 class QzAnnoPalette;
 
 /// The attribute of attributed strings that holds the `NSSet` of `QzAnnoKey` of a run.
 inline const Ref<NSString> QzAnnoAttributeName = "QzAnnoList"_ns;
+
+/// What a key asks of the palette that it is bound to.
+class KeyPalette {
+public:
+    /// The palette itself.
+    virtual Ref<QzAnnoPalette> palette() = 0;
+    /// Whether the key is that of the palette's global annotation.
+    virtual bool isDefaultKey(const QzAnnoKey& key) const = 0;
+    /// The number of the palette in descriptions, from 1.
+    virtual int32_t serialNumber() const = 0;
+
+protected:
+    ~KeyPalette() = default;
+};
 
 /// The identity of one annotation style: a shared object with a name, bound to at most one palette.
 ///
@@ -20,8 +35,8 @@ public:
     /// A new key; a null name counts as empty. Binds the key to the palette without adding it there: use
     /// `QzAnnoPalette::createAnno` for a key that the palette holds.
     ///@{
-    static Ref<QzAnnoKey> keyWithName(const Ref<NSString>& name, const Ref<QzAnnoPalette>& palette = {});
-    static Ref<QzAnnoKey> initWithName(const Ref<NSString>& name, const Ref<QzAnnoPalette>& palette = {});
+    static Ref<QzAnnoKey> keyWithName(const Ref<NSString>& name, const Ref<KeyPalette>& palette = {});
+    static Ref<QzAnnoKey> initWithName(const Ref<NSString>& name, const Ref<KeyPalette>& palette = {});
     ///@}
 
     /// Never null.
@@ -33,7 +48,7 @@ public:
     /// Whether the key is bound to a palette.
     bool valid() const { return !palette_.expired(); }
     /// Null while the key is unbound.
-    Ref<QzAnnoPalette> palette() const { return palette_.lock(); }
+    Ref<QzAnnoPalette> palette() const;
     /// Whether this is the key of its palette's global annotation; false while unbound.
     bool isDefault() const;
 
@@ -47,9 +62,9 @@ public:
 private:
     friend class MutableSupport;
 
-    QzAnnoKey(Ref<NSString> name, const Ref<QzAnnoPalette>& palette) : palette_(palette), annoname_(std::move(name)) {}
+    QzAnnoKey(Ref<NSString> name, const Ref<KeyPalette>& palette) : palette_(palette), annoname_(std::move(name)) {}
 
-    WeakRef<QzAnnoPalette> palette_;
+    WeakRef<KeyPalette> palette_;
     Ref<NSString> annoname_;
 };
 

@@ -34,7 +34,7 @@ inline const Ref<NSString> QzAnnoPaletteOrderChanged = "QzAnnoPaletteOrderChange
 /// annotations that the palette gives out are to be looked at: to change one, make a mutable copy, change that, and
 /// hand it to `replaceAnno`. Names need not be unique. Used from one thread at a time; different palettes may be used
 /// from different threads.
-class QzAnnoPalette final : public NSObject, public QzLogUsing, public QzTokenTable {
+class QzAnnoPalette final : public NSObject, public KeyPalette, public QzLogUsing, public QzTokenTable {
 public:
     /// An empty, locked palette, whose global annotation "GLOBALS" has no attributes.
     static Ref<QzAnnoPalette> init();
@@ -142,7 +142,7 @@ public:
     void encodeWithCoder(NSArchiver& archiver) const;
 
     /// Identifies the palette object: counts from 1 in the order of creation.
-    int32_t serialNumber() const { return serialNumber_; }
+    int32_t serialNumber() const override { return serialNumber_; }
     /// One line for each annotation, highest priority first.
     std::string description() const override;
     std::string className() const override { return "QzAnnoPalette"; }
@@ -152,6 +152,8 @@ private:
 
     QzAnnoPalette();
 
+    Ref<QzAnnoPalette> palette() override { return refTo(*this); }
+    bool isDefaultKey(const QzAnnoKey& key) const override { return globals_->annokey().get() == &key; }
     static Ref<QzAnnoPalette> empty();
     Ref<QzAnno> annoOf(const Ref<QzAnnoKey>& key) const;
     bool isGlobal(const Ref<QzAnnoKey>& key) const { return key == globals_->annokey(); }
