@@ -59,7 +59,6 @@ public:
     /// The outline of a glyph: closed contours that wind one way round what is filled. Such shapes are rasterised
     /// faster.
     bool isGlyphOutline() const { return isGlyphOutline_; }
-    void setIsGlyphOutline(bool isOutline) { isGlyphOutline_ = isOutline; }
 
     /// In device pixels.
     const NSBezierPath& path() const { return path_; }

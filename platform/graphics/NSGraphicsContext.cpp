@@ -5,6 +5,7 @@
 #include "platform/graphics/Compositing.h"
 #include "platform/graphics/CoverageMask.h"
 #include "platform/graphics/DeviceShape.h"
+#include "platform/graphics/PictureCanvas.h"
 #include "platform/graphics/PixelRect.h"
 
 namespace qz {
@@ -21,7 +22,7 @@ thread_local Ref<NSGraphicsContext> currentOfThread;
 
 NSGraphicsContext::NSGraphicsContext(Ref<NSBitmapImageRep> bitmap, const NSAffineTransform& transform)
     : bitmap_(std::move(bitmap)),
-      state_{.color = NSColor::blackColor(), .transform = transform},
+      state_{.paint = StraightColor{}, .transform = transform},
       mask_(std::make_unique<CoverageMask>()) {}
 
 NSGraphicsContext::~NSGraphicsContext() = default;
@@ -52,6 +53,11 @@ void NSGraphicsContext::restoreGraphicsState() {
     saved_.pop_back();
 }
 
+void NSGraphicsContext::setColor(const Ref<NSColor>& color) {
+    state_.paint.reset();
+    if (color) state_.paint = straightColorOf(*color);
+}
+
 void NSGraphicsContext::fill(const NSBezierPath& path) {
     const DeviceShape shape = DeviceShape::fillOf(path, state_.transform);
     drawShapes({&shape, 1}, 0, 0);
@@ -63,7 +69,9 @@ void NSGraphicsContext::stroke(const NSBezierPath& path) {
 }
 
 void NSGraphicsContext::drawShapes(std::span<const DeviceShape> shapes, int32_t dx, int32_t dy) {
-    if (!state_.color || straightColorOf(*state_.color).alpha == 0) return;
+    if (!state_.paint) return;
+    const auto* const color = std::get_if<StraightColor>(&*state_.paint);
+    if (color && color->alpha == 0) return;
     const PixelRect within = intersectionOfMoved(bitmap_->bounds(), -dx, -dy, kAnyPixels);
     PixelRect box;
     for (const DeviceShape& shape : shapes) box = unionOf(box, shape.pixelBounds(within));
@@ -80,11 +88,20 @@ void NSGraphicsContext::drawShapes(std::span<const DeviceShape> shapes, int32_t 
 }
 
 void NSGraphicsContext::drawMask(const CoverageMask& mask, int32_t dx, int32_t dy, bool holdsAlpha) {
-    if (!state_.color) return;
+    if (!state_.paint) return;
     if (gathered_) return gather(mask, dx, dy);
-    StraightColor color = straightColorOf(*state_.color);
-    if (holdsAlpha) color.alpha = 255;
-    changedBox_ = unionOf(changedBox_, blendMask(mask, color, *bitmap_, dx, dy));
+    if (const auto* const single = std::get_if<StraightColor>(&*state_.paint)) {
+        StraightColor color = *single;
+        if (holdsAlpha) color.alpha = 255;
+        changedBox_ = unionOf(changedBox_, blendMask(mask, color, *bitmap_, dx, dy));
+        return;
+    }
+    const PixelRect box = intersectionOfMoved(mask.box, dx, dy, bitmap_->bounds());
+    if (box.isEmpty()) return;
+    PictureCanvas canvas(box);
+    canvas.concat(state_.transform);
+    canvas.paint(*state_.paint, mask, dx, dy);
+    if (const auto picture = canvas.picture()) drawBitmap(*picture, box.x, box.y);
 }
 
 void NSGraphicsContext::drawBitmap(const NSBitmapImageRep& bitmap, int32_t x, int32_t y, uint8_t alpha) {

@@ -44,9 +44,14 @@ Components componentsOf(StraightColor color) {
     return {color.red / 255.0, color.green / 255.0, color.blue / 255.0, color.alpha / 255.0};
 }
 
-// Cairo's pixels are words, alpha in the highest byte; ours are bytes. The other way is the same.
-uint32_t swappedRedAndBlue(uint32_t pixel) {
-    return (pixel & 0xFF00FF00) | (pixel >> 16 & 0xFF) | (pixel & 0xFF) << 16;
+// Cairo's pixels are words with alpha in the highest byte; ours are bytes. The way back is the same.
+void swapRedAndBlue(const uint8_t* from, int32_t width, uint8_t* to) {
+    for (int32_t x = 0; x < width; ++x, from += 4, to += 4) {
+        uint32_t pixel;
+        std::memcpy(&pixel, from, sizeof pixel);
+        pixel = (pixel & 0xFF00FF00) | (pixel >> 16 & 0xFF) | (pixel & 0xFF) << 16;
+        std::memcpy(to, &pixel, sizeof pixel);
+    }
 }
 
 // Cairo knows stops from 0 to 1 only: the line is cut or grown to where they lie.
@@ -128,11 +133,12 @@ CairoPatternRef sweepPatternOf(const Gradient& gradient, double reach) {
 }  // namespace
 
 struct PictureCanvas::Surface {
+    const PixelRect box;
     CairoSurfaceRef surface;
     CairoRef cairo;
 };
 
-PictureCanvas::PictureCanvas(const PixelRect& box) : surface_(std::make_unique<Surface>()) {
+PictureCanvas::PictureCanvas(const PixelRect& box) : surface_(std::make_unique<Surface>(Surface{box, {}, {}})) {
     surface_->surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, box.width, box.height));
     surface_->cairo.reset(cairo_create(surface_->surface.get()));
     cairo_translate(surface_->cairo.get(), -box.x, -box.y);
@@ -165,14 +171,18 @@ void PictureCanvas::clip(const NSBezierPath& path) {
     cairo_clip(cairo);
 }
 
-void PictureCanvas::paint(StraightColor color) {
-    const Components c = componentsOf(color);
-    cairo_set_source_rgba(surface_->cairo.get(), c.red, c.green, c.blue, c.alpha);
-    cairo_paint(surface_->cairo.get());
+bool PictureCanvas::setSource(const Paint& paint) {
+    return std::visit([this](const auto& source) { return setSource(source); }, paint);
 }
 
-void PictureCanvas::paint(const Gradient& gradient) {
-    if (gradient.stops.empty()) return;
+bool PictureCanvas::setSource(StraightColor color) {
+    const Components c = componentsOf(color);
+    cairo_set_source_rgba(surface_->cairo.get(), c.red, c.green, c.blue, c.alpha);
+    return true;
+}
+
+bool PictureCanvas::setSource(const Gradient& gradient) {
+    if (gradient.stops.empty()) return false;
     cairo_t* const cairo = surface_->cairo.get();
     CairoPatternRef pattern;
     if (gradient.kind == Gradient::Kind::sweep) {
@@ -185,36 +195,49 @@ void PictureCanvas::paint(const Gradient& gradient) {
         pattern = patternOf(gradient);
     }
     cairo_set_source(cairo, pattern.get());
-    cairo_paint(cairo);
+    return true;
 }
 
-void PictureCanvas::paint(const NSBitmapImageRep& bitmap) {
+bool PictureCanvas::setSource(const Ref<NSBitmapImageRep>& bitmap) {
+    if (!bitmap) return false;
     cairo_t* const cairo = surface_->cairo.get();
-    // Cairo reads pictures through the inverse matrix in fixed point, and tells of one that does not fit as if memory
-    // had run out. Of such a picture no pixel would show more than a trace.
+    // Cairo reads pictures through the inverse matrix in fixed point, and reports one that does not fit as if memory
+    // had run out. Such a picture would show no more than a trace in any pixel.
     cairo_matrix_t toBitmap;
     cairo_get_matrix(cairo, &toBitmap);
-    if (cairo_matrix_invert(&toBitmap) != CAIRO_STATUS_SUCCESS) return;
+    if (cairo_matrix_invert(&toBitmap) != CAIRO_STATUS_SUCCESS) return false;
     for (const double factor : {toBitmap.xx, toBitmap.xy, toBitmap.yx, toBitmap.yy})
-        if (!(std::fabs(factor) < kFixedMax)) return;
-    const int32_t width = bitmap.pixelsWide(), height = bitmap.pixelsHigh();
+        if (!(std::fabs(factor) < kFixedMax)) return false;
+    const int32_t width = bitmap->pixelsWide(), height = bitmap->pixelsHigh();
     const CairoSurfaceRef source(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
     uint8_t* const pixels = cairo_image_surface_get_data(source.get());
-    if (!pixels) return;
+    if (!pixels) return false;
     const auto stride = static_cast<size_t>(cairo_image_surface_get_stride(source.get()));
     cairo_surface_flush(source.get());
-    for (int32_t y = 0; y < height; ++y) {
-        for (int32_t x = 0; x < width; ++x) {
-            uint32_t pixel;
-            std::memcpy(&pixel, bitmap.row(y) + 4 * x, sizeof pixel);
-            pixel = swappedRedAndBlue(pixel);
-            std::memcpy(pixels + static_cast<size_t>(y) * stride + 4 * static_cast<size_t>(x), &pixel, sizeof pixel);
-        }
-    }
+    for (int32_t y = 0; y < height; ++y)
+        swapRedAndBlue(bitmap->row(y), width, pixels + static_cast<size_t>(y) * stride);
     cairo_surface_mark_dirty(source.get());
     cairo_set_source_surface(cairo, source.get(), 0, 0);
     cairo_pattern_set_filter(cairo_get_source(cairo), CAIRO_FILTER_GOOD);
-    cairo_paint(cairo);
+    return true;
+}
+
+void PictureCanvas::paint(const Paint& paint) {
+    if (setSource(paint)) cairo_paint(surface_->cairo.get());
+}
+
+void PictureCanvas::paint(const Paint& paint, const CoverageMask& coverage, int32_t dx, int32_t dy) {
+    cairo_t* const cairo = surface_->cairo.get();
+    if (coverage.box.isEmpty() || !setSource(paint)) return;
+    // Cairo only reads what it masks with. A source stays where it was when the matrix changes behind it.
+    const CairoSurfaceRef mask(cairo_image_surface_create_for_data(const_cast<uint8_t*>(coverage.bytes.data()),
+                                                                   CAIRO_FORMAT_A8, coverage.box.width,
+                                                                   coverage.box.height, coverage.stride));
+    const PixelRect& box = surface_->box;
+    save();
+    cairo_identity_matrix(cairo);
+    cairo_mask_surface(cairo, mask.get(), double(coverage.box.x) + dx - box.x, double(coverage.box.y) + dy - box.y);
+    restore();
 }
 
 void PictureCanvas::beginGroup() {
@@ -239,14 +262,8 @@ Ref<NSBitmapImageRep> PictureCanvas::picture() const {
     const auto stride = static_cast<size_t>(cairo_image_surface_get_stride(surface));
     auto picture = NSBitmapImageRep::initWithBitmapDataPlanes(nullptr, {.pixelsWide = width, .pixelsHigh = height});
     if (!picture) return {};
-    for (int32_t y = 0; y < height; ++y) {
-        for (int32_t x = 0; x < width; ++x) {
-            uint32_t pixel;
-            std::memcpy(&pixel, pixels + static_cast<size_t>(y) * stride + 4 * static_cast<size_t>(x), sizeof pixel);
-            pixel = swappedRedAndBlue(pixel);
-            std::memcpy(picture->row(y) + 4 * x, &pixel, sizeof pixel);
-        }
-    }
+    for (int32_t y = 0; y < height; ++y)
+        swapRedAndBlue(pixels + static_cast<size_t>(y) * stride, width, picture->row(y));
     return picture;
 }
 

@@ -1,34 +1,11 @@
 #pragma once
 
 #include <memory>
-#include <vector>
 
-#include "platform/graphics/Compositing.h"
-#include "platform/graphics/NSBezierPath.h"
+#include "platform/graphics/CoverageMask.h"
+#include "platform/graphics/Paint.h"
 
 namespace qz {
-
-/// A colour at a place along a gradient, 0 at its start and 1 at its end; it may lie beyond either.
-struct GradientStop {
-    double offset = 0;
-    StraightColor color;
-};
-
-/// Colours along a line, between two circles, or around a point. Colours mix premultiplied.
-struct Gradient {
-    enum class Kind { linear, radial, sweep };
-    enum class Extend { pad, repeat, reflect };
-
-    Kind kind = Kind::linear;
-    Extend extend = Extend::pad;
-    /// From and to; of a radial gradient the centres of its circles; of a sweep `start` is the centre.
-    NSBezierPath::Point start{0, 0}, end{0, 0};
-    double startRadius = 0, endRadius = 0;
-    /// In radians from the x axis, growing from x to y.
-    double startAngle = 0, endAngle = 0;
-    /// In rising order.
-    std::vector<GradientStop> stops;
-};
 
 /// How a group is laid over what lies beneath it, in the order of the COLR table's composite modes.
 enum class CompositeMode : uint8_t {
@@ -62,35 +39,49 @@ enum class CompositeMode : uint8_t {
     luminosity,
 };
 
-/// Paints a small picture from clips, gradients, bitmaps and groups: what a colour glyph is made of.
+/// Paints a picture that has more than one colour: a colour glyph's clips and groups, or a mask filled with a gradient.
+/// A mask filled with a single colour takes `blendMask`, which is several times as fast.
 ///
-/// Paint covers the current clip. Transforms act on what comes after them, as drawing operations nest.
+/// Transforms act on what comes after them, as drawing operations nest.
 class PictureCanvas {
 public:
-    /// For these pixels; everything else is cut off.
+    /// For the pixels of `box`, transparent at first; everything outside is cut off.
     explicit PictureCanvas(const PixelRect& box);
     ~PictureCanvas();
 
-    /// Saves transform and clip, and brings them back.
+    /// Saves transform and clip, and brings the last saved ones back.
+    ///@{
     void save();
     void restore();
+    ///@}
     void concat(const NSAffineTransform& transform);
     void clip(const NSBezierPath& path);
 
-    void paint(StraightColor color);
-    void paint(const Gradient& gradient);
-    /// A premultiplied RGBA bitmap, one unit a pixel, its top left corner at the origin and y downward. Smaller, each
-    /// pixel is the mean of those that fall on it; larger, they are interpolated.
-    void paint(const NSBitmapImageRep& bitmap);
+    /// Lays the paint, under the current transform, over all that the clip leaves.
+    void paint(const Paint& paint);
+    /// The same as far as the mask, moved by (dx, dy) pixels, covers. The transform does not move the mask.
+    void paint(const Paint& paint, const CoverageMask& coverage, int32_t dx, int32_t dy);
 
+    /// What is painted in between is laid over the rest as one. Pairs nest.
+    ///@{
     void beginGroup();
     void endGroup(CompositeMode mode);
+    ///@}
 
-    /// What has been painted, premultiplied RGBA of the box's size; none without memory.
+    /// What has been painted: premultiplied RGBA of the box's size. Null if there is no memory for it.
     Ref<NSBitmapImageRep> picture() const;
 
 private:
     struct Surface;
+
+    /// Each makes what is given the source of what Cairo paints next. False if it paints nothing.
+    ///@{
+    bool setSource(const Paint& paint);
+    bool setSource(StraightColor color);
+    bool setSource(const Gradient& gradient);
+    bool setSource(const Ref<NSBitmapImageRep>& bitmap);
+    ///@}
+
     const std::unique_ptr<Surface> surface_;
 };
 

@@ -13,7 +13,7 @@ struct StraightColor {
 
 /// Components rounded to the nearest, halves upward.
 inline StraightColor straightColorOf(const NSColor& color) {
-    // In doubles, where the sum is exact. Each glyph asks anew, so that a call of lround would show.
+    // In doubles, where the sum is exact.
     const auto byte = [](float component) { return static_cast<uint8_t>(component * 255 + 0.5); };
     return {byte(color.redComponent()), byte(color.greenComponent()), byte(color.blueComponent()),
             byte(color.alphaComponent())};

@@ -110,7 +110,7 @@ public:
             const BitmapGlyph found = bitmapGlyph(glyph, scaleOf(toDevice) * unitsPerEm_);
             if (!found.bitmap) return {};
             canvas.concat(found.fromPixels);
-            canvas.paint(*found.bitmap);
+            canvas.paint(found.bitmap);
         }
         return canvas.picture();
     }

@@ -11,9 +11,10 @@ namespace qz {
 
 /// Walks the graph of paints of a COLR version 1 glyph (OpenType 1.9, "COLR - Color Table"). Font units, y upward.
 ///
-/// Read from the table itself: the libraries of this generation do not hand the graph out. Variable paints are those of
-/// the font's default instance. A font may nest paints without end, or name the same ones again and again: the depth
-/// and the number of paints are bounded, and what lies beyond, or outside the table, is left out.
+/// Reads the table itself: Debian 12 builds FreeType without its interface to version 1 graphs, and HarfBuzz has one
+/// from 7.0 on. Variable paints are those of the font's default instance. A font may nest paints without end, or name
+/// the same ones again and again: the depth and the number of paints are bounded, and what lies beyond, or outside the
+/// table, is left out.
 class ColourPaint {
 public:
     /// A colour of the palette by its index; 0xFFFF is the text's own.
@@ -27,7 +28,7 @@ public:
     bool hasGlyph(uint32_t glyph) const { return paintOfGlyph(glyph) != 0; }
     /// False when the glyph has no paints.
     bool paintGlyph(uint32_t glyph, PictureCanvas& canvas);
-    /// The outlines of everything that is painted. None when the glyph has no paints.
+    /// The outlines of everything that is painted; empty if the glyph has no paints.
     std::optional<NSBezierPath> silhouetteOfGlyph(uint32_t glyph);
 
 private:
@@ -41,10 +42,10 @@ private:
     double fixed32(uint64_t offset) const;  ///< 16.16
     NSBezierPath::Point pointAt(uint64_t offset) const;
     StraightColor colorAt(uint64_t offset) const;
-    /// The place of a paint or table that a paint names by a distance from its own start; 0 for none.
+    /// The place of a paint or table that a paint names by a distance from its own start; 0 if it names nothing.
     uint64_t childOf(uint64_t paint, uint64_t offset) const;
 
-    /// All places of paints count from the start of the table; 0 stands for none.
+    /// All places of paints count from the start of the table; 0 stands for no paint.
     uint64_t paintOfGlyph(uint32_t glyph) const;
     bool walkGlyph(uint32_t glyph);
     void walk(uint64_t paint, const NSAffineTransform& toRoot, int depth);

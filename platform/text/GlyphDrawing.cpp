@@ -9,7 +9,6 @@
 
 #include "platform/graphics/DeviceShape.h"
 #include "platform/graphics/PixelRect.h"
-#include "platform/graphics/StraightColor.h"
 #include "platform/text/ColourGlyphs.h"
 #include "platform/text/FontFace.h"
 #include "platform/text/GlyphImage.h"
@@ -237,7 +236,7 @@ void prefetch(const CoverageMask& mask) {
 /// time, so that the processor waits for several at once, and fetched while others are blended.
 void drawParts(NSGraphicsContext& context, std::span<const GlyphAtPlace> glyphs, const GlyphKey& shared,
                GlyphCache& cache) {
-    if (!context.color()) return;
+    if (!context.paint()) return;
     std::array<Lookup, kLookedUpAtOnce> lookups;
     for (size_t next = 0; next < glyphs.size();) {
         size_t count = 0;
@@ -269,7 +268,7 @@ void drawParts(NSGraphicsContext& context, std::span<const GlyphAtPlace> glyphs,
 bool drawPicture(NSGraphicsContext& context, const GlyphAtPlace& glyph, const Place& place, GlyphCache& cache) {
     const ColourGlyphs* const colours = glyph.font->face().colourGlyphs();
     if (!colours) return false;
-    const StraightColor color = straightColorOf(*context.color()), foreground{color.red, color.green, color.blue, 255};
+    const StraightColor color = mainColorOf(*context.paint()), foreground{color.red, color.green, color.blue, 255};
     GlyphKey key = keyOf(sharedKeyOf(context, GlyphPart::picture), glyph, place);
     key.antialias = true;
     key.red = foreground.red;
@@ -315,7 +314,7 @@ NSBezierPath outlineOfGlyph(const GlyphAtPlace& place) {
 }
 
 void drawGlyphs(NSGraphicsContext& context, std::span<const GlyphAtPlace> glyphs, GlyphCache& cache) {
-    if (!context.color()) return;
+    if (!context.paint()) return;
     const auto hasPictures = [](const GlyphAtPlace& glyph) {
         return isDrawable(glyph) && glyph.font->face().colourGlyphs();
     };
@@ -336,18 +335,18 @@ void fillGlyphs(NSGraphicsContext& context, std::span<const GlyphAtPlace> glyphs
 
 void strokeAndFillGlyphs(NSGraphicsContext& context, std::span<const GlyphAtPlace> glyphs, const GlyphStroke& stroke,
                          GlyphCache& cache) {
-    if (!context.color()) return;
+    if (!context.paint()) return;
     GlyphKey shared = sharedKeyOf(context, GlyphPart::strokeAndFill);
     shared.strokeWidth = stroke.width;
     shared.flatness = stroke.flatness;
     shared.miterLimit = stroke.miterLimit;
     shared.lineCap = static_cast<uint8_t>(stroke.lineCap);
     shared.lineJoin = static_cast<uint8_t>(stroke.lineJoin);
-    // In an opaque colour, or gathered, stroke and fill lie over each other as they do in one mask.
-    const uint8_t alpha = straightColorOf(*context.color()).alpha;
-    if (!context.isGathering() && alpha != 255) {
+    // In an opaque colour, in several, or gathered, stroke and fill lie over each other as they do in one mask.
+    const auto* const color = std::get_if<StraightColor>(&*context.paint());
+    if (color && color->alpha != 255 && !context.isGathering()) {
         shared.part = GlyphPart::strokeThenFill;
-        shared.alpha = alpha;
+        shared.alpha = color->alpha;
     }
     drawParts(context, glyphs, shared, cache);
 }

@@ -291,14 +291,15 @@ std::vector<GlyphAtPlace> NSLayoutManager::shownGlyphs(Range glyphRange, NSPoint
 void NSLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint) {
     const Ref<NSGraphicsContext> context = NSGraphicsContext::currentContext();
     if (!context) return;
-    const Ref<NSColor> formerColor = context->color();
+    const std::optional<Paint> formerPaint = context->paint();
     const std::vector<TextRule> rules = joinedRules(textRulesForGlyphRange(glyphRange, atPoint));
     if (!rules.empty()) {
         drawGlyphsWithRules(*context, glyphRange, atPoint, rules);
-        context->setColor(formerColor);
+        context->setPaint(formerPaint);
         return;
     }
     std::vector<GlyphAtPlace> alike;
+    Ref<NSColor> color;
     bool isSilhouette = false;
     const auto drawAlike = [&] {
         const auto draw = isSilhouette ? fillGlyphs : drawGlyphs;
@@ -306,15 +307,16 @@ void NSLayoutManager::drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint)
         alike.clear();
     };
     visitShownGlyphs(glyphRange, atPoint, [&](const GlyphAtPlace& glyph, const RunAppearance& run) {
-        if (alike.empty() || context->color() != run.color || isSilhouette != run.isSilhouette) {
+        if (alike.empty() || color != run.color || isSilhouette != run.isSilhouette) {
             drawAlike();
-            context->setColor(run.color);
+            color = run.color;
+            context->setColor(color);
             isSilhouette = run.isSilhouette;
         }
         alike.push_back(glyph);
     });
     drawAlike();
-    context->setColor(formerColor);
+    context->setPaint(formerPaint);
 }
 
 void NSLayoutManager::drawGlyphsWithRules(NSGraphicsContext& context, Range glyphRange, NSPoint atPoint,

@@ -7,7 +7,6 @@
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "QzAnno/platform/foundation/NSUnarchiver.h"
 #include "QzAnno/platform/graphics/NSColor.h"
-#include "tests/graphics/Canvas.h"
 #include "tests/support/CodedAs.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -73,17 +72,6 @@ TEST(NSColor, NamedColoursKeepTheirNamesKnownOrNot) {
     EXPECT_EQ(NSColor::colorWithCatalogName("Crayons"_ns, "Ärger"_ns)->description(),
               "NSNamedColorSpace Crayons Ärger");
     EXPECT_EQ(NSColor::whiteColor()->catalogNameComponent(), nullptr);
-}
-
-TEST(NSColor, SetActsOnTheCurrentContextOnly) {
-    Canvas canvas(2, 1);
-    NSColor::whiteColor()->set();
-    NSGraphicsContext::setCurrentContext(canvas.context);
-    NSColor::colorWithCalibratedRed(1, 0.2f, 0, 0.5f)->set();
-    NSBezierPath::bezierPathWithRect({{0, 0}, {1, 1}}).fill();
-    NSGraphicsContext::setCurrentContext({});
-    // Alpha 0.5 is 128 of 255; 51 of it at 0.2.
-    EXPECT_EQ(canvas.bytes(), (std::vector<uint8_t>{128, 26, 0, 128, 0, 0, 0, 0}));
 }
 
 // Of a colour object with a tag and one more group.

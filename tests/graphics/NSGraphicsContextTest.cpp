@@ -103,7 +103,7 @@ TEST(NSGraphicsContext, SavesColourTransformAndAntialiasing) {
     context.saveGraphicsState();
     context.setColor(NSColor::whiteColor());
     context.restoreGraphicsState();
-    EXPECT_EQ(context.color()->alphaComponent(), 0);
+    EXPECT_EQ(mainColorOf(*context.paint()).alpha, 0);
     context.restoreGraphicsState();
     context.restoreGraphicsState();
     EXPECT_TRUE(context.shouldAntialias());
@@ -112,6 +112,22 @@ TEST(NSGraphicsContext, SavesColourTransformAndAntialiasing) {
     context.setColor({});
     context.fill(NSBezierPath::bezierPathWithRect({{0, 0}, {8, 8}}));
     EXPECT_NEAR(canvas.area(), 0.5, 0.01) << "no colour draws nothing";
+}
+
+TEST(NSGraphicsContext, AGradientFillsCoverageInUserSpace) {
+    Canvas canvas(Canvas::kSide, 16, false);
+    NSAffineTransform moved;
+    moved.translateXBy(10, 0);
+    canvas.context->concatTransform(moved);
+    canvas.context->setPaint(Gradient{.end = {40, 0}, .stops = {{0, {255, 0, 0, 255}}, {1, {0, 0, 255, 255}}}});
+    canvas.context->fill(NSBezierPath::bezierPathWithRect({{0, 4.5f}, {50, 8}}));
+    for (const int x : {10, 29, 49, 55}) {
+        const double t = std::min((x + 0.5 - 10) / 40, 1.0);
+        EXPECT_NEAR(canvas.bitmap->row(8)[4 * x], 255 * (1 - t), 2) << x;
+        EXPECT_NEAR(canvas.bitmap->row(8)[4 * x + 2], 255 * t, 2) << x;
+    }
+    EXPECT_NEAR(canvas.area(), 50 * 8, 2) << "half covered at the top and the bottom";
+    EXPECT_EQ(canvas.context->changedBox(), (PixelRect{10, 3, 50, 9}));
 }
 
 TEST(NSGraphicsContext, WithoutAntialiasingPixelsAreWholeOrUntouched) {
