@@ -9,7 +9,7 @@
 namespace qz::c {
 namespace {
 
-// Of a fixed size, so that a failure for want of memory can be told.
+// Fixed size, so that running out of memory can be reported.
 constexpr size_t kMessageBytesMax = 2048;
 thread_local char lastError[kMessageBytesMax] = "";
 
@@ -40,8 +40,8 @@ qzanno_result failNull(std::string_view parameter) noexcept {
 }
 
 qzanno_result failIndex(size_t index, size_t count) {
-    return fail(QZANNO_ERROR_ARGUMENT,
-                "there is no number " + std::to_string(index) + ", counted from 0; there are " + std::to_string(count));
+    return fail(QZANNO_ERROR_ARGUMENT, "no item has the index " + std::to_string(index) +
+                                           ", counted from 0; there are " + std::to_string(count));
 }
 
 void silenceLogByDefault() {

@@ -9,13 +9,14 @@
 
 namespace qz::c {
 
-/// Keeps the message for `qzanno_last_error` of this thread, cut at a character when it is very long; returns the code.
+/// Stores the message for this thread's `qzanno_last_error`, cutting a very long one between characters; returns the
+/// code.
 qzanno_result fail(qzanno_result code, std::string_view message) noexcept;
 
-/// In quotes, for messages.
+/// The text in quotes, for messages.
 std::string quoted(std::string_view text);
 
-/// Runs a call of the interface, and turns what it throws into a code.
+/// Runs a call of the interface and turns exceptions into codes.
 template <class Call>
 qzanno_result guarded(Call&& call) noexcept {
     try {
@@ -29,14 +30,14 @@ qzanno_result guarded(Call&& call) noexcept {
     }
 }
 
-/// For a pointer that must not be NULL, by its name in the header.
+/// Fails for a NULL pointer, named as in the header.
 qzanno_result failNull(std::string_view parameter) noexcept;
 
-/// For an index beyond the last of `count`.
+/// Fails for an index that is not below `count`.
 qzanno_result failIndex(size_t index, size_t count);
 
-/// A library that others load writes nothing to standard error: the log goes nowhere, unless the host has said where.
-/// Called before an object is made.
+/// Drops the log unless the host has set a function for it, since a loaded library must not write to standard error.
+/// Call before making any object.
 void silenceLogByDefault();
 
 }  // namespace qz::c

@@ -85,7 +85,7 @@ qzanno_result readCaptions(const NSData& file, const std::string& place, qzanno_
     if (!reader) return fail(QZANNO_ERROR_ARGUMENT, "there is no caption format " + std::to_string(int{format}));
     const std::optional<Looks> ofWhom = looksOf(which);
     if (!ofWhom) return fail(QZANNO_ERROR_ARGUMENT, "there are no looks " + std::to_string(int{which}));
-    // Lengths become those of a screen where the titles are drawn.
+    // Lengths are converted to the actual screen when the titles are drawn.
     CaptionLooks looks(newPalette(palette.file), {1920, 1080}, *ofWhom);
     auto made = std::make_unique<qzanno_captions>();
     const CueSink sink = [&](CaptionCue&& cue) {
@@ -118,7 +118,7 @@ qzanno_result qzanno_captions_load_looks(const char* path, const qzanno_palette*
         const auto format = formatOfName(path);
         if (!format)
             return fail(QZANNO_ERROR_ARGUMENT, place +
-                                                   " is no .srt, .vtt, .ass or .ssa file; give captions as SubRip, "
+                                                   " is not a .srt, .vtt, .ass or .ssa file; give captions as SubRip, "
                                                    "WebVTT or SubStation Alpha");
         std::string reason;
         const qz::Ref<qz::NSData> file = qz::readFile(path, &reason);

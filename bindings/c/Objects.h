@@ -13,8 +13,8 @@
 #include "captions/CaptionLook.h"
 #include "captions/CuePlacement.h"
 
-// What the handles of the interface are. Objects that threads share hold values and bytes alone, since the library's
-// own objects may be used by one thread only; whoever needs a palette object makes one from the bytes.
+// The objects behind the interface's handles. Those that threads may share hold only values and bytes, since the
+// library's own objects may be used by one thread only; code that needs a palette object makes one from the bytes.
 
 struct qzanno_palette {
     qz::Ref<qz::NSData> file;
@@ -30,7 +30,7 @@ struct qzanno_title {
     struct Span {
         std::string annotation;
         qz::c::TextPositions::Bytes bytes;
-        /// What a caption file says that the annotation looks like; null for those of palettes.
+        /// The annotation's look in a caption file; null for annotations of palettes.
         std::shared_ptr<const qz::CaptionLook> look = {};
     };
 
@@ -42,7 +42,7 @@ struct qzanno_title {
 
 namespace qz::c {
 
-/// A palette of the caller's own. The file was read before, so it can be read again.
+/// A new palette for the caller. The file has been read before, so reading it cannot fail.
 Ref<QzAnnoPalette> newPalette(const Ref<NSData>& file);
 
 }  // namespace qz::c

@@ -7,7 +7,7 @@
 namespace qz::c {
 namespace {
 
-/// `place` comes before the reason; empty for none.
+/// `place`, unless it is empty, precedes the reason.
 qzanno_result makePalette(Ref<NSData> file, const std::string& place, qzanno_palette** out) {
     std::string reason;
     const Ref<QzAnnoPalette> palette = paletteFromData(file, &reason);

@@ -26,7 +26,7 @@ struct Settings {
     NSWritingDirection direction = NSWritingDirection::natural;
 };
 
-/// A palette, and a pipeline that draws by it, of one state of the settings.
+/// A palette and a pipeline that draws with it, for one state of the settings.
 class PreparedPipeline {
 public:
     explicit PreparedPipeline(const Settings& settings)
@@ -50,7 +50,7 @@ public:
         pipeline_->setAnnoString(string);
     }
 
-    /// Null for a name that neither the palette nor the title's file defines.
+    /// Returns null if neither the palette nor the title's file defines the name.
     Ref<QzAnnoKey> keyOf(const qzanno_title::Span& span) {
         return span.look ? looks_.keyOf(*span.look)
                          : palette_->findAnnoKey(NSString::stringWithUTF8String(span.annotation));
@@ -98,7 +98,7 @@ void makeStraight(const PixelBuffer& buffer, const PixelRect& area) {
 struct qzanno_renderer {
     qz::c::Settings settings;
     qzanno_title title;
-    // None until it is asked for, and again when a setting has changed.
+    // Null until needed, and after a setting has changed.
     std::unique_ptr<qz::c::PreparedPipeline> prepared;
 
     qz::QzAnnoStringToScreen& pipeline() {
@@ -120,7 +120,7 @@ struct qzanno_renderer {
                 qz::c::pixelsOf(rect.size.height, down)};
     }
 
-    /// Whether a buffer is one that the picture fits in; else, why not.
+    /// Checks that the picture fits the buffer; fails with the reason otherwise.
     qzanno_result check(qzanno_area area, const qzanno_buffer& buffer, qz::PixelBuffer& checked) {
         using namespace qz::c;
         if (!buffer.pixels) return failNull("buffer->pixels");
@@ -202,7 +202,7 @@ qzanno_result qzanno_renderer_set_language(qzanno_renderer* renderer, const char
         std::string language = tag ? tag : "";
         if (!qz::QzAnnoStringToScreen::init()->setLanguage(language))
             return fail(QZANNO_ERROR_ARGUMENT,
-                        quoted(language) + " is no language tag; write one such as ja or zh-Hant");
+                        quoted(language) + " is not a language tag; write one such as ja or zh-Hant");
         renderer->settings.language = std::move(language);
         renderer->prepared.reset();
         return QZANNO_OK;
@@ -240,7 +240,7 @@ qzanno_result qzanno_renderer_set_title(qzanno_renderer* renderer, const qzanno_
                 return fail(QZANNO_ERROR_ANNOTATION, "the palette has no annotation " + quoted(span.annotation));
         }
         qzanno_title copy = *title;
-        // Where memory runs out half way, a new one shows the former title.
+        // If memory runs out half-way, a new pipeline shows the former title.
         auto prepared = std::move(renderer->prepared);
         prepared->setTitle(copy);
         renderer->prepared = std::move(prepared);

@@ -21,7 +21,7 @@ struct qzanno_report {
 
 namespace qz::c {
 
-/// One item for each stretch that the report names; `positions` are those of the title's text.
+/// Makes one item for each stretch in the report; `positions` are those of the title's text.
 std::unique_ptr<qzanno_report> newReport(const RenderReport& report, const TextPositions& positions);
 
 }  // namespace qz::c

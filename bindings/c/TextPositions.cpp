@@ -36,7 +36,7 @@ std::optional<Range> TextPositions::rangeOf(Bytes bytes) const {
 TextPositions::Bytes TextPositions::bytesOf(Range range) const {
     const size_t start = byteAtUnit_[range.location];
     auto end = static_cast<size_t>(range.end());
-    // Past the second half of a pair.
+    // Skip the second half of a surrogate pair.
     if (end > range.location && end + 1 < byteAtUnit_.size() && byteAtUnit_[end] == byteAtUnit_[end - 1]) ++end;
     return {start, byteAtUnit_[end] - start};
 }

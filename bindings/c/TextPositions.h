@@ -9,11 +9,10 @@
 
 namespace qz::c {
 
-/// Positions in a text as the interface counts them, in bytes of its UTF-8, against those of the library, in UTF-16
-/// units.
+/// Converts positions in a text between the interface's UTF-8 bytes and the library's UTF-16 units.
 class TextPositions {
 public:
-    /// None for what is no UTF-8, with the offset of its first wrong byte in `malformed`.
+    /// Returns no value, with the offset of the first malformed byte in `malformed`, if the text is not UTF-8.
     static std::optional<TextPositions> of(std::string_view utf8, size_t* malformed);
 
     struct Bytes {
@@ -21,15 +20,15 @@ public:
         size_t length = 0;
     };
 
-    /// None for a stretch that reaches beyond the text or begins or ends within a character.
+    /// Returns no value if the stretch reaches beyond the text or begins or ends inside a character.
     std::optional<Range> rangeOf(Bytes bytes) const;
-    /// A range within the text; half of a surrogate pair counts as the whole.
+    /// The range must lie in the text; half of a surrogate pair counts as the whole.
     Bytes bytesOf(Range range) const;
 
 private:
     static constexpr uint32_t kWithinCharacter = UINT32_MAX;
 
-    // One entry more than there are bytes, and units.
+    // One entry more than there are bytes, or units.
     std::vector<uint32_t> unitAtByte_;
     std::vector<size_t> byteAtUnit_;
 };

@@ -11,14 +11,14 @@ qzanno_result qzanno_title_new(const char* text, qzanno_title** out) {
         auto made = std::make_unique<qzanno_title>();
         made->text = text;
         if (made->text.size() > qz::Limits::kTitleUnitsMax)
-            return fail(QZANNO_ERROR_ARGUMENT,
-                        "the text has " + std::to_string(made->text.size()) + " bytes, more than the " +
-                            std::to_string(qz::Limits::kTitleUnitsMax) + " that a title may have");
+            return fail(QZANNO_ERROR_ARGUMENT, "the text has " + std::to_string(made->text.size()) +
+                                                   " bytes, more than the limit of " +
+                                                   std::to_string(qz::Limits::kTitleUnitsMax));
         size_t malformed = 0;
         auto positions = TextPositions::of(made->text, &malformed);
         if (!positions)
-            return fail(QZANNO_ERROR_ARGUMENT,
-                        "the text is not in UTF-8: its byte " + std::to_string(malformed) + " begins no character");
+            return fail(QZANNO_ERROR_ARGUMENT, "the text is not in UTF-8: its byte " + std::to_string(malformed) +
+                                                   " does not begin a character");
         made->positions = std::move(*positions);
         *out = made.release();
         return QZANNO_OK;
@@ -44,7 +44,8 @@ qzanno_result qzanno_title_annotate(qzanno_title* title, const char* annotation,
     return guarded([=] {
         if (!title->positions.rangeOf({start, length}))
             return fail(QZANNO_ERROR_ARGUMENT, quoted(annotation) + ": bytes " + std::to_string(start) + " to " +
-                                                   std::to_string(start + length) + " are no characters of a text of " +
+                                                   std::to_string(start + length) +
+                                                   " are not whole characters of a text of " +
                                                    std::to_string(title->text.size()) + " bytes");
         title->spans.push_back({annotation, {start, length}});
         return QZANNO_OK;

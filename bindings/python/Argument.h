@@ -22,8 +22,8 @@ struct ParameterName {
     char text[size];
 };
 
-/// An argument whose type is told as Python does where it does not fit: "argument 'start' must be int, not str".
-/// Without it pybind11 answers with the signature in C++.
+/// An argument with Python's error for a wrong type: "argument 'start' must be int, not str". Without it, pybind11
+/// shows the C++ signature.
 template <class T, ParameterName name>
 struct Argument {
     T value{};
@@ -34,7 +34,7 @@ inline constexpr bool isList = false;
 template <class Element>
 inline constexpr bool isList<std::vector<Element>> = true;
 
-/// The type of an argument as a person who writes Python calls it.
+/// The Python name of an argument's type.
 ///@{
 template <class T>
 inline constexpr const char* typeOf = nullptr;
@@ -80,12 +80,12 @@ struct type_caster<qz::python::Argument<T, parameter>> {
     bool load(handle source, bool /*convert*/) {
         Inner inner;
         list elements;
-        // A text is an iterable of texts, but never meant as such.
+        // A str is an iterable of str, but never meant as one.
         const bool isText = isinstance<str>(source) || isinstance<bytes>(source);
         if constexpr (qz::python::isList<T>) {
             if (!isText && isinstance<iterable>(source)) source = elements = list(reinterpret_borrow<object>(source));
         }
-        // None becomes a null pointer, which only fonts may be.
+        // None becomes a null pointer, which only `fonts` may be.
         const bool isMissing = std::is_pointer_v<T> && !std::is_same_v<T, const qz::python::Fonts*> && source.is_none();
         if (isMissing || !inner.load(source, true))
             throw type_error("argument '" + std::string(parameter.text) + "' must be " + qz::python::typeOf<T> +

@@ -5,7 +5,7 @@ namespace py = pybind11;
 namespace qz::python {
 namespace {
 
-// As long as the interpreter lives, as the module that shows them.
+// They live as long as the interpreter, like the module that exports them.
 PyObject* anyError = nullptr;
 PyObject* fileError = nullptr;
 PyObject* formatError = nullptr;
@@ -47,10 +47,10 @@ void check(qzanno_result result) {
 
 void addErrors(py::module_& module) {
     const auto alsoA = [](PyObject* builtin) { return py::make_tuple(py::handle(anyError), py::handle(builtin)); };
-    anyError = add(module, "Error", "What the library refuses; its text is the library's line.",
+    anyError = add(module, "Error", "An error reported by the library, with its message.",
                    py::make_tuple(py::handle(PyExc_Exception)));
-    fileError = add(module, "FileError", "A file or a folder cannot be read.", alsoA(PyExc_OSError));
-    formatError = add(module, "FormatError", "What was read is not what it should be.", alsoA(PyExc_ValueError));
+    fileError = add(module, "FileError", "A file or folder cannot be read.", alsoA(PyExc_OSError));
+    formatError = add(module, "FormatError", "The data read are not in the expected format.", alsoA(PyExc_ValueError));
     annotationError =
         add(module, "AnnotationError", "The palette has no annotation of that name.", alsoA(PyExc_LookupError));
 }

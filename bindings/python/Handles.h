@@ -27,12 +27,12 @@ using CaptionsHandle = std::unique_ptr<qzanno_captions, Free<qzanno_captions_fre
 using RendererHandle = std::unique_ptr<qzanno_renderer, Free<qzanno_renderer_free>>;
 using ReportHandle = std::unique_ptr<qzanno_report, Free<qzanno_report_free>>;
 
-/// Raises the Python exception of a result that is no success, with the line of the failed call, which was this
-/// thread's last. With the interpreter held.
+/// Raises the Python exception for a failed result, with the message of this thread's last failed call. Call with the
+/// interpreter lock held.
 void check(qzanno_result result);
 void addErrors(pybind11::module_& module);
 
-/// Makes an object by a call that takes its `out` parameter. The interpreter is let go meanwhile.
+/// Makes an object through a call with an `out` parameter, releasing the interpreter lock meanwhile.
 template <class Handle, class Call>
 Handle make(Call&& call) {
     typename Handle::pointer object = nullptr;
@@ -48,11 +48,11 @@ Handle make(Call&& call) {
 /// A named tuple of _values.py.
 pybind11::object value(const char* name);
 
-/// The characters in a UTF-8 text, and the byte at which one begins; `character` is at most their number.
+/// The number of characters in a UTF-8 text, and the byte at which one begins; `character` is at most that number.
 size_t charactersOf(std::string_view utf8);
 size_t byteOfCharacter(std::string_view utf8, size_t character);
 
-/// A handle as an object of Python.
+/// The Python object of a handle.
 struct Palette {
     PaletteHandle handle;
 };

@@ -41,15 +41,14 @@ qzanno_direction directionOf(const std::string& name) {
                    std::pair{"rtl", QZANNO_DIRECTION_RIGHT_TO_LEFT}});
 }
 
-/// The memory of an array, which may be part of a larger one as long as the bytes of a row are in order.
+/// The memory of an array, which may be part of a larger one as long as the bytes of each row are contiguous.
 qzanno_buffer bufferOf(const std::string& parameter, const py::array& array) {
     if (!array.dtype().is(py::dtype::of<uint8_t>()) || array.ndim() != 3 || array.shape(2) != 4)
         throw py::type_error(parameter + " must be an array of height x width x 4 of uint8");
     if (!array.writeable()) throw py::value_error(parameter + " is read-only");
     const bool isOfPixels = array.strides(2) == 1 && (array.strides(1) == 4 || array.shape(1) <= 1);
     if (!isOfPixels || array.strides(0) < 0)
-        throw py::value_error(
-            parameter + ": the pixels do not follow each other from left to right and from the top; make a copy first");
+        throw py::value_error(parameter + ": rows must be contiguous and ordered from the top; make a copy first");
     if (array.shape(0) > INT32_MAX || array.shape(1) > INT32_MAX || array.strides(0) > INT32_MAX)
         throw py::value_error(parameter + " is larger than a picture may be");
     return {static_cast<uint8_t*>(const_cast<void*>(array.data())), static_cast<int32_t>(array.shape(1)),
@@ -161,8 +160,8 @@ private:
         check(resultWithTitle(title, call));
     }
 
-    /// Calls the renderer for a title, one thread at a time, with the interpreter let go. The title is copied before,
-    /// since another thread may annotate it meanwhile.
+    /// Calls the renderer for a title, one thread at a time, with the interpreter lock released. Copies the title
+    /// first, since another thread may annotate it meanwhile.
     template <class Call>
     qzanno_result resultWithTitle(const Title& title, Call&& call) {
         qzanno_title* made = nullptr;
@@ -185,41 +184,34 @@ private:
 }  // namespace
 
 void addRendering(py::module_& module) {
-    // pybind11 looks NumPy up on first use, and lets the interpreter go meanwhile: two threads would wait for each
-    // other.
+    // pybind11 imports NumPy on first use and releases the interpreter lock meanwhile, so two threads could deadlock.
     py::dtype::of<uint8_t>();
 
     py::class_<Renderer>(
         module, "Renderer", py::is_final(),
-        "Lays out titles for one screen and draws them. Keeps drawn glyphs for the next title, so keep the renderer.")
+        "Lays out and draws titles for one screen. Caches drawn glyphs for later titles, so reuse the renderer.")
         .def(py::init<const Argument<const Palette*, "palette">&, const Argument<std::pair<float, float>, "screen">&,
                       const Argument<std::optional<std::pair<int32_t, int32_t>>, "frame">&,
                       const Argument<const Fonts*, "fonts">&, const Argument<std::string, "language">&,
                       const Argument<std::string, "direction">&>(),
              "palette"_a, py::kw_only(), "screen"_a = std::pair(1920.0f, 1080.0f), "frame"_a = py::none(),
              "fonts"_a = py::none(), "language"_a = "", "direction"_a = "natural",
-             "The screen is in points, which the palette's sizes are given in; the frame is the pixels that it stands "
-             "for, width "
-             "and height, by default one for each point. The language is a tag such as \"ja\"; the direction "
-             "\"natural\", \"ltr\" or "
-             "\"rtl\". Raises ValueError.")
+             "The screen's size is in points, the unit of the palette; the frame's is in pixels, by default one per "
+             "point. The language is a tag such as \"ja\"; the direction is \"natural\", \"ltr\" or \"rtl\". Raises "
+             "ValueError.")
         .def("measure", &Renderer::measure, "title"_a, py::kw_only(), "area"_a = "box",
-             "The Place of the picture that `render` makes of an area: \"screen\", or \"box\" for the text's box and "
-             "10 points round it.")
+             "Returns the Place of the picture that `render` makes for an area: \"screen\", or \"box\" for the text's "
+             "box with 10 points around it.")
         .def("render", &Renderer::render, "title"_a, py::kw_only(), "area"_a = "screen", "alpha"_a = "premultiplied",
              "out"_a = py::none(),
-             "A new array of the picture, premultiplied or \"straight\". With `out`, which must have the size that "
-             "`measure` tells, "
-             "clears that array, draws into it and returns it; it may be part of a larger one. Raises AnnotationError "
-             "for a name "
-             "that the palette lacks.")
+             "Returns the picture as a new array, premultiplied or \"straight\". Given `out`, which must have the size "
+             "that `measure` returns and may be part of a larger array, clears it, draws into it and returns it. "
+             "Raises AnnotationError for a name that the palette does not have.")
         .def("composite", &Renderer::composite, "title"_a, "frame"_a, py::kw_only(), "area"_a = "screen",
-             "Draws the title over what an array holds, an opaque frame or premultiplied pixels. Returns the Pixels "
-             "that may have "
-             "changed.")
+             "Draws the title over an array that holds an opaque frame or premultiplied pixels. Returns the Pixels "
+             "that may have changed.")
         .def("report", &Renderer::report, "title"_a, py::kw_only(), "area"_a = "screen",
-             "A ReportItem for each matter in which the title is not shown as it was asked for; an empty list when "
-             "there is none.");
+             "Returns a ReportItem for each way in which the title is not shown as requested.");
 }
 
 }  // namespace qz::python

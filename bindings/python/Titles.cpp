@@ -13,16 +13,16 @@ bool beginsCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
 }
 
-// What every function calls its parameters.
+// The parameter names shared by all functions.
 using Path = Argument<std::filesystem::path, "path">;
 using Data = Argument<py::bytes, "data">;
 using OfPalette = Argument<const Palette*, "palette">;
 using LooksName = Argument<std::string, "looks">;
 
-/// A C string ends at a null character, and the rest would be lost without a word.
+/// A C string ends at a null character, so the rest would be lost silently.
 std::string checkedText(const char* parameter, std::string text) {
     if (text.find('\0') != text.npos)
-        throw py::value_error(std::string(parameter) + " has a null character, which shows nothing; leave it out");
+        throw py::value_error(std::string(parameter) + " has a null character; remove it");
     return text;
 }
 
@@ -48,7 +48,7 @@ Fonts openFonts(const Argument<std::vector<std::filesystem::path>, "folders">& f
     for (const std::filesystem::path& folder : folders.value) paths.push_back(folder.string());
     std::vector<const char*> pointers;
     for (const std::string& path : paths) pointers.push_back(path.c_str());
-    // An empty list has no pointer of its own.
+    // An empty vector may have a null pointer.
     pointers.push_back(nullptr);
     return {make<FontsHandle>([&](auto** out) { return qzanno_fonts_open(pointers.data(), paths.size(), out); })};
 }
@@ -71,7 +71,7 @@ Title newTitle(const Argument<std::string, "text">& text,
     return title;
 }
 
-// A copy, which may be annotated further.
+// A copy that may be annotated further.
 Title copyOf(const qzanno_title* title) {
     return {make<TitleHandle>([&](auto** out) { return qzanno_title_copy(title, out); })};
 }
@@ -94,7 +94,7 @@ void annotate(Title& title, const Argument<std::string, "annotation">& annotatio
     annotateRange(title, annotation.value, start.value, stop.value);
 }
 
-/// An annotation, and the characters on which it holds.
+/// An annotation and its range of characters.
 using SpanOf = std::tuple<std::string, py::ssize_t, py::ssize_t>;
 
 std::vector<SpanOf> spansOf(const Title& title) {
@@ -116,7 +116,7 @@ py::list namedSpansOf(const Title& title) {
     return spans;
 }
 
-/// The order in which stretches were annotated shows nowhere.
+/// The order of annotating has no effect.
 bool areEqual(const Title& a, const Title& b) {
     auto spansOfA = spansOf(a), spansOfB = spansOf(b);
     std::ranges::sort(spansOfA);
@@ -217,36 +217,33 @@ size_t byteOfCharacter(std::string_view utf8, size_t character) {
 
 void addTitles(py::module_& module) {
     py::class_<Palette>(module, "Palette", py::is_final(),
-                        "What annotations look like. Never changes; for any number of threads.")
+                        "The looks of annotations. Immutable; may be used by any number of threads.")
         .def_static("load", &loadPalette, "path"_a,
-                    "Reads a palette, an XML property list or an archive as its first bytes tell. Raises FileError or "
-                    "FormatError.")
-        .def_static("from_bytes", &paletteOfBytes, "data"_a, "The same of what such a file holds.")
+                    "Reads a palette from an XML property list or an archive, told apart by the first bytes. Raises "
+                    "FileError or FormatError.")
+        .def_static("from_bytes", &paletteOfBytes, "data"_a, "The same for the contents of such a file.")
         .def_property_readonly("annotations", &annotationsOf,
-                               "The names of the annotations besides the global one, highest priority first.");
+                               "The names of the annotations except the global one, highest priority first.");
 
     py::class_<Fonts>(module, "Fonts", py::is_final(),
-                      "The fonts of the machine and those in folders. For any number of threads.")
+                      "The system's fonts and those in folders. May be used by any number of threads.")
         .def(py::init(&openFonts), "folders"_a,
-             "Reads every font file of the folders and of those below; nothing is installed. Raises FileError for a "
-             "folder that "
-             "cannot be read.")
+             "Reads every font file in the folders and their subfolders, without installing anything. Raises FileError "
+             "if a folder cannot be read.")
         .def_property_readonly("problems", py::overload_cast<const Fonts&>(&problemsOf),
-                               "A line for each file that is no font, path first; it is left out.");
+                               "One line for each file left out because it is not a font, path first.");
 
-    py::class_<Title>(
-        module, "Title", py::is_final(),
-        "A text and the names of annotations that hold on stretches of it. Goes with any palette that has those names. "
-        "Titles compare, copy and pickle.")
+    py::class_<Title>(module, "Title", py::is_final(),
+                      "A text with named annotations on stretches of it. Works with any palette that has those names. "
+                      "Titles compare, copy and pickle.")
         .def(py::init(&newTitle), "text"_a, "annotations"_a = std::vector<std::string>(),
-             "A text, whose lines are separated by line feeds, and annotations that hold on the whole of it.")
+             "Takes a text, with line feeds between lines, and annotations for the whole text.")
         .def("annotate", &annotate, "annotation"_a, "start"_a = 0, "stop"_a = py::none(),
-             "Lets an annotation hold from the character `start` up to `stop`, by default on the whole text. One that "
-             "holds on the "
-             "whole text also gives the title margins, place and box. Raises ValueError for what is not within the "
-             "text.")
+             "Adds an annotation from character `start` up to `stop`, by default to the whole text. An annotation of "
+             "the whole text also gives the title its margins, placement and box. Raises ValueError for positions "
+             "outside the text.")
         .def_property_readonly("text", &Title::text)
-        .def_property_readonly("spans", &namedSpansOf, "A Span for each stretch, in the order in which they were made.")
+        .def_property_readonly("spans", &namedSpansOf, "A Span for each annotated stretch, in the order of creation.")
         .def("__eq__", &areEqual, py::is_operator(), "Whether text and stretches are equal.")
         .def("__copy__", [](const Title& title) { return copyOf(title.handle.get()); })
         .def("__deepcopy__", [](const Title& title, const py::object&) { return copyOf(title.handle.get()); })
@@ -260,16 +257,16 @@ void addTitles(py::module_& module) {
     py::class_<Captions>(module, "Captions", py::is_final(),
                          "The cues of a SubRip, WebVTT or SubStation Alpha file, a sequence of Cue.")
         .def_static("load", &loadCaptions, "path"_a, "palette"_a, py::kw_only(), "looks"_a = "both",
-                    "Reads a .srt, .vtt, .ass or .ssa file, its marks as annotations of the palette. `looks` says "
-                    "whose styles, colours and italics count: those of the \"house\", the palette, of the \"file\", or "
-                    "\"both\", the file's where the palette has none of that name. Raises FileError, FormatError, or "
-                    "ValueError for another ending.")
+                    "Reads a .srt, .vtt, .ass or .ssa file, with its markup as annotations of the palette. `looks` "
+                    "selects the styles, colours and italics: \"house\" for the palette's, \"file\" for the file's, or "
+                    "\"both\" for the palette's and, for names that it does not have, the file's. Raises FileError, "
+                    "FormatError, or ValueError for another ending.")
         .def_static("from_bytes", &captionsOfBytes, "data"_a, "format"_a, "palette"_a, py::kw_only(),
-                    "looks"_a = "both", "The same of what such a file holds.")
+                    "looks"_a = "both", "The same for the contents of such a file.")
         .def("__len__", [](const Captions& captions) { return qzanno_captions_count(captions.handle.get()); })
-        .def("__getitem__", &cuesAt, "index"_a, "A Cue, or a list of them for a slice.")
+        .def("__getitem__", &cuesAt, "index"_a, "A Cue, or a list of Cues for a slice.")
         .def_property_readonly("problems", py::overload_cast<const Captions&>(&problemsOf),
-                               "A Problem for each mark that adds nothing, or is not in the format's form.");
+                               "A Problem for each piece of markup that has no effect or is malformed.");
 }
 
 }  // namespace qz::python

@@ -5,7 +5,7 @@
     >>> palette.annotations
     ['b', 'i', 'Warning', 'Emphasis', 'Speaker', 'Centre', 'Top', 'Role', 'Lower Third']
 
-A title is a text and the names of annotations that hold on stretches of it, counted in characters as Python counts them:
+A title is a text with named annotations on stretches of it, counted in characters as in Python:
 
     >>> title = qzanno.Title("ADA: The engine weaves")
     >>> title.annotate("Speaker", 0, 4)
@@ -19,7 +19,7 @@ A renderer draws titles for one screen, by default 1920 x 1080. Pictures are arr
     >>> picture.shape, picture.dtype, bool(picture.any())
     ((360, 640, 4), dtype('uint8'), True)
 
-Into an array of yours, and over a frame of yours, without a copy:
+Renderers also draw into your own array, or over your own frame, without a copy:
 
     >>> frame = numpy.full((360, 640, 4), 255, numpy.uint8)
     >>> changed = renderer.composite(title, frame)
@@ -32,7 +32,7 @@ Cues of a caption file have times and a title:
     >>> captions[1].start, captions[1].title.text
     (4.5, 'At the top of the safe part of the screen')
 
-What is wrong is raised, with the library's line:
+Errors are raised with the library's message:
 
     >>> qzanno.Title("Hello", annotations=["Speaker"]).annotate("Role", 3, 9)
     Traceback (most recent call last):
@@ -41,14 +41,14 @@ What is wrong is raised, with the library's line:
     Traceback (most recent call last):
     qzanno.FileError: missing.plist: cannot be opened: No such file or directory
 
-Palettes, fonts and captions may be used by any number of threads. A renderer serves one thread at a time, and others wait; threads that have
-one each render at the same time, since the interpreter is let go meanwhile.
+Any number of threads may use palettes, fonts and captions. A renderer serves one thread at a time while others wait; threads with their own
+renderers draw at the same time, since drawing releases the interpreter lock.
 """
 
 try:
     import numpy as _numpy  # noqa: F401
 except ImportError:
-    raise ImportError("qzanno draws into arrays of NumPy, which is not installed; install numpy, Debian's python3-numpy") from None
+    raise ImportError("qzanno draws into NumPy arrays, and NumPy is not installed; install numpy (python3-numpy on Debian)") from None
 
 from ._qzanno import (
     AnnotationError,

@@ -1,4 +1,4 @@
-"""What calls return, as named tuples. Positions count characters of a title's text; `stop` is the one after the last."""
+"""Named tuples that calls return. Positions count characters of a title's text; `stop` is one past the last."""
 
 from __future__ import annotations
 
@@ -9,7 +9,7 @@ if TYPE_CHECKING:
 
 
 class Span(NamedTuple):
-    """A stretch of a title on which an annotation holds."""
+    """A stretch of a title with an annotation."""
 
     annotation: str
     start: int
@@ -17,7 +17,7 @@ class Span(NamedTuple):
 
 
 class Cue(NamedTuple):
-    """A cue of a caption file: seconds from the begin of the programme, the line above the times, and what is shown."""
+    """A cue of a caption file: start and end in seconds from the beginning, the line above the times, and the title."""
 
     start: float
     end: float
@@ -26,14 +26,14 @@ class Cue(NamedTuple):
 
 
 class Problem(NamedTuple):
-    """Something in a caption file that adds nothing, or not what was meant; lines count from 1."""
+    """Something in a caption file that has no effect, or not the intended one; lines count from 1."""
 
     line: int
     message: str
 
 
 class Place(NamedTuple):
-    """The size of a picture in pixels, and where its top left corner comes on the frame, perhaps between two pixels."""
+    """The size of a picture in pixels, and the place of its top left corner on the frame, perhaps between pixels."""
 
     x: float
     y: float
@@ -42,7 +42,7 @@ class Place(NamedTuple):
 
 
 class Pixels(NamedTuple):
-    """Whole pixels of an array; no width or height when it holds none."""
+    """A rectangle of an array's pixels; width or height is 0 if it is empty."""
 
     x: int
     y: int
@@ -51,10 +51,10 @@ class Pixels(NamedTuple):
 
 
 class ReportItem(NamedTuple):
-    """One matter in which a stretch of a title is not shown as it was asked for.
+    """One way in which a stretch of a title is not shown as requested.
 
-    `kind` is "font missing" (another one serves), "font substituted" (it lacks the characters), "glyph missing" (no font has
-    them), "text clipped" (the box has no room), "glyphs clipped", "layer 1 clipped" or "layer 2 clipped" (the picture ends),
+    `kind` is "font missing" (another is used), "font substituted" (it does not have the characters), "glyph missing" (no font has
+    them), "text clipped" (it does not fit its box), "glyphs clipped", "layer 1 clipped" or "layer 2 clipped" (at the picture's edge),
     "bold synthesised" or "italic synthesised" (the font has no such face), "regular missing" or "upright missing" (it has no other).
     """
 
