@@ -20,7 +20,7 @@ bool getImmutableAnnotationKeys(const NSTextView& textView, Ref<NSSet>& immutabl
         immutableKeys = used;
         selected = frame;
     } else {
-        // A run without a list says nothing, so the first list there is starts the common set.
+        // A run without a list does not count, so the first list starts the common set.
         forEachAnnoRun(*text, selection, [&](Range, const Ref<NSSet>& list) {
             if (!list) return;
             selected = selected ? intersectionOf(selected, list) : list;

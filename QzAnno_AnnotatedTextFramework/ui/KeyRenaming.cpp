@@ -6,7 +6,7 @@ bool replaceAnnoNamed(QzAnnoPalette& palette, const Ref<const QzAnno>& anno, con
     if (!anno || !palette.editable()) return false;
     const Ref<QzAnnoKey> key = anno->annokey();
     const Ref<NSString> former = key->name();
-    // The name is changed first, so that whoever is told of the replacement sees it.
+    // Rename first, so that observers of the replacement see the new name.
     if (name) key->setName(name);
     if (!palette.replaceAnno(anno)) {
         key->setName(former);

@@ -7,13 +7,13 @@
 
 namespace qz {
 
-// Sets of annotation keys; none counts as the empty set.
+// Sets of annotation keys; null counts as empty.
 
 Ref<NSSet> unionOf(const Ref<NSSet>& a, const Ref<NSSet>& b);
 Ref<NSSet> intersectionOf(const Ref<NSSet>& a, const Ref<NSSet>& b);
 Ref<NSSet> difference(const Ref<NSSet>& a, const Ref<NSSet>& b);
 
-/// Visits the range in runs of equal annotation lists, in order; `list` is none for a run that carries none.
+/// Visits the range in runs of equal annotation lists, in order; `list` is null for a run without one.
 void forEachAnnoRun(const NSAttributedString& text, Range range,
                     const std::function<void(Range run, const Ref<NSSet>& list)>& visit);
 

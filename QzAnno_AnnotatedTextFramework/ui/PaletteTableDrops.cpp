@@ -20,7 +20,7 @@ uint32_t QzAnnoPaletteAsTable::validateDrop(NSTableView& tableView, const Ref<NS
     if (!pasteboard->offersType(QzTaviAnnoPalettePboardType)) return NSDragOperationNone;
     tableView.setDropRow(proposedRow, NSTableViewDropOperation::above);
     if (isBelowPalette(proposedRow - 1)) return NSDragOperationNone;
-    // Between rows the rows may land, on a row they may not.
+    // Rows may be dropped between rows, not on a row.
     return proposedDropOperation == NSTableViewDropOperation::above ? NSDragOperationCopy : NSDragOperationNone;
 }
 
@@ -36,7 +36,7 @@ bool QzAnnoPaletteAsTable::acceptDrop(NSTableView& tableView, const Ref<NSPasteb
         const auto key = isBelowPalette(selected) ? nullptr : keyOfRow(selected);
         if (key) reselected.push_back(key);
     }
-    // What comes from another process may hold anything.
+    // Data from another process may hold anything.
     const auto rows = std::dynamic_pointer_cast<NSArray>(pasteboard->propertyListForType(QzTaviAnnoPalettePboardType));
     std::vector<Ref<QzAnnoKey>> dropped;
     for (const Ref<NSObject>& element : rows ? rows->elements() : std::vector<Ref<NSObject>>()) {
@@ -60,12 +60,12 @@ bool QzAnnoPaletteAsTable::acceptDrop(NSTableView& tableView, const Ref<NSPasteb
     return true;
 }
 
-/// From the last to the first, so that each lands above the one before.
+/// Moves them from last to first, so that each lands above the one before.
 void QzAnnoPaletteAsTable::moveBelow(const Ref<QzAnnoKey>& anchor, const std::vector<Ref<QzAnnoKey>>& keys) {
     for (auto key = keys.rbegin(); key != keys.rend(); ++key) {
         const int32_t anchorPriority = annotationPalette_->lookupPrio(anchor);
         const bool isAbove = annotationPalette_->lookupPrio(*key) > anchorPriority - 1;
-        // Taking away a key from below moves the anchor down by one.
+        // Removing a key from below moves the anchor down by one.
         annotationPalette_->setAnnoKey(*key, isAbove ? anchorPriority : anchorPriority - 1);
     }
 }

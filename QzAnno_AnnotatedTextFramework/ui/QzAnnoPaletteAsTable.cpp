@@ -26,7 +26,7 @@ bool holds(const Ref<NSSet>& set, const QzAnnoKey& key) {
     return set && set->containsObject(key);
 }
 
-/// Equal as sets; none equals only none.
+/// Whether the sets are equal; null equals only null.
 bool areEqualSets(const Ref<NSSet>& a, const Ref<NSSet>& b) {
     return areEqual(a, b);
 }
@@ -84,12 +84,12 @@ void QzAnnoPaletteAsTable::awakeFromNib() {
 void QzAnnoPaletteAsTable::setAnnotationPalette(const Ref<QzAnnoPalette>& palette) {
     NSNotificationCenter& notifications = NSNotificationCenter::defaultCenter();
     willChangeValueForKey("palette");
-    // The former palette lives to the end of the change, whoever else has let go of it.
+    // Keep the former palette alive to the end of the change.
     const Ref<QzAnnoPalette> former = std::exchange(annotationPalette_, palette);
     isSelectionUnderPalette_ = false;
     notifications.removeObserver(this);
     if (outlets_.DBGtext) {
-        // The address, cut to the width of the format, as a number that tells two palettes apart.
+        // The address, truncated to the width of the format, tells palettes apart.
         const auto identity = static_cast<int32_t>(reinterpret_cast<uintptr_t>(palette.get()));
         outlets_.DBGtext->setText(
             QString::fromStdString(palette ? stringWithFormat("Palette ID: %i", {identity}) : "No Palette"));
@@ -97,7 +97,7 @@ void QzAnnoPaletteAsTable::setAnnotationPalette(const Ref<QzAnnoPalette>& palett
     if (palette) {
         notifications.addObserver(
             this, [this](const NSNotification& notification) { reloadTable(notification); }, {}, palette.get());
-        // An undone deletion is announced by nobody else.
+        // Nothing else announces an undone deletion.
         if (const Ref<NSUndoManager> undo = palette->undoManager()) {
             notifications.addObserver(
                 this, [this](const NSNotification& notification) { reloadTable(notification); },
@@ -209,7 +209,7 @@ bool QzAnnoPaletteAsTable::shouldEditTableColumn(NSTableView& /*tableView*/, NST
 void QzAnnoPaletteAsTable::tableViewSelectionDidChange(const NSNotification& notification) {
     const auto tableView = std::dynamic_pointer_cast<NSTableView>(notification.object);
     const int32_t selected = tableView ? tableView->selectedRow() : -1;
-    // What has no annotation is neither edited nor deleted.
+    // A key without an annotation can be neither edited nor deleted.
     const int32_t row = isBelowPalette(selected) ? -1 : selected;
     change("haveMouseSelected", haveMouseSelected_, row != -1);
     change("editPrio", editPrio_, maxPriority() - row);
@@ -263,7 +263,7 @@ void QzAnnoPaletteAsTable::newAnno(const Ref<NSObject>& /*sender*/) {
 void QzAnnoPaletteAsTable::editAnno(const Ref<NSObject>& /*sender*/) {
     const Ref<QzAnnoEditor> editor = outlets_.annoAsTable.lock();
     if (!annotationPalette_ || !editor) return;
-    // What is edited goes on being edited; the user sees where.
+    // Keep editing the current annotation, and show the user where.
     if (editor->isEditing() && editor->window()) return editor->window()->makeKeyAndOrderFront({});
     editor->setAnno(annotationPalette_->lookupAnno(annotationPalette_->annoKeyAtPriority(editPrio_)));
 }

@@ -21,18 +21,18 @@ namespace qz {
 namespace {
 
 constexpr const char* kInterfaceFile = ":/QzAnno/QzAnnotationPaletteUI.ui";
-// The spelling is that of stored defaults.
+// Stored defaults have this spelling, so keep it.
 constexpr const char* kVisibleKey = "AnnoationPaletteVisible";
 constexpr const char* kBackgroundKey = "App Background Color";
 
-/// Lives to the end of the process: the toolkit must not find it half gone while it ends.
+/// Never destroyed: the toolkit must not find it half destroyed at exit.
 Ref<QzAnnotationManager>& sharedManager() {
     static auto* shared = new Ref<QzAnnotationManager>;
     return *shared;
 }
 bool windowIsLoading = false;
 
-/// Text views take the action wherever they stand in the responder chain.
+/// Text views handle the action anywhere in the responder chain.
 const NSTextViewWidget::ActionRegistration changeAnnoOfTextViews("changeAnno:", [](NSTextView& textView,
                                                                                    const Ref<NSObject>& sender) {
     if (const auto* changing = dynamic_cast<const QzAnnoChanging*>(sender.get())) changeAnno(textView, *changing);
@@ -64,8 +64,8 @@ Ref<NSTableView> pageTable(QTableView* widget) {
     return table;
 }
 
-/// The list of pages becomes as wide as its words. The windows get the sizes in which they are shown first: by the
-/// font, and the editor so that no page scrolls.
+/// Makes the list of pages as wide as its words, and sets the initial size of the windows by the font, with the editor
+/// large enough that no page scrolls.
 void giveSizes(const InterfaceFile& file) {
     constexpr int kPanelCharacters = 38, kPanelLines = 22;
     if (QWidget* panel = file.widgetNamed("panel")) {
@@ -77,7 +77,7 @@ void giveSizes(const InterfaceFile& file) {
     QWidget* editor = file.widgetNamed("editor");
     const auto* area = file.widget<QScrollArea>("pageArea");
     if (!editor || !area || !area->widget()) return;
-    // With room for the bar by which pages scroll where the screen is low.
+    // Leave room for the scroll bar that pages have on a low screen.
     const QSize page = area->widget()->sizeHint() + QSize(area->verticalScrollBar()->sizeHint().width(), 0);
     editor->resize(editor->sizeHint() + (page - area->sizeHint()).expandedTo({0, 0}));
 }
@@ -128,7 +128,7 @@ void QzAnnotationManager::loadInterface() {
     editor.vpopup = NSPopUpButton::popUpButtonWithWidget(file->widget<QComboBox>("vpopup"));
     editor.annoname = file->widget<QLineEdit>("annoname");
     editor.pages = pageTable(file->widget<QTableView>("pages"));
-    // A group that an annotation may or may not set has a check box for a title.
+    // A group of optional attributes has a check box as title.
     for (const char* name : {"nameBox", "marginsBox", "boundingmarginsBox", "frameBox"}) {
         setCellBox(*NSBox::boxWithWidget(file->widget<QGroupBox>(name)), {}, {});
     }
@@ -182,7 +182,7 @@ void QzAnnotationManager::adoptSharedRole() {
     former->setWindow({});
     setDocument(former->document());
     former->setDocument({});
-    // The panel would be dead without them: its table, its editor, and the selections that it follows.
+    // The panel needs these to work: its table, its editor, and the selections that it follows.
     ptable_ = std::exchange(former->ptable_, nullptr);
     editor_ = std::exchange(former->editor_, nullptr);
     if (ptable_) ptable_->setManager(this);

@@ -28,7 +28,7 @@ Ref<NSSet> commonKeys(const NSAttributedString& text, Range range) {
 }
 
 void switchKeys(NSMutableAttributedString& text, Range range, const Ref<NSSet>& enable, const Ref<NSSet>& disable) {
-    // The walk reads what the edits of earlier runs leave alone, so it goes over a copy.
+    // Walk over a copy, so that edits of earlier runs do not affect it.
     forEachAnnoRun(*text.copy(), range, [&](Range run, const Ref<NSSet>& list) {
         Ref<NSSet> step = unionOf(list, {});
         NSLog("Mod %@\n", {textOf(run)});

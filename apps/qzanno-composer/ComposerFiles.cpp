@@ -1,4 +1,4 @@
-// What the window opens and saves, and what becomes of changes that were not saved.
+// Opening and saving, and the handling of unsaved changes.
 
 #include <QCloseEvent>
 #include <QDir>
@@ -170,7 +170,7 @@ bool ComposerWindow::saveTitles(const std::string& path) {
     std::string reason;
     if (!writeFileAtomically(path, written->file->bytes(), &reason)) return report(path + ": " + reason);
     acceptedLosses_ = written->losses;
-    // The times that the file has given.
+    // The file has given missing times.
     if (path.ends_with(".vtt")) document_->completeTimes();
     document_->markTitlesSaved();
     setFiles(path, {});
@@ -231,7 +231,8 @@ void ComposerWindow::closeEvent(QCloseEvent* event) {
     }
     recoveryTimer_.stop();
     recovery_.reset();
-    // The application ends with this window and closes the panel, which the user has not: it is to come back.
+    // The application ends with this window and closes the panel. The user has not closed it, so it must reopen next
+    // time.
     if (const auto panel = QzAnnotationManager::sharedAnnotationManager()->window()) panel->setDelegate(nullptr);
     QMainWindow::closeEvent(event);
 }
@@ -256,7 +257,7 @@ void ComposerWindow::offerRecovery() {
     acceptedLosses_.clear();
     describe();
     if (document_->titles().size() > 1) list_->setVisible(true);
-    // The copy of the crashed composer goes only when there is another.
+    // Remove the crashed composer's copy only once there is another.
     if (recovery_->write(*document_, error) && recovery_->finish(error))
         QFile::remove(path);
     else

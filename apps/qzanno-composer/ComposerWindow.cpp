@@ -54,7 +54,7 @@ ComposerWindow::~ComposerWindow() {
 }
 
 void ComposerWindow::takePlace() {
-    // Of the panel and of the editor, and what the desktop draws around a window.
+    // Widths of the panel and of the editor, and of the desktop's border around a window.
     constexpr int kPanelCharacters = 42, kEditorCharacters = 72, kBorder = 40;
     const int panelWidth = fontMetrics().averageCharWidth() * kPanelCharacters;
     const int editorWidth = fontMetrics().averageCharWidth() * kEditorCharacters;
@@ -62,7 +62,7 @@ void ComposerWindow::takePlace() {
     const QRect available = screen()->availableGeometry();
     resize(kUsualSize.boundedTo({available.width() - panelWidth, available.height() - kBorder}));
     const int beside = available.width() - width() < editorWidth ? panelWidth : editorWidth;
-    // Rather high: the editor goes below the panel.
+    // Rather high, since the editor goes below the panel.
     move(available.left() + (available.width() - width() - beside) / 2,
          available.top() + (available.height() - kBorder - height()) / 4);
 }
@@ -71,7 +71,7 @@ void ComposerWindow::addMenus() {
     addFileMenu();
     addEditMenu();
     addViewMenu();
-    // Their keys work in the panel and the editor too.
+    // Their shortcuts work in the panel and the editor too.
     for (QAction* menu : menuBar()->actions()) {
         for (QAction* action : menu->menu()->actions()) action->setShortcutContext(Qt::ApplicationShortcut);
     }
@@ -125,7 +125,7 @@ void ComposerWindow::addEditMenu() {
     edit->addAction("&Delete Title", this, [this] { document_->removeTitle(); });
     replace_ =
         edit->addAction("Rep&lace Annotation…", QKeySequence("Ctrl+H"), this, &ComposerWindow::replaceAnnotation);
-    // Opened, the menu says what it would do; closed, its keys work whatever was last the case.
+    // While open, the menu shows what is possible; while closed, its shortcuts stay enabled.
     connect(edit, &QMenu::aboutToShow, this, [this] {
         const NSUndoManager& steps = *document_->undoManager();
         const auto name = [](const char* title, const std::string& step) {
@@ -147,7 +147,7 @@ void ComposerWindow::addViewMenu() {
     view->addAction("&Annotations", QKeySequence("Ctrl+T"), this, [] {
         const auto manager = QzAnnotationManager::sharedAnnotationManager();
         manager->showWindow({});
-        // Asked for by key, the panel takes the keys.
+        // When opened by a shortcut, the panel takes the focus.
         manager->window()->makeKeyAndOrderFront({});
     });
     QAction* list = list_->toggleViewAction();
@@ -177,7 +177,7 @@ void ComposerWindow::showTitle(size_t title) {
 void ComposerWindow::takeTime(size_t title, bool isEnd, const QString& text) {
     const Title& former = document_->titles()[title];
     const auto time = secondsOfClock(text);
-    if (!time) return list_->refuse(title, QString("\"%1\" is no time; write it as 01:02.500").arg(text));
+    if (!time) return list_->refuse(title, QString("\"%1\" is not a time; write it as 01:02.500").arg(text));
     const double start = isEnd ? former.start.value_or(0) : *time;
     const double end = isEnd ? *time : former.end.value_or(*time);
     if (document_->setTimes(title, start, end)) return;

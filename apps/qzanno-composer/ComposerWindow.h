@@ -23,30 +23,30 @@ public:
 
     void setFrame(const Ref<NSBitmapImageRep>& frame) { text_->setBackdrop(frame); }
     void showSafeAreas() { safeAreas_->setChecked(true); }
-    /// Before the window is shown: takes the place where it was left, or one that leaves room for the panel and, on a
-    /// large screen, for the editor.
+    /// Call before showing the window: moves it to where it was left, or to a place that leaves room for the panel and,
+    /// on a large screen, for the editor.
     void takePlace();
     QWidget* textWidget() const { return text_->widget(); }
-    /// Shows the files that the document came from or went to; an empty path leaves things as they are.
+    /// Shows the files that the document was read from or saved to; an empty path changes nothing.
     void setFiles(const std::string& titles, const std::string& palette);
 
-    // Commands; each tells the user in a panel what went wrong. What opens something asks first about unsaved changes
-    // of what it takes the place of.
+    // Commands. Each tells the user in a panel if something goes wrong. Opening a file asks first about unsaved changes
+    // in what it replaces.
 
-    /// A file of any kind the composer reads, told by its ending.
+    /// Opens any kind of file that the composer reads, by its ending.
     bool open(const std::string& path);
     bool openTitles(const std::string& path);
     bool openPalette(const std::string& path);
     bool openFrame(const std::string& path);
-    /// Captions (.vtt) or an archive (.annostring), by the ending. Asks first when the file will not hold all that the
-    /// titles are.
+    /// Captions (.vtt) or an archive (.annostring), by the ending. Asks first if the file cannot hold everything in the
+    /// titles.
     bool saveTitles(const std::string& path);
     bool savePalette(const std::string& path);
     /// A PNG file, or, by the ending .rgba, premultiplied RGBA rows from the top without a header.
     bool savePicture(const std::string& path);
     void replaceAnnotation();
 
-    /// Keeps a copy of unsaved changes in the folder from now on, and offers what crashes have left there.
+    /// From now on keeps a copy of unsaved changes in the folder, and offers copies that crashes have left there.
     void keepRecovery(const QString& folder);
     void offerRecovery();
 
@@ -72,7 +72,7 @@ private:
     bool choosePaletteFile();
     bool mayLose(const std::vector<std::string>& losses);
     void takeTime(size_t title, bool isEnd, const QString& text);
-    /// False when the user wants to stay. Asks nothing when nothing of that is edited.
+    /// Returns false if the user wants to stay. Does not ask if there are no unsaved changes.
     bool mayLeave(bool titles, bool palette);
     bool mayLeaveEditor();
     void writeRecovery();
@@ -80,7 +80,7 @@ private:
 
     const Ref<TitleDocument> document_;
     Ref<NSTextViewWidget> text_;
-    // What the user has agreed to lose in the titles' file, which is not asked again.
+    // Losses in the titles' file that the user has accepted, not to be asked about again.
     std::vector<std::string> acceptedLosses_;
     QAction* previous_ = nullptr;
     QAction* next_ = nullptr;
@@ -94,7 +94,7 @@ private:
     SafeAreaGuides* guides_ = nullptr;
     QString recoveryFolder_;
     std::unique_ptr<Recovery> recovery_;
-    // Runs from the first change on that the recovery file does not have.
+    // Runs from the first change that is not in the recovery file.
     QTimer recoveryTimer_;
 };
 

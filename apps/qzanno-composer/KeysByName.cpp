@@ -9,7 +9,7 @@
 namespace qz::composer {
 namespace {
 
-/// How many annotations of its name the palette has up to this one, it included; 0 when it lacks the key.
+/// The key's number, from 1, among the palette's annotations of its name; 0 if the palette does not have the key.
 int placeAmongNamesakes(const QzAnnoPalette& palette, const QzAnnoKey& key) {
     int place = 0;
     for (int32_t priority = 1; priority <= palette.maxPriority(); ++priority) {
@@ -53,7 +53,7 @@ private:
         Ref<QzAnnoKey> spelled = nth == 1 ? CueAnnotator::find({CueSpan::styleClass, name, {}, 0}, to_) : nullptr;
         if (!spelled || spelled->isDefault()) return {};
         spelled = nthNamed(to_, spelled->name(), 1);
-        // Another key that titles use has that name by right.
+        // Another key in use has exactly that name.
         const auto namesakes = namesInUse_.find(spelled->name()->utf8());
         const int own = areEqual(spelled->name(), key->name()) ? 1 : 0;
         if (namesakes != namesInUse_.end() && namesakes->second > own) return {};
@@ -70,7 +70,7 @@ private:
         return key;
     }
 
-    /// Which of its name the key is.
+    /// The key's number among those of its name.
     int placeOf(const Ref<QzAnnoKey>& key, const std::string& name) const {
         const bool isSpelled = key->name()->utf8() != name;
         const int place = isSpelled ? 1 : placeAmongNamesakes(from_, *key);
@@ -80,7 +80,7 @@ private:
     const QzAnnoPalette& from_;
     const QzAnnoPalette& to_;
     LooseKeys& loose_;
-    // How many keys have a name.
+    // The number of keys for each name.
     std::map<std::string, int> namesInUse_;
 };
 

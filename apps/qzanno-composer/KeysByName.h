@@ -10,7 +10,7 @@
 
 namespace qz::composer {
 
-/// Other keys for keys of titles.
+/// Maps keys of titles to other keys.
 class KeyMap {
 public:
     using Keys = std::map<Ref<QzAnnoKey>, Ref<QzAnnoKey>>;
@@ -19,11 +19,12 @@ public:
 
     bool isEmpty() const { return keys_.empty(); }
     const Keys& keys() const { return keys_; }
-    /// The way back.
+    /// The reverse map.
     KeyMap inverted() const;
-    /// The key itself when the map has no other for it.
+    /// Returns the key itself if the map has no other for it.
     Ref<QzAnnoKey> operator()(const Ref<QzAnnoKey>& key) const;
-    /// Equal objects stay equal, and a text without any of the keys stays the object it is.
+    /// Replaces the keys in the titles. Equal objects stay equal, and a text without any of the keys stays the same
+    /// object.
     void takeOver(std::vector<Title>& titles);
     Ref<NSSet> takenOver(const Ref<NSSet>& keys) const;
 
@@ -32,15 +33,16 @@ private:
     std::map<Ref<QzAnnoString>, Ref<QzAnnoString>> texts_;
 };
 
-/// What keys of titles become when another palette takes the place of theirs, or, with the same one twice, when it has
-/// gained a name that titles have.
+/// Maps keys of titles to those of another palette that replaces theirs or, with the same palette twice, to those of
+/// names that it has gained.
 ///
-/// A key becomes the one of the same name, or, as in caption files, of the name with blanks for its "_"; of a name that
-/// the other palette lacks, a loose key. Different keys stay different, so the way back gives the former ones.
+/// A key maps to the key of the same name or, as in caption files, of the name with blanks for "_"; if the other
+/// palette does not have the name, to a loose key. Different keys stay different, so the reverse map restores the
+/// former ones.
 KeyMap keysByName(const QzAnnoPalette& from, const QzAnnoPalette& to, LooseKeys& loose,
                   const std::set<Ref<QzAnnoKey>>& keys);
 
-/// Whether the palette may have an annotation for the key's name; says no where `keysByName` finds none.
+/// Whether the palette may have an annotation for the key's name; false whenever `keysByName` finds none.
 bool isNamedIn(const QzAnnoPalette& palette, const Ref<QzAnnoKey>& key, const LooseKeys& loose);
 
 }  // namespace qz::composer

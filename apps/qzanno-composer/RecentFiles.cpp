@@ -7,7 +7,7 @@
 namespace qz::composer {
 namespace {
 
-// Paths, each ended by a zero, which no path holds.
+// Paths, each terminated by a zero, which no path contains.
 constexpr const char* kSetting = "Recent Files";
 
 void store(const QStringList& paths) {

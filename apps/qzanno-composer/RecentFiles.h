@@ -6,7 +6,7 @@
 
 namespace qz::composer {
 
-/// The files that were opened or saved last, kept in the settings, and a menu of them that follows.
+/// The recently opened or saved files, stored in the settings, and an up-to-date menu of them.
 class RecentFiles final : public QMenu {
 public:
     static constexpr int kPathsMax = 8;
@@ -14,7 +14,7 @@ public:
     RecentFiles(QWidget* parent, std::function<void(const std::string& path)> open);
 
     static QStringList paths();
-    /// Puts the file first; what is over `kPathsMax` is forgotten.
+    /// Puts the file first; files beyond `kPathsMax` are forgotten.
     static void note(const std::string& path);
 
 private:

@@ -28,7 +28,7 @@ std::string readText(QDataStream& stream) {
     return bytes.toStdString();
 }
 
-/// Streams write into the bytes, in one format whatever Qt is linked.
+/// A stream that writes into bytes, in the same format for every Qt version.
 class Piece {
 public:
     Piece() : stream(&bytes, QIODevice::WriteOnly) { stream.setVersion(QDataStream::Qt_6_4); }
@@ -51,7 +51,7 @@ std::vector<Ref<QzAnnoKey>> readKeys(QDataStream& stream, const QzAnnoPalette& p
     return keys;
 }
 
-/// Sets the stream's status when it holds no title.
+/// Sets the stream's status if it holds no title.
 Title readTitle(QDataStream& stream, const std::vector<Ref<QzAnnoKey>>& keys) {
     QString characters;
     quint32 runs = 0;
@@ -85,7 +85,7 @@ Title readTitle(QDataStream& stream, const std::vector<Ref<QzAnnoKey>>& keys) {
 
 std::unique_ptr<QLockFile> lockOf(const QString& path) {
     auto lock = std::make_unique<QLockFile>(path + ".lock");
-    // Only the end of its process frees a lock, however long it is held.
+    // A lock never expires: only the end of its process frees it.
     lock->setStaleLockTime(0);
     return lock;
 }
@@ -136,7 +136,7 @@ bool Recovery::write(const TitleDocument& document, std::string& error) {
     return true;
 }
 
-/// Titles that are the same objects at either end, as they are but for a few, keep their bytes.
+/// Titles at either end that are the same objects as before, usually all but a few, keep their bytes.
 void Recovery::takeDown(const std::vector<Title>& titles) {
     const auto isSame = [](const Title& one, const Title& other) {
         return one.text == other.text && one.source == other.source && one.start == other.start && one.end == other.end;
@@ -175,7 +175,7 @@ QByteArray Recovery::takenDown(const Title& title) {
     return piece.bytes;
 }
 
-/// By priorities, as names need not be unique; of keys that the palette lacks, by names.
+/// Identifies keys by priority, since names need not be unique, and keys that the palette does not have by name.
 QByteArray Recovery::keysOf(const QzAnnoPalette& palette) const {
     Piece piece;
     piece.stream << static_cast<quint32>(keys_.size());
@@ -191,7 +191,7 @@ void Recovery::remove() {
 QStringList Recovery::leftBehind(const QString& folder) {
     QStringList paths;
     const QDir directory(folder);
-    // Taking the lock of a process that is gone, and letting it go, removes it.
+    // Taking and releasing the lock of a dead process removes it.
     for (const QString& name : directory.entryList({QString("*") + kEnding + ".lock"}, QDir::Files)) {
         lockOf(directory.filePath(name).chopped(5))->tryLock(0);
     }
@@ -230,7 +230,7 @@ std::optional<Recovery::Contents> Recovery::read(const QString& path, std::strin
         }
     }
     if (!contents.file.titles.empty() && stream.status() == QDataStream::Ok) return contents;
-    error = path.toStdString() + ": is no recovery file of this version that can be read" +
+    error = path.toStdString() + ": is not a readable recovery file of this version" +
             (reason.empty() ? "" : ": " + reason);
     return {};
 }

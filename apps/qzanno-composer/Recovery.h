@@ -9,34 +9,35 @@
 
 namespace qz::composer {
 
-/// A copy of what is being edited, in a folder of the composer's own, for the case that the process ends before the
-/// user has saved. Each running composer holds one file, locked by its process; a file whose process is gone was left
-/// behind by a crash.
+/// Keeps a copy of what is being edited, in the composer's own folder, in case the process ends before the user has
+/// saved. Each running composer has one file, locked by its process; a file whose process has ended was left by a
+/// crash.
 ///
-/// The file is written on a thread of its own, from bytes that are made where the document is: whoever types waits for
-/// the titles alone that have changed since the copy before.
+/// The file is written on its own thread, from bytes made on the document's thread, so typing waits only for the titles
+/// that have changed since the last copy.
 class Recovery final {
 public:
-    /// Claims a file in the folder, which is made. Nothing is written yet.
+    /// Claims a file in the folder, creating the folder if necessary. Nothing is written yet.
     explicit Recovery(const QString& folder);
-    /// Removes the file: whoever lives to this has saved or discarded.
+    /// Removes the file: on a normal exit the user has saved or discarded.
     ~Recovery();
 
-    /// Readies the bytes of the titles, so that `write` need not when the user is typing.
+    /// Prepares the bytes of the titles, so that `write` need not while the user is typing.
     void takeDown(const std::vector<Title>& titles);
-    /// Has the document as it is now written, unless another call comes before its turn. False, with one line in
-    /// `error` and a former copy as it was, when it has no such form; what goes wrong later is told by the hook.
+    /// Queues the current document for writing, unless a later call replaces it. Returns false, with one line in
+    /// `error` and the former copy kept, if the document cannot be stored; later failures go to the hook.
     bool write(const TitleDocument& document, std::string& error);
-    /// Has the file removed.
+    /// Queues the removal of the file.
     void remove();
-    /// Waits until all that was asked for is done. False, with one line in `error`, when the last copy was not written.
+    /// Waits until everything queued is done. Returns false, with one line in `error`, if the last copy was not
+    /// written.
     bool finish(std::string& error) { return writer_.finish(error); }
-    /// Called, with one line, when a copy cannot be written, in the thread of `context` and while that lives.
+    /// Called with one line if a copy cannot be written, on the thread of `context` and while that lives.
     void setFailureHook(QObject* context, std::function<void(const std::string&)> hook) {
         writer_.setFailureHook(context, std::move(hook));
     }
 
-    /// The files that crashed composers have left, oldest first.
+    /// The files left by crashed composers, oldest first.
     static QStringList leftBehind(const QString& folder);
     struct Contents {
         Ref<QzAnnoPalette> palette;
@@ -45,10 +46,10 @@ public:
         std::string titlesFile;
         std::string paletteFile;
     };
-    /// What such a file holds; none, with one line in `error`, when it cannot be read.
+    /// The contents of such a file; no value, with one line in `error`, if it cannot be read.
     static std::optional<Contents> read(const QString& path, std::string& error);
-    /// Puts the contents of such a file into the document, as unsaved. False, with one line in `error` and the document
-    /// as it was, when the file holds none.
+    /// Loads the contents of such a file into the document, as unsaved. Returns false, with one line in `error` and the
+    /// document unchanged, if the file cannot be read.
     static bool restore(const QString& path, TitleDocument& document, std::string& error);
 
 private:
@@ -57,10 +58,10 @@ private:
 
     QString path_;
     std::unique_ptr<QLockFile> lock_;
-    // What was taken down last, and its bytes, title by title.
+    // The titles last prepared, and their bytes.
     std::vector<Title> titles_;
     std::vector<QByteArray> bytes_;
-    // Titles name their keys by numbers in this order.
+    // Titles refer to their keys by index in this vector.
     std::vector<Ref<QzAnnoKey>> keys_;
     std::map<Ref<QzAnnoKey>, quint32> numbers_;
     RecoveryWriter writer_;

@@ -8,8 +8,8 @@ class QPushButton;
 
 namespace qz::composer {
 
-/// Shows what crashed composers have left behind, newest first: from when it is and which titles it holds. One of them
-/// can be chosen to go on with. Each is thrown away by itself only, once it is shown and the user says so.
+/// Lists the copies that crashed composers have left, newest first, with their dates and titles. The user can choose
+/// one to continue with. Copies are discarded only one by one, once shown and at the user's request.
 class RecoveryDialog final : public QDialog {
 public:
     /// Paths of recovery files, oldest first.

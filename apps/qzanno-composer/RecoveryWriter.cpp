@@ -23,7 +23,7 @@ void RecoveryWriter::setFailureHook(QObject* context, std::function<void(const s
 }
 
 void RecoveryWriter::remove() {
-    // The first request starts the thread; until then no file has been written.
+    // The first request starts the thread; before that, no file has been written.
     if (thread_.joinable()) ask(std::nullopt);
 }
 

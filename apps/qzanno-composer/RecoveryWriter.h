@@ -12,26 +12,26 @@
 
 namespace qz::composer {
 
-/// Writes and removes one file on a thread of its own, which begins with the first request. Of several requests that
-/// wait the last one alone is met. All operations are called on one thread.
+/// Writes and removes one file on its own thread, which starts with the first request. Of several waiting requests only
+/// the last is performed. Call all operations on one thread.
 class RecoveryWriter final {
 public:
     ~RecoveryWriter();
 
     void setPath(const std::string& path) { path_ = path; }
-    /// The pieces one after the other, written beside the file and renamed.
+    /// Writes the pieces one after another to a temporary file and renames it.
     void write(std::vector<QByteArray> pieces) { ask(std::move(pieces)); }
     void remove();
     bool finish(std::string& error);
     void setFailureHook(QObject* context, std::function<void(const std::string&)> hook);
 
 private:
-    // Nothing to write: the file is to be removed.
+    // No value means that the file should be removed.
     using Request = std::optional<std::vector<QByteArray>>;
 
     void ask(Request request);
     void work();
-    /// Returns what went wrong.
+    /// Performs the request and returns an error, or an empty string.
     std::string meet(const Request& request) const;
 
     std::string path_;

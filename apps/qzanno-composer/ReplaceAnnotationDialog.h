@@ -8,7 +8,7 @@ class QComboBox;
 
 namespace qz::composer {
 
-/// Asks which annotation is to take the place of which in all titles.
+/// Asks which annotation should replace which in all titles.
 class ReplaceAnnotationDialog final : public QDialog {
 public:
     ReplaceAnnotationDialog(const QzAnnoPalette& palette, QWidget* parent);

@@ -30,7 +30,7 @@ void SafeAreaGuides::paintEvent(QPaintEvent* /*event*/) {
     for (const double part : {kActionSafe, kTitleSafe}) {
         const QSizeF size = area.size() * part;
         const QRectF frame(area.center() - QPointF(size.width() / 2, size.height() / 2), size);
-        // Light on dark, to be seen on any picture; the inner frame is dashed, to be told from the outer one.
+        // Light on dark, to show on any picture; the inner frame is dashed to distinguish it.
         painter.setPen(QPen(QColor(0, 0, 0, 150), 3));
         painter.drawRect(frame);
         painter.setPen(QPen(QColor(255, 255, 255, 230), 1, part == kTitleSafe ? Qt::DashLine : Qt::SolidLine));

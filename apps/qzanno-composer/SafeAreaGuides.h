@@ -6,11 +6,11 @@
 
 namespace qz::composer {
 
-/// Two frames over the text: what a receiver shows of the action (outer) and where titles may stand (inner). Takes
-/// neither pointer nor keys. A child of the text view's widget.
+/// Draws the action-safe (outer) and title-safe (inner) frames over the text. Ignores pointer and keys. A child of the
+/// text view's widget.
 class SafeAreaGuides final : public QWidget {
 public:
-    // Parts of the picture's width and height, centred, for 16:9: EBU R 95 and SMPTE ST 2046-1.
+    // Fractions of the picture's width and height, centred, for 16:9: EBU R 95 and SMPTE ST 2046-1.
     static constexpr double kActionSafe = 0.93;
     static constexpr double kTitleSafe = 0.90;
 

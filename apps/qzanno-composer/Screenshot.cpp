@@ -13,13 +13,13 @@ namespace qz::composer {
 
 bool writeScreenshot(const std::vector<QWidget*>& windows, const std::string& path, std::string& error) {
     constexpr int kGap = 16;
-    // Layouts settle and focus arrives by way of the event loop.
+    // Layouts settle and focus arrives through the event loop.
     for (int i = 0; i < 5; ++i) QApplication::processEvents();
     std::vector<QPixmap> pictures;
     QSize size(kGap, 0);
     for (QWidget* window : windows) {
         pictures.push_back(window->grab());
-        // Pixel for pixel, also on a screen of more pixels than points.
+        // Pixel for pixel, even on a high-density screen.
         pictures.back().setDevicePixelRatio(1);
         size = {size.width() + pictures.back().width() + kGap, std::max(size.height(), pictures.back().height())};
     }

@@ -7,8 +7,8 @@ class QWidget;
 
 namespace qz::composer {
 
-/// Writes a picture of the windows, each to the right of the one before, as a PNG file; false with the reason in
-/// `error`.
+/// Writes a picture of the windows, side by side from left to right, as a PNG file. Returns false, with the reason in
+/// `error`, on failure.
 bool writeScreenshot(const std::vector<QWidget*>& windows, const std::string& path, std::string& error);
 
 }  // namespace qz::composer

@@ -42,7 +42,7 @@ TitleDocument::TitleDocument(const Ref<QzAnnoPalette>& palette, NSSize screenSiz
     });
     setHandler("toggleFrameAnno:",
                [this](const Ref<NSObject>& sender) { toggleFrameAnno(std::dynamic_pointer_cast<QzAnnoKey>(sender)); });
-    // For where the keys are in no text view, as in the list of titles.
+    // For when no text view has the focus, as in the list of titles.
     setHandler("undo:", [this](const Ref<NSObject>&) { undo_->undo(); });
     setHandler("redo:", [this](const Ref<NSObject>&) { undo_->redo(); });
     NSNotificationCenter& notifications = NSNotificationCenter::defaultCenter();
@@ -92,7 +92,7 @@ void TitleDocument::setTitles(TitleFile file) {
     show(0);
 }
 
-/// What an input method is still composing belongs to the title that it was begun in.
+/// Ends an input method's composition in the title where it began.
 void TitleDocument::finishComposing() {
     if (!undo_->isUndoing() && !undo_->isRedoing()) view_->unmarkText();
 }
@@ -105,7 +105,7 @@ void TitleDocument::show(size_t title) {
     view_->setUndoPlace([this, title] {
         if (current_ != title) show(title);
     });
-    // What is typed into an empty title is not annotated as the title before it was.
+    // Do not annotate text typed into an empty title like the previous title.
     if (this->title()->length() == 0) view_->setTypingAttributes({});
     format();
     view_->setSelectedRange({view_->textStorage()->length(), 0});
@@ -175,7 +175,7 @@ const std::set<Ref<QzAnnoKey>>& TitleDocument::keysInUse() {
     return keys_;
 }
 
-/// Exchanges the list of titles and shows one of it, in one step.
+/// Replaces the list of titles and shows one of them, in one undo step.
 void TitleDocument::exchangeTitles(TitleFile file, size_t current, const std::string& actionName) {
     undo_->prepareWithInvocationTarget(*this).invoke([this, former = file_, formerCurrent = current_, actionName] {
         exchangeTitles(former, formerCurrent, actionName);
@@ -185,14 +185,14 @@ void TitleDocument::exchangeTitles(TitleFile file, size_t current, const std::st
     const Ref<QzAnnoString> shown = title();
     file_ = std::move(file);
     current = std::min(current, file_.titles.size() - 1);
-    // Selection and places in the text stay where they can.
+    // Keep the selection and positions in the text where possible.
     if (current == current_ && shown->string()->isEqualToString(*title()->string()))
         format();
     else
         show(current);
 }
 
-/// Shows the title through the palette. Selection and places in the text stay.
+/// Formats the title with the palette. Selection and positions in the text stay.
 void TitleDocument::format() {
     if (std::exchange(isFormatting_, true)) return;
     const Range selection = view_->selectedRange();
@@ -200,7 +200,7 @@ void TitleDocument::format() {
     if (title()->length() > 0) {
         storage->setAttributedString(*formatter_->attributedStringForObjectValue(title()));
     } else {
-        // An empty text has no attributes; what is typed into it takes those of its frame, or the palette's.
+        // An empty text has no attributes; text typed into it gets those of its frame, or the palette's.
         storage->setAttributedString(*NSAttributedString::init());
         const auto list = view_->typingAttributes()->objectForKey<NSSet>(*QzAnnoAttributeName);
         const auto sample = QzMutableAnnoString::initWithString(" "_ns);
@@ -208,14 +208,14 @@ void TitleDocument::format() {
         view_->setTypingAttributes(formatter_->attributedStringForObjectValue(sample)->attributesAtIndex(0));
     }
     view_->setSelectedRange(selection);
-    // Through the notification, so that container and window follow as they do when the user types.
+    // Use the notification, so that container and window follow as when the user types.
     view_->didChangeText();
     isFormatting_ = false;
     if (changeHook_) changeHook_();
 }
 
 void TitleDocument::paletteDidChange() {
-    // While a group is undone, names are on their way.
+    // While a group is being undone, names are still changing.
     if (!undo_->isUndoing() && !undo_->isRedoing()) reviveNames(true);
     showPalette();
 }
@@ -226,7 +226,7 @@ void TitleDocument::showPalette() {
     format();
 }
 
-/// What brings the palette back records nothing, so neither does what follows from it.
+/// Restoring the palette records nothing, so neither must its consequences.
 void TitleDocument::undoDidChange() {
     reviveNames(false);
     showPalette();
@@ -238,7 +238,7 @@ bool TitleDocument::mayReviveNames() const {
     });
 }
 
-/// Gives titles the palette's keys of names that it lacked until now.
+/// Gives titles the palette's keys for names that it did not have until now.
 void TitleDocument::reviveNames(bool isUndoable) {
     if (!mayReviveNames()) return;
     KeyMap keys = keysByName(*palette_, *palette_, looseKeys_, keysInUse());
@@ -255,7 +255,8 @@ void TitleDocument::reviveNames(bool isUndoable) {
     exchangeKeys(std::move(keys));
 }
 
-/// What was saved is known by the keys that titles have now. `namesThen` are the names of keys that have others by now.
+/// Replaces the keys of the saved titles, for comparison with the current ones. `namesThen` holds the former names of
+/// keys renamed since.
 void TitleDocument::exchangeKeys(KeyMap keys, const KeyNames& namesThen) {
     keys.takeOver(file_.titles);
     keys.takeOver(savedTitles_);
@@ -281,7 +282,7 @@ void TitleDocument::textDidChange() {
     const auto edited = QzMutableAnnoString::initWithKeyedAttributedString(*view_->textStorage());
     file_.titles[current_].text = edited->copy();
     noteKeys(*edited);
-    // Typing is recorded by the view; a change of annotations alone is not.
+    // The view records typing, but not a mere change of annotations.
     const bool isSameText = former->string()->isEqualToString(*edited->string());
     if (isSameText && !former->isEqualToAnnoString(*edited)) recordFormer(former);
     format();
@@ -305,7 +306,7 @@ void TitleDocument::toggleFrameAnno(const Ref<QzAnnoKey>& key) {
     const auto toggled = title()->mutableCopy();
     toggled->toggleFrameAnno(key);
     keys_.insert(key);
-    // A key that holds nowhere any more would make a difference to the saved title.
+    // Drop keys that hold nowhere any more, or the title would differ from the saved one.
     restore(current_, withKeys(*toggled, [](const Ref<QzAnnoKey>& each) { return each; }));
 }
 
@@ -325,7 +326,7 @@ void TitleDocument::joinLooks(const Ref<QzAnnoPalette>& palette) {
     }
 }
 
-/// Looks of the former titles' file leave the palette, unless somebody has made something of them.
+/// Removes the looks of the former titles' file from the palette, unless they have been edited.
 void TitleDocument::removeLooks() {
     const NSUndoManager::Pause pause(undo_);
     for (const auto& [key, attributes] : std::exchange(joined_, {})) {
@@ -337,15 +338,15 @@ void TitleDocument::removeLooks() {
 void TitleDocument::exchangePalette(const Ref<QzAnnoPalette>& palette, const std::string& file,
                                     const Ref<NSData>& saved) {
     const auto former = QzAnnoPalette::init();
-    // With the palette as target, as its own steps have, which hold for the contents of their time: they come and go
-    // with this one.
+    // Use the palette as target, as its own steps do: they are valid only for its contents at the time, and must be
+    // dropped along with this one.
     undo_->prepareWithInvocationTarget(*palette_).invoke([document = WeakRef<TitleDocument>(refTo(*this)), former,
                                                           formerFile = paletteFile_, formerSaved = savedPalette_] {
         if (const auto self = document.lock()) self->exchangePalette(former, formerFile, formerSaved);
     });
     undo_->setActionName("Open Palette");
     view_->breakUndoCoalescing();
-    // Titles go over to the annotations of the same names before the former ones leave the palette.
+    // Move titles to the annotations of the same names before the former ones leave the palette.
     exchangeKeys(keysByName(*palette_, *palette, looseKeys_, keysInUse()));
     former->retainContentsOfAnnoPalette(palette_);
     paletteFile_ = file;

@@ -14,14 +14,14 @@ namespace qz::composer {
 
 /// Titles, their palette, and the text view in which one of them is edited.
 ///
-/// Whatever the user types or switches on, and every change of the palette, is turned back into the annotated string
-/// and formatted anew, so the view always shows the title as it will be rendered. One undo manager serves text,
-/// annotations, palette and the list of titles, and brings back the title that a step concerns. Answers
-/// "requestScreenSize:" and "toggleFrameAnno:".
+/// Everything the user types or switches on, and every change of the palette, updates the annotated string and
+/// reformats it, so the view always shows the title as it will be rendered. One undo manager serves text, annotations,
+/// palette and the list of titles, and shows the title that a step concerns. Handles "requestScreenSize:" and
+/// "toggleFrameAnno:".
 ///
-/// A title keeps the names that it came with, whatever palette is loaded: a name that the palette lacks lies on the
-/// text as a loose key, until a palette has it or the palette gets an annotation of that name. The looks that a caption
-/// file itself defines join each palette as annotations, unless it has one of the name; they are no edit of it.
+/// A title keeps its annotation names whatever palette is loaded: a name missing from the palette stays on the text as
+/// a loose key until a palette has it or gains an annotation of that name. Looks defined by a caption file join each
+/// palette as annotations, unless it has one of that name; this does not count as an edit of the palette.
 class TitleDocument final : public NSResponder {
 public:
     static Ref<TitleDocument> documentWithPalette(const Ref<QzAnnoPalette>& palette, NSSize screenSize);
@@ -32,37 +32,37 @@ public:
     const Ref<NSUndoManager>& undoManager() const { return undo_; }
     NSSize screenSize() const { return container_->screenSize(); }
 
-    /// At least one title; they count as saved, and no step leads back behind them.
+    /// Takes at least one title. The titles count as saved, and cannot be undone.
     void setTitles(TitleFile file);
     const std::vector<Title>& titles() const { return file_.titles; }
     const TitleFile& file() const { return file_; }
     size_t current() const { return current_; }
     void show(size_t title);
-    /// Shows an empty title behind the current one, with times when that has some; what is typed into it has the
-    /// annotations of that one's frame.
+    /// Inserts an empty title after the current one and shows it, with times if the current one has some. Text typed
+    /// into it gets the current title's frame annotations.
     void insertTitle();
-    /// Takes the current title away; in place of the only one comes an empty one. Comments above it stay in the file.
+    /// Removes the current title; an only title is replaced by an empty one. Comments above it stay in the file.
     void removeTitle();
-    /// Refused when the end is before the start.
+    /// Refused if the end is before the start.
     bool setTimes(size_t title, double start, double end);
-    /// Gives times to the titles that have none.
+    /// Gives times to titles without any.
     void completeTimes();
     /// The current title with all edits.
     const Ref<QzAnnoString>& title() const { return file_.titles[current_].text; }
-    /// The title of the screen's size in pixels, over nothing.
+    /// A picture of the title at the screen's size in pixels, on a transparent background.
     Ref<NSBitmapImageRep> picture() const;
 
-    /// Where the insertion point of an empty title stands, in screen points: where its first character would.
+    /// The insertion point of an empty title, in screen points: the place of its first character.
     NSRect insertionPointOfEmptyTitle() const;
 
-    /// Moves the contents of another palette into this document's, whose keys of the same names take over the titles,
-    /// in one step that can be undone. Titles that were saved count as saved. `file` is where the palette came from.
+    /// Moves the contents of another palette into this document's, in one undo step, and maps the titles to the keys of
+    /// the same names. Saved titles still count as saved. `file` is the palette's path.
     void replacePalette(const Ref<QzAnnoPalette>& palette, const std::string& file = {});
     void toggleFrameAnno(const Ref<QzAnnoKey>& key);
-    /// Puts one annotation in the place of another in all titles, in one step. Returns how many titles have changed.
+    /// Replaces `key` by `byKey` in all titles, in one undo step. Returns the number of titles changed.
     size_t replaceEverywhere(const Ref<QzAnnoKey>& key, const Ref<QzAnnoKey>& byKey);
 
-    /// The files that titles and palette came from or went to last; empty before they have one.
+    /// The files that titles and palette were last read from or saved to; empty if there are none.
     ///@{
     const std::string& titlesFile() const { return titlesFile_; }
     const std::string& paletteFile() const { return paletteFile_; }
@@ -70,15 +70,15 @@ public:
     void setPaletteFile(const std::string& file) { paletteFile_ = file; }
     ///@}
 
-    /// Whether titles, or the palette, differ from what was last opened or saved. Titles differ too when an annotation
-    /// of theirs has got another name.
+    /// Whether titles, or the palette, differ from what was last opened or saved. Renaming an annotation in use counts
+    /// as a change of the titles.
     bool titlesAreEdited() const;
     bool paletteIsEdited() const { return paletteIsEdited_; }
     void markTitlesSaved();
     void markPaletteSaved();
-    /// For contents that came from no file of the user's.
+    /// For contents that do not come from a file of the user's.
     void markUnsaved();
-    /// Called after every change of what is shown or of what is to be saved.
+    /// Called after every change of what is shown or would be saved.
     void setChangeHook(std::function<void()> hook) { changeHook_ = std::move(hook); }
 
     std::string className() const override { return "TitleDocument"; }
@@ -114,20 +114,20 @@ private:
     // Without warnings.
     TitleFile file_;
     size_t current_ = 0;
-    // Of names that the palette lacks.
+    // Keys for names missing from the palette.
     LooseKeys looseKeys_;
-    // Annotations that are looks of the titles' file, as they joined.
+    // Annotations from looks of the titles' file, with their original attributes.
     std::map<Ref<QzAnnoKey>, Ref<NSDictionary>> joined_;
-    // At least the keys in use, so that nobody need walk thousands of titles where none of them matters.
+    // A superset of the keys in use, to avoid walking thousands of titles that do not use a key.
     std::set<Ref<QzAnnoKey>> keys_;
     std::string titlesFile_;
     std::string paletteFile_;
     std::vector<Title> savedTitles_;
-    // Of their annotations, by their keys: a key that gets another name stays what it is.
+    // The names of their annotations by key, since renaming does not change a key.
     KeyNames savedNames_;
-    // Where titles differed from the saved ones when that was last asked: whoever types asks at every key.
+    // The title found to differ from the saved one last time, since every keystroke asks.
     mutable size_t lastEdited_ = 0;
-    // As a property list; none when the palette has no such form.
+    // As a property list; null if the palette has no such form.
     Ref<NSData> savedPalette_;
     bool paletteIsEdited_ = false;
     std::function<void()> changeHook_;

@@ -25,13 +25,13 @@ std::string placed(const std::string& path, const CaptionProblem& problem) {
 }
 
 Title titleOf(const CaptionCue& cue, bool isWebVTT) {
-    // The places of other formats are in the text, and what stands behind SubRip's times places nothing.
+    // Other formats have placement in the text, and text after SubRip's times places nothing.
     const std::string settings = isWebVTT ? cue.settings : settingsOfPlacement(cue.placement);
     const CueSource source = {cue.identifier, settings, cue.payload, cue.preamble};
     return {cue.text, cue.start, cue.end, std::make_shared<const CueSource>(source)};
 }
 
-/// Names that stand for another annotation in an archive than on the titles, each once.
+/// Names that would mean a different annotation in an archive than in the titles, each once.
 std::set<std::string> mistakenNames(const TitleFile& titles, const QzAnnoPalette& palette) {
     std::set<std::string> names;
     for (const Title& title : titles.titles) {
@@ -43,7 +43,7 @@ std::set<std::string> mistakenNames(const TitleFile& titles, const QzAnnoPalette
     return names;
 }
 
-/// What an archive does not keep.
+/// What an archive would lose.
 std::vector<std::string> lossesInArchive(const TitleFile& titles, const QzAnnoPalette& palette) {
     bool hasTimes = false, hasSettings = false, hasMarkup = false;
     bool hasComments = titles.header.size() > std::string_view("WEBVTT").size() || !titles.trailer.empty();
@@ -95,7 +95,7 @@ std::optional<WrittenTitles> titlesAsCaptions(TitleFile titles, const QzAnnoPale
 
 using WholeReader = std::optional<CaptionFile> (*)(const NSData&, const CueNames&, CaptionProblem*);
 
-/// Null unless the file is one of captions.
+/// Null unless the path names a caption file.
 WholeReader readerOf(const std::string& path) {
     constexpr std::pair<std::string_view, WholeReader> kReaders[] = {
         {".vtt", readWebVTT}, {".srt", readSubRip}, {".ass", readAss}, {".ssa", readAss}};

@@ -11,7 +11,7 @@
 
 namespace qz::composer {
 
-/// What a caption file says of a title besides text and times, for the way back (see CaptionFile.h).
+/// What a caption file holds for a title besides text and times, kept for saving (see CaptionFile.h).
 struct CueSource {
     std::string identifier;
     std::string settings;
@@ -19,7 +19,7 @@ struct CueSource {
     std::string preamble;
 };
 
-/// A title of a file, with the times at which it shows, in seconds; none of a text without times.
+/// A title with its start and end, in seconds; no values for a text without times.
 struct Title {
     Ref<QzAnnoString> text;
     std::optional<double> start;
@@ -30,39 +30,40 @@ struct Title {
 struct TitleFile {
     /// At least one.
     std::vector<Title> titles;
-    // Of caption files: what stands before the first title and behind the last one.
+    // For caption files: the text before the first title and after the last.
     std::string header = {};
     std::string trailer = {};
-    /// What annotations of its own look like that the palette does not have.
+    /// The looks of the file's own annotations that the palette does not have.
     std::vector<std::shared_ptr<const CaptionLook>> looks = {};
-    /// What is wrong in it, one line each with its place.
+    /// Problems found, one line each with its place.
     std::vector<std::string> warnings = {};
 };
 
 /// The titles of a WebVTT (.vtt) or SubRip (.srt) file, a script (.ass, .ssa), a text file (.txt) or an archive of
-/// annotated strings (.annostring). Names that the palette lacks have keys of no palette, one each. None, with one line
-/// that names the file in `error`, when it cannot be read.
+/// annotated strings (.annostring). Each name missing from the palette gets an unbound key. Returns no value, with one
+/// line that names the file in `error`, if it cannot be read.
 std::optional<TitleFile> readTitleFile(const std::string& path, const Ref<QzAnnoPalette>& palette, std::string& error);
 
 struct WrittenTitles {
     Ref<NSData> file;
-    /// What of the titles the file does not hold, one line each.
+    /// What the file cannot hold of the titles, one line each.
     std::vector<std::string> losses;
 };
 
-/// The titles in the form that the path's ending asks for: captions (.vtt), in which those without times get some, or
-/// an archive (.annostring). None, with one line that names the file in `error`, when there is no such form.
+/// The titles in the form for the path's ending: captions (.vtt), where titles without times get some, or an archive
+/// (.annostring). Returns no value, with one line that names the file in `error`, if there is no such form.
 std::optional<WrittenTitles> titlesAsFile(const std::string& path, const TitleFile& titles,
                                           const Ref<QzAnnoPalette>& palette, std::string& error);
 
-/// The titles as an archive: one annotated string, or an array of them; none, with the reason in `reason`, when they
-/// have no such form.
+/// The titles as an archive: one annotated string, or an array of them. Returns null, with the reason in `reason`, if
+/// they cannot be archived.
 Ref<NSData> archiveOfTitles(const std::vector<Title>& titles, const Ref<QzAnnoPalette>& palette, std::string& reason);
-/// The way back, with keys as for `readTitleFile`. Warnings name annotations that the palette lacks.
+/// Reads such an archive, with keys as for `readTitleFile`. Warnings name annotations missing from the palette.
 std::optional<TitleFile> titlesOfArchive(const Ref<NSData>& archive, const Ref<QzAnnoPalette>& palette,
                                          std::string& reason);
 
-/// The palette of a property-list file. None, with one line that names the file in `error`, when it cannot be read.
+/// The palette of a property-list file. Returns null, with one line that names the file in `error`, if it cannot be
+/// read.
 Ref<QzAnnoPalette> readPaletteFile(const std::string& path, std::string& error);
 
 }  // namespace qz::composer

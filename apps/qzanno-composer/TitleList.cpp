@@ -21,7 +21,7 @@ constexpr int kRowPadding = 8;
 enum Column { numberColumn, startColumn, endColumn, textColumn };
 
 QString timeOf(const std::optional<double>& time) {
-    // Hours only where there are any: the line is short.
+    // Shows hours only if there are any, since the line is short.
     return time ? clock(*time).mid(*time < 3600 ? 3 : 0) : QString();
 }
 
@@ -65,7 +65,7 @@ TitleList::TitleList(QWidget* parent)
     refusal_->setAttribute(Qt::WA_TransparentForMouseEvents);
     refusal_->hide();
     connect(list_->verticalScrollBar(), &QScrollBar::valueChanged, refusal_, &QWidget::hide);
-    // The head of the list says what it is; a menu and a key show and hide it.
+    // The list's header says what it is; a menu item and its shortcut show and hide it.
     setTitleBarWidget(new QWidget(this));
     setFeatures(DockWidgetClosable);
     connect(list_, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* item) {
@@ -83,7 +83,7 @@ TitleList::TitleList(QWidget* parent)
     connect(list_, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* item, int column) {
         const auto title = static_cast<size_t>(list_->indexOfTopLevelItem(item));
         const QString entered = item->text(column);
-        // Until it is known to be a time, the row shows the former one.
+        // Until the entry is known to be a time, the row shows the former one.
         const QSignalBlocker quiet(list_);
         fill(*item, shown_[title], title + 1);
         refusal_->hide();

@@ -18,11 +18,11 @@ public:
     explicit TitleList(QWidget* parent);
 
     void list(const std::vector<Title>& titles, size_t current);
-    /// Says below the title why what was entered is not taken, until something else is entered or listed.
+    /// Shows below the title why the entry was refused, until the next entry or relisting.
     void refuse(size_t title, const QString& reason);
     /// Called when the user goes to another title.
     void setChosen(std::function<void(size_t title)> chosen) { chosen_ = std::move(chosen); }
-    /// Called with what the user has entered as a time; whoever takes it lists the titles anew.
+    /// Called with the text that the user has entered as a time; the receiver relists the titles if it accepts it.
     void setTimeEntered(std::function<void(size_t title, bool isEnd, const QString& text)> timeEntered) {
         timeEntered_ = std::move(timeEntered);
     }
@@ -32,7 +32,7 @@ private:
 
     QTreeWidget* const list_;
     QLabel* const refusal_;
-    // The titles as their rows show them; told apart by identity, for a file may hold thousands.
+    // The titles as shown; compared by identity, since a file may hold thousands.
     std::vector<Title> shown_;
     std::function<void(size_t)> chosen_;
     std::function<void(size_t, bool, const QString&)> timeEntered_;

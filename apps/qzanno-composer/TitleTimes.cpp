@@ -7,7 +7,7 @@
 namespace qz::composer {
 namespace {
 
-// As guides for subtitles ask: some fifteen letters a second, and neither a flash nor a standstill.
+// As subtitling guides recommend: about fifteen letters a second, neither too short nor too long.
 constexpr double kCharactersPerSecond = 15;
 constexpr double kShortestSeconds = 1.5;
 constexpr double kLongestSeconds = 7;

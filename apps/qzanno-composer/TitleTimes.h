@@ -11,11 +11,10 @@ namespace qz::composer {
 
 /// "00:01:02.500"
 QString clock(double seconds);
-/// Seconds of a time as people write it: "1:02.5", "62,5", "0:01:02.500". None for anything else.
+/// Parses a time as people write it, in seconds: "1:02.5", "62,5", "0:01:02.500". Returns no value for anything else.
 std::optional<double> secondsOfClock(const QString& text);
 
-/// Gives the title, which follows the one before, times to be read in: behind that one, and until the next at most when
-/// there is room.
+/// Gives the title enough time to be read, after the previous title and, if there is room, ending before the next.
 void giveTimes(std::vector<Title>& titles, size_t title);
 
 }  // namespace qz::composer

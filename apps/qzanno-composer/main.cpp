@@ -53,7 +53,7 @@ int fail(int code, const std::string& message) {
     return code;
 }
 
-/// Fails, and says so in a window where nobody reads standard error: the desktop has started the program.
+/// Reports a failure, in a window too if the desktop has started the program and nobody reads standard error.
 int failInSight(const Options& options, const std::string& message) {
     const int code = fail(kFailed, message);
     const bool isRead = isatty(STDERR_FILENO) || !options.screenshot.isEmpty();
@@ -80,7 +80,7 @@ QPalette darkPalette() {
     return dark;
 }
 
-/// False, with one line in `error`, for arguments that mean nothing.
+/// Returns false, with one line in `error`, for invalid arguments.
 bool parse(const QStringList& arguments, Options& options, std::string& error, QString& help) {
     QCommandLineParser parser;
     parser.setApplicationDescription("Composes titles: type over a frame, style with annotations.");
@@ -107,7 +107,7 @@ bool parse(const QStringList& arguments, Options& options, std::string& error, Q
     if (parser.isSet("help")) help = parser.helpText();
     if (parser.isSet("version")) help = "qzanno-composer " QZANNO_VERSION "\n";
     if (parser.positionalArguments().size() > 1) {
-        error = "one file of titles at a time; run it once for each";
+        error = "give one file of titles; run the composer once for each";
         return false;
     }
     options.titles = parser.positionalArguments().value(0);
@@ -128,7 +128,7 @@ bool parse(const QStringList& arguments, Options& options, std::string& error, Q
             return false;
         }
     }
-    if (!options.page.isEmpty() && options.edit.isEmpty()) error = "--page is of the editor; give --edit NAME too";
+    if (!options.page.isEmpty() && options.edit.isEmpty()) error = "--page needs the editor; give --edit NAME too";
     if (parser.isSet("title")) options.title = parser.value("title").toInt();
     if (options.title < 1) error = "--title takes a number from 1";
     if (!QStringList{"light", "dark", "desktop"}.contains(options.appearance)) {
@@ -162,7 +162,7 @@ int run(const Options& options) {
         if (!frame) return failInSight(options, path + ": " + error);
     }
 
-    // A picture of the windows must neither depend on the user's settings nor change them.
+    // A screenshot must neither depend on the user's settings nor change them.
     const QTemporaryDir settings;
     const bool isForPicture = !options.screenshot.isEmpty();
     auto& defaults = NSUserDefaults::standardUserDefaults();
@@ -176,7 +176,7 @@ int run(const Options& options) {
     window.show();
     const Ref<QzAnnotationManager> manager = QzAnnotationManager::sharedAnnotationManager();
     manager->setAnnotationPalette(palette);
-    // Whoever has closed the panel opens it by the menu.
+    // A user who has closed the panel reopens it from the menu.
     if (!defaults.hasValueForKey("AnnoationPaletteVisible")) manager->showWindow({});
     if (!options.edit.isEmpty()) {
         const Ref<QzAnnoKey> key = palette->findAnnoKey(NSString::stringWithUTF8String(options.edit.toStdString()));
@@ -209,12 +209,12 @@ int run(const Options& options) {
 int main(int argc, char** argv) {
     using namespace qz::composer;
     QCoreApplication::setApplicationName("qzanno-composer");
-    // Windows that nobody is to see need no screen; without one, the toolkit would end the process in its own words.
+    // A screenshot needs no screen; without one, the toolkit would end the process with a message of its own.
     const bool hasScreen = qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
                            qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
     if (!hasScreen) qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
-    // The icon and the name that the desktop has for it, of the installed .desktop file.
+    // The installed .desktop file gives the icon and name on the desktop.
     QGuiApplication::setDesktopFileName("qzanno-composer");
     QApplication::setWindowIcon(QIcon::fromTheme("qzanno-composer"));
     Options options;

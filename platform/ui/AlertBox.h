@@ -4,8 +4,8 @@
 
 namespace qz {
 
-/// Shows an alert as a message box and waits for the choice; on whatever thread it is called, the box opens on that of
-/// the user interface. The default button counts as chosen when the box is closed, and once the application has ended.
+/// Shows an alert as a message box and waits for the choice. May be called on any thread; the box opens on the user
+/// interface's. Closing the box counts as the default button, and so does a call after the application has ended.
 NSAlertReturn showAlertBox(const AlertPanel& panel);
 
 }  // namespace qz

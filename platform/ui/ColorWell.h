@@ -27,7 +27,7 @@ private:
     std::function<void(const Ref<NSColor>&)> chosen_;
 };
 
-/// Draws squares of two greys, which show through what is transparent.
+/// Draws a checkerboard of two greys, to be seen through transparent colours.
 void drawCheckerboard(QPainter& painter, const QRect& rect, int squareSize);
 
 }  // namespace qz

@@ -24,7 +24,7 @@ QString textOf(const Ref<NSObject>& value) {
     return value ? toQt(value->description()) : QString();
 }
 
-/// The controls of a window that show properties of one object. A child of the window's widget.
+/// Binds the controls of a window to properties of one object. A child of the window's widget.
 class Bindings final : public QObject {
 public:
     Bindings(QWidget& in, const Ref<NSObject>& object) : QObject(&in), object_(object) {
@@ -47,7 +47,7 @@ private:
         NSKeyValueObserving* observing = observed();
         if (first == last || !observing) return;
         const Ref<NSObject> value = observing->valueForKey(key);
-        // A control that is given a value says that it has changed.
+        // Setting a control's value makes it report a change.
         const bool wasShowing = std::exchange(isShowing_, true);
         for (auto shower = first; shower != last; ++shower) shower->second(value);
         isShowing_ = wasShowing;
@@ -100,13 +100,13 @@ private:
             });
             connect(line, &QLineEdit::textEdited, this, [this, key](const QString& text) { set(key, fromQt(text)); });
         } else if (auto* combo = dynamic_cast<QComboBox*>(&control)) {
-            // Items of the interface file have no tags: their places count from 0.
+            // Items from the interface file have no tags; use their index.
             for (int i = 0; i < combo->count(); ++i) {
                 if (!combo->itemData(i).isValid()) combo->setItemData(i, i);
             }
             showers_.emplace(key, [combo](const Ref<NSObject>& value) {
                 const int tag = static_cast<int>(numberOf(value));
-                // A number without a name is shown as it is, not as nothing.
+                // Show a number without an item as a number, not as nothing.
                 if (combo->findData(tag) < 0) combo->addItem(QString::number(tag), tag);
                 combo->setCurrentIndex(combo->findData(tag));
             });

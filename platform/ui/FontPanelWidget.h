@@ -13,8 +13,8 @@ namespace qz {
 
 class NSFontManager;
 
-/// Families, the faces of one, and, where that is wanted, a size. Lists the fonts of the library that the font shown
-/// last comes from, at first those of this machine.
+/// Lists of the families and of the faces of one, and optionally a size. Lists the fonts of the library that the font
+/// shown last comes from, at first those of this machine.
 class FontPanelWidget final : public QWidget {
 public:
     explicit FontPanelWidget(NSFontManager& manager);
@@ -34,7 +34,7 @@ private:
     QListWidget* faces_;
     QDoubleSpinBox* size_;
     QLabel* note_;
-    // Lists are being filled, which is no choice of the user.
+    // True while lists are being filled, which is not the user's choice.
     bool isFilling_ = false;
 };
 

@@ -17,7 +17,7 @@
 namespace qz {
 namespace {
 
-/// Knows the widgets of this folder besides those of the toolkit.
+/// Makes the widgets of this folder as well as the toolkit's.
 class Loader final : public QUiLoader {
 public:
     QWidget* createWidget(const QString& className, QWidget* parent, const QString& name) override {
@@ -47,7 +47,7 @@ Ref<NSResponder> targetOf(const QObject& object, const std::map<std::string, Ref
 
 struct InterfaceFile::State {
     std::string path;
-    // The windows that are made of its children take them out.
+    // Windows made from its children remove them from it.
     std::unique_ptr<QWidget> root;
     std::map<std::string, QPointer<QWidget>> widgets;
 };

@@ -33,8 +33,8 @@ bool beginsAnEvent(QEvent::Type type) {
 
 }  // namespace
 
-/// Watches the application's events. What one event has recorded is closed when the next begins, which for a person is
-/// the same as when it ends.
+/// Watches the application's events. Closes the undo group of one event when the next begins, which to the user is the
+/// same as when it ends.
 class NSApplication::Events final : public QObject {
 public:
     Events() { qApp->installEventFilter(this); }
@@ -68,7 +68,7 @@ NSApplication::NSApplication() : events_(std::make_unique<Events>()) {
 NSApplication::~NSApplication() = default;
 
 NSApplication& NSApplication::sharedApplication() {
-    // Lives as long as the toolkit's application, whose end would otherwise find an event filter that is gone.
+    // Lives as long as the toolkit's application, or the application's end would call a destroyed event filter.
     static QPointer<QApplication> application;
     static Ref<NSApplication> shared;
     if (!shared || application != qApp) {
@@ -87,7 +87,7 @@ QWidget* NSApplication::mainWindow() const {
 }
 
 bool performAlongChain(NSResponder* responder, const std::string& action, const Ref<NSObject>& sender) {
-    // A chain that is closed into a ring by mistake ends here.
+    // Ends a responder chain that forms a ring by mistake.
     constexpr int kRespondersMax = 64;
     Ref<NSResponder> kept;
     for (int i = 0; responder && i < kRespondersMax; ++i) {

@@ -21,7 +21,7 @@ NSBox::NSBox(QGroupBox* widget)
     if (!widget) return;
     QObject::connect(widget, &QGroupBox::toggled, widget,
                      [this](bool on) { titleCell_->setObjectValue(NSNumber::numberWithInt(on ? 1 : 0)); });
-    // Only a click of the user sends the action, as with every button.
+    // Only a click by the user sends the action, as with every button.
     QObject::connect(widget, &QGroupBox::clicked, widget, [this] {
         const auto cell = std::dynamic_pointer_cast<NSButtonCell>(titleCell_);
         if (cell && !cell->action().empty()) {
@@ -31,7 +31,7 @@ NSBox::NSBox(QGroupBox* widget)
 }
 
 NSBox::~NSBox() {
-    // The widget may outlive its view, whose cell it tells of clicks.
+    // The widget reports clicks to the cell and may outlive the view.
     if (widget()) QObject::disconnect(widget(), nullptr, widget(), nullptr);
 }
 

@@ -7,20 +7,21 @@ class QGroupBox;
 
 namespace qz {
 
-/// A frame around controls, with a cell for a title: a text, or a check box, which then decides whether the controls
-/// inside can be used.
+/// A frame around controls whose title cell is a text or a check box, which then enables or disables the controls
+/// inside.
 class NSBox final : public NSView {
 public:
-    /// With a text for a title, that of the widget.
+    /// Has the widget's title as text.
     static Ref<NSBox> boxWithWidget(QGroupBox* widget);
     ~NSBox() override;
 
-    /// Never none.
+    /// Never null.
     const Ref<NSCell>& titleCell() const { return titleCell_; }
-    /// The text of the former title cell goes over to the new one; a switch button becomes a check box, whose action
-    /// goes to its target when it is clicked, with this box as the sender. None is ignored.
+    /// Copies the text of the former title cell to the new one. A switch button becomes a check box that sends its
+    /// action to its target when clicked, with this box as sender. Null is ignored.
     void setTitleCell(const Ref<NSCell>& cell);
-    /// The state of a check box in the title; on without one. Setting it sends no action, and does nothing without one.
+    /// The state of the check box in the title; on if there is none. Setting it sends no action and does nothing if
+    /// there is none.
     ///@{
     bool titleIsOn() const;
     void setTitleIsOn(bool on);
@@ -35,7 +36,7 @@ private:
     Ref<NSCell> titleCell_;
 };
 
-/// Gives the box a check box for a title, with the text and tag of its title cell, which sends the action to the
+/// Turns the box's title into a check box, with the text and tag of its title cell, that sends the action to the
 /// target.
 void setCellBox(NSBox& box, const Ref<NSResponder>& target, const std::string& action);
 

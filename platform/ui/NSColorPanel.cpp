@@ -16,7 +16,7 @@ struct NSColorPanel::State {
     QColorDialog& made() {
         if (dialog) return *dialog;
         dialog = new QColorDialog;
-        // The desktop's own dialog has buttons, and waits for them.
+        // The desktop's own dialog has buttons and waits for them.
         dialog->setOptions(QColorDialog::NoButtons | QColorDialog::DontUseNativeDialog);
         dialog->setOption(QColorDialog::ShowAlphaChannel, showsAlpha);
         dialog->setWindowTitle("Colours");
@@ -34,7 +34,7 @@ NSColorPanel::NSColorPanel() : state_(std::make_unique<State>()) {}
 NSColorPanel::~NSColorPanel() = default;
 
 NSColorPanel& NSColorPanel::sharedColorPanel() {
-    // Lives to the end of the process: its dialog must not go after the toolkit.
+    // Never destroyed: its dialog must not outlive the toolkit.
     static auto* panel = new NSColorPanel;
     return *panel;
 }
@@ -53,7 +53,7 @@ Ref<NSColor> NSColorPanel::color() const {
 }
 
 void NSColorPanel::openForColor(const Ref<NSColor>& color, std::function<void(const Ref<NSColor>&)> choose) {
-    // Taking over a colour must not count as choosing it.
+    // Showing a colour must not count as choosing it.
     state_->choose = nullptr;
     QColorDialog& dialog = state_->made();
     if (color) dialog.setCurrentColor(toQt(*color));

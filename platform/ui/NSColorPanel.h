@@ -15,20 +15,20 @@ public:
     /// Lives until the process ends.
     static NSColorPanel& sharedColorPanel();
 
-    /// Whether opacity can be chosen; not at the start.
+    /// Whether opacity can be chosen; false by default.
     ///@{
     bool showsAlpha() const;
     void setShowsAlpha(bool shows);
     ///@}
-    /// The colour that the panel shows, black before it is first opened; never none.
+    /// The colour that the panel shows, black before it is first opened; never null.
     Ref<NSColor> color() const;
-    /// Shows the panel with the colour, or with the one that it has for none; `choose` gets every colour chosen from
-    /// now on, until the panel is opened for another or ordered out. It must not outlive what it refers to.
+    /// Shows the panel with the colour, or with its current colour if null. `choose` receives every colour chosen until
+    /// the panel is opened again or hidden, and must not outlive what it refers to.
     void openForColor(const Ref<NSColor>& color, std::function<void(const Ref<NSColor>&)> choose);
-    /// Hides the panel; nobody gets its colours any more.
+    /// Hides the panel and stops reporting its colours.
     void orderOut();
 
-    /// The panel's own; null before it is first opened.
+    /// The panel's widget; null before it is first opened.
     QWidget* widget() const;
 
 private:

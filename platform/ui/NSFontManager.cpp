@@ -6,7 +6,7 @@
 namespace qz {
 
 NSFontManager& NSFontManager::sharedFontManager() {
-    // Lives to the end of the process: its panel must not go after the toolkit.
+    // Never destroyed: its panel must not outlive the toolkit.
     static const auto* manager = new Ref<NSFontManager>(new NSFontManager);
     return **manager;
 }

@@ -13,7 +13,7 @@ bool NSResponder::respondsTo(const std::string& action) const {
 bool NSResponder::tryToPerform(const std::string& action, const Ref<NSObject>& sender) {
     const auto found = handlers_.find(action);
     if (found == handlers_.end()) return false;
-    // The handler may register others, or end the life of this object.
+    // The handler may register others or destroy this object.
     const ActionHandler handler = found->second;
     handler(sender);
     return true;

@@ -29,7 +29,7 @@ NSTableView::NSTableView(QTableView* widget) : NSView(widget), state_(std::make_
 }
 
 NSTableView::~NSTableView() {
-    // Nobody is to be told any more of what letting go of the rows does to the selection.
+    // Do not report the selection changes that dropping the rows causes.
     state_->delegate = nullptr;
     if (!state_->widget) return;
     state_->widget->setTable(nullptr);
@@ -97,7 +97,7 @@ int32_t NSTableView::selectedRow() const {
 void NSTableView::selectRow(int32_t row, bool byExtendingSelection) {
     if (!state_->widget || row < 0 || row >= numberOfRows()) return;
     const auto how = byExtendingSelection ? QItemSelectionModel::Select : QItemSelectionModel::ClearAndSelect;
-    // The keys go on from there.
+    // Key navigation continues from there.
     state_->widget->selectionModel()->setCurrentIndex(state_->model.index(row, 0), how | QItemSelectionModel::Rows);
 }
 

@@ -18,7 +18,7 @@ std::unordered_map<const QWidget*, NSResponder*>& responders() {
 
 struct NSView::State {
     QPointer<QWidget> widget;
-    // The key in the table, also when the widget is gone.
+    // The key in the table, even after the widget has been destroyed.
     const QWidget* key;
     QMetaObject::Connection destruction;
 };

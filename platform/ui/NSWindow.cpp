@@ -13,7 +13,7 @@
 
 namespace qz {
 
-/// Sees the events of a window's widget, and the keys of all widgets in it, before they do.
+/// Filters the events of a window's widget and the keys of all widgets in it.
 class NSWindow::EventFilter final : public QObject {
 public:
     explicit EventFilter(NSWindow& window) : window_(window) {}
@@ -44,7 +44,7 @@ public:
     }
 
 private:
-    /// Keys that no view in the window has taken.
+    /// Handles keys that no view in the window has used.
     bool handleKey(QKeyEvent& event) {
         return handleUndo(event) || (event.type() == QEvent::KeyPress && (handleEscape(event) || handleReturn(event)));
     }
@@ -57,7 +57,7 @@ private:
         return true;
     }
 
-    /// As in a dialog, clicks the button that has the keys, or else the default one.
+    /// As in a dialog, clicks the focused button, or else the default one.
     bool handleReturn(const QKeyEvent& event) {
         if (event.key() != Qt::Key_Return && event.key() != Qt::Key_Enter) return false;
         const auto buttons = window_.widget()->findChildren<QPushButton*>();
@@ -168,7 +168,7 @@ void NSPanel::setBecomesKeyOnlyIfNeeded(bool onlyIfNeeded) {
 void NSPanel::makeKeyAndOrderFront(const Ref<NSObject>& sender) {
     if (!widget()) return;
     prepareToShow(*widget(), isFloating_);
-    // The toolkit refuses to activate a window with this flag; the widget keeps it, so that it comes back.
+    // The toolkit does not activate a window with this flag; the widget keeps the flag and restores it.
     widget()->windowHandle()->setFlag(Qt::WindowDoesNotAcceptFocus, false);
     NSWindow::makeKeyAndOrderFront(sender);
 }

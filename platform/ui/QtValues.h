@@ -10,7 +10,7 @@
 
 namespace qz {
 
-// Values of the two worlds.
+// Converts values between the toolkit and this library.
 
 inline QString toQt(const NSString& text) {
     return QString::fromUtf16(text.characters().data(), static_cast<qsizetype>(text.length()));
@@ -28,7 +28,7 @@ inline QColor toQt(const NSColor& color) {
 inline Ref<NSColor> fromQt(const QColor& color) {
     return NSColor::colorWithCalibratedRed(color.redF(), color.greenF(), color.blueF(), color.alphaF());
 }
-/// Sees the bitmap's pixels, which must outlive the image.
+/// An image that shares the bitmap's pixels, which must outlive it.
 inline QImage imageOf(const NSBitmapImageRep& bitmap) {
     return QImage(bitmap.bitmapData(), bitmap.pixelsWide(), bitmap.pixelsHigh(), bitmap.bytesPerRow(),
                   QImage::Format_RGBA8888_Premultiplied);

@@ -21,7 +21,7 @@ Qt::CheckState checkState(const NSButtonCell& cell) {
     return state < 0 ? Qt::PartiallyChecked : state > 0 ? Qt::Checked : Qt::Unchecked;
 }
 
-/// The next state of a button that is clicked: mixed becomes on.
+/// The state of a button after a click: mixed becomes on.
 int32_t nextState(const NSButtonCell& cell) {
     return cell.state() > 0 ? 0 : 1;
 }
@@ -145,7 +145,7 @@ void CellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, 
                      style->pixelMetric(QStyle::PM_IndicatorHeight, &item, item.widget));
     indicator.rect = QStyle::alignedRect(item.direction, Qt::AlignCenter, size, item.rect);
     indicator.state &= ~QStyle::State_HasFocus;
-    // On a dark table an empty box of the table's own colour would not be seen.
+    // On a dark table, an empty box in the table's own colour would be invisible.
     const QColor base = item.palette.color(QPalette::Base);
     if (base.lightness() < 128) indicator.palette.setColor(QPalette::Base, item.palette.color(QPalette::Button));
     const Qt::CheckState state = checkState(*button);
@@ -165,7 +165,7 @@ bool CellDelegate::editorEvent(QEvent* event, QAbstractItemModel* model, const Q
         const auto* mouse = static_cast<QMouseEvent*>(event);
         if (mouse->button() != Qt::LeftButton || !option.rect.contains(mouse->position().toPoint())) return false;
     } else {
-        // The press belongs to the click that follows, and selects no row.
+        // The press belongs to the following click and selects no row.
         return event->type() == QEvent::MouseButtonDblClick;
     }
     return model->setData(index, nextState(*button), Qt::CheckStateRole);
@@ -182,7 +182,7 @@ TableWidget::TableWidget(QWidget* parent) : QTableView(parent) {
     setDragEnabled(true);
     setShowGrid(false);
     setAlternatingRowColors(true);
-    // Tab leaves the table, so that everything in the window can be reached by keys.
+    // Tab leaves the table, so that everything in the window can be reached from the keyboard.
     setTabKeyNavigation(false);
     verticalHeader()->hide();
     verticalHeader()->setDefaultSectionSize(verticalHeader()->fontMetrics().height() + 8);
@@ -193,7 +193,7 @@ TableWidget::TableWidget(QWidget* parent) : QTableView(parent) {
 
 bool TableWidget::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) {
     if (trigger == EditKeyPressed && index.isValid() && !(index.flags() & Qt::ItemIsEditable)) {
-        // Asked for by key, a row is edited wherever in it the keys are.
+        // When requested by key, a row is edited whichever of its cells has the focus.
         for (int column = 0; column < model()->columnCount(); ++column) {
             const QModelIndex sibling = index.siblingAtColumn(column);
             if (sibling.flags() & Qt::ItemIsEditable) return edit(sibling, trigger, event);

@@ -11,15 +11,15 @@
 
 namespace qz {
 
-/// The rows and columns of a table view, as the toolkit asks for them.
+/// The toolkit's model of a table view's rows and columns.
 class TableModel final : public QAbstractTableModel {
 public:
     explicit TableModel(NSTableView& table) : table_(table) {}
 
-    /// Says that every row may have changed.
+    /// Reports that every row may have changed.
     void reload();
     void addColumn();
-    /// The column's cell, filled for the row; none outside the table.
+    /// The column's cell with the row's value; null outside the table.
     NSCell* cellAt(const QModelIndex& index) const;
 
     int rowCount(const QModelIndex& parent = {}) const override { return parent.isValid() ? 0 : rows_; }
@@ -35,7 +35,7 @@ private:
     int columns_ = 0;
 };
 
-/// Draws the cells that are buttons, and takes their clicks and the space key.
+/// Draws button cells and handles their clicks and the space key.
 class CellDelegate final : public QStyledItemDelegate {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -48,11 +48,10 @@ public:
 class TableWidget final : public QTableView {
 public:
     explicit TableWidget(QWidget* parent = nullptr);
-    /// The view takes events; none stops that.
+    /// The view receives the events; null stops that.
     void setTable(NSTableView* table) { table_ = table; }
 
-    /// Lets a drag go on to its drop. Where no pointer is, the toolkit's own loop ends at once; a test has one of its
-    /// own.
+    /// Runs a drag until its drop. Without a pointer the toolkit's loop ends at once, so tests supply their own.
     static inline std::function<void(QDrag& drag)> dragLoop = [](QDrag& drag) { drag.exec(Qt::CopyAction); };
 
 protected:
@@ -68,9 +67,9 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    /// What a drag of the selected rows carries; null when the data source refuses.
+    /// The data for dragging the selected rows; null if the data source refuses.
     QMimeData* newDragData();
-    /// Lets the data source judge the drop at the pointer; whether it may take place.
+    /// Asks the data source whether to allow the drop at the pointer.
     bool answerDrag(QDropEvent& event);
     void proposeDrop(int y);
     void showDrop(bool isShown);

@@ -7,7 +7,7 @@
 namespace qz {
 namespace {
 
-/// A text widget as reading programs see it. Positions are UTF-16 units, as in the toolkit's own texts.
+/// A text widget as screen readers see it. Positions are UTF-16 units, as in the toolkit.
 class AccessibleText final : public QAccessibleWidget, public QAccessibleTextInterface {
 public:
     explicit AccessibleText(TextWidget* widget) : QAccessibleWidget(widget, QAccessible::EditableText) {}

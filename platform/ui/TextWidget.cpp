@@ -63,7 +63,7 @@ TextWidget::Placement TextWidget::placement() const {
     const double scale = std::min(width() / double{size.width}, height() / double{size.height});
     const double w = size.width * scale;
     const double h = size.height * scale;
-    // On whole points, so that the picture below is not blurred.
+    // On whole points, so that the picture beneath is not blurred.
     return {QRectF(std::floor((width() - w) / 2), std::floor((height() - h) / 2), w, h), scale};
 }
 
@@ -97,7 +97,7 @@ void TextWidget::drawText() {
     });
 }
 
-/// A bitmap of the area's pixels, drawn on in container points.
+/// A bitmap with the area's pixels, drawn in container points.
 Ref<NSBitmapImageRep> TextWidget::newCanvas(const std::function<void(NSLayoutManager&, Range glyphs)>& draw) const {
     const auto [area, scale] = placement();
     const double pixels = devicePixelRatioF();
@@ -135,7 +135,8 @@ void TextWidget::paintEvent(QPaintEvent* /*event*/) {
     drawMarks(painter);
 }
 
-/// Above what lies beneath the glyphs, which may be a box that hides all, and with the glyphs above it once more.
+/// Draws the selection over everything beneath the glyphs, which may include a filled box, and then the glyphs again on
+/// top.
 void TextWidget::drawSelection(QPainter& painter) {
     QPainterPath selection, around;
     around.setFillRule(Qt::WindingFill);
@@ -157,13 +158,13 @@ void TextWidget::drawSelection(QPainter& painter) {
     painter.setClipPath(selection, Qt::IntersectClip);
     if (glyphs_) painter.drawImage(area, imageOf(*glyphs_));
     painter.restore();
-    // Its border is light on dark, to be seen where picture or box are of the selection's own colour.
+    // The border is light on dark, to show where picture or box have the selection's colour.
     painter.setRenderHint(QPainter::Antialiasing);
     painter.strokePath(around.simplified(), QPen(QColor(0, 0, 0, 150), 3));
     painter.strokePath(around.simplified(), QPen(QColor(255, 255, 255, 230), 1));
 }
 
-/// What lies above the text: the line under text that is being composed, and the insertion point.
+/// Draws what is above the text: the line under text being composed, and the insertion point.
 void TextWidget::drawMarks(QPainter& painter) {
     const Range marked = view_->markedRange();
     if (marked.length > 0) {
@@ -175,7 +176,7 @@ void TextWidget::drawMarks(QPainter& painter) {
         }
     }
     if (!caretIsShown_ || !hasFocus() || view_->selectedRange().length > 0) return;
-    // Light in dark, to be seen on any picture.
+    // Light inside dark, to show on any picture.
     const QRectF place = toWidget(caretRect());
     painter.fillRect(QRectF(place.left() - 1.5, place.top(), 3, place.height()), Qt::black);
     painter.fillRect(QRectF(place.left() - 0.5, place.top() + 1, 1, place.height() - 2), Qt::white);
@@ -216,7 +217,7 @@ void TextWidget::focusInEvent(QFocusEvent* event) {
     blink(true);
     update();
     QWidget::focusInEvent(event);
-    // Whoever shows what is selected follows the view that the user turns to.
+    // Observers of the selection follow the view that the user turns to.
     NSNotificationCenter::defaultCenter().postNotificationName(NSTextViewDidChangeSelectionNotification, view_);
 }
 

@@ -53,7 +53,7 @@ protected:
     void timerEvent(QTimerEvent* event) override;
 
 private:
-    /// The part of the widget that shows the container, and how many widget points a container point takes.
+    /// The part of the widget that shows the container, and the number of widget points per container point.
     struct Placement {
         QRectF area;
         double scale = 1;
@@ -64,7 +64,7 @@ private:
     bool editByKey(const QKeyEvent& event);
     bool commandByKey(const QKeyEvent& event);
     bool isCommand(const QKeyEvent& event) const;
-    /// Of the insertion point, in container points.
+    /// The rectangle of the insertion point, in container points.
     NSRect caretRect();
     void drawText();
     Ref<NSBitmapImageRep> newCanvas(const std::function<void(NSLayoutManager&, Range glyphs)>& draw) const;
@@ -77,7 +77,7 @@ private:
     const Ref<NSTextView> view_;
     TextCaret caret_;
     Ref<NSBitmapImageRep> backdrop_;
-    // The text, in device pixels of the area, and its glyphs alone; drawn when they are due.
+    // The text in device pixels of the area, and its glyphs alone; drawn when needed.
     Ref<NSBitmapImageRep> canvas_;
     Ref<NSBitmapImageRep> glyphs_;
     bool isStale_ = true;
@@ -89,7 +89,7 @@ private:
     QBasicTimer afterDoubleClick_;
 };
 
-/// Lets reading programs see text widgets as editable text.
+/// Presents text widgets to screen readers as editable text.
 void installTextAccessibility();
 
 }  // namespace qz

@@ -12,7 +12,7 @@ namespace {
 
 using Motion = TextCaret::Motion;
 
-/// Line ends of other systems become line feeds; what a text cannot show is dropped.
+/// Turns other systems' line ends into line feeds and drops characters that a text cannot show.
 QString plainText(QString text) {
     text.replace("\r\n", "\n").replace('\r', '\n');
     text.removeIf([](QChar c) { return c.unicode() < 0x20 && c != '\n' && c != '\t'; });
@@ -22,7 +22,7 @@ QString plainText(QString text) {
 bool typesText(const QKeyEvent& event) {
     const QString text = event.text();
     if (text.isEmpty() || (!text[0].isPrint() && text[0].category() != QChar::Other_Format)) return false;
-    // Ctrl and Alt together are AltGr, which types.
+    // Ctrl and Alt together are AltGr, which types characters.
     const Qt::KeyboardModifiers command =
         event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
     return command == Qt::NoModifier || command == (Qt::ControlModifier | Qt::AltModifier);
@@ -31,7 +31,7 @@ bool typesText(const QKeyEvent& event) {
 }  // namespace
 
 bool TextWidget::event(QEvent* event) {
-    // Keys that mean something here must not go to the shortcuts of a menu first.
+    // Keys used here must not go to menu shortcuts first.
     if (event->type() == QEvent::ShortcutOverride) {
         const auto& key = static_cast<const QKeyEvent&>(*event);
         if (isCommand(key) || typesText(key)) {
@@ -106,7 +106,7 @@ bool TextWidget::editByKey(const QKeyEvent& event) {
         case Qt::Key_Return:
         case Qt::Key_Enter:
             if (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) return false;
-            // A line that does not end the paragraph, as everywhere.
+            // A new line in the same paragraph, as everywhere.
             view_->insertText(event.modifiers().testFlag(Qt::ShiftModifier) ? "\u2028"_ns : "\n"_ns);
             return true;
         default:
@@ -172,7 +172,7 @@ void TextWidget::inputMethodEvent(QInputMethodEvent* event) {
 }
 
 QVariant TextWidget::inputMethodQuery(Qt::InputMethodQuery query) const {
-    // Asking where the caret is makes it follow the selection first.
+    // Getting the caret's place first makes it follow the selection.
     auto& self = const_cast<TextWidget&>(*this);
     auto& caret = self.caret_;
     const Range selection = view_->selectedRange();

@@ -20,12 +20,12 @@ namespace {
 
 constexpr int kGap = 8;
 constexpr const char* kNameProperty = "frameAutosaveName";
-// Covering bare screen is free; a document is worth less than another panel, and menus must stay within reach.
+// Covering bare screen costs nothing, a document less than another panel, and menus must stay within reach.
 constexpr double kDocumentWeight = 1, kFocusWeight = 2, kPanelWeight = 6, kMenuWeight = 20;
-// The panel that another one serves is worked in at the same time.
+// The user works in the served panel at the same time.
 constexpr double kServedPanelWeight = 15;
 
-/// Whether the window can be seen, is reached by its title, and is no larger than the screen.
+/// Whether the window is visible, can be reached by its title bar, and is no larger than the screen.
 bool isOnScreens(const QRect& frame) {
     constexpr double kShownMin = 0.75;
     double shown = 0;
@@ -43,7 +43,7 @@ std::string keyOf(const QWidget& window) {
     return "NSWindow Frame " + window.property(kNameProperty).toString().toStdString();
 }
 
-/// What the desktop draws around a window; a guess until it has drawn it.
+/// The frame that the desktop draws around a window; a guess until it is drawn.
 QMargins borderOf(const QWidget& window) {
     const QRect frame = window.frameGeometry(), inside = window.geometry();
     if (frame != inside || QGuiApplication::platformName() == "offscreen")
@@ -57,8 +57,8 @@ QRect outside(const QWidget& window) {
     return {window.frameGeometry().topLeft(), window.size().grownBy(borderOf(window))};
 }
 
-/// Writes the frame once the window has come to rest: while it is being moved, the desktop reports places without end,
-/// and before it has a border, wrong ones.
+/// Saves the frame once the window has come to rest: during a move the desktop reports a stream of positions, and
+/// before the window has a border, wrong ones.
 class FrameKeeper final : public QObject {
 public:
     explicit FrameKeeper(QWidget& window) : QObject(&window), window_(window) {
@@ -102,8 +102,8 @@ bool isPanel(const QWidget& window) {
     return window.windowType() == Qt::Tool;
 }
 
-/// The window that a panel belongs to: the one with the button that opens it, but no panel that leaves the keys to
-/// others, nor one that belongs to this panel itself.
+/// The window that a panel belongs to: the one with the button that opens it, excluding panels that do not take the
+/// focus and windows that belong to this panel.
 QWidget* windowServedBy(const QWidget& panel) {
     QWidget* active = QApplication::activeWindow();
     bool isServed =
@@ -113,7 +113,7 @@ QWidget* windowServedBy(const QWidget& panel) {
     return isServed ? active : NSApplication::sharedApplication().mainWindow();
 }
 
-/// The window's title and menus.
+/// The window's title bar and menus.
 QRect menusOf(const QWidget& window) {
     const auto* main = qobject_cast<const QMainWindow*>(&window);
     if (!main || !main->menuWidget()) return {};
@@ -136,8 +136,8 @@ std::vector<Occupied> occupiedBeside(const QWidget& panel, const QWidget* served
     return occupied;
 }
 
-/// Gives the panel its place, with the border that the desktop is about to draw around it. Too large to leave menus and
-/// panels clear, it is cut to the room below those and beside these.
+/// Places the panel, allowing for the border that the desktop will draw. Shrinks a panel that would cover menus or
+/// other panels to the room below the menus and beside the panels.
 void place(QWidget& panel, const QWidget* served) {
     const QRect available = (served ? served : &panel)->screen()->availableGeometry();
     const QMargins border = borderOf(served ? *served : panel);
@@ -219,9 +219,9 @@ void prepareToShow(QWidget& panel, bool floats) {
     if (panel.isVisible()) return;
     const QWidget* served = windowServedBy(panel);
     const bool stands = panel.testAttribute(Qt::WA_Moved) && isOnScreens(panel.frameGeometry());
-    // Without a screen, windows are for pictures, and need not fit any.
+    // Without a screen, windows exist only for pictures and need not fit.
     const bool hasScreen = QGuiApplication::platformName() != "offscreen";
-    // Before there is a native window: of one without a border yet, the toolkit moves the inside.
+    // Do this before there is a native window: of one without a border yet, the toolkit moves the inside.
     if (!stands && !restoreFrame(panel) && hasScreen) place(panel, served);
     panel.winId();
     if (floats && served) panel.windowHandle()->setTransientParent(served->window()->windowHandle());
@@ -230,7 +230,7 @@ void prepareToShow(QWidget& panel, bool floats) {
 void passKeysOn(const QWidget& panel) {
     const QWindow* window = panel.windowHandle();
     QWindow* served = window ? window->transientParent() : nullptr;
-    // Some desktops have taken the keys from the panel by now, others do so later.
+    // Some desktops have taken the focus from the panel by now; others do so later.
     const QWidget* active = QApplication::activeWindow();
     if ((!active || active == &panel) && served && served->isVisible()) served->requestActivate();
 }

@@ -9,25 +9,25 @@ class QWidget;
 
 namespace qz {
 
-/// Keeps in the user's defaults, as "NSWindow Frame NAME", where the window stands and how large it is, from now on.
+/// From now on, saves the window's position and size in the user defaults, as "NSWindow Frame NAME".
 void keepFrame(QWidget& window, const std::string& name);
-/// Puts a window that keeps its frame where it was left. False, and nothing changes, if it was never left anywhere, or
-/// where no screen is now.
+/// Moves a window that keeps its frame to where it was left. Returns false and does nothing if there is no saved frame,
+/// or no screen there now.
 bool restoreFrame(QWidget& window);
 
-/// Readies a panel that is about to be shown: above the window that it serves, if it floats, and, unless it stands
-/// somewhere already, where it was left or else where it covers least of the application's other windows.
+/// Prepares a panel for being shown: above the window that it serves, if it floats, and, unless it has a place already,
+/// where it was left or else where it covers least of the application's other windows.
 void prepareToShow(QWidget& panel, bool floats);
 
-/// Gives the keys of a panel that goes to the window that it was shown above, unless another window has them.
+/// Gives the focus of a closing panel to the window that it was shown above, unless another window has it.
 void passKeysOn(const QWidget& panel);
 
-/// A part of the screen, and how much worse than bare screen each of its points is to cover.
+/// A part of the screen, and the cost of covering each of its points, where bare screen costs 0.
 struct Occupied {
     QRect rect;
     double weight = 1;
 };
-/// Where on the screen a window of that size covers least; among equals, the place nearest to `near`.
+/// The place on the screen where a window of that size covers least; among equals, the one nearest to `near`.
 QPoint placeCoveringLeast(QSize size, const QRect& screen, const std::vector<Occupied>& occupied, QPoint near);
 
 }  // namespace qz
