@@ -48,7 +48,7 @@ renderers draw at the same time, since drawing releases the interpreter lock.
 try:
     import numpy as _numpy  # noqa: F401
 except ImportError:
-    raise ImportError("qzanno draws into NumPy arrays, and NumPy is not installed; install numpy (python3-numpy on Debian)") from None
+    raise ImportError("qzanno draws into arrays of NumPy, which is not installed; install numpy (python3-numpy on Debian)") from None
 
 from ._qzanno import (
     AnnotationError,
