@@ -4,6 +4,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "QzAnno/model/QzMutableAnnoString.h"
 #include "QzAnno/palette/AttributeNames.h"
 #include "QzAnno/platform/foundation/NSLog.h"
 #include "QzAnno/platform/foundation/NSNumber.h"

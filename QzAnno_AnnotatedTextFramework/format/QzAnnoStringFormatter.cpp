@@ -1,6 +1,8 @@
 #include "QzAnno/format/QzAnnoStringFormatter.h"
 
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "QzAnno/palette/AttributeNames.h"
 #include "QzAnno/platform/foundation/NSLog.h"
@@ -30,16 +32,19 @@ Range wholeOf(const NSAttributedString& text) {
 
 void applyFrame(NSMutableAttributedString& text, const Ref<NSSet>& frame, const QzAnnoPalette& palette) {
     const Ref<NSDictionary> attributes = palette.assembleCompleteAttributes(palette.attributesForSet(frame));
+    // Only the global annotation and the frame annotations may give what styles a title as a whole.
+    std::vector<std::pair<Ref<NSString>, Ref<NSObject>>> ofFrame;
+    for (const Attribute& attribute : attributeVocabulary()) {
+        if (attribute.isOfFrame) ofFrame.emplace_back(attribute.name, attributes->objectForKey(*attribute.name));
+    }
     text.changeAttributes(wholeOf(text), [&](const Ref<NSDictionary>& run) {
         ObjectMap map = run->map();
         map.set(QzFrameAnnoAttributeName, frame);
-        for (const Attribute& attribute : attributeVocabulary()) {
-            // Only the global annotation and the frame annotations may give these.
-            if (!attribute.isOfFrame) continue;
-            if (const Ref<NSObject> value = attributes->objectForKey(*attribute.name))
-                map.set(attribute.name, value);
+        for (const auto& [name, value] : ofFrame) {
+            if (value)
+                map.set(name, value);
             else
-                map.remove(*attribute.name);
+                map.remove(*name);
         }
         return NSDictionary::dictionaryWithMap(std::move(map));
     });
