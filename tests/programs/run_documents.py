@@ -1,7 +1,7 @@
 """Runs the command lines of the documents as they are printed, in a fresh copy of what examples/try-out makes.
 
 Usage: run_documents.py TREE QZANNO [COMPOSER]. README.md begins at the tree's root, all else in try-out. A command whose
-comment says "some minutes" is not run, nor is a file that is shown as such ("#!"). Then holds the tables of attributes
+comment says "a few minutes" is not run, nor is a file that is shown as such ("#!"). Then holds the tables of attributes
 against the program's own.
 """
 import json
@@ -27,7 +27,7 @@ bytes=$(wc -c)
 
 def blocks_of_markdown(text):
     blocks = re.findall(r"^```sh\n(.*?)^```", text, re.MULTILINE | re.DOTALL)
-    return "".join(re.sub(r"^.*#.*\bsome minutes\b.*\n", "", block, flags=re.MULTILINE) for block in blocks
+    return "".join(re.sub(r"^.*#.*\ba few minutes\b.*\n", "", block, flags=re.MULTILINE) for block in blocks
                    if not block.startswith("#!"))
 
 
