@@ -1,12 +1,11 @@
 #pragma once
 
 /// @file
-/// Everything that a host of QzAnno needs, in one header.
+/// Everything that a host of QzAnno needs.
 ///
-/// Objects are held by `qz::Ref` and made by the static functions of their class. Operations that refuse return false
-/// or an empty value; no exception leaves the library but `std::bad_alloc`. A palette and the pipelines and strings
-/// that use it are used from one thread at a time; different palettes with their own pipelines may be used from
-/// different threads.
+/// Objects are held by `qz::Ref` and made by static functions of their class. Operations that refuse return false or an
+/// empty value; the only exception that leaves the library is `std::bad_alloc`. Use a palette, with its pipelines and
+/// strings, from one thread at a time; separate palettes with their own pipelines may be used from separate threads.
 
 #include "QzAnno/archive/PaletteData.h"
 #include "QzAnno/archive/QzAnnoArchiver.h"

@@ -1,7 +1,8 @@
 #pragma once
 
 /// @file
-/// Everything that a host of QzAnno's desktop side needs, besides QzAnno.h. Used on the thread of the user interface.
+/// Everything that a host of QzAnno's desktop classes needs, in addition to QzAnno.h. Use it on the user interface's
+/// thread only.
 
 #include "QzAnno/platform/ui/NSApplication.h"
 #include "QzAnno/platform/ui/NSTextViewWidget.h"

@@ -17,104 +17,103 @@ class NSArchiver;
 class NSArray;
 class NSUnarchiver;
 
-// Notifications of a palette, with the palette as object.
+// Notifications posted with the palette as object.
 
-/// It has taken over other contents.
+/// Posted after the contents have been replaced.
 inline const Ref<NSString> QzAnnoPaletteLoaded = "QzAnnoPaletteLoaded"_ns;
-/// An annotation was replaced or removed; the user info holds its key under the notification's own name.
+/// Posted after an annotation has been replaced or removed; the user info holds its key under the notification's name.
 inline const Ref<NSString> QzAnnoChanged = "QzAnnoChanged"_ns;
-/// Priorities have changed.
+/// Posted after priorities have changed.
 inline const Ref<NSString> QzAnnoPaletteOrderChanged = "QzAnnoPaletteOrderChanged"_ns;
 
-/// The stack of annotations against which annotated strings are read: the global annotation at priority 0, which always
-/// applies, and others at 1 to `maxPriority`, of which the higher wins.
+/// The stack of annotations that annotated strings refer to: the global annotation at priority 0, which always applies,
+/// and others at 1 to `maxPriority`, where the higher one wins.
 ///
-/// A palette is locked until it is given an undo manager; while it is locked every edit is refused. Edits record their
-/// inverse with the undo manager, but none while it undoes or redoes, so an undone edit cannot be redone. The
-/// annotations that the palette gives out are to be looked at: to change one, make a mutable copy, change that, and
-/// hand it to `replaceAnno`. Names need not be unique. Used from one thread at a time; different palettes may be used
-/// from different threads.
+/// A palette is locked, and refuses every edit, until it is given an undo manager. Edits record their inverse with the
+/// undo manager, except while it undoes or redoes, so an undone edit cannot be redone. The palette's annotations are
+/// read-only: to change one, make a mutable copy, change that, and pass it to `replaceAnno`. Names need not be unique.
+/// Use a palette from one thread at a time; separate palettes may be used from separate threads.
 class QzAnnoPalette final : public NSObject, public KeyPalette, public QzLogUsing, public QzTokenTable {
 public:
     /// An empty, locked palette, whose global annotation "GLOBALS" has no attributes.
     static Ref<QzAnnoPalette> init();
     ~QzAnnoPalette() override;
 
-    /// Takes over the contents of the other palette, keys and annotations themselves, for holders of this one to see;
-    /// the other is to be discarded. This palette's lock, undo manager, log and fonts stay.
+    /// Replaces this palette's contents by the other's own keys and annotations; discard the other afterwards. This
+    /// palette's lock, undo manager, log and fonts stay.
     void retainContentsOfAnnoPalette(const Ref<QzAnnoPalette>& other);
 
-    /// None while the palette is locked.
+    /// Null while the palette is locked.
     const Ref<NSUndoManager>& undoManager() const { return undo_; }
-    /// The first undo manager is kept and unlocks the palette; later ones, and none, change nothing.
+    /// The first undo manager is kept and unlocks the palette; later ones, and null, are ignored.
     void setUndoManager(const Ref<NSUndoManager>& undoManager);
     /// Whether the palette is unlocked.
     bool editable() const { return !immutable_; }
     void setLog(const Ref<QzLog>& log) override { logger_ = log; }
 
-    /// Where the names of fonts are looked up; null stands for the fonts of this machine, which a new palette uses. A
-    /// library may be shared by palettes on different threads.
+    /// The library for looking up font names; null, the default, means the system's fonts. Palettes on different
+    /// threads may share a library.
     ///@{
     const std::shared_ptr<FontLibrary>& fontLibrary() const { return fontLibrary_; }
     void setFontLibrary(std::shared_ptr<FontLibrary> library) { fontLibrary_ = std::move(library); }
     ///@}
 
-    /// The annotation of the key: the global one for its key and for none; none for a key that is not in the palette.
+    /// The key's annotation. Returns the global annotation for its key and for null, and null for a key that is not in
+    /// the palette.
     Ref<const QzAnno> lookupAnno(const Ref<QzAnnoKey>& key) const;
-    /// Whether the key is that of an annotation above the global one.
+    /// Whether the palette has an annotation with this key above the global one.
     bool contains(const Ref<QzAnnoKey>& key) const;
-    /// 0 for the global key, -1 for one that is not in the palette.
+    /// Returns 0 for the global key, -1 for a key that is not in the palette.
     int32_t lookupPrio(const Ref<QzAnnoKey>& key) const;
-    /// How many annotations there are above the global one.
+    /// The number of annotations above the global one.
     int32_t maxPriority() const { return static_cast<int32_t>(priorities_->size()); }
-    /// None outside 0 to `maxPriority`.
+    /// Returns null outside 0 to `maxPriority`.
     Ref<QzAnnoKey> annoKeyAtPriority(int32_t priority) const;
-    /// The key of the annotation of that name that was filed first; the global key for its own name and for none.
+    /// The key of the first-added annotation with that name. Returns the global key for its own name and for null.
     Ref<QzAnnoKey> findAnnoKey(const Ref<NSString>& name) const;
 
-    /// A new annotation without attributes, on top. Refused for the global annotation's name and for none,
-    /// and when there are `Limits::kAnnotationsMax`.
+    /// Adds an annotation without attributes on top. Refused if the name is null or the global annotation's, and if
+    /// there are `Limits::kAnnotationsMax` already.
     Ref<const QzAnno> createAnno(const Ref<NSString>& name);
-    /// Unbinds the key. The global annotation is not removed.
+    /// Removes the annotation and unbinds the key. The global annotation cannot be removed.
     bool removeAnno(const Ref<QzAnnoKey>& key);
-    /// Files a copy of the annotation in place of the one with the same key; refused when the palette has none with it.
+    /// Replaces the annotation with the same key by a copy; refused if the palette does not have the key.
     bool replaceAnno(const Ref<const QzAnno>& anno);
     /// Moves the key to a priority from 1 to `maxPriority`; those between shift by one.
     bool setAnnoKey(const Ref<QzAnnoKey>& key, int32_t toPriority);
-    /// Exchanges the key with its neighbour one priority higher, or lower; refused where there is none.
+    /// Swaps the key with its neighbour one priority higher (lower); refused if there is no neighbour.
     ///@{
     bool increasePriorityOfAnnoKey(const Ref<QzAnnoKey>& key);
     bool decreasePriorityOfAnnoKey(const Ref<QzAnnoKey>& key);
     ///@}
 
-    // Attribute dictionaries are in, or are turned into, the vocabulary of AttributeNames.h; none counts as an empty
-    // one.
+    // Attribute dictionaries use, or are converted to, the vocabulary of AttributeNames.h; null counts as empty.
 
-    /// The attributes of the global annotation and of the annotations in the set, merged in rising priority, with the
-    /// set itself under `QzAnnoAttributeName`. No set counts as the empty one; keys that are not in the palette add
-    /// nothing.
+    /// The attributes of the global annotation and of the annotations in the set, merged in ascending priority, with
+    /// the set itself under `QzAnnoAttributeName`. A null set counts as empty; keys that are not in the palette are
+    /// ignored.
     Ref<NSDictionary> attributesForSet(const Ref<NSSet>& set) const;
-    /// Adds the font and the paragraph style that the attributes describe. A font that is missing is reported to the
-    /// log, and a value of the wrong kind in a log line; either is replaced by the default.
+    /// Adds the font and the paragraph style that the attributes describe. A missing font is reported to the log, a
+    /// value of the wrong kind in a log line; either is replaced by the default.
     Ref<NSDictionary> assembleCompleteAttributes(const Ref<NSDictionary>& attributes) const;
-    /// Takes the font and the paragraph style apart again into full name, size, leading and alignment.
+    /// Converts the font and the paragraph style back into full name, size, leading and alignment.
     Ref<NSDictionary> disassembleFragments(const Ref<NSDictionary>& attributes) const;
-    /// What the attributes of a run hold, taken apart, beyond what its annotations give it.
+    /// The run's attributes, disassembled, that differ from what its annotations give it.
     Ref<NSDictionary> findInlines(const Ref<NSDictionary>& attributes) const;
 
-    /// The palette as an XML property list; none, with a log line, when an attribute's value has no property-list form;
-    /// `errorDescription` then names the annotation and the attribute.
+    /// The palette as an XML property list. If an attribute's value has no property-list form, returns null with a log
+    /// line, and `errorDescription` names the annotation and the attribute.
     Ref<NSData> pListData(std::string* errorDescription = nullptr) const;
-    /// A new, locked palette; none when the data is no palette of version 0, with the reason in `errorDescription`. A
-    /// list that cannot be read also gets a log line.
+    /// A new, locked palette. Returns null, with the reason in `errorDescription`, if the data is not a palette of
+    /// version 0. A list that cannot be read also logs a line.
     static Ref<QzAnnoPalette> paletteFromPListData(const NSData& data, std::string* errorDescription = nullptr);
 
-    /// Holds the palette's notifications back while it lives, for a host that makes many changes in a row. When the
-    /// last such scope of a palette ends and a notification was held back, `QzAnnoPaletteLoaded` is posted once, so
-    /// that whoever shows the palette reloads.
+    /// Suppresses the palette's notifications while it lives, for a host that makes many changes in a row. When the
+    /// palette's last such scope ends and any notification was suppressed, posts `QzAnnoPaletteLoaded` once, so that
+    /// views of the palette reload.
     class NoNotification {
     public:
-        /// Keeps the palette alive; null holds nothing back.
+        /// Keeps the palette alive; null suppresses nothing.
         explicit NoNotification(const Ref<QzAnnoPalette>& palette);
         ~NoNotification();
         NoNotification(const NoNotification&) = delete;
@@ -123,25 +122,25 @@ public:
     private:
         const Ref<QzAnnoPalette> palette_;
     };
-    /// How many scopes hold notifications back.
+    /// The number of scopes that suppress notifications.
     int32_t noNotification() const { return noNotification_; }
 
-    /// As token table the palette turns keys, also those of other palettes, into their names, and names into its own
-    /// keys; a name that it lacks stands for the global key.
+    /// As a token table, the palette turns keys, even those of other palettes, into their names, and names into its own
+    /// keys; a name that it does not have becomes the global key.
     ///@{
     Ref<NSString> tokenType() const override { return AnnoKeyTokenType; }
     Ref<NSString> nameForToken(const QzToken& token) const override;
     Ref<QzToken> tokenForName(const Ref<NSString>& name) const override;
     ///@}
 
-    /// Reads the coded form, which is the global annotation, then an array of the others in rising priority. A new,
-    /// locked palette; none when the class version is not 0, and none, with a failure of the unarchiver, when another
-    /// object stands where an annotation is due.
+    /// Reads the coded form: the global annotation, then an array of the others in ascending priority. Returns a new,
+    /// locked palette; null if the class version is not 0; null with a failure of the unarchiver if an object is not an
+    /// annotation.
     static Ref<QzAnnoPalette> initWithCoder(NSUnarchiver& unarchiver);
-    /// Writes that form.
+    /// Writes the coded form.
     void encodeWithCoder(NSArchiver& archiver) const;
 
-    /// Identifies the palette object: counts from 1 in the order of creation.
+    /// Identifies the palette object; counts from 1 in creation order.
     int32_t serialNumber() const override { return serialNumber_; }
     /// One line for each annotation, highest priority first.
     std::string description() const override;
@@ -170,7 +169,7 @@ private:
     bool loadList(const NSArray& list, std::string& error);
     bool takeDecoded(const NSArray& annotations, NSUnarchiver& unarchiver);
 
-    // Behind references, since a palette that takes over another's contents shares the very row and table.
+    // Held by reference, since a palette that takes another's contents shares its row and table.
     Ref<KeyRow> priorities_;         // element i has priority i + 1
     Ref<ObjectMap> reverse_lookup_;  // key -> QzAnno, for exactly the keys of `priorities_`
     Ref<QzAnno> globals_;

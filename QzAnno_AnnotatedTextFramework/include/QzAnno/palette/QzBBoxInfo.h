@@ -8,18 +8,18 @@ namespace qz {
 
 class NSColor;
 
-/// How the box around a text is drawn: a colour and a type; immutable. Equality is identity.
+/// How to draw the box around a text: a colour and a type; immutable. Equality is identity.
 class QzBBoxInfo final : public NSObject {
 public:
-    /// `type`: 0 or less draws no box, 1 strokes its outline, more than 1 fills it. None without a colour.
+    /// `type`: 0 or less draws no box, 1 strokes its outline, more than 1 fills it. Returns null if the colour is null.
     ///@{
     static Ref<QzBBoxInfo> initWithColor(const Ref<NSColor>& color, int32_t type);
     static Ref<QzBBoxInfo> qzbbWithColor(const Ref<NSColor>& color, int32_t type) { return initWithColor(color, type); }
     ///@}
 
-    /// Never none.
+    /// Never null.
     const Ref<NSColor>& color() const { return col_; }
-    /// The number that was given.
+    /// The type as given.
     int32_t type() const { return type_; }
 
     /// Another object with the same colour and type.

@@ -9,29 +9,29 @@ namespace qz {
 
 /// A short title.
 inline const Ref<NSString> QzLogEntry_Name = "QzLogEntry_Name"_ns;
-/// What to tell a person; may have several lines.
+/// The message for the user; may have several lines.
 inline const Ref<NSString> QzLogEntry_Message = "QzLogEntry_Message"_ns;
-/// Identifies the kind of error to programs.
+/// Identifies the kind of error for programs.
 inline const Ref<NSString> QzLogEntry_Tag = "QzLogEntry_Tag"_ns;
-/// The name of the thing at fault.
+/// The name of the object at fault.
 inline const Ref<NSString> QzLogEntry_Cause = "QzLogEntry_Cause"_ns;
-/// The step that found it.
+/// The step that found the error.
 inline const Ref<NSString> QzLogEntry_Source = "QzLogEntry_Source"_ns;
 
-/// The host's log of errors that a person should see.
+/// The host's log of errors that the user should see.
 class QzLog {
 public:
     virtual ~QzLog() = default;
-    /// Called on the thread, and in the midst, of the work that met the error, which does not wait for an answer; once
-    /// for every time that it is met. The palette reports fonts that are missing, with the tag "QZA_NOFONT".
+    /// Called for every occurrence of an error, during the work that encounters it and on its thread. The palette
+    /// reports missing fonts with the tag "QZA_NOFONT".
     virtual void logError(const NSDictionary& entry) = 0;
 };
 
-/// Something that reports errors to a host's log.
+/// An object that reports errors to a host's log.
 class QzLogUsing {
 public:
     virtual ~QzLogUsing() = default;
-    /// The log is not owned; once it is gone, or with none, entries are dropped.
+    /// Sets the log, which is not owned. Entries are dropped if it is null or has been destroyed.
     virtual void setLog(const Ref<QzLog>& log) = 0;
 };
 

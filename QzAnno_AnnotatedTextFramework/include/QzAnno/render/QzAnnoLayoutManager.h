@@ -8,44 +8,44 @@ struct GlyphStroke;
 
 struct Layer;
 
-/// Lays text out as its base does, and draws more than glyphs: from the bottom a bounding box, layer 2, layer 1, the
-/// glyphs.
+/// Lays text out like its base class, and draws more than glyphs: from the bottom up, a bounding box, layer 2, layer 1,
+/// the glyphs.
 ///
-/// A layer is a widened and displaced copy of the glyphs in a colour of its own, as the text's attributes say: stroked
-/// outlines with antialiasing, repeated glyphs without. Offsets are points, x to the right and y downward.
+/// A layer is a widened and displaced copy of the glyphs in its own colour, given by the text's attributes: stroked
+/// outlines with antialiasing, repeated glyphs without. Offsets are in points, x to the right and y downward.
 class QzAnnoLayoutManager final : public NSLayoutManager {
 public:
     /// Draws nothing until it has a text storage and a text container.
     static Ref<QzAnnoLayoutManager> init();
 
-    /// True unless antialiasing has been switched off. Until it is set, drawing goes by what the graphics context says.
+    /// True unless antialiasing has been switched off. Until it is set, drawing follows the graphics context.
     bool antialiasing() const { return antialiasingMode_ != off; }
-    /// Screen fonts are used exactly when antialiasing is off.
+    /// Screen fonts are used if and only if antialiasing is off.
     void setAntialiasing(bool antialiasing);
-    /// How carefully outlines are stroked: 1 is the best. Below 2/3 curves are coarser, below 1/3 coarser still; 0.5
-    /// and below have mitred joins instead of round ones.
+    /// The quality of stroked outlines; 1 is the best. Curves are coarser below 2/3, and more so below 1/3; at 0.5 and
+    /// below, joins are mitred instead of round.
     ///@{
     float qualityFactor() const { return qualityFactor_; }
     void setQualityFactor(float quality) { qualityFactor_ = quality; }
     ///@}
 
-    /// Whether each layer is gathered over all that is drawn and then laid down once, so that a translucent outline or
-    /// shadow is even where glyphs, or a glyph's stroke and its fill, overlap. Runs whose layers have one colour gather
-    /// together. Off at the start: glyphs are laid one over another.
+    /// Whether each layer is collected over all runs of its colour and then drawn once, so that a translucent outline
+    /// or shadow is even where glyphs, or a glyph's stroke and fill, overlap. Off by default: glyphs are drawn one over
+    /// another.
     ///@{
     bool mergesLayers() const { return mergesLayers_; }
     void setMergesLayers(bool merges) { mergesLayers_ = merges; }
     ///@}
 
-    /// The font of a character as it is drawn: the screen font when those are used. None beyond the text.
+    /// The font that draws a character: the screen font if those are used. Null beyond the text.
     Ref<NSFont> fontAtIndex(uint32_t index) const;
 
-    /// As the attributes `QzUnderlineAttribute` and `QzStrikeThroughAttribute` ask.
+    /// Reads `QzUnderlineAttribute` and `QzStrikeThroughAttribute`.
     TextRuleKinds ruleKinds(const NSDictionary& attributes) const override;
-    /// Draws the glyphs, with rules under and through them, and their layers, which follow both; `atPoint` is where the
-    /// container's origin lies in the current graphics context.
+    /// Draws the glyphs, with rules under and through them, and the layers of both; `atPoint` is the container's origin
+    /// in the current graphics context.
     void drawGlyphsForGlyphRange(Range glyphRange, NSPoint atPoint) override;
-    /// Draws what lies beneath the glyphs: 2 the bounding box and the second layer, 1 the first layer.
+    /// Draws what is beneath the glyphs: for 2 the bounding box and the second layer, for 1 the first layer.
     void myDraw(Range glyphRange, uint32_t asBackground, NSPoint atPoint);
 
     std::string className() const override { return "QzAnnoLayoutManager"; }
@@ -58,7 +58,7 @@ private:
     struct StyledRun;
     struct LayerRun;
 
-    /// The layers from one down to another, both counted from 1 at the top; with the lowest, the bounding box too.
+    /// Draws the layers from one down to another, both counted from 1 at the top, and the bounding box with the lowest.
     void drawBeneath(Range glyphRange, uint32_t fromLayer, uint32_t toLayer, NSPoint origin);
     void waitForBackgroundLayout(Range glyphRange) const;
     void drawBoundingBoxes(Range glyphRange, NSPoint origin) const;
@@ -73,7 +73,7 @@ private:
     AntialiasingMode antialiasingMode_ = asContext;
     float qualityFactor_ = 1.0f;
     bool mergesLayers_ = false;
-    // Layers draw glyphs through this class again; those must not have layers of their own.
+    // Layers draw glyphs through this class again; those glyphs must not get layers themselves.
     bool drawing_ = false;
 };
 

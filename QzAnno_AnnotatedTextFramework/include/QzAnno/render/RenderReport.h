@@ -7,51 +7,51 @@
 
 namespace qz {
 
-/// What of a title is not shown as it was asked for. Texts are UTF-8; ranges count UTF-16 units of the title's text and
-/// come in its order.
+/// What is not shown as requested in a title. Texts are UTF-8; ranges count UTF-16 units of the title's text and are in
+/// text order.
 struct RenderReport {
-    /// Text that another font shows than the one asked for, since that is not there or lacks the characters.
+    /// Text shown in another font than requested, because that font or its characters are missing.
     struct Substitution {
-        /// As the palette names it; the name of the system's font where nothing is named.
+        /// As the palette names it; the system font's name if it names no font.
         std::string fontAskedFor;
         /// Its PostScript name.
         std::string fontThatServed;
-        /// Whether the font asked for is not there; else it lacks the characters.
+        /// Whether the requested font is missing; otherwise its characters are.
         bool isFontMissing = false;
-        /// None touches the next.
+        /// No two are adjacent.
         std::vector<Range> ranges;
-        /// The characters of the ranges, each once, in the order in which they come first.
+        /// The characters in the ranges, each once, in order of first occurrence.
         std::string characters;
     };
-    /// A character that is shown as the font's sign for a lack, mostly an empty box, or not at all.
+    /// A character shown as the font's glyph for missing characters, usually an empty box, or not at all.
     struct MissingGlyph {
         std::string character;      ///< the first of several that the font cannot show together
-        std::string font;           ///< the PostScript name of the one that lacks it
+        std::string font;           ///< the PostScript name of the font without it
         std::vector<Range> ranges;  ///< none touches the next
     };
-    /// Text whose font has a trait asked for, or is without it, only in part.
+    /// Text whose font does not have the requested faces.
     struct MissingTrait {
-        /// What is asked for and not there.
+        /// The trait that the font's family does not have.
         enum class Trait {
-            bold,     ///< no face of the family is: an emboldened one is shown
-            italic,   ///< no face of the family is: a slanted one is shown
-            regular,  ///< every face of the family is bold, which cannot be taken away
-            upright,  ///< every face of the family is italic, likewise
+            bold,     ///< no bold face: an emboldened one is shown
+            italic,   ///< no italic face: a slanted one is shown
+            regular,  ///< only bold faces, which stay bold
+            upright,  ///< only italic faces, which stay italic
         };
         Trait trait;                ///< of the ranges
-        std::string font;           ///< the PostScript name of the one that is shown
+        std::string font;           ///< the PostScript name of the font shown
         std::vector<Range> ranges;  ///< none touches the next
     };
-    /// Text that is not seen, or not all of it.
+    /// Text that is not, or not fully, visible.
     struct Clipping {
-        /// What of the characters is not seen.
+        /// The part of the characters that is not visible.
         enum class Part {
-            text,    ///< the text box has no room for it
-            glyphs,  ///< its letters reach beyond the picture
-            layer,   ///< a layer of theirs does, and the letters do not
+            text,    ///< does not fit the text box
+            glyphs,  ///< reach beyond the picture
+            layer,   ///< reaches beyond the picture, though the glyphs do not
         };
         Part part;           ///< of `characters`
-        Range characters;    ///< touches no other of the same part and layer
+        Range characters;    ///< not adjacent to another of the same part and layer
         uint32_t layer = 0;  ///< which one, from 1, the uppermost; 0 for other parts
     };
 
@@ -60,7 +60,7 @@ struct RenderReport {
     std::vector<MissingTrait> missingTraits;  ///< one for each trait and font
     std::vector<Clipping> clipped;            ///< part by part
 
-    /// Whether all is shown as it was asked for.
+    /// Whether everything is shown as requested.
     bool isEmpty() const {
         return substitutions.empty() && missingGlyphs.empty() && missingTraits.empty() && clipped.empty();
     }

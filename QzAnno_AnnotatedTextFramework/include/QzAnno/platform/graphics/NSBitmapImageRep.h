@@ -12,28 +12,31 @@ namespace qz {
 /// R, G, B, A, rows from the top.
 class NSBitmapImageRep final : public NSObject {
 public:
-    /// How pixels lie in memory. Drawing and PNG files take RGBA of 8 bits a sample alone, 32 bits a pixel.
+    /// The memory layout of pixels. Drawing and PNG files support only RGBA with 8 bits per sample and 32 bits per
+    /// pixel.
     struct Format {
         int32_t pixelsWide = 0;          ///< above 0
         int32_t pixelsHigh = 0;          ///< above 0
         int32_t bitsPerSample = 8;       ///< 1, 2, 4, 8, 12, 16 or 32
         int32_t samplesPerPixel = 4;     ///< 1 to 5, alpha included
         bool hasAlpha = true;            ///< whether one of the samples is alpha
-        bool isPlanar = false;           ///< a plane for each sample, which is refused
-        Ref<NSString> colorSpaceName{};  ///< kept for whoever asks; may be none
-        int32_t bytesPerRow = 0;         ///< from one row to the next; 0 for as few as hold a row
-        int32_t bitsPerPixel = 0;        ///< at least those of the samples; 0 for as many
+        bool isPlanar = false;           ///< a plane per sample; not supported
+        Ref<NSString> colorSpaceName{};  ///< stored but not used; may be null
+        int32_t bytesPerRow = 0;         ///< from one row to the next; 0 means the minimum
+        int32_t bitsPerPixel = 0;        ///< at least those of the samples; 0 means the minimum
     };
 
-    /// Storage of this bitmap's own, zeroed, when `data` is null; otherwise `data` is used as it stands, must hold
-    /// bytesPerRow x pixelsHigh bytes, and stays the caller's, who keeps it alive. None for a planar or non-positive
-    /// format, rows that do not hold their pixels, or own storage beyond `kBytesMax` or beyond what the system has.
+    /// If `data` is null, allocates zeroed storage; otherwise uses `data` as it is, which must hold bytesPerRow x
+    /// pixelsHigh bytes, and which the caller owns and keeps alive. Returns null if the format is planar or not
+    /// positive, if rows are too short for their pixels, or if storage would exceed `kBytesMax` or the available
+    /// memory.
     ///
-    /// A thread keeps the storage of the last large bitmap of 32-bit pixels that it let go, up to `kSpareBytesMax`, for
-    /// the next one of that size: clearing what was drawn costs a tenth of taking fresh pages from the system.
+    /// Each thread keeps the storage of the last large bitmap of 32-bit pixels that it freed, up to `kSpareBytesMax`,
+    /// for the next bitmap of that size: clearing the drawn part takes a tenth of the time of getting fresh pages from
+    /// the system.
     static Ref<NSBitmapImageRep> initWithBitmapDataPlanes(uint8_t* data, const Format& format);
 
-    /// The most bytes of pixels that a bitmap may own: 1 GiB, 16384 x 16384 pixels.
+    /// The most storage that a bitmap may own: 1 GiB, 16384 x 16384 pixels.
     static constexpr uint64_t kBytesMax = Limits::kBitmapBytesMax;
 
     /// The largest storage that a thread keeps: 64 MiB, more than a frame of 4096 x 2160 pixels.
@@ -41,8 +44,8 @@ public:
 
     ~NSBitmapImageRep() override;
 
-    /// The pixels, from the first byte of the top row; they live as long as the bitmap, or are the caller's. Whoever
-    /// takes them for writing may draw anywhere, so from then on `drawnBox` is the whole bitmap.
+    /// The pixels, starting with the first byte of the top row; valid as long as the bitmap, unless they are the
+    /// caller's. Since the non-const version allows drawing anywhere, it sets `drawnBox` to the whole bitmap.
     ///@{
     uint8_t* bitmapData() {
         noteDrawn(bounds());
@@ -50,7 +53,7 @@ public:
     }
     const uint8_t* bitmapData() const { return data_; }
     ///@}
-    /// The format, with what it left at 0 filled in.
+    /// The format, with zeros replaced by the actual values.
     ///@{
     int32_t pixelsWide() const { return format_.pixelsWide; }
     int32_t pixelsHigh() const { return format_.pixelsHigh; }
@@ -61,13 +64,13 @@ public:
     bool hasAlpha() const { return format_.hasAlpha; }
     Ref<NSString> colorSpaceName() const { return format_.colorSpaceName; }
     ///@}
-    /// In points; the pixel dimensions until it is set. `NSGraphicsContext` does not look at it.
+    /// In points; the pixel dimensions until set. `NSGraphicsContext` ignores it.
     ///@{
     NSSize size() const { return size_; }
     void setSize(NSSize size) { size_ = size; }
     ///@}
-    /// The first byte of a row counted from the top, from 0 and below `pixelsHigh`, which is not checked. For writing
-    /// as `bitmapData`.
+    /// The first byte of a row, counted from 0 at the top. The index must be below `pixelsHigh`, which is not checked.
+    /// The non-const version affects `drawnBox` like `bitmapData`.
     ///@{
     uint8_t* row(int32_t y) { return bitmapData() + offsetOfRow(y); }
     const uint8_t* row(int32_t y) const { return data_ + offsetOfRow(y); }
@@ -75,12 +78,13 @@ public:
 
     /// Every pixel, from (0, 0).
     PixelRect bounds() const { return {0, 0, format_.pixelsWide, format_.pixelsHigh}; }
-    /// Every pixel outside is still zero, as it was made; so a title costs its own rows and not the screen's. All of a
-    /// bitmap over a caller's data.
+    /// Every pixel outside this box is still zero, so the cost of a title depends on its own rows and not the screen's.
+    /// For a caller's data it is the whole bitmap.
     const PixelRect& drawnBox() const { return drawnBox_; }
-    /// For drawing that keeps the drawn box: widens it to hold `box`, which is then written by `rowWithin`.
+    /// For drawing that maintains the drawn box: extends it to contain `box`, which is then written through
+    /// `rowWithin`.
     void noteDrawn(const PixelRect& box);
-    /// As `row`, leaving the drawn box as it is: only pixels inside it may be written.
+    /// As `row`, without changing the drawn box: write only pixels inside it.
     uint8_t* rowWithin(int32_t y) { return data_ + offsetOfRow(y); }
 
     std::string className() const override { return "NSBitmapImageRep"; }

@@ -4,28 +4,27 @@
 
 namespace qz {
 
-/// The name of a colour space. Calibrated components are those of the pixels: they are drawn as they are, 1 as 255, and
-/// no colour profile is applied.
+/// The name of a colour space. Calibrated components are pixel values: they are drawn unchanged, 1 as 255, without any
+/// colour profile.
 ///@{
 inline const Ref<NSString> NSCalibratedRGBColorSpace = "NSCalibratedRGBColorSpace"_ns;
 inline const Ref<NSString> NSCalibratedWhiteColorSpace = "NSCalibratedWhiteColorSpace"_ns;
 inline const Ref<NSString> NSNamedColorSpace = "NSNamedColorSpace"_ns;
 ///@}
 
-/// An immutable colour: calibrated red, green and blue, calibrated white, or a name within a catalogue. Components run
-/// from 0 to 1 and are not premultiplied; what lies outside is clamped, not-a-number counts as 0.
+/// An immutable colour: calibrated red, green and blue, calibrated white, or a name in a catalogue. Components range
+/// from 0 to 1 and are not premultiplied; values outside are clamped, and NaN counts as 0.
 ///
-/// Equal when colour space and components, or the names, are equal.
+/// Two colours are equal if their spaces and components, or their names, are equal.
 class NSColor final : public NSObject {
 public:
-    /// Straight components, clamped as the class says.
+    /// Takes straight components, clamped as described for the class.
     ///@{
     static Ref<NSColor> colorWithCalibratedRed(float red, float green, float blue, float alpha);
     static Ref<NSColor> colorWithCalibratedWhite(float white, float alpha);
     ///@}
-    /// A colour of a catalogue. Always made, so that a name unknown here is kept; an unknown one has no components. The
-    /// catalogue known here is "System", whose names are those of the user interface ("textColor", "gridColor"). No
-    /// name counts as the empty one.
+    /// A colour from a catalogue. The only catalogue known here is "System", with the names of the user interface's
+    /// colours ("textColor", "gridColor"). Unknown names are kept, but have no components. A null name counts as empty.
     static Ref<NSColor> colorWithCatalogName(Ref<NSString> catalogName, Ref<NSString> colorName);
     /// Opaque, in calibrated white.
     ///@{
@@ -37,18 +36,18 @@ public:
 
     /// One of the three colour-space constants.
     Ref<NSString> colorSpaceName() const;
-    /// The names of a named colour; none for others.
+    /// The names of a named colour; null for others.
     ///@{
     Ref<NSString> catalogNameComponent() const;
     Ref<NSString> colorNameComponent() const;
     ///@}
-    /// The colour in another space; itself when it is in that space already, none when it cannot be converted: to a
-    /// name, to a space unknown here, or from an unknown name. The white of a colour is 0.30 R + 0.59 G + 0.11 B, as
-    /// the PostScript language defines it.
+    /// Converts the colour to another space; returns the colour itself if it is in that space already, and null if it
+    /// cannot be converted: to a name, to an unknown space, or from an unknown name. The white of a colour is 0.30 R +
+    /// 0.59 G + 0.11 B, as in the PostScript language.
     Ref<NSColor> colorUsingColorSpaceName(const NSString& colorSpaceName) const;
 
-    /// Components in calibrated RGB, from 0 to 1; a white has three equal ones. Those of a named colour are its
-    /// catalogue's, all 0 when the name is unknown.
+    /// Components in calibrated RGB, from 0 to 1; for a white, all three are equal. A named colour has its catalogue's
+    /// components, all 0 if the name is unknown.
     ///@{
     float redComponent() const;
     float greenComponent() const;
@@ -56,7 +55,7 @@ public:
     float alphaComponent() const;
     ///@}
 
-    /// Makes this the colour for stroke and fill of the current graphics context; nothing without one.
+    /// Sets this colour for stroke and fill in the current graphics context, if there is one.
     void set() const;
 
     bool isEqual(const NSObject& other) const override;
@@ -66,7 +65,7 @@ public:
 
 private:
     enum class Space { rgb, white, named };
-    // Straight; a white is kept as three equal components.
+    // Straight; a white is stored as three equal components.
     struct Components {
         float red = 0, green = 0, blue = 0, alpha = 0;
         friend bool operator==(const Components&, const Components&) = default;
@@ -79,7 +78,7 @@ private:
 
     const Space space_;
     Components components_;
-    // Whether the components mean anything: always but for an unknown name.
+    // Whether the components are valid; false only for an unknown name.
     bool isKnown_ = true;
     const Ref<NSString> catalogName_;
     const Ref<NSString> colorName_;

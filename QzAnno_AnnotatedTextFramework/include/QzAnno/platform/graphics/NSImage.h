@@ -4,31 +4,31 @@
 
 namespace qz {
 
-/// A picture of a size in points that is drawn into, one pixel a point, and starts fully transparent.
+/// A picture to draw into, with a size in points and one pixel per point, initially transparent.
 class NSImage final : public NSObject {
 public:
-    /// None when the size is not finite, not positive, or its pixels are beyond `NSBitmapImageRep::kBytesMax`. A
-    /// fraction of a point has a pixel of its own.
+    /// Returns null if the size is not finite, not positive, or its pixels exceed `NSBitmapImageRep::kBytesMax`. A
+    /// fraction of a point takes a whole pixel.
     static Ref<NSImage> initWithSize(NSSize size);
 
-    /// In points, as it was asked for, while the bitmap has whole pixels.
+    /// In points, as requested; the bitmap has whole pixels.
     NSSize size() const { return size_; }
-    /// Whether drawing sees the origin at the top left with y growing downward. Takes effect at the next `lockFocus`;
-    /// what is drawn already stays where it is. False at first.
+    /// Whether drawing has its origin at the top left with y growing downward. Takes effect at the next `lockFocus`;
+    /// existing pixels do not move. False by default.
     ///@{
     bool isFlipped() const { return flipped_; }
     void setFlipped(bool flipped) { flipped_ = flipped; }
     ///@}
 
-    /// Makes a fresh context on this image the current one, until `unlockFocus` brings back the one before. Pairs may
-    /// nest, also between images; they stay on one thread. An unlock that does not match the innermost lock does
+    /// Makes a new context on this image the current one, until `unlockFocus` restores the previous context. Pairs may
+    /// nest, even between images, but must stay on one thread. An unlock that does not match the innermost lock does
     /// nothing.
     ///@{
     void lockFocus();
     void unlockFocus();
     ///@}
 
-    /// The pixels. Reference to the image's own, not a copy.
+    /// The image's own pixels, not a copy.
     const Ref<NSBitmapImageRep>& bitmap() const { return bitmap_; }
 
     std::string className() const override { return "NSImage"; }

@@ -7,11 +7,12 @@
 
 namespace qz {
 
-/// A PNG file, 8-bit RGBA with straight alpha, of a premultiplied RGBA bitmap; none for another.
+/// Encodes a premultiplied RGBA bitmap as a PNG file, 8-bit RGBA with straight alpha. Returns null for any other
+/// bitmap.
 Ref<NSData> pngFromBitmap(const NSBitmapImageRep& bitmap);
 
-/// A premultiplied RGBA bitmap of a PNG file of any kind; none, with the reason in `error`, for a damaged file, one
-/// that is no PNG, or one whose pixels are beyond `NSBitmapImageRep::kBytesMax`.
+/// Decodes any kind of PNG file to a premultiplied RGBA bitmap. Returns null, with the reason in `error`, if the file
+/// is damaged or not a PNG, or if its pixels exceed `NSBitmapImageRep::kBytesMax`.
 Ref<NSBitmapImageRep> bitmapFromPNG(const NSData& file, std::string* error);
 
 }  // namespace qz
