@@ -11,7 +11,7 @@ namespace {
 using enum Attribute::Kind;
 using Group = Attribute::Group;
 
-// How many layers the editor's fixed order of fields knows.
+// The number of layers in the editor's fixed order of fields.
 constexpr uint32_t kLayersOfFirstEditor = 2;
 
 // The designated initialisers of a row keep one attribute one paragraph.
@@ -23,17 +23,17 @@ const std::vector<Attribute>& attributesAboveLayers() {
          .absent = "family and style",
          .field = {"font", 1}, .inAss = "Fontname; \\fn"},
         {.constant = "QzFontNameAttribute", .name = QzFontNameAttribute, .kind = string, .group = Group::font,
-         .label = "Font family", .meaning = "the family, where there is no full name", .absent = "the system's font",
+         .label = "Font family", .meaning = "the family, if there is no full name", .absent = "the system's font",
          .inAss = "Fontname; \\fn"},
         {.constant = "QzFontStyleAttribute", .name = QzFontStyleAttribute, .kind = string, .group = Group::font,
          .label = "Font style", .meaning = "the style of that family", .absent = "the family's regular face",
          .inAss = "Fontname, Bold, Italic; \\fn, \\b, \\i"},
         {.constant = "QzBoldAttribute", .name = QzBoldAttribute, .kind = flag, .group = Group::font,
-         .label = "Bold", .meaning = "1: the bold face of the font's own family, 0: the one that is not bold",
+         .label = "Bold", .meaning = "1: the bold face of the font's family, 0: a face that is not bold",
          .absent = "the face that the font's name says", .word = "bold",
          .field = {"bold"}, .inAss = "Bold; \\b"},
         {.constant = "QzItalicAttribute", .name = QzItalicAttribute, .kind = flag, .group = Group::font,
-         .label = "Italic", .meaning = "1: the italic face of the font's own family, 0: the upright one",
+         .label = "Italic", .meaning = "1: the italic face of the font's family, 0: the upright face",
          .absent = "the face that the font's name says", .word = "italic",
          .field = {"italic"}, .inAss = "Italic; \\i"},
         {.constant = "QzFontSizeAttribute", .name = QzFontSizeAttribute, .kind = number, .group = Group::font,
@@ -46,33 +46,33 @@ const std::vector<Attribute>& attributesAboveLayers() {
          .label = "Colour", .meaning = "of the glyphs", .absent = "black",
          .field = {"fgcolor", 3}, .inAss = "PrimaryColour; \\1c, \\1a"},
         {.constant = "QzUnderlineAttribute", .name = QzUnderlineAttribute, .kind = flag, .group = Group::letters,
-         .label = "Underline", .meaning = "1: a line under the text, where the font has it; layers follow it",
+         .label = "Underline", .meaning = "1: a line under the text, at the font's position; layers follow it",
          .absent = "no line", .word = "underlined",
          .field = {"underline"}, .inAss = "Underline; \\u"},
         {.constant = "QzStrikeThroughAttribute", .name = QzStrikeThroughAttribute, .kind = flag,
          .group = Group::letters,
-         .label = "Strike through", .meaning = "1: a line through the text, likewise",
+         .label = "Strike through", .meaning = "1: a line through the text, at the font's position; layers follow it",
          .absent = "no line", .word = "struck through",
          .field = {"strikethrough"}, .inAss = "StrikeOut; \\s"},
         {.constant = "NSKernAttributeName", .name = NSKernAttributeName, .kind = number, .group = Group::letters,
-         .label = "Kerning", .meaning = "points added behind each character; joined letters, as in Arabic, stay joined; "
-                                        "no ligatures then",
+         .label = "Kerning", .meaning = "points added after each character; joined letters, as in Arabic, stay joined; "
+                                        "disables ligatures",
          .absent = "the font's own distances", .word = "kern", .unit = "points",
          .field = {"kern", 12}, .inAss = "Spacing; \\fsp"},
         {.constant = "NSObliquenessAttributeName", .name = NSObliquenessAttributeName, .kind = number,
          .group = Group::letters,
-         .label = "Slant", .meaning = "slant to the right, for each unit of height; added to what an italic face has",
+         .label = "Slant", .meaning = "slant to the right per unit of height, in addition to that of an italic face",
          .absent = "0", .word = "slant",
          .field = {"slant", 13}, .inAss = "Italic; \\i, \\fax"},
         {.constant = "NSBaselineOffsetAttributeName", .name = NSBaselineOffsetAttributeName, .kind = number,
          .group = Group::letters,
          .label = "Baseline shift", .meaning = "points upward", .absent = "0", .word = "raised", .unit = "points",
-         .field = {"baseshift", 14}, .assLoss = "raised and lowered text stands on the line"},
+         .field = {"baseshift", 14}, .assLoss = "raised and lowered text stays on the line"},
         {.constant = "QzLeadingAttribute", .name = QzLeadingAttribute, .kind = number, .group = Group::letters,
          .label = "Leading", .meaning = "points between lines and between paragraphs",
          .absent = "0", .word = "leading", .unit = "points",
          .field = {"leading", 15},
-         .assLoss = "the leading is left out; lines stand as close as their fonts have it"},
+         .assLoss = "the leading is left out; the fonts determine the line spacing"},
     };
     return rows;
 }
@@ -81,7 +81,7 @@ const std::vector<Attribute>& attributesOfPlace() {
     static const std::vector<Attribute> rows = {
         {.constant = "QzVerticalAlignmentAttribute", .name = QzVerticalAlignmentAttribute, .kind = choice,
          .group = Group::place,
-         .label = "Vertical alignment", .meaning = "in the area of the title: 0 top, 1 middle, 2 bottom",
+         .label = "Vertical alignment", .meaning = "in the title's area: 0 top, 1 middle, 2 bottom",
          .absent = "0", .tooLow = "the text is placed at the top", .tooHigh = "the text is placed at the top",
          .choices = {"top", "middle", "bottom"}, .isOfFrame = true,
          .field = {"valign", 16}, .inAss = "Alignment; \\an"},
@@ -98,12 +98,12 @@ const std::vector<Attribute>& attributesOfPlace() {
          .field = {"boundingmargins"}, .inAss = "MarginL, MarginR, MarginV"},
         {.constant = "QzBoundingBoxAttribute", .name = QzBoundingBoxAttribute, .kind = rectangle,
          .group = Group::place,
-         .label = "Bounding box", .meaning = "{{x, y}, {width, height}} in fractions of the screen; margins win over it",
+         .label = "Bounding box", .meaning = "{{x, y}, {width, height}} in fractions of the screen; margins take precedence",
          .absent = "the whole screen", .word = "area", .unit = "of the screen", .isOfFrame = true,
          .field = {"margins", 10}, .inAss = "MarginL, MarginR, MarginV"},
         {.constant = "QzTextBoundingBoxAppearanceAttribute", .name = QzTextBoundingBoxAppearanceAttribute,
          .kind = box, .group = Group::place,
-         .label = "Box", .meaning = "drawn round the text, beneath the layers", .absent = "no box", .isOfFrame = true,
+         .label = "Box", .meaning = "drawn around the text, beneath the layers", .absent = "no box", .isOfFrame = true,
          .field = {"tbox", 17}, .inAss = "BorderStyle, OutlineColour"},
     };
     return rows;

@@ -27,7 +27,7 @@ struct RenderReport {
     struct MissingGlyph {
         std::string character;      ///< the first of several that the font cannot show together
         std::string font;           ///< the PostScript name of the font without it
-        std::vector<Range> ranges;  ///< none touches the next
+        std::vector<Range> ranges;  ///< no two are adjacent
     };
     /// Text whose font does not have the requested faces.
     struct MissingTrait {
@@ -40,7 +40,7 @@ struct RenderReport {
         };
         Trait trait;                ///< of the ranges
         std::string font;           ///< the PostScript name of the font shown
-        std::vector<Range> ranges;  ///< none touches the next
+        std::vector<Range> ranges;  ///< no two are adjacent
     };
     /// Text that is not, or not fully, visible.
     struct Clipping {

@@ -19,8 +19,8 @@ struct InstalledFont {
     int index = 0;     ///< the face within the file in the lower 16 bits, the named instance, from 1, in the upper ones
     std::string postScriptName;  ///< may be empty
     std::string fullName;        ///< in English when the font has such a name, else the first that it has
-    std::string familyName;      ///< likewise
-    std::string styleName;       ///< likewise
+    std::string familyName;      ///< the same
+    std::string styleName;       ///< the same
     /// The name by which the library finds this font again: PostScript name, full name or family-style.
     std::string fontName;
     // Fontconfig's scales.
