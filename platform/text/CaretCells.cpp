@@ -4,8 +4,6 @@
 
 #include <hb-ot.h>
 
-#include "QzAnno/platform/text/NSLayoutManager.h"
-#include "platform/text/CaretCell.h"
 #include "platform/text/FontFace.h"
 #include "platform/text/TextLayout.h"
 
@@ -34,8 +32,8 @@ std::vector<float> caretsOfLigature(const NSFont& font, NSGlyph glyph, bool isRi
 
 }  // namespace
 
-void NSLayoutManager::Layout::addCaretCells(const Line& line, uint32_t firstGlyph, uint32_t lastGlyph,
-                                            uint32_t charactersEnd, std::vector<CaretCell>& cells) const {
+void TextLayout::addCaretCells(const Line& line, uint32_t firstGlyph, uint32_t lastGlyph, uint32_t charactersEnd,
+                               std::vector<CaretCell>& cells) const {
     const PlacedGlyph& first = glyphs_[firstGlyph];
     float left = first.pen, width = 0;
     for (uint32_t i = firstGlyph; i < lastGlyph; ++i) {
@@ -69,7 +67,7 @@ void NSLayoutManager::Layout::addCaretCells(const Line& line, uint32_t firstGlyp
     }
 }
 
-std::vector<CaretCell> NSLayoutManager::Layout::caretCells(const Line& line) const {
+std::vector<CaretCell> TextLayout::caretCells(const Line& line) const {
     std::vector<CaretCell> cells;
     const auto linesEnd = static_cast<uint32_t>(line.glyphs.end());
     for (uint32_t first = line.glyphs.location, last = 0; first < linesEnd; first = last) {
@@ -80,18 +78,6 @@ std::vector<CaretCell> NSLayoutManager::Layout::caretCells(const Line& line) con
         addCaretCells(line, first, last, charactersEnd, cells);
     }
     return cells;
-}
-
-std::vector<CaretCell> NSLayoutManager::caretCellsForLineOfGlyphAtIndex(uint32_t glyphIndex) const {
-    layout_->makeGlyph(glyphIndex);
-    const Layout::Line* line = layout_->lineOfGlyph(glyphIndex);
-    return line ? layout_->caretCells(*line) : std::vector<CaretCell>();
-}
-
-bool NSLayoutManager::isRightToLeftParagraphOfGlyphAtIndex(uint32_t glyphIndex) const {
-    layout_->makeGlyph(glyphIndex);
-    const Layout::Line* line = layout_->lineOfGlyph(glyphIndex);
-    return line && layout_->isRightToLeftParagraph(line->paragraph);
 }
 
 }  // namespace qz

@@ -15,7 +15,7 @@
 namespace qz {
 
 NSLayoutManager::NSLayoutManager()
-    : layout_(std::make_unique<Layout>(*this)),
+    : layout_(std::make_unique<TextLayout>()),
       temporaryAttributes_(std::make_unique<TemporaryAttributes>()),
       glyphCache_(GlyphCache::init()) {}
 
@@ -36,7 +36,15 @@ void NSLayoutManager::setGlyphCache(const Ref<GlyphCache>& cache) {
 // The text system
 
 Ref<NSTextStorage> NSLayoutManager::textStorage() const {
-    return textStorage_.lock();
+    return layout_->storage();
+}
+
+void NSLayoutManager::setTextStorage(const Ref<NSTextStorage>& textStorage) {
+    layout_->setStorage(textStorage);
+}
+
+const std::vector<Ref<NSTextContainer>>& NSLayoutManager::textContainers() const {
+    return layout_->containers();
 }
 
 void NSLayoutManager::replaceTextStorage(const Ref<NSTextStorage>& textStorage) {
@@ -51,21 +59,15 @@ void NSLayoutManager::addTextContainer(const Ref<NSTextContainer>& container) {
     if (!container || container->layoutManager().get() == this) return;
     if (const Ref<NSLayoutManager> former = container->layoutManager()) former->removeTextContainer(*container);
     container->layoutManager_ = refTo(*this);
-    containers_.push_back(container);
-    layout_->forgetContainersFrom(containers_.size() - 1);
+    layout_->addContainer(container);
 }
 
 void NSLayoutManager::removeTextContainer(const NSTextContainer& container) {
-    const auto found = std::ranges::find(containers_, &container, &Ref<NSTextContainer>::get);
-    if (found == containers_.end()) return;
-    const Ref<NSTextContainer> removed = *found;
-    layout_->forgetContainersFrom(static_cast<size_t>(found - containers_.begin()));
-    containers_.erase(found);
-    removed->layoutManager_.reset();
+    if (const Ref<NSTextContainer> removed = layout_->removeContainer(container)) removed->layoutManager_.reset();
 }
 
 void NSLayoutManager::textContainerChangedGeometry(const NSTextContainer& container) {
-    if (const std::optional<size_t> index = indexOfContainer(container)) layout_->forgetContainersFrom(*index);
+    layout_->containerChanged(container);
 }
 
 void NSLayoutManager::textStorageEdited(Range editedRange, int64_t changeInLength, bool charactersChanged) {
@@ -78,146 +80,99 @@ void NSLayoutManager::textStorageEdited(Range editedRange, int64_t changeInLengt
     if (charactersChanged) temporaryAttributes_->textEdited(editedRange, changeInLength);
 }
 
-std::optional<size_t> NSLayoutManager::indexOfContainer(const NSTextContainer& container) const {
-    const auto found = std::ranges::find(containers_, &container, &Ref<NSTextContainer>::get);
-    if (found == containers_.end()) return std::nullopt;
-    return static_cast<size_t>(found - containers_.begin());
-}
-
 // Containers and lines
 
 uint32_t NSLayoutManager::numberOfGlyphs() const {
-    layout_->makeAllGlyphs();
-    return static_cast<uint32_t>(layout_->glyphs().size());
+    return layout_->glyphCount();
 }
 
 uint32_t NSLayoutManager::firstUnlaidGlyphIndex() const {
-    return layout_->isDone() ? numberOfGlyphs() : layout_->placedGlyphCount();
+    return layout_->firstUnlaidGlyph();
 }
 
 Ref<NSTextContainer> NSLayoutManager::textContainerForGlyphAtIndex(uint32_t glyphIndex, Range* effectiveRange) const {
-    layout_->makeGlyph(glyphIndex);
-    const Layout::Line* line = layout_->lineOfGlyph(glyphIndex);
+    const TextLayout::Line* line = layout_->lineOfGlyph(glyphIndex);
     if (!line) return {};
-    const Ref<NSTextContainer> container = containers_[line->container];
+    const Ref<NSTextContainer> container = layout_->containers()[line->container];
     if (effectiveRange) *effectiveRange = glyphRangeForTextContainer(*container);
     return container;
 }
 
 Range NSLayoutManager::glyphRangeForTextContainer(const NSTextContainer& container) const {
-    const std::optional<size_t> index = indexOfContainer(container);
-    if (!index) return {};
-    layout_->layOutContainer(*index);
-    const std::span<const Layout::Line> lines = layout_->linesOfContainer(*index);
+    const std::span<const TextLayout::Line> lines = layout_->linesOfContainer(container);
     if (lines.empty()) return {};
     const uint32_t start = lines.front().glyphs.location;
     return {start, static_cast<uint32_t>(lines.back().glyphs.end()) - start};
 }
 
 NSRect NSLayoutManager::usedRectForTextContainer(const NSTextContainer& container) const {
-    const std::optional<size_t> index = indexOfContainer(container);
-    if (!index) return {};
-    layout_->layOutContainer(*index);
-    return layout_->usedRectOfContainer(*index);
+    return layout_->usedRectOfContainer(container);
 }
 
 NSRect NSLayoutManager::extraLineFragmentUsedRectForTextContainer(const NSTextContainer& container) const {
-    const std::optional<size_t> index = indexOfContainer(container);
-    if (!index) return {};
-    layout_->layOutContainer(*index);
-    return layout_->extraLineUsedRectOfContainer(*index);
+    return layout_->extraLineUsedRectOfContainer(container);
 }
 
 NSRect NSLayoutManager::lineFragmentRectForGlyphAtIndex(uint32_t glyphIndex, Range* effectiveRange) const {
-    layout_->makeGlyph(glyphIndex);
-    const Layout::Line* line = layout_->lineOfGlyph(glyphIndex);
+    const TextLayout::Line* line = layout_->lineOfGlyph(glyphIndex);
     if (line && effectiveRange) *effectiveRange = line->glyphs;
     return line ? line->fragment : NSRect();
 }
 
 NSRect NSLayoutManager::lineFragmentUsedRectForGlyphAtIndex(uint32_t glyphIndex, Range* effectiveRange) const {
-    layout_->makeGlyph(glyphIndex);
-    const Layout::Line* line = layout_->lineOfGlyph(glyphIndex);
+    const TextLayout::Line* line = layout_->lineOfGlyph(glyphIndex);
     if (line && effectiveRange) *effectiveRange = line->glyphs;
     return line ? line->usedRect : NSRect();
+}
+
+std::vector<CaretCell> NSLayoutManager::caretCellsForLineOfGlyphAtIndex(uint32_t glyphIndex) const {
+    const TextLayout::Line* line = layout_->lineOfGlyph(glyphIndex);
+    return line ? layout_->caretCells(*line) : std::vector<CaretCell>();
+}
+
+bool NSLayoutManager::isRightToLeftParagraphOfGlyphAtIndex(uint32_t glyphIndex) const {
+    const TextLayout::Line* line = layout_->lineOfGlyph(glyphIndex);
+    return line && layout_->isRightToLeftParagraph(*line);
 }
 
 // Glyphs and characters
 
 Range NSLayoutManager::characterRangeForGlyphRange(Range glyphRange, Range* actualGlyphRange) const {
-    const uint32_t first = glyphRange.location;
-    const uint64_t lastWanted = glyphRange.length > 0 ? glyphRange.end() - 1 : first;
-    layout_->makeGlyph(static_cast<uint32_t>(std::min<uint64_t>(lastWanted, UINT32_MAX)));
-    const auto count = static_cast<uint32_t>(layout_->glyphs().size());
-    const auto end = static_cast<uint32_t>(std::min<uint64_t>(glyphRange.end(), count));
-    if (first >= end) {
-        if (actualGlyphRange) *actualGlyphRange = {std::min(first, count), 0};
-        return {characterIndexForGlyphAtIndex(first), 0};
-    }
-    const uint32_t start = layout_->charactersOfGlyph(first).location;
-    const Range last = layout_->charactersOfGlyph(end - 1);
-    if (actualGlyphRange) {
-        const uint32_t firstGlyph = layout_->glyphsOfCharacter(start).location;
-        *actualGlyphRange = {firstGlyph,
-                             static_cast<uint32_t>(layout_->glyphsOfCharacter(last.location).end()) - firstGlyph};
-    }
-    return {start, static_cast<uint32_t>(last.end()) - start};
+    return layout_->charactersOfGlyphs(glyphRange, actualGlyphRange);
 }
 
 Range NSLayoutManager::glyphRangeForCharacterRange(Range characterRange, Range* actualCharacterRange) const {
-    const Ref<NSTextStorage> text = layout_->text();
-    const uint32_t length = text ? text->length() : 0;
-    const auto end = static_cast<uint32_t>(std::min<uint64_t>(characterRange.end(), length));
-    const uint32_t start = std::min(characterRange.location, end);
-    if (start >= end) {
-        if (actualCharacterRange) *actualCharacterRange = {start, 0};
-        layout_->makeCharacter(start);
-        return {start < length ? layout_->glyphsOfCharacter(start).location : numberOfGlyphs(), 0};
-    }
-    layout_->makeCharacter(end - 1);
-    const Range first = layout_->glyphsOfCharacter(start);
-    const Range last = layout_->glyphsOfCharacter(end - 1);
-    if (actualCharacterRange) {
-        const uint32_t firstCharacter = layout_->charactersOfGlyph(first.location).location;
-        const uint64_t lastEnd = layout_->charactersOfGlyph(last.location).end();
-        *actualCharacterRange = {firstCharacter, static_cast<uint32_t>(lastEnd) - firstCharacter};
-    }
-    return {first.location, static_cast<uint32_t>(last.end()) - first.location};
-}
-
-const PlacedGlyph* NSLayoutManager::madeGlyph(uint32_t glyphIndex) const {
-    layout_->makeGlyph(glyphIndex);
-    return glyphIndex < layout_->glyphs().size() ? &layout_->glyphs()[glyphIndex] : nullptr;
+    return layout_->glyphsOfCharacters(characterRange, actualCharacterRange);
 }
 
 uint32_t NSLayoutManager::characterIndexForGlyphAtIndex(uint32_t glyphIndex) const {
-    if (const PlacedGlyph* glyph = madeGlyph(glyphIndex)) return glyph->character;
+    if (const PlacedGlyph* glyph = layout_->glyph(glyphIndex)) return glyph->character;
     const Ref<NSTextStorage> text = textStorage();
     return text ? text->length() : 0;
 }
 
 NSGlyph NSLayoutManager::glyphAtIndex(uint32_t glyphIndex) const {
-    const PlacedGlyph* glyph = madeGlyph(glyphIndex);
+    const PlacedGlyph* glyph = layout_->glyph(glyphIndex);
     return glyph ? glyph->glyph : NSControlGlyph;
 }
 
 bool NSLayoutManager::notShownAttributeForGlyphAtIndex(uint32_t glyphIndex) const {
-    const PlacedGlyph* glyph = madeGlyph(glyphIndex);
+    const PlacedGlyph* glyph = layout_->glyph(glyphIndex);
     return !glyph || glyph->isNotShown;
 }
 
 NSPoint NSLayoutManager::locationForGlyphAtIndex(uint32_t glyphIndex) const {
-    const PlacedGlyph* glyph = madeGlyph(glyphIndex);
+    const PlacedGlyph* glyph = layout_->glyph(glyphIndex);
     return glyph ? glyph->location : NSPoint();
 }
 
 float NSLayoutManager::advanceForGlyphAtIndex(uint32_t glyphIndex) const {
-    const PlacedGlyph* glyph = madeGlyph(glyphIndex);
+    const PlacedGlyph* glyph = layout_->glyph(glyphIndex);
     return glyph ? glyph->advance : 0;
 }
 
 bool NSLayoutManager::isRightToLeftGlyphAtIndex(uint32_t glyphIndex) const {
-    const PlacedGlyph* glyph = madeGlyph(glyphIndex);
+    const PlacedGlyph* glyph = layout_->glyph(glyphIndex);
     return glyph && glyph->isRightToLeft;
 }
 
@@ -260,21 +215,21 @@ NSLayoutManager::RunAppearance NSLayoutManager::appearanceAt(const NSTextStorage
 template <class Visit>
 void NSLayoutManager::visitShownGlyphs(Range glyphRange, NSPoint atPoint, const Visit& visit) const {
     if (glyphRange.length == 0) return;
-    layout_->makeGlyph(static_cast<uint32_t>(std::min<uint64_t>(glyphRange.end() - 1, UINT32_MAX)));
+    layout_->glyph(static_cast<uint32_t>(std::min<uint64_t>(glyphRange.end() - 1, UINT32_MAX)));
     const Ref<NSTextStorage> text = layout_->text();
     if (!text) return;
 
     const auto end = static_cast<uint32_t>(std::min<uint64_t>(glyphRange.end(), layout_->placedGlyphCount()));
-    const Layout::Line* line = nullptr;
+    const TextLayout::Line* line = nullptr;
     RunAppearance run;
     for (uint32_t i = glyphRange.location; i < end; ++i) {
-        const PlacedGlyph glyph = layout_->glyphs()[i];
+        const PlacedGlyph glyph = *layout_->glyph(i);
         if (glyph.isNotShown) continue;
         if (!run.characters.contains(glyph.character)) {
             run = appearanceAt(*text, glyph.character);
             line = nullptr;  // the substitute font is chosen by a subclass, which may have text laid out
         }
-        if (!line || !line->glyphs.contains(i)) line = layout_->lineOfGlyph(i);
+        if (!line || !line->glyphs.contains(i)) line = layout_->knownLineOfGlyph(i);
         const NSPoint origin = {atPoint.x + line->fragment.origin.x + glyph.location.x,
                                 atPoint.y + line->fragment.origin.y + glyph.location.y};
         visit(GlyphAtPlace{glyph.glyph, run.font, origin, run.obliqueness}, run);

@@ -4,7 +4,6 @@
 #include <limits>
 
 #include "QzAnno/platform/text/NSLayoutManager.h"
-#include "QzAnno/platform/text/NSTextView.h"
 #include "platform/text/LinePlacement.h"
 
 namespace qz {

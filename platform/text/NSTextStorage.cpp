@@ -48,7 +48,7 @@ void NSTextStorage::addLayoutManager(const Ref<NSLayoutManager>& layoutManager) 
     if (const Ref<NSTextStorage> former = layoutManager->textStorage()) former->removeLayoutManager(*layoutManager);
     // What is pending is not news to the new one.
     processEditing();
-    layoutManager->textStorage_ = refTo(*this);
+    layoutManager->setTextStorage(refTo(*this));
     layoutManagers_.push_back(layoutManager);
     layoutManager->textStorageEdited({0, length()}, length(), true);
 }
@@ -58,7 +58,7 @@ void NSTextStorage::removeLayoutManager(const NSLayoutManager& layoutManager) {
     if (found == layoutManagers_.end()) return;
     const Ref<NSLayoutManager> removed = *found;
     layoutManagers_.erase(found);
-    removed->textStorage_.reset();
+    removed->setTextStorage({});
     removed->textStorageEdited({0, 0}, -int64_t{length()}, true);
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "QzAnno/platform/text/NSTextStorage.h"
 #include "platform/text/ParagraphRange.h"
 
 namespace qz {
@@ -17,15 +16,15 @@ constexpr float kLowestFragment = 0.01f;
 
 }  // namespace
 
-Ref<NSTextStorage> NSLayoutManager::Layout::text() const {
-    Ref<NSTextStorage> text = manager_.textStorage();
+Ref<NSTextStorage> TextLayout::text() const {
+    Ref<NSTextStorage> text = storage_.lock();
     return text && text->length() == length_ ? text : nullptr;
 }
 
 // Keeping up with text and containers
 
-void NSLayoutManager::Layout::textEdited(Range editedRange, int64_t changeInLength) {
-    const Ref<NSTextStorage> storage = manager_.textStorage();
+void TextLayout::textEdited(Range editedRange, int64_t changeInLength) {
+    const Ref<NSTextStorage> storage = storage_.lock();
     if (storage && editedRange == Range{0, storage->length()}) {
         // A new text. It needs nothing of the old one, about which an edit may not have been told to the end.
         beginAnew();
@@ -58,7 +57,7 @@ void NSLayoutManager::Layout::textEdited(Range editedRange, int64_t changeInLeng
     splitText({start, end - start}, at);
 }
 
-void NSLayoutManager::Layout::splitText(Range region, size_t at) {
+void TextLayout::splitText(Range region, size_t at) {
     const Ref<NSTextStorage> storage = text();
     if (!storage || region.length == 0) return;
     const std::u16string_view characters = storage->characters();
@@ -73,12 +72,36 @@ void NSLayoutManager::Layout::splitText(Range region, size_t at) {
                        std::move_iterator(entries.end()));
 }
 
-void NSLayoutManager::Layout::forgetContainersFrom(size_t container) {
+std::optional<size_t> TextLayout::indexOfContainer(const NSTextContainer& container) const {
+    const auto found = std::ranges::find(containers_, &container, &Ref<NSTextContainer>::get);
+    if (found == containers_.end()) return std::nullopt;
+    return static_cast<size_t>(found - containers_.begin());
+}
+
+void TextLayout::addContainer(const Ref<NSTextContainer>& container) {
+    containers_.push_back(container);
+    forgetContainersFrom(containers_.size() - 1);
+}
+
+Ref<NSTextContainer> TextLayout::removeContainer(const NSTextContainer& container) {
+    const std::optional<size_t> index = indexOfContainer(container);
+    if (!index) return {};
+    Ref<NSTextContainer> removed = containers_[*index];
+    forgetContainersFrom(*index);
+    containers_.erase(containers_.begin() + static_cast<std::ptrdiff_t>(*index));
+    return removed;
+}
+
+void TextLayout::containerChanged(const NSTextContainer& container) {
+    if (const std::optional<size_t> index = indexOfContainer(container)) forgetContainersFrom(*index);
+}
+
+void TextLayout::forgetContainersFrom(size_t container) {
     const auto line = std::ranges::lower_bound(lines_, container, {}, &Line::container);
     forgetLinesFrom(static_cast<size_t>(line - lines_.begin()));
 }
 
-void NSLayoutManager::Layout::forgetLinesFrom(size_t line) {
+void TextLayout::forgetLinesFrom(size_t line) {
     ++generation_;
     extraLine_.reset();
     isDone_ = false;
@@ -92,37 +115,37 @@ void NSLayoutManager::Layout::forgetLinesFrom(size_t line) {
     y_ = lines_.empty() ? 0 : lines_.back().fragment.maxY();
 }
 
-void NSLayoutManager::Layout::beginAnew() {
+void TextLayout::beginAnew() {
     lines_.clear();
     nextLine_ = {};
     forgetLinesFrom(0);
     for (Entry& entry : paragraphs_) entry.paragraph.reset();
 }
 
-void NSLayoutManager::Layout::forgetUnplacedGlyphs() {
+void TextLayout::forgetUnplacedGlyphs() {
     glyphs_.resize(placedGlyphCount());
     nextUnplaced_ = nextLine_;
 }
 
-Paragraph& NSLayoutManager::Layout::analysed(const NSAttributedString& text, Entry& entry) {
+Paragraph& TextLayout::analysed(const NSAttributedString& text, Entry& entry) {
     if (!entry.paragraph) entry.paragraph = std::make_unique<Paragraph>(entry.length);
     entry.paragraph->analyse(text, entry.location, shapingCache_);
     return *entry.paragraph;
 }
 
-std::u16string_view NSLayoutManager::Layout::textOf(const NSAttributedString& text, const Entry& entry) const {
+std::u16string_view TextLayout::textOf(const NSAttributedString& text, const Entry& entry) const {
     return std::u16string_view(text.characters()).substr(entry.location, entry.length);
 }
 
 // Lines
 
-float NSLayoutManager::Layout::spacingBefore(const Paragraph& paragraph) const {
+float TextLayout::spacingBefore(const Paragraph& paragraph) const {
     const bool isFirst = lines_.empty() || lines_.back().container != container_;
     return isFirst ? 0 : paragraph.style().paragraphSpacingBefore;
 }
 
-std::optional<NSRect> NSLayoutManager::Layout::askForFragment(float height, float spacingBefore) {
-    const Ref<NSTextContainer> container = manager_.containers_[container_];
+std::optional<NSRect> TextLayout::askForFragment(float height, float spacingBefore) {
+    const Ref<NSTextContainer> container = containers_[container_];
     const float width = container->containerSize().width;
     const NSRect proposed = {{0, y_ + spacingBefore}, {width > 0 ? width : kUnboundedLength, height}};
     NSRect remaining;
@@ -137,9 +160,9 @@ std::optional<NSRect> NSLayoutManager::Layout::askForFragment(float height, floa
 }
 
 template <class Fit>
-auto NSLayoutManager::Layout::inNextContainer(const Fit& fit) -> decltype(fit()) {
+auto TextLayout::inNextContainer(const Fit& fit) -> decltype(fit()) {
     const uint64_t generation = generation_;
-    while (container_ < manager_.containers_.size()) {
+    while (container_ < containers_.size()) {
         if (auto fitted = fit()) return fitted;
         if (generation != generation_) return std::nullopt;
         ++container_;
@@ -148,10 +171,9 @@ auto NSLayoutManager::Layout::inNextContainer(const Fit& fit) -> decltype(fit())
     return std::nullopt;
 }
 
-std::optional<NSLayoutManager::Layout::FittedLine> NSLayoutManager::Layout::fitLine(LineFiller& filler,
-                                                                                    const Paragraph& paragraph,
-                                                                                    uint32_t start) {
-    const float padding = manager_.containers_[container_]->lineFragmentPadding();
+std::optional<TextLayout::FittedLine> TextLayout::fitLine(LineFiller& filler, const Paragraph& paragraph,
+                                                          uint32_t start) {
+    const float padding = containers_[container_]->lineFragmentPadding();
     float height = filler.metrics(start, start + 1).height;
     for (int tries = 1;; ++tries) {
         const std::optional<NSRect> fragment = askForFragment(height, start == 0 ? spacingBefore(paragraph) : 0);
@@ -168,7 +190,7 @@ std::optional<NSLayoutManager::Layout::FittedLine> NSLayoutManager::Layout::fitL
     }
 }
 
-bool NSLayoutManager::Layout::layOutLine() {
+bool TextLayout::layOutLine() {
     if (isDone_ || isLayingOut_) return false;
     const Ref<NSTextStorage> storage = text();
     if (!storage) return false;
@@ -188,7 +210,7 @@ bool NSLayoutManager::Layout::layOutLine() {
     return isLaidOut;
 }
 
-bool NSLayoutManager::Layout::layOutLineOf(const NSTextStorage& storage) {
+bool TextLayout::layOutLineOf(const NSTextStorage& storage) {
     if (nextLine_.paragraph < paragraphs_.size()) {
         Entry& entry = paragraphs_[nextLine_.paragraph];
         Paragraph& paragraph = analysed(storage, entry);
@@ -201,13 +223,12 @@ bool NSLayoutManager::Layout::layOutLineOf(const NSTextStorage& storage) {
     return false;
 }
 
-void NSLayoutManager::Layout::addLine(const Entry& entry, std::u16string_view paragraphText, FittedLine fitted) {
+void TextLayout::addLine(const Entry& entry, std::u16string_view paragraphText, FittedLine fitted) {
     const Paragraph& paragraph = *entry.paragraph;
     const uint32_t start = fitted.content.start;
     const uint32_t end = fitted.content.end;
-    PlacedLine placed =
-        placeLine(std::move(fitted.content), paragraph, paragraphText, entry.location, fitted.metrics,
-                  {fitted.fragment, manager_.containers_[container_]->lineFragmentPadding(), fitted.span});
+    PlacedLine placed = placeLine(std::move(fitted.content), paragraph, paragraphText, entry.location, fitted.metrics,
+                                  {fitted.fragment, containers_[container_]->lineFragmentPadding(), fitted.span});
     // Spacing needs no room of its own: at the end of a container it is what remains there.
     const bool endsItsParagraph = end == entry.length;
     fitted.fragment.size.height += paragraph.style().lineSpacing;
@@ -226,7 +247,7 @@ void NSLayoutManager::Layout::addLine(const Entry& entry, std::u16string_view pa
     nextUnplaced_ = nextLine_;
 }
 
-void NSLayoutManager::Layout::layOutExtraLine(const NSAttributedString& text) {
+void TextLayout::layOutExtraLine(const NSAttributedString& text) {
     if (lines_.empty()) return;
     const char16_t last = text.characters().back();
     if (!endsLine(last) && !endsParagraph(text.characters(), text.length() - 1)) return;
@@ -238,7 +259,7 @@ void NSLayoutManager::Layout::layOutExtraLine(const NSAttributedString& text) {
     const std::optional<NSRect> fragment =
         inNextContainer([&] { return askForFragment(metrics.height, beginsParagraph ? spacingBefore(paragraph) : 0); });
     if (!fragment) return;
-    const float padding = manager_.containers_[container_]->lineFragmentPadding();
+    const float padding = containers_[container_]->lineFragmentPadding();
     const LineSpan span = filler.span(beginsParagraph ? 0 : entry.length, fragment->size.width, padding);
     const LineContent content{.start = entry.length, .end = entry.length, .glyphs = {}};
     const PlacedLine placed =
@@ -248,37 +269,38 @@ void NSLayoutManager::Layout::layOutExtraLine(const NSAttributedString& text) {
 
 // Laying out on demand
 
-void NSLayoutManager::Layout::layOutContainer(size_t container) {
+void TextLayout::layOutContainer(size_t container) {
     while (container_ <= container && layOutLine()) {
     }
 }
 
-void NSLayoutManager::Layout::layOutAll() {
-    while (layOutLine()) {
-    }
-}
-
-void NSLayoutManager::Layout::makeGlyph(uint32_t glyphIndex) {
+void TextLayout::makeGlyph(uint32_t glyphIndex) {
     while (placedGlyphCount() <= glyphIndex && layOutLine()) {
     }
     while (glyphs_.size() <= glyphIndex && makeUnplacedGlyphs()) {
     }
 }
 
-void NSLayoutManager::Layout::makeCharacter(uint32_t characterIndex) {
+void TextLayout::makeCharacter(uint32_t characterIndex) {
     while (locationOf(nextLine_) <= characterIndex && layOutLine()) {
     }
     while (locationOf(nextUnplaced_) <= characterIndex && makeUnplacedGlyphs()) {
     }
 }
 
-void NSLayoutManager::Layout::makeAllGlyphs() {
-    layOutAll();
+uint32_t TextLayout::glyphCount() {
+    while (layOutLine()) {
+    }
     while (makeUnplacedGlyphs()) {
     }
+    return static_cast<uint32_t>(glyphs_.size());
 }
 
-bool NSLayoutManager::Layout::makeUnplacedGlyphs() {
+uint32_t TextLayout::firstUnlaidGlyph() {
+    return isDone_ ? glyphCount() : placedGlyphCount();
+}
+
+bool TextLayout::makeUnplacedGlyphs() {
     const Ref<NSTextStorage> storage = text();
     if (!storage || isLayingOut_ || nextUnplaced_.paragraph >= paragraphs_.size()) return false;
     Entry& entry = paragraphs_[nextUnplaced_.paragraph];
@@ -302,11 +324,21 @@ bool NSLayoutManager::Layout::makeUnplacedGlyphs() {
 
 // Queries
 
-uint32_t NSLayoutManager::Layout::placedGlyphCount() const {
+uint32_t TextLayout::placedGlyphCount() const {
     return lines_.empty() ? 0 : static_cast<uint32_t>(lines_.back().glyphs.end());
 }
 
-const NSLayoutManager::Layout::Line* NSLayoutManager::Layout::lineOfGlyph(uint32_t glyphIndex) const {
+const PlacedGlyph* TextLayout::glyph(uint32_t glyphIndex) {
+    makeGlyph(glyphIndex);
+    return glyphIndex < glyphs_.size() ? &glyphs_[glyphIndex] : nullptr;
+}
+
+const TextLayout::Line* TextLayout::lineOfGlyph(uint32_t glyphIndex) {
+    makeGlyph(glyphIndex);
+    return knownLineOfGlyph(glyphIndex);
+}
+
+const TextLayout::Line* TextLayout::knownLineOfGlyph(uint32_t glyphIndex) const {
     const auto behind =
         std::ranges::upper_bound(lines_, glyphIndex, {}, [](const Line& line) { return line.glyphs.location; });
     if (behind == lines_.begin()) return nullptr;
@@ -314,18 +346,34 @@ const NSLayoutManager::Layout::Line* NSLayoutManager::Layout::lineOfGlyph(uint32
     return line.glyphs.contains(glyphIndex) ? &line : nullptr;
 }
 
-float NSLayoutManager::Layout::baselineOffsetAt(const Line& line, uint32_t character) const {
+float TextLayout::baselineOffsetAt(const Line& line, uint32_t character) const {
     const Entry& entry = paragraphs_[line.paragraph];
     const size_t style = entry.paragraph->styleIndexAt(character - entry.location);
     return entry.paragraph->styles()[style].baselineOffset;
 }
 
-std::span<const NSLayoutManager::Layout::Line> NSLayoutManager::Layout::linesOfContainer(size_t container) const {
+std::span<const TextLayout::Line> TextLayout::linesOfContainer(const NSTextContainer& container) {
+    const std::optional<size_t> index = indexOfContainer(container);
+    if (!index) return {};
+    layOutContainer(*index);
+    return knownLinesOfContainer(*index);
+}
+
+std::span<const TextLayout::Line> TextLayout::knownLinesOfContainer(size_t container) const {
     const auto first = std::ranges::lower_bound(lines_, container, {}, &Line::container);
     return {first, std::ranges::upper_bound(first, lines_.end(), container, {}, &Line::container)};
 }
 
-NSRect NSLayoutManager::Layout::usedRectOfContainer(size_t container) const {
+NSRect TextLayout::extraLineUsedRectOfContainer(const NSTextContainer& container) {
+    const std::optional<size_t> index = indexOfContainer(container);
+    if (index) layOutContainer(*index);
+    return index && extraLine_ && extraLine_->container == *index ? extraLine_->usedRect : NSRect();
+}
+
+NSRect TextLayout::usedRectOfContainer(const NSTextContainer& container) {
+    const std::optional<size_t> index = indexOfContainer(container);
+    if (!index) return {};
+    layOutContainer(*index);
     std::optional<NSRect> used;
     // Not the union of areas: an empty line has none, but counts.
     const auto add = [&](const NSRect& rect) {
@@ -334,12 +382,53 @@ NSRect NSLayoutManager::Layout::usedRectOfContainer(size_t container) const {
         const float top = std::min(used->origin.y, rect.origin.y);
         used = {{left, top}, {std::max(used->maxX(), rect.maxX()) - left, std::max(used->maxY(), rect.maxY()) - top}};
     };
-    for (const Line& line : linesOfContainer(container)) add(line.usedRect);
-    if (extraLine_ && extraLine_->container == container) add(extraLine_->usedRect);
+    for (const Line& line : knownLinesOfContainer(*index)) add(line.usedRect);
+    if (extraLine_ && extraLine_->container == *index) add(extraLine_->usedRect);
     return used.value_or(NSRect());
 }
 
-Range NSLayoutManager::Layout::glyphsOfCharacter(uint32_t characterIndex) const {
+Range TextLayout::charactersOfGlyphs(Range glyphs, Range* actualGlyphs) {
+    const uint32_t first = glyphs.location;
+    const uint64_t lastWanted = glyphs.length > 0 ? glyphs.end() - 1 : first;
+    makeGlyph(static_cast<uint32_t>(std::min<uint64_t>(lastWanted, UINT32_MAX)));
+    const auto count = static_cast<uint32_t>(glyphs_.size());
+    const auto end = static_cast<uint32_t>(std::min<uint64_t>(glyphs.end(), count));
+    if (first >= end) {
+        if (actualGlyphs) *actualGlyphs = {std::min(first, count), 0};
+        const Ref<NSTextStorage> text = storage_.lock();
+        return {first < count ? glyphs_[first].character : text ? text->length() : 0, 0};
+    }
+    const uint32_t start = charactersOfGlyph(first).location;
+    const Range last = charactersOfGlyph(end - 1);
+    if (actualGlyphs) {
+        const uint32_t firstGlyph = glyphsOfCharacter(start).location;
+        *actualGlyphs = {firstGlyph, static_cast<uint32_t>(glyphsOfCharacter(last.location).end()) - firstGlyph};
+    }
+    return {start, static_cast<uint32_t>(last.end()) - start};
+}
+
+Range TextLayout::glyphsOfCharacters(Range characters, Range* actualCharacters) {
+    const Ref<NSTextStorage> text = this->text();
+    const uint32_t length = text ? text->length() : 0;
+    const auto end = static_cast<uint32_t>(std::min<uint64_t>(characters.end(), length));
+    const uint32_t start = std::min(characters.location, end);
+    if (start >= end) {
+        if (actualCharacters) *actualCharacters = {start, 0};
+        makeCharacter(start);
+        return {start < length ? glyphsOfCharacter(start).location : glyphCount(), 0};
+    }
+    makeCharacter(end - 1);
+    const Range first = glyphsOfCharacter(start);
+    const Range last = glyphsOfCharacter(end - 1);
+    if (actualCharacters) {
+        const uint32_t firstCharacter = charactersOfGlyph(first.location).location;
+        const uint64_t lastEnd = charactersOfGlyph(last.location).end();
+        *actualCharacters = {firstCharacter, static_cast<uint32_t>(lastEnd) - firstCharacter};
+    }
+    return {first.location, static_cast<uint32_t>(last.end()) - first.location};
+}
+
+Range TextLayout::glyphsOfCharacter(uint32_t characterIndex) const {
     const auto behind = std::ranges::upper_bound(glyphs_, characterIndex, {}, &PlacedGlyph::character);
     if (behind == glyphs_.begin()) return {};
     const uint32_t cluster = std::prev(behind)->character;
@@ -347,14 +436,14 @@ Range NSLayoutManager::Layout::glyphsOfCharacter(uint32_t characterIndex) const 
     return {static_cast<uint32_t>(first - glyphs_.begin()), static_cast<uint32_t>(behind - first)};
 }
 
-Range NSLayoutManager::Layout::charactersOfGlyph(uint32_t glyphIndex) const {
+Range TextLayout::charactersOfGlyph(uint32_t glyphIndex) const {
     const uint32_t start = glyphs_[glyphIndex].character;
     const auto next = std::ranges::upper_bound(glyphs_, start, {}, &PlacedGlyph::character);
     const uint32_t end = next == glyphs_.end() ? locationOf(nextUnplaced_) : next->character;
     return {start, end - start};
 }
 
-uint32_t NSLayoutManager::Layout::locationOf(Position position) const {
+uint32_t TextLayout::locationOf(Position position) const {
     return position.paragraph < paragraphs_.size() ? paragraphs_[position.paragraph].location + position.offset
                                                    : length_;
 }

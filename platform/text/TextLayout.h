@@ -5,18 +5,20 @@
 #include <span>
 #include <vector>
 
-#include "QzAnno/platform/text/NSLayoutManager.h"
+#include "QzAnno/platform/text/NSTextContainer.h"
+#include "QzAnno/platform/text/NSTextStorage.h"
 #include "platform/text/CaretCell.h"
 #include "platform/text/LinePlacement.h"
 #include "platform/text/Paragraph.h"
 
 namespace qz {
 
-/// The lines and glyphs of a layout manager, made as far as somebody has asked, in the order of the text.
+/// Lays a text out in containers: owns the containers, the lines and the glyphs.
 ///
-/// Lines are laid out one after the other until the text or the containers end. Only then, text without a place gets
-/// glyphs: a line break may change glyphs, so those of text that is still to be laid out are not known.
-class NSLayoutManager::Layout {
+/// Every query lays out as far as its answer takes, in the order of the text. Lines are made one after the other until
+/// the text or the containers end. Only then does text without a place get glyphs: a line break may change glyphs, so
+/// those of text that is still to be laid out are not known.
+class TextLayout {
 public:
     struct Line {
         Range glyphs;
@@ -28,50 +30,63 @@ public:
         size_t paragraph;
     };
 
-    explicit Layout(const NSLayoutManager& manager) : manager_(manager) {}
-
-    /// The text; none when it has been edited in a way that nobody has told of yet, and so does not fit the glyphs.
+    /// Not owned; `textEdited` tells of the new text. Null before there is one.
+    ///@{
+    Ref<NSTextStorage> storage() const { return storage_.lock(); }
+    void setStorage(const Ref<NSTextStorage>& storage) { storage_ = storage; }
+    ///@}
+    /// The text; null if it has been edited and `textEdited` has not been called yet, so that it does not fit the
+    /// glyphs.
     Ref<NSTextStorage> text() const;
-
     void textEdited(Range editedRange, int64_t changeInLength);
     void forgetText() { textEdited({}, -int64_t{length_}); }
-    /// Forgets the lines in the container of this number and behind it.
-    void forgetContainersFrom(size_t container);
 
-    // Each lays out as far as it takes.
-    void layOutContainer(size_t container);
-    void layOutAll();
-    /// Makes glyphs until there is this one, or one of this character; without a place when no container has room.
-    void makeGlyph(uint32_t glyphIndex);
-    void makeCharacter(uint32_t characterIndex);
-    void makeAllGlyphs();
+    /// In the order in which the text fills them.
+    const std::vector<Ref<NSTextContainer>>& containers() const { return containers_; }
+    void addContainer(const Ref<NSTextContainer>& container);
+    /// The container that was removed; null if it is not one of these.
+    Ref<NSTextContainer> removeContainer(const NSTextContainer& container);
+    /// Forgets the lines in the container and in those behind it.
+    void containerChanged(const NSTextContainer& container);
 
-    const std::vector<PlacedGlyph>& glyphs() const { return glyphs_; }
-    /// The lines laid out in the container so far, in order.
-    std::span<const Line> linesOfContainer(size_t container) const;
+    /// The lines in the container, in order; empty if it is not one of these.
+    std::span<const Line> linesOfContainer(const NSTextContainer& container);
+    /// What the lines in the container use; the zero rectangle if there are none.
+    NSRect usedRectOfContainer(const NSTextContainer& container);
+    /// The zero rectangle if the container does not hold the extra line.
+    NSRect extraLineUsedRectOfContainer(const NSTextContainer& container);
+
+    /// How many glyphs the whole text has.
+    uint32_t glyphCount();
+    /// The first glyph without a line as far as text has been laid out; `glyphCount` once nothing more has room.
+    uint32_t firstUnlaidGlyph();
+    /// How many glyphs have a line so far.
     uint32_t placedGlyphCount() const;
-    /// Whether the text has all its lines, or no container has room for more.
-    bool isDone() const { return isDone_; }
-    /// The line of a glyph; none when it has no place.
-    const Line* lineOfGlyph(uint32_t glyphIndex) const;
-    NSRect usedRectOfContainer(size_t container) const;
+    /// Null beyond the last glyph. A glyph has no place if no container has room. Valid until anything else is asked.
+    const PlacedGlyph* glyph(uint32_t glyphIndex);
+    /// The line of a glyph; null if it has no place. Valid until anything else is asked.
+    const Line* lineOfGlyph(uint32_t glyphIndex);
+    /// The same for a glyph that has a place already.
+    const Line* knownLineOfGlyph(uint32_t glyphIndex) const;
+    /// The characters of the glyphs, with all glyphs of these characters in `actualGlyphs`; and the reverse. What lies
+    /// beyond the text is cut off.
+    ///@{
+    Range charactersOfGlyphs(Range glyphs, Range* actualGlyphs);
+    Range glyphsOfCharacters(Range characters, Range* actualCharacters);
+    ///@}
+    /// The characters of the cluster of a glyph that has been made.
+    Range charactersOfGlyph(uint32_t glyphIndex) const;
+
     /// The grapheme clusters of a line, in the order of the text.
     std::vector<CaretCell> caretCells(const Line& line) const;
     /// Points by which the text at a character of the line is raised above its baseline.
     float baselineOffsetAt(const Line& line, uint32_t character) const;
-    /// Of a paragraph that has lines.
-    bool isRightToLeftParagraph(size_t paragraph) const { return paragraphs_[paragraph].paragraph->isRightToLeft(); }
-    /// The zero rectangle when the container does not hold the extra line.
-    NSRect extraLineUsedRectOfContainer(size_t container) const {
-        return extraLine_ && extraLine_->container == container ? extraLine_->usedRect : NSRect();
+    bool isRightToLeftParagraph(const Line& line) const {
+        return paragraphs_[line.paragraph].paragraph->isRightToLeft();
     }
-    /// The glyphs of the cluster that holds the character, which has been made.
-    Range glyphsOfCharacter(uint32_t characterIndex) const;
-    /// The characters of the cluster of a glyph, which has been made.
-    Range charactersOfGlyph(uint32_t glyphIndex) const;
 
 private:
-    /// A paragraph of the text; what is known of it is found when it is first laid out, and kept while its text stands.
+    /// A paragraph of the text, analysed when it is first laid out, and kept until its text changes.
     struct Entry {
         uint32_t location;
         uint32_t length;
@@ -93,17 +108,27 @@ private:
         size_t container;
     };
 
+    std::optional<size_t> indexOfContainer(const NSTextContainer& container) const;
+    void forgetContainersFrom(size_t container);
+    void layOutContainer(size_t container);
+    /// Make glyphs until there is this one, or one of this character; without a place if no container has room.
+    void makeGlyph(uint32_t glyphIndex);
+    void makeCharacter(uint32_t characterIndex);
+    std::span<const Line> knownLinesOfContainer(size_t container) const;
+    /// The glyphs of the cluster that holds a character, which has been made.
+    Range glyphsOfCharacter(uint32_t characterIndex) const;
+
     bool layOutLine();
     bool layOutLineOf(const NSTextStorage& storage);
-    /// Forgets all that is known of the text but where its paragraphs are.
+    /// Forgets everything about the text except where its paragraphs are.
     void beginAnew();
     void layOutExtraLine(const NSAttributedString& text);
-    /// Finds room for a line, from the current container on; none when no container has any.
+    /// Finds room for a line, from the current container on; null if no container has any.
     template <class Fit>
     auto inNextContainer(const Fit& fit) -> decltype(fit());
     std::optional<NSRect> askForFragment(float height, float spacingBefore);
     std::optional<FittedLine> fitLine(LineFiller& filler, const Paragraph& paragraph, uint32_t start);
-    /// What stays free above the first line of a paragraph; none at the top of a container.
+    /// What stays free above the first line of a paragraph; 0 at the top of a container.
     float spacingBefore(const Paragraph& paragraph) const;
     void addLine(const Entry& entry, std::u16string_view paragraphText, FittedLine fitted);
     bool makeUnplacedGlyphs();
@@ -117,14 +142,15 @@ private:
     void addCaretCells(const Line& line, uint32_t firstGlyph, uint32_t lastGlyph, uint32_t charactersEnd,
                        std::vector<CaretCell>& cells) const;
 
-    const NSLayoutManager& manager_;
+    WeakRef<NSTextStorage> storage_;
+    std::vector<Ref<NSTextContainer>> containers_;
     ShapingCache shapingCache_;  // before the paragraphs, which use it
     std::vector<Entry> paragraphs_;
     uint32_t length_ = 0;
 
     std::vector<Line> lines_;
     std::optional<ExtraLine> extraLine_;
-    /// Of the lines, and then of text without place.
+    /// Those of the lines, then those of text without a place.
     std::vector<PlacedGlyph> glyphs_;
 
     Position nextLine_;
@@ -132,7 +158,7 @@ private:
     size_t container_ = 0;
     float y_ = 0;
     bool isDone_ = false;
-    /// Grows with everything that is forgotten: a container may change while it is asked for a fragment.
+    /// Grows whenever something is forgotten: a container may change while it is asked for a fragment.
     uint64_t generation_ = 0;
     bool isLayingOut_ = false;
 };

@@ -54,7 +54,7 @@ public:
 
     /// Those of the line's glyphs in the range. How they run is decided by the whole line, so that they are one however
     /// the line's glyphs are drawn.
-    void addRulesOfLine(const Layout::Line& line, Range glyphRange) {
+    void addRulesOfLine(const TextLayout::Line& line, Range glyphRange) {
         findPieces(line);
         for (const bool TextRuleKinds::*const kind : {&TextRuleKinds::underline, &TextRuleKinds::strikeThrough}) {
             for (size_t first = 0, last = 0; first < pieces_.size(); first = last) {
@@ -71,12 +71,12 @@ public:
 
 private:
     /// In the order in which they stand in the line. White space that hangs at its end has no advance, and no rule.
-    void findPieces(const Layout::Line& line) {
+    void findPieces(const TextLayout::Line& line) {
         pieces_.clear();
         runs_.clear();
         for (auto i = line.glyphs.location; i < line.glyphs.end(); ++i) {
             // A copy: whoever chooses the font of a run may have text laid out.
-            const PlacedGlyph glyph = layout_.glyphs()[i];
+            const PlacedGlyph glyph = *layout_.glyph(i);
             if (!(glyph.advance > 0)) continue;
             if (runs_.empty() || !runs_.back().characters.contains(glyph.character))
                 runs_.push_back(runAt(line, glyph.character));
@@ -85,7 +85,7 @@ private:
         std::ranges::stable_sort(pieces_, {}, &Piece::left);
     }
 
-    RuledRun runAt(const Layout::Line& line, uint32_t character) const {
+    RuledRun runAt(const TextLayout::Line& line, uint32_t character) const {
         const RunAppearance look = manager_.appearanceAt(text_, character);
         const Ref<NSDictionary> attributes = text_.attributesAtIndex(character);
         const auto asked = attributes->objectForKey<NSFont>(*NSOriginalFontAttributeName);
@@ -98,7 +98,7 @@ private:
                next.baselineOffset == run.baselineOffset;
     }
 
-    void addRule(const Layout::Line& line, std::span<const Piece> pieces, const bool TextRuleKinds::*kind,
+    void addRule(const TextLayout::Line& line, std::span<const Piece> pieces, const bool TextRuleKinds::*kind,
                  Range glyphRange) {
         const bool isBelow = kind == &TextRuleKinds::underline;
         const NSFont& font = prevailingFont(runs_, pieces);
@@ -130,7 +130,7 @@ private:
     }
 
     const NSLayoutManager& manager_;
-    const Layout& layout_;
+    TextLayout& layout_;
     const NSTextStorage& text_;
     const NSPoint atPoint_;
     std::vector<RuledRun> runs_;  // of the line
@@ -153,7 +153,7 @@ std::vector<TextRule> NSLayoutManager::textRulesForGlyphRange(Range glyphRange, 
     RuleFinder finder(*this, *text, atPoint);
     const uint64_t end = std::min<uint64_t>(glyphRange.end(), layout_->placedGlyphCount());
     for (uint64_t glyph = glyphRange.location; glyph < end;) {
-        const Layout::Line line = *layout_->lineOfGlyph(static_cast<uint32_t>(glyph));
+        const TextLayout::Line line = *layout_->knownLineOfGlyph(static_cast<uint32_t>(glyph));
         finder.addRulesOfLine(line, glyphRange);
         glyph = line.glyphs.end();
     }

@@ -15,9 +15,9 @@ class GlyphCache;
 class NSGraphicsContext;
 class NSTextStorage;
 class TemporaryAttributes;
+class TextLayout;
 struct CaretCell;
 struct GlyphAtPlace;
-struct PlacedGlyph;
 struct TextRule;
 struct TextRuleKinds;
 
@@ -42,7 +42,7 @@ public:
     /// Its text goes on in the containers behind it. Nothing happens when it is none of this layout manager's.
     void removeTextContainer(const NSTextContainer& container);
     /// In the order in which text fills them.
-    const std::vector<Ref<NSTextContainer>>& textContainers() const { return containers_; }
+    const std::vector<Ref<NSTextContainer>>& textContainers() const;
 
     /// Called by a container whose region has changed: what is laid out in it and behind it is forgotten.
     void textContainerChangedGeometry(const NSTextContainer& container);
@@ -148,21 +148,18 @@ protected:
 
 private:
     friend class NSTextStorage;
-    class Layout;
     class RuleFinder;
     struct RunAppearance;
 
-    std::optional<size_t> indexOfContainer(const NSTextContainer& container) const;
-    const PlacedGlyph* madeGlyph(uint32_t glyphIndex) const;
+    /// For the text storage, which tells of the edit that this is as well.
+    void setTextStorage(const Ref<NSTextStorage>& textStorage);
     RunAppearance appearanceAt(const NSTextStorage& text, uint32_t character) const;
     void drawGlyphsWithRules(NSGraphicsContext& context, Range glyphRange, NSPoint atPoint,
                              const std::vector<TextRule>& rules) const;
     template <class Visit>
     void visitShownGlyphs(Range glyphRange, NSPoint atPoint, const Visit& visit) const;
 
-    WeakRef<NSTextStorage> textStorage_;
-    std::vector<Ref<NSTextContainer>> containers_;
-    std::unique_ptr<Layout> layout_;
+    const std::unique_ptr<TextLayout> layout_;
     std::unique_ptr<TemporaryAttributes> temporaryAttributes_;
     Ref<GlyphCache> glyphCache_;
     bool usesScreenFonts_ = false;
