@@ -8,52 +8,52 @@ namespace qz {
 
 /// The platform's text alignments; the numbers are stored in palettes.
 enum class NSTextAlignment : int32_t { left = 0, right = 1, center = 2, justified = 3, natural = 4 };
-/// The direction of a paragraph. Natural: that of its first character which has one, else from left to right (rules P2
+/// The direction of a paragraph. Natural: that of its first character with a direction, else left to right (rules P2
 /// and P3 of UAX #9, the Unicode bidirectional algorithm).
 enum class NSWritingDirection : int32_t { natural = -1, leftToRight = 0, rightToLeft = 1 };
 
-/// Where text behind a tab is placed. `location` is in points from the leading margin, the right one in a paragraph
-/// from right to left; up to the next tab or the line's end, the text begins there, ends there, has its middle there,
-/// or its first decimal point ('.' or ',' between digits; its end without one).
+/// The place of text after a tab. `location` is in points from the leading margin, which is the right one in a
+/// right-to-left paragraph. The text up to the next tab or the line's end begins there, ends there, is centred there,
+/// or has its first decimal point there ('.' or ',' between digits; if there is none, its end).
 struct NSTextTab {
-    /// What of the text comes to the tab's place.
+    /// The part of the text at the tab's location.
     enum class Alignment { left, right, center, decimal };
-    float location = 0;                     ///< a tab that is not above 0 counts as not set
-    Alignment alignment = Alignment::left;  ///< left is the text's beginning, right its end
+    float location = 0;                     ///< a tab is ignored unless above 0
+    Alignment alignment = Alignment::left;  ///< left means the text's beginning, right its end
     friend bool operator==(const NSTextTab&, const NSTextTab&) = default;
 };
 
-/// How the lines of a paragraph are placed; immutable. To vary one, copy its `values()`, change that, make a new style.
-/// The style of a paragraph is that of its first character. Equal when the values are.
+/// The placement of a paragraph's lines; immutable. To change a style, copy its `values()`, edit them and make a new
+/// style. A paragraph has the style of its first character. Two styles are equal if their values are.
 class NSParagraphStyle final : public NSObject {
 public:
-    /// All that a style says. Layout takes a length that is negative, but for the tail indent, or not finite, as 0, and
-    /// one beyond `Limits::kLengthMax` as that; the style keeps what it was given.
+    /// The contents of a style, stored as given. Layout treats lengths that are not finite, or negative except for the
+    /// tail indent, as 0, and clamps lengths to `Limits::kLengthMax`.
     struct Values {
-        /// Natural: to the side at which the lines of the paragraph begin.
+        /// Natural aligns to the side where the paragraph's lines begin.
         NSTextAlignment alignment = NSTextAlignment::natural;
-        /// Decides which margin is the leading one.
+        /// Determines which margin is the leading one.
         NSWritingDirection baseWritingDirection = NSWritingDirection::natural;
-        float lineSpacing = 0;                 ///< points below each line
-        float paragraphSpacing = 0;            ///< points below the last line of a paragraph, besides its line spacing
-        float paragraphSpacingBefore = 0;      ///< points above the first line, unless it is the first of its container
-        float minimumLineHeight = 0;           ///< points; 0: none
-        float maximumLineHeight = 0;           ///< points; 0: none
-        float lineHeightMultiple = 0;          ///< times the height of the fonts, before the limits; 0: once
-        float firstLineHeadIndent = 0;         ///< points from the leading margin, the right one from right to left
-        float headIndent = 0;                  ///< points from there, for the other lines
-        float tailIndent = 0;                  ///< where lines end; 0 or less: points before the trailing margin
+        float lineSpacing = 0;             ///< points below each line
+        float paragraphSpacing = 0;        ///< points below the last line of a paragraph, in addition to line spacing
+        float paragraphSpacingBefore = 0;  ///< points above the first line, unless it is the first in its container
+        float minimumLineHeight = 0;       ///< points; 0: no minimum
+        float maximumLineHeight = 0;       ///< points; 0: no maximum
+        float lineHeightMultiple = 0;      ///< factor for the fonts' height, before the limits; 0 counts as 1
+        float firstLineHeadIndent = 0;     ///< points from the leading margin
+        float headIndent = 0;              ///< points from the leading margin, for the other lines
+        float tailIndent = 0;              ///< the end of lines; 0 or less: points before the trailing margin
         std::vector<NSTextTab> tabStops = {};  ///< in the order of their locations
-        float defaultTabInterval = 28;         ///< points; behind the last tab stop, tabs lead to multiples of it
+        float defaultTabInterval = 28;         ///< points; after the last tab stop, tabs go to multiples of it
         friend bool operator==(const Values&, const Values&) = default;
     };
 
-    /// That of text which names none: `Values` as they are at the start.
+    /// The style of text without one: default `Values`.
     static Ref<NSParagraphStyle> defaultParagraphStyle();
-    /// Any values will do.
+    /// Accepts any values.
     static Ref<NSParagraphStyle> paragraphStyleWithValues(const Values& values);
 
-    /// As they were given.
+    /// The values as given.
     ///@{
     const Values& values() const { return values_; }
     NSTextAlignment alignment() const { return values_.alignment; }

@@ -12,29 +12,30 @@ class FontLibrary;
 class NSFont;
 class NSLayoutManager;
 
-/// The attributed string that layout managers lay out and keep up with.
+/// The attributed string that layout managers lay out and follow.
 ///
 /// After an edit, or the outermost `endEditing` of a series, the edited paragraphs get fonts that have their
-/// characters: where the font lacks some, `NSFontAttributeName` becomes one that serves and
-/// `NSOriginalFontAttributeName` keeps the one asked for; where there is no font the default one is set. Then every
-/// layout manager is told. Owns its layout managers.
+/// characters: if a font does not have some, `NSFontAttributeName` becomes a substitute and
+/// `NSOriginalFontAttributeName` keeps the requested font; text without a font gets the default font. Then every layout
+/// manager is notified. Owns its layout managers.
 class NSTextStorage final : public NSMutableAttributedString {
 public:
-    /// The empty text, without layout managers.
+    /// An empty text without layout managers.
     static Ref<NSTextStorage> init();
 
-    /// Where the default font is looked up from now on; null stands for the fonts of this machine.
+    /// Sets the library for looking up the default font; null means the system's fonts.
     void setFontLibrary(std::shared_ptr<FontLibrary> library) { fontLibrary_ = std::move(library); }
 
-    /// Takes it from the storage that it had. Edits of a series that is not ended yet are told of first.
+    /// Moves the layout manager from its former storage. First notifies layout managers of edits in a series that has
+    /// not ended.
     void addLayoutManager(const Ref<NSLayoutManager>& layoutManager);
-    /// It is then without text. Nothing happens when it is none of this storage's.
+    /// The layout manager then has no text. Does nothing if it is not one of this storage's.
     void removeLayoutManager(const NSLayoutManager& layoutManager);
-    /// In the order in which they are told of edits.
+    /// In the order in which they are notified of edits.
     const std::vector<Ref<NSLayoutManager>>& layoutManagers() const { return layoutManagers_; }
 
     /// Brackets a series of edits. Series nest; an end without a beginning does nothing. Until the outermost end,
-    /// layout managers know nothing of the edits, and should not be asked.
+    /// layout managers do not know of the edits; do not query them.
     ///@{
     void beginEditing();
     void endEditing();
@@ -43,7 +44,7 @@ public:
     std::string className() const override { return "NSTextStorage"; }
 
 private:
-    /// What has been edited since layout managers were last told.
+    /// The edits since layout managers were last notified.
     struct Edit {
         Range range;
         int64_t changeInLength = 0;
@@ -57,7 +58,7 @@ private:
     Ref<NSFont> askedFont(const NSDictionary& attributes) const;
     bool askAlike(const NSDictionary& a, const NSDictionary& b) const;
     void fixFontsInRange(Range range);
-    /// Where the stretch that asks for the same font and language as the run ends, at `end` at the latest.
+    /// The end of the stretch that requests the same font and language as the run, at most `end`.
     uint32_t endOfAskedFont(size_t run, uint32_t end) const;
 
     std::shared_ptr<FontLibrary> fontLibrary_;
