@@ -17,7 +17,7 @@ using CairoSurfaceRef = std::unique_ptr<cairo_surface_t, CairoDestroy>;
 using CairoRef = std::unique_ptr<cairo_t, CairoDestroy>;
 using CairoPatternRef = std::unique_ptr<cairo_pattern_t, CairoDestroy>;
 
-/// Appends the path to Cairo's current one, moved so that `origin` becomes (0, 0).
+/// Appends the path to Cairo's current path, moved so that `origin` becomes (0, 0).
 void appendToCairo(cairo_t* cairo, const NSBezierPath& path, NSBezierPath::Point origin = {0, 0});
 
 }  // namespace qz

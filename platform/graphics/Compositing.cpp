@@ -23,7 +23,7 @@ PixelRect blendMask(const CoverageMask& mask, StraightColor color, NSBitmapImage
     target.noteDrawn(visible);
     const uint8_t opaque[4] = {color.red, color.green, color.blue, 255};
     const int64_t left = int64_t{visible.x} - dx - mask.box.x, top = int64_t{visible.y} - dy - mask.box.y;
-    // Beyond a mask's edge its rows hold zeros, which change nothing.
+    // Beyond the mask's edge its rows hold zeros, which change nothing.
     const size_t whole = (static_cast<size_t>(visible.width) + kPixelBlock - 1) / kPixelBlock * kPixelBlock;
     const bool hasRoom = int64_t{visible.x} + static_cast<int64_t>(whole) <= target.pixelsWide() &&
                          left + static_cast<int64_t>(whole) <= mask.stride;

@@ -13,13 +13,13 @@
 namespace qz {
 namespace {
 
-// Cairo's numbers have 24 bits before the point, sign included, and wrap around silently. A quarter of that leaves room
-// for the pen, whose reach is at most an eighth of it.
+// Cairo's numbers have 24 bits before the point, including the sign, and wrap around silently. A quarter of that leaves
+// room for the pen, whose reach is at most an eighth.
 constexpr double kSafeDistance = 1 << 21;
 static_assert(DevicePen::kHalfWidthMax * 2 <= kSafeDistance);
-// Keeps the number of corners that stand for a round pen near a thousand, however wide it is.
+// Limits a round pen of any width to about a thousand corners.
 constexpr double kTolerancePerHalfWidth = 5e-6;
-// Beyond the box's edge by enough that clipped shapes look the same inside.
+// Distance beyond the box's edge, large enough that clipped shapes look the same inside.
 constexpr double kClipMargin = 16;
 
 DeviceBox deviceBoxOf(const PixelRect& box) {
@@ -38,7 +38,7 @@ void strokeWithPen(cairo_t* cairo, const DevicePen& pen, double tolerance) {
     const NSAffineTransform& t = pen.circleToDevice;
     cairo_matrix_t matrix;
     cairo_matrix_init(&matrix, t.m11, t.m12, t.m21, t.m22, 0, 0);
-    // The path is in pixels already: the matrix in force while stroking shapes the pen only.
+    // The path is in pixels already: the matrix during stroking affects only the pen.
     cairo_set_matrix(cairo, &matrix);
     cairo_set_line_width(cairo, 2 * pen.halfWidth);
     cairo_set_line_cap(cairo, kCaps[static_cast<size_t>(pen.cap)]);
@@ -52,7 +52,7 @@ void drawShape(cairo_t* cairo, const DeviceShape& shape, const PixelRect& box) {
     const double tolerance = curveTolerance(shape.path().flatness());
     const double reach = shape.pen() ? shape.pen()->reach() : 0;
     const DeviceBox clip = deviceBoxOf(box).grownBy(reach + kClipMargin);
-    // The corner of the box becomes the origin, so that the numbers Cairo sees stay small on any bitmap.
+    // The corner of the box becomes the origin, so that Cairo's numbers stay small on any bitmap.
     const NSBezierPath::Point origin{static_cast<double>(box.x), static_cast<double>(box.y)};
     if (isNear(shape.pathBounds(), box)) {
         appendToCairo(cairo, shape.path(), origin);
@@ -72,14 +72,14 @@ void drawShapeInto(CoverageMask& mask, const DeviceShape& shape, bool antialias)
     const CairoRef cairo(cairo_create(surface.get()));
     cairo_set_antialias(cairo.get(), antialias ? CAIRO_ANTIALIAS_DEFAULT : CAIRO_ANTIALIAS_NONE);
     drawShape(cairo.get(), shape, mask.box);
-    // Cairo goes on without what it found no memory for.
+    // Cairo continues without anything it had no memory for.
     if (cairo_status(cairo.get()) == CAIRO_STATUS_NO_MEMORY) throw std::bad_alloc();
     cairo_surface_flush(surface.get());
 }
 
 void makeEmpty(CoverageMask& mask, const PixelRect& box) {
     mask.box = box;
-    // Rows of whole blocks, as they are blended; Cairo takes any multiple of four.
+    // Rows consist of whole blocks for blending; Cairo accepts any multiple of four.
     mask.stride = (box.width + 7) / 8 * 8;
     mask.bytes.assign(static_cast<size_t>(mask.stride) * static_cast<size_t>(box.height), 0);
 }
@@ -98,7 +98,7 @@ void renderCoverage(std::span<const DeviceShape> shapes, const PixelRect& box, b
     mask.bytes.clear();
     if (box.isEmpty() || std::max(box.width, box.height) > kCoverageSideMax) return;
     makeEmpty(mask, box);
-    // Painted into one mask, one shape lies over another as `uniteMasks` would lay it.
+    // Painting into one mask unites shapes as `uniteMasks` would.
     bool isFirst = true;
     for (const DeviceShape& shape : shapes) {
         if (shape.pixelBounds(box).isEmpty()) continue;

@@ -9,11 +9,11 @@ namespace {
 
 using Point = NSBezierPath::Point;
 
-// Beyond the largest float, and small enough that differences and squares of coordinates stay finite.
+// Above the largest float, yet small enough that differences and squares of coordinates stay finite.
 constexpr double kCoordinateMax = 1e40;
-// Of the shortest radius of the pen to the longest; below it the pen is a line.
+// Ratio of the pen's shortest radius to its longest, below which the pen is a line.
 constexpr double kPenFlatnessMin = 1e-9;
-// The rasteriser rounds points to this grid, which turns the direction of short lines.
+// The rasteriser rounds points to this grid, which changes the direction of short lines.
 constexpr double kGridPerPixel = 256;
 
 Point onGrid(Point point) {
@@ -47,8 +47,8 @@ std::optional<DevicePen> penOf(const NSBezierPath& path, const NSAffineTransform
     return pen;
 }
 
-/// Follows a path as the pen does and collects the box of what the pen may touch: the pen's own radius along the way,
-/// more at sharp miters and square ends only.
+/// Follows a path like the pen and collects the box that the pen may touch: the pen's radius along the path, and more
+/// only at sharp miters and square ends.
 class StrokeBounds {
 public:
     explicit StrokeBounds(const DevicePen& pen)
@@ -94,10 +94,10 @@ public:
     const DeviceBox& box() const { return box_; }
 
 private:
-    // The rasteriser may find a ratio next to the miter limit on the other side of it.
+    // The rasteriser may see a ratio close to the miter limit on the other side of it.
     static constexpr double kLimitMargin = 1.001;
 
-    /// Unit vectors, zero for no direction.
+    /// A unit vector, or zero for no direction.
     struct Direction {
         Point inCircle{0, 0}, onDevice{0, 0};
 
@@ -117,9 +117,9 @@ private:
         include(end, 1);
     }
 
-    // A miter's tip lies away from the turn, at the half width over cos(turn / 2), in the pen's circle. The rasteriser
-    // measures the turn against the miter limit on the device, which for an uneven pen is another turn; either may let
-    // the miter stand.
+    // In the pen's circle, a miter's tip lies opposite the turn at a distance of the half width over cos(turn / 2). The
+    // rasteriser compares the turn on the device, which differs for an uneven pen, with the miter limit; allow the
+    // miter if either does.
     void join(Point point, Direction out) {
         if (pen_.join != NSLineJoinStyle::miter || lastDirection_.isNone() || out.isNone()) return;
         const double ratio = miterRatio(lastDirection_.inCircle, out.inCircle);
@@ -138,12 +138,12 @@ private:
         return std::sqrt(2 / std::max(1 + in.x * out.x + in.y * out.y, 1e-12));
     }
 
-    // None between points that are equal on the rasteriser's grid.
+    // Zero between points that are equal on the rasteriser's grid.
     Direction directionOf(Point from, Point to) const {
         const NSAffineTransform& t = pen_.circleToDevice;
         const Point a = onGrid(from), b = onGrid(to);
         const double dx = b.x - a.x, dy = b.y - a.y;
-        // The inverse of the linear part; its scale drops out in the division by the length.
+        // The inverse of the linear part; dividing by the length cancels its scale.
         const double sign = std::copysign(1.0, determinant(t));
         return {unit({sign * (t.m22 * dx - t.m21 * dy), sign * (t.m11 * dy - t.m12 * dx)}), unit({dx, dy})};
     }
@@ -153,7 +153,7 @@ private:
         return length > 0 ? Point{vector.x / length, vector.y / length} : Point{0, 0};
     }
 
-    // A curve leaves its first point for the next that differs from it.
+    // A curve starts towards the next point that differs from its first.
     Direction firstDirection(std::initializer_list<Point> points) const {
         for (const Point& point : points) {
             const Direction direction = directionOf(*points.begin(), point);
@@ -167,7 +167,7 @@ private:
     DeviceBox box_;
     Point start_{0, 0}, current_{0, 0};
     Direction firstDirection_, lastDirection_;
-    // Whether there is no open subpath that has ends.
+    // Whether there is no open subpath with ends.
     bool closed_ = true;
 };
 
@@ -190,7 +190,7 @@ void DeviceBox::include(Point point, double reachX, double reachY) {
 
 PixelRect DeviceBox::pixels(const PixelRect& within) const {
     if (isEmpty()) return {};
-    // Cut before the conversion to integers, which these doubles may not fit.
+    // Clamp before converting to integers, which these doubles may not fit.
     const double left = std::max<double>(std::floor(minX), within.x);
     const double top = std::max<double>(std::floor(minY), within.y);
     const double right = std::min(std::ceil(maxX), static_cast<double>(within.right()));
@@ -207,7 +207,7 @@ double DevicePen::reach() const {
 DeviceShape::DeviceShape(const NSBezierPath& path, const NSAffineTransform& toDevice) : path_(path) {
     path_.transformUsingAffineTransform(toDevice);
     for (const Point point : path_.points()) {
-        // Written so that not-a-number fails too.
+        // Written so that NaN fails too.
         const bool drawable = std::fabs(point.x) <= kCoordinateMax && std::fabs(point.y) <= kCoordinateMax;
         if (!drawable) {
             pathBounds_ = {};
@@ -242,7 +242,7 @@ DeviceShape DeviceShape::strokeOfGlyph(const NSBezierPath& outline, const NSAffi
         shape.isGlyphOutline_ = true;
         return shape;
     }
-    // Closed contours have no caps, so the pen reaches as far everywhere.
+    // Closed contours have no caps, so the pen's reach is the same everywhere.
     DeviceShape shape = fillOfGlyph(outline, toDevice);
     shape.pen_ = penOf(outline, toDevice);
     shape.bounds_ = {};

@@ -10,7 +10,7 @@ using Point = NSBezierPath::Point;
 
 constexpr float kDefaultFlatness = 0.6f;
 constexpr double kFlatnessPerTolerance = 6;
-// The grid of the rasteriser, and a distance at which any curve is a straight line.
+// The rasteriser's grid, and a distance at which any curve is a straight line.
 constexpr double kToleranceMin = 1.0 / 256;
 constexpr double kToleranceMax = 1024;
 

@@ -6,14 +6,14 @@
 
 namespace qz {
 
-/// The distance to which curves are really drawn for a path's flatness. Flatness is the distance that may not be
-/// passed; at the default of 0.6 pixels the corners of an antialiased letter would show, at a sixth of it they do not.
-/// A flatness that is not above 0 counts as the default.
+/// The actual tolerance for drawing curves with a path's flatness. Flatness is an upper limit: at the default of 0.6
+/// pixels the corners of an antialiased letter would be visible, at a sixth of it they are not. A flatness that is not
+/// above 0 counts as the default.
 double curveTolerance(float flatness);
 
-/// Appends the ends of lines that stay within `tolerance` of the cubic curve from `start`: the last one is `end`,
-/// `start` is not among them. At most `kCurveLinesMax`, so a curve that bends by more than some 100,000 units is cut
-/// more coarsely.
+/// Appends the end points of lines that stay within `tolerance` of the cubic curve from `start`; the last one is `end`,
+/// and `start` is not included. Appends at most `kCurveLinesMax`, so a curve that bends by more than about 100,000
+/// units is approximated more coarsely.
 void appendFlattenedCurve(NSBezierPath::Point start, NSBezierPath::Point control1, NSBezierPath::Point control2,
                           NSBezierPath::Point end, double tolerance, std::vector<NSBezierPath::Point>& lineEnds);
 

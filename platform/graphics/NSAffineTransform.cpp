@@ -17,7 +17,7 @@ NSAffineTransform composed(const NSAffineTransform& first, const NSAffineTransfo
             .tY = second.m12 * first.tX + second.m22 * first.tY + second.tY};
 }
 
-// Exact at the quarter turns, which therefore keep axes on axes.
+// Exact for quarter turns, which therefore map axes to axes.
 double cosineOfDegrees(double degrees) {
     const double turn = std::fabs(std::remainder(degrees, 360));
     if (turn == 90) return 0;

@@ -4,33 +4,33 @@
 
 namespace qz {
 
-/// x' = m11 x + m21 y + tX, y' = m12 x + m22 y + tY. Starts as the identity; each operation applies before what is
-/// there, as drawing operations nest.
+/// x' = m11 x + m21 y + tX, y' = m12 x + m22 y + tY. Starts as the identity; each operation is applied before the
+/// existing ones, as drawing operations nest.
 struct NSAffineTransform {
     /// The factors of the formula above; `tX` and `tY` are in units of the result.
     ///@{
     double m11 = 1, m12 = 0, m21 = 0, m22 = 1, tX = 0, tY = 0;
     ///@}
 
-    /// Prepends the step, which is in the units of the points that go in, not of those that come out.
+    /// Prepends the step, in the units of the input points, not the output points.
     ///@{
     void translateXBy(double dx, double dy);
     void scaleXBy(double sx, double sy);
     ///@}
-    /// Prepends a turn from the x axis toward the y axis, clockwise as seen where y grows downward. Quarter turns are
+    /// Prepends a rotation from the x axis toward the y axis, which is clockwise if y grows downward. Quarter turns are
     /// exact.
     void rotateByDegrees(double degrees);
-    /// This, after `transform` has been applied first.
+    /// Applies `transform` first, then this.
     void prependTransform(const NSAffineTransform& transform);
-    /// This, and then `transform`.
+    /// Applies this first, then `transform`.
     void appendTransform(const NSAffineTransform& transform);
 
-    /// Computed in double precision, rounded once.
+    /// Computed in double precision and rounded once.
     NSPoint transformPoint(NSPoint point) const;
-    /// Whether axes stay axes: no rotation, no shear.
+    /// Whether there is no rotation and no shear.
     bool isScaleAndTranslation() const { return m12 == 0 && m21 == 0; }
 
-    /// Prepends it to the transform of the current graphics context; nothing without one.
+    /// Prepends this to the transform of the current graphics context, if there is one.
     void concat() const;
 
     friend bool operator==(const NSAffineTransform&, const NSAffineTransform&) = default;

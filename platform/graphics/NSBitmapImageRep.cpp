@@ -16,7 +16,7 @@ namespace {
 constexpr std::array kBitsPerSample = {1, 2, 4, 8, 12, 16, 32};
 // CMYK and alpha.
 constexpr int32_t kSamplesPerPixelMax = 5;
-// Smaller ones an allocator serves as well.
+// For smaller storage an allocator is just as fast.
 constexpr uint64_t kSpareBytesMin = uint64_t{1} << 18;
 
 bool isPossible(const NSBitmapImageRep::Format& format) {
@@ -25,7 +25,7 @@ bool isPossible(const NSBitmapImageRep::Format& format) {
            std::ranges::find(kBitsPerSample, format.bitsPerSample) != kBitsPerSample.end();
 }
 
-// The format with its zeros filled in; none when a pixel does not hold its samples or a row its pixels.
+// The format with zeros replaced; no value if a pixel does not hold its samples or a row its pixels.
 std::optional<NSBitmapImageRep::Format> completed(NSBitmapImageRep::Format format) {
     if (!isPossible(format)) return std::nullopt;
     const int32_t sampleBits = format.bitsPerSample * format.samplesPerPixel;
@@ -44,7 +44,7 @@ void NSBitmapImageRep::Unmap::operator()(uint8_t* data) const {
     ::munmap(data, bytes);
 }
 
-/// What a bitmap has left behind, and where it has drawn.
+/// The storage left by a bitmap, and where it has drawn.
 struct NSBitmapImageRep::Spare {
     Storage storage{nullptr, Unmap{}};
     size_t bytesPerRow = 0;
@@ -53,7 +53,7 @@ struct NSBitmapImageRep::Spare {
 
     ~Spare() { isGone = true; }
 
-    /// The spare of this thread; none when its last hour has come, which bitmaps of static life outlast.
+    /// The spare of this thread; null during thread exit, which bitmaps with static lifetime may outlive.
     static Spare* ofThread() {
         thread_local Spare spare;
         return isGone ? nullptr : &spare;
@@ -61,7 +61,7 @@ struct NSBitmapImageRep::Spare {
 
     Storage takeCleared() {
         if (isAllDrawn) {
-            std::memset(storage.get(), 0, storage.get_deleter().bytes);  // a host may have written between rows too
+            std::memset(storage.get(), 0, storage.get_deleter().bytes);  // a host may have written between rows
         } else {
             const auto left = 4 * static_cast<size_t>(drawnBox.x), width = 4 * static_cast<size_t>(drawnBox.width);
             uint8_t* row = storage.get() + static_cast<size_t>(drawnBox.y) * bytesPerRow + left;
@@ -74,8 +74,8 @@ private:
     static inline thread_local bool isGone = false;
 };
 
-// Straight from the system, so that pages cost nothing until a row is touched: an allocator that has seen one large
-// block go keeps the next in its own heap, and clears all of it.
+// Directly from the system, so that pages cost nothing until touched: after freeing one large block, an allocator takes
+// the next from its heap and clears all of it.
 NSBitmapImageRep::Storage NSBitmapImageRep::zeroedStorage(const Format& format) {
     const uint64_t bytes = static_cast<uint64_t>(format.bytesPerRow) * static_cast<uint64_t>(format.pixelsHigh);
     if (bytes > kBytesMax) return {nullptr, Unmap{}};

@@ -57,7 +57,7 @@ const SystemColor* systemColorNamed(const std::string& name) {
     return found == kSystemColors.end() ? nullptr : &*found;
 }
 
-// Negative zero compares equal to zero but does not hash so; not-a-number compares with nothing.
+// Negative zero equals zero but hashes differently; NaN equals nothing.
 float componentOf(float value) {
     return value > 0 ? std::min(value, 1.0f) : 0.0f;
 }
@@ -134,7 +134,7 @@ Ref<NSColor> NSColor::colorUsingColorSpaceName(const NSString& colorSpaceName) c
         return colorWithCalibratedRed(red, green, blue, alpha);
     }
     if (colorSpaceName.isEqualToString(*NSCalibratedWhiteColorSpace)) {
-        // The grey of a colour as the PostScript language defines it; a grey as RGB keeps its level to the bit.
+        // The grey of a colour as defined by the PostScript language; an RGB grey keeps its exact level.
         const bool isGrey = red == green && green == blue;
         return colorWithCalibratedWhite(isGrey ? red : 0.30f * red + 0.59f * green + 0.11f * blue, alpha);
     }
@@ -157,7 +157,7 @@ float NSColor::alphaComponent() const {
     return components_.alpha;
 }
 
-// Shared without const as every object is; a colour has nothing that changes.
+// Shared without const like every object; a colour is immutable.
 Ref<NSColor> NSColor::self() const {
     return refTo(const_cast<NSColor&>(*this));
 }

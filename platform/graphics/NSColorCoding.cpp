@@ -5,8 +5,7 @@
 namespace qz {
 namespace {
 
-// The device spaces are read as the calibrated ones, and CMYK as red, green and blue, since colours have no other
-// spaces here.
+// Device spaces are read as calibrated ones, and CMYK as RGB, since colours have no other spaces here.
 enum class Tag : int32_t { calibratedRGB = 1, deviceRGB, calibratedWhite, deviceWhite, deviceCMYK, named };
 
 void encodeTag(NSArchiver& archiver, Tag tag) {
@@ -19,7 +18,7 @@ void encodeColor(const NSObject& object, NSArchiver& archiver) {
     const double alpha = color.alphaComponent();
     if (color.colorNameComponent()) {
         encodeTag(archiver, Tag::named);
-        // For a reader to whom the name says nothing; none when it says nothing to us.
+        // For a reader that does not know the name; null if we do not know it either.
         const Ref<NSColor> otherwise = color.colorUsingColorSpaceName(*NSCalibratedRGBColorSpace);
         archiver.encodeValuesOfObjCTypes("@@@", {color.catalogNameComponent(), color.colorNameComponent(), otherwise});
     } else if (color.colorSpaceName()->isEqualToString(*NSCalibratedWhiteColorSpace)) {
@@ -81,7 +80,7 @@ Ref<NSObject> decodeColor(NSUnarchiver& unarchiver) {
         case Tag::named:
             return decodeNamed(unarchiver);
     }
-    unarchiver.fail("a colour of the kind " + std::to_string(tag) + "; the kinds 1 to 6 are known");
+    unarchiver.fail("a colour of the kind " + std::to_string(tag) + "; only kinds 1 to 6 are known");
     return {};
 }
 

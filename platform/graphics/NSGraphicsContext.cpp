@@ -11,7 +11,7 @@
 namespace qz {
 namespace {
 
-// Larger shapes are drawn in bands of rows, so that a mask never takes more than this.
+// Larger shapes are drawn in bands of rows, so that a mask never exceeds this.
 constexpr int32_t kMaskBytesMax = 4 << 20;
 
 constexpr PixelRect kAnyPixels{-(1 << 30), -(1 << 30), INT32_MAX, INT32_MAX};
@@ -113,8 +113,8 @@ void NSGraphicsContext::beginGathering() {
     gathered_ = std::make_unique<CoverageMask>();
 }
 
-// A title's layer is a strip of the screen: the mask grows to where there is something, by so much at a time that
-// growing stays cheap.
+// A title's layer is a strip of the screen, so the mask grows to the drawn area, in steps large enough to keep growing
+// cheap.
 void NSGraphicsContext::gather(const CoverageMask& mask, int32_t dx, int32_t dy) {
     const PixelRect box = intersectionOfMoved(mask.box, dx, dy, bitmap_->bounds());
     if (box.isEmpty()) return;

@@ -16,66 +16,64 @@ namespace qz {
 class DeviceShape;
 struct CoverageMask;
 
-/// Draws into a 32-bit bitmap, source over destination. Everything but a bitmap is coverage filled with a paint: black,
-/// until another is set.
+/// Draws into a 32-bit bitmap, source over destination. Everything except bitmaps is coverage filled with a paint,
+/// black by default.
 ///
-/// Every thread has a current context of its own, and contexts on distinct bitmaps may draw at the same time. A shape
-/// costs the pixels of its own box, cut to the bitmap; one wholly outside, or with a coordinate that is not finite,
-/// draws nothing.
+/// Every thread has its own current context, and contexts on distinct bitmaps may draw at the same time. The cost of a
+/// shape is its own box, cut to the bitmap; a shape entirely outside, or with a coordinate that is not finite, draws
+/// nothing.
 class NSGraphicsContext final : public NSObject {
 public:
-    /// For an RGBA bitmap of 8-bit samples; null for another. `flipped`: user space has its origin at the top left with
-    /// y growing downward; otherwise at the bottom left with y growing upward.
+    /// Takes an RGBA bitmap with 8-bit samples; returns null for any other. If `flipped`, user space has its origin at
+    /// the top left with y growing downward, otherwise at the bottom left with y growing upward.
     static Ref<NSGraphicsContext> graphicsContextWithBitmapImageRep(Ref<NSBitmapImageRep> bitmap, bool flipped);
     ~NSGraphicsContext() override;
 
-    /// The context of this thread; null until one is set.
+    /// This thread's context; null until one is set.
     static Ref<NSGraphicsContext> currentContext();
-    /// The thread keeps the context alive until another is set; null leaves the thread without one.
+    /// The thread keeps the context alive until another is set; null removes it.
     static void setCurrentContext(Ref<NSGraphicsContext> context);
 
-    /// Saves paint, transform and antialiasing; `restoreGraphicsState` brings the last saved ones back, or does nothing
-    /// if nothing is saved.
+    /// Saves paint, transform and antialiasing; `restoreGraphicsState` restores the last saved ones, or does nothing if
+    /// there are none.
     ///@{
     void saveGraphicsState();
     void restoreGraphicsState();
     ///@}
 
-    /// True at first. Without it a pixel of a fill or a stroke is covered wholly or not at all; masks are as they were
-    /// made.
+    /// True by default. Without it, fills and strokes cover a pixel completely or not at all; masks are not affected.
     ///@{
     bool shouldAntialias() const { return state_.shouldAntialias; }
     void setShouldAntialias(bool antialias) { state_.shouldAntialias = antialias; }
     ///@}
-    /// What coverage is filled with. Without a paint only bitmaps are drawn.
+    /// The paint that fills coverage. Without one, only bitmaps are drawn.
     ///@{
     const std::optional<Paint>& paint() const { return state_.paint; }
     void setPaint(std::optional<Paint> paint) { state_.paint = std::move(paint); }
     ///@}
-    /// Makes a single colour the paint; null leaves the context without one.
+    /// Sets a single colour as paint; null removes the paint.
     void setColor(const Ref<NSColor>& color);
     /// From user space to pixels, origin at the top left.
     const NSAffineTransform& transform() const { return state_.transform; }
-    /// Prepends: what is drawn from now on goes through `transform` first. Masks, shapes and bitmaps are placed in
-    /// pixels and go through neither.
+    /// Prepends `transform`, so that later drawing goes through it first. Masks, shapes and bitmaps are placed in
+    /// pixels and are not transformed.
     void concatTransform(const NSAffineTransform& transform) { state_.transform.prependTransform(transform); }
 
-    /// Fills by the non-zero rule, open subpaths as if they were closed.
+    /// Fills by the non-zero rule, treating open subpaths as closed.
     void fill(const NSBezierPath& path);
     /// Strokes with the path's width, caps, joins and miter limit, in user space.
     void stroke(const NSBezierPath& path);
-    /// Draws a premultiplied RGBA bitmap, unscaled, its top left pixel on the pixel (x, y) of the target, thinned to
-    /// `alpha` of 255. A bitmap of another kind, or the target itself, draws nothing.
+    /// Draws a premultiplied RGBA bitmap, unscaled, with its top left pixel at pixel (x, y) of the target and an
+    /// opacity of `alpha` of 255. Does nothing for any other bitmap or the target itself.
     void drawBitmap(const NSBitmapImageRep& bitmap, int32_t x, int32_t y, uint8_t alpha = 255);
-    /// Fills what a mask covers, its box moved by (dx, dy) pixels. A mask that holds the alpha of a single colour
-    /// already is filled as if that were 1.
+    /// Fills the area covered by a mask, moved by (dx, dy) pixels. If the mask already includes the alpha of a single
+    /// colour, the colour is treated as opaque.
     void drawMask(const CoverageMask& mask, int32_t dx, int32_t dy, bool holdsAlpha = false);
-    /// Fills what shapes cover between them, moved by (dx, dy) pixels: the paint is laid on once, even where they
-    /// overlap.
+    /// Fills the union of the shapes, moved by (dx, dy) pixels: the paint is applied once, even where they overlap.
     void drawShapes(std::span<const DeviceShape> shapes, int32_t dx, int32_t dy);
 
-    /// Until `endGathering`, fills and strokes draw nothing; what they cover is then filled once, with the paint of
-    /// that moment. Bitmaps are drawn at once. Pairs do not nest.
+    /// Until `endGathering`, fills and strokes only collect coverage, which is then filled once with the paint at that
+    /// time. Bitmaps are drawn immediately. Pairs do not nest.
     ///@{
     void beginGathering();
     void endGathering();
@@ -83,10 +81,10 @@ public:
     /// Whether a pair is open.
     bool isGathering() const { return gathered_ != nullptr; }
 
-    /// The pixels that anything drawn through this context may have changed.
+    /// The pixels that drawing through this context may have changed.
     const PixelRect& changedBox() const { return changedBox_; }
 
-    /// The target, never null, which the context keeps alive.
+    /// The target; never null, and kept alive by the context.
     const Ref<NSBitmapImageRep>& bitmap() const { return bitmap_; }
 
     std::string className() const override { return "NSGraphicsContext"; }
@@ -105,9 +103,9 @@ private:
     const Ref<NSBitmapImageRep> bitmap_;
     State state_;
     std::vector<State> saved_;
-    // Its storage serves one shape after another.
+    // Its storage is reused for one shape after another.
     const std::unique_ptr<CoverageMask> mask_;
-    // Null while drawing goes straight to the bitmap.
+    // Null unless gathering.
     std::unique_ptr<CoverageMask> gathered_;
     PixelRect changedBox_;
 };

@@ -10,13 +10,13 @@ namespace {
 
 struct Focus {
     Ref<NSImage> image;
-    // What was current before the image was.
+    // The context that was current before.
     Ref<NSGraphicsContext> previous;
 };
 
 thread_local std::vector<Focus> focusesOfThread;
 
-// The whole pixels that a side in points takes; 0 for one that no bitmap has.
+// The number of pixels for a side in points; 0 if no bitmap can have it.
 int32_t pixelsOf(float side) {
     const float pixels = std::ceil(side);
     return pixels >= 1 && pixels < 0x1p31f ? static_cast<int32_t>(pixels) : 0;
@@ -33,7 +33,7 @@ Ref<NSImage> NSImage::initWithSize(NSSize size) {
 }
 
 void NSImage::lockFocus() {
-    // First all that may fail for want of memory: an entry without its context would never be taken out.
+    // Do everything that may run out of memory first: an entry without its context would never be removed.
     Ref<NSGraphicsContext> context = NSGraphicsContext::graphicsContextWithBitmapImageRep(bitmap_, flipped_);
     focusesOfThread.push_back({refTo(*this), NSGraphicsContext::currentContext()});
     NSGraphicsContext::setCurrentContext(std::move(context));
@@ -41,7 +41,7 @@ void NSImage::lockFocus() {
 
 void NSImage::unlockFocus() {
     if (focusesOfThread.empty() || focusesOfThread.back().image.get() != this) return;
-    // Taken out first: the entry may hold the last reference to this image.
+    // Remove it first: the entry may hold the last reference to this image.
     const Focus focus = std::move(focusesOfThread.back());
     focusesOfThread.pop_back();
     NSGraphicsContext::setCurrentContext(focus.previous);

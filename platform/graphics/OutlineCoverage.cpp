@@ -12,20 +12,20 @@ namespace {
 
 using Point = NSBezierPath::Point;
 
-// Sums of this many pixels at a time: 1 MiB, however large the mask.
+// Number of pixels summed at a time: 1 MiB, however large the mask.
 constexpr int32_t kSumsMax = 1 << 18;
-// Single precision then still tells 1/512 of a pixel.
+// Single precision still resolves 1/512 of a pixel here.
 constexpr double kReachMax = 1 << 14;
-// Points nearer to each other than this, in pixels, are one.
+// Points closer than this, in pixels, are merged.
 constexpr double kSamePoint = 1.0 / 512;
 
-/// The areas to the right of lines, row by row. Each line adds to the pixels that it passes how much of them lies to
-/// its right, and to the next ones what is missing there; the sums from the left are what is covered.
+/// Accumulates the areas to the right of lines, row by row. Each line adds to the pixels that it crosses the area to
+/// its right, and to the following pixels the remainder; prefix sums from the left give the coverage.
 ///
-/// Four rows lie interleaved, a pixel of each side by side: one sum waits for the last, so that rows go together.
+/// Four rows are interleaved, pixel by pixel: each sum depends on the last, so rows are summed in parallel.
 class AreaSums {
 public:
-    /// `sums` are zeros and are so again once all rows have been covered; grown where they are too few.
+    /// `sums` must be all zeros, and is so again once all rows have been covered; grows if too short.
     AreaSums(int32_t width, int32_t height, std::vector<float>& sums)
         : width_(width), height_(height), stride_(kRows * (static_cast<size_t>(width) + kColumns + 1)), sums_(sums) {
         const size_t needed = stride_ * ((static_cast<size_t>(height) + kRows - 1) / kRows);
@@ -42,8 +42,8 @@ public:
 
     static constexpr int32_t kRows = 4;
     static constexpr int32_t kColumns = 4;
-    /// The coverage of the four rows from `y`, a multiple of 4, and zeros where their sums were. Written are `width`
-    /// bytes of each, and what is missing to a multiple of `kColumns`.
+    /// Writes the coverage of the four rows from `y`, a multiple of 4, and resets their sums to zero. Writes `width`
+    /// bytes per row, padded to a multiple of `kColumns`.
     void coverRows(int32_t y, uint8_t* const (&coverage)[kRows]) {
         float* at = sums_.data() + stride_ * static_cast<size_t>(y / kRows);
         Sums sum{};
@@ -79,7 +79,7 @@ private:
         if (top.y < 0) top = {top.x - top.y * slope, 0};
         if (bottom.y > height_) bottom = {bottom.x - (bottom.y - height_) * slope, double(height_)};
         if (!(top.y < bottom.y)) return;
-        // Left of the box a line lies left of every pixel; right of it, of none.
+        // A line left of the box is left of every pixel; a line right of it, of no pixel.
         if (std::max(top.x, bottom.x) <= 0) return addInside({0, top.y}, {0, bottom.y}, sign);
         if (std::min(top.x, bottom.x) >= width_) return;
         if (std::min(top.x, bottom.x) < 0) return addCut(top, bottom, 0, sign);
@@ -95,7 +95,7 @@ private:
 
     void addInside(Point top, Point bottom, float sign) {
         const auto slope = static_cast<float>((bottom.x - top.x) / (bottom.y - top.y));
-        const float rise = std::fabs(1 / slope);  // read only where the line passes several pixels of a row
+        const float rise = std::fabs(1 / slope);  // used only if the line crosses several pixels of a row
         const auto y0 = static_cast<float>(top.y), y1 = static_cast<float>(bottom.y);
         const auto limit = static_cast<float>(width_);
         const auto first = static_cast<int32_t>(y0), last = std::min(height_, ceilingOf(y1));
@@ -110,14 +110,14 @@ private:
         }
     }
 
-    // Of a number that is not negative; the standard one is a call on machines of the baseline.
+    // Only for numbers that are not negative; the standard function is a call on baseline machines.
     static int32_t ceilingOf(float value) {
         const auto whole = static_cast<int32_t>(value);
         return whole + (static_cast<float>(whole) < value);
     }
 
-    // A line through one row, from x to next, as a trapezium over each pixel that it passes; it falls by `rise` over
-    // each.
+    // Adds a line through one row, from x to next, as a trapezium over each pixel that it crosses; it falls by `rise`
+    // over each.
     static void addInRow(float* sums, float x, float next, float height, float rise) {
         const float left = std::min(x, next), right = std::max(x, next);
         const auto first = static_cast<int32_t>(left);
@@ -129,7 +129,7 @@ private:
             at[kRows] += missing;
             return;
         }
-        // What the line has added so far to the pixel at hand and those behind it.
+        // The area that the line has added so far to this pixel and the following ones.
         float added = 0.5f * rise * inFirst * inFirst;
         at[0] += added;
         float reached = rise * inFirst;
@@ -148,14 +148,14 @@ private:
     }
 
     const int32_t width_, height_;
-    // Floats from one group of rows to the next.
+    // Number of floats from one group of rows to the next.
     const size_t stride_;
     std::vector<float>& sums_;
 };
 
 using Contour = std::vector<Point>;
 
-// Nearer to each other than the areas can tell.
+// Whether the points are closer than the areas can resolve.
 bool isSame(Point a, Point b) {
     return std::fabs(a.x - b.x) < kSamePoint && std::fabs(a.y - b.y) < kSamePoint;
 }
@@ -176,10 +176,10 @@ public:
         for (const Point point : ends_) add(point);
         current_ = end;
     }
-    // Every contour counts as closed.
+    // All contours are treated as closed.
     void close() {}
 
-    /// Without equal neighbours, the last and the first included.
+    /// Removes equal neighbours, including the last and the first.
     std::vector<Contour> finish() {
         for (Contour& contour : contours_)
             while (contour.size() > 1 && isSame(contour.front(), contour.back())) contour.pop_back();
@@ -205,17 +205,17 @@ std::vector<Contour> contoursOf(const DeviceShape& shape, const PixelRect& box) 
     return maker.finish();
 }
 
-/// The border on one side of a contour, at half the pen's width from it.
+/// Makes the border on one side of a contour, at half the pen's width from it.
 class BorderMaker {
 public:
     explicit BorderMaker(const DevicePen& pen, double tolerance)
         : half_(pen.halfWidth),
           join_(pen.join),
           miterLimit_(pen.miterLimit),
-          // An arc leaves its chord by r (1 - cos(angle / 2)).
+          // The distance between an arc and its chord is r (1 - cos(angle / 2)).
           cosStep_(2 * std::pow(std::max(1 - tolerance / pen.halfWidth, 0.5), 2) - 1) {}
 
-    /// To the left of its lines, seen along them with y upward.
+    /// The border to the left of its lines, looking along them with y upward.
     const Contour& borderOf(const Contour& contour) {
         border_.clear();
         const size_t count = contour.size();
@@ -252,8 +252,8 @@ private:
         add(corner, -by, bx);
     }
 
-    // Where the border turns towards the contour, its lines meet; on lines too short for that it runs through the
-    // corner itself, so that it winds no other way round than the lines' own strips do.
+    // Where the border turns towards the contour, its lines meet; if they are too short for that, it passes through the
+    // corner itself, so that it winds the same way as the lines' own strips.
     void turnInside(Point corner, const Side& before, const Side& after, double cross, double dot) {
         const auto [ax, ay] = before.direction;
         const auto [bx, by] = after.direction;
@@ -266,7 +266,7 @@ private:
         add(corner, -by, bx);
     }
 
-    // Points between the ends of an arc that begins at a normal; `angle` is below 0.
+    // Adds points between the ends of an arc that begins at a normal; `angle` is negative.
     void addArc(Point corner, Point normal, double angle) {
         const auto steps = static_cast<int>(std::ceil(angle / -std::acos(cosStep_)));
         const double c = std::cos(angle / steps), s = std::sin(angle / steps);
@@ -303,12 +303,13 @@ bool isEven(const DevicePen& pen) {
 }
 
 void addRows(const std::vector<Contour>& contours, int32_t first, int32_t count, bool isFirst, CoverageMask& mask) {
-    // Kept from glyph to glyph, little more than a MiB: taking and clearing them anew costs as much as filling them.
+    // Kept from glyph to glyph, at little more than 1 MiB: allocating and clearing them again costs as much as filling
+    // them.
     thread_local std::vector<float> zeros;
     const auto width = static_cast<size_t>(mask.box.width), stride = static_cast<size_t>(mask.stride);
     std::vector<uint8_t> spare(AreaSums::kRows * stride);
     AreaSums sums(mask.box.width, count, zeros);
-    // From here on nothing may fail: the sums have to end as zeros.
+    // Nothing may fail from here on, since the sums must end as zeros.
     for (const Contour& contour : contours) {
         for (size_t i = 0; i < contour.size(); ++i) {
             const Point from = contour[i], to = contour[i + 1 == contour.size() ? 0 : i + 1];

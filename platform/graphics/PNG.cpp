@@ -16,20 +16,20 @@
 #include "platform/graphics/Compositing.h"
 #include "platform/graphics/StraightAlpha.h"
 
-// Files are read by libpng, which knows every kind there is, and written around libdeflate, which compresses a picture
-// in a fraction of the time that libpng and zlib need; https://www.w3.org/TR/png-3/ has the chunks.
+// Files are read by libpng, which supports every kind, and written with libdeflate, which compresses a picture in a
+// fraction of the time of libpng and zlib; https://www.w3.org/TR/png-3/ describes the chunks.
 //
-// libpng leaves a failed call by longjmp. It lands in the function that called setjmp, so nothing between the two may
-// own anything: the owners are the members of the reader.
+// libpng leaves a failed call by longjmp to the function that called setjmp, so no frame in between may own anything:
+// the reader's members own everything.
 
 namespace qz {
 namespace {
 
 constexpr uint8_t kSignature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-// From 1 to 12; from here on files hardly shrink and the time doubles.
+// From 1 to 12; above this, files hardly shrink and the time doubles.
 constexpr int kCompressionLevel = 6;
 
-/// What went wrong inside libpng; fixed storage, since no exception may pass through it.
+/// An error inside libpng; fixed storage, since no exception may pass through it.
 struct Failure {
     char text[160] = "";
 
@@ -57,18 +57,18 @@ public:
     uint32_t width() const { return png_get_image_width(png_, info_); }
     uint32_t height() const { return png_get_image_height(png_, info_); }
 
-    /// Up to the first pixel. Takes no memory in proportion to the picture.
+    /// Reads up to the first pixel. Allocates nothing proportional to the picture.
     bool readHeader() {
         if (setjmp(png_jmpbuf(png_))) return false;
         png_set_read_fn(png_, this, readBytes);
-        // The size is checked by the caller, who knows what a bitmap may hold.
+        // The caller checks the size against what a bitmap can hold.
         png_set_user_limits(png_, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
         png_read_info(png_, info_);
         return true;
     }
 
-    /// As straight RGBA of 8 bits a sample. The rows of the bitmap hold the passes of an interlaced picture, so they
-    /// start zeroed.
+    /// Reads straight RGBA with 8 bits per sample. The bitmap's rows hold the passes of an interlaced picture, so they
+    /// must start zeroed.
     bool readPixels(NSBitmapImageRep& bitmap) {
         if (setjmp(png_jmpbuf(png_))) return false;
         png_set_expand(png_);
@@ -94,13 +94,13 @@ private:
     }
 
     Failure failure_;
-    // What is left to read.
+    // The part not read yet.
     std::string_view file_;
     png_structp png_;
     png_infop info_;
 };
 
-/// Memory that is written before it is read, so it need not be zeroed.
+/// Uninitialised memory, which is written before it is read.
 struct Buffer {
     explicit Buffer(size_t size) : bytes(std::make_unique_for_overwrite<uint8_t[]>(size)), length(size) {}
 
@@ -108,8 +108,8 @@ struct Buffer {
     size_t length;
 };
 
-/// The rows as a PNG file compresses them: each behind the byte that names its filter. Titles are flat colours on clear
-/// ground: unfiltered rows are both smaller and several times faster than chosen filters.
+/// The rows in the form that a PNG file compresses, each after the byte for its filter. Titles are flat colours on a
+/// clear background, for which unfiltered rows are both smaller and several times faster than chosen filters.
 Buffer unfilteredRows(const NSBitmapImageRep& bitmap) {
     const auto width = static_cast<size_t>(bitmap.pixelsWide());
     Buffer rows((1 + 4 * width) * static_cast<size_t>(bitmap.pixelsHigh()));
@@ -191,13 +191,13 @@ Ref<NSBitmapImageRep> bitmapFromPNG(const NSData& file, std::string* error) {
     const std::string size = std::to_string(reader.width()) + " x " + std::to_string(reader.height()) + " pixels";
     if (bytes > NSBitmapImageRep::kBytesMax) {
         return failed(error, "PNG file of " + size + ", more than the " +
-                                 std::to_string(NSBitmapImageRep::kBytesMax / 4) + " in all that fit; scale it down");
+                                 std::to_string(NSBitmapImageRep::kBytesMax / 4) + " in all; scale it down");
     }
     auto bitmap =
         NSBitmapImageRep::initWithBitmapDataPlanes(nullptr, {.pixelsWide = static_cast<int32_t>(reader.width()),
                                                              .pixelsHigh = static_cast<int32_t>(reader.height()),
                                                              .colorSpaceName = NSCalibratedRGBColorSpace});
-    if (!bitmap) return failed(error, "PNG file of " + size + ", for which there is too little memory");
+    if (!bitmap) return failed(error, "not enough memory for a PNG file of " + size);
     if (!reader.readPixels(*bitmap)) return failed(error, damaged(reader));
     premultiply(*bitmap);
     return bitmap;

@@ -37,7 +37,7 @@ std::vector<Subpath> subpathsOf(const NSBezierPath& path) {
     return std::move(splitter.subpaths);
 }
 
-/// One side of a box, as an upright or level line with the box on one side of it.
+/// One side of a box, as a vertical or horizontal line with the box on one side of it.
 struct Side {
     double Point::*along;
     double Point::*across;
@@ -46,7 +46,7 @@ struct Side {
 
     bool keeps(Point p) const { return keepsAbove ? p.*along >= limit : p.*along <= limit; }
 
-    // Reckoned from the end that is nearer: from one that is very far the other end would be lost in rounding.
+    // Computed from the nearer end: from a very distant one, the other end would be lost in rounding.
     Point crossing(Point a, Point b) const {
         if (std::fabs(a.*along - limit) > std::fabs(b.*along - limit)) std::swap(a, b);
         Point point;
@@ -63,8 +63,8 @@ std::array<Side, 4> sidesOf(const DeviceBox& box) {
              {&Point::y, &Point::x, box.maxY, false}}};
 }
 
-// One step of Sutherland and Hodgman: what lies beyond the side is pressed onto it, which changes no winding number on
-// the near side, self-intersections included.
+// One step of Sutherland-Hodgman clipping: everything beyond the side is projected onto it, which changes no winding
+// number on the near side, even with self-intersections.
 void clipPolygon(std::vector<Point>& polygon, const Side& side) {
     std::vector<Point> kept;
     for (size_t i = 0; i < polygon.size(); ++i) {
@@ -79,7 +79,7 @@ struct Line {
     Point from, to;
 };
 
-// The part of a line inside a box; empty if it passes by.
+// The part of a line inside a box; no value if it misses the box.
 std::optional<Line> partInside(Line line, const DeviceBox& box) {
     for (const Side& side : sidesOf(box)) {
         const bool keepsFrom = side.keeps(line.from), keepsTo = side.keeps(line.to);
@@ -105,7 +105,7 @@ void appendPartsInside(Subpath subpath, const DeviceBox& box, NSBezierPath& path
         std::find_if(subpath.points.begin(), subpath.points.end(), [&](Point p) { return !contains(box, p); });
     if (outside == subpath.points.end()) return appendSubpath(subpath, path);
     if (subpath.closed) {
-        // Starting outside, the round has no join at its start.
+        // Start outside, so that the loop needs no join at its start.
         std::rotate(subpath.points.begin(), outside, subpath.points.end());
         subpath.points.push_back(subpath.points.front());
     }

@@ -12,10 +12,10 @@
 namespace qz {
 namespace {
 
-// What 16 bits before the point hold.
+// The range of 16 bits before the point.
 constexpr double kFixedMax = 32768;
 
-// Sectors that stand for the steady change of colour around a point.
+// Number of sectors that approximate a continuous sweep of colour.
 constexpr int kSweepSectors = 256;
 
 constexpr std::array kOperators = {
@@ -44,7 +44,7 @@ Components componentsOf(StraightColor color) {
     return {color.red / 255.0, color.green / 255.0, color.blue / 255.0, color.alpha / 255.0};
 }
 
-// Cairo's pixels are words with alpha in the highest byte; ours are bytes. The way back is the same.
+// Cairo's pixels are words with alpha in the highest byte; ours are bytes. The reverse conversion is the same.
 void swapRedAndBlue(const uint8_t* from, int32_t width, uint8_t* to) {
     for (int32_t x = 0; x < width; ++x, from += 4, to += 4) {
         uint32_t pixel;
@@ -54,7 +54,7 @@ void swapRedAndBlue(const uint8_t* from, int32_t width, uint8_t* to) {
     }
 }
 
-// Cairo knows stops from 0 to 1 only: the line is cut or grown to where they lie.
+// Cairo supports stops only from 0 to 1: shorten or extend the line to their range.
 Gradient withStopsFromZeroToOne(Gradient gradient) {
     const double first = gradient.stops.front().offset, last = gradient.stops.back().offset;
     if (first == last) return gradient;
@@ -84,7 +84,7 @@ CairoPatternRef patternOf(const Gradient& given) {
     return pattern;
 }
 
-// The colour at a place along the stops, which may lie beyond them.
+// The colour at a position, which may lie beyond the stops.
 Components colorAt(const Gradient& gradient, double place) {
     const double first = gradient.stops.front().offset, length = gradient.stops.back().offset - first;
     if (length > 0 && gradient.extend != Gradient::Extend::pad) {
@@ -106,12 +106,12 @@ Components colorAt(const Gradient& gradient, double place) {
     return {mixed(a.red, b.red), mixed(a.green, b.green), mixed(a.blue, b.blue), alpha};
 }
 
-// A fan of sectors, each a patch with the colours of its two sides.
+// A fan of sectors, each a mesh patch with the colours of its two sides.
 CairoPatternRef sweepPatternOf(const Gradient& gradient, double reach) {
     CairoPatternRef pattern(cairo_pattern_create_mesh());
     const auto [x, y] = gradient.start;
     const double sector = 2 * std::numbers::pi / kSweepSectors, span = gradient.endAngle - gradient.startAngle;
-    // Beyond the circle by as much as a chord stays within it.
+    // Larger than the circle by as much as a chord falls inside it.
     const double radius = reach / std::cos(sector / 2);
     for (int i = 0; i < kSweepSectors; ++i) {
         const double from = i * sector, to = from + sector;
@@ -155,8 +155,8 @@ void PictureCanvas::restore() {
 }
 
 void PictureCanvas::concat(const NSAffineTransform& t) {
-    // Cairo draws nothing more, ever, after a matrix that it cannot invert; an empty clip is the same for what comes
-    // before the next restore.
+    // After a matrix that it cannot invert, Cairo never draws again; an empty clip has the same effect until the next
+    // restore.
     const double determinant = t.m11 * t.m22 - t.m12 * t.m21;
     if (!std::isfinite(determinant) || determinant == 0) return clip({});
     cairo_matrix_t matrix;
@@ -201,8 +201,8 @@ bool PictureCanvas::setSource(const Gradient& gradient) {
 bool PictureCanvas::setSource(const Ref<NSBitmapImageRep>& bitmap) {
     if (!bitmap) return false;
     cairo_t* const cairo = surface_->cairo.get();
-    // Cairo reads pictures through the inverse matrix in fixed point, and reports one that does not fit as if memory
-    // had run out. Such a picture would show no more than a trace in any pixel.
+    // Cairo reads pictures through the inverse matrix in fixed point, and reports an overflow as running out of memory.
+    // Such a picture would be all but invisible.
     cairo_matrix_t toBitmap;
     cairo_get_matrix(cairo, &toBitmap);
     if (cairo_matrix_invert(&toBitmap) != CAIRO_STATUS_SUCCESS) return false;
@@ -229,7 +229,7 @@ void PictureCanvas::paint(const Paint& paint) {
 void PictureCanvas::paint(const Paint& paint, const CoverageMask& coverage, int32_t dx, int32_t dy) {
     cairo_t* const cairo = surface_->cairo.get();
     if (coverage.box.isEmpty() || !setSource(paint)) return;
-    // Cairo only reads what it masks with. A source stays where it was when the matrix changes behind it.
+    // Cairo only reads the mask. A source keeps its place when the matrix changes later.
     const CairoSurfaceRef mask(cairo_image_surface_create_for_data(const_cast<uint8_t*>(coverage.bytes.data()),
                                                                    CAIRO_FORMAT_A8, coverage.box.width,
                                                                    coverage.box.height, coverage.stride));

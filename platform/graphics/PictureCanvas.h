@@ -7,7 +7,7 @@
 
 namespace qz {
 
-/// How a group is laid over what lies beneath it, in the order of the COLR table's composite modes.
+/// How a group is composited with what is beneath it, in the order of the COLR table's composite modes.
 enum class CompositeMode : uint8_t {
     clear,
     source,
@@ -39,17 +39,17 @@ enum class CompositeMode : uint8_t {
     luminosity,
 };
 
-/// Paints a picture that has more than one colour: a colour glyph's clips and groups, or a mask filled with a gradient.
-/// A mask filled with a single colour takes `blendMask`, which is several times as fast.
+/// Paints a picture with more than one colour: a colour glyph's clips and groups, or a mask filled with a gradient. For
+/// a mask filled with a single colour use `blendMask`, which is several times as fast.
 ///
-/// Transforms act on what comes after them, as drawing operations nest.
+/// Transforms apply to later operations, as drawing operations nest.
 class PictureCanvas {
 public:
-    /// For the pixels of `box`, transparent at first; everything outside is cut off.
+    /// Paints the pixels of `box`, which start transparent; everything outside is clipped.
     explicit PictureCanvas(const PixelRect& box);
     ~PictureCanvas();
 
-    /// Saves transform and clip, and brings the last saved ones back.
+    /// Save transform and clip, and restore the last saved ones.
     ///@{
     void save();
     void restore();
@@ -57,24 +57,24 @@ public:
     void concat(const NSAffineTransform& transform);
     void clip(const NSBezierPath& path);
 
-    /// Lays the paint, under the current transform, over all that the clip leaves.
+    /// Paints the whole clip under the current transform.
     void paint(const Paint& paint);
-    /// The same as far as the mask, moved by (dx, dy) pixels, covers. The transform does not move the mask.
+    /// The same through the mask, moved by (dx, dy) pixels. The transform does not apply to the mask.
     void paint(const Paint& paint, const CoverageMask& coverage, int32_t dx, int32_t dy);
 
-    /// What is painted in between is laid over the rest as one. Pairs nest.
+    /// Anything painted in between is composited as one. Pairs nest.
     ///@{
     void beginGroup();
     void endGroup(CompositeMode mode);
     ///@}
 
-    /// What has been painted: premultiplied RGBA of the box's size. Null if there is no memory for it.
+    /// The painted picture: premultiplied RGBA of the box's size. Null if memory has run out.
     Ref<NSBitmapImageRep> picture() const;
 
 private:
     struct Surface;
 
-    /// Each makes what is given the source of what Cairo paints next. False if it paints nothing.
+    /// Each sets Cairo's source for the next painting. Returns false if it paints nothing.
     ///@{
     bool setSource(const Paint& paint);
     bool setSource(StraightColor color);

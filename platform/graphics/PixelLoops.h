@@ -1,8 +1,8 @@
 #pragma once
 
-// The loops of PixelRows.h over vectors of `kVectorBytes`, which each file that includes this sets before: one for the
-// registers that every machine has, one for wider ones. Nothing of the standard library's but what C has is called
-// here: an inline function of it compiled for one machine could end up serving all.
+// The loops of PixelRows.h over vectors of `kVectorBytes`, which each including file defines first: one file for the
+// registers of every machine, one for wider ones. Calls no C++ standard library functions: an inline function compiled
+// for one machine could end up being used on all.
 
 #include <stddef.h>
 #include <stdint.h>
@@ -14,11 +14,11 @@ namespace {
 constexpr size_t kBlock = kPixelBlock;
 constexpr size_t kBlockBytes = 4 * kBlock;
 
-// Vectors as GCC and Clang both write them; most of what follows is one instruction each.
+// Vector extensions of GCC and Clang; most of the following functions are one instruction.
 using Bytes = uint8_t __attribute__((vector_size(kVectorBytes)));
 using Words = uint16_t __attribute__((vector_size(kVectorBytes)));
 using Pixels = uint32_t __attribute__((vector_size(kVectorBytes)));
-// Room for the coverage of a block's pixels.
+// Holds the coverage of a block's pixels.
 using Block = uint8_t __attribute__((vector_size(2 * kBlock)));
 using BlockWords = uint16_t __attribute__((vector_size(2 * kBlock)));
 
@@ -39,7 +39,7 @@ QZ_INLINE Bytes loaded(const uint8_t* bytes) {
     return vector;
 }
 
-// Every other byte as a word, and the rest: no byte changes its place, so that it takes no shuffle.
+// Every other byte as a word, and the rest: no byte moves, so no shuffle is needed.
 template <class W, class B>
 QZ_INLINE W evens(B v) {
     return (W)v & uint16_t{0xFF};
@@ -74,7 +74,8 @@ QZ_INLINE Bytes all(uint8_t value) {
     return Bytes{} + value;
 }
 
-// What eight pixels cover, in the first half, each byte four times: the weights of the pixels' components.
+// The coverage of eight pixels, given in the first half, with each byte repeated four times: the weights of the pixels'
+// components.
 template <class B>
 QZ_INLINE void spread(Block coverage, B* weights) {
     if constexpr (sizeof(B) == 16) {
@@ -84,7 +85,7 @@ QZ_INLINE void spread(Block coverage, B* weights) {
         weights[0] = (B)__builtin_shufflevector(pairs, pairs, 0, 8, 1, 9, 2, 10, 3, 11);
         weights[1] = (B)__builtin_shufflevector(pairs, pairs, 4, 12, 5, 13, 6, 14, 7, 15);
     } else {
-        // In both halves of the register, since bytes do not cross from one to the other in one step.
+        // In both halves of the register, since bytes cannot cross between halves in one step.
         const B twice = __builtin_shufflevector(coverage, coverage, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14,
                                                 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31);
         weights[0] = __builtin_shufflevector(twice, twice, 0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3, 20, 20, 20,
@@ -93,7 +94,7 @@ QZ_INLINE void spread(Block coverage, B* weights) {
 }
 
 QZ_INLINE void blendBlock(const uint8_t* coverage, Bytes color, uint8_t alpha, uint8_t* pixels) {
-    // As a number: a vector put together in memory would have to wait for its parts.
+    // As a number: a vector assembled in memory would stall on its parts.
     using Numbers = uint64_t __attribute__((vector_size(2 * kBlock)));
     uint64_t first;
     memcpy(&first, coverage, kBlock);
@@ -116,7 +117,7 @@ QZ_INLINE void blendPixelBlock(const uint8_t* source, uint8_t alpha, uint8_t* pi
         const Pixels two = high | high >> 8;
         const Bytes kept = product<Words>(loaded(pixels + i), ~(Bytes)(two | two >> 16));
         const Bytes sum = over + kept;
-        // A sum that wrapped around is below either part.
+        // A sum that wrapped around is below either addend.
         const Bytes saturated = sum | (Bytes)(sum < over);
         memcpy(pixels + i, &saturated, sizeof saturated);
     }
@@ -128,13 +129,13 @@ QZ_INLINE uint8_t united(uint8_t a, uint8_t b) {
 }
 
 QZ_INLINE Bytes repeated(const uint8_t* pixel) {
-    // Spread in a register: a vector loaded from parts just written would have to wait for them.
+    // Spread in a register: a vector loaded from parts just written would stall on them.
     uint32_t number;
     memcpy(&number, pixel, sizeof number);
     return (Bytes)(Pixels{} + number);
 }
 
-// Apart from the loop, whose registers and stack it would cost.
+// Separate from the loop, which would need more registers and stack otherwise.
 [[gnu::noinline]] void blendLastPixels(const uint8_t* coverage, size_t width, const uint8_t* opaque, uint8_t alpha,
                                        uint8_t* pixels) {
     uint8_t wholeCoverage[kBlock] = {}, wholePixels[kBlockBytes] = {};

@@ -7,8 +7,8 @@
 
 namespace qz {
 
-/// The overlap of `box`, moved by (dx, dy), with another; the zero rectangle when there is none. In 64 bits: a box may
-/// be moved from one end of the range to the other.
+/// The overlap of `box`, moved by (dx, dy), with another, or the zero rectangle. Computed in 64 bits, since a box may
+/// be moved across the whole range.
 inline PixelRect intersectionOfMoved(const PixelRect& box, int32_t dx, int32_t dy, const PixelRect& within) {
     const int64_t x = std::max<int64_t>(int64_t{box.x} + dx, within.x);
     const int64_t y = std::max<int64_t>(int64_t{box.y} + dy, within.y);
@@ -19,12 +19,12 @@ inline PixelRect intersectionOfMoved(const PixelRect& box, int32_t dx, int32_t d
             static_cast<int32_t>(height)};
 }
 
-/// The overlap; the zero rectangle when there is none.
+/// The overlap, or the zero rectangle.
 inline PixelRect intersection(const PixelRect& a, const PixelRect& b) {
     return intersectionOfMoved(a, 0, 0, b);
 }
 
-/// The smallest rectangle around both; an empty one has no part in it. Both lie within a bitmap.
+/// The smallest rectangle around both, ignoring an empty one. Both must lie in a bitmap.
 inline PixelRect unionOf(const PixelRect& a, const PixelRect& b) {
     if (a.isEmpty()) return b;
     if (b.isEmpty()) return a;

@@ -6,7 +6,7 @@
 
 namespace qz {
 
-/// A mask's rows and the pixels under them. Strides, from a row to the next, are in bytes.
+/// A mask's rows and the pixels under them. Strides are in bytes.
 struct CoverageRows {
     const uint8_t* coverage;
     size_t coverageStride;
@@ -15,25 +15,25 @@ struct CoverageRows {
     size_t width, height;
 };
 
-/// The innermost loops of drawing, over rows of bytes: one set for each width of registers. The arithmetic is the same
-/// in all; products are divided by 255 and rounded to the nearest integer.
+/// The innermost loops of drawing, over rows of bytes, with one set per register width. All have the same arithmetic:
+/// products are divided by 255 and rounded to the nearest integer.
 struct PixelRows {
     const char* name;
-    /// Mixes a premultiplied opaque colour, R, G, B, A, into the pixels: by `alpha` of 255 where their coverage is 255.
+    /// Blends an opaque colour, R, G, B, A, into the pixels, with an opacity of `alpha` of 255 where coverage is 255.
     void (*blendCoverage)(const CoverageRows& rows, const uint8_t* opaque, uint8_t alpha);
-    /// Lays `width` premultiplied pixels, thinned to `alpha` of 255, over others.
+    /// Blends `width` premultiplied pixels over others with an opacity of `alpha` of 255.
     void (*blendPixels)(const uint8_t* source, size_t width, uint8_t alpha, uint8_t* pixels);
-    /// Coverage of either: 1 - (1 - a) (1 - b), into `target`.
+    /// Unites coverage into `target`: 1 - (1 - a) (1 - b).
     void (*uniteCoverage)(const uint8_t* coverage, size_t width, uint8_t* target);
 };
 
-/// The loops go by this many pixels. Where more than the width may be read, and rewritten as it was, up to the next
-/// multiple, callers round the width up and save the loop its careful end.
+/// The loops process this many pixels at a time. If memory up to the next multiple may be read, and rewritten
+/// unchanged, callers should round the width up to avoid the slow tail.
 inline constexpr size_t kPixelBlock = 8;
 
-/// Those that this machine can run, the best last.
+/// The sets that this machine can run, the best one last.
 std::vector<const PixelRows*> pixelRowsOfThisMachine();
-/// The best.
+/// The best set for this machine.
 const PixelRows& pixelRows();
 
 }  // namespace qz

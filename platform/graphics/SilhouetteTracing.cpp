@@ -9,11 +9,11 @@ namespace {
 using Point = NSBezierPath::Point;
 
 constexpr double kLevel = 127.5;
-// Points between which the border is straight to within this, in pixels, are left out.
+// Points are omitted where the border is straight to within this many pixels.
 constexpr double kStraightWithin = 0.02;
 
-/// Walks the border along the edges between neighbouring samples that it crosses. The samples are the centres of the
-/// pixels, with a frame of empty ones around them, so that every border is closed.
+/// Follows the border across the edges between neighbouring samples. Samples are the centres of pixels, with a frame of
+/// empty ones around them, so that every border is closed.
 class Tracer {
 public:
     explicit Tracer(const CoverageMask& mask)
@@ -42,12 +42,12 @@ private:
     }
     bool isCovered(int32_t x, int32_t y) const { return sample(x, y) > kLevel; }
 
-    // The edge from a sample to its right neighbour, and that to the one below.
+    // The edge from a sample to its right neighbour, and the edge to the sample below.
     uint32_t across(int32_t x, int32_t y) const { return 2 * static_cast<uint32_t>(y * width_ + x); }
     uint32_t down(int32_t x, int32_t y) const { return across(x, y) + 1; }
 
-    // Through a cell the border runs from edge to edge with what is covered on its left. Two opposite corners are taken
-    // as apart.
+    // The border runs through a cell from edge to edge with the covered side on its left. Two opposite corners count as
+    // separate.
     void linkCell(int32_t x, int32_t y) {
         const uint32_t top = across(x, y), bottom = across(x, y + 1), left = down(x, y), right = down(x + 1, y);
         const int corners =
@@ -122,7 +122,7 @@ private:
 
     const CoverageMask& mask_;
     const int32_t width_, height_;
-    // By edge that a border crosses, the edge that it crosses next.
+    // For each edge that a border crosses, the next edge.
     std::vector<uint32_t> next_;
 };
 

@@ -5,12 +5,12 @@
 
 namespace qz {
 
-/// The border of what a mask covers by half or more, in pixels of its box, origin at its top left corner and y
+/// The border of the area that a mask covers by half or more, in pixels from the top left corner of its box, y
 /// downward.
 ///
-/// Closed lines between the places where coverage, taken as steady between the centres of pixels, passes the half
-/// (marching squares), so that a smooth edge gives a smooth border. What is covered lies on one side of all of them:
-/// filled by the non-zero rule, holes stay holes.
+/// Closed lines through the points where coverage, interpolated between pixel centres, crosses one half (marching
+/// squares), so that a smooth edge gives a smooth border. The covered area is on the same side of all lines, so holes
+/// stay holes when filled by the non-zero rule.
 NSBezierPath silhouetteOf(const CoverageMask& mask);
 
 }  // namespace qz

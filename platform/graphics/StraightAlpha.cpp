@@ -7,7 +7,7 @@
 namespace qz {
 namespace {
 
-// 255 * 2^16 / a, rounded up, instead of a division for every colour: half a unit added, the product's upper bits are
+// 255 * 2^16 / a, rounded up, replaces a division per colour: after adding half a unit, the product's upper bits are
 // the nearest integer for every p up to a. The largest product, 255 * 255 * 2^16, fits in 32 bits.
 constexpr uint32_t kShift = 16;
 

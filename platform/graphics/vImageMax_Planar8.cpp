@@ -5,15 +5,15 @@
 #include <memory>
 #include <new>
 
-// The maximum over a rectangle is the maximum along columns, then along rows, of what the kernel reaches.
+// The maximum over a rectangle is the maximum along columns, then along rows.
 //
-// Along columns by blocks (M. van Herk, "A fast algorithm for local minimum and maximum filters on rectangular and
-// octagonal kernels", 1992): of blocks of k rows, every window of k is the end of one and the beginning of the next, so
-// three maxima a sample serve any k. Along rows by tripling: the maximum over a window of 3w samples is that of three
-// windows of w, so a window of k takes log3 k passes over what lies in the first cache.
+// Columns are done in blocks (M. van Herk, "A fast algorithm for local minimum and maximum filters on rectangular and
+// octagonal kernels", 1992): with blocks of k rows, every window of k is the end of one block and the beginning of the
+// next, so three maxima per sample suffice for any k. Rows are done by tripling: the maximum over a window of 3w
+// samples is that of three windows of w, so a window of k takes log3 k passes over data in the first-level cache.
 //
-// The plane is filtered in strips of columns, so that the k rows which the first step keeps stay in the second cache.
-// A few rows take each pass of the second step together: a load across two stores of just before would wait for them.
+// The plane is filtered in strips of columns, so that the k rows kept by the first step stay in the second-level cache.
+// The second step handles a few rows per pass: a load that spans two recent stores would stall.
 
 namespace qz {
 namespace {
@@ -22,15 +22,14 @@ constexpr size_t kStripWidthMin = 2048;
 constexpr size_t kGroupBytes = 8192;
 constexpr int kDirectReachMax = 4;
 
-/// How far the kernel reaches from its centre.
+/// The kernel's extent from its centre.
 struct Reach {
     size_t x, y;
     size_t width() const { return 2 * x + 1; }
     size_t height() const { return 2 * y + 1; }
 };
 
-/// Columns that are filtered together, and those that they are made from: as far as the kernel reaches, within the
-/// plane.
+/// Columns that are filtered together, and their source columns, extended by the kernel's reach within the plane.
 struct Strip {
     size_t begin, end, sourceBegin, sourceEnd;
     size_t width() const { return end - begin; }
@@ -42,7 +41,7 @@ Strip stripFrom(size_t begin, size_t width, size_t planeWidth, Reach reach) {
     return {begin, end, begin - std::min(begin, reach.x), std::min(end + reach.x, planeWidth)};
 }
 
-/// The memory that filtering takes, cut from one allocation.
+/// The memory for filtering, divided from one allocation.
 class Scratch {
 public:
     Scratch(size_t stripWidth, Reach reach)
@@ -52,15 +51,15 @@ public:
           storage_(new (std::nothrow) uint8_t[3 * groupBytes_ + (1 + reach.height()) * rowBytes_]) {}
     explicit operator bool() const { return storage_ != nullptr; }
 
-    /// Even: the first step may make two rows at a time.
+    /// Even, since the first step may make two rows at a time.
     size_t groupRows() const { return groupRows_; }
     size_t groupBytes() const { return groupBytes_; }
-    /// Group 0 holds rows that have passed the first step, end to end, each with zeros where the kernel reaches beyond
-    /// the plane; the passes of the second step alternate between 1 and 2.
+    /// Group 0 holds rows after the first step, end to end, each with zeros where the kernel reaches beyond the plane;
+    /// the passes of the second step alternate between groups 1 and 2.
     uint8_t* group(size_t i) { return storage_.get() + i * groupBytes_; }
-    /// For the maxima along columns of the rows of a block from its first.
+    /// Column maxima from the first row of a block.
     uint8_t* prefix() { return group(3); }
-    /// For the maxima along columns of the rows of a block from the i-th to its last.
+    /// Column maxima from the i-th row of a block to its last.
     uint8_t* suffix(size_t i) { return prefix() + (1 + i) * rowBytes_; }
 
 private:
@@ -87,7 +86,7 @@ QZ_FOR_EACH_WIDTH void maximumOfThree(const uint8_t* __restrict in, size_t secon
     for (size_t i = 0; i < count; ++i) out[i] = greater(greater(in[i], in[i + second]), in[i + third]);
 }
 
-/// Of windows evenly spread from the first to the last.
+/// The maximum of windows evenly spaced from the first to the last.
 QZ_FOR_EACH_WIDTH void maximumOfFive(const uint8_t* __restrict in, size_t last, uint8_t* __restrict out, size_t count) {
     const size_t second = last / 4, third = last / 2, fourth = last - last / 4;
     for (size_t i = 0; i < count; ++i) {
@@ -102,10 +101,10 @@ public:
     QZ_FOR_EACH_WIDTH ColumnMaxima(const vImage_Buffer& plane, Strip strip, size_t reach, Scratch& scratch)
         : plane_(plane), strip_(strip), reach_(reach), scratch_(scratch) {}
 
-    /// `rows` more rows, each `rowBytes` after the one before.
+    /// Writes `rows` more rows, `rowBytes` apart.
     QZ_FOR_EACH_WIDTH void writeNext(uint8_t* out, size_t rowBytes, size_t rows) {
         size_t i = 0;
-        // Few rows are read again sooner than kept.
+        // Rereading a few rows is faster than keeping them.
         if (reach_ <= kDirectReachMax) {
             for (; i + 2 <= rows; i += 2, y_ += 2) writeTwoDirectly(out + i * rowBytes, out + (i + 1) * rowBytes);
             if (i < rows) writeTwoDirectly(out + i * rowBytes, scratch_.prefix());
@@ -116,7 +115,7 @@ public:
 
 private:
     QZ_FOR_EACH_WIDTH size_t width() const { return strip_.sourceWidth(); }
-    /// A row of the plane, for those beyond the edges the row there: it is in every window that reaches beyond.
+    /// A row of the plane; beyond an edge, the row at that edge, which is in every window that reaches beyond.
     QZ_FOR_EACH_WIDTH const uint8_t* row(int64_t y) const {
         const size_t inside = static_cast<size_t>(std::clamp(y, int64_t{0}, int64_t{plane_.height} - 1));
         return plane_.data + inside * plane_.rowBytes + strip_.sourceBegin;
@@ -137,7 +136,7 @@ private:
         }
     }
 
-    /// Rows y_ and y_ + 1, whose windows share all rows but one each.
+    /// Writes rows y_ and y_ + 1, whose windows share all but one row each.
     template <int reach>
     QZ_FOR_EACH_WIDTH void writeTwoDirectly(uint8_t* __restrict first, uint8_t* __restrict second) const {
         constexpr int last = 2 * reach + 1;
@@ -171,7 +170,7 @@ private:
         inBlock_ = i == static_cast<size_t>(2 * reach_) ? 0 : i + 1;
     }
 
-    /// Of the block of rows that the window of row y_ is.
+    /// Keeps the suffix maxima of the block that is the window of row y_.
     QZ_FOR_EACH_WIDTH void keepSuffixes() {
         const int64_t last = 2 * reach_;
         std::memcpy(scratch_.suffix(static_cast<size_t>(last)), row(y_ + reach_), width());
@@ -186,7 +185,7 @@ private:
     const int64_t reach_;
     Scratch& scratch_;
     int64_t y_ = 0;
-    /// Where in a block the window of row y_ begins.
+    /// The position in a block where the window of row y_ begins.
     size_t inBlock_ = 0;
 };
 
@@ -200,7 +199,7 @@ QZ_FOR_EACH_WIDTH void writeRowMaxima(Scratch& scratch, size_t rows, size_t widt
         maximumOfThree(in, window, 2 * window, scratch.group(next), rows * rowBytes);
         in = scratch.group(next);
     }
-    // Three or five windows that overlap as far as they must.
+    // Three or five windows, overlapping as necessary.
     const size_t last = windowWidth - window;
     for (size_t i = 0; i < rows; ++i) {
         if (windowWidth <= 3 * window)
@@ -267,10 +266,10 @@ vImage_Error vImageMax_Planar8(const vImage_Buffer& source, const vImage_Buffer&
     const size_t width = source.width, height = source.height;
     if (width == 0 || height == 0) return vImage_Error::noError;
     if (!holdsItsRows(source) || !holdsItsRows(destination)) return vImage_Error::invalidBuffer;
-    // A kernel that reaches over the whole plane finds no more beyond.
+    // A kernel that covers the whole plane finds nothing more beyond.
     const Reach reach = {std::min(static_cast<size_t>(kernelWidth / 2), width - 1),
                          std::min(static_cast<size_t>(kernelHeight / 2), height - 1)};
-    // A strip reads as much beside it as the kernel is wide, so it is not narrower than twice that.
+    // A strip reads the kernel's width beside it, so it should be at least twice as wide.
     const size_t strips = std::max(size_t{1}, width / std::max(kStripWidthMin, 2 * reach.width()));
     const size_t stripWidth = (width + strips - 1) / strips;
     Scratch scratch(stripWidth, reach);
