@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "QzAnno/model/QzMutableAnnoString.h"
+#include "QzAnno_AnnotatedTextFramework/model/QzAnnoBits.h"
 #include "bench/peers/Case.h"
 
 namespace qz::peers {
