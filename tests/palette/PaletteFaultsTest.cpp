@@ -48,7 +48,6 @@ TEST(PaletteFaultsTest, ValuesThatAreClampedOrIgnoredAreNamed) {
         std::string value;
         const char* message;  // empty: no fault
     } cases[] = {
-        {QzFontSizeAttribute, "<real>72</real>", ""},
         {QzFontSizeAttribute, "<integer>0</integer>", ""},
         {QzFontSizeAttribute, "<string>72</string>", ""},
         {QzFontSizeAttribute, "<string>+7e1 pt</string>", "\"+7e1 pt\" is no number; 70 is used"},
@@ -78,7 +77,6 @@ TEST(PaletteFaultsTest, ValuesThatAreClampedOrIgnoredAreNamed) {
         {QzBoundingBoxAttribute, "<string>{{0, 0}, {1, 1}}</string>", ""},
         {QzBoundingBoxAttribute, "<string>{{0, 0}, {1}}</string>",
          "a rectangle {{x, y}, {width, height}} is needed, found \"{{0, 0}, {1}}\"; it is ignored"},
-        {QzBackgroundOffsetAttribute, "<string>{2, 2}</string>", ""},
         {QzBackground2OffsetAttribute, "<string>2 2</string>",
          "a point {x, y} is needed, found \"2 2\"; it is ignored"},
         {QzBackgroundWidthAttribute, "<real>-2</real>", "width -2 is below 0; the layer is not drawn"},
@@ -91,8 +89,6 @@ TEST(PaletteFaultsTest, ValuesThatAreClampedOrIgnoredAreNamed) {
         {QzTextColorAttribute,
          color("NSColor Named", "<key>CatalogName</key><string>Mine</string><key>ColorName</key><string>puce</string>"),
          "the colour \"puce\" of the catalogue \"Mine\" is not known here; nothing is drawn in it"},
-        {QzBoldAttribute, "<true/>", ""},
-        {QzUnderlineAttribute, "<string>yes</string>", "a number is needed, found a string; it is ignored"},
         {QzBackgroundColorAttribute, color("NSColor Nmaed", kGoodComponents),
          "a colour is needed, found a dictionary; it is ignored"},
         {QzBackground2ColorAttribute, color("BBox with " + rgb, kGoodComponents),

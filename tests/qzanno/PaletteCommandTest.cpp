@@ -39,12 +39,17 @@ protected:
 
 TEST_F(PaletteCommandTest, ShowsTheHighestPriorityFirstAndTheGlobalAnnotationLast) {
     const std::string missing = "<key>Full FontName as NSString</key><string>No Such Font</string>";
-    write("p.plist", paletteFile(kWhiteText, annotation("Low", missing) + annotation("Höhe", "")));
+    const std::string all = real("Bold as NSNumber(bool)", 0) + real("Underline as NSNumber(bool)", 1) +
+                            real("NSKern", 1.5) + outline(0, 0.5, "{2, 3}") + box(1) + margins(9) +
+                            real("Horizontal Alignment as NSNumber(int)", 2) +
+                            real("Vertical Alignment as NSNumber(int) enumeration", 7);
+    write("p.plist", paletteFile(kWhiteText, annotation("Low", missing) + annotation("Höhe", all)));
     const ToolResult result = run("palette show p.plist");
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.out,
-              "   NAME     FONT                    TEXT AND LAYERS  FRAME\n"
-              "2  Höhe\n"
+              "   NAME     FONT                    TEXT AND LAYERS                                   FRAME\n"
+              "2  Höhe     not bold                underlined; kern 1.5; layer 1 8 {2, 3} #00000080  "
+              "7; centred; margins 9 9 9 9; filled box #ffffff\n"
               "1  Low      No Such Font (missing)\n"
               "0  GLOBALS                          #ffffff\n");
 }
