@@ -14,22 +14,22 @@
 namespace qz {
 namespace {
 
-/// Reports a value that is no string; it counts as absent.
+/// Reports a value that is not a string, which counts as absent.
 void checkString(const NSDictionary& attributes, const NSString& name) {
     const Ref<NSObject> value = attributes.objectForKey(name);
     if (value && !dynamic_cast<const NSString*>(value.get()))
         NSLog("\"%@\" holds a value of class %@ and is ignored\n", {name, value->className()});
 }
 
-/// The number under the name, whole or as text; a value of another kind is reported and counts as absent.
+/// The number under the name, as a number or as text. Any other value is reported and counts as absent.
 Ref<NSNumber> checkedNumber(const NSDictionary& attributes, const NSString& name) {
     const Ref<NSObject> value = attributes.objectForKey(name);
     Ref<NSNumber> number = numberFrom(value);
-    if (value && !number) NSLog("\"%@\" holds %@, which is no number, and is ignored\n", {name, value});
+    if (value && !number) NSLog("\"%@\" holds %@, which is not a number, and is ignored\n", {name, value});
     return number;
 }
 
-/// The font size in points; 0 stands for the default size.
+/// The font size in points; 0 means the default size.
 float fontSizeOf(const NSDictionary& attributes) {
     const auto number = checkedNumber(attributes, *QzFontSizeAttribute);
     if (!number) return 0;
@@ -48,7 +48,7 @@ FontTraits fontTraitsOf(const NSDictionary& attributes) {
     return traits;
 }
 
-/// The font that these ask for by name, without a name the platform's own; traits come on top. Null when it is missing.
+/// The font that the attributes name, or the system's if they name no font, without traits. Null if it is missing.
 Ref<NSFont> namedFont(const NSDictionary& attributes, float size, const NSFont::Library& library) {
     const Ref<NSString> fontName = fontNameAskedFor(attributes);
     return fontName ? fontWithName(fontName, {}, size, library) : NSFont::titleBarFontOfSize(size, library);
@@ -74,8 +74,9 @@ Ref<NSParagraphStyle> paragraphStyleOf(const NSDictionary& attributes) {
     return NSParagraphStyle::paragraphStyleWithValues(values);
 }
 
-/// Equal values, a number and its text included. Reals are compared as 32-bit floats, since size and leading have been
-/// through fonts and paragraph styles, which hold such, while those of an annotation may be doubles from a file.
+/// Whether the values are equal, treating a number and its text as equal. Compares reals as 32-bit floats, since size
+/// and leading have been through fonts and paragraph styles, which store floats, while an annotation's may be doubles
+/// from a file.
 bool areSameFormatting(const Ref<NSObject>& a, const Ref<NSObject>& b) {
     if (areEqual(a, b)) return true;
     const auto isText = [](const Ref<NSObject>& value) {
@@ -95,7 +96,7 @@ Ref<NSDictionary> orEmpty(const Ref<NSDictionary>& attributes) {
 Ref<NSDictionary> QzAnnoPalette::attributesForSet(const Ref<NSSet>& givenSet) const {
     const Ref<NSSet> set = givenSet ? givenSet : NSSet::set();
     ObjectMap merged = globals_->allAttributes()->map();
-    // A formatter asks for every run of a text, so a row of many keys is compared by address alone.
+    // A formatter calls this for every run of a text, so compare many keys by address only.
     std::vector<const NSObject*> members;
     for (const ObjectMap::Entry& entry : set->map().entries()) members.push_back(entry.key.get());
     std::ranges::sort(members);
@@ -147,7 +148,7 @@ Ref<NSDictionary> QzAnnoPalette::disassembleFragments(const Ref<NSDictionary>& g
     if (const auto font = attributes->objectForKey<NSFont>(*NSFontAttributeName)) {
         fragments.remove(*NSFontAttributeName);
         fragments.set(QzFontSizeAttribute, NSNumber::numberWithFloat(font->pointSize()));
-        // The traits stay attributes of their own, beside the name of the font that they were asked of.
+        // Traits stay separate attributes, beside the name of the font they were requested of.
         Ref<NSFont> named = font;
         if (!font->traits().isEmpty()) {
             named = namedFont(*attributes, font->pointSize(), font->fontLibrary());

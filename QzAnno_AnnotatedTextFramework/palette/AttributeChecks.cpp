@@ -20,7 +20,7 @@ namespace {
 
 using Messages = std::vector<std::string>;
 
-/// The value as a `T`; when it is none, says so.
+/// The value as a `T`; adds a message if it is not one.
 template <class T>
 const T* required(const Ref<NSObject>& value, const char* kind, Messages& messages) {
     const auto* typed = dynamic_cast<const T*>(value.get());
@@ -31,7 +31,7 @@ const T* required(const Ref<NSObject>& value, const char* kind, Messages& messag
     return typed;
 }
 
-/// The number that the value counts as. When it is none, or text with something behind the number, says so.
+/// The number that the value counts as. Adds a message if it is not a number, or text with more than a number.
 Ref<NSNumber> requiredNumber(const Ref<NSObject>& value, Messages& messages) {
     bool isWhole = true;
     Ref<NSNumber> number = numberFrom(value, &isWhole);
@@ -40,7 +40,7 @@ Ref<NSNumber> requiredNumber(const Ref<NSObject>& value, Messages& messages) {
             stringWithFormat("a number is needed, found %s; it is ignored", {kindOfStoredValue(*value)}));
     else if (!isWhole)
         messages.push_back(
-            stringWithFormat("%s is no number; %@ is used", {quotedExcerpt(value->description()), number}));
+            stringWithFormat("%s is not a number; %@ is used", {quotedExcerpt(value->description()), number}));
     return number;
 }
 
@@ -108,13 +108,12 @@ void checkComponent(const NSDictionary& color, const char* name, Messages& messa
                                         {name, number, component > 1 ? "1" : "0"}));
 }
 
-/// `color` is what the library makes of the dictionary.
+/// `color` is the colour that the library reads from the dictionary.
 void checkColorForm(const NSDictionary& dictionary, const NSColor& color, Messages& messages) {
     if (color.colorSpaceName()->isEqualToString(*NSNamedColorSpace)) {
         if (color.colorUsingColorSpaceName(*NSCalibratedRGBColorSpace)) return;
         messages.push_back("the colour " + quotedExcerpt(color.colorNameComponent()->utf8()) + " of the catalogue " +
-                           quotedExcerpt(color.catalogNameComponent()->utf8()) +
-                           " is not known here; nothing is drawn in it");
+                           quotedExcerpt(color.catalogNameComponent()->utf8()) + " is unknown; nothing is drawn in it");
         return;
     }
     for (const char* name : {"Red", "Green", "Blue", "Alpha"}) checkComponent(dictionary, name, messages);

@@ -7,11 +7,11 @@
 
 namespace qz {
 
-/// Appends what is wrong with a value, in its property-list form, that stands under a name of the attribute vocabulary:
-/// one message for each fault, with what the library does about it. Nothing is wrong under names that it does not know.
+/// Checks a value in its property-list form under a name of the attribute vocabulary. Appends one message for each
+/// fault, with what the library does about it. Values under unknown names are not checked.
 void checkAttribute(const NSString& name, const Ref<NSObject>& value, std::vector<std::string>& messages);
 
-/// "a string", "a colour", "a number": what a property-list value is, for messages.
+/// The kind of a property-list value, for messages: "a string", "a colour", "a number".
 std::string kindOfStoredValue(const NSObject& value);
 
 }  // namespace qz

@@ -9,8 +9,8 @@
 
 namespace qz {
 
-/// An attribute that annotations may hold: all that checks, listings, the editor, script formats and documents have to
-/// know of it. What it does to a title is in `TitleStyle` and `FrameStyle`.
+/// An attribute that annotations may hold: everything that checks, listings, the editor, script formats and documents
+/// need to know of it. Its effect on a title is in `TitleStyle` and `FrameStyle`.
 struct Attribute {
     enum class Kind {
         string,
@@ -23,30 +23,30 @@ struct Attribute {
         margins,    ///< an array of four numbers: left, right, top, bottom
         box,        ///< a `QzBBoxInfo`
     };
-    /// What it belongs to; the order of the table and of listings.
+    /// The group it belongs to; the order of the table and of listings.
     enum class Group { font, letters, layer, place };
 
-    /// How the annotation editor shows the attribute. The flag that switches it on is "en_" before `name`.
+    /// How the annotation editor shows the attribute. The flag that switches it on is `name` with the prefix "en_".
     struct Field {
-        /// Without the ending that a kind of several fields adds, or the number of a layer; empty: not edited.
+        /// Without the suffix for kinds with several fields, or a layer's number; empty if not edited.
         const char* name = "";
-        /// The field's place, from 1, among those that have been announced in a fixed order since the first editor; 0
-        /// for the others, which follow in the order of the table.
+        /// The field's position, from 1, in the fixed order of announcements since the first editor; 0 for the others,
+        /// which follow in the order of the table.
         int place = 0;
-        /// What a number begins with when it is switched on.
+        /// The initial value of a number when it is switched on.
         float start = 0;
     };
 
     std::string constant;  ///< the C++ name: "QzFontSizeAttribute"
-    Ref<NSString> name;    ///< under which palettes store it
+    Ref<NSString> name;    ///< the name in stored palettes
     Kind kind = Kind::string;
     Group group = Group::font;
     std::string label;      ///< "Font size"
     std::string meaning;    ///< in one line, with the unit
-    std::string absent;     ///< what holds without the attribute
-    const char* word = "";  ///< before its value in a listing, or for a flag that is on: "kern", "underlined"
-    const char* unit = "";  ///< of a number: "points"
-    /// A number outside is a fault, and `tooLow` or `tooHigh` what happens then.
+    std::string absent;     ///< what applies without the attribute
+    const char* word = "";  ///< precedes its value in a listing, or shows a flag that is on: "kern", "underlined"
+    const char* unit = "";  ///< the unit of a number: "points"
+    /// A number outside is a fault; `tooLow` and `tooHigh` say what happens then.
     ///@{
     double least = -std::numeric_limits<double>::infinity();
     double most = std::numeric_limits<double>::infinity();
@@ -54,13 +54,13 @@ struct Attribute {
     const char* tooHigh = "";
     ///@}
     std::vector<const char*> choices = {};
-    /// Whether it styles a title as a whole, and so counts only in annotations that cover all of it.
+    /// Whether it styles a title as a whole, and so counts only in annotations that cover the whole title.
     bool isOfFrame = false;
-    /// Of which layer, from 1, the uppermost; 0 for an attribute of no layer.
+    /// The layer, from 1 at the top; 0 if it is not an attribute of a layer.
     uint32_t layer = 0;
     Field field = {};
-    const char* inAss = "";    ///< style columns and overrides that hold it in SubStation Alpha; empty: it has none
-    const char* assLoss = "";  ///< what is said then of a title that has it; empty: a general line
+    const char* inAss = "";    ///< style columns and overrides for it in SubStation Alpha; empty if there are none
+    const char* assLoss = "";  ///< then the message for titles with it; empty for a general message
 };
 
 /// Every attribute that the library knows, in the order of listings.

@@ -16,7 +16,7 @@
 namespace qz {
 namespace {
 
-/// Goes through the annotations of one palette from the global one upward.
+/// Checks the annotations of one palette from the global one upward.
 class FaultFinder {
 public:
     explicit FaultFinder(FontLibrary* fonts) : fonts_(fonts) {}
@@ -24,7 +24,7 @@ public:
     void beginAnnotation(std::string name) {
         annotationName_ = std::move(name);
         if (names_.insert(annotationName_).second) return;
-        add("", "an annotation below has the same name; this one is not found by its name");
+        add("", "an annotation below has the same name; this one cannot be found by name");
     }
 
     void add(std::string attributeName, std::string message) {
@@ -33,7 +33,7 @@ public:
                            .message = std::move(message)});
     }
 
-    /// Checks the attributes of the annotation that was begun, in their property-list form.
+    /// Checks the current annotation's attributes, in their property-list form.
     void checkAttributes(const ObjectMap& attributes) {
         for (const ObjectMap::Entry& entry : attributes.entries()) {
             const auto* attributeName = dynamic_cast<const NSString*>(entry.key.get());
@@ -50,7 +50,7 @@ public:
     std::vector<PaletteFault> takeFaults() { return std::move(faults_); }
 
 private:
-    /// Looks for the font that a run of this annotation alone gets, so with what the global annotation gives as well.
+    /// Looks for the font of a run with only this annotation, including what the global annotation provides.
     void checkFont(const ObjectMap& attributes) {
         ObjectMap merged = globalAttributes_;
         merged.setAll(attributes);
@@ -59,7 +59,7 @@ private:
         };
         const Ref<NSString> fullName = stringUnder(QzFontAttribute);
         const Ref<NSString> family = stringUnder(QzFontNameAttribute);
-        // What is named further down has been reported there.
+        // A font named further down has been reported there.
         const bool namesFont =
             fullName ? attributes.contains(*QzFontAttribute)
                      : attributes.contains(*QzFontNameAttribute) || attributes.contains(*QzFontStyleAttribute);
@@ -70,7 +70,7 @@ private:
         add(attribute->utf8(), "there is no font " + quotedExcerpt(name->utf8()) + "; the title-bar font is used");
     }
 
-    FontLibrary* const fonts_;  // null: fonts are not looked up
+    FontLibrary* const fonts_;  // null if fonts are not looked up
     std::vector<PaletteFault> faults_;
     std::string annotationName_;
     std::unordered_set<std::string> names_;
@@ -95,7 +95,7 @@ std::vector<PaletteFault> faultsOfPropertyList(const NSObject& plist, FontLibrar
         const auto* name = dynamic_cast<const NSString*>(nameValue.get());
         const std::string usedName = name ? name->utf8() : i == 0 ? "GLOBALS" : "Fark new";
         finder.beginAnnotation(usedName);
-        // Only the global annotation needs no name of its own.
+        // Only the global annotation needs no name.
         if (nameValue ? !name : i > 0) {
             const std::string found = nameValue ? kindOfStoredValue(*nameValue) : "nothing";
             finder.add(QzAnnoPalette_AnnotationNameKey->utf8(),

@@ -20,13 +20,13 @@ Ref<NSData> serialized(const Ref<NSObject>& plist, std::string* error) {
     return NSPropertyListSerialization::dataFromPropertyList(plist, NSPropertyListFormat::xml, error);
 }
 
-/// The annotation's attributes in their stored form; none, with the reason, when one has none.
+/// The annotation's attributes in their stored form; no value, with the reason, if one cannot be stored.
 std::optional<ObjectMap> storedAttributes(const QzAnno& anno, std::string& error) {
     const Ref<NSDictionary> attributes = anno.allAttributes();
     ObjectMap stored;
     for (const ObjectMap::Entry& entry : attributes->map().entries()) {
         auto value = dehydrate(entry.value);
-        // An attribute under the name's own key would come back as the annotation's name.
+        // An attribute under the name's key would be read back as the annotation's name.
         if (!value || entry.key->isEqual(*QzAnnoPalette_AnnotationNameKey)) {
             const std::string attribute =
                 quotedExcerpt(anno.name()->utf8()) + ": the attribute " + quotedExcerpt(entry.key->description());
@@ -40,8 +40,7 @@ std::optional<ObjectMap> storedAttributes(const QzAnno& anno, std::string& error
     return stored;
 }
 
-/// The serialiser counts annotations where a person knows their names, so the first value that it refuses is looked
-/// for.
+/// The serialiser numbers annotations, but people know them by name, so find the first value that it refuses.
 std::string describeRefusal(const NSArray& list, const std::string& reason) {
     for (size_t i = 0; i < list.count(); ++i) {
         const auto& element = static_cast<const NSDictionary&>(*list.elements()[i]);
@@ -57,7 +56,7 @@ std::string describeRefusal(const NSArray& list, const std::string& reason) {
     return reason;
 }
 
-/// Fills the annotation from one element of the list: its name, which is its key's, and its attributes.
+/// Fills the annotation from one element of the list: its name, which goes to its key, and its attributes.
 void loadAnno(QzMutableAnno& anno, const NSDictionary& element) {
     ObjectMap attributes = anno.allAttributes()->map();
     for (const ObjectMap::Entry& entry : element.map().entries()) {
@@ -65,7 +64,8 @@ void loadAnno(QzMutableAnno& anno, const NSDictionary& element) {
             if (const auto name = std::dynamic_pointer_cast<NSString>(entry.value))
                 anno.setName(name);
             else
-                NSLog("An annotation's name is of class %@, no string, and is ignored\n", {entry.value->className()});
+                NSLog("An annotation's name is of class %@, not a string, and is ignored\n",
+                      {entry.value->className()});
         } else if (const auto dictionary = std::dynamic_pointer_cast<NSDictionary>(entry.value)) {
             attributes.set(entry.key, rehydrate(dictionary));
         } else {
@@ -75,8 +75,8 @@ void loadAnno(QzMutableAnno& anno, const NSDictionary& element) {
     anno.setAttributes(NSDictionary::dictionaryWithMap(std::move(attributes)));
 }
 
-/// The array of annotations inside a property list; none, with the reason, when that is no palette of version 0. What
-/// is not even meant for this reader, another version or another top level, gets no log line.
+/// The array of annotations in a property list; null, with the reason, if it is not a palette of version 0. A list that
+/// is not meant for this reader, with another version or top level, logs no line.
 Ref<NSArray> annotationList(const Ref<NSObject>& plist, std::string& error) {
     if (auto list = std::dynamic_pointer_cast<NSArray>(plist)) return list;
     const auto top = std::dynamic_pointer_cast<NSDictionary>(plist);
@@ -140,7 +140,7 @@ Ref<QzAnnoPalette> QzAnnoPalette::paletteFromPListData(const NSData& data, std::
 bool QzAnnoPalette::loadList(const NSArray& list, std::string& error) {
     if (list.count() > size_t{Limits::kAnnotationsMax} + 1) {
         error = "the palette has " + std::to_string(list.count() - 1) + " annotations; " +
-                std::to_string(Limits::kAnnotationsMax) + " are the most: split it";
+                std::to_string(Limits::kAnnotationsMax) + " is the limit; split it";
         NSLog(kReadingFailed, {error});
         return false;
     }
@@ -154,12 +154,12 @@ bool QzAnnoPalette::loadList(const NSArray& list, std::string& error) {
     for (size_t i = 0; i < list.count(); ++i) {
         const auto* element = dynamic_cast<const NSDictionary*>(list.elements()[i].get());
         if (!element) {
-            error = stringWithFormat("element %i of the palette is no dictionary but %@",
+            error = stringWithFormat("element %i of the palette is not a dictionary but %@",
                                      {static_cast<int32_t>(i), list.elements()[i]->className()});
             NSLog(kReadingFailed, {error});
             return false;
         }
-        // Added past `createAnno`, which would refuse the temporary name if the file gave it to the global annotation.
+        // Bypasses `createAnno`, which would refuse the temporary name if the file gave it to the global annotation.
         fill(i == 0 ? *globals_ : *addNewAnno("Fark new"_ns), *element);
     }
     immutable_ = true;

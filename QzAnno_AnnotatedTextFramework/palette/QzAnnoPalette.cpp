@@ -34,7 +34,7 @@ Ref<QzAnnoPalette> QzAnnoPalette::init() {
 }
 
 QzAnnoPalette::~QzAnnoPalette() {
-    // Recorded inverses call this very object and do not keep it alive.
+    // Recorded inverses call this object and do not keep it alive.
     if (undo_) undo_->removeAllActionsWithTarget(*this);
 }
 
@@ -62,7 +62,7 @@ Ref<const QzAnno> QzAnnoPalette::lookupAnno(const Ref<QzAnnoKey>& key) const {
     return annoOf(key);
 }
 
-/// The annotation as the palette holds it.
+/// The palette's own annotation.
 Ref<QzAnno> QzAnnoPalette::annoOf(const Ref<QzAnnoKey>& key) const {
     if (!key || isGlobal(key)) return globals_;
     return std::static_pointer_cast<QzAnno>(reverse_lookup_->find(*key));
@@ -105,7 +105,7 @@ Ref<QzToken> QzAnnoPalette::tokenForName(const Ref<NSString>& name) const {
 Ref<const QzAnno> QzAnnoPalette::createAnno(const Ref<NSString>& name) {
     if (immutable_ || !name || areEqual(name, globals_->name())) return {};
     if (maxPriority() >= Limits::kAnnotationsMax) {
-        NSLog("The palette is full: %i annotations are the most\n", {Limits::kAnnotationsMax});
+        NSLog("The palette is full: the limit is %i annotations\n", {Limits::kAnnotationsMax});
         return {};
     }
     return addNewAnno(name);
@@ -117,12 +117,12 @@ Ref<const QzAnno> QzAnnoPalette::addNewAnno(const Ref<NSString>& name) {
     return anno;
 }
 
-/// Files the annotation itself under its key, at the priority or as near to it as there is one.
+/// Adds the annotation itself under its key, at the priority or the nearest one that exists.
 void QzAnnoPalette::addAnno(const Ref<QzAnno>& anno, int32_t atPrio) {
     const Ref<QzAnnoKey> key = anno->annokey();
-    // The inverse of a removal that ended without memory before it removed anything.
+    // The inverse of a removal that ran out of memory before removing anything.
     if (contains(key)) return;
-    // Memory first, and the inverse before the edit: once the table has the key, the row must follow.
+    // Allocate first, and record the inverse before the edit: once the table has the key, the row must get it too.
     if (priorities_->size() == priorities_->capacity()) priorities_->reserve(2 * priorities_->size() + 8);
     invocationTarget().invoke([this, key] { removeAnno(key); });
     setUndoActionName("Create Annotation");
@@ -134,7 +134,7 @@ void QzAnnoPalette::addAnno(const Ref<QzAnno>& anno, int32_t atPrio) {
 
 bool QzAnnoPalette::removeAnno(const Ref<QzAnnoKey>& keyToRemove) {
     if (immutable_ || !contains(keyToRemove)) return false;
-    // The argument may be an element of the row that is about to be erased.
+    // The argument may be an element of the row that is being erased.
     const Ref<QzAnnoKey> key = keyToRemove;
     const int32_t priority = lookupPrio(key);
     invocationTarget().invoke([this, anno = annoOf(key), priority] { addAnno(anno, priority); });
@@ -231,8 +231,8 @@ QzAnnoPalette::NoNotification::~NoNotification() {
     try {
         palette_->post(QzAnnoPaletteLoaded);
     } catch (...) {
-        // The scope may be ending with an exception already, and the changes stand whatever an observer makes of them.
-        // Written past the hooks, which take memory.
+        // The scope may be ending because of an exception, and the changes are valid even if an observer throws. Bypass
+        // the hooks, which allocate.
         writeToStandardError("An observer of QzAnnoPaletteLoaded has thrown\n");
     }
 }

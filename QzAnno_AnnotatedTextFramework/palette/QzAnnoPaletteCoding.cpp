@@ -34,7 +34,7 @@ Ref<QzAnnoPalette> QzAnnoPalette::initWithCoder(NSUnarchiver& unarchiver) {
     if (!globals || !annotations) unarchiver.fail("a palette needs its global annotation and an array of the others");
     if (unarchiver.hasFailed()) return {};
     const Ref<QzAnnoPalette> palette = empty();
-    // Of the global annotation only the attributes count: its key is the palette's own.
+    // Only the attributes of the global annotation count: its key is the palette's own.
     palette->globals_ = QzAnno::initWithKey(palette->globals_->annokey(), globals->allAttributes());
     return palette->takeDecoded(*annotations, unarchiver) ? palette : nullptr;
 }
@@ -42,17 +42,17 @@ Ref<QzAnnoPalette> QzAnnoPalette::initWithCoder(NSUnarchiver& unarchiver) {
 bool QzAnnoPalette::takeDecoded(const NSArray& annotations, NSUnarchiver& unarchiver) {
     if (annotations.count() > size_t{Limits::kAnnotationsMax}) {
         unarchiver.fail("the palette has " + std::to_string(annotations.count()) + " annotations; " +
-                        std::to_string(Limits::kAnnotationsMax) + " are the most");
+                        std::to_string(Limits::kAnnotationsMax) + " is the limit");
         return false;
     }
     for (const Ref<NSObject>& element : annotations.elements()) {
         const auto anno = std::dynamic_pointer_cast<QzAnno>(element);
         if (!anno) {
-            unarchiver.fail("an object of class " + element->className() + " stands among the annotations");
+            unarchiver.fail("an object of class " + element->className() + " among the annotations");
             return false;
         }
         const Ref<QzAnnoKey> key = anno->annokey();
-        // An annotation that stands there twice keeps its first place.
+        // An annotation that occurs twice keeps its first place.
         if (!MutableSupport::setPalette(*key, refTo(*this))) NSLog("nonglobal %@ would not set palette\n", {key});
         if (contains(key)) continue;
         priorities_->push_back(key);

@@ -14,7 +14,7 @@
 namespace qz {
 namespace {
 
-/// Fits a `float`.
+/// The result fits in a `float`.
 double numberUnder(const NSDictionary& attributes, const NSString& name) {
     constexpr double kMost = std::numeric_limits<float>::max();
     const Ref<NSNumber> number = numberFrom(attributes.objectForKey(name));
@@ -25,11 +25,12 @@ double numberUnder(const NSDictionary& attributes, const NSString& name) {
 std::optional<NSRect> areaFrom(const Ref<NSObject>& value) {
     const auto text = std::dynamic_pointer_cast<NSString>(value);
     std::optional<NSRect> area = text ? wellFormedRectFromString(*text) : std::nullopt;
-    if (value && !area) NSLog("A bounding box is written {{x, y}, {width, height}}, not %@; it is ignored\n", {value});
+    if (value && !area)
+        NSLog("A bounding box has the form {{x, y}, {width, height}}, not %@; it is ignored\n", {value});
     return area;
 }
 
-/// The index into the choices of an attribute; empty where it is absent or outside.
+/// The index into the choices of an attribute; no value if it is absent or out of range.
 std::optional<int32_t> choiceUnder(const NSDictionary& attributes, const NSString& name, int32_t last) {
     const Ref<NSNumber> number = numberFrom(attributes.objectForKey(name));
     if (!number || number->intValue() < 0 || number->intValue() > last) return {};

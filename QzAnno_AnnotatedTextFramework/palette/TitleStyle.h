@@ -12,32 +12,32 @@
 
 namespace qz {
 
-/// What attributes say, as values: of a run in `TitleStyle`, of a whole title in `FrameStyle`. Lengths are points of
-/// the screen, y growing downward. A value of the wrong kind, or a number that is not finite, counts as absent.
+/// Attributes as plain values: a run's in `TitleStyle`, a whole title's in `FrameStyle`. Lengths are in points of the
+/// screen, y growing downward. A value of the wrong kind, or a number that is not finite, counts as absent.
 
-/// A copy of the glyphs beneath them.
+/// A copy of the glyphs, drawn beneath them.
 struct Layer {
-    /// One that hides next to nothing is not worth drawing.
+    /// An almost transparent layer is not worth drawing.
     bool isVisible() const { return color && color->alphaComponent() > 0.001f; }
 
     Ref<NSColor> color;
-    /// Of the pen that goes along the outlines: half of it shows on each side. May be below 0.
+    /// The width of the pen along the outlines, half of which shows on each side. May be negative.
     double width = 0;
     NSPoint offset;
 };
 
-/// The layers of a run from the uppermost down, as many as the vocabulary has, the invisible ones too.
+/// All layers of the vocabulary for a run, from the top down, including invisible ones.
 std::vector<Layer> layersOf(const NSDictionary& attributes);
 
-/// Whether a flag of the vocabulary is set to anything but 0.
+/// Whether a flag of the vocabulary is set and not 0.
 bool isOn(const NSDictionary& attributes, const NSString& flag);
 
-/// How the letters of a run look.
+/// The look of a run's letters.
 struct TitleStyle {
-    Ref<NSFont> font;    ///< of attributes that are complete; else null
+    Ref<NSFont> font;    ///< null unless the attributes are complete
     Ref<NSColor> color;  ///< never null
     double kern = 0;
-    double slant = 0;  ///< to the right, for each unit of height
+    double slant = 0;  ///< to the right, per unit of height
     bool isUnderlined = false;
     bool isStruckThrough = false;
     std::vector<Layer> layers;
@@ -45,7 +45,7 @@ struct TitleStyle {
 
 TitleStyle titleStyleOf(const NSDictionary& attributes);
 
-/// Between a text and the edges of its screen.
+/// The distances between a text and the edges of its screen.
 struct Margins {
     double left = 0;
     double right = 0;
@@ -53,31 +53,31 @@ struct Margins {
     double bottom = 0;
     friend auto operator<=>(const Margins&, const Margins&) = default;
 
-    /// In the order in which they are stored.
+    /// In storage order.
     std::array<double, 4> sides() const { return {left, right, top, bottom}; }
-    /// The array that `QzBoundingMarginsAttribute` holds, of 32-bit floats.
+    /// The array of 32-bit floats for `QzBoundingMarginsAttribute`.
     Ref<NSObject> stored() const;
 };
 
-/// Empty unless the value is an array of at least four finite numbers.
+/// No value unless it is an array of at least four finite numbers.
 std::optional<Margins> marginsFrom(const Ref<NSObject>& value);
 
 enum class VerticalAlignment { top, middle, bottom };
 
-/// The box round a text.
+/// The box around a text.
 struct TextBox {
     enum class Form { none, outlined, filled };
     bool isVisible() const { return form != Form::none && color && color->alphaComponent() > 0.001f; }
 
     Form form = Form::none;
-    Ref<NSColor> color;  ///< null only without a box
+    Ref<NSColor> color;  ///< null only if there is no box
 };
 
 TextBox textBoxOf(const NSDictionary& attributes);
 
-/// Where a title stands, and what is round it.
+/// The placement of a title and the box around it.
 struct FrameStyle {
-    /// These win over the area.
+    /// They take precedence over the area.
     std::optional<Margins> margins;
     /// In fractions of the screen.
     std::optional<NSRect> area;
@@ -85,11 +85,11 @@ struct FrameStyle {
     std::optional<NSTextAlignment> horizontal;
     TextBox box;
 
-    /// What margins or area leave free of a screen.
+    /// The margins on a screen, given by margins or area.
     Margins marginsOn(NSSize screen) const;
 };
 
-/// Margins and areas that are malformed are reported in a log line.
+/// Malformed margins and areas are reported in a log line.
 FrameStyle frameStyleOf(const NSDictionary& attributes);
 
 }  // namespace qz

@@ -14,7 +14,7 @@ namespace {
 constexpr std::u16string_view kNamedColorTag = u"NSColor Named";
 constexpr std::u16string_view kRGBColorTag = u"NSColor RGBCalibrated";
 
-/// The two directions of one conversion; either gives none for what is not of its kind.
+/// The two directions of one conversion; each returns null for a value of another kind.
 struct idfp {
     Ref<NSDictionary> (*func)(const NSObject& value);
     Ref<NSObject> (*gen)(const NSDictionary& dictionary);
@@ -28,7 +28,7 @@ Ref<NSObject> asObject(const NSDictionary& dictionary) {
     return generate(dictionary);
 }
 
-// Function addresses are constants, so the table is there before any code runs.
+// Function addresses are constants, so the table exists before any code runs.
 constexpr idfp safeColorp{safeColor, asObject<genColor>};
 constexpr idfp safeBBox{safeBGBox, asObject<genBGBox>};
 constexpr idfp toSafe[] = {safeColorp, safeBBox};
@@ -47,7 +47,7 @@ float component(const NSDictionary& dictionary, const Ref<NSString>& name) {
     return number ? number->floatValue() : 0.0f;
 }
 
-/// What follows the prefix of a box appearance's tag; none when nothing does or the tag begins otherwise.
+/// The part of a box appearance's tag after the prefix; null if it is empty or there is no prefix.
 Ref<NSString> colorTagOfBBoxTag(const NSString& tag) {
     const uint32_t prefix = BBOXSTART->length();
     if (tag.length() <= prefix || !tag.characters().starts_with(BBOXSTART->characters())) return {};

@@ -5,7 +5,7 @@
 namespace qz {
 namespace {
 
-// One axis of the rectangle: where it starts and how long it is.
+// One axis of the rectangle: its start and length.
 struct Span {
     float start;
     float length;

@@ -24,7 +24,7 @@ namespace {
 constexpr int kLayoutPollsMax = 100;
 constexpr std::chrono::milliseconds kLayoutPoll{1};
 
-// Below these quality factors outlines get coarser, in pixels of flatness, or simpler joins.
+// Below these quality factors outlines have a coarser flatness, in pixels, or simpler joins.
 constexpr float kCoarsestBelow = 1.0f / 3;
 constexpr float kCoarseBelow = 2.0f / 3;
 constexpr float kMitersUpTo = 0.5f;
@@ -32,10 +32,10 @@ constexpr float kCoarsestFlatness = 50.0f;
 constexpr float kCoarseFlatness = 10.0f;
 constexpr float kLayerMiterLimit = 50.0f;
 
-// A layer of repeated glyphs costs (2n + 1)^2 copies; a wider one is drawn with this n.
+// A layer of repeated glyphs takes (2n + 1)^2 copies; wider layers are drawn with this n.
 constexpr int32_t kRepeatsMax = 32;
 
-/// Holds a flag up for a scope.
+/// Sets a flag for a scope.
 class Raised {
 public:
     explicit Raised(bool& flag) : flag_(flag) { flag_ = true; }
@@ -155,7 +155,7 @@ void QzAnnoLayoutManager::drawBoundingBoxes(Range glyphRange, NSPoint origin) co
 }
 
 std::vector<QzAnnoLayoutManager::StyledRun> QzAnnoLayoutManager::styledRuns(Range glyphRange) const {
-    // Attributes belong to characters: a run holds the glyphs whose first character lies in it, so that a ligature
+    // Attributes belong to characters: a run contains the glyphs whose first character lies in it, so that a ligature
     // across two runs is drawn once.
     const Ref<NSTextStorage> storage = textStorage();
     const Range characters = characterRangeForGlyphRange(glyphRange);
@@ -209,7 +209,7 @@ void QzAnnoLayoutManager::strokeOutlines(Range glyphRange, const Layer& layer, N
     const Ref<NSGraphicsContext> context = NSGraphicsContext::currentContext();
     const GlyphStroke stroke = strokeOf(static_cast<float>(layer.width));
     context->setColor(layer.color);
-    // Every shown glyph of a cluster, not only the first: an accent wants its border as the letter below it does.
+    // Every visible glyph of a cluster, not only the first: an accent needs a border like the letter below it.
     const NSPoint displaced = {origin.x + layer.offset.x, origin.y + layer.offset.y};
     strokeAndFillGlyphs(*context, shownGlyphs(glyphRange, displaced), stroke, *glyphCache());
     for (const TextRule& rule : textRulesForGlyphRange(glyphRange, displaced)) {
@@ -247,7 +247,7 @@ void QzAnnoLayoutManager::repeatGlyphs(Range glyphRange, const Layer& layer, NSP
         NSLog("A layer of width %@ is too wide without antialiasing; it is drawn %i wide\n",
               {shortestDecimal(width), 2 * kRepeatsMax});
     }
-    const auto n = static_cast<int32_t>(std::clamp<float>(repeats, -1, kRepeatsMax));  // below 0: no copy
+    const auto n = static_cast<int32_t>(std::clamp<float>(repeats, -1, kRepeatsMax));  // negative: no copies
     Range glyphs;
     const Range characters = characterRangeForGlyphRange(glyphRange, &glyphs);
     ObjectMap color;

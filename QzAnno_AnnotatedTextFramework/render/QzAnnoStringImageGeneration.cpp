@@ -10,10 +10,10 @@
 namespace qz {
 namespace {
 
-// Room round the text box for layers that reach beyond the glyphs, in points.
+// Room around the text box for layers that extend beyond the glyphs, in points.
 constexpr int32_t kBoxGrowth = 10;
 
-// Both give back what was current however drawing ends; memory may run out on the way.
+// Both restore the former context however drawing ends; memory may run out during it.
 
 class ImageFocus {
 public:

@@ -18,7 +18,7 @@
 namespace qz {
 namespace {
 
-// Points by which ink may pass the edge of a picture before it is worth telling: less leaves no visible flat side.
+// Points by which ink may cross the edge of a picture without being reported: less leaves no visible flat side.
 constexpr float kUnseenCut = 0.25f;
 
 using Clipping = RenderReport::Clipping;
@@ -36,7 +36,7 @@ void append(std::vector<Range>& ranges, Range range) {
     }
 }
 
-/// Gathers the substitutions of a text whose fonts are fixed, run by run.
+/// Collects the font substitutions of a text, run by run.
 class SubstitutionFinder {
 public:
     SubstitutionFinder(std::u16string_view text, NSFont::Library library) : text_(text), library_(std::move(library)) {}
@@ -47,7 +47,7 @@ public:
         const auto original = attributes.objectForKey<NSFont>(*NSOriginalFontAttributeName);
         const Ref<NSString> named = fontNameAskedFor(attributes);
         const bool isMissing = named && isFontMissing(*named);
-        // One face of a family that stands in for another, with traits synthesised, is told as that.
+        // Another face of the same family, with synthesised traits, is reported as a missing trait.
         const bool isSister = original && areEqual(original->familyName(), serving->familyName());
         if (!isMissing && (!original || (isSister && !serving->traits().isEmpty()))) return;
         const std::string asked = (named ? named : (original ? original : serving)->fontName())->utf8();
@@ -93,7 +93,7 @@ private:
     const std::u16string_view text_;
     const NSFont::Library library_;
     std::vector<RenderReport::Substitution> substitutions_;
-    std::vector<std::set<char32_t>> seen_;  // one for each substitution
+    std::vector<std::set<char32_t>> seen_;  // one per substitution
     std::map<std::string, bool> isMissing_;
 };
 
@@ -106,8 +106,8 @@ void addMissing(std::vector<RenderReport::MissingGlyph>& missing, const std::str
     append(found->ranges, range);
 }
 
-/// The characters of a cluster that the font has no glyph for; the first one when it has one for each, and yet could
-/// not show them together.
+/// Adds the characters of a cluster without a glyph in the font; if each has a glyph but they cannot be shown together,
+/// the first one.
 void addMissingOfCluster(std::vector<RenderReport::MissingGlyph>& missing, std::u16string_view text, Range cluster,
                          const NSFont& font) {
     const std::u16string_view characters = text.substr(cluster.location, cluster.length);
@@ -143,12 +143,12 @@ void addMissingTraits(std::vector<RenderReport::MissingTrait>& missing, const NS
     if (unmet.italic) add(*unmet.italic ? Trait::italic : Trait::upright);
 }
 
-/// How far ink reaches beyond the outlines of the glyphs, in points.
+/// The distance of ink beyond the outlines of the glyphs, in points.
 struct Reach {
     float left, right, top, bottom;
 };
 
-/// Empty for a layer that is not drawn.
+/// No value for a layer that is not drawn.
 std::optional<Reach> reachOf(const Layer& layer) {
     if (!layer.isVisible()) return {};
     const float half = std::max(static_cast<float>(layer.width), 0.0f) / 2;
@@ -160,7 +160,7 @@ struct DrawnRun {
     uint64_t end = 0;
     Ref<NSFont> font;
     float obliqueness = 0;
-    /// Of the glyphs, then of the layers beneath them.
+    /// For the glyphs, then for the layers beneath them.
     std::vector<std::optional<Reach>> reaches;
 };
 
@@ -172,25 +172,25 @@ DrawnRun drawnRunAt(const NSAttributedString& text, uint32_t character) {
     return drawn;
 }
 
-/// Tells what of the glyphs lies beyond a picture.
+/// Finds the glyphs that extend beyond a picture.
 class EdgeCheck {
 public:
     explicit EdgeCheck(NSSize picture) : picture_(picture) {}
 
     void addGlyph(const GlyphAtPlace& place, const DrawnRun& run, Range cluster) {
-        // A box of control points is quick to have, and may be larger than the ink.
+        // A box of control points is fast to compute, but may be larger than the ink.
         const NSRect box = boxOf(place);
         if (NSIsEmptyRect(box) || !isAnyCut(box, run)) return;
         addInk(outlineOfGlyph(place).bezierPathByFlatteningPath().controlPointBounds(), run, cluster);
     }
 
-    /// Of letters, or of a rule under or through them.
+    /// Adds the ink of letters, or of a rule under or through them.
     void addInk(const NSRect& ink, const DrawnRun& run, Range characters) {
         cut_.resize(run.reaches.size());
         for (size_t i = 0; i < run.reaches.size(); ++i) {
             if (!isCut(ink, run.reaches[i])) continue;
             cut_[i].push_back(characters);
-            // A layer of letters that are cut tells nothing more.
+            // If the letters themselves are cut, their layers add nothing.
             if (i == 0) break;
         }
     }
@@ -227,7 +227,7 @@ private:
     }
 
     const NSSize picture_;
-    std::vector<std::vector<Range>> cut_;  // of the glyphs, then of the layers
+    std::vector<std::vector<Range>> cut_;  // for the glyphs, then for the layers
 };
 
 bool showsNothing(std::u16string_view text) {

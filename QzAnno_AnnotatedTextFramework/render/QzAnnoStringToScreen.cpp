@@ -89,7 +89,7 @@ void QzAnnoStringToScreen::build() {
     if (!text) text = NSAttributedString::init();
     if (language_) {
         const auto inLanguage = NSMutableAttributedString::initWithAttributedString(*text);
-        // What an annotation says of its run is nearer to the truth.
+        // An annotation's own language is more specific.
         inLanguage->changeAttributes({0, text->length()}, [this](const Ref<NSDictionary>& attributes) {
             if (attributes->objectForKey<NSString>(*NSLanguageAttributeName)) return attributes;
             ObjectMap map = attributes->map();
@@ -102,7 +102,7 @@ void QzAnnoStringToScreen::build() {
     const Ref<QzAnnoPalette> palette = palette_.lock();
     textStorage_->setFontLibrary(palette ? palette->fontLibrary() : nullptr);
     textStorage_->setAttributedString(*text);
-    // An empty series of edits makes the text system take the new text in at once.
+    // An empty series of edits makes the text system process the new text at once.
     textStorage_->beginEditing();
     textStorage_->endEditing();
     textContainer_->updateFromString();

@@ -12,13 +12,13 @@ namespace {
 
 constexpr std::string_view kSource = "QzAnno_AnnotatedTextFramework/QzRasterStrokeFilter";
 
-/// Whole pixels of a side in points: 0 for a negative one or none, and the greatest number for one beyond it.
+/// The whole pixels of a side in points: 0 if it is negative or NaN, clamped to the largest number.
 uint32_t pixelsOf(float side) {
     if (!(side > 0)) return 0;
     return side < 0x1p32f ? static_cast<uint32_t>(side) : UINT32_MAX;
 }
 
-/// In 64 bits: the widest rows pass 32. Rows a power of two apart would fall on the same few lines of the cache.
+/// In 64 bits, since the widest rows exceed 32. Rows a power of two apart would share the same few cache lines.
 uint64_t planeRowBytes(uint32_t width) {
     uint64_t bytes = (uint64_t{width} + 15) / 16 * 16;
     while ((bytes & (bytes - 1)) == 0) bytes += 16;
@@ -27,8 +27,8 @@ uint64_t planeRowBytes(uint32_t width) {
 
 /// A channel of the bitmap before and after the maximum filter.
 ///
-/// The two planes lie in one block: the C library gives the pages of two blocks of some megabytes back to the system at
-/// every call, and fetching them anew takes longer than all the rest.
+/// The two planes share one block: the C library would return the pages of two blocks of several megabytes to the
+/// system at every call, and getting them again takes longer than everything else.
 class Planes {
 public:
     Planes(uint32_t width, uint32_t height, uint32_t rowBytes)
@@ -52,7 +52,7 @@ uint8_t* rowOf(const vImage_Buffer& plane, uint32_t y) {
     return plane.data + size_t{y} * plane.rowBytes;
 }
 
-// These are compiled once for each width of registers, inside the functions that choose it.
+// Compiled once per register width, inside the functions that choose it.
 [[gnu::always_inline]] inline void copyIn(const uint8_t* pixels, uint32_t width, uint8_t* __restrict channel) {
     for (size_t x = 0; x < width; ++x) {
         uint32_t pixel;
@@ -70,7 +70,7 @@ uint8_t* rowOf(const vImage_Buffer& plane, uint32_t y) {
     }
 }
 
-/// What moves a row of the channel between bitmap and plane.
+/// Functions that move a row of the channel between bitmap and plane.
 struct RowMoves {
     void (*copyIn)(const uint8_t* pixels, uint32_t width, uint8_t* channel);
     void (*mergeBack)(const uint8_t* channel, uint32_t width, uint8_t* pixels);

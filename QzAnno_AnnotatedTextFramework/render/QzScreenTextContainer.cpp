@@ -94,7 +94,7 @@ NSRect QzScreenTextContainer::lineFragmentRectForProposedRect(NSRect proposedRec
                                                               NSLineSweepDirection /*sweepDirection*/,
                                                               NSLineMovementDirection /*movementDirection*/,
                                                               NSRect* remainingRect) {
-    // A line never goes on in a second fragment beside the first.
+    // A line never continues in a second fragment beside the first.
     if (remainingRect) *remainingRect = {};
     const NSPoint offset = fullscreenMode_ ? textBox_.origin : NSPoint{};
     const NSRect moved = NSOffsetRect(proposedRect, -offset.x, -offset.y);
@@ -137,10 +137,10 @@ NSRect QzScreenTextContainer::placedUsedRect(const FrameStyle& style) const {
     if (!manager) return {textBox_.origin, {}};
     manager->glyphRangeForTextContainer(*this);
     NSRect used = manager->usedRectForTextContainer(*this);
-    // A text that is still to be typed begins where its first line will.
+    // An empty text begins where its first line will be.
     if (manager->textStorage() && manager->textStorage()->length() == 0 && fullscreenMode_)
         used.origin = textBox_.origin;
-    // The lines of a full box may add up to a trifle more than its height, which is not worth another point, nor the
+    // The lines of a full box may add up to slightly more than its height, which does not justify another point, or a
     // line that would begin in it.
     used.size.height = std::min(used.size.height, std::max(textBox_.size.height, 0.0f));
     used = {{std::floor(used.origin.x), std::floor(used.origin.y)},
@@ -162,7 +162,7 @@ void QzScreenTextContainer::updateFromString() {
         return;
     }
     updating_ = true;
-    // The sizes set below must not come back through a text view that tracks this container.
+    // The sizes set below must not return through a text view that tracks this container.
     const bool heightTracked = heightTracksTextView();
     const bool widthTracked = widthTracksTextView();
     const auto trackAgain = [&] {

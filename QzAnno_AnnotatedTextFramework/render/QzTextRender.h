@@ -4,17 +4,17 @@
 
 namespace qz {
 
-/// Turns pictures into bitmaps: premultiplied RGBA, bytes in the order R, G, B, A, rows from the top, of the picture's
-/// size with fractions of a point dropped. None, with a log line, when that leaves no pixels or too many.
+/// Converts pictures to bitmaps: premultiplied RGBA, bytes in the order R, G, B, A, rows from the top, with the
+/// picture's size truncated to whole points. Returns null, with a log line, if there are no pixels or too many.
 class QzTextRender {
 public:
-    /// A copy of the pixels.
+    /// Copies the pixels.
     static Ref<NSBitmapImageRep> rasterizeImage(const NSImage& image);
-    /// The same of an image that is given away: its pixels are taken over when nobody else holds it and no fraction of
-    /// a point is to be dropped.
+    /// The same for an image that the caller gives up: takes its pixels if it has no other owner and a size in whole
+    /// points.
     static Ref<NSBitmapImageRep> rasterizeImage(Ref<NSImage>&& image);
-    /// A copy of the representation's size in points: pixels beyond it are cut, lacking ones are clear. One that is not
-    /// of premultiplied RGBA gives clear pixels.
+    /// Makes a copy with the representation's size in points: extra pixels are cut, missing ones are clear. A
+    /// representation that is not premultiplied RGBA gives clear pixels.
     static Ref<NSBitmapImageRep> rasterizeImageRep(const NSBitmapImageRep& imageRep);
 };
 

@@ -121,7 +121,7 @@ TEST(PaletteArchive, WhatWouldBreakAPaletteIsRefused) {
         {anno, nullptr, "an array of the others"},
         {"A"_ns, NSArray::array(), "where one of class QzAnno is expected"},
         {anno, "A"_ns, "where one of class NSArray is expected"},
-        {anno, NSArray::arrayWithObjects({"A"_ns}), "class NSString stands among the annotations"},
+        {anno, NSArray::arrayWithObjects({"A"_ns}), "class NSString among the annotations"},
     };
     for (const auto& [globals, annotations, expected] : cases) {
         std::string error;

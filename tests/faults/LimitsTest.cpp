@@ -46,7 +46,7 @@ TEST_F(Limit, OfAPaletteHoldsForFilesAndForHosts) {
     const Ref<QzAnnoPalette> full = read(Limits::kAnnotationsMax);
     ASSERT_TRUE(full) << error;
     EXPECT_FALSE(read(Limits::kAnnotationsMax + 1));
-    EXPECT_THAT(error, HasSubstr("65537 annotations; 65536 are the most"));
+    EXPECT_THAT(error, HasSubstr("65537 annotations; 65536 is the limit"));
 
     full->setUndoManager(NSUndoManager::init());
     EXPECT_FALSE(full->createAnno("one more"_ns));

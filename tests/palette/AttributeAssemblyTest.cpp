@@ -156,7 +156,7 @@ TEST_F(AttributeAssemblyTest, HostileValuesCountAsAbsentWithOneLine) {
         const char* line;  // empty: none
     } cases[] = {
         {QzFontSizeAttribute, "72"_ns, 72, ""},
-        {QzFontSizeAttribute, "large"_ns, defaultSize, "large, which is no number, and is ignored"},
+        {QzFontSizeAttribute, "large"_ns, defaultSize, "large, which is not a number, and is ignored"},
         {QzFontSizeAttribute, number(0), defaultSize, ""},
         {QzFontSizeAttribute, number(-5), defaultSize, ""},
         {QzFontSizeAttribute, number(10000), 10000, ""},
@@ -167,8 +167,8 @@ TEST_F(AttributeAssemblyTest, HostileValuesCountAsAbsentWithOneLine) {
         {QzFontAttribute, number(1), defaultSize, "NSNumber and is ignored"},
         {QzFontNameAttribute, NSSet::set(), defaultSize, "NSSet and is ignored"},
         {QzLeadingAttribute, number(nan), defaultSize, "Leading nan is not a finite number"},
-        {QzLeadingAttribute, NSSet::set(), defaultSize, "which is no number, and is ignored"},
-        {QzBoldAttribute, NSSet::set(), defaultSize, "which is no number, and is ignored"},
+        {QzLeadingAttribute, NSSet::set(), defaultSize, "which is not a number, and is ignored"},
+        {QzBoldAttribute, NSSet::set(), defaultSize, "which is not a number, and is ignored"},
         {QzHorizontalAlignmentAttribute, number(5), defaultSize, "alignment 5 is outside 0 to 4"},
         {QzHorizontalAlignmentAttribute, number(-1), defaultSize, "alignment -1 is outside"},
     };

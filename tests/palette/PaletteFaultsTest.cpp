@@ -50,7 +50,7 @@ TEST(PaletteFaultsTest, ValuesThatAreClampedOrIgnoredAreNamed) {
     } cases[] = {
         {QzFontSizeAttribute, "<integer>0</integer>", ""},
         {QzFontSizeAttribute, "<string>72</string>", ""},
-        {QzFontSizeAttribute, "<string>+7e1 pt</string>", "\"+7e1 pt\" is no number; 70 is used"},
+        {QzFontSizeAttribute, "<string>+7e1 pt</string>", "\"+7e1 pt\" is not a number; 70 is used"},
         {QzFontSizeAttribute, "<string>large</string>", "a number is needed, found a string; it is ignored"},
         {QzFontSizeAttribute, "<real>20000</real>", "font size 20000 is outside 0 to 10000 points; 10000 is used"},
         {QzFontSizeAttribute, "<real>nan</real>",
@@ -88,7 +88,7 @@ TEST(PaletteFaultsTest, ValuesThatAreClampedOrIgnoredAreNamed) {
          "the component Red needs a number, found a string; 0 is used"},
         {QzTextColorAttribute,
          color("NSColor Named", "<key>CatalogName</key><string>Mine</string><key>ColorName</key><string>puce</string>"),
-         "the colour \"puce\" of the catalogue \"Mine\" is not known here; nothing is drawn in it"},
+         "the colour \"puce\" of the catalogue \"Mine\" is unknown; nothing is drawn in it"},
         {QzBackgroundColorAttribute, color("NSColor Nmaed", kGoodComponents),
          "a colour is needed, found a dictionary; it is ignored"},
         {QzBackground2ColorAttribute, color("BBox with " + rgb, kGoodComponents),
@@ -116,8 +116,8 @@ TEST(PaletteFaultsTest, NamesAreCheckedAcrossTheList) {
     EXPECT_THAT(
         faultsOf("<dict/>" + named("<string>A</string>") + named("<string>A</string>") +
                  named("<string>GLOBALS</string>") + named("<integer>1</integer>") + "<string>no element</string>"),
-        ElementsAre("A||an annotation below has the same name; this one is not found by its name",
-                    "GLOBALS||an annotation below has the same name; this one is not found by its name",
+        ElementsAre("A||an annotation below has the same name; this one cannot be found by name",
+                    "GLOBALS||an annotation below has the same name; this one cannot be found by name",
                     "Fark new|__Annotation Name|a name is needed, found a number; \"Fark new\" is used"));
 }
 
