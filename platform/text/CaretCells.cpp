@@ -1,4 +1,4 @@
-// Where characters stand, as carets and selections ask.
+// Positions of characters for carets and selections.
 
 #include <algorithm>
 
@@ -10,8 +10,8 @@
 namespace qz {
 namespace {
 
-/// Where the `parts` parts of a ligature meet, in points from the left edge of the glyph, ascending: as the font marks
-/// them, else equal shares of its width.
+/// The boundaries between the `parts` parts of a ligature, in points from the left edge of the glyph, ascending: as
+/// marked by the font, else at equal shares of its width.
 std::vector<float> caretsOfLigature(const NSFont& font, NSGlyph glyph, bool isRightToLeft, float width, size_t parts) {
     std::vector<float> carets;
     std::vector<hb_position_t> marked(parts - 1);

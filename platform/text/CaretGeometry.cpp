@@ -9,9 +9,9 @@
 namespace qz {
 namespace {
 
-// Cells that are closer than this are shown as one, in points.
+// Cells closer than this many points are shown as one.
 constexpr float kGapTolerance = 0.05f;
-// How wide a selected line end shows, as a part of the line's height.
+// The width of a selected line end, as a fraction of the line's height.
 constexpr float kSelectedLineEnd = 0.25f;
 
 bool isLineEnd(char16_t unit) {
@@ -32,7 +32,7 @@ CaretLine lineOf(const NSLayoutManager& manager, const NSAttributedString& text,
     line.isWrapped = length == characters.size() && line.textEnd < text.length();
     line.isRightToLeft = manager.isRightToLeftParagraphOfGlyphAtIndex(glyphs.location);
     line.cells = manager.caretCellsForLineOfGlyphAtIndex(glyphs.location);
-    // A line with nothing to pass has its caret where its line end stands.
+    // A line without clusters has its caret at its line end.
     if (length == 0 && !line.cells.empty()) {
         line.rect.origin.x = line.cells.front().left;
         line.rect.size.width = 0;
@@ -81,7 +81,7 @@ CaretPlace CaretLine::placeAtX(float x) const {
 std::vector<const CaretCell*> CaretLine::cellsFromLeft() const {
     std::vector<const CaretCell*> sorted;
     for (const CaretCell& cell : cells) sorted.push_back(&cell);
-    // Cells without room keep the order in which they are read.
+    // Cells without extent keep their reading order.
     std::ranges::stable_sort(sorted, {}, [](const CaretCell* cell) { return cell->left + cell->right; });
     return sorted;
 }

@@ -10,32 +10,32 @@
 
 namespace qz {
 
-/// Where a caret stands. Where directions or lines meet, one place of the text is two on the screen: behind the
-/// character before `index`, and before the one at `index`.
+/// A caret position. Where directions or lines meet, one position in the text is two on the screen: after the character
+/// before `index`, and before the one at `index`.
 struct CaretPlace {
     uint32_t index = 0;
     bool isBehindCharacter = false;
     friend bool operator==(const CaretPlace&, const CaretPlace&) = default;
 };
 
-/// A line as carets and selections see it.
+/// A line for the purposes of carets and selections.
 struct CaretLine {
-    /// The line end included.
+    /// Includes the line end.
     Range characters;
-    /// Behind the last cluster that a caret may pass: before the line end, if there is one.
+    /// The position after the last cluster, before the line end if there is one.
     uint32_t textEnd = 0;
     NSRect rect;
-    /// Whether the text goes on in the next line, so that `textEnd` is also where that one begins.
+    /// Whether the text continues in the next line, so that `textEnd` is also its start.
     bool isWrapped = false;
     /// The direction of the paragraph.
     bool isRightToLeft = false;
-    /// In the order of the text, without the line end.
+    /// In text order, without the line end.
     std::vector<CaretCell> cells;
 
     float xOfCaret(CaretPlace place) const;
     /// The place nearest to `x`.
     CaretPlace placeAtX(float x) const;
-    /// The place one cluster to the right (left) of this one; none at the end of the line.
+    /// The place one cluster to the right (left) of this one; no value at the end of the line.
     std::optional<CaretPlace> placeBeside(CaretPlace place, bool toRight) const;
     /// The place at the right (left) end.
     CaretPlace outermostPlace(bool atRight) const;
@@ -45,15 +45,15 @@ private:
     std::vector<const CaretCell*> cellsFromLeft() const;
 };
 
-/// The lines laid out in the container, the empty line at the end of the text included; none for an empty text.
+/// The lines laid out in the container, including the empty line at the end of the text; no lines for an empty text.
 std::vector<CaretLine> caretLines(const NSLayoutManager& layoutManager, const NSTextContainer& container);
 
-/// The line that shows the place. `lines` is not empty.
+/// The line that shows the place. `lines` must not be empty.
 size_t lineOfCaret(const std::vector<CaretLine>& lines, CaretPlace place);
-/// The line at a height, or the one nearest to it. `lines` is not empty.
+/// The line at a height, or the nearest one. `lines` must not be empty.
 size_t lineAtY(const std::vector<CaretLine>& lines, float y);
 
-/// The rectangles that show a selection, of neighbouring clusters one: in mixed directions a line may have several.
+/// The rectangles of a selection, merged over adjacent clusters; with mixed directions a line may have several.
 std::vector<NSRect> selectionRects(const std::vector<CaretLine>& lines, Range selection);
 
 }  // namespace qz

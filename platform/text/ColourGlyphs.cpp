@@ -20,7 +20,7 @@ namespace {
 
 constexpr uint16_t kForegroundIndex = 0xFFFF;
 
-/// A bitmap glyph and where it lies: `fromPixels` leads from its pixels, y downward, to font units.
+/// A bitmap glyph and its place: `fromPixels` maps its pixels, y downward, to font units.
 struct BitmapGlyph {
     Ref<NSBitmapImageRep> bitmap;
     NSAffineTransform fromPixels;
@@ -52,14 +52,14 @@ CoverageMask alphaOf(const NSBitmapImageRep& bitmap) {
     return mask;
 }
 
-// The longer of the images of the axes' unit vectors.
+// The length of the longer transformed unit vector.
 double scaleOf(const NSAffineTransform& t) {
     return std::max(std::hypot(t.m11, t.m12), std::hypot(t.m21, t.m22));
 }
 
 }  // namespace
 
-/// The font as FreeType sees it, opened when the first glyph is asked for.
+/// The FreeType font, opened for the first glyph.
 class ColourGlyphs::Source {
 public:
     Source(std::span<const uint8_t> file, int index, double unitsPerEm)
@@ -91,7 +91,7 @@ public:
         if (!open()) return {};
         std::optional<NSBezierPath> shown = paintedOutlines(glyph);
         if (!shown) {
-            // A picture fades out beyond its silhouette.
+            // A picture may fade out beyond its silhouette.
             const BitmapGlyph found = bitmapGlyph(glyph, scaleOf(toDevice) * unitsPerEm_);
             if (!found.bitmap) return {};
             shown = NSBezierPath::bezierPathWithRect({{0, 0}, found.bitmap->size()});
@@ -119,7 +119,7 @@ private:
     bool open() {
         if (isOpened_) return face_ != nullptr;
         const auto size = static_cast<FT_Long>(file_.size());
-        // The library may be there from a time when memory ran out behind it.
+        // The library may exist already if memory ran out after it was made.
         const bool isFont = (library_ || succeeded(FT_Init_FreeType(&library_))) &&
                             succeeded(FT_New_Memory_Face(library_, file_.data(), size, index_, &face_));
         isOpened_ = true;
@@ -166,7 +166,7 @@ private:
     }
     bool hasLayers(NSGlyph glyph) const { return !layersOf(glyph).empty(); }
 
-    // None when the glyph has neither paints nor layers.
+    // No value if the glyph has neither paints nor layers.
     std::optional<NSBezierPath> paintedOutlines(NSGlyph glyph) {
         if (auto outlines = paints({}).silhouetteOfGlyph(glyph)) return outlines;
         if (!hasLayers(glyph)) return std::nullopt;
@@ -186,8 +186,7 @@ private:
         return !layers.empty();
     }
 
-    // The smallest strike of at least so many pixels to the em, or the largest: making a picture smaller keeps it
-    // sharp.
+    // The smallest strike with at least `pixelsPerEm`, or else the largest, since scaling down keeps a picture sharp.
     BitmapGlyph bitmapGlyph(NSGlyph glyph, double pixelsPerEm) {
         FT_Int best = -1;
         for (FT_Int i = 0; i < face_->num_fixed_sizes; ++i) {
@@ -210,7 +209,7 @@ private:
     std::mutex mutex_;
     const std::span<const uint8_t> file_;
     const int index_;
-    // FreeType gives none for a font of bitmaps alone.
+    // FreeType does not report it for bitmap-only fonts.
     const double unitsPerEm_;
     bool isOpened_ = false;
     FT_Library library_ = nullptr;

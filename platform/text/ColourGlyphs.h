@@ -9,24 +9,25 @@
 
 namespace qz {
 
-/// The glyphs of a font that have colours of their own: layers of outlines with a palette (COLR version 0), graphs of
-/// paints (COLR version 1), or bitmaps (CBDT, sbix). SVG documents are not drawn: such a glyph shows its plain outline.
+/// The colour glyphs of a font: outline layers with a palette (COLR version 0), paint graphs (COLR version 1), or
+/// bitmaps (CBDT, sbix). SVG glyphs are not supported and show their plain outlines.
 ///
-/// Lengths are in font units with y growing upward. May be used from several threads; takes one lock per font.
+/// Lengths are in font units with y growing upward. May be used from several threads; locks once per font.
 class ColourGlyphs {
 public:
-    /// `file` outlives this; nothing is read before the first glyph is asked for.
+    /// `file` must outlive this object. Nothing is read until the first glyph is requested.
     ColourGlyphs(std::span<const uint8_t> file, int index, double unitsPerEm);
     ~ColourGlyphs();
 
     bool hasGlyph(NSGlyph glyph) const;
-    /// The border of what the glyph shows: the outlines it paints, or the traced edge of its largest bitmap. Empty for
-    /// a glyph without colours.
+    /// The border of the visible glyph: its painted outlines, or the traced edge of its largest bitmap. Empty for a
+    /// glyph without colours.
     NSBezierPath silhouette(NSGlyph glyph) const;
-    /// The box of what the glyph shows, in the space that `toDevice` leads to; empty for a glyph without colours.
+    /// The box of the visible glyph, transformed by `toDevice`; empty for a glyph without colours.
     DeviceBox bounds(NSGlyph glyph, const NSAffineTransform& toDevice) const;
-    /// What of the glyph falls into `box`, pixels of a space that `toDevice` leads to; premultiplied RGBA. `foreground`
-    /// serves paints that ask for the text's colour. None for a glyph without colours, or without memory.
+    /// The part of the glyph, transformed by `toDevice`, inside the pixels of `box`, as premultiplied RGBA.
+    /// `foreground` is used for paints that request the text's colour. Null for a glyph without colours, or if memory
+    /// has run out.
     Ref<NSBitmapImageRep> picture(NSGlyph glyph, const NSAffineTransform& toDevice, StraightColor foreground,
                                   const PixelRect& box) const;
 

@@ -9,7 +9,7 @@ namespace {
 
 using Point = NSBezierPath::Point;
 
-// Formats of paints. Each but these and the composite is followed by its variable form, which begins alike.
+// Paint formats. All except these and the composite are followed by their variable form, which starts the same way.
 enum Format {
     layers = 1,
     solid = 2,
@@ -43,8 +43,8 @@ NSAffineTransform around(Point centre, NSAffineTransform transform) {
     return transform;
 }
 
-// The end of the line of colours: they run from p0 towards p1 and are the same along every line parallel to that from
-// p0 to p2, so only the part of p1 - p0 that is square to it counts.
+// The end of the colour line: colours run from p0 towards p1 and are constant along lines parallel to p0-p2, so only
+// the component of p1 - p0 perpendicular to it counts.
 Point endOfLine(Point p0, Point p1, Point p2) {
     const double x = -(p2.y - p0.y), y = p2.x - p0.x, square = x * x + y * y;
     if (square == 0) return p1;
@@ -92,7 +92,7 @@ uint64_t ColourPaint::paintOfGlyph(uint32_t glyph) const {
     constexpr uint64_t kListOffset = 14, kCountBytes = 4, kRecordBytes = 6;
     const uint64_t list = number(kListOffset, 4);
     if (number(0, 2) < 1 || list == 0) return 0;
-    // Records in the order of their glyphs.
+    // Records are sorted by glyph.
     for (uint64_t low = 0, high = number(list, 4); low < high;) {
         const uint64_t middle = (low + high) / 2, record = list + kCountBytes + kRecordBytes * middle;
         const uint32_t found = number(record, 2);
@@ -161,7 +161,7 @@ void ColourPaint::walkLayers(uint64_t paint, const NSAffineTransform& toRoot, in
 void ColourPaint::walkOutline(uint64_t paint, const NSAffineTransform& toRoot, int depth) {
     NSBezierPath outline = outlines_(number(paint + 4, 2));
     if (!canvas_) {
-        // What lies inside is cut to this outline, so nothing of it reaches farther.
+        // The content is clipped to this outline, so it cannot extend further.
         outline.transformUsingAffineTransform(toRoot);
         const bool isMirrored = toRoot.m11 * toRoot.m22 < toRoot.m12 * toRoot.m21;
         return silhouette_.appendBezierPath(isMirrored ? outline.bezierPathByReversingPath() : outline);
@@ -202,7 +202,7 @@ void ColourPaint::walkComposite(uint64_t paint, const NSAffineTransform& toRoot,
 
 std::optional<NSAffineTransform> ColourPaint::transformOf(uint64_t paint, int format) const {
     const uint64_t values = paint + 4;
-    // Angles are kept as parts of half a turn.
+    // Angles are stored as fractions of half a turn.
     const auto angle = [&](uint64_t offset) { return fixed16(offset) * std::numbers::pi; };
     switch (format) {
         case Format::matrix: {
@@ -262,7 +262,7 @@ std::optional<Gradient> ColourPaint::gradientOf(uint64_t paint, int format) cons
         case Format::sweep:
             gradient.kind = Gradient::Kind::sweep;
             gradient.start = pointAt(values);
-            // These angles are kept less half a turn, so that a whole one fits the numbers.
+            // These angles are stored minus half a turn, so that a full turn fits the format.
             gradient.startAngle = (fixed16(values + 4) + 1) * std::numbers::pi;
             gradient.endAngle = (fixed16(values + 6) + 1) * std::numbers::pi;
             break;

@@ -9,26 +9,25 @@
 
 namespace qz {
 
-/// Walks the graph of paints of a COLR version 1 glyph (OpenType 1.9, "COLR - Color Table"). Font units, y upward.
+/// Walks the paint graph of a COLR version 1 glyph (OpenType 1.9, "COLR - Color Table"). Font units, y upward.
 ///
 /// Reads the table itself: Debian 12 builds FreeType without its interface to version 1 graphs, and HarfBuzz has one
-/// from 7.0 on. Variable paints are those of the font's default instance. A font may nest paints without end, or name
-/// the same ones again and again: the depth and the number of paints are bounded, and what lies beyond, or outside the
-/// table, is left out.
+/// from 7.0 on. Variable paints use the font's default instance. Since a font may nest paints endlessly, or reuse them
+/// again and again, their depth and number are bounded; anything beyond, or outside the table, is left out.
 class ColourPaint {
 public:
-    /// A colour of the palette by its index; 0xFFFF is the text's own.
+    /// A colour of the palette by index; 0xFFFF is the text's colour.
     using Palette = std::function<StraightColor(uint16_t)>;
     using Outlines = std::function<NSBezierPath(uint32_t glyph)>;
 
-    /// `table` outlives this.
+    /// `table` must outlive this object.
     ColourPaint(std::span<const uint8_t> table, Palette palette, Outlines outlines)
         : table_(table), palette_(std::move(palette)), outlines_(std::move(outlines)) {}
 
     bool hasGlyph(uint32_t glyph) const { return paintOfGlyph(glyph) != 0; }
-    /// False when the glyph has no paints.
+    /// Returns false if the glyph has no paints.
     bool paintGlyph(uint32_t glyph, PictureCanvas& canvas);
-    /// The outlines of everything that is painted; empty if the glyph has no paints.
+    /// The outlines of everything painted; no value if the glyph has no paints.
     std::optional<NSBezierPath> silhouetteOfGlyph(uint32_t glyph);
 
 private:
@@ -42,10 +41,10 @@ private:
     double fixed32(uint64_t offset) const;  ///< 16.16
     NSBezierPath::Point pointAt(uint64_t offset) const;
     StraightColor colorAt(uint64_t offset) const;
-    /// The place of a paint or table that a paint names by a distance from its own start; 0 if it names nothing.
+    /// The offset of a paint or table that a paint refers to relative to its own start; 0 if there is none.
     uint64_t childOf(uint64_t paint, uint64_t offset) const;
 
-    /// All places of paints count from the start of the table; 0 stands for no paint.
+    /// Offsets of paints count from the start of the table; 0 means no paint.
     uint64_t paintOfGlyph(uint32_t glyph) const;
     bool walkGlyph(uint32_t glyph);
     void walk(uint64_t paint, const NSAffineTransform& toRoot, int depth);
@@ -60,7 +59,7 @@ private:
     const std::span<const uint8_t> table_;
     const Palette palette_;
     const Outlines outlines_;
-    // What the walk is for: a picture, or without one the silhouette.
+    // The picture to paint; if null, the walk collects the silhouette.
     PictureCanvas* canvas_ = nullptr;
     NSBezierPath silhouette_;
     int paintsLeft_ = 0;

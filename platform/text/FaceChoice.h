@@ -9,15 +9,14 @@
 
 namespace qz {
 
-/// A font, and what has to be made of it.
+/// A font and the synthesis that it needs.
 struct FaceChoice {
     const InstalledFont* font;
     FontSynthesis synthesis;
 };
 
-/// The fonts of a family, the one that comes nearest to the look of `font` with these traits first. Its width is kept,
-/// and its weight and slant as far as the traits allow; a real bold face that has to be slanted comes before an italic
-/// one that has to be emboldened.
+/// The fonts of a family, sorted by closeness to `font` with these traits. Prefers its width, and its weight and slant
+/// as far as the traits allow; a real bold face that needs slanting comes before an italic one that needs emboldening.
 std::vector<FaceChoice> facesWithTraits(const InstalledFont& font, FontTraits traits,
                                         std::span<const InstalledFont* const> family);
 

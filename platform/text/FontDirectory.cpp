@@ -21,7 +21,7 @@ std::string endingOf(const fs::path& file) {
     return ending;
 }
 
-/// The files below a folder, in an order that does not depend on the file system.
+/// The files in a folder and its subfolders, in an order that does not depend on the file system.
 std::vector<fs::path> filesBelow(const std::string& directory, std::error_code& error) {
     std::vector<fs::path> files;
     fs::recursive_directory_iterator entry(directory, error);
@@ -51,7 +51,7 @@ bool addFontDirectory(FcConfig* config, const std::string& directory, std::vecto
     for (const fs::path& file : files) {
         const std::string ending = endingOf(file);
         if (std::ranges::find(kOtherFontEndings, ending) != kOtherFontEndings.end()) {
-            problems.push_back({file.string(), "fonts of this kind are not read; convert it to .ttf or .otf"});
+            problems.push_back({file.string(), "fonts of this kind are not supported; convert it to .ttf or .otf"});
         }
         if (std::ranges::find(kFontEndings, ending) == kFontEndings.end()) continue;
         const int fonts = addedFonts(config);
@@ -60,7 +60,7 @@ bool addFontDirectory(FcConfig* config, const std::string& directory, std::vecto
             problems.push_back({file.string(), "cannot be read as a font and is left out"});
         }
     }
-    if (addedFonts(config) == before) problems.push_back({directory, "holds no font that can be used"});
+    if (addedFonts(config) == before) problems.push_back({directory, "has no usable font"});
     return true;
 }
 

@@ -26,10 +26,9 @@ namespace {
 
 // Points to the right for each point above the baseline, 12 degrees.
 constexpr float kSyntheticSlant = 0.2126f;
-// Stems grow by so many parts of the em, half of it on either side; what is horizontal by half as much, as in bold
-// fonts.
+// Stems grow by this fraction of the em, half on either side, and horizontals by half as much, as in bold fonts.
 constexpr double kSyntheticBold = 1.0 / 24;
-// Rules of a font that has none, and the thickest that is taken for one, in parts of the em.
+// Default rules, and the greatest plausible thickness of a rule, as fractions of the em.
 constexpr double kUnderlineTop = -0.1, kStrikeThroughTop = 0.28, kRuleThickness = 0.05, kRuleThicknessMax = 0.25;
 
 std::span<const uint8_t> bytesOf(hb_blob_t* file) {
@@ -40,8 +39,8 @@ std::span<const uint8_t> bytesOf(hb_blob_t* file) {
 
 }  // namespace
 
-// The font as FreeType sees it. Every face has a FreeType library of its own: a shared one would need a lock of its own
-// whenever any face is opened or closed.
+// The FreeType font. Every face has its own FreeType library, since a shared one would need a lock whenever any face is
+// opened or closed.
 class FontFace::OutlineSource {
 public:
     ~OutlineSource() {
@@ -73,18 +72,18 @@ public:
         return path;
     }
 
-    /// Whether some glyph could not be read so far.
+    /// Whether some glyph could not be read.
     bool hasDamage() const { return hasDamage_; }
     bool isDamaged(NSGlyph glyph) {
         const std::lock_guard lock(mutex_);
         return damaged_.contains(glyph);
     }
-    /// True for the first caller after a glyph could not be read.
+    /// Returns true to the first caller after a glyph could not be read.
     bool mustReportDamage() { return hasDamage_ && !isDamageReported_.exchange(true); }
 
 private:
     static constexpr size_t kPointsHeldMax = 1 << 18;  // 4 MiB
-    static constexpr size_t kPointsPerEntry = 16;      // what an entry takes besides its points, in points
+    static constexpr size_t kPointsPerEntry = 16;      // the overhead of an entry, as a number of points
 
     NSBezierPath load(NSGlyph glyph, const ColourGlyphs* colourGlyphs) {
         if (colourGlyphs && colourGlyphs->hasGlyph(glyph)) return colourGlyphs->silhouette(glyph);
@@ -105,7 +104,7 @@ private:
 
     void embolden(FT_Outline& outline) const {
         const auto growth = static_cast<FT_Pos>(std::lround(kSyntheticBold * face_->units_per_EM));
-        // It leaves the left and the lower side where they are.
+        // This keeps the left and lower sides in place.
         if (succeeded(FT_Outline_EmboldenXY(&outline, growth, growth / 2))) {
             FT_Outline_Translate(&outline, -growth / 2, -growth / 4);
         }
@@ -134,7 +133,8 @@ FontFace::FontFace(const InstalledFont& font, FontSynthesis synthesis, HarfBuzzR
     if (isOpen) {
         outlines_ = std::move(outlines);
         glyphCount_ = hb_face_get_glyph_count(tables.get());
-        // Where the header's value is out of range the two libraries part; outlines and advances must share one scale.
+        // The two libraries disagree if the header's value is out of range, but outlines and advances must share one
+        // scale.
         if (const FT_UShort units = outlines_->face()->units_per_EM; units > 0) hb_face_set_upem(tables.get(), units);
         unitsPerEm_ = hb_face_get_upem(tables.get());
         metrics_ = readMetrics();
@@ -146,7 +146,7 @@ FontFace::FontFace(const InstalledFont& font, FontSynthesis synthesis, HarfBuzzR
     shaper_.reset(hb_font_create(tables.get()));
     if (shaper_.get() == hb_font_get_empty()) throw std::bad_alloc();
     if (instance > 0) hb_font_set_var_named_instance(shaper_.get(), instance - 1);
-    // Marks that stand higher lean over as far as the letters do.
+    // Marks placed higher lean as much as the letters.
     if (synthesis.italic) hb_font_set_synthetic_slant(shaper_.get(), kSyntheticSlant);
     hb_font_make_immutable(shaper_.get());
 }
@@ -169,7 +169,7 @@ FontFace::Metrics FontFace::readMetrics() const {
     const FT_Face face = outlines_->face();
     const auto* const os2 = static_cast<const TT_OS2*>(FT_Get_Sfnt_Table(face, FT_SFNT_OS2));
     const auto* const hhea = static_cast<const TT_HoriHeader*>(FT_Get_Sfnt_Table(face, FT_SFNT_HHEA));
-    // Version 0xFFFF is FreeType's mark of a table that is missing.
+    // FreeType marks a missing table with version 0xFFFF.
     const bool hasOs2 = os2 && os2->version != 0xFFFF;
 
     double ascender = 0.8 * unitsPerEm_;
@@ -187,7 +187,7 @@ FontFace::Metrics FontFace::readMetrics() const {
         ascender = os2->usWinAscent;
         descender = -static_cast<double>(os2->usWinDescent);
     }
-    // Some fonts give the descent without its sign.
+    // Some fonts store the descent without its sign.
     return {ascender, -std::abs(descender), std::max(lineGap, 0.0)};
 }
 
@@ -196,7 +196,7 @@ FontFace::Rule FontFace::rule(unsigned int topTag, unsigned int thicknessTag, Ru
     hb_ot_metrics_get_position(shaper_.get(), static_cast<hb_ot_metrics_tag_t>(topTag), &top);
     hb_ot_metrics_get_position(shaper_.get(), static_cast<hb_ot_metrics_tag_t>(thicknessTag), &thickness);
     const bool isThickness = thickness > 0 && thickness <= kRuleThicknessMax * unitsPerEm_;
-    // On the wrong side of the baseline, or farther from it than a letter reaches, it is no place.
+    // A position on the wrong side of the baseline, or farther from it than letters reach, is invalid.
     const bool isTop = top != 0 && (top < 0) == (otherwise.top < 0) && std::abs(top) < unitsPerEm_;
     return {isTop ? top : otherwise.top * unitsPerEm_, isThickness ? thickness : otherwise.thickness * unitsPerEm_};
 }
@@ -228,9 +228,9 @@ bool FontFace::isGlyphDamaged(NSGlyph glyph) const {
     if (glyph >= glyphCount_) return false;
     outlines_->outline(glyph, colourGlyphs_.get());
     if (!outlines_->hasDamage()) return false;
-    // Outside the outlines' lock, since a log hook may well ask for an outline.
+    // Outside the outlines' lock, since a log hook may request an outline.
     if (outlines_->mustReportDamage()) {
-        NSLog("%@: glyph %i of \"%@\" is damaged, and others may be; other fonts stand in, install the font again\n",
+        NSLog("%@: glyph %i of \"%@\" is damaged, and others may be; other fonts are used, so reinstall the font\n",
               {installedFont_.path, static_cast<int32_t>(glyph), installedFont_.fontName});
     }
     return outlines_->isDamaged(glyph);
@@ -238,12 +238,12 @@ bool FontFace::isGlyphDamaged(NSGlyph glyph) const {
 
 bool FontFace::canShow(char32_t character) const {
     const NSGlyph glyph = glyphForCharacter(character);
-    // Once a glyph has turned out to be damaged, each is looked at before it is relied on.
+    // Once one glyph is known to be damaged, check each glyph before relying on it.
     return glyph != 0 && !(outlines_->hasDamage() && isGlyphDamaged(glyph));
 }
 
 void FontFace::checkGlyphs(std::u16string_view text) const {
-    // A long text has few characters, many times each.
+    // A long text repeats few characters.
     std::bitset<0x10000> isChecked;
     for (size_t i = 0; i < text.size();) {
         const char32_t character = nextCharacter(text, i);
@@ -257,7 +257,7 @@ void FontFace::checkGlyphs(std::u16string_view text) const {
 
 bool FontFace::showsLetters() const {
     if (hasColourGlyphs_ || !FT_IS_SCALABLE(outlines_->face())) return true;
-    // Letters of the scripts that most fonts are made for; a font of none of them is taken on trust.
+    // Letters of the most common scripts; fonts with none of them are not checked.
     constexpr std::u32string_view kLetters = U"AHeno\u0414\u03A9\u05D0\u0627\u0915\u0E01\u3042\u4E00\uAC00";
     bool hasLetters = false;
     for (const char32_t letter : kLetters) {

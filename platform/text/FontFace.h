@@ -23,35 +23,35 @@ struct HarfBuzzRelease {
 template <class T>
 using HarfBuzzRef = std::unique_ptr<T, HarfBuzzRelease>;
 
-/// An opened font without a size. Lengths are in font units, `unitsPerEm` to the font's size; y grows upward.
+/// An opened font without a size. Lengths are in font units, `unitsPerEm` per em; y grows upward.
 ///
-/// May be used from several threads: shaping and character lookup take no lock, outlines take one per face.
+/// May be used from several threads: shaping and character lookup need no lock, outlines lock once per face.
 class FontFace {
 public:
     struct Metrics {
         double ascender, descender, lineGap;
     };
-    /// A rule under text or through it: where its upper edge lies above the baseline, and its thickness.
+    /// A rule under or through text: the height of its upper edge above the baseline, and its thickness.
     struct Rule {
         double top, thickness;
     };
 
-    /// None when the file cannot be read, holds no such font, or has letters that all lack an outline, which is what a
-    /// damaged file looks like.
+    /// Returns null if the file cannot be read or does not have the font, or if none of its letters has an outline,
+    /// which indicates a damaged file.
     static std::shared_ptr<const FontFace> open(const InstalledFont& font, FontSynthesis synthesis = {});
-    /// A face whose only glyph, 0, is empty; for a machine without fonts.
+    /// A face whose only glyph, 0, is empty; for systems without fonts.
     static std::shared_ptr<const FontFace> withoutGlyphs();
     ~FontFace();
 
-    /// What the font library says of it; names and path are empty for the face without glyphs.
+    /// Its entry in the font library; names and path are empty for the face without glyphs.
     const InstalledFont& installedFont() const { return installedFont_; }
-    /// What has been made of the font; its outlines show it.
+    /// The synthesis applied to its outlines.
     FontSynthesis synthesis() const { return synthesis_; }
     double unitsPerEm() const { return unitsPerEm_; }
     uint32_t glyphCount() const { return glyphCount_; }
-    /// The descender is not above 0, the line gap not below.
+    /// The descender is never positive, the line gap never negative.
     const Metrics& metrics() const { return metrics_; }
-    /// As the font has them, or else as most fonts do.
+    /// The font's own rules, or else the usual ones.
     ///@{
     Rule underline() const;
     Rule strikeThrough() const;
@@ -59,22 +59,23 @@ public:
     /// Whether it has colour glyphs: layers, pictures or SVG documents.
     bool hasColourGlyphs() const { return hasColourGlyphs_; }
 
-    /// None when there are none.
+    /// Null if there are none.
     const ColourGlyphs* colourGlyphs() const { return colourGlyphs_.get(); }
 
-    /// 0 when the font lacks the character.
+    /// Returns 0 if the font does not have the character.
     NSGlyph glyphForCharacter(char32_t character) const;
     /// Whether there is a glyph for the character that is not known to be damaged.
     bool canShow(char32_t character) const;
-    /// Reads the glyphs of the text's characters, so that `canShow` knows which are damaged.
+    /// Reads the glyphs of the text's characters, so that `canShow` detects damaged ones.
     void checkGlyphs(std::u16string_view text) const;
     /// As `NSFont::coversText`.
     bool coversText(std::u16string_view text) const;
     double advanceOfGlyph(NSGlyph glyph) const;
-    /// Unhinted, quadratic curves raised to cubics; of a colour glyph the border of what it shows. Empty for a glyph
-    /// without an outline.
+    /// Unhinted, with quadratic curves raised to cubics; for a colour glyph, the border of its visible area. Empty for
+    /// a glyph without an outline.
     std::shared_ptr<const NSBezierPath> outlineOfGlyph(NSGlyph glyph) const;
-    /// Whether the outline cannot be read; the log tells of the first one of a face, and `canShow` knows from then on.
+    /// Whether the outline cannot be read. The first damaged glyph of a face is logged, and `canShow` checks from then
+    /// on.
     bool isGlyphDamaged(NSGlyph glyph) const;
 
     /// For shaping; one unit of its scale is a font unit. Immutable.
@@ -93,7 +94,7 @@ private:
     const InstalledFont installedFont_;
     const FontSynthesis synthesis_;
     HarfBuzzRef<hb_blob_t> file_;
-    std::unique_ptr<OutlineSource> outlines_;  // none: the file cannot be used
+    std::unique_ptr<OutlineSource> outlines_;  // null if the file cannot be used
     std::unique_ptr<const ColourGlyphs> colourGlyphs_;
     HarfBuzzRef<hb_font_t> shaper_;
     double unitsPerEm_ = 1000;

@@ -19,7 +19,7 @@ namespace {
 
 constexpr size_t kRankingsMax = 64;
 constexpr size_t kAnswersMax = 8192;
-// A longer text is looked up each time.
+// Longer texts are not cached.
 constexpr size_t kRememberedUnitsMax = 64;
 
 UScriptCode scriptOf(char32_t character) {
@@ -28,7 +28,7 @@ UScriptCode scriptOf(char32_t character) {
     return U_FAILURE(error) ? USCRIPT_UNKNOWN : script;
 }
 
-// The first of the languages, as BCP 47 tags, whose usual characters include all Han ones of the text.
+// The first language, as a BCP 47 tag, whose usual characters include all Han characters of the text.
 const char* languageOfHan(std::u16string_view text) {
     constexpr struct {
         const char *tag, *fontconfigName;
@@ -45,7 +45,7 @@ const char* languageOfHan(std::u16string_view text) {
     return "ja";
 }
 
-// A language of the first script that tells something, as a BCP 47 tag. Han alone tells little.
+// A language, as a BCP 47 tag, for the first script that suggests one. Han alone suggests little.
 std::string languageOfText(std::u16string_view text) {
     bool hasHan = false;
     for (size_t i = 0; i < text.size();) {
@@ -59,7 +59,7 @@ std::string languageOfText(std::u16string_view text) {
     return hasHan ? languageOfHan(text) : "en";
 }
 
-// Whether some character of the text is of a script that the language is written in.
+// Whether some character of the text belongs to a script of the language.
 bool isWrittenIn(const icu::Locale& language, std::u16string_view text) {
     constexpr int kScriptsMax = 8;
     std::array<UScriptCode, kScriptsMax> scripts = {};
@@ -70,10 +70,10 @@ bool isWrittenIn(const icu::Locale& language, std::u16string_view text) {
         const auto character = static_cast<UChar32>(nextCharacter(text, i));
         for (int32_t k = 0; k < count; ++k) {
             const UScriptCode script = scripts[static_cast<size_t>(k)];
-            // Characters know no difference between the forms of Han.
+            // Characters do not distinguish between the forms of Han.
             const bool isHan = script == USCRIPT_SIMPLIFIED_HAN || script == USCRIPT_TRADITIONAL_HAN;
             const UScriptCode known = isHan ? USCRIPT_HAN : script;
-            // Also one that several scripts share, such as the Japanese length mark.
+            // Or one that several scripts share, such as the Japanese length mark.
             if (known > USCRIPT_INHERITED && uscript_hasScript(character, known)) return true;
         }
     }
@@ -88,10 +88,10 @@ icu::Locale localeOf(const std::string& tag) {
     return locale;
 }
 
-// Fontconfig knows a language by its code, and tells the forms of Chinese apart by country.
+// Fontconfig uses language codes, and distinguishes the forms of Chinese by country.
 std::string fontconfigLanguage(std::string_view language, std::u16string_view text) {
     icu::Locale locale = localeOf(std::string(language));
-    // A language says nothing about a text of another script: a foreign name in a title, say.
+    // A language does not apply to text of another script, such as a foreign name in a title.
     if (language.empty() || locale.isBogus() || !isWrittenIn(locale, text)) locale = localeOf(languageOfText(text));
     if (locale.isBogus() || *locale.getLanguage() == '\0') return "en";
     const std::string code = locale.getLanguage();
@@ -99,7 +99,7 @@ std::string fontconfigLanguage(std::string_view language, std::u16string_view te
     return code == "zh" ? code + "-" + locale.getCountry() : code;
 }
 
-// How much of a text a font must serve, from the best on.
+// How much of a text a font must cover, in descending order of preference.
 enum class Demand { everyCharacterInItsForm, everyCharacter, firstCharacter };
 
 bool meets(Demand demand, std::u16string_view text, bool hasColourGlyphs,
@@ -123,7 +123,7 @@ bool meets(Demand demand, std::u16string_view text, const FontFace& face) {
 
 }  // namespace
 
-// The usable fonts in the order in which they suit a font and a language. Finding it takes Fontconfig milliseconds.
+// The usable fonts in order of suitability for a font and a language. Computing it takes Fontconfig milliseconds.
 class FontFallback::Ranking {
 public:
     [[gnu::visibility("hidden")]] Ranking(FontLibrary& library, FcConfig* config, const InstalledFont& look,
@@ -141,25 +141,25 @@ public:
         FcDefaultSubstitute(wish.get());
         FcResult result = FcResultMatch;
         set_.reset(FcFontSort(config, wish.get(), FcFalse, nullptr, &result));
-        // Of no fonts at all it makes an empty set.
+        // Without any fonts it makes an empty set.
         if (!set_) throw std::bad_alloc();
         for (int i = 0; i < set_->nfont; ++i) addCandidate(set_->fonts[i], language);
-        // "Noto Sans Arabic" goes with "Noto Sans" better than whatever a machine prefers for Arabic.
+        // "Noto Sans Arabic" matches "Noto Sans" better than the system's preference for Arabic.
         const std::string family = look.familyName + " ";
         std::stable_partition(candidates_.begin(), candidates_.end(),
                               [&](const Candidate& c) { return c.font->familyName.starts_with(family); });
-        // Who gives a folder of fonts means them to be used, before any that happens to be on the machine; but Japanese
-        // does not want Chinese letters for that.
+        // Fonts in given folders should be used before any that happen to be installed, but Japanese must not get
+        // Chinese letter forms.
         std::stable_partition(candidates_.begin(), candidates_.end(),
                               [](const Candidate& c) { return c.isAddedForLanguage; });
-        // Some colour fonts have plain symbols too. Emoji find them at the end as well: no other font serves those.
+        // Some colour fonts have plain symbols too. Emoji still find them at the end, since no other font has emoji.
         std::stable_partition(candidates_.begin(), candidates_.end(),
                               [](const Candidate& c) { return !c.font->isColour; });
     }
 
     const InstalledFont* bestFont(Demand demand, std::u16string_view text) const {
         for (const Candidate& candidate : candidates_) {
-            // What the character set tells spares opening most files; the font itself has the last word.
+            // Checking the character set avoids opening most files; the font itself decides.
             const auto listed = [&](char32_t c) { return FcCharSetHasChar(candidate.characters, c) == FcTrue; };
             if (!meets(demand, text, candidate.font->isColour, listed)) continue;
             const auto face = library_.face(*candidate.font);
@@ -243,7 +243,7 @@ Ref<NSFont> fontForText(const Ref<NSFont>& font, std::u16string_view text, std::
     const auto withTraits = [&](const InstalledFont& of) {
         return traits.isEmpty() ? nullptr : library.faceWithTraits(of, traits, text);
     };
-    // The italic face of a family may have fewer characters than the regular one, which is slanted then.
+    // The italic face of a family may have fewer characters than the regular one, which is then slanted.
     std::shared_ptr<const FontFace> face = withTraits(font->face().installedFont());
     const InstalledFont* const other = face ? nullptr : library.fallback().fontForText(font->face(), text, language);
     if (other) face = withTraits(*other);

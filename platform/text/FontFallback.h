@@ -16,16 +16,16 @@ namespace qz {
 class FontLibrary;
 struct InstalledFont;
 
-/// Finds fonts of a library for text that the font asked for lacks, in Fontconfig's order of preference.
+/// Finds fonts in a library for text missing from the requested font, in Fontconfig's order of preference.
 ///
-/// Remembers what it found for a face, a text and a language. May be used from several threads: a lock guards that
-/// memory, but is not held while fonts are opened, since a log hook may then ask for a font again.
+/// Caches the result for a face, a text and a language. May be used from several threads: a lock guards the cache, but
+/// is not held while fonts are opened, since a log hook may then request a font.
 class FontFallback {
 public:
-    /// `config` is the one that the library lists, null for Fontconfig's own. Both outlive this object.
+    /// `config` is the configuration that the library lists, null for Fontconfig's own. Both must outlive this object.
     FontFallback(FontLibrary& library, FcConfig* config) : library_(library), config_(config) {}
 
-    /// Null if the face itself serves best, or no font serves. `language` is a BCP 47 tag or empty.
+    /// Returns null if the face itself is best or no font is suitable. `language` is a BCP 47 tag or empty.
     const InstalledFont* fontForText(const FontFace& face, std::u16string_view text, std::string_view language);
 
 private:
@@ -43,10 +43,10 @@ private:
 };
 
 /// A font at the size of `font` that covers the text (one or more clusters) in the sense of `NSFont::coversText`:
-/// `font` itself if it does, else the font of its library that looks most like it. If no font covers the whole text,
-/// the first that covers its first character, else `font`. `language` is a BCP 47 tag that decides among fonts for the
-/// scripts in which the language is written; for other scripts the characters of the text suggest a language, and Han
-/// without any hint counts as Japanese. May be used from several threads.
+/// `font` itself if it does, else the most similar font of its library. If no font covers the whole text, the first one
+/// that covers its first character, else `font`. `language` is a BCP 47 tag that affects only the scripts of that
+/// language; for other scripts the text's characters suggest a language, and Han without any hint counts as Japanese.
+/// May be used from several threads.
 Ref<NSFont> fontForText(const Ref<NSFont>& font, std::u16string_view text, std::string_view language = {});
 
 }  // namespace qz

@@ -11,8 +11,8 @@ namespace qz {
 namespace {
 
 constexpr float kDefaultPointSize = 12.0f;
-// How far ahead a fallback font is asked to serve: enough to tell Japanese from Chinese, little enough to be
-// remembered.
+// How far ahead a fallback font should cover the text: enough to tell Japanese from Chinese, but short enough to be
+// cached.
 constexpr uint32_t kUnitsAheadMax = 24;
 
 uint32_t clusterEnd(const std::vector<uint8_t>& clusters, uint32_t start) {
@@ -42,7 +42,7 @@ public:
     }
 
 private:
-    /// A stretch of clusters that one font serves, before stretches of neutral ones join their neighbours.
+    /// A stretch of clusters covered by one font, before neutral stretches join their neighbours.
     struct Piece {
         uint32_t end;
         Ref<NSFont> font;
@@ -51,11 +51,11 @@ private:
 
     bool goesOnServing(std::u16string_view cluster) const {
         if (!fallback_ || !fallback_->coversText(cluster)) return false;
-        // A symbol that happens to follow an emoji is no emoji for that.
+        // A symbol does not become an emoji by following one.
         return !fallback_->face().hasColourGlyphs() || hasEmojiForm(cluster);
     }
 
-    /// A font for the cluster, best one for the clusters behind it as well.
+    /// A font for the cluster, preferably one that also covers the following clusters.
     Ref<NSFont> fallbackFont(uint32_t start, uint32_t end) const {
         uint32_t stretchEnd = end;
         while (stretchEnd < text_.size()) {
@@ -76,13 +76,13 @@ private:
             pieces_.push_back({end, font, isNeutral});
     }
 
-    /// The font of the pieces round a neutral one when that is one fallback font that can show it.
+    /// The font of the pieces around a neutral one, if it is a single fallback font that can show it.
     const Ref<NSFont>& servingFont(size_t index, uint32_t start) const {
         const Piece& piece = pieces_[index];
         if (!piece.isNeutral || index == 0 || index + 1 == pieces_.size()) return piece.font;
         const Ref<NSFont>& around = pieces_[index - 1].font;
         const bool isOne = pieces_[index + 1].font->isEqual(*around) && !around->isEqual(*font_);
-        // The digits of an emoji font are parts of keycaps.
+        // Digits in an emoji font are parts of keycaps.
         return isOne && !around->face().hasColourGlyphs() && around->coversText(text_.substr(start, piece.end - start))
                    ? around
                    : piece.font;
@@ -117,7 +117,7 @@ Ref<NSFont> defaultFont(const NSFont::Library& library) {
 }
 
 std::vector<FontStretch> fontsForText(const Ref<NSFont>& font, std::u16string_view text, std::string_view language) {
-    // What is drawn later would show that a glyph is damaged, but too late for another font to serve.
+    // Drawing would detect a damaged glyph too late for choosing another font.
     font->face().checkGlyphs(text);
     if (font->coversText(text)) return {{static_cast<uint32_t>(text.size()), font}};
     return FontChoice(font, text, language).stretches();

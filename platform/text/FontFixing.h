@@ -7,18 +7,18 @@
 
 namespace qz {
 
-/// The font of text that names no font.
+/// The font of text without one.
 Ref<NSFont> defaultFont(const NSFont::Library& library = {});
 
-/// The font that serves a stretch of text, which begins where the one before ends.
+/// The font of a stretch of text, which begins at the end of the previous stretch.
 struct FontStretch {
     uint32_t end;
     Ref<NSFont> font;
 };
 
-/// The fonts for a text that asks for `font`: that font wherever it has the characters, and elsewhere as few others of
-/// its library as possible. Blanks, digits and punctuation between two stretches of one such font are set in it as
-/// well. Fonts change only between grapheme clusters, and neighbouring stretches have different fonts. `language` is a
+/// The fonts for a text that requests `font`: that font wherever it has the characters, and elsewhere as few
+/// substitutes from its library as possible. Blanks, digits and punctuation between two stretches of one substitute use
+/// it too. Fonts change only between grapheme clusters, and adjacent stretches have different fonts. `language` is a
 /// BCP 47 tag or empty.
 std::vector<FontStretch> fontsForText(const Ref<NSFont>& font, std::u16string_view text,
                                       std::string_view language = {});

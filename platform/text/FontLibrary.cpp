@@ -30,7 +30,7 @@ std::string folded(std::string_view name) {
     return key;
 }
 
-// How far a font is from the regular one of a family; upright comes before width, and width before weight.
+// The distance of a font from the regular one of a family; slant matters more than width, and width more than weight.
 auto distanceFromRegular(const InstalledFont& font) {
     return std::tuple(font.slant != FC_SLANT_ROMAN, std::abs(font.width - FC_WIDTH_NORMAL),
                       std::abs(font.weight - FC_WEIGHT_REGULAR));
@@ -53,7 +53,7 @@ public:
 
     const std::vector<InstalledFont>& fonts() const { return fonts_; }
 
-    /// The fonts with a name, the best first; empty if no font has it.
+    /// The fonts with a name, the best first; empty if there are none.
     std::span<const size_t> withName(std::string_view name) const {
         const std::string key = folded(name);
         for (const Names* names : {&postScriptNames_, &fullNames_, &familyStyleNames_, &familyNames_}) {
@@ -91,7 +91,7 @@ private:
         if (owners.empty() || owners.back() != font) owners.push_back(font);
     }
 
-    // A name that several fonts bear, as all of a family do, is that of the most regular one; of equals, the first.
+    // A name shared by several fonts, such as a family name, refers to the most regular one; of equals, the first.
     void sortByLook(Names& names) const {
         for (auto& [name, owners] : names) {
             std::ranges::stable_sort(owners, {}, [this](size_t font) { return distanceFromRegular(fonts_[font]); });
@@ -106,8 +106,8 @@ private:
         for (const std::string& name : listed.familyNames) claim(familyNames_, name, font);
     }
 
-    // Instances of a variable font may share every name but family-style, and a font may be installed twice; then the
-    // name leads to one that looks the same.
+    // Instances of a variable font may share every name except family-style. If a font is installed twice, the name
+    // finds one that looks the same.
     std::string distinguishingName(const InstalledFont& font) const {
         const std::string names[] = {font.postScriptName, font.fullName, font.familyName + "-" + font.styleName};
         const auto foundBy = [this](const std::string& name) {
@@ -132,16 +132,16 @@ private:
 };
 
 struct FontLibrary::Configuration {
-    FontconfigRef<FcConfig> config;  // null: Fontconfig's own
+    FontconfigRef<FcConfig> config;  // null means Fontconfig's own
 };
 
 struct FontLibrary::OpenedFace {
-    std::array<std::weak_ptr<const FontFace>, 4> faces;  // by what is made of it: bold 1, italic 2
+    std::array<std::weak_ptr<const FontFace>, 4> faces;  // by synthesis: bold 1, italic 2
     bool isRefused = false;
 };
 
 const std::shared_ptr<FontLibrary>& FontLibrary::shared() {
-    // Never destroyed: fonts may be asked for while other statics are torn down.
+    // Never destroyed: fonts may be requested while other statics are destroyed.
     static const auto& library =
         *new std::shared_ptr<FontLibrary>(new FontLibrary(std::make_unique<const Configuration>()));
     return library;
@@ -150,8 +150,7 @@ const std::shared_ptr<FontLibrary>& FontLibrary::shared() {
 std::shared_ptr<FontLibrary> FontLibrary::withDirectories(const std::vector<std::string>& directories,
                                                           std::vector<FontProblem>* problems) {
     auto configuration = std::make_unique<Configuration>();
-    // The current configuration is every library's, so this one gets a copy. Fontconfig is made ready by the shared
-    // one.
+    // The current configuration is shared, so this library gets a copy. `shared()` initialises Fontconfig.
     shared();
     configuration->config.reset(FcInitLoadConfigAndFonts());
     if (!configuration->config) throw std::bad_alloc();
@@ -211,14 +210,14 @@ std::shared_ptr<const FontFace> FontLibrary::face(const InstalledFont& font, Fon
         }
         opened.isRefused = true;
     }
-    // Outside the lock, since a log hook may well ask for a font.
+    // Outside the lock, since a log hook may request a font.
     NSLog("%@: cannot be read as a font; \"%@\" counts as not installed\n", {font.path, font.fontName});
     return {};
 }
 
 std::shared_ptr<const FontFace> FontLibrary::faceWithName(std::string_view name) {
     const std::span<const size_t> found = index_->withName(name);
-    // One that is damaged may be there a second time; its bold sister is no substitute.
+    // A damaged font may be installed a second time; its bold sibling is not a substitute.
     for (const size_t font : found) {
         if (!lookAlike(fonts()[font], fonts()[found.front()])) continue;
         if (auto opened = face(fonts()[font])) return opened;
@@ -241,8 +240,8 @@ std::shared_ptr<const FontFace> FontLibrary::systemFace() {
         const std::lock_guard lock(mutex_);
         if (systemFace_) return systemFace_;
     }
-    // Outside the lock: damaged files that come to light are logged, and a log hook may well ask for this face. Threads
-    // that choose at the same time choose the same.
+    // Outside the lock: damaged files are logged, and a log hook may request this face. Threads that choose
+    // concurrently choose the same face.
     std::shared_ptr<const FontFace> chosen = chooseSystemFace();
     const bool hasGlyphs = chosen != nullptr;
     if (!hasGlyphs) chosen = FontFace::withoutGlyphs();

@@ -55,8 +55,8 @@ std::string englishOrFirst(const std::vector<LocalizedName>& names) {
 }
 
 // "Family-Style" in every language of the names. A font that belongs to two families, "Sans" with the style "Condensed
-// Bold" and "Sans Condensed" with the style "Bold", lists both kinds of names in the same order; mixing them would make
-// it "Sans-Bold" too.
+// Bold" and "Sans Condensed" with the style "Bold", lists families and styles in the same order; mixing them would also
+// make it "Sans-Bold".
 std::vector<std::string> familyStyleNames(const std::vector<LocalizedName>& families,
                                           const std::vector<LocalizedName>& styles) {
     std::map<std::string, std::pair<std::vector<std::string>, std::vector<std::string>>> byLanguage;
@@ -77,11 +77,11 @@ std::vector<std::string> familyStyleNames(const std::vector<LocalizedName>& fami
     return names;
 }
 
-// HarfBuzz and FreeType read the same tables only from SFNT files as they are, not from packed ones or Type 1.
+// HarfBuzz and FreeType read the same tables only from plain SFNT files, not from compressed ones or Type 1.
 bool isUsable(const FcPattern* pattern) {
     const std::string format = stringOf(pattern, FC_FONTFORMAT);
     const std::string path = stringOf(pattern, FC_FILE);
-    // A variable font is listed as a whole too, besides each of its named instances.
+    // A variable font is listed as a whole in addition to its named instances.
     return (format == "TrueType" || format == "CFF") && !path.ends_with(".woff") && !path.ends_with(".woff2") &&
            !flagOf(pattern, FC_VARIABLE) && flagOf(pattern, FC_SCALABLE) &&
            (flagOf(pattern, FC_OUTLINE) || flagOf(pattern, FC_COLOR));
@@ -112,8 +112,8 @@ ListedFont listedFont(const FcPattern* pattern) {
     return listed;
 }
 
-// Fontconfig makes up names for the instances of a variable font, the same full name for all; here they get those that
-// the font itself gives. The instance at the font's default place is listed as the font itself.
+// Fontconfig invents names for the instances of a variable font, with the same full name for all; this uses the font's
+// own names. The default instance is listed as the font itself.
 class InstanceNaming {
 public:
     void name(ListedFont& listed) {

@@ -14,10 +14,10 @@ namespace qz {
 namespace {
 
 constexpr size_t kDistanceMax = 2;
-// With fewer letters, two of them make another word.
+// In shorter names, two letters make a different word.
 constexpr size_t kComparedUnitsMin = 5;
 
-/// Without case, blanks and hyphens.
+/// The name without case, blanks and hyphens.
 std::u16string squeezed(std::string_view name) {
     icu::UnicodeString text = icu::UnicodeString::fromUTF8({name.data(), static_cast<int32_t>(name.size())});
     text.foldCase();
@@ -28,7 +28,7 @@ std::u16string squeezed(std::string_view name) {
     return kept;
 }
 
-/// How many letters have to be changed, put in or left out to make one name of the other.
+/// The number of letters to change, insert or delete to get from one name to the other.
 size_t distanceOf(std::u16string_view a, std::u16string_view b) {
     std::vector<size_t> row(b.size() + 1);
     std::iota(row.begin(), row.end(), size_t{0});
@@ -43,12 +43,12 @@ size_t distanceOf(std::u16string_view a, std::u16string_view b) {
     return row[b.size()];
 }
 
-/// How badly a family fits a name: 0 when the name begins with it; none when it does not fit.
+/// The distance of a family from a name: 0 if the name begins with it; no value if it does not fit.
 std::optional<size_t> misfit(std::u16string_view family, std::u16string_view name) {
     if (family.empty()) return {};
     if (name.starts_with(family)) return 0;
     if (family.size() < kComparedUnitsMin || name.size() + kDistanceMax < family.size()) return {};
-    // The style stands behind the family, and the misspelt family may have a letter more or less than the right one.
+    // The style follows the family, and the misspelt family may be longer or shorter than the right one.
     size_t distance = kDistanceMax + 1;
     for (size_t length = family.size() - 1; length <= std::min(family.size() + 1, name.size()); ++length) {
         distance = std::min(distance, distanceOf(family, name.substr(0, length)));

@@ -2,13 +2,13 @@
 
 namespace qz {
 
-/// What is made of a face whose family has none with these traits: an outline that is emboldened, or slanted. Advances
-/// stay, so that no line breaks elsewhere for it.
+/// The synthesis applied to a face whose family has none with the requested traits: an emboldened or slanted outline.
+/// Advances do not change, so line breaks stay.
 struct FontSynthesis {
     bool bold = false;    ///< the outline is emboldened
     bool italic = false;  ///< the outline is slanted
 
-    /// Whether the face is shown as it is.
+    /// Whether there is no synthesis.
     bool isEmpty() const { return !bold && !italic; }
     friend bool operator==(const FontSynthesis&, const FontSynthesis&) = default;
 };

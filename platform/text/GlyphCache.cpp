@@ -11,12 +11,12 @@
 namespace qz {
 namespace {
 
-// What an entry takes besides its pixels: its key, itself, its links in the map.
+// The overhead of an entry besides its pixels: its key, itself, its links in the map.
 constexpr uint64_t kBytesPerEntry = sizeof(GlyphKey) + sizeof(GlyphImage) + 64;
-// Pairs of ways to the entries of a title or a page, which each frame looks for again; a power of two. Of single ways
-// one in six of a page's would lead to another glyph of its hash.
+// Number of pairs of shortcuts to the entries of a title or page, which each frame looks up again; a power of two. With
+// single shortcuts, one in six on a page would collide.
 constexpr size_t kShortcuts = 2048;
-// An image is kept only when this many of its size would fit.
+// An image is kept only if this many of its size would fit.
 constexpr uint64_t kImagesMin = 16;
 
 uint64_t bytesKeptFor(const GlyphImage& image) {
@@ -27,16 +27,16 @@ uint64_t bytesKeptFor(const GlyphImage& image) {
 
 struct GlyphCache::Store {
     struct Entry {
-        // Of the store's clock. A list in the order of use would touch two neighbours at every hit.
+        // The store's clock at the last use. A list in order of use would touch two neighbours at every hit.
         uint64_t lastUsed = 0;
         GlyphImage image;
     };
     using Entries = std::pmr::unordered_map<GlyphKey, Entry, GlyphKeyHash>;
 
-    // Side by side in the order in which they were made, which is that in which the next frame looks for them.
+    // Contiguous in the order of creation, which is also the order in which the next frame looks them up.
     SmallBlockPool pool;
     Entries entries{&pool};
-    // By hash: a map's own way leads past another entry, which is another wait for memory.
+    // Indexed by hash: a lookup in the map goes through another entry, which costs another memory access.
     struct Shortcut {
         Entries::value_type* latest = nullptr;
         Entries::value_type* other = nullptr;
@@ -65,7 +65,7 @@ struct GlyphCache::Store {
         entries.erase(entry);
     }
 
-    /// Removes what was used longest ago until no more than `bytes` are kept. Returns how many images that were.
+    /// Removes the least recently used images until at most `bytes` are kept. Returns the number removed.
     uint64_t shrinkTo(uint64_t bytes) {
         if (statistics.bytes <= bytes) return 0;
         std::vector<Entries::iterator> oldestFirst;
@@ -119,7 +119,7 @@ bool GlyphCache::hasRoomFor(uint64_t bytes) const {
 void GlyphCache::add(const GlyphKey& key, GlyphImage image) {
     if (!hasRoomFor(image.bytes())) return;
     const uint64_t bytes = bytesKeptFor(image);
-    // An eighth at a time, since finding what to remove takes a look at all.
+    // An eighth at a time, since finding what to remove scans all entries.
     if (store_->statistics.bytes + bytes > store_->bytesMax) {
         store_->statistics.evictions += store_->shrinkTo(store_->bytesMax - store_->bytesMax / 8);
     }

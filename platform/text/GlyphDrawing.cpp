@@ -17,14 +17,14 @@ namespace qz {
 namespace {
 
 constexpr int32_t kPhases = 8;
-// No bitmap is as wide, so nothing farther away shows; and phases of it fit in 32 bits.
+// No bitmap is that wide, so nothing beyond is visible, and its phases fit in 32 bits.
 constexpr double kFarthest = 1 << 27;
-// A longer side or larger area, in pixels, is drawn anew each time, as far as it lies on the bitmap.
+// Glyphs with a longer side or larger area, in pixels, are not cached but drawn each time, clipped to the bitmap.
 constexpr int32_t kKeptSideMax = 2048;
 constexpr int64_t kKeptAreaMax = 1 << 20;
 constexpr size_t kLookedUpAtOnce = 32;
-// Glyphs between the one that is blended and the one whose mask is fetched, and how much of that; what follows in one
-// go the processor fetches by itself.
+// Prefetch distance in glyphs, and the number of bytes to prefetch; the processor prefetches the rest of a sequential
+// read.
 constexpr size_t kFetchedAhead = 2, kPrefetchedMax = 1024, kCacheLine = 64;
 constexpr PixelRect kAnyPixels{-(1 << 29), -(1 << 29), 1 << 30, 1 << 30};
 
@@ -32,7 +32,7 @@ bool isDrawable(const GlyphAtPlace& glyph) {
     return glyph.glyph != NSControlGlyph && glyph.font;
 }
 
-/// The pixel that a glyph's origin falls into, and where in it.
+/// The pixel of a glyph's origin, and the position in it.
 struct Place {
     int32_t x, y;
     uint8_t phaseX, phaseY;
@@ -47,7 +47,7 @@ std::optional<Place> placeOf(NSPoint origin, const NSAffineTransform& t) {
     return Place{px >> 3, py >> 3, static_cast<uint8_t>(px & (kPhases - 1)), static_cast<uint8_t>(py & (kPhases - 1))};
 }
 
-/// What the keys of all glyphs share that are drawn alike.
+/// The common part of the keys of glyphs that are drawn the same way.
 GlyphKey sharedKeyOf(const NSGraphicsContext& context, GlyphPart part) {
     const NSAffineTransform& t = context.transform();
     GlyphKey key;
@@ -70,7 +70,7 @@ GlyphKey keyOf(GlyphKey shared, const GlyphAtPlace& glyph, const Place& place) {
     return shared;
 }
 
-/// From points, y downward and the glyph's origin at theirs, to pixels, its origin in the pixel (0, 0).
+/// Maps points, relative to the glyph's origin and y downward, to pixels with the origin in pixel (0, 0).
 NSAffineTransform toPixels(const GlyphKey& key) {
     return {.m11 = key.m11,
             .m12 = key.m12,
@@ -80,7 +80,7 @@ NSAffineTransform toPixels(const GlyphKey& key) {
             .tY = static_cast<double>(key.phaseY) / kPhases};
 }
 
-// Outlines grow upward, the space they are drawn in downward.
+// Outlines have y upward, the drawing space y downward.
 NSAffineTransform upright(float obliqueness) {
     return {.m21 = obliqueness, .m22 = -1};
 }
@@ -98,7 +98,7 @@ NSBezierPath outlineOf(const GlyphAtPlace& glyph) {
 DeviceShape shapeOf(const GlyphAtPlace& glyph, const GlyphKey& key) {
     NSBezierPath outline = outlineOf(glyph);
     if (key.part != GlyphPart::stroke) return DeviceShape::fillOfGlyph(outline, toPixels(key));
-    // Flattened first, so that the flatness asked for is that of the joins; in points, finer by as much as they grow.
+    // Flatten first, so that the requested flatness applies to the joins; in points, and finer by the scale.
     const double scale = std::max(std::hypot(key.m11, key.m12), std::hypot(key.m21, key.m22));
     if (scale > 1) outline.setFlatness(outline.flatness() / static_cast<float>(scale));
     outline = outline.bezierPathByFlatteningPath();
@@ -127,7 +127,7 @@ GlyphKey partOf(GlyphKey key, GlyphPart part) {
     return key;
 }
 
-/// The shapes that cover a part between them.
+/// The shapes whose union is a part.
 std::vector<DeviceShape> shapesOf(const GlyphAtPlace& glyph, const GlyphKey& key) {
     if (key.part == GlyphPart::fill || key.part == GlyphPart::stroke) return {shapeOf(glyph, key)};
     return {shapeOf(glyph, partOf(key, GlyphPart::stroke)), shapeOf(glyph, partOf(key, GlyphPart::fill))};
@@ -138,7 +138,7 @@ void thin(std::vector<uint8_t>& bytes, uint8_t alpha) {
     for (uint8_t& byte : bytes) byte = static_cast<uint8_t>((byte * alpha + 127) / 255);
 }
 
-/// Lays the first mask, thinned to `alpha` of 255, into a target that covers nothing yet and reaches around it.
+/// Writes the mask with an opacity of `alpha` of 255 into an empty target that contains it.
 void layThinned(const CoverageMask& mask, uint8_t alpha, CoverageMask& target) {
     const auto width = static_cast<size_t>(mask.box.width);
     for (int32_t y = 0; y < mask.box.height; ++y) {
@@ -157,8 +157,8 @@ void uniteThinned(const CoverageMask& mask, uint8_t alpha, CoverageMask& target)
     uniteMasks(thinned, 0, 0, target);
 }
 
-/// The mask of a part from the masks of what it is made of, which are kept too: stroke and fill of one glyph serve an
-/// outline, a shadow and the glyph itself.
+/// Makes the mask of a part from the masks of its components, which are cached too: the stroke and fill of one glyph
+/// are used for an outline, a shadow and the glyph itself.
 CoverageMask maskOf(const GlyphAtPlace& glyph, const GlyphKey& key, const std::vector<DeviceShape>& shapes,
                     const PixelRect& box, GlyphCache& cache) {
     CoverageMask mask;
@@ -186,7 +186,8 @@ bool holdsAlpha(const GlyphKey& key) {
     return key.part == GlyphPart::strokeThenFill;
 }
 
-/// Draws and keeps what two kept parts make, as a second layer finds them; false when they do not serve.
+/// Draws and caches the combination of two cached parts, as a second layer finds them; returns false if they cannot be
+/// used.
 bool drawFromKeptParts(NSGraphicsContext& context, const GlyphAtPlace& glyph, const Place& place, const GlyphKey& key,
                        GlyphCache& cache) {
     if (key.part == GlyphPart::fill || key.part == GlyphPart::stroke) return false;
@@ -220,7 +221,7 @@ void drawNew(NSGraphicsContext& context, const GlyphAtPlace& glyph, const Place&
     cache.add(key, std::move(image));
 }
 
-/// A glyph at its place, with its image when that is kept.
+/// A glyph at its place, with its image if cached.
 struct Lookup {
     const GlyphAtPlace* glyph;
     Place place;
@@ -232,15 +233,15 @@ void prefetch(const CoverageMask& mask) {
     for (size_t i = 0; i < bytes; i += kCacheLine) __builtin_prefetch(mask.bytes.data() + i);
 }
 
-/// Draws a part of each glyph. A page's masks are more than the nearest memory holds: they are looked up some at a
-/// time, so that the processor waits for several at once, and fetched while others are blended.
+/// Draws a part of each glyph. A page's masks exceed the nearest cache: look up several at a time, so that the
+/// processor waits for them together, and prefetch them while others are blended.
 void drawParts(NSGraphicsContext& context, std::span<const GlyphAtPlace> glyphs, const GlyphKey& shared,
                GlyphCache& cache) {
     if (!context.paint()) return;
     std::array<Lookup, kLookedUpAtOnce> lookups;
     for (size_t next = 0; next < glyphs.size();) {
         size_t count = 0;
-        // Up to the first that is not kept: keeping it may push out what has been found.
+        // Up to the first that is not cached: adding it may evict those already found.
         for (bool isKept = true; isKept && count < lookups.size() && next < glyphs.size(); ++next) {
             const GlyphAtPlace& glyph = glyphs[next];
             if (!isDrawable(glyph)) continue;
@@ -264,7 +265,7 @@ void drawParts(NSGraphicsContext& context, std::span<const GlyphAtPlace> glyphs,
     }
 }
 
-/// Draws a colour glyph's own picture; false when the glyph has none.
+/// Draws a colour glyph's picture; returns false if the glyph has none.
 bool drawPicture(NSGraphicsContext& context, const GlyphAtPlace& glyph, const Place& place, GlyphCache& cache) {
     const ColourGlyphs* const colours = glyph.font->face().colourGlyphs();
     if (!colours) return false;
@@ -288,7 +289,7 @@ bool drawPicture(NSGraphicsContext& context, const GlyphAtPlace& glyph, const Pl
     transform.prependTransform({.m11 = scale, .m22 = scale});
     const PixelRect box = colours->bounds(glyph.glyph, transform).pixels(kAnyPixels);
     if (box.isEmpty()) {
-        // Kept as a glyph without a picture, so that its font is not asked again.
+        // Cache the absence of a picture, so that the font is not queried again.
         cache.add(key, {.font = glyph.font, .mask = {}, .picture = {}});
         return false;
     }
@@ -342,7 +343,7 @@ void strokeAndFillGlyphs(NSGraphicsContext& context, std::span<const GlyphAtPlac
     shared.miterLimit = stroke.miterLimit;
     shared.lineCap = static_cast<uint8_t>(stroke.lineCap);
     shared.lineJoin = static_cast<uint8_t>(stroke.lineJoin);
-    // In an opaque colour, in several, or gathered, stroke and fill lie over each other as they do in one mask.
+    // In an opaque colour, in several colours, or when gathered, stroke and fill combine as in one mask.
     const auto* const color = std::get_if<StraightColor>(&*context.paint());
     if (color && color->alpha != 255 && !context.isGathering()) {
         shared.part = GlyphPart::strokeThenFill;

@@ -9,11 +9,10 @@
 
 namespace qz {
 
-// Every glyph is drawn with its origin on a grid of an eighth of a pixel, kept image or not, so that a letter that
-// comes again hits the cache and one that moves by tenths of a pixel is never more than a sixteenth off, which no eye
-// sees.
+// Every glyph, cached or not, is drawn with its origin on a grid of eighths of a pixel, so that repeated letters hit
+// the cache; the error of at most a sixteenth of a pixel is invisible.
 
-/// A glyph where it is to be drawn. `origin` lies on its baseline, in points of a space whose y grows downward.
+/// A glyph and its place. `origin` is on the baseline, in points of a space with y growing downward.
 struct GlyphAtPlace {
     NSGlyph glyph = 0;
     Ref<NSFont> font;
@@ -22,24 +21,25 @@ struct GlyphAtPlace {
     float obliqueness = 0;
 };
 
-/// The outline where the glyph is drawn, that of a colour glyph too; empty for a control glyph.
+/// The outline at the glyph's place, also for a colour glyph; empty for a control glyph.
 NSBezierPath outlineOfGlyph(const GlyphAtPlace& place);
 
-/// The pen that goes along an outline, in points.
+/// The pen for stroking an outline, in points.
 struct GlyphStroke {
     float width = 0;
     NSLineCapStyle lineCap = NSLineCapStyle::butt;
     NSLineJoinStyle lineJoin = NSLineJoinStyle::miter;
     float miterLimit = 10;
-    /// As `NSBezierPath::flatness`, of the joins.
+    /// As `NSBezierPath::flatness`, for the joins.
     float flatness = 0.6f;
 };
 
-// Each draws glyphs into the context in its colour, one over the other; those that are to look alike together.
+// Each function draws glyphs into the context in its colour, one over the other. Pass glyphs with the same look
+// together.
 
-/// A colour glyph comes in its own colours, as translucent as the context's.
+/// A colour glyph keeps its own colours, with the opacity of the context's.
 void drawGlyphs(NSGraphicsContext& context, std::span<const GlyphAtPlace> glyphs, GlyphCache& cache);
-/// Fills the outlines, those of colour glyphs too.
+/// Fills the outlines, including those of colour glyphs.
 void fillGlyphs(NSGraphicsContext& context, std::span<const GlyphAtPlace> glyphs, GlyphCache& cache);
 /// Flattens the outlines, strokes and fills them: glyphs widened by half the pen's width.
 void strokeAndFillGlyphs(NSGraphicsContext& context, std::span<const GlyphAtPlace> glyphs, const GlyphStroke& stroke,

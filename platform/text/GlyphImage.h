@@ -9,11 +9,12 @@
 
 namespace qz {
 
-/// Which part of a glyph an image shows: its outline filled, stroked or both; both as a translucent colour covers them,
-/// first stroked and then filled, alpha and all; or a picture in colours of its own.
+/// The part of a glyph in an image: its outline filled, stroked, or both; both as drawn in a translucent colour, first
+/// stroked and then filled, including alpha; or a colour picture.
 enum class GlyphPart : uint8_t { fill, stroke, strokeAndFill, strokeThenFill, picture };
 
-/// All that changes the pixels of a glyph's image. Whole words without gaps, so that it can be hashed as it lies.
+/// Everything that affects the pixels of a glyph's image. Whole words without padding, so that its memory can be hashed
+/// directly.
 struct GlyphKey {
     /// Kept alive by the image's font.
     const FontFace* face = nullptr;
@@ -22,15 +23,15 @@ struct GlyphKey {
     /// From points, y downward, to pixels.
     double m11 = 1, m12 = 0, m21 = 0, m22 = 1;
     float obliqueness = 0;
-    /// Of the stroke, in points; with its other measures 0 for a part without one.
+    /// The stroke's measures, in points; 0 for a part without a stroke.
     float strokeWidth = 0, flatness = 0, miterLimit = 0;
     GlyphPart part = GlyphPart::fill;
     uint8_t lineCap = 0, lineJoin = 0;
     bool antialias = true;
-    /// Where the origin lies in its pixel, in parts of `kPhases`.
+    /// The position of the origin in its pixel, in units of 1 / `kPhases`.
     uint8_t phaseX = 0, phaseY = 0;
     uint16_t unused = 0;
-    /// Of the text's colour, for a picture that asks for it.
+    /// The text's colour, for a picture that uses it.
     uint8_t red = 0, green = 0, blue = 0;
     /// For strokeThenFill.
     uint8_t alpha = 255;
@@ -39,7 +40,7 @@ struct GlyphKey {
     static constexpr size_t kWords = 10;
     std::array<uint64_t, kWords> words() const;
     friend bool operator==(const GlyphKey& a, const GlyphKey& b) {
-        // All words without a branch: keys that are compared are most often equal.
+        // Compares all words without branching, since compared keys are usually equal.
         uint64_t differences = 0;
         const auto left = a.words(), right = b.words();
         for (size_t i = 0; i < kWords; ++i) differences |= left[i] ^ right[i];
@@ -54,7 +55,7 @@ inline std::array<uint64_t, GlyphKey::kWords> GlyphKey::words() const {
 
 struct GlyphKeyHash {
     size_t operator()(const GlyphKey& key) const {
-        // A sum of products, which do not wait for each other, and the last steps of MurmurHash3.
+        // A sum of independent products, and the final steps of MurmurHash3.
         uint64_t hash = 0, factor = 0x9e3779b97f4a7c15;
         for (const uint64_t word : key.words()) {
             hash += (word ^ word >> 32) * factor;
@@ -66,8 +67,8 @@ struct GlyphKeyHash {
     }
 };
 
-/// A glyph as it is laid on a bitmap, with its origin in the pixel (0, 0): a mask, or a picture whose corner lies at
-/// the mask's. Neither for a glyph that shows nothing.
+/// A glyph ready for blending, with its origin in pixel (0, 0): a mask, or a picture at the corner of the mask's box.
+/// Neither if the glyph is invisible.
 struct GlyphImage {
     Ref<NSFont> font;
     CoverageMask mask;

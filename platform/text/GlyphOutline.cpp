@@ -6,7 +6,7 @@
 namespace qz {
 namespace {
 
-// Builds the path from what FreeType finds in an outline.
+// Builds the path as FreeType decomposes an outline.
 class ContourSink {
 public:
     void move(const FT_Vector& to) {
@@ -20,7 +20,7 @@ public:
         path_.lineToPoint(end);
         last_ = end;
     }
-    // The cubic whose controls lie two thirds of the way to the quadratic's control is the same curve.
+    // The cubic with controls two thirds of the way to the quadratic's control is the same curve.
     void quadratic(const FT_Vector& control, const FT_Vector& to) {
         const NSBezierPath::Point q = pointOf(control);
         const NSBezierPath::Point end = pointOf(to);

@@ -8,12 +8,11 @@
 
 namespace qz {
 
-/// The path of an outline as FreeType holds it, in its units, y growing upward; quadratic curves raised to cubics. A
-/// contour of a single point, which some fonts use as an anchor, is left out: stroked with round caps it would be a
-/// dot.
+/// The path of a FreeType outline, in its units, y growing upward, with quadratic curves raised to cubics. Omits
+/// contours of a single point, which some fonts use as anchors: stroked with round caps they would be dots.
 [[gnu::visibility("hidden")]] NSBezierPath pathOfOutline(FT_Outline& outline);
 
-/// Whether a call of FreeType went well. Memory that ran out is no fault of the font: `std::bad_alloc`.
+/// Whether a FreeType call succeeded. Throws `std::bad_alloc` if memory ran out, since that is not the font's fault.
 bool succeeded(FT_Error error);
 
 }  // namespace qz

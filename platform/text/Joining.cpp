@@ -12,7 +12,7 @@ int32_t joiningType(UChar32 character) {
 
 }  // namespace
 
-// Of Unicode's joining types, "left" is the side of what follows.
+// In Unicode's joining types, "left" is the side of the following letter.
 bool isJoined(std::u16string_view text, size_t position) {
     int32_t before = U_JT_NON_JOINING, behind = U_JT_NON_JOINING;
     for (size_t i = position; i > 0;) {

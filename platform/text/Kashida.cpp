@@ -13,12 +13,12 @@ namespace qz {
 namespace {
 
 constexpr char16_t kKashida = 0x0640;
-// A longer stroke looks like a rule; the blanks of the line take the rest.
+// A longer stroke looks like a rule; blanks take the remaining space.
 constexpr double kStrokeMaxEm = 1.0;
 
-/// A place between two clusters, with what one kashida there is.
+/// A place between two clusters, with the glyph of a kashida there.
 struct Place {
-    size_t firstGlyph;  ///< of the cluster before it
+    size_t firstGlyph;  ///< of the preceding cluster
     ShapedGlyph kashida;
     int countMax;
 };
@@ -31,9 +31,9 @@ bool isOneOf(int group, std::initializer_list<int> groups) {
     return std::ranges::find(groups, group) != groups.end();
 }
 
-/// How well a kashida stands between two letters; 0 is best. After the order in which calligraphers lengthen a word:
-/// behind a stroke the writer has drawn, behind the teeth of seen and sad, before a final teh marbuta, heh or dal,
-/// before a final alef, lam, kaf or tah, before a beh that a reh or yeh follows, before another final letter.
+/// Ranks the place between two letters for a kashida; 0 is best. Follows the order in which calligraphers lengthen a
+/// word: after an existing kashida, after the teeth of seen and sad, before a final teh marbuta, heh or dal, before a
+/// final alef, lam, kaf or tah, before a beh followed by reh or yeh, before another final letter.
 int rankOfPlace(char16_t before, char16_t behind, char16_t second, bool isFinal) {
     const int left = joiningGroup(before), right = joiningGroup(behind), next = joiningGroup(second);
     if (before == kKashida || behind == kKashida) return 0;
@@ -54,7 +54,7 @@ char16_t letterFrom(std::u16string_view text, size_t index, size_t end) {
     return index < end ? text[index] : u'\0';
 }
 
-/// The kashida that the font puts at the position, when it changes nothing else.
+/// The font's kashida for the position, if it changes nothing else.
 std::optional<ShapedGlyph> kashidaAt(const Paragraph& paragraph, std::u16string_view text, size_t item, Range word,
                                      uint32_t position) {
     const NSGlyph kashida = paragraph.items()[item].font->glyphForCharacter(kKashida);
@@ -125,7 +125,7 @@ std::vector<Place> placesInLine(const LineContent& content, const Paragraph& par
         const bool isSameItem =
             clusters.empty() ||
             cluster < paragraph.items()[paragraph.itemIndexAt(content.glyphs[clusters.front()].cluster)].end;
-        // A tab stop holds what follows it.
+        // A tab stop fixes the text after it.
         if (text[cluster] == u'\t') places.clear();
         if (!isLetter || !isSameItem) finishWord(cluster);
         if (isLetter) clusters.push_back(first);
@@ -152,8 +152,8 @@ void stretchByKashidas(LineContent& content, const Paragraph& paragraph, std::u1
             isGrowing = true;
         }
     }
-    // From the end, so that the glyph numbers before stay. In a run from right to left the stroke behind a letter
-    // stands to its left, so it is drawn before it.
+    // From the end, so that earlier glyph indices stay valid. In a right-to-left run the stroke after a letter is to
+    // its left, so it is drawn before it.
     for (size_t i = places.size(); i > 0; --i) {
         const Place& place = places[i - 1];
         const LineGlyph& letter = content.glyphs[place.firstGlyph];

@@ -6,10 +6,10 @@
 
 namespace qz {
 
-/// Lengthens the Arabic words of a justified line by kashidas (U+0640) between joined letters, at most one stroke a
-/// word and up to `room` points in all; the glyphs belong to the cluster before them. The place in a word goes by the
-/// rules of the Naskh style. Words stay as they are where the font has no kashida, or one that does not lie on the
-/// baseline between unchanged letters.
+/// Lengthens the Arabic words of a justified line by kashidas (U+0640) between joined letters, with at most one stroke
+/// per word and at most `room` points in total; the glyphs belong to the preceding cluster. Places in a word follow the
+/// rules of the Naskh style. Words are unchanged if the font has no kashida, or one that is not on the baseline between
+/// unchanged letters.
 void stretchByKashidas(LineContent& content, const Paragraph& paragraph, std::u16string_view text, double room);
 
 }  // namespace qz

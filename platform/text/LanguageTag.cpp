@@ -12,7 +12,7 @@ bool isLanguageTag(std::string_view text) {
     int32_t parsed = 0;
     UErrorCode error = U_ZERO_ERROR;
     uloc_forLanguageTag(tag.c_str(), locale, sizeof locale, &parsed, &error);
-    // ICU takes what it understands from the front of the tag and says how far it came.
+    // ICU parses as much of the tag as it understands and returns the length.
     return U_SUCCESS(error) && error != U_STRING_NOT_TERMINATED_WARNING &&
            parsed == static_cast<int32_t>(text.size()) && locale[0] != '\0';
 }

@@ -4,8 +4,7 @@
 
 namespace qz {
 
-/// Whether the text is a BCP 47 tag of a language, such as "ja", "sr-Latn" or "zh-Hant-HK"; whether anybody speaks it
-/// is another matter.
+/// Whether the text is a well-formed BCP 47 language tag, such as "ja", "sr-Latn" or "zh-Hant-HK".
 bool isLanguageTag(std::string_view text);
 
 }  // namespace qz

@@ -13,13 +13,13 @@ namespace {
 
 constexpr char16_t kSoftHyphen = 0x00AD;
 constexpr char32_t kHyphen = 0x2010;
-// Points by which a line may be wider than its room. A box made as wide as its widest line must hold that line again,
-// although widths have gone through 32-bit floats meanwhile.
+// Points by which a line may exceed its room. A box as wide as its widest line must fit that line again, although
+// widths have been through 32-bit floats.
 constexpr double kTolerance = 0.01;
-// Where a line begins in the midst of text that hangs together, such as a word without end, no more of it is shaped
-// anew than a line may need: this much, and twice as much as long as that is not enough.
+// If a line begins inside unbreakable text, such as an endless word, only as much is reshaped as a line may need: this
+// many units, doubled while that is not enough.
 constexpr uint32_t kScanUnits = 32;
-// How far the shape of a glyph may depend on what follows.
+// How far a glyph's shape may depend on the following text.
 constexpr uint32_t kContextUnits = 16;
 
 /// The first glyph whose cluster begins at or after the position.
@@ -31,8 +31,7 @@ bool isSafe(const std::vector<ShapedGlyph>& glyphs, size_t glyph, uint32_t posit
     return glyph < glyphs.size() && glyphs[glyph].cluster == position && !glyphs[glyph].isUnsafeToBreak;
 }
 
-/// Where a line that begins at `start` may take over the glyphs of the whole item: at the first safe place from there
-/// on.
+/// The first safe place from which a line that begins at `start` may reuse the glyphs of the whole item.
 uint32_t safeStart(const std::vector<ShapedGlyph>& glyphs, const TextItem& item, uint32_t start) {
     if (start == item.start) return start;
     size_t glyph = glyphAt(glyphs, start);
@@ -41,7 +40,7 @@ uint32_t safeStart(const std::vector<ShapedGlyph>& glyphs, const TextItem& item,
     return glyph < glyphs.size() ? glyphs[glyph].cluster : item.end;
 }
 
-/// Up to where a line that ends at `end` may take them over: up to the last safe place.
+/// The last safe place up to which a line that ends at `end` may reuse them.
 uint32_t safeEnd(const std::vector<ShapedGlyph>& glyphs, const TextItem& item, uint32_t end) {
     if (end == item.end) return end;
     size_t glyph = glyphAt(glyphs, end);
@@ -117,7 +116,7 @@ void LineFiller::addKern(std::vector<LineGlyph>& glyphs, size_t firstGlyph) cons
         last = endOfCluster(glyphs, first);
         while (styles[style].end <= glyphs[first].cluster) ++style;
         const uint32_t end = last < glyphs.size() ? glyphs[last].cluster : static_cast<uint32_t>(text_.size());
-        // Room between joined letters would part them.
+        // Space between joined letters would separate them.
         if (styles[style].kern != 0 && glyphs[first].glyph != NSControlGlyph && !isJoined(text_, end)) {
             addSpaceBehind(glyphs, first, last, styles[style].kern);
         }
@@ -167,7 +166,7 @@ LineFiller::Overflow LineFiller::findOverflow(uint32_t start, double available) 
             appendItem(glyphs, item, from, to);
             LinePen scanned = pen;
             const std::optional<Overflow> overflow = scan(glyphs, to, start, lineEnd, scanned);
-            // Near a cut, glyphs may still change with what follows.
+            // Near a cut, glyphs may still change with the following text.
             if (to == source.end || (overflow && overflow->clusterEnd + kContextUnits <= to)) {
                 if (overflow) return *overflow;
                 pen = scanned;
@@ -199,16 +198,16 @@ bool LineFiller::isDecimalPoint(uint32_t position) const {
 }
 
 LineContent LineFiller::fill(uint32_t start, double available) {
-    // White space fits wherever nothing else does; a width that is no number is none.
+    // White space always fits; NaN counts as no width.
     available = std::max(0.0, available);
     const Overflow overflow = findOverflow(start, available);
     if (overflow.clusterEnd == 0) return content(start, overflow.lineEnd, false);
-    // First between words, then anywhere between clusters. Shaped anew up to its end, a line may be wider than its part
-    // of the whole, and also narrower: even the cluster that overflowed may fit at the end of a line.
+    // First between words, then between any clusters. A line reshaped up to its end may be wider or narrower than its
+    // part of the whole: even the cluster that overflowed may fit at the end of a line.
     const uint32_t lastEnd = std::min(overflow.clusterEnd, paragraph_.length() - 1);
     for (const uint8_t place : {TextBreak::lineMayBegin, TextBreak::clusterStart}) {
         for (uint32_t end = lastEnd; end > start; --end) {
-            // Before a soft hyphen the line would break without its hyphen.
+            // Breaking before a soft hyphen would lose the hyphen.
             if (!(paragraph_.breaks()[end] & place) || text_[end] == kSoftHyphen) continue;
             LineContent line = content(start, end, true);
             if (line.width <= available + kTolerance) return line;
@@ -272,13 +271,13 @@ void LineFiller::hangWhiteSpace(LineContent& content) const {
         glyph.hangs = true;
         glyph.advance = 0;
         glyph.offsetX = 0;
-        // At the end of a line, white space stands at the end in the paragraph's direction, whatever run it is from.
+        // White space at the end of a line goes to the end in the paragraph's direction, whatever its run.
         glyph.level = paragraph_.baseLevel();
     }
 }
 
 LineMetrics LineFiller::metrics(uint32_t start, uint32_t end) const {
-    // What ends the line has no height, unless there is nothing else.
+    // Line ends have no height, unless the line has nothing else.
     while (end > start + 1 && (endsLine(text_[end - 1]) || endsParagraph(text_, end - 1) || text_[end - 1] == u'\r')) {
         --end;
     }

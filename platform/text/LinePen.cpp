@@ -6,7 +6,7 @@
 namespace qz {
 namespace {
 
-// Points. A tab stop that has been reached but for rounding is behind.
+// In points. A tab stop reached up to rounding counts as passed.
 constexpr double kTolerance = 0.01;
 
 }  // namespace

@@ -4,23 +4,23 @@
 
 namespace qz {
 
-/// Walks a line in the order of its text and lets tabs lead to the tab stops of its paragraph. Points from the leading
-/// margin, so from the right in a paragraph from right to left.
+/// Walks a line in text order and moves tabs to the paragraph's tab stops. Positions are points from the leading
+/// margin, which is the right one in a right-to-left paragraph.
 class LinePen {
 public:
-    /// `style` must live as long as the pen. Its tab stops are in order.
+    /// `style` must outlive the pen, with its tab stops sorted.
     LinePen(const NSParagraphStyle::Values& style, double indent) : style_(&style), start_(indent), stop_(indent) {}
 
     void advance(double width) {
         behind_ += width;
         if (!isPastPoint_) beforePoint_ += width;
     }
-    /// A decimal point stands here, which the text behind a tab may be aligned by.
+    /// Marks a decimal point, by which the text after a tab may be aligned.
     void passDecimalPoint() { isPastPoint_ = true; }
     void tab();
 
     double position() const { return start_ + tabWidth() + behind_; }
-    /// The width of the last tab, which may still shrink when text behind it is aligned by its end or its middle.
+    /// The width of the last tab, which may still shrink if the text after it is aligned by its end or middle.
     double tabWidth() const;
 
 private:
@@ -28,7 +28,7 @@ private:
     double start_;  ///< of the last tab
     double stop_;
     NSTextTab::Alignment alignment_ = NSTextTab::Alignment::left;
-    double behind_ = 0;  ///< what stands behind the last tab
+    double behind_ = 0;  ///< the width after the last tab
     double beforePoint_ = 0;
     bool isPastPoint_ = false;
 };

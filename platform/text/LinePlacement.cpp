@@ -35,7 +35,7 @@ bool isBlank(char16_t unit) {
     return unit == u' ' || unit == 0x00A0 || unit == 0x3000;
 }
 
-/// How characters without blanks between their words are spread over a justified line.
+/// How to spread text without blanks between words over a justified line.
 enum class Spreading { none, ideographs, syllables };
 
 Spreading spreadingOf(std::u16string_view text, size_t index) {
@@ -49,9 +49,9 @@ Spreading spreadingOf(std::u16string_view text, size_t index) {
     return uscript_getScript(character, &status) == USCRIPT_HANGUL ? Spreading::none : Spreading::ideographs;
 }
 
-/// The clusters behind which a justified line gets room: its blanks, the places between two ideographs where a line may
-/// break, and those between clusters of a script that marks no words; without any, those behind which a line may break.
-/// Those before a tab stay, since the tab stop holds what follows.
+/// The clusters after which a justified line gets space: blanks, break opportunities between ideographs, and clusters
+/// of scripts without word separators; if there are none, all break opportunities. Excludes clusters before a tab,
+/// since the tab stop fixes the text after it.
 std::vector<size_t> stretchableClusters(const LineContent& content, const Paragraph& paragraph,
                                         std::u16string_view text) {
     std::vector<size_t> best, breaks;
@@ -144,7 +144,7 @@ PlacedLine placeLine(LineContent content, const Paragraph& paragraph, std::u16st
         const double free = room.span.width - content.width;
         if (alignment == NSTextAlignment::right) start = free;
         if (alignment == NSTextAlignment::center) start = free / 2;
-        // What is wider than its line sticks out at the end.
+        // Text wider than its line extends beyond its end.
         if (free < 0) start = paragraph.isRightToLeft() ? free : 0;
     }
     start += room.span.left;

@@ -9,29 +9,29 @@ namespace qz {
 struct PlacedGlyph {
     NSGlyph glyph = 0;
     uint32_t character = 0;  ///< the first character of its cluster, counted from the start of the text
-    NSPoint location;        ///< of its origin, from the origin of the line fragment
-    float pen = 0;           ///< where its advance begins, x from the origin of the line fragment
+    NSPoint location;        ///< its origin, relative to the line fragment's
+    float pen = 0;           ///< the start of its advance, x relative to the line fragment's origin
     float advance = 0;
     bool isNotShown = false;
     bool isRightToLeft = false;
 };
 
-/// Where a line has been granted room, container coordinates.
+/// The room granted to a line, in container coordinates.
 struct LineRoom {
     NSRect fragment;
-    /// Points kept free at either end.
+    /// Free points at each end.
     float padding = 0;
     LineSpan span;
 };
 
-/// The text of a line at its place.
+/// The placed text of a line.
 struct PlacedLine {
-    std::vector<PlacedGlyph> glyphs;  ///< in the order of the text
+    std::vector<PlacedGlyph> glyphs;  ///< in text order
     NSRect usedRect;
 };
 
-/// Brings the runs of a line into visual order, aligns and justifies them. `location` is where the paragraph begins in
-/// the text.
+/// Puts the runs of a line into visual order, aligns and justifies them. `location` is the paragraph's start in the
+/// text.
 PlacedLine placeLine(LineContent content, const Paragraph& paragraph, std::u16string_view paragraphText,
                      uint32_t location, const LineMetrics& metrics, const LineRoom& room);
 

@@ -36,7 +36,7 @@ Ref<NSDictionary> NSAttributedString::attributesAtIndex(uint32_t index, Range* e
 
 namespace {
 
-/// The runs around `run` that are like it, as a stretch of text, looked for no further than `within` reaches.
+/// The stretch of text of the runs around `run` that are like it, without searching beyond `within`.
 template <class Runs, class IsAlike>
 Range stretchAround(const Runs& runs, size_t run, Range within, const IsAlike& isAlike) {
     size_t first = run;

@@ -8,8 +8,8 @@
 namespace qz {
 namespace {
 
-// The text, then for each run a number and a length. Dictionaries are numbered from 1 as they come, and each stands
-// behind the first run that has it.
+// Writes the text, then a number and a length for each run. Dictionaries are numbered from 1 in order, and each follows
+// the first run that uses it.
 void encodeAttributedString(const NSObject& object, NSArchiver& archiver) {
     const auto& string = static_cast<const NSAttributedString&>(object);
     archiver.encodeObject(string.string());
@@ -26,13 +26,13 @@ void encodeAttributedString(const NSObject& object, NSArchiver& archiver) {
     }
 }
 
-// What a run and its new dictionary take in here, beside the dictionary itself: their growing lists.
+// Memory for a run and a new dictionary's list entries, besides the dictionary itself.
 constexpr uint64_t kRunMemory = 128;
 
 Ref<NSMutableAttributedString> decodeRuns(NSUnarchiver& unarchiver) {
     const auto text = unarchiver.decodeObjectOfClass<NSString>("NSString");
     if (!text && !unarchiver.hasFailed()) unarchiver.fail("an attributed string without its text");
-    // The characters are copied, once more for an immutable string.
+    // The characters are copied, and once more for an immutable string.
     if (!text || !unarchiver.countMemory(uint64_t{text->length()} * 2 * sizeof(char16_t))) return {};
     const Ref<NSMutableAttributedString> string = NSMutableAttributedString::init();
     const std::u16string_view characters = text->characters();

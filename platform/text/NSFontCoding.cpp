@@ -13,13 +13,13 @@
 namespace qz {
 namespace {
 
-// The name stands in a block of bytes: two 32-bit numbers, little-endian in every stream, which are the kind of the
-// block and the bytes of the name; then the name in UTF-16 with a byte-order mark, and zeros up to a multiple of 4.
+// The name is stored in a block of bytes: two 32-bit numbers, little-endian in every stream, for the kind of block and
+// the length of the name in bytes; then the name in UTF-16 with a byte-order mark, zero-padded to a multiple of 4.
 constexpr size_t kHeadBytes = 8;
 constexpr uint32_t kNameKind = 6;
 constexpr char16_t kByteOrderMark = 0xFEFF;
 constexpr char16_t kSwappedMark = 0xFFFE;
-// The latest version of the class that such streams hold.
+// The latest version of the class in such streams.
 constexpr int32_t kClassVersion = 30;
 
 void appendNumber(std::vector<uint8_t>& block, uint32_t number, size_t bytes) {
@@ -42,7 +42,7 @@ uint32_t number(std::string_view littleEndian) {
     return value;
 }
 
-// None when the block is not built as above.
+// Returns null if the block does not have this form.
 Ref<NSString> nameInBlock(std::string_view block) {
     if (block.size() < kHeadBytes || number(block.substr(0, 4)) != kNameKind) return {};
     const uint32_t nameBytes = number(block.substr(4, 4));
@@ -64,13 +64,13 @@ void encodeFont(const NSObject& object, NSArchiver& archiver) {
     archiver.encodeInt(static_cast<int32_t>(block.size()));
     archiver.encodeChars(block);
     archiver.encodeFloat(font.pointSize());
-    // Nobody knows what these mean; 0, 1, 0, 0 is what most fonts have.
+    // The meaning of these is unknown; most fonts have 0, 1, 0, 0.
     for (const bool value : {false, true, false, false}) archiver.encodeBool(value);
 }
 
 Ref<NSObject> fontOtherwise(const NSString& name, float size) {
     const Ref<NSFont> font = NSFont::titleBarFontOfSize(size);
-    NSLog("The archive's font %@ at %@ points is not to be had; %@ at %@ points is used\n",
+    NSLog("The archive's font %@ at %@ points is not available; %@ at %@ points is used\n",
           {quotedExcerpt(name.utf8()), shortestDecimal(size), font->fontName(), shortestDecimal(font->pointSize())});
     return font;
 }

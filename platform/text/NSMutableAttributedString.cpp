@@ -9,12 +9,12 @@
 namespace qz {
 namespace {
 
-// What counts text counts it in signed 32 bits at the narrowest.
+// The narrowest counters of text are signed 32-bit.
 void checkLength(uint64_t length) {
     if (length > std::numeric_limits<int32_t>::max()) throw std::bad_alloc();
 }
 
-/// Takes the memory for so many runs, and some in advance.
+/// Reserves memory for this many runs, with spare capacity.
 template <class Runs>
 void makeRoomForRuns(Runs& runs, size_t count) {
     if (count > runs.capacity()) runs.reserve(std::max(count, 2 * runs.capacity()));
@@ -47,7 +47,7 @@ void NSMutableAttributedString::appendString(std::u16string_view characters, Ref
     checkLength(uint64_t{length()} + characters.size());
     if (!attributes) attributes = NSDictionary::dictionary();
     const uint32_t start = length();
-    // Memory first: once the characters are there, their run must follow.
+    // Allocate first: once the characters are added, adding their run must not fail.
     makeRoomForRuns(runs_, runs_.size() + 1);
     characters_ += characters;
     if (!runs_.empty() && runs_.back().attributes == attributes)
@@ -68,7 +68,7 @@ void NSMutableAttributedString::replaceRuns(Range range, std::vector<Run> runs, 
         else
             replacement.push_back({end, std::move(attributes)});
     };
-    // What stands before the range in its first run; what follows it in its last one stays where it is, as that run's
+    // Keep the part of the first run before the range; the part of the last run after it stays in place as the run's
     // rest.
     if (startOfRun(first) < range.location)
         add(range.location, runs_[first].attributes);
@@ -98,7 +98,7 @@ bool NSMutableAttributedString::replaceCharactersInRange(Range range, const NSAt
     if (range.length == 0 && added == 0) return true;
     checkLength(uint64_t{length()} - range.length + added);
 
-    // Memory first: once the runs are replaced, the characters must follow.
+    // Allocate first: once the runs are replaced, replacing the characters must not fail.
     characters_.reserve(characters_.size() - range.length + added);
     std::vector<Run> runs = runsOf(withAttributedString);
     for (Run& run : runs) run.end += range.location;
@@ -158,7 +158,7 @@ bool NSMutableAttributedString::changeAttributes(Range range,
                                                  const Callback<Ref<NSDictionary>(const Ref<NSDictionary>&)>& change) {
     if (range.end() > length()) return false;
     if (range.length == 0) return true;
-    // Formatted text shares few dictionaries among many runs.
+    // In formatted text, many runs share few dictionaries.
     std::unordered_map<const NSDictionary*, Ref<NSDictionary>> changed;
     std::vector<Run> runs;
     for (size_t run = runIndexAt(range.location); run < runs_.size() && startOfRun(run) < range.end(); ++run) {

@@ -9,10 +9,10 @@
 namespace qz {
 namespace {
 
-// Points by which a line may reach over the end of a container of the very height of its text.
+// Points by which a line may exceed a container that is exactly as high as its text.
 constexpr float kHeightTolerance = 0.01f;
 
-// Wide enough for any line, and still so narrow that places in it are exact to a point.
+// Wide enough for any line, but narrow enough that positions are exact to a point.
 float boundedWidth(float width) {
     return width > 0 ? width : kUnboundedLength;
 }
@@ -67,7 +67,7 @@ NSRect NSTextContainer::lineFragmentRectForProposedRect(NSRect proposedRect, NSL
     if (remainingRect) *remainingRect = {};
     const NSSize bounds = {boundedWidth(containerSize_.width), boundedHeight(containerSize_.height)};
     if (proposedRect.maxY() > bounds.height + kHeightTolerance) return {};
-    // Cut only what has to be: that takes a sum and a difference, which rounds.
+    // Cut only if necessary, since the sum and difference involved round.
     const bool isInside = proposedRect.origin.x >= 0 && proposedRect.origin.y >= 0 &&
                           proposedRect.maxX() <= bounds.width && proposedRect.maxY() <= bounds.height;
     return isInside ? proposedRect : NSIntersectionRect(proposedRect, {{0, 0}, bounds});

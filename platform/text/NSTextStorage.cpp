@@ -46,7 +46,7 @@ Ref<NSTextStorage> NSTextStorage::init() {
 void NSTextStorage::addLayoutManager(const Ref<NSLayoutManager>& layoutManager) {
     if (!layoutManager || layoutManager->textStorage().get() == this) return;
     if (const Ref<NSTextStorage> former = layoutManager->textStorage()) former->removeLayoutManager(*layoutManager);
-    // What is pending is not news to the new one.
+    // Pending edits do not concern the new layout manager.
     processEditing();
     layoutManager->setTextStorage(refTo(*this));
     layoutManagers_.push_back(layoutManager);
@@ -76,7 +76,7 @@ void NSTextStorage::edited(Range range, int64_t changeInLength, bool charactersC
     if (!edit_) {
         edit_ = {range, changeInLength, charactersChanged};
     } else {
-        // The end of this edit before it changed the length; the earlier edit's end is counted in the same text.
+        // The end of this edit before it changed the length, to compare with the earlier edit's end in the same text.
         const int64_t endBefore = static_cast<int64_t>(range.end()) - changeInLength;
         const int64_t end = std::max(static_cast<int64_t>(edit_->range.end()), endBefore) + changeInLength;
         const uint32_t location = std::min(edit_->range.location, range.location);
@@ -91,7 +91,7 @@ void NSTextStorage::processEditing() {
     if (!edit_) return;
     const Range paragraphs = paragraphRange(characters(), edit_->range);
     fixFontsInRange(paragraphs);
-    // A layout manager that is told may add or remove others.
+    // A notified layout manager may add or remove others.
     const std::vector<Ref<NSLayoutManager>> layoutManagers = layoutManagers_;
     const Edit edit = *std::exchange(edit_, std::nullopt);
     for (const Ref<NSLayoutManager>& layoutManager : layoutManagers) {
@@ -105,7 +105,7 @@ Ref<NSFont> NSTextStorage::askedFont(const NSDictionary& attributes) const {
     return font ? font : defaultFont(fontLibrary_);
 }
 
-/// Whether fonts are chosen alike for two runs.
+/// Whether the same fonts are chosen for both runs.
 bool NSTextStorage::askAlike(const NSDictionary& a, const NSDictionary& b) const {
     return askedFont(a)->isEqual(*askedFont(b)) && areSame(a.objectForKey<NSString>(*NSLanguageAttributeName),
                                                            b.objectForKey<NSString>(*NSLanguageAttributeName));
@@ -123,7 +123,7 @@ void NSTextStorage::fixFontsInRange(Range range) {
     std::map<std::pair<const NSDictionary*, Ref<NSFont>>, Ref<NSDictionary>> made;
     uint32_t position = range.location;
     for (size_t run = runIndexAt(range.location); position < range.end();) {
-        // Shaping sees through changes of colour and the like, and so must the choice of fonts.
+        // Shaping ignores changes of colour and the like, and so must the choice of fonts.
         const Ref<NSFont> asked = askedFont(*runs_[run].attributes);
         const uint32_t start = position;
         const uint32_t end = endOfAskedFont(run, static_cast<uint32_t>(range.end()));

@@ -19,7 +19,7 @@ const Ref<NSString>& oldRangeKey() {
     return key;
 }
 
-/// The grapheme cluster that holds the unit at `index`.
+/// The grapheme cluster that contains the unit at `index`.
 Range clusterAt(std::u16string_view text, uint32_t index) {
     const Range paragraph = paragraphRange(text, {index, 1});
     const std::vector<uint8_t> clusters =
@@ -41,7 +41,7 @@ NSTextView::NSTextView() {
 
 NSTextView::~NSTextView() {
     if (undo_) undo_->removeAllActionsWithTarget(*this);
-    // A container that outlives its view has to stop listening to it.
+    // A container that outlives its view must stop listening to it.
     if (textContainer_ && !textContainer_->textView()) textContainer_->setTextView({});
 }
 
@@ -154,7 +154,7 @@ bool NSTextView::replaceUnrecorded(Range range, const NSAttributedString& text) 
     const Ref<NSDictionary> typingAttributes = typingAttributes_;
     if (!textStorage_->replaceCharactersInRange(range, text)) return false;
     setSelectedRange({range.location + text.length(), 0});
-    // What was typed with goes on being typed with; so it is when nothing is left that could say how.
+    // Keep the typing attributes of the typed text, and also if no text is left to supply them.
     if (text.length() > 0 || textStorage_->length() == 0) typingAttributes_ = typingAttributes;
     return true;
 }
@@ -185,7 +185,7 @@ void NSTextView::record(UndoRecord edit) {
     lastRecord_ = kept;
 }
 
-/// Grows the last record when the edit goes on with it: typing behind what was typed, deleting beside what was deleted.
+/// Extends the last record if the edit continues it: typing after typed text, deleting beside deleted text.
 bool NSTextView::continuesLastRecord(const UndoRecord& edit) {
     const std::shared_ptr<UndoRecord> last = lastRecord_.lock();
     if (!last) return false;

@@ -16,7 +16,7 @@ std::string nameOf(hb_face_t* face, hb_ot_name_id_t id) {
     const hb_language_t english = hb_language_from_string("en", -1);
     unsigned int size = hb_ot_name_get_utf8(face, id, english, nullptr, nullptr);
     std::string name(size, '\0');
-    // The buffer has to have room for a terminating zero.
+    // The buffer needs room for a terminating zero.
     unsigned int capacity = size + 1;
     hb_ot_name_get_utf8(face, id, english, &capacity, name.data());
     return name;

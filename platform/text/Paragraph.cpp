@@ -16,8 +16,8 @@ namespace qz {
 namespace {
 
 constexpr char16_t kSoftHyphen = 0x00AD;
-// Items end where a line may begin once they are this long, and in any case at the greatest length: a line copies, and
-// at times shapes anew, what is left of its first item, which must not be much more than a line.
+// Once this long, items end at the next break opportunity, and in any case at the maximum length: a line copies, and
+// sometimes reshapes, the rest of its first item, which should not be much longer than a line.
 constexpr uint32_t kItemUnits = 256;
 constexpr uint32_t kItemUnitsMax = 1024;
 static_assert(kItemUnitsMax + TextBreaker::kClusterUnitsMax <= kShapingUnitsMax);
@@ -52,12 +52,12 @@ NSParagraphStyle::Values paragraphStyle(const NSDictionary& attributes) {
     return values;
 }
 
-/// Line and paragraph separators, tabs, and the controls that no font has a picture for.
+/// Line and paragraph separators, tabs, and controls without glyphs.
 bool isControl(char16_t unit) {
     return u_charType(unit) == U_CONTROL_CHAR || unit == 0x2028 || unit == 0x2029;
 }
 
-/// The script of a cluster: that of its first character that has one of its own.
+/// The script of a cluster: that of its first character with a specific script.
 UScriptCode clusterScript(std::u16string_view cluster) {
     for (size_t i = 0; i < cluster.size();) {
         UChar32 character;
@@ -140,7 +140,7 @@ void Paragraph::itemize(std::u16string_view paragraph) {
         const uint32_t itemLength = item ? start - item->start : 0;
         const bool isFull =
             itemLength >= kItemUnitsMax || (itemLength >= kItemUnits && breaks_[start] & TextBreak::lineMayBegin);
-        // Characters that all scripts share join what stands before them; at the start of a text, what follows.
+        // Characters common to all scripts join the preceding text, or at the start of a text the following text.
         const bool continues = item && !isFull && item->isControl == control && item->level == levels[start] &&
                                (own == USCRIPT_COMMON || own == script || script == USCRIPT_COMMON) &&
                                item->language == styles_[style].language &&
@@ -175,7 +175,7 @@ void Paragraph::joinGraphemes(std::vector<ShapedGlyph>& glyphs, bool isRightToLe
             continue;
         }
         for (size_t i = first; i < last; ++i) glyphs[i].cluster = glyphs[group].cluster;
-        // Within a cluster glyphs come in drawing order: from right to left, the later ones first.
+        // Within a cluster, glyphs are in drawing order: in right-to-left text, the later ones first.
         if (isRightToLeft) std::rotate(at(group), at(first), at(last));
     }
 }
@@ -232,7 +232,7 @@ std::vector<Range> Paragraph::hiddenStyleStarts(const std::vector<ShapedGlyph>& 
         while (glyph < glyphs.size() && glyphs[glyph].cluster < *at) ++glyph;
         const auto ligatureEnd = static_cast<uint32_t>(glyph < glyphs.size() ? glyphs[glyph].cluster : part.end());
         if (ligatureEnd == *at || glyph == 0 || !(breaks_[*at] & TextBreak::clusterStart)) continue;
-        // The shorter side stands alone, so that the other may still be a ligature.
+        // Split off the shorter side, so that the other may still be a ligature.
         const uint32_t ligature = glyphs[glyph - 1].cluster;
         if (*at - ligature < ligatureEnd - *at)
             ranges.push_back({ligature, *at - ligature});
@@ -253,7 +253,7 @@ std::vector<ShapedGlyph> Paragraph::shapePart(size_t item, std::u16string_view p
         shaping.withoutLigatures.insert(shaping.withoutLigatures.end(), hidden.begin(), hidden.end());
         glyphs = shapingCache_->shape(shaping);
     }
-    // Every character must lie in the cluster of some glyph, whatever the font does.
+    // Every character must belong to some glyph's cluster, whatever the font does.
     if (glyphs.empty()) return controlGlyphs(breaks_, part);
     glyphs.front().cluster = part.location;
     joinGraphemes(glyphs, source.level & 1);

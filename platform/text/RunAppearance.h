@@ -5,13 +5,13 @@
 
 namespace qz {
 
-/// What the characters of a run ask of the drawing of their glyphs.
+/// How the glyphs of a run are drawn.
 struct NSLayoutManager::RunAppearance {
     Range characters;
     Ref<NSFont> font;
     Ref<NSColor> color;
     float obliqueness = 0;
-    /// Whether the colour stands for every glyph's own.
+    /// Whether the colour replaces the glyphs' own colours.
     bool isSilhouette = false;
 };
 

@@ -18,7 +18,7 @@ constexpr std::string_view kNoLanguage = "und";
 
 constexpr std::array kOptionalLigatures = {HB_TAG('l', 'i', 'g', 'a'), HB_TAG('c', 'l', 'i', 'g')};
 
-// Features count positions from where the buffer's text begins.
+// Features count positions from the start of the buffer's text.
 std::vector<hb_feature_t> featuresOf(const ShapingItem& item, uint32_t firstPosition) {
     std::vector<hb_feature_t> features;
     for (const hb_tag_t tag : kOptionalLigatures) {
@@ -36,7 +36,7 @@ hb_buffer_t* bufferOfThread() {
     return buffer.get();
 }
 
-// Fills the buffer with the item and some text around it; returns where in the text the buffer's positions begin.
+// Fills the buffer with the item and some context; returns the position in the text where the buffer begins.
 uint32_t fill(hb_buffer_t* buffer, const ShapingItem& item) {
     const size_t contextStart = item.range.location - std::min<size_t>(item.range.location, kShapingContextUnits);
     const std::u16string_view context =
@@ -46,7 +46,7 @@ uint32_t fill(hb_buffer_t* buffer, const ShapingItem& item) {
     hb_buffer_add_utf16(buffer, reinterpret_cast<const uint16_t*>(context.data()), static_cast<int>(context.size()),
                         static_cast<unsigned int>(item.range.location - contextStart),
                         static_cast<int>(item.range.length));
-    // A control may have a glyph, or show the lack of one; what is invisible by definition does neither.
+    // A control may have a glyph, or show as missing; default-ignorable characters do neither.
     unsigned int length = 0;
     hb_glyph_info_t* const characters = hb_buffer_get_glyph_infos(buffer, &length);
     for (unsigned int i = 0; i < length; ++i) {
@@ -83,7 +83,7 @@ std::vector<ShapedGlyph> shape(const ShapingItem& item) {
     const auto featureCount = static_cast<unsigned int>(features.size());
     const bool isShaped = hb_shape_full(face.shaper(), buffer, features.data(), featureCount, nullptr);
     if (!isShaped || !hb_buffer_allocation_successful(buffer)) throw std::bad_alloc();
-    // HarfBuzz gives visual order, the first glyph at the left.
+    // HarfBuzz returns visual order, from the left.
     if (item.isRightToLeft) hb_buffer_reverse_clusters(buffer);
 
     unsigned int count = 0;

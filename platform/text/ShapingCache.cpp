@@ -22,7 +22,7 @@ void ShapingCache::setKey(const ShapingItem& item) {
     key_.clear();
     append(key_, reinterpret_cast<uintptr_t>(&item.font->face()));
     append(key_, uint64_t{std::bit_cast<uint32_t>(item.font->pointSize())} << 32 | item.script);
-    // The context's length tells where the text begins or ends.
+    // The context's length shows where the text begins or ends.
     append(key_, (item.range.location - start) << 48 | (end - item.range.end()) << 32 |
                      uint64_t{item.range.length} << 2 | uint64_t{item.isRightToLeft} << 1 |
                      uint64_t{item.allowsLigatures});

@@ -7,9 +7,9 @@
 
 namespace qz {
 
-/// Remembers the glyphs of short items, so that text which stays while other text changes, as that of a title beside
-/// its clock, is shaped once. Keyed by everything that the glyphs depend on: characters, those around them that joins
-/// look at, font, size, script, direction, language, ligatures. Used by one thread at a time.
+/// Caches the glyphs of short items, so that text that stays while other text changes, such as a title beside a clock,
+/// is shaped once. Keyed by everything that the glyphs depend on: characters, context, font, size, script, direction,
+/// language, ligatures. For one thread at a time.
 class ShapingCache {
 public:
     /// As `qz::shape`.
@@ -17,8 +17,8 @@ public:
 
     uint64_t hits() const { return hits_; }
 
-    static constexpr uint32_t kItemUnitsMax = 256;  ///< a longer item is shaped each time
-    static constexpr size_t kUnitsMax = 1 << 15;    ///< of all keys; beyond it the cache begins anew
+    static constexpr uint32_t kItemUnitsMax = 256;  ///< longer items are not cached
+    static constexpr size_t kUnitsMax = 1 << 15;    ///< total length of all keys, beyond which the cache is emptied
 
 private:
     struct Entry {

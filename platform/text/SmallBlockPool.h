@@ -5,9 +5,9 @@
 
 namespace qz {
 
-/// Memory for the nodes of one container, side by side in the order in which they were made. Blocks given back serve
-/// the next of their size; the memory is freed with the pool. In place of the standard library's pool, of which GCC
-/// 12's goes on without memory when it gets none.
+/// Memory for the nodes of one container, contiguous in the order of creation. Freed blocks are reused for the same
+/// size; the memory is freed with the pool. Replaces the standard library's pool, which in GCC 12 ignores a failed
+/// allocation.
 class SmallBlockPool final : public std::pmr::memory_resource {
 private:
     static constexpr size_t kUnit = alignof(std::max_align_t);

@@ -8,17 +8,17 @@
 
 namespace qz {
 
-/// Attributes that lie over stretches of a text; most of it has none. Positions count UTF-16 units.
+/// Attributes over stretches of a text, most of which has none. Positions count UTF-16 units.
 class TemporaryAttributes {
 public:
     void add(const NSDictionary& attributes, Range range);
     void remove(const NSString& name, Range range);
-    /// The empty dictionary where there are none. `effectiveRange` receives the stretch around the index; without
-    /// attributes it may reach past the text's end.
+    /// Returns an empty dictionary if there are none. `effectiveRange` receives the stretch around the index, which may
+    /// reach past the text's end if it has no attributes.
     Ref<NSDictionary> attributesAtIndex(uint32_t index, Range* effectiveRange) const;
 
-    /// Keeps up with an edit, as `NSLayoutManager::textStorageEdited` is told of it: edited text has none, text behind
-    /// it keeps its own.
+    /// Follows an edit, given as for `NSLayoutManager::textStorageEdited`: edited text loses its attributes, later text
+    /// keeps them.
     void textEdited(Range editedRange, int64_t changeInLength);
 
 private:
@@ -29,10 +29,10 @@ private:
     using Change = std::function<Ref<NSDictionary>(const Ref<NSDictionary>&)>;
 
     void change(Range range, const Change& change);
-    /// Makes a run begin at the position, if any holds it, and returns the first one that begins there or behind.
+    /// Splits any run at the position, and returns the first run that begins there or later.
     std::vector<Run>::iterator cutAt(uint32_t position);
 
-    /// In order, none empty in length or attributes; there may be gaps.
+    /// In order, never empty in length or attributes; there may be gaps.
     std::vector<Run> runs_;
 };
 

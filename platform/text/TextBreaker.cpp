@@ -32,7 +32,7 @@ Iterator open(UBreakIteratorType type) {
     return iterator;
 }
 
-// Opening one takes longer than finding the clusters of a title.
+// Opening an iterator takes longer than finding the clusters of a title.
 UBreakIterator& clustersOfThread() {
     thread_local const Iterator iterator = open(UBRK_CHARACTER);
     return *iterator;

@@ -22,7 +22,7 @@ void TextCaret::followSelection() {
     const auto end = static_cast<uint32_t>(selection.end());
     if (std::min(anchor_, place_.index) == selection.location && std::max(anchor_, place_.index) == end) return;
     anchor_ = selection.location;
-    // What has just been typed is what the insertion point stands behind.
+    // The insertion point is after the text just typed.
     place_ = {end, selection.length == 0};
     aimX_.reset();
 }
@@ -82,14 +82,14 @@ void TextCaret::moveSideways(const std::vector<CaretLine>& lines, bool toRight, 
     const CaretLine& line = lines[at];
     if (!extend && anchor_ != place_.index) {
         const size_t anchorLine = lineOfCaret(lines, {anchor_});
-        // On one line the edge is a matter of sight, across lines one of reading order.
+        // On one line the edge is determined visually, across lines by reading order.
         const bool anchorIsRight = anchorLine == at ? line.xOfCaret({anchor_}) > line.xOfCaret(place_)
                                                     : (anchorLine > at) != line.isRightToLeft;
         goTo(anchorIsRight == toRight ? CaretPlace{anchor_} : place_, false);
         return;
     }
     if (std::optional<CaretPlace> beside = line.placeBeside(place_, toRight)) {
-        // Behind the last cluster of a wrapped line comes the start of the next one, not the same place once more.
+        // After the last cluster of a wrapped line comes the start of the next line, not the same place again.
         if (line.isWrapped && beside->index == line.textEnd) beside->isBehindCharacter = false;
         goTo(*beside, extend);
         return;
@@ -131,7 +131,7 @@ void TextCaret::selectWordAtPoint(NSPoint point) {
     if (lines.empty()) return;
     const CaretLine& line = lines[lineAtY(lines, point.y)];
     uint32_t index = line.placeAtX(point.x).index;
-    // The place nearest to the pointer may be the far edge of the cluster below it.
+    // The place nearest to the pointer may be the far edge of the cluster under it.
     for (const CaretCell& cell : line.cells) {
         if (point.x >= cell.left && point.x < cell.right) index = cell.characters.location;
     }

@@ -7,30 +7,30 @@
 
 namespace qz {
 
-/// Moves the insertion point and the selection of a text view by keys and by the pointer, as its text looks on the
-/// screen: left and right go by sight, also where directions mix, and no place lies inside a grapheme cluster.
+/// Moves the insertion point and selection of a text view by keys and pointer, as the text appears on the screen: left
+/// and right are visual, even with mixed directions, and never stop inside a grapheme cluster.
 ///
-/// Follows selections that others set. Points are in container coordinates. Used on the view's thread.
+/// Follows selections set elsewhere. Points are in container coordinates. Use it on the view's thread.
 class TextCaret {
 public:
     enum class Motion { left, right, wordLeft, wordRight, up, down, lineStart, lineEnd, textStart, textEnd };
 
     explicit TextCaret(const Ref<NSTextView>& view) : view_(view) {}
 
-    /// With `extend`, the other end of the selection stays. Without, left and right collapse a selection to its edge.
+    /// With `extend`, the other end of the selection stays; otherwise left and right collapse a selection to its edge.
     void move(Motion motion, bool extend);
     void moveToPoint(NSPoint point, bool extend);
     void selectWordAtPoint(NSPoint point);
     void selectParagraphAtPoint(NSPoint point);
     void selectAll();
-    /// Deletes the selection, or else the word before or behind the insertion point.
+    /// Deletes the selection, or else the word before or after the insertion point.
     bool deleteWord(bool backward);
 
     /// The end of the selection that moves.
     uint32_t position();
-    /// The insertion point, without width. In an empty text it stands where the alignment asks, at the container's top.
+    /// The insertion point, with no width. In an empty text it is at the container's top, placed by the alignment.
     NSRect rect();
-    /// What is shown of the selection.
+    /// The rectangles of the selection.
     std::vector<NSRect> selectionRects() const;
     /// The nearest insertion point.
     uint32_t indexAtPoint(NSPoint point) const;
@@ -47,7 +47,7 @@ private:
     // The end of the selection that stays.
     uint32_t anchor_ = 0;
     CaretPlace place_;
-    // Where moves up and down aim at.
+    // The target of moves up and down.
     std::optional<float> aimX_;
 };
 

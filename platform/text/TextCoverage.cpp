@@ -31,7 +31,7 @@ bool isFormRight(char32_t character, char32_t next, bool hasColourGlyphs) {
 bool isCharacterCovered(char32_t character, const std::function<bool(char32_t)>& hasGlyph) {
     if (isLayoutControl(character) || has(character, UCHAR_DEFAULT_IGNORABLE_CODE_POINT)) return true;
     if (hasGlyph(character)) return true;
-    // Shaping makes these of the plain space and the plain hyphen.
+    // Shaping substitutes the plain space or hyphen for these.
     if (u_charType(static_cast<UChar32>(character)) == U_SPACE_SEPARATOR) return hasGlyph(U' ');
     return character == U'\u2011' && hasGlyph(U'\u2010');
 }
@@ -96,7 +96,7 @@ bool belongsToAnyScript(std::u16string_view cluster) {
 
 bool isTextCovered(std::u16string_view text, const std::function<bool(char32_t)>& hasGlyph,
                    std::optional<bool> hasColourGlyphs) {
-    // Shaping composes a letter and its marks when the font has the composed letter only.
+    // Shaping composes a letter and its marks if the font has only the composed letter.
     return areCharactersCovered(text, hasGlyph, hasColourGlyphs) ||
            areCharactersCovered(composed(text), hasGlyph, hasColourGlyphs);
 }

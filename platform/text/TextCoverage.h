@@ -6,22 +6,22 @@
 
 namespace qz {
 
-/// The character at `index`, which moves on; U+FFFD for half a surrogate pair, 0 beyond the end.
+/// Returns the character at `index` and advances it; U+FFFD for half a surrogate pair, 0 beyond the end.
 char32_t nextCharacter(std::u16string_view text, size_t& index);
 
-/// A control, a tab, a line or paragraph separator: takes part in layout and shows nothing.
+/// Whether it is a control, a tab, or a line or paragraph separator, which affects layout but shows nothing.
 bool isLayoutControl(char32_t character);
 
-/// Whether the cluster is shown in colour, for what it is or because U+FE0F asks for it.
+/// Whether the cluster is shown in colour, by default or because of U+FE0F.
 bool hasEmojiForm(std::u16string_view cluster);
 
-/// Whether every character of the cluster is of use to all scripts: blanks, digits, punctuation, but no emoji. A line
-/// end or a tab is not among them: what stands behind it is not a part of what stands before.
+/// Whether every character of the cluster is common to all scripts: blanks, digits, punctuation, but not emoji. Line
+/// ends and tabs do not count, since they separate the text around them.
 bool belongsToAnyScript(std::u16string_view cluster);
 
-/// Whether shaping finds a glyph for every character of the text that needs one, where `hasGlyph` tells of single
-/// characters. `hasColourGlyphs` tells of the font; emoji count only in a colour font then, and those followed by
-/// U+FE0E only in another. Without it, an emoji counts in any form.
+/// Whether shaping finds a glyph for every character that needs one, given `hasGlyph` for single characters. If
+/// `hasColourGlyphs` has a value, emoji require a colour font, and emoji followed by U+FE0E a font without colour;
+/// otherwise an emoji counts in either form.
 bool isTextCovered(std::u16string_view text, const std::function<bool(char32_t)>& hasGlyph,
                    std::optional<bool> hasColourGlyphs);
 

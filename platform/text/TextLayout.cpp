@@ -7,11 +7,11 @@
 namespace qz {
 namespace {
 
-// The height of a line is known when it is filled, and how it is filled may depend on the height asked for.
+// The height of a line is known once it is filled, but filling may depend on the requested height.
 constexpr int kFragmentTriesMax = 3;
 constexpr float kHeightTolerance = 0.001f;
-// Points that a fragment adds to the lines before it, at least. In 32-bit floats a full container may have a little
-// left, where lines would stand on one another without ever filling it.
+// The minimum height, in points, that a fragment adds. In 32-bit floats a full container may have a little room left,
+// where endless lines would pile up without filling it.
 constexpr float kLowestFragment = 0.01f;
 
 }  // namespace
@@ -26,7 +26,7 @@ Ref<NSTextStorage> TextLayout::text() const {
 void TextLayout::textEdited(Range editedRange, int64_t changeInLength) {
     const Ref<NSTextStorage> storage = storage_.lock();
     if (storage && editedRange == Range{0, storage->length()}) {
-        // A new text. It needs nothing of the old one, about which an edit may not have been told to the end.
+        // A new text does not need anything of the old one, whose last edit may not have been reported.
         beginAnew();
         paragraphs_.clear();
         length_ = storage->length();
@@ -154,7 +154,7 @@ std::optional<NSRect> TextLayout::askForFragment(float height, float spacingBefo
                                                                        NSLineMovementDirection::down, &remaining);
     if (generation != generation_ || NSIsEmptyRect(fragment)) return std::nullopt;
     if (fragment.maxY() - fragment.origin.y < kLowestFragment) return std::nullopt;
-    // Between the free ends of so short a line there is no room for text, as little as in an empty one.
+    // A line narrower than its padding has no room for text, like an empty one.
     if (fragment.size.width < 2 * container->lineFragmentPadding()) return std::nullopt;
     return fragment;
 }
@@ -182,7 +182,7 @@ std::optional<TextLayout::FittedLine> TextLayout::fitLine(LineFiller& filler, co
         FittedLine line{.content = filler.fill(start, span.width), .metrics = {}, .fragment = *fragment, .span = span};
         line.metrics = filler.metrics(line.content.start, line.content.end);
         if (line.metrics.height <= height + kHeightTolerance || tries == kFragmentTriesMax) {
-            // The height of an earlier try may have been more than this one needs.
+            // An earlier try may have been higher than necessary.
             line.fragment.size.height = std::min(fragment->size.height, line.metrics.height);
             return line;
         }
@@ -200,7 +200,7 @@ bool TextLayout::layOutLine() {
     try {
         isLaidOut = layOutLineOf(*storage);
     } catch (...) {
-        // Out of memory, half-way: whoever asks again has the whole text laid out.
+        // Memory ran out half-way: the next query lays out the whole text again.
         isLayingOut_ = false;
         beginAnew();
         throw;
@@ -229,7 +229,7 @@ void TextLayout::addLine(const Entry& entry, std::u16string_view paragraphText, 
     const uint32_t end = fitted.content.end;
     PlacedLine placed = placeLine(std::move(fitted.content), paragraph, paragraphText, entry.location, fitted.metrics,
                                   {fitted.fragment, containers_[container_]->lineFragmentPadding(), fitted.span});
-    // Spacing needs no room of its own: at the end of a container it is what remains there.
+    // Spacing needs no room: at the end of a container, whatever remains is enough.
     const bool endsItsParagraph = end == entry.length;
     fitted.fragment.size.height += paragraph.style().lineSpacing;
     if (endsItsParagraph) fitted.fragment.size.height += paragraph.style().paragraphSpacing;
@@ -375,7 +375,7 @@ NSRect TextLayout::usedRectOfContainer(const NSTextContainer& container) {
     if (!index) return {};
     layOutContainer(*index);
     std::optional<NSRect> used;
-    // Not the union of areas: an empty line has none, but counts.
+    // Not a union of areas, since an empty line has no area but counts.
     const auto add = [&](const NSRect& rect) {
         if (!used) used = rect;
         const float left = std::min(used->origin.x, rect.origin.x);

@@ -15,9 +15,9 @@ namespace qz {
 
 /// Lays a text out in containers: owns the containers, the lines and the glyphs.
 ///
-/// Every query lays out as far as its answer takes, in the order of the text. Lines are made one after the other until
-/// the text or the containers end. Only then does text without a place get glyphs: a line break may change glyphs, so
-/// those of text that is still to be laid out are not known.
+/// Every query lays out as far as necessary, in text order. Lines are made one after another until the text or the
+/// containers end. Only then does text without a place get glyphs: since a line break may change glyphs, those of text
+/// not yet laid out are unknown.
 class TextLayout {
 public:
     struct Line {
@@ -30,12 +30,12 @@ public:
         size_t paragraph;
     };
 
-    /// Not owned; `textEdited` tells of the new text. Null before there is one.
+    /// Not owned; call `textEdited` for a new text. Null until one is set.
     ///@{
     Ref<NSTextStorage> storage() const { return storage_.lock(); }
     void setStorage(const Ref<NSTextStorage>& storage) { storage_ = storage; }
     ///@}
-    /// The text; null if it has been edited and `textEdited` has not been called yet, so that it does not fit the
+    /// The text; null if it has been edited but `textEdited` has not been called yet, so that it does not match the
     /// glyphs.
     Ref<NSTextStorage> text() const;
     void textEdited(Range editedRange, int64_t changeInLength);
@@ -44,32 +44,32 @@ public:
     /// In the order in which the text fills them.
     const std::vector<Ref<NSTextContainer>>& containers() const { return containers_; }
     void addContainer(const Ref<NSTextContainer>& container);
-    /// The container that was removed; null if it is not one of these.
+    /// Returns the removed container; null if it is not one of these.
     Ref<NSTextContainer> removeContainer(const NSTextContainer& container);
-    /// Forgets the lines in the container and in those behind it.
+    /// Discards the lines in the container and the following ones.
     void containerChanged(const NSTextContainer& container);
 
     /// The lines in the container, in order; empty if it is not one of these.
     std::span<const Line> linesOfContainer(const NSTextContainer& container);
-    /// What the lines in the container use; the zero rectangle if there are none.
+    /// The area used by the lines in the container; the zero rectangle if there are none.
     NSRect usedRectOfContainer(const NSTextContainer& container);
-    /// The zero rectangle if the container does not hold the extra line.
+    /// The zero rectangle if the container does not have the extra line.
     NSRect extraLineUsedRectOfContainer(const NSTextContainer& container);
 
     /// How many glyphs the whole text has.
     uint32_t glyphCount();
-    /// The first glyph without a line as far as text has been laid out; `glyphCount` once nothing more has room.
+    /// The first glyph without a line so far; `glyphCount` once nothing more fits.
     uint32_t firstUnlaidGlyph();
     /// How many glyphs have a line so far.
     uint32_t placedGlyphCount() const;
-    /// Null beyond the last glyph. A glyph has no place if no container has room. Valid until anything else is asked.
+    /// Null beyond the last glyph. A glyph has no place if no container has room. Valid until the next query.
     const PlacedGlyph* glyph(uint32_t glyphIndex);
-    /// The line of a glyph; null if it has no place. Valid until anything else is asked.
+    /// The line of a glyph; null if it has no place. Valid until the next query.
     const Line* lineOfGlyph(uint32_t glyphIndex);
     /// The same for a glyph that has a place already.
     const Line* knownLineOfGlyph(uint32_t glyphIndex) const;
-    /// The characters of the glyphs, with all glyphs of these characters in `actualGlyphs`; and the reverse. What lies
-    /// beyond the text is cut off.
+    /// The characters of the glyphs, with all glyphs of these characters in `actualGlyphs`; and the reverse. Ranges are
+    /// cut to the text.
     ///@{
     Range charactersOfGlyphs(Range glyphs, Range* actualGlyphs);
     Range glyphsOfCharacters(Range characters, Range* actualCharacters);
@@ -79,14 +79,14 @@ public:
 
     /// The grapheme clusters of a line, in the order of the text.
     std::vector<CaretCell> caretCells(const Line& line) const;
-    /// Points by which the text at a character of the line is raised above its baseline.
+    /// The baseline offset, in points upward, of the text at a character of the line.
     float baselineOffsetAt(const Line& line, uint32_t character) const;
     bool isRightToLeftParagraph(const Line& line) const {
         return paragraphs_[line.paragraph].paragraph->isRightToLeft();
     }
 
 private:
-    /// A paragraph of the text, analysed when it is first laid out, and kept until its text changes.
+    /// A paragraph of the text, analysed on first layout and kept until its text changes.
     struct Entry {
         uint32_t location;
         uint32_t length;
@@ -102,7 +102,7 @@ private:
         NSRect fragment;
         LineSpan span;
     };
-    /// The empty line behind a text that ends with a line end.
+    /// The empty line after a text that ends with a line end.
     struct ExtraLine {
         NSRect usedRect;
         size_t container;
@@ -111,16 +111,16 @@ private:
     std::optional<size_t> indexOfContainer(const NSTextContainer& container) const;
     void forgetContainersFrom(size_t container);
     void layOutContainer(size_t container);
-    /// Make glyphs until there is this one, or one of this character; without a place if no container has room.
+    /// Make glyphs up to this one, or one of this character, without a place if no container has room.
     void makeGlyph(uint32_t glyphIndex);
     void makeCharacter(uint32_t characterIndex);
     std::span<const Line> knownLinesOfContainer(size_t container) const;
-    /// The glyphs of the cluster that holds a character, which has been made.
+    /// The glyphs of the cluster of a character, which must have been made.
     Range glyphsOfCharacter(uint32_t characterIndex) const;
 
     bool layOutLine();
     bool layOutLineOf(const NSTextStorage& storage);
-    /// Forgets everything about the text except where its paragraphs are.
+    /// Discards everything about the text except the ranges of its paragraphs.
     void beginAnew();
     void layOutExtraLine(const NSAttributedString& text);
     /// Finds room for a line, from the current container on; null if no container has any.
@@ -128,7 +128,7 @@ private:
     auto inNextContainer(const Fit& fit) -> decltype(fit());
     std::optional<NSRect> askForFragment(float height, float spacingBefore);
     std::optional<FittedLine> fitLine(LineFiller& filler, const Paragraph& paragraph, uint32_t start);
-    /// What stays free above the first line of a paragraph; 0 at the top of a container.
+    /// The space above the first line of a paragraph; 0 at the top of a container.
     float spacingBefore(const Paragraph& paragraph) const;
     void addLine(const Entry& entry, std::u16string_view paragraphText, FittedLine fitted);
     bool makeUnplacedGlyphs();
@@ -150,7 +150,7 @@ private:
 
     std::vector<Line> lines_;
     std::optional<ExtraLine> extraLine_;
-    /// Those of the lines, then those of text without a place.
+    /// The glyphs of the lines, then those of text without a place.
     std::vector<PlacedGlyph> glyphs_;
 
     Position nextLine_;
@@ -158,7 +158,7 @@ private:
     size_t container_ = 0;
     float y_ = 0;
     bool isDone_ = false;
-    /// Grows whenever something is forgotten: a container may change while it is asked for a fragment.
+    /// Incremented whenever something is discarded, since a container may change while granting a fragment.
     uint64_t generation_ = 0;
     bool isLayingOut_ = false;
 };

@@ -12,19 +12,19 @@
 namespace qz {
 namespace {
 
-// Points between the pieces of a rule that are still one: places have gone through 32-bit floats.
+// The largest gap, in points, between pieces of one rule, since positions have been through 32-bit floats.
 constexpr float kTouching = 0.01f;
 
-/// A run of text with what decides on its rules.
+/// A run of text with the attributes that affect its rules.
 struct RuledRun {
     Range characters;
     TextRuleKinds kinds;
-    Ref<NSFont> font;  ///< the one asked for: one that serves for it has no rule of its own
+    Ref<NSFont> font;  ///< the requested font: a substitute's rules do not count
     Ref<NSColor> color;
     float baselineOffset = 0;
 };
 
-/// What the advance of a glyph covers of its line.
+/// The part of a line covered by a glyph's advance.
 struct Piece {
     float left;
     float right;
@@ -32,7 +32,7 @@ struct Piece {
     size_t run;
 };
 
-/// The font of the largest part of some pieces, so that a rule under a line with a word in another face is one line.
+/// The font of most of the pieces, so that a rule under a line with one word in another face is straight.
 const NSFont& prevailingFont(const std::vector<RuledRun>& runs, std::span<const Piece> pieces) {
     std::vector<std::pair<const NSFont*, float>> widths;
     for (const Piece& piece : pieces) {
@@ -52,8 +52,8 @@ public:
     RuleFinder(const NSLayoutManager& manager, const NSTextStorage& text, NSPoint atPoint)
         : manager_(manager), layout_(*manager.layout_), text_(text), atPoint_(atPoint) {}
 
-    /// Those of the line's glyphs in the range. How they run is decided by the whole line, so that they are one however
-    /// the line's glyphs are drawn.
+    /// Adds the rules of the line's glyphs in the range. The whole line determines their position, so that they match
+    /// however the glyphs are drawn.
     void addRulesOfLine(const TextLayout::Line& line, Range glyphRange) {
         findPieces(line);
         for (const bool TextRuleKinds::*const kind : {&TextRuleKinds::underline, &TextRuleKinds::strikeThrough}) {
@@ -70,12 +70,12 @@ public:
     std::vector<TextRule> rules() && { return std::move(rules_); }
 
 private:
-    /// In the order in which they stand in the line. White space that hangs at its end has no advance, and no rule.
+    /// In visual order. White space hanging at the end has no advance and no rule.
     void findPieces(const TextLayout::Line& line) {
         pieces_.clear();
         runs_.clear();
         for (auto i = line.glyphs.location; i < line.glyphs.end(); ++i) {
-            // A copy: whoever chooses the font of a run may have text laid out.
+            // A copy, since choosing the font of a run may lay out text.
             const PlacedGlyph glyph = *layout_.glyph(i);
             if (!(glyph.advance > 0)) continue;
             if (runs_.empty() || !runs_.back().characters.contains(glyph.character))
@@ -134,7 +134,7 @@ private:
     const NSTextStorage& text_;
     const NSPoint atPoint_;
     std::vector<RuledRun> runs_;  // of the line
-    std::vector<Piece> pieces_;   // likewise
+    std::vector<Piece> pieces_;   // of the line
     std::vector<TextRule> rules_;
 };
 
@@ -142,7 +142,7 @@ std::vector<TextRule> NSLayoutManager::textRulesForGlyphRange(Range glyphRange, 
     const Range characters = characterRangeForGlyphRange(glyphRange);
     const Ref<NSTextStorage> text = layout_->text();
     if (!text) return {};
-    // Most text has none, which takes a look at each run.
+    // Most text has no rules, so check the runs first.
     bool hasRules = false;
     for (uint64_t i = characters.location; !hasRules && i < characters.end();) {
         Range run;

@@ -8,7 +8,7 @@
 
 namespace qz {
 
-/// Which rules a run of text has.
+/// The rules of a run of text.
 struct TextRuleKinds {
     bool underline = false;      ///< under the text
     bool strikeThrough = false;  ///< through it
@@ -17,15 +17,15 @@ struct TextRuleKinds {
     bool isEmpty() const { return !underline && !strikeThrough; }
 };
 
-/// A piece of a rule under text or through it, as far as one run of attributes goes in one line.
+/// A piece of a rule under or through text, for one run of attributes in one line.
 struct TextRule {
-    NSRect rect;            ///< what it covers, in the space that the glyphs are drawn in
-    bool isBelow = false;   ///< under the text; else through it
+    NSRect rect;            ///< in the space where the glyphs are drawn
+    bool isBelow = false;   ///< under the text, otherwise through it
     Ref<NSColor> color;     ///< of the text
     Range characters = {};  ///< the text that it belongs to
 };
 
-/// Neighbours in one colour as one, so that no seam shows between them.
+/// Merges neighbours of one colour, so that no seam shows between them.
 std::vector<TextRule> joinedRules(const std::vector<TextRule>& rules);
 
 }  // namespace qz

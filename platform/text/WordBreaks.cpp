@@ -21,7 +21,7 @@ Breaks wordsIn(std::u16string_view text) {
     return breaks;
 }
 
-/// Whether what ends at the boundary just found is a word.
+/// Whether the text before the boundary just found is a word.
 bool isWord(UBreakIterator* breaks) {
     return ubrk_getRuleStatus(breaks) >= UBRK_WORD_NONE_LIMIT;
 }
