@@ -86,6 +86,7 @@ TEST(PaletteArchive, AFileIsReadByWhatItHoldsAndWrittenByItsName) {
     for (const auto& [data, expected] : others) {
         std::string error;
         EXPECT_FALSE(paletteFromData(data, &error));
+        EXPECT_FALSE(paletteFromData(data)) << "and nobody is told";
         EXPECT_THAT(error, HasSubstr(expected));
     }
 }

@@ -1,21 +1,14 @@
 // Memory that runs out at any moment of a piece of work: `std::bad_alloc` leaves the call and nothing else happens. The
-// same work done afterwards gives what it always gives, and holds no block more. Inside the libraries beneath too: in
-// FreeType, HarfBuzz, Cairo, Fontconfig, ICU and libpng. A picture with a letter less is a fault, unless the library
-// said nothing. A save leaves the old file or the new one, whole.
-//
-// Each walk runs in a process of its own, since a library that does not look at what malloc gave may end it. Where it
-// ended decides: in this project's code it is a failure, in a library's the walk goes on behind it, and the libraries
-// are named.
-#include <csignal>
-#include <cstdio>
+// same work done afterwards gives what it always gives, and holds no block more. A save leaves the old file or the new
+// one, whole.
+#include <atomic>
+#include <cstdlib>
 #include <functional>
-#include <map>
+#include <limits>
 #include <new>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "QzAnno/archive/QzTokeningArchiver.h"
 #include "QzAnno/model/QzMutableAnnoString.h"
@@ -25,164 +18,86 @@
 #include "QzAnno/render/QzAnnoStringToScreen.h"
 #include "platform/graphics/NSGraphicsContext.h"
 #include "platform/text/GlyphCache.h"
-#include "tests/faults/FailingMemory.h"
 #include "tests/support/FontFiles.h"
 #include "tests/support/Palettes.h"
 #include "tests/support/TemporaryFolder.h"
 
+namespace {
+
+constexpr uint64_t kNever = std::numeric_limits<uint64_t>::max();
+
+std::atomic<int64_t> blocksHeld = 0;
+std::atomic<uint64_t> allocations = 0, failingAllocation = kNever;
+
+void* take(size_t size) noexcept {
+    if (++allocations == failingAllocation) return nullptr;
+    void* const memory = std::malloc(size ? size : 1);
+    if (memory) ++blocksHeld;
+    return memory;
+}
+
+void* takeOrThrow(size_t size) {
+    void* const memory = take(size);
+    if (!memory) throw std::bad_alloc();
+    return memory;
+}
+
+void give(void* memory) noexcept {
+    if (memory) --blocksHeld;
+    std::free(memory);
+}
+
+}  // namespace
+
+void* operator new(size_t size) {
+    return takeOrThrow(size);
+}
+void* operator new[](size_t size) {
+    return takeOrThrow(size);
+}
+void* operator new(size_t size, const std::nothrow_t&) noexcept {
+    return take(size);
+}
+void* operator new[](size_t size, const std::nothrow_t&) noexcept {
+    return take(size);
+}
+void operator delete(void* memory) noexcept {
+    give(memory);
+}
+void operator delete[](void* memory) noexcept {
+    give(memory);
+}
+void operator delete(void* memory, size_t) noexcept {
+    give(memory);
+}
+void operator delete[](void* memory, size_t) noexcept {
+    give(memory);
+}
+
 namespace qz {
 namespace {
 
-using test::Failing;
-
-/// Work that gives bytes to compare, between what prepares it and a look at what lies outside the process.
-struct Work {
-    std::function<std::string()> run;
-    std::function<void()> prepare;
-    std::function<bool()> isWhole;
-
-    std::string prepareAndRun() const {
-        prepare();
-        return run();
+/// Counts calls of `operator new` from its making, and fails the one of this number, from 1; 0 fails none.
+class FailingMemory {
+public:
+    explicit FailingMemory(uint64_t number) {
+        allocations = 0;
+        failingAllocation = number == 0 ? kNever : number;
     }
+    ~FailingMemory() { failingAllocation = kNever; }
+    static uint64_t count() { return allocations; }
 };
 
-/// What the process of a walk tells, and leaves behind when it ends before its time.
-struct Report {
-    uint64_t number = 0;  // of the allocation that fails now; 0 when the walk is through
-    bool isRepeating = false;
-    uint64_t failed = 0, refused = 0, absorbed = 0, otherwise = 0, lost = 0;
-    char endedIn[64] = "";
-    char fault[256] = "";
-};
-
-Report* sharedReport() {
-    static Report* const report =
-        new (::mmap(nullptr, sizeof(Report), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)) Report;
-    return report;
-}
-
-void reportWhereItEnded(int signal) {
-    const std::string_view module = test::innermostModule(nullptr);
-    std::snprintf(sharedReport()->endedIn, sizeof Report::endedIn, "%.*s", static_cast<int>(module.size()),
-                  module.data());
-    ::signal(signal, SIG_DFL);
-    ::raise(signal);
-}
-
-/// Libraries that take what they cannot load as absent, and sometimes do not say so: HarfBuzz a table, FreeType a
-/// driver or a glyph, Fontconfig a font.
-bool tellsNothing(std::string_view module) {
-    return module.starts_with("libharfbuzz") || module.starts_with("libfreetype") ||
-           module.starts_with("libfontconfig");
-}
-
-/// In the child: fails one allocation after the other from `first` on, and ends with the first fault.
-void walk(const Work& work, const std::string& expected, uint64_t first, uint64_t stride, uint64_t allocations,
-          Failing failing) {
-    Report& report = *sharedReport();
-    for (const int signal : {SIGSEGV, SIGBUS, SIGABRT, SIGFPE, SIGILL}) ::signal(signal, reportWhereItEnded);
-    const auto fault = [&report](const char* what) { std::snprintf(report.fault, sizeof report.fault, "%s", what); };
-    const int64_t held = test::blocksHeld();
-    for (uint64_t number = first; number <= allocations; number += stride) {
-        report.number = number;
-        report.isRepeating = false;
-        ++report.failed;
-        try {
-            std::string made;
-            work.prepare();
-            {
-                const test::FailingMemory failure(number, failing);
-                made = work.run();
-            }
-            const std::string_view module = test::moduleOfFailure();
-            if (made == expected) {
-                ++report.absorbed;
-            } else if (failing != Failing::theNew && tellsNothing(module)) {
-                // It may remember what it made of it, so the process is of no further use.
-                ++report.otherwise;
-                return;
-            } else {
-                return fault(("something else came out, without a refusal, by " + std::string(module)).c_str());
-            }
-        } catch (const std::bad_alloc&) {
-            ++report.refused;
-        } catch (const std::exception& exception) {
-            return fault(exception.what());
-        }
-        if (!work.isWhole()) ++report.lost;
-        report.isRepeating = true;
-        if (NSGraphicsContext::currentContext()) return fault("a graphics context is left current");
-        if (work.prepareAndRun() != expected) return fault("the same work afterwards gives something else");
-        if (failing == Failing::theNew && test::blocksHeld() != held) return fault("blocks are held for good");
-    }
-    report.number = 0;
-}
-
-struct Totals {
-    uint64_t allocations = 0, failed = 0, refused = 0, absorbed = 0, otherwise = 0, lost = 0;
-    std::map<std::string, int> ended;
-};
-
-/// Walks the work's allocations, `tries` of them.
-Totals failEach(const Work& work, Failing failing, uint64_t tries) {
+/// A render with fonts opened anew, by the host's pipeline, which outlives the failure; and a save of it.
+TEST(MemoryFault, EndsARenderAndASaveOrChangesNothing) {
+    constexpr uint64_t kTries = 300;
     setLogHook([](std::string_view) {});
     setStandardErrorHook([](std::string_view) {});
-    std::string expected;
-    for (int round = 0; round < 3; ++round) expected = work.prepareAndRun();
-    Totals totals;
-    work.prepare();
-    {
-        const test::FailingMemory none(0, failing);
-        work.run();
-        totals.allocations = none.count();
-    }
-    const uint64_t stride = totals.allocations / tries + 1;
-    for (uint64_t first = 1; first != 0;) {
-        Report& report = *sharedReport();
-        report = {};
-        report.number = first;
-        const pid_t child = ::fork();
-        if (child == 0) {
-            walk(work, expected, first, stride, totals.allocations, failing);
-            ::_exit(0);
-        }
-        int status = 0;
-        EXPECT_EQ(::waitpid(child, &status, 0), child);
-        totals.failed += report.failed;
-        totals.refused += report.refused;
-        totals.absorbed += report.absorbed;
-        totals.otherwise += report.otherwise;
-        totals.lost += report.lost;
-        const std::string where = "allocation " + std::to_string(report.number) + " of " +
-                                  std::to_string(totals.allocations) +
-                                  (failing == Failing::theMallocAndAllBehind ? " and all that follow" : "") +
-                                  (report.isRepeating ? ", in the work after it" : "");
-        if (*report.fault) ADD_FAILURE() << where << ": " << report.fault;
-        if (WIFSIGNALED(status)) {
-            ++totals.ended[report.endedIn];
-            const std::string_view module = report.endedIn;
-            // Fontconfig is the one that does.
-            if (!module.starts_with("libfontconfig"))
-                ADD_FAILURE() << where << ": ended by signal " << WTERMSIG(status) << " in " << module;
-        }
-        first = report.number == 0 ? 0 : report.number + stride;
-        if (first > totals.allocations) first = 0;
-    }
-    setLogHook({});
-    setStandardErrorHook({});
-    return totals;
-}
-
-/// A render with fonts opened anew, which is where the libraries take most, by the host's pipeline, which outlives the
-/// failure; and a save of it. The fonts are listed before: Fontconfig, which lists them, ends the process at many of
-/// its allocations when they fail.
-void failEachOfARenderAndASave(Failing failing, uint64_t tries) {
     const TemporaryFolder fonts, folder;
     ASSERT_TRUE(writeText(fonts.file("quokka.ttf"), test::quokka(test::fontFile("DejaVuSans"))));
     const std::string archive = folder.file("titles.annostring"), picture = folder.file("title.png");
     const auto screen = QzAnnoStringToScreen::init();
-    std::shared_ptr<FontLibrary> library;
+    const std::shared_ptr<FontLibrary> library = FontLibrary::withDirectories({fonts.path().string()});
     const auto run = [&] {
         const Ref<QzAnnoPalette> styles = test::strokedPalette(40, 8);
         test::giveAttributes(*styles, styles->lookupAnno({}), {{QzFontAttribute, "Quokka Sans"_ns}});
@@ -201,39 +116,40 @@ void failEachOfARenderAndASave(Failing failing, uint64_t tries) {
             throw std::bad_alloc();
         return std::string(data->view()) + std::string(png->view());
     };
-    const auto prepare = [&] {
-        // What is remembered of fonts opened anew would count as blocks held.
-        if (!library || failing != Failing::theNew) library = FontLibrary::withDirectories({fonts.path().string()});
+    std::string expected;
+    for (int round = 0; round < 3; ++round) expected = run();
+    const std::string newArchive = readText(archive), newPicture = readText(picture);
+    uint64_t needed = 0, refused = 0;
+    {
+        const FailingMemory none(0);
+        run();
+        needed = none.count();
+    }
+    for (uint64_t number = 1; number <= needed && !HasFailure(); number += needed / kTries + 1) {
+        SCOPED_TRACE("allocation " + std::to_string(number) + " of " + std::to_string(needed));
+        const int64_t held = blocksHeld;
         writeText(archive, "old");
         writeText(picture, "old");
-    };
-    prepare();
-    run();
-    const std::string newArchive = readText(archive), newPicture = readText(picture);
-    const auto isWhole = [&] {
-        const auto files = std::distance(std::filesystem::directory_iterator(folder.path()), {});
-        const std::string found[] = {readText(archive), readText(picture)};
-        return files == 2 && (found[0] == "old" || found[0] == newArchive) &&
-               (found[1] == "old" || found[1] == newPicture);
-    };
-    const Totals totals = failEach({run, prepare, isWhole}, failing, tries);
-    std::printf("%llu of %llu allocations failed: %llu times std::bad_alloc, %llu absorbed, %llu otherwise",
-                static_cast<unsigned long long>(totals.failed), static_cast<unsigned long long>(totals.allocations),
-                static_cast<unsigned long long>(totals.refused), static_cast<unsigned long long>(totals.absorbed),
-                static_cast<unsigned long long>(totals.otherwise));
-    for (const auto& [module, count] : totals.ended) std::printf(", %d ended in %s", count, module.c_str());
-    std::printf("\n");
-    EXPECT_EQ(totals.lost, 0u) << "files neither old nor new, or half a file left beside them";
-    EXPECT_LE(totals.otherwise, totals.failed / 30) << "failures of which the libraries tell are passed on";
-    EXPECT_GT(totals.refused, 50u);
-}
-
-TEST(MemoryFault, EndsARenderAndASaveOrChangesNothing) {
-    failEachOfARenderAndASave(Failing::theNew, 300);
-#ifdef QZANNO_MALLOC_FAILS
-    failEachOfARenderAndASave(Failing::theMalloc, 150);
-    failEachOfARenderAndASave(Failing::theMallocAndAllBehind, 150);
-#endif
+        try {
+            std::string made;
+            {
+                const FailingMemory failure(number);
+                made = run();
+            }
+            EXPECT_TRUE(made == expected) << "something else came out, without a refusal";
+        } catch (const std::bad_alloc&) {
+            ++refused;
+        }
+        EXPECT_THAT(readText(archive), testing::AnyOf("old", newArchive));
+        EXPECT_THAT(readText(picture), testing::AnyOf("old", newPicture));
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 2) << "half a file is left";
+        EXPECT_FALSE(NSGraphicsContext::currentContext());
+        EXPECT_TRUE(run() == expected) << "the same work afterwards gives something else";
+        EXPECT_EQ(blocksHeld, held) << "blocks are held for good";
+    }
+    setLogHook({});
+    setStandardErrorHook({});
+    EXPECT_GT(refused, 50u);
 }
 
 /// Makes the edit of a string of its own, failing allocation after allocation: a string is what it was, or what the
@@ -247,7 +163,7 @@ uint64_t failEachAllocationOfEdit(const std::function<Ref<String>()>& make, cons
     for (uint64_t number = 1;; ++number) {
         const Ref<String> edited = make();
         try {
-            const test::FailingMemory failing(number);
+            const FailingMemory failing(number);
             edit(*edited);
             if (failing.count() >= number)
                 ADD_FAILURE() << name << ": the failure of allocation " << number << " is lost";
@@ -363,7 +279,7 @@ TEST(MemoryFault, LeavesAPaletteAndItsUndoManagerWhole) {
         for (uint64_t number = 1; number < 1000; ++number) {
             const Ref<QzAnnoPalette> palette = make();
             try {
-                const test::FailingMemory failing(number);
+                const FailingMemory failing(number);
                 edit(*palette);
                 if (failing.count() < number) break;
             } catch (const std::bad_alloc&) {

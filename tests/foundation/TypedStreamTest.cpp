@@ -1,6 +1,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdlib>
+#include <random>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -253,6 +254,52 @@ TEST(TypedStream, TemporariesOfAnEncodeFunctionAreObjectsOfTheirOwn) {
     const auto unarchiver = NSUnarchiver::initForReadingWithData(archiver->archiverData());
     for (int i = 0; i < 50; ++i) EXPECT_EQ(unarchiver->decodeObjectOfClass<NSNumber>("NSNumber")->intValue(), i);
     EXPECT_TRUE(unarchiver->isAtEnd());
+}
+
+/// Random objects, of which later ones hold earlier ones, so that many stand in several places.
+Ref<NSObject> randomGraph(uint32_t seed, uint32_t size) {
+    std::mt19937 random(seed);
+    std::vector<Ref<NSObject>> pool = {NSNull::null()};
+    const auto known = [&] { return pool[random() % pool.size()]; };
+    while (pool.size() < size) {
+        // Of every magnitude, so that each length of the coded form is met.
+        const auto integer = static_cast<int64_t>(uint64_t{random()} << 32 | random()) >> random() % 64;
+        const std::string text(random() % 40 ? random() % 12 : 300, static_cast<char>('a' + random() % 26));
+        const Ref<NSString> string = NSString::stringWithUTF8String(text + "\u00E9\U0001F600");
+        ObjectMap map;
+        map.set(string, known());
+        map.set(known(), known());
+        const Ref<NSObject> made[] = {string,
+                                      NSNumber::numberWithBool(integer & 1),
+                                      NSNumber::numberWithInt(static_cast<int32_t>(integer)),
+                                      NSNumber::numberWithLongLong(integer),
+                                      NSNumber::numberWithFloat(static_cast<float>(integer) / 8),
+                                      NSNumber::numberWithDouble(static_cast<double>(integer) / 8),
+                                      NSData::dataWithBytes(std::string_view(text)),
+                                      NSDate::dateWithTimeIntervalSinceReferenceDate(static_cast<double>(integer) / 3),
+                                      NSURL::URLWithString(string, std::dynamic_pointer_cast<NSURL>(known())),
+                                      NSArray::arrayWithObjects({known(), known()}),
+                                      NSSet::setWithObjects<NSObject>({known(), known()}),
+                                      NSDictionary::dictionaryWithMap(map)};
+        pool.push_back(made[random() % std::size(made)]);
+    }
+    return NSArray::arrayWithObjects(pool);
+}
+
+TEST(TypedStream, GraphsKeepValuesShapeAndSharing) {
+    const uint32_t first = std::random_device()();
+    for (uint32_t seed = first; seed != first + 300; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        // Numbers of objects beyond 237 are written with 16 bits.
+        const Ref<NSObject> graph = randomGraph(seed, seed % 50 == 0 ? 500 : 1 + seed % 80);
+        const std::string bytes = archived(graph);
+        std::string error;
+        const auto read = NSUnarchiver::unarchiveObjectWithData(NSData::dataWithBytes(std::string_view(bytes)), &error);
+        ASSERT_TRUE(read) << error;
+        ASSERT_TRUE(read->isEqual(*graph));
+        // The same bytes come of the same kinds, with the same objects in several places.
+        ASSERT_EQ(hex(archived(read)), hex(bytes));
+    }
 }
 
 TEST(TypedStream, ObjectsThatReferToTheirParentEndAndAreFreed) {

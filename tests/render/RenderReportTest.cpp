@@ -252,5 +252,42 @@ TEST_F(RenderReportTest, TheLanguageChoosesFontsAndForms) {
     EXPECT_NE(glyphIn("ja"), glyphIn("zh-Hans"));
 }
 
+PixelBox inkWith(const std::shared_ptr<FontLibrary>& library, const char* font) {
+    const Ref<QzAnnoPalette> palette = paletteWithGlobals({{QzFontAttribute, NSString::stringWithUTF8String(font)},
+                                                           {QzFontSizeAttribute, number(24)},
+                                                           {QzBoldAttribute, integer(1)},
+                                                           {QzStrikeThroughAttribute, integer(1)}});
+    const auto screen = QzAnnoStringToScreen::init();
+    palette->setFontLibrary(library);
+    screen->setPalette(palette);
+    screen->setScreenSize({160, 64}, {160, 64});
+    screen->setAnnoString(QzAnnoString::initWithString("Title ffi \xC3\xA9"_ns));
+    const Ref<NSBitmapImageRep> drawn = screen->bitmapInFullScreen(true);
+    screen->reportInFullScreen(true);
+    return inkOf(*drawn);
+}
+
+/// Bytes changed anywhere, the tables' directory included, and files cut short. Whatever comes out is drawn, or
+/// another font is.
+TEST(FontFault, DamagedFontsAreDrawnOrReplaced) {
+    const LogCapture log;
+    const std::string whole = quokka(fontFile("DejaVuSans"));
+    ASSERT_FALSE(whole.empty());
+    std::minstd_rand random(11);
+    for (int damage = 0; damage < 40; ++damage) {
+        SCOPED_TRACE(testing::Message() << "damage " << damage);
+        std::string file = whole;
+        const size_t within = damage % 2 ? 4096 : file.size();
+        for (int byte = 0; byte < 1 << damage % 12; ++byte) file[random() % within] = static_cast<char>(random());
+        if (damage % 5 == 4) file.resize(random() % file.size());
+        const TemporaryFolder folder;
+        ASSERT_TRUE(writeText(folder.file("quokka.ttf"), file));
+        const auto library = FontLibrary::withDirectories({folder.path().string()});
+        ASSERT_TRUE(library);
+        inkWith(library, "Quokka Sans");
+    }
+    EXPECT_GT(inkWith({}, "DejaVu Sans").width(), 20) << "other fonts are as they were";
+}
+
 }  // namespace
 }  // namespace qz
