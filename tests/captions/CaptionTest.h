@@ -1,6 +1,5 @@
 #pragma once
 
-#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -16,17 +15,17 @@ namespace qz::test {
 /// Captions that are read with a palette of these annotations.
 class CaptionTest : public testing::Test {
 protected:
-    explicit CaptionTest(std::initializer_list<const char*> names) {
+    explicit CaptionTest(const std::vector<std::string>& names) {
         // A palette greets on standard error when it is made.
         setStandardErrorHook([](std::string_view) {});
         palette_ = paletteOf(names);
     }
     ~CaptionTest() override { setStandardErrorHook({}); }
 
-    static Ref<QzAnnoPalette> paletteOf(std::initializer_list<const char*> names) {
+    static Ref<QzAnnoPalette> paletteOf(const std::vector<std::string>& names) {
         Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
         palette->setUndoManager(NSUndoManager::init());
-        for (const char* name : names) palette->createAnno(NSString::stringWithUTF8String(name));
+        for (const std::string& name : names) palette->createAnno(NSString::stringWithUTF8String(name));
         return palette;
     }
 

@@ -5,25 +5,20 @@
 
 #include "QzAnno/palette/AttributeNames.h"
 #include "QzAnno/platform/foundation/NSArray.h"
-#include "QzAnno/platform/foundation/NSLog.h"
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "captions/CueSettings.h"
 #include "captions/PlacementAnnos.h"
+#include "tests/captions/CaptionTest.h"
 
 namespace qz {
 namespace {
 
-class CuePlacementTest : public testing::Test {
+class CuePlacementTest : public test::CaptionTest {
 protected:
-    CuePlacementTest() {
-        // A palette greets on standard error when it is made.
-        setStandardErrorHook([](std::string_view) {});
-        palette_ = QzAnnoPalette::init();
-        palette_->setUndoManager(NSUndoManager::init());
+    CuePlacementTest() : CaptionTest({"Low"}) {
         give(palette_->lookupAnno({}), {100, 200, 50, 50});
-        give(palette_->createAnno("Low"_ns), {300, 300, 800, 100});
+        give(palette_->lookupAnno(palette_->annoKeyAtPriority(1)), {300, 300, 800, 100});
     }
-    ~CuePlacementTest() override { setStandardErrorHook({}); }
 
     void give(const Ref<const QzAnno>& anno, std::vector<int32_t> margins) {
         const Ref<QzMutableAnno> changed = anno->mutableCopy();
@@ -56,8 +51,6 @@ protected:
             line << "align " << alignment->intValue();
         return line.str();
     }
-
-    Ref<QzAnnoPalette> palette_;
 };
 
 TEST_F(CuePlacementTest, SettingsPlaceTheBox) {

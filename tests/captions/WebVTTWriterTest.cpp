@@ -5,12 +5,12 @@
 #include <gtest/gtest.h>
 
 #include "QzAnno/platform/foundation/Files.h"
-#include "QzAnno/platform/foundation/NSLog.h"
 #include "captions/CueSettings.h"
 #include "captions/KeyExchange.h"
 #include "captions/WebVTT.h"
 #include "captions/WebVTTWriter.h"
 #include "platform/foundation/DiagnosticText.h"
+#include "tests/captions/CaptionTest.h"
 
 namespace qz {
 namespace {
@@ -41,20 +41,10 @@ std::string shown(const CaptionFile& captions) {
     return result + captions.trailer;
 }
 
-class WebVTTWriter : public testing::Test {
+class WebVTTWriter : public test::CaptionTest {
 protected:
-    WebVTTWriter() {
-        setStandardErrorHook([](std::string_view) {});
-        palette_ = paletteOf({"One", "Two", "Lower Third", "a_b c", "Dr. No", "x--", "b", "i", "v", "Mary"});
-    }
-    ~WebVTTWriter() override { setStandardErrorHook({}); }
+    WebVTTWriter() : CaptionTest({"One", "Two", "Lower Third", "a_b c", "Dr. No", "x--", "b", "i", "v", "Mary"}) {}
 
-    static Ref<QzAnnoPalette> paletteOf(const std::vector<std::string>& names) {
-        const Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
-        palette->setUndoManager(NSUndoManager::init());
-        for (const std::string& name : names) palette->createAnno(NSString::stringWithUTF8String(name));
-        return palette;
-    }
     CaptionFile read(std::string_view file) {
         auto captions = readWebVTT(*NSData::dataWithBytes(file), {*palette_, &others_});
         EXPECT_TRUE(captions) << file;
@@ -79,7 +69,6 @@ protected:
         return captions;
     }
 
-    Ref<QzAnnoPalette> palette_;
     LooseKeys others_;
     std::vector<std::string> losses_;
 };

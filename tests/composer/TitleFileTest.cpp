@@ -1,3 +1,5 @@
+#include <QImage>
+#include <QProcess>
 #include <QString>
 
 #include <gmock/gmock.h>
@@ -76,19 +78,6 @@ TEST_F(TitleFiles, thatCannotBeReadOrWrittenSayWhatAndWhere) {
     EXPECT_THAT(error, StartsWith("t.vtt: title 1: "));
 }
 
-TEST_F(TitleFiles, ofPalettesAreReadInEitherFormAndNamedByTheirEnding) {
-    for (const std::string name : {"p.plist", "p.annopalette"}) {
-        const Ref<NSData> data = dataOfPalette(palette, name);
-        ASSERT_TRUE(data);
-        EXPECT_EQ(isArchive(*data), name == "p.annopalette");
-        std::string error;
-        ASSERT_TRUE(writeFileAtomically(folder.file(name), data->bytes(), &error));
-        const Ref<QzAnnoPalette> read = readPaletteFile(folder.file(name), error);
-        ASSERT_TRUE(read) << error;
-        EXPECT_EQ(read->pListData()->view(), palette->pListData()->view());
-    }
-}
-
 TEST_F(TitleFiles, warnOfNamesThatThePaletteLacks) {
     std::string error;
     writeText(folder.file("c.vtt"), "WEBVTT\n\n00:01.000 --> 00:02.500\n<c.Lower_Third>a</c><c.Nobody>b</c>\n");
@@ -148,6 +137,69 @@ TEST(TitleTimes, areGivenSoThatATitleCanBeRead) {
         giveTimes(titles, 1);
         EXPECT_EQ(titles[1].start, c.start) << c.reason;
         EXPECT_EQ(titles[1].end, c.end) << c.reason;
+    }
+}
+
+struct Outcome {
+    int code;
+    std::string error;
+};
+
+Outcome run(const QStringList& arguments) {
+    QProcess process;
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.remove("DISPLAY");
+    environment.remove("WAYLAND_DISPLAY");
+    environment.remove("QT_QPA_PLATFORM");
+    environment.insert("XDG_RUNTIME_DIR", "/tmp");
+    process.setProcessEnvironment(environment);
+    process.start(QZANNO_COMPOSER, arguments);
+    if (!process.waitForFinished(60000)) return {-1, "did not end"};
+    return {process.exitCode(), process.readAllStandardError().toStdString()};
+}
+
+const QString kCaptions = QZANNO_EXAMPLES "/first-title.vtt";
+const QString kPalette = QZANNO_EXAMPLES "/broadcast.plist";
+
+TEST(ComposerProgram, writesAPictureOfItsWindows) {
+    const TemporaryFolder folder;
+    const std::string path = folder.file("shot.png");
+    const Outcome outcome = run({kCaptions, "-p", kPalette, "--edit", "Lower Third", "--page", "Place and box",
+                                 "--appearance", "light", "--screenshot", QString::fromStdString(path)});
+    EXPECT_EQ(outcome.code, 0) << outcome.error;
+    const QImage picture(QString::fromStdString(path));
+    EXPECT_GT(picture.width(), 1500) << "three windows";
+    EXPECT_GT(picture.height(), 600);
+}
+
+TEST(ComposerProgram, saysInOneLineWhatIsWrong) {
+    struct Case {
+        QStringList arguments;
+        int code;
+        const char* says;
+    };
+    const Case cases[] = {
+        {{"--fly"}, 2, "fly"},
+        {{"--screen", "0x9", "--screenshot", "x.png"}, 2, "--screen"},
+        {{"--appearance", "pink", "--screenshot", "x.png"}, 2, "--appearance"},
+        {{"none.vtt", "--screenshot", "x.png"}, 1, "none.vtt: "},
+        {{"-p", "none.plist", "--screenshot", "x.png"}, 1, "none.plist: "},
+        {{kCaptions, "-p", kPalette, "-f", "none.png", "--screenshot", "x.png"}, 1, "none.png: "},
+        {{kCaptions, "-p", kPalette, "-t", "99", "--screenshot", "x.png"}, 1, "there is no title 99; there are 8"},
+        {{kCaptions, "-p", kPalette, "--edit", "Nobody", "--screenshot", "x.png"}, 1, "Nobody"},
+        {{"--page", "Letters", "--screenshot", "x.png"}, 2, "--edit"},
+        {{kCaptions, "-p", kPalette, "--edit", "Role", "--page", "Last", "--screenshot", "x.png"},
+         1,
+         "no page \"Last\""},
+        {{kCaptions, "-p", kPalette, "--screenshot", "/no folder/x.png"}, 1, "/no folder/x.png: "},
+        {{kCaptions}, 1, "there is no screen"},
+    };
+    for (const Case& c : cases) {
+        const Outcome outcome = run(c.arguments);
+        SCOPED_TRACE(c.arguments.join(' ').toStdString());
+        EXPECT_EQ(outcome.code, c.code);
+        EXPECT_THAT(outcome.error, HasSubstr(c.says));
+        EXPECT_THAT(outcome.error, HasSubstr("qzanno-composer: "));
     }
 }
 

@@ -8,27 +8,6 @@
 namespace qz {
 namespace {
 
-double overlap(double begin, double end, int pixel) {
-    return std::max(0.0, std::min<double>(end, pixel + 1) - std::max<double>(begin, pixel));
-}
-
-TEST(NSGraphicsContext, FilledRectanglesCoverEachPixelByItsShare) {
-    for (const NSRect rect : {NSRect{{3, 4}, {10, 20}},
-                              {{3.25f, 4.5f}, {10, 20}},
-                              {{3.1f, 4.9f}, {0.3f, 30}},
-                              {{-5.5f, 60.25f}, {100, 100}},
-                              {{7.3f, 7.7f}, {0.25f, 0.25f}}}) {
-        Canvas canvas;
-        canvas.context->fill(NSBezierPath::bezierPathWithRect(rect));
-        for (int y = 0; y < Canvas::kSide; ++y) {
-            for (int x = 0; x < Canvas::kSide; ++x) {
-                const double share = overlap(rect.origin.x, rect.maxX(), x) * overlap(rect.origin.y, rect.maxY(), y);
-                ASSERT_NEAR(canvas.alphaAt(x, y), 255 * share, 1.5) << x << ", " << y << " of " << rect.origin.x;
-            }
-        }
-    }
-}
-
 TEST(NSGraphicsContext, FillsByTheNonZeroRule) {
     Canvas canvas;
     NSBezierPath path = NSBezierPath::bezierPathWithRect({{0, 0}, {20, 20}});
@@ -40,37 +19,6 @@ TEST(NSGraphicsContext, FillsByTheNonZeroRule) {
     ring.appendBezierPath(polyline({{5, 5}, {5, 10}, {10, 10}, {10, 5}}));
     holed.context->fill(ring);
     EXPECT_EQ(holed.area(), 375) << "against it: a hole; an open subpath is filled as if closed";
-}
-
-TEST(NSGraphicsContext, JoinsCapsAndTheMiterLimitReachThePen) {
-    const struct {
-        NSLineJoinStyle join;
-        float miterLimit;
-        NSLineCapStyle cap;
-        // Coverage at the far corner of the bend, half way out to it, beyond the start, and at the start's corner.
-        int corner, halfWay, beyondStart, atStartCorner;
-        const char* reason;
-    } cases[] = {
-        {NSLineJoinStyle::miter, 1.42f, NSLineCapStyle::butt, 255, 255, 0, 0, "the miter is 1.414 line widths long"},
-        {NSLineJoinStyle::miter, 1.41f, NSLineCapStyle::square, 0, 128, 255, 255, "just beyond the limit: bevelled"},
-        {NSLineJoinStyle::bevel, 10, NSLineCapStyle::butt, 0, 128, 0, 0, "the bevel passes through the pixel"},
-        {NSLineJoinStyle::round, 10, NSLineCapStyle::round, 0, 255, 255, 0, "the circle of radius 5 holds the pixel"},
-    };
-    for (const auto& c : cases) {
-        NSBezierPath bend = polyline({{10, 30}, {30, 30}, {30, 60}});
-        bend.setLineWidth(10);
-        bend.setLineJoinStyle(c.join);
-        bend.setMiterLimit(c.miterLimit);
-        bend.setLineCapStyle(c.cap);
-        Canvas canvas;
-        canvas.context->stroke(bend);
-        EXPECT_NEAR(canvas.alphaAt(34, 25), c.corner, 9) << c.reason;
-        EXPECT_NEAR(canvas.alphaAt(32, 27), c.halfWay, 9) << c.reason;
-        EXPECT_EQ(canvas.alphaAt(7, 30), c.beyondStart) << c.reason;
-        EXPECT_EQ(canvas.alphaAt(5, 25), c.atStartCorner) << c.reason;
-        EXPECT_EQ(canvas.alphaAt(29, 24), 0) << c.reason;
-        EXPECT_EQ(canvas.alphaAt(29, 25), 255) << c.reason << ": five above the line";
-    }
 }
 
 TEST(NSGraphicsContext, TransformsActOnThePenAndTheThinnestLineIsOnePixel) {

@@ -1,9 +1,12 @@
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include <gtest/gtest.h>
+#include <png.h>
 
 #include "QzAnno/platform/graphics/NSImage.h"
+#include "QzAnno/platform/graphics/PNG.h"
 #include "platform/graphics/NSBezierPath.h"
 #include "platform/graphics/NSGraphicsContext.h"
 
@@ -114,6 +117,120 @@ TEST(NSImage, DrawsWholeIntoASmallerBitmap) {
     context->drawBitmap(*image->bitmap(), 0, 0);
     EXPECT_EQ(std::count(pixels, pixels + 3 * 402, 255), 300);
     EXPECT_EQ(pixels[400] + pixels[401], 0);
+}
+
+Ref<NSBitmapImageRep> bitmapOf(int32_t width, int32_t height, int32_t bytesPerRow = 0) {
+    return NSBitmapImageRep::initWithBitmapDataPlanes(
+        nullptr, {.pixelsWide = width, .pixelsHigh = height, .bytesPerRow = bytesPerRow});
+}
+
+// Every colour with every alpha that it may have: 255 straight values pass through 8 bits and come back.
+TEST(PNG, PremultipliedPixelsComeBackExactly) {
+    const auto bitmap = bitmapOf(256, 256, 256 * 4 + 2);
+    for (int alpha = 0; alpha < 256; ++alpha) {
+        for (int x = 0; x < 256; ++x) {
+            const auto color = uint8_t(std::min(x, alpha));
+            const uint8_t pixel[] = {color, uint8_t(alpha - color), uint8_t(color / 2), uint8_t(alpha)};
+            std::copy_n(pixel, 4, bitmap->row(alpha) + 4 * x);
+        }
+    }
+    std::string error;
+    const auto read = bitmapFromPNG(*pngFromBitmap(*bitmap), &error);
+    ASSERT_NE(read, nullptr) << error;
+    for (int y = 0; y < 256; ++y) ASSERT_EQ(std::memcmp(read->row(y), bitmap->row(y), 1024), 0) << "alpha " << y;
+}
+
+TEST(PNG, WritesStraightAlphaAndRefusesOtherBitmaps) {
+    const auto bitmap = bitmapOf(2, 1);
+    const uint8_t pixels[] = {64, 0, 128, 128, /* impossible colour */ 9, 9, 9, 0};
+    std::copy_n(pixels, 8, bitmap->row(0));
+    const auto file = pngFromBitmap(*bitmap);
+    // libpng's own simple reader as the referee.
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    ASSERT_TRUE(png_image_begin_read_from_memory(&image, file->bytes().data(), file->length()));
+    image.format = PNG_FORMAT_RGBA;
+    std::vector<uint8_t> straight(8);
+    ASSERT_TRUE(png_image_finish_read(&image, nullptr, straight.data(), 0, nullptr));
+    EXPECT_EQ(straight, (std::vector<uint8_t>{128, 0, 255, 128, 0, 0, 0, 0}));
+
+    const auto wide =
+        NSBitmapImageRep::initWithBitmapDataPlanes(nullptr, {.pixelsWide = 2, .pixelsHigh = 1, .bitsPerSample = 16});
+    EXPECT_EQ(pngFromBitmap(*wide), nullptr);
+}
+
+TEST(PNG, ReadsOtherKindsAsPremultipliedRGBA) {
+    const uint8_t grey[] = {100, 255, 200, 51}, indexes[] = {0, 1}, colours[] = {10, 20, 30, 255, 200, 100, 50, 51};
+    const uint16_t linear[] = {0xFFFF, 0, 0xFFFF, 0};
+    const struct {
+        uint32_t format;
+        const void* row;
+        std::vector<uint8_t> premultiplied;
+        const char* reason;
+    } kinds[] = {
+        {PNG_FORMAT_GA, grey, {100, 100, 100, 255, 40, 40, 40, 51}, "grey, alpha"},
+        {PNG_FORMAT_RGBA_COLORMAP, indexes, {10, 20, 30, 255, 40, 20, 10, 51}, "indexes of colours"},
+        {PNG_FORMAT_LINEAR_Y, linear, {255, 255, 255, 255, 0, 0, 0, 255}, "16 bits of grey"},
+    };
+    for (const auto& kind : kinds) {
+        png_image image{};
+        image.version = PNG_IMAGE_VERSION;
+        image.width = 2;
+        image.height = 1;
+        image.format = kind.format;
+        image.colormap_entries = 2;
+        std::vector<uint8_t> file(4096);
+        png_alloc_size_t size = file.size();
+        ASSERT_TRUE(png_image_write_to_memory(&image, file.data(), &size, 0, kind.row, 0, colours)) << image.message;
+        file.resize(size);
+        std::string error;
+        const auto bitmap = bitmapFromPNG(*NSData::dataWithBytes(file), &error);
+        ASSERT_NE(bitmap, nullptr) << kind.reason << ": " << error;
+        EXPECT_EQ(std::vector(bitmap->row(0), bitmap->row(0) + 8), kind.premultiplied) << kind.reason;
+    }
+    const std::vector<uint8_t> interlaced = {
+        // two greys, as a program of seven passes wrote them
+        137, 80, 78, 71, 13,  10, 26,  10,  0,  0,   0,   13, 73, 72, 68, 82, 0,  0,  0,   2,   0,  0,  0,
+        1,   8,  0,  0,  0,   1,  166, 78,  16, 192, 0,   0,  0,  12, 73, 68, 65, 84, 120, 156, 99, 72, 97,
+        56,  1,  0,  1,  248, 1,  45,  247, 83, 220, 118, 0,  0,  0,  0,  73, 69, 78, 68,  174, 66, 96, 130};
+    const auto bitmap = bitmapFromPNG(*NSData::dataWithBytes(interlaced), nullptr);
+    ASSERT_NE(bitmap, nullptr);
+    EXPECT_EQ(std::vector(bitmap->row(0), bitmap->row(0) + 8),
+              (std::vector<uint8_t>{100, 100, 100, 255, 200, 200, 200, 255}));
+}
+
+TEST(PNG, DamagedAndGiantFilesAreRefusedBeforeMemoryIsTaken) {
+    const std::vector<uint8_t> whole = pngFromBitmap(*bitmapOf(5, 5))->bytes();
+    std::vector<uint8_t> flipped = whole;
+    flipped[whole.size() - 20] ^= 1;
+    const auto sized = [&](uint32_t width, uint32_t height) {
+        std::vector<uint8_t> file = whole;
+        png_save_uint_32(file.data() + 16, width);
+        png_save_uint_32(file.data() + 20, height);
+        // The checksum of IHDR, from its type to its end, comes right after; zlib's table-free definition.
+        uint32_t crc = 0xFFFFFFFF;
+        for (size_t i = 12; i < 29; ++i) {
+            crc ^= file[i];
+            for (int bit = 0; bit < 8; ++bit) crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320 : 0);
+        }
+        png_save_uint_32(file.data() + 29, ~crc);
+        return file;
+    };
+    const std::pair<std::vector<uint8_t>, const char*> cases[] = {
+        {{}, "not a PNG file"},
+        {{whole.begin(), whole.begin() + 7}, "not a PNG file"},
+        {{whole.begin(), whole.begin() + 8}, "damaged PNG file (the file ends early)"},
+        {{whole.begin(), whole.end() - 1}, "damaged PNG file (the file ends early)"},
+        {flipped, "damaged PNG file"},
+        {sized(0x7FFFFFFF, 0x7FFFFFFF), "PNG file"},
+        {sized(16384, 16385), "16384 x 16385"},
+    };
+    for (const auto& [file, reason] : cases) {
+        std::string error;
+        EXPECT_EQ(bitmapFromPNG(*NSData::dataWithBytes(file), &error), nullptr);
+        EXPECT_NE(error.find(reason), std::string::npos) << error << " for " << reason;
+    }
+    EXPECT_EQ(bitmapFromPNG(*NSData::data(), nullptr), nullptr);
 }
 
 }  // namespace

@@ -36,26 +36,6 @@ std::vector<uint8_t> bytesOf(const NSBitmapImageRep& bitmap) {
     return {bitmap.row(0), bitmap.row(bitmap.pixelsHigh())};
 }
 
-TEST(RasterStroke, WidensAPixelToASquareCutAtTheEdges) {
-    // Widths about the size of a register, and about those whose plane rows would be a power of two apart.
-    for (const int32_t width : {1, 5, 16, 33, 64, 100, 127, 128, 129, 250, 256}) {
-        for (const int32_t x : {0, width / 2, width - 1}) {
-            for (const int32_t size : {0, 1, 2, 9, 300}) {
-                SCOPED_TRACE(testing::Message() << "width " << width << ", pixel " << x << ", size " << size);
-                const auto bitmap = bitmapOf(width, 12);
-                setPixel(*bitmap, x, 5, 0xff);
-                rasterStrokeWithSize(*bitmap, size);
-                for (int32_t v = 0; v < 12; ++v) {
-                    for (int32_t u = 0; u < width; ++u) {
-                        const bool inSquare = std::abs(u - x) <= size && std::abs(v - 5) <= size;
-                        ASSERT_EQ(pixelAt(*bitmap, u, v), inSquare ? 0xffu : 0u) << u << ", " << v;
-                    }
-                }
-            }
-        }
-    }
-}
-
 TEST(RasterStroke, OrsTheOldValueAndDropsTheOtherChannels) {
     const auto bitmap = bitmapOf(40, 3);
     setPixel(*bitmap, 20, 1, 0xAABBCC0F);

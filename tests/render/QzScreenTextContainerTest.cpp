@@ -7,6 +7,7 @@
 #include "QzAnno/platform/text/NSParagraphStyle.h"
 #include "QzAnno/platform/text/NSTextView.h"
 #include "QzAnno/render/QzScreenTextContainer.h"
+#include "QzAnno_AnnotatedTextFramework/render/ExpandRectConstrainedBy.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Palettes.h"
 
@@ -42,21 +43,6 @@ protected:
     Ref<NSLayoutManager> manager = NSLayoutManager::init();
     Ref<NSTextStorage> storage = NSTextStorage::init();
 };
-
-TEST(ScreenTextContainer, TheContainerIsAsLargeAsTheScreenOrTheBox) {
-    const auto container = QzScreenTextContainer::initWithScreenSize({720, 576});
-    container->setTextBox({{5, 5}, {0, 0}});
-    EXPECT_EQ(container->textBox(), (NSRect{{5, 5}, {1, 1}}));
-    EXPECT_EQ(container->containerSize(), (NSSize{720, 576}));
-    container->setFullscreen(false);
-    EXPECT_EQ(container->containerSize(), (NSSize{1, 1}));
-    container->setTextBox({{5, 5}, {100, -3}});
-    EXPECT_EQ(container->containerSize(), (NSSize{100, -3}));
-    container->setScreenSize({1920, 1080});
-    EXPECT_EQ(container->containerSize(), (NSSize{100, -3}));
-    container->setFullscreen(true);
-    EXPECT_EQ(container->containerSize(), (NSSize{1920, 1080}));
-}
 
 TEST(ScreenTextContainer, ASizeFromOutsideIsANewScreenOnlyForAViewInFullScreenMode) {
     const LogCapture log;
@@ -200,15 +186,6 @@ TEST_F(ScreenTextContainerTest, MarginsWiderThanTheScreenLeaveNoRoom) {
     EXPECT_EQ(manager->glyphRangeForTextContainer(*container).length, 1u) << "the next text is not held up by the last";
 }
 
-TEST(ScreenTextContainer, WithNothingToAskTheBoxStays) {
-    const LogCapture log;
-    const auto container = QzScreenTextContainer::init();
-    container->setTextBox({{1, 2}, {3, 4}});
-    container->updateFromString();
-    EXPECT_EQ(container->textBox(), (NSRect{{1, 2}, {3, 4}}));
-    EXPECT_THAT(log.lines(), ElementsAre("Nothing to update from!\n"));
-}
-
 TEST(ScreenTextContainer, FollowsTheEditsOfItsTextView) {
     const auto container = QzScreenTextContainer::initWithScreenSize({720, 576});
     const auto view = NSTextView::initWithTextContainer(container);
@@ -234,6 +211,29 @@ TEST(ScreenTextContainer, FollowsTheEditsOfItsTextView) {
     const NSRect two = container->textBox();
     view->insertText("C"_ns);
     EXPECT_EQ(container->textBox(), two) << "still listens to a view that it has lost";
+}
+
+TEST(ExpandRectConstrainedBy, GrowsAndCutsToTheScreen) {
+    constexpr NSSize screen = {720, 576};
+    const struct {
+        const char* reason;
+        NSRect rect;
+        NSRect result;
+        NSPoint offset;
+    } cases[] = {
+        {"inside", {{100, 50}, {200, 40}}, {{90, 40}, {220, 60}}, {10, 10}},
+        {"cut at the top left", {{3, 4}, {50, 20}}, {{0, 0}, {63, 34}}, {3, 4}},
+        {"cut at the right", {{600, 50}, {120, 40}}, {{590, 40}, {130, 60}}, {10, 10}},
+        {"cut at the bottom", {{100, 550}, {20, 26}}, {{90, 540}, {40, 36}}, {10, 10}},
+        {"larger than the screen", {{-5, -5}, {800, 700}}, {{0, 0}, {720, 576}}, {-5, -5}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.reason);
+        const test::LogCapture log;
+        NSPoint offset;
+        EXPECT_EQ(ExpandRectConstrainedBy(c.rect, 10, 10, 10, 10, screen, &offset), c.result);
+        EXPECT_EQ(offset, c.offset);
+    }
 }
 
 }  // namespace

@@ -135,30 +135,6 @@ TEST(TextCaret, tellsTheEndOfAWrappedLineFromTheStartOfTheNext) {
     EXPECT_EQ(editor.caret.rect().origin.x, 0);
 }
 
-TEST(TextCaret, showsSelectionsWhereTheTextStands) {
-    // "ab " 0-2, Hebrew 3-4, " cd" 5-7. Selected are "b ", and the first Hebrew letter, which stands right of the
-    // second.
-    Editor editor("ab אב cd");
-    editor.view->setSelectedRange({1, 3});
-    const auto rects = editor.caret.selectionRects();
-    ASSERT_EQ(rects.size(), 2u);
-    EXPECT_FLOAT_EQ(rects[0].origin.x, editor.system.xOfCharacter(1));
-    EXPECT_NEAR(rects[0].maxX(), editor.system.xOfCharacter(4), 0.1);
-    EXPECT_NEAR(rects[1].origin.x, editor.system.xOfCharacter(3), 0.1);
-    EXPECT_NEAR(rects[1].maxX(), editor.system.xOfCharacter(5), 0.1);
-
-    Editor arabic("سلام");
-    arabic.view->setSelectedRange({0, 4});
-    ASSERT_EQ(arabic.caret.selectionRects().size(), 1u);
-    EXPECT_NEAR(arabic.caret.selectionRects()[0].size.width, widthOf("سلام"), 0.1);
-    arabic.view->setSelectedRange({0, 1});
-    EXPECT_NEAR(arabic.caret.selectionRects()[0].maxX(), widthOf("سلام"), 0.1) << "the first letter is at the right";
-
-    Editor twoLines("ab\ncd");
-    twoLines.view->setSelectedRange({1, 3});
-    EXPECT_EQ(twoLines.caret.selectionRects().size(), 2u);
-}
-
 TEST(TextCaret, selectsWordsAndDeletesThem) {
     Editor editor("one, two");
     const auto at = [&](uint32_t index) { return NSPoint{editor.system.xOfCharacter(index) + 1, 5}; };

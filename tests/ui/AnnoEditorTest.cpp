@@ -327,21 +327,5 @@ TEST_F(AnnoEditor, takesFontsOfAnySpellingAndFromTheFontPanel) {
     EXPECT_FALSE(panel->isVisible());
 }
 
-TEST(Box, takesACheckBoxForATitle) {
-    QGroupBox widget("Margins");
-    const auto box = NSBox::boxWithWidget(&widget);
-    int clicks = 0;
-    const auto target = std::make_shared<NSResponder>();
-    target->setHandler("toggle:", [&](const Ref<NSObject>&) { ++clicks; });
-    box->titleCell()->setTag(7);
-    setCellBox(*box, target, "toggle:");
-    EXPECT_EQ(widget.title(), "Margins");
-    EXPECT_EQ(box->titleCell()->tag(), 7);
-    widget.show();
-    QTest::mouseClick(&widget, Qt::LeftButton, {}, QPoint(12, 8));
-    EXPECT_EQ(clicks, 1);
-    EXPECT_TRUE(box->titleIsOn());
-}
-
 }  // namespace
 }  // namespace qz
