@@ -86,7 +86,7 @@ TEST(PaletteArchive, AFileIsReadByWhatItHoldsAndWrittenByItsName) {
     for (const auto& [data, expected] : others) {
         std::string error;
         EXPECT_FALSE(paletteFromData(data, &error));
-        EXPECT_FALSE(paletteFromData(data)) << "and nobody is told";
+        EXPECT_FALSE(paletteFromData(data)) << "without an error to fill";
         EXPECT_THAT(error, HasSubstr(expected));
     }
 }

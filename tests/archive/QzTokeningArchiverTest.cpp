@@ -110,12 +110,12 @@ TEST(QzTokeningArchiver, WithoutATableAPlaceholderIsWritten) {
     const Ref<QzAnnoPalette> palette = paletteOf({"Bold", "Red"});
     const Ref<NSData> data = QzTokeningArchiver::archivedDataWithRootObject(sampleString(*palette), {});
     ASSERT_TRUE(data);
-    EXPECT_EQ(log.lines().size(), 2u) << "one for each key";
+    EXPECT_EQ(log.lines().size(), 2u) << "one line for each key";
     const Ref<QzAnnoString> read = readString(data, {palette});
     ASSERT_TRUE(read);
     EXPECT_TRUE(read->string()->isEqual(*"One two"_ns));
     EXPECT_EQ(read->allKeys()->count(), 0u);
-    EXPECT_EQ(log.lines().size(), 5u) << "and one for what is dropped";
+    EXPECT_EQ(log.lines().size(), 5u) << "one line for each key, and one for the entries that are dropped";
 }
 
 TEST(QzTokeningArchiver, BytesOfAnArchivedString) {
@@ -155,7 +155,7 @@ TEST(QzTokeningArchiver, OtherCodersSayWhichOneIsNeeded) {
     const Ref<NSData> data = QzTokeningArchiver::archivedDataWithRootObject(string, {palette});
     EXPECT_FALSE(QzAnnoUnarchiver::unarchiveObjectWithData(data, palette, &error));
     EXPECT_THAT(error, HasSubstr("QzTokeningUnarchiver"));
-    // Nobody needs to be told.
+    // The error may be left out.
     EXPECT_FALSE(QzAnnoArchiver::archivedDataWithRootObject(string, palette));
     EXPECT_FALSE(QzAnnoUnarchiver::unarchiveObjectWithData(data, palette));
     EXPECT_FALSE(QzTokeningUnarchiver::unarchiveObjectWithData(NSData::data(), {palette}));
@@ -291,7 +291,7 @@ TEST(OlderArchive, KeysOfTheWholeTextHoldAtEveryCharacter) {
         for (const bool asSet : {false, true}) {
             const auto old = std::make_shared<OldString>();
             old->annotations = NSDictionary::dictionaryWithMap(annotations);
-            // One of them has a bit set already, the other, unknown to the palette, has none.
+            // The first has a bit set already; the second is unknown to the palette and has no bit set.
             const auto gone = std::make_shared<OldKey>("Gone"_ns);
             old->frameKeys = NSArray::arrayWithObjects({bold, gone});
             if (asSet) {

@@ -51,66 +51,44 @@ protected:
 };
 
 TEST_F(SubRipTest, FilesAreReadAsPlayersReadThem) {
+    const std::string first = kTimes, second = "00:00:02,000 --> 00:00:03,000\n";
     const struct {
         std::string file;
-        std::vector<std::string> cues;
-        std::vector<const char*> problems;  // beginnings
+        const char *cues, *problem;  // null where there is no problem
         const char* reason;
     } cases[] = {
-        {"1\n00:00:01,000 --> 00:00:02,500\nA\nB\n\n2\n01:00:03,000 --> 01:00:04,000\nC\n",
-         {"1-2.5 A|B", "3603-3604 C"},
-         {},
-         "as it is meant"},
+        {"1\n00:00:01,000 --> 00:00:02,500\nA\nB\n\n2\n01:00:03,000 --> 01:00:04,000\nC\n", "1-2.5 A|B, 3603-3604 C",
+         nullptr, "as the format is meant"},
         {"\xEF\xBB\xBF"
          "1\r\n00:00:01.000 --> 00:00:02.500\r\nA\r\nB\r\n\r\n",
-         {"1-2.5 A|B"},
-         {},
-         "a mark, CR LF, points"},
-        {"00:00:01,000 --> 00:00:02,000\nA\n\n00:00:02,000 --> 00:00:03,000\nB",
-         {"1-2 A", "2-3 B"},
-         {},
-         "no numbers, no last line end"},
-        {"7\n00:00:01,000 --> 00:00:02,000\nA\n3\n00:00:02,000 --> 00:00:03,000\nB\n",
-         {"1-2 A", "2-3 B"},
-         {},
-         "no blank line, any number"},
-        {"1\n00:00:01,000 --> 00:00:02,000\n1984\n\n00:00:02,000 --> 00:00:03,000\n2\n",
-         {"1-2 1984", "2-3 2"},
-         {},
-         "texts that are numbers"},
-        {"1\n00:00:01,000 --> 00:00:02,000\nA\n\nB\n\n2\n00:00:02,000 --> 00:00:03,000\nC\n",
-         {"1-2 A||B", "2-3 C"},
-         {"5: \"B\" stands behind a blank line"},
+         "1-2.5 A|B", nullptr, "a byte order mark, CR LF, points"},
+        {first + "A\n\n" + second + "B", "1-2 A, 2-3 B", nullptr, "no numbers, no last line end"},
+        {"7\n" + first + "A\n3\n" + second + "B\n", "1-2 A, 2-3 B", nullptr, "no blank line, any number"},
+        {"1\n" + first + "1984\n\n" + second + "2\n", "1-2 1984, 2-3 2", nullptr, "texts that are numbers"},
+        {"1\n" + first + "A\n\nB\n\n2\n" + second + "C\n", "1-2 A||B, 2-3 C", "5: \"B\" stands behind a blank line",
          "a text with a blank line"},
-        {"1\n00:00:01,000 --> 00:00:02,000\n\n2\n00:00:02,000 --> 00:00:03,000\nB\n",
-         {"1-2 ", "2-3 B"},
-         {},
-         "an empty cue"},
-        {"0:1:2 -> 1:03,5\nA\n",
-         {"62-63.5 A"},
-         {"1: the time line \"0:1:2 -> 1:03,5\" is read as 00:01:02,000 --> 00:01:03,500"},
-         "what people write"},
-        {"00:00:01,000 --> 00:00:02,000 X1:40 X2:600\nA\n",
-         {"1-2 A"},
-         {"1: \"X1:40 X2:600\" behind the times is ignored"},
+        {"1\n" + first + "\n2\n" + second + "B\n", "1-2 , 2-3 B", nullptr, "an empty cue"},
+        {"0:1:2 -> 1:03,5\nA\n", "62-63.5 A",
+         "1: the time line \"0:1:2 -> 1:03,5\" is read as 00:01:02,000 --> 00:01:03,500", "what people write"},
+        {"00:00:01,000 --> 00:00:02,000 X1:40 X2:600\nA\n", "1-2 A", "1: \"X1:40 X2:600\" behind the times is ignored",
          "coordinates"},
-        {"00:00:05,000 --> 00:00:02,000\nA\n", {"5-5 A"}, {"1: the cue ends before it starts"}, "times exchanged"},
-        {"1\n00:00:01,000 --> soon\nA\n\n2\n00:00:02,000 --> 00:00:03,000\nB\n",
-         {"2-3 B"},
-         {"2: the time line \"00:00:01,000 --> soon\" is not written as"},
-         "broken times lose their own text only"},
-        {"Made by hand\n\n1\n00:00:01,000 --> 00:00:02,000\nA --> B\n\n",
-         {"1-2 A --> B"},
-         {"1: \"Made by hand\" belongs to no cue"},
+        {"00:00:05,000 --> 00:00:02,000\nA\n", "5-5 A", "1: the cue ends before it starts", "times exchanged"},
+        {"1\n00:00:01,000 --> soon\nA\n\n2\n" + second + "B\n", "2-3 B",
+         "2: the time line \"00:00:01,000 --> soon\" is not written as", "broken times lose their own text only"},
+        {"Made by hand\n\n1\n" + first + "A --> B\n\n", "1-2 A --> B", "1: \"Made by hand\" belongs to no cue",
          "text above the first cue; an arrow in a text"},
-        {"", {}, {}, "nothing"},
+        {"", "", nullptr, "an empty file"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.reason);
-        ASSERT_TRUE(read(c.file));
-        EXPECT_EQ(shown(), c.cues);
-        ASSERT_EQ(problems_.size(), c.problems.size()) << testing::PrintToString(problems_);
-        for (size_t i = 0; i < c.problems.size(); ++i) EXPECT_THAT(problems_[i], testing::StartsWith(c.problems[i]));
+    for (const auto& [file, cues, problem, reason] : cases) {
+        SCOPED_TRACE(reason);
+        ASSERT_TRUE(read(file));
+        std::string found;
+        for (const std::string& cue : shown()) found += (found.empty() ? "" : ", ") + cue;
+        EXPECT_EQ(found, cues);
+        ASSERT_EQ(problems_.size(), problem ? 1u : 0u) << testing::PrintToString(problems_);
+        if (problem) {
+            EXPECT_THAT(problems_[0], testing::StartsWith(problem));
+        }
     }
 }
 

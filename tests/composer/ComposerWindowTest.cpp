@@ -415,7 +415,7 @@ TEST_F(Composer, recoversWhatCrashesLeftAndNothingElse) {
             "Later", [&] { next.keepRecovery(place); }, choose("STORM"));
         EXPECT_THAT(lines, testing::UnorderedElementsAre(HasSubstr("8 titles: Ada Lovelace"),
                                                          HasSubstr("8 titles: STORM"), HasSubstr("can be read")));
-        EXPECT_EQ(files().size(), 4) << "none is gone that was not thrown away";
+        EXPECT_EQ(files().size(), 4) << "only what the user discards goes";
         answering(
             "Recover", [&] { next.offerRecovery(); }, choose("program kept"));
         EXPECT_EQ(files().size(), 4) << "what was recovered is kept again until it is saved";
@@ -443,7 +443,7 @@ TEST_F(Composer, recoversWhatCrashesLeftAndNothingElse) {
     ASSERT_TRUE(window.saveTitles(folder.file("saved.vtt")));
     ASSERT_TRUE(window.savePalette(folder.file("saved.plist")));
     EXPECT_TRUE(QTest::qWaitFor([&] { return files().size() == 2; }));
-    EXPECT_LE(QDir(place).entryList({"*.lock"}, QDir::Files).size(), 1) << "nor do locks of the dead stay";
+    EXPECT_LE(QDir(place).entryList({"*.lock"}, QDir::Files).size(), 1) << "locks of dead processes are removed too";
 }
 
 TEST_F(Composer, writesRawPicturesAsTheyAreComposited) {

@@ -55,7 +55,8 @@ TEST_F(TitleFiles, comeBackInEitherFormWithTheKeysOfThePalette) {
             ASSERT_EQ(read->titles.size(), count);
             for (size_t i = 0; i < count; ++i)
                 EXPECT_TRUE(read->titles[i].text->isEqualToAnnoString(*titles.titles[i].text)) << i;
-            EXPECT_EQ(read->titles[0].end.value_or(0), name == "t.vtt" ? 1.5 : 0) << "given where there was none";
+            EXPECT_EQ(read->titles[0].end.value_or(0), name == "t.vtt" ? 1.5 : 0)
+                << "a title without times is given some";
         }
     }
 }

@@ -1,10 +1,7 @@
 // Memory that runs out at any moment of a piece of work: `std::bad_alloc` leaves the call and nothing else happens. The
 // same work done afterwards gives what it always gives, and holds no block more. A save leaves the old file or the new
 // one, whole.
-#include <atomic>
-#include <cstdlib>
 #include <functional>
-#include <limits>
 #include <new>
 
 #include <gmock/gmock.h>
@@ -18,77 +15,17 @@
 #include "QzAnno/render/QzAnnoStringToScreen.h"
 #include "platform/graphics/NSGraphicsContext.h"
 #include "platform/text/GlyphCache.h"
+#include "tests/support/AllocationCount.h"
 #include "tests/support/FontFiles.h"
 #include "tests/support/Palettes.h"
 #include "tests/support/TemporaryFolder.h"
 
-namespace {
-
-constexpr uint64_t kNever = std::numeric_limits<uint64_t>::max();
-
-std::atomic<int64_t> blocksHeld = 0;
-std::atomic<uint64_t> allocations = 0, failingAllocation = kNever;
-
-void* take(size_t size) noexcept {
-    if (++allocations == failingAllocation) return nullptr;
-    void* const memory = std::malloc(size ? size : 1);
-    if (memory) ++blocksHeld;
-    return memory;
-}
-
-void* takeOrThrow(size_t size) {
-    void* const memory = take(size);
-    if (!memory) throw std::bad_alloc();
-    return memory;
-}
-
-void give(void* memory) noexcept {
-    if (memory) --blocksHeld;
-    std::free(memory);
-}
-
-}  // namespace
-
-void* operator new(size_t size) {
-    return takeOrThrow(size);
-}
-void* operator new[](size_t size) {
-    return takeOrThrow(size);
-}
-void* operator new(size_t size, const std::nothrow_t&) noexcept {
-    return take(size);
-}
-void* operator new[](size_t size, const std::nothrow_t&) noexcept {
-    return take(size);
-}
-void operator delete(void* memory) noexcept {
-    give(memory);
-}
-void operator delete[](void* memory) noexcept {
-    give(memory);
-}
-void operator delete(void* memory, size_t) noexcept {
-    give(memory);
-}
-void operator delete[](void* memory, size_t) noexcept {
-    give(memory);
-}
-
 namespace qz {
 namespace {
 
-/// Counts calls of `operator new` from its making, and fails the one of this number, from 1; 0 fails none.
-class FailingMemory {
-public:
-    explicit FailingMemory(uint64_t number) {
-        allocations = 0;
-        failingAllocation = number == 0 ? kNever : number;
-    }
-    ~FailingMemory() { failingAllocation = kNever; }
-    static uint64_t count() { return allocations; }
-};
+using test::FailingMemory;
 
-/// A render with fonts opened anew, by the host's pipeline, which outlives the failure; and a save of it.
+/// A render by a pipeline that outlives the failure, and a save of what it drew.
 TEST(MemoryFault, EndsARenderAndASaveOrChangesNothing) {
     constexpr uint64_t kTries = 300;
     setLogHook([](std::string_view) {});
@@ -127,7 +64,7 @@ TEST(MemoryFault, EndsARenderAndASaveOrChangesNothing) {
     }
     for (uint64_t number = 1; number <= needed && !HasFailure(); number += needed / kTries + 1) {
         SCOPED_TRACE("allocation " + std::to_string(number) + " of " + std::to_string(needed));
-        const int64_t held = blocksHeld;
+        const int64_t held = test::blocksHeld();
         writeText(archive, "old");
         writeText(picture, "old");
         try {
@@ -136,16 +73,17 @@ TEST(MemoryFault, EndsARenderAndASaveOrChangesNothing) {
                 const FailingMemory failure(number);
                 made = run();
             }
-            EXPECT_TRUE(made == expected) << "something else came out, without a refusal";
+            EXPECT_TRUE(made == expected) << "no exception, and yet another result";
         } catch (const std::bad_alloc&) {
             ++refused;
         }
         EXPECT_THAT(readText(archive), testing::AnyOf("old", newArchive));
         EXPECT_THAT(readText(picture), testing::AnyOf("old", newPicture));
-        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 2) << "half a file is left";
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 2)
+            << "half a file is left behind";
         EXPECT_FALSE(NSGraphicsContext::currentContext());
         EXPECT_TRUE(run() == expected) << "the same work afterwards gives something else";
-        EXPECT_EQ(blocksHeld, held) << "blocks are held for good";
+        EXPECT_EQ(test::blocksHeld(), held) << "blocks are held for good";
     }
     setLogHook({});
     setStandardErrorHook({});
@@ -233,68 +171,6 @@ TEST(MemoryFault, LeavesAnAttributedStringAsItWas) {
                {"new attributes", [&](auto& text) { text.setAttributes(red, within); }},
                {"one attribute", [&](auto& text) { text.addAttribute("font"_ns, "f"_ns, across); }},
                {"one attribute less", [&](auto& text) { text.removeAttribute(*"size"_ns, across); }}});
-}
-
-/// The names in their order, each with its number of attributes, and what could be undone.
-std::string stackOf(const QzAnnoPalette& palette) {
-    std::string text;
-    for (int32_t priority = 0; priority <= palette.maxPriority(); ++priority) {
-        const Ref<QzAnnoKey> key = palette.annoKeyAtPriority(priority);
-        text += key->name()->utf8() + std::to_string(palette.lookupAnno(key)->allAttributes()->count());
-        if (palette.lookupPrio(key) != priority || !key->valid()) text += " astray";
-        text += ",";
-    }
-    return text;
-}
-
-/// Edits a palette without memory, and undoes all of it: the stack is whole at any moment, and edits and undoing go on.
-TEST(MemoryFault, LeavesAPaletteAndItsUndoManagerWhole) {
-    const std::function<void(QzAnnoPalette&)> edits[] = {
-        [](auto& palette) { palette.createAnno("d"_ns); },
-        [](auto& palette) { palette.removeAnno(palette.annoKeyAtPriority(2)); },
-        [](auto& palette) { palette.setAnnoKey(palette.annoKeyAtPriority(1), 3); },
-        [](auto& palette) { palette.increasePriorityOfAnnoKey(palette.annoKeyAtPriority(1)); },
-        [](auto& palette) {
-            const Ref<QzMutableAnno> changed = palette.lookupAnno(palette.annoKeyAtPriority(1))->mutableCopy();
-            changed->setAttribute("size"_ns, "large"_ns);
-            palette.replaceAnno(changed);
-        },
-        [](auto& palette) { palette.undoManager()->undo(); },
-    };
-    setStandardErrorHook([](std::string_view) {});
-    uint64_t failed = 0;
-    for (const auto& edit : edits) {
-        const auto make = [&] {
-            const Ref<QzAnnoPalette> palette = test::paletteWithGlobals({});
-            // Twenty, so that the table has an index.
-            for (int i = 0; i < 20; ++i)
-                palette->createAnno(NSString::stringWithUTF8String(std::string(1, char('a' + i))));
-            palette->undoManager()->endEvent();
-            palette->removeAnno(palette->annoKeyAtPriority(7));
-            palette->undoManager()->endEvent();
-            return palette;
-        };
-        const Ref<QzAnnoPalette> before = make(), after = make();
-        edit(*after);
-        for (uint64_t number = 1; number < 1000; ++number) {
-            const Ref<QzAnnoPalette> palette = make();
-            try {
-                const FailingMemory failing(number);
-                edit(*palette);
-                if (failing.count() < number) break;
-            } catch (const std::bad_alloc&) {
-                ++failed;
-            }
-            const std::string stack = stackOf(*palette);
-            EXPECT_TRUE(stack == stackOf(*before) || stack == stackOf(*after))
-                << stack << " after allocation " << number;
-            palette->undoManager()->endEvent();
-            for (int undone = 0; undone < 5 && palette->undoManager()->undo(); ++undone) continue;
-            EXPECT_EQ(stackOf(*palette), "GLOBALS0,") << "undone after the failure of allocation " << number;
-        }
-    }
-    setStandardErrorHook({});
-    EXPECT_GT(failed, 20u);
 }
 
 }  // namespace

@@ -112,7 +112,7 @@ TEST_F(NSUndoManagerTest, NothingRegisteredWhileUndoingLeavesNoRedo) {
     EXPECT_TRUE(wasUndoing);
     EXPECT_FALSE(manager_->isUndoing());
     EXPECT_FALSE(manager_->canRedo());
-    NSUndoManager::InvocationTarget().invoke([] { FAIL() << "a call on none"; });
+    NSUndoManager::InvocationTarget().invoke([] { FAIL() << "called without a target"; });
     manager_->prepareWithInvocationTarget(*document_).invoke({});
     EXPECT_FALSE(manager_->canUndo());
 }

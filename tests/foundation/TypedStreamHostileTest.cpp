@@ -53,7 +53,7 @@ std::string listingErrorOf(const NSData& data) {
     return error;
 }
 
-// A class of an archive to come that holds what a case is about; this version decodes as none and passes over it.
+// Stands for a class of a later version: its objects hold what a case is about, and decoding skips them.
 const CodedClassRegistration passedOver({.name = "QzPassedOver",
                                          .decode = [](NSUnarchiver&) { return Ref<NSObject>(); }});
 

@@ -159,7 +159,8 @@ TEST(NSLog, FillsFormats) {
               "text has -1 of 4000000000 (x)\n");
     EXPECT_EQ(stringWithFormat("%@", {Ref<NSString>()}), "(null)");
     EXPECT_EQ(stringWithFormat("%4i|%2i|100%%", {7, 12345}), "   7|12345|100%");
-    EXPECT_EQ(stringWithFormat("%@ %@ %", {"%@"}), "%@ %@ %") << "no argument is read as a format, none is invented";
+    EXPECT_EQ(stringWithFormat("%@ %@ %", {"%@"}), "%@ %@ %")
+        << "arguments are not read as formats, and missing ones are not made up";
     std::string log;
     setLogHook([&](std::string_view line) { log += line; });
     NSLog("Nothing to update from!\n");

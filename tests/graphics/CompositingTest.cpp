@@ -1,11 +1,11 @@
 #include <algorithm>
-#include <cmath>
-#include <numeric>
+#include <random>
 
 #include <gtest/gtest.h>
 
+#include "fuzz/PixelsCheck.h"
 #include "platform/graphics/Compositing.h"
-#include "platform/graphics/PixelRows.h"
+#include "tests/support/RandomChoices.h"
 
 namespace qz {
 namespace {
@@ -40,85 +40,15 @@ Ref<NSBitmapImageRep> bitmapOf(int32_t width, int32_t height = 1) {
     return NSBitmapImageRep::initWithBitmapDataPlanes(nullptr, {.pixelsWide = width, .pixelsHigh = height});
 }
 
-// The mixing of one component, written to be read: the loops are vector code.
-int scalarMix(int color, int old, int weight) {
-    return static_cast<int>(std::lround((color * weight + old * (255 - weight)) / 255.0));
-}
-
-// Every alpha with every coverage: what the scalar form gives, within 1 of the exact result and nearest to it for an
-// opaque colour, and colour that stays within alpha.
-TEST(Compositing, BlendedMaskIsWhatTheScalarFormGivesForAllAlphasAndCoverages) {
-    CoverageMask ramp = maskOf({0, 0, 256, 1}, 0);
-    std::iota(ramp.bytes.begin(), ramp.bytes.end(), uint8_t{0});
-    const auto target = bitmapOf(256);
-    double worst = 0, worstOpaque = 0;
-    for (const int old : {0, 1, 77, 128, 200, 254, 255}) {
-        for (int alpha = 0; alpha < 256; ++alpha) {
-            const uint8_t oldPixel[] = {0, uint8_t(old / 2), uint8_t(old), uint8_t(old)};
-            for (int x = 0; x < 256; ++x) std::copy_n(oldPixel, 4, target->row(0) + 4 * x);
-            blendMask(ramp, {255, 100, 3, uint8_t(alpha)}, *target);
-            for (int x = 0; x < 256; ++x) {
-                const double weight = alpha / 255.0 * x / 255.0;
-                const int colors[] = {255, 100, 3, 255};
-                for (int i = 0; i < 4; ++i) {
-                    const int drawn = target->row(0)[4 * x + i];
-                    ASSERT_EQ(drawn, scalarMix(colors[i], oldPixel[i], scalarMix(alpha, 0, x)))
-                        << "alpha " << alpha << " coverage " << x << " on " << int{oldPixel[i]};
-                    const double exact = colors[i] * weight + oldPixel[i] * (1 - weight);
-                    worst = std::max(worst, std::fabs(exact - drawn));
-                    if (alpha == 255) worstOpaque = std::max(worstOpaque, std::fabs(exact - drawn));
-                }
-                const uint8_t* const pixel = target->row(0) + 4 * x;
-                ASSERT_LE(std::max({pixel[0], pixel[1], pixel[2]}), pixel[3]) << "alpha " << alpha << " coverage " << x;
-            }
-        }
-    }
-    EXPECT_LE(worst, 1 + 1e-9);
-    EXPECT_LE(worstOpaque, 0.5 + 1e-9);
-}
-
-// The loops for each width of registers, at every length and start within a vector: one pixel beyond stays as it was.
-TEST(Compositing, AllLoopsOfThisMachineDoTheSame) {
-    constexpr uint8_t kOpaque[] = {200, 100, 3, 255};
-    constexpr size_t kLength = 70;
-    for (const PixelRows* rows : pixelRowsOfThisMachine()) {
-        SCOPED_TRACE(rows->name);
-        for (size_t length = 0; length < kLength; ++length) {
-            for (const uint8_t alpha : {uint8_t{255}, uint8_t{77}}) {
-                std::vector<uint8_t> coverage(kLength), source(4 * kLength), pixels(4 * kLength), united(kLength);
-                for (size_t i = 0; i < 4 * kLength; ++i) pixels[i] = source[i] = uint8_t(i * 31 % 256);
-                for (size_t i = 0; i < kLength; ++i) {
-                    coverage[i] = i % 23 < 9 ? 255 : i % 23 < 18 ? 0 : uint8_t(i * 57 % 256);
-                    united[i] = uint8_t(i * 13 % 256);
-                }
-                const auto oldPixels = pixels, oldUnited = united;
-                rows->blendCoverage({coverage.data(), 0, pixels.data(), 0, length, 1}, kOpaque, alpha);
-                rows->uniteCoverage(coverage.data(), length, united.data());
-                for (size_t i = 0; i < 4 * kLength; ++i) {
-                    const int weight = i / 4 < length ? scalarMix(alpha, 0, coverage[i / 4]) : 0;
-                    ASSERT_EQ(pixels[i], scalarMix(kOpaque[i % 4], oldPixels[i], weight)) << i << " of " << length;
-                }
-                for (size_t i = 0; i < kLength; ++i) {
-                    ASSERT_EQ(united[i], i < length ? scalarMix(255, oldUnited[i], coverage[i]) : oldUnited[i]);
-                }
-                // The same pixels as two rows.
-                const size_t half = length / 2;
-                auto folded = oldPixels;
-                rows->blendCoverage({coverage.data(), half, folded.data(), 4 * half, half, 2}, kOpaque, alpha);
-                ASSERT_TRUE(std::equal(folded.begin(), folded.begin() + 8 * half, pixels.begin())) << length;
-                pixels = oldPixels;
-                rows->blendPixels(source.data(), length, alpha, pixels.data());
-                for (size_t i = 0; i < 4 * kLength; ++i) {
-                    const int over = scalarMix(source[i], 0, alpha), overAlpha = scalarMix(source[i | 3], 0, alpha);
-                    const int sum = std::min(255, over + scalarMix(oldPixels[i], 0, 255 - overAlpha));
-                    ASSERT_EQ(pixels[i], i / 4 < length ? sum : oldPixels[i]) << i << " of " << length;
-                }
-            }
-        }
+TEST(Compositing, AllLoopsOfThisMachineDoAsTheyAreDefined) {
+    for (uint32_t seed = 1; seed <= 100; ++seed) {
+        test::RandomChoices choices(seed);
+        fuzz::PixelsCheck check(choices);
+        for (size_t width = 0; width < 70; ++width) check.checkRows(width);
     }
 }
 
-// Between the ends that the loops of all machines are held against: where it lies, and what it is thinned by.
+// Where it lies, and what it is thinned by.
 TEST(Compositing, MasksAndBitmapsLieWhereTheyAreMovedTo) {
     const CoverageMask mask = maskOf({0, 0, 2, 1}, 51);
     CoverageMask target = maskOf({9, 5, 4, 2}, 100);
@@ -170,6 +100,52 @@ TEST(Compositing, WhatHangsOverAnyEdgeIsCutAndPaddingIsNeverWritten) {
         EXPECT_EQ(placed.bytes, copied.bytes) << c.reason;
         EXPECT_TRUE(masked.isPaddingWhole()) << c.reason;
     }
+}
+
+TEST(vImageMax, IsTheGreatestSampleUnderTheKernel) {
+    struct Case {
+        uint32_t width, height;
+        int64_t reachX, reachY;
+        const char* why;
+    };
+    const Case cases[] = {
+        {1, 1, 0, 0, "the smallest plane"},
+        {1, 1, 7, 7, "the kernel reaches beyond a plane of one sample"},
+        {61, 1, 3, 9, "one row"},
+        {1, 40, 9, 3, "one column"},
+        {67, 23, 0, 0, "no stroke"},
+        {67, 23, 1, 1, "three rows, read directly"},
+        {67, 23, 2, 2, "five rows, read directly"},
+        {67, 23, 3, 3, "blocks of seven rows, the last one cut"},
+        {130, 49, 4, 24, "one block of rows, less than the plane"},
+        {130, 49, 13, 0, "windows of 27, three times 9"},
+        {130, 49, 14, 5, "windows of 29, one more pass"},
+        {130, 49, 129, 48, "from edge to edge"},
+        {130, 49, INT64_MAX / 2, INT64_MAX / 2, "the largest kernel"},
+        {4100, 9, 2, 2, "two strips"},
+        {4099, 9, 40, 3, "strips of unequal width"},
+        {9000, 3, 600, 1, "strips widened for a wide kernel"},
+    };
+    const uint32_t seed = std::random_device()();
+    test::RandomChoices choices(seed);
+    for (const auto& [width, height, reachX, reachY, why] : cases) {
+        SCOPED_TRACE(why);
+        for (int round = 0; round < 4; ++round) fuzz::PixelsCheck(choices).checkMaximum(width, height, reachX, reachY);
+    }
+}
+
+TEST(vImageMax, RefusesWhatHasNoCentreOrNoRoom) {
+    std::vector<uint8_t> source(200), destination(200, 7);
+    const auto resultOf = [&](int64_t kernelHeight, int64_t kernelWidth, vImage_Buffer from) {
+        return vImageMax_Planar8(from, {destination.data(), 10, 20, 20}, kernelHeight, kernelWidth);
+    };
+    for (const int64_t side : {int64_t{0}, int64_t{2}, int64_t{-1}, int64_t{-3}, INT64_MIN}) {
+        EXPECT_EQ(resultOf(side, 3, {source.data(), 10, 20, 20}), vImage_Error::invalidKernelSize);
+        EXPECT_EQ(resultOf(3, side, {source.data(), 10, 20, 20}), vImage_Error::invalidKernelSize);
+    }
+    EXPECT_EQ(resultOf(3, 3, {source.data(), 9, 20, 20}), vImage_Error::invalidBuffer);
+    EXPECT_EQ(resultOf(3, 3, {source.data(), 10, 20, 19}), vImage_Error::invalidBuffer);
+    EXPECT_EQ(destination, std::vector<uint8_t>(200, 7));
 }
 
 }  // namespace

@@ -91,7 +91,7 @@ TEST(NSGraphicsContext, WithoutAntialiasingPixelsAreWholeOrUntouched) {
     EXPECT_GT(canvas.area(), 500);
 }
 
-// Masks are made in bands of rows and columns; no seam may show and none may be skipped.
+// Masks are made in bands of rows and columns; no seam may show, and no band may be left out.
 TEST(NSGraphicsContext, LargeShapesAreDrawnInBandsWithoutSeams) {
     for (const auto& [width, height] : {std::pair{3000, 3000}, {40000, 3}, {3, 40000}}) {
         Canvas canvas(width, height);

@@ -120,7 +120,7 @@ TEST_F(QzAnnoStringTest, RunIsWhereNoKeyChangesInsideTheLimit) {
     const struct {
         uint32_t index;
         Range limit;
-        std::optional<std::vector<Ref<QzAnnoKey>>> keys;  // none: refused
+        std::optional<std::vector<Ref<QzAnnoKey>>> keys;  // unset where the call is refused
         Range run;
     } cases[] = {
         {2, {0, 5}, {{a, b}}, {2, 1}},
@@ -180,7 +180,7 @@ TEST(QzMutableAnnoString, ReplacedTextCarriesAnnotationsAlong) {
         const char* before;  // where the key holds in abcdef
         Range range;
         Ref<NSString> with;
-        const char* text;  // none: refused
+        const char* text;  // null where the edit is refused
         const char* after;
     } cases[] = {
         {"an insertion takes the state before it", "001100", {3, 0}, "XY"_ns, "abcXYdef", "00111100"},

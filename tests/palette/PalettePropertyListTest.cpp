@@ -8,9 +8,11 @@
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "QzAnno/platform/graphics/NSColor.h"
 #include "QzAnno_AnnotatedTextFramework/palette/PaletteFaults.h"
+#include "QzAnno_AnnotatedTextFramework/palette/ValueConversion.h"
 #include "platform/foundation/NSDate.h"
 #include "platform/foundation/ObjectMap.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/Palettes.h"
 
 namespace qz {
 namespace {
@@ -19,37 +21,24 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-Ref<NSNumber> number(double value) {
-    return NSNumber::numberWithDouble(value);
-}
-
 /// A palette whose values have each kind that is stored, and a name that needs escapes.
 Ref<QzAnnoPalette> richPalette() {
-    const Ref<QzAnnoPalette> palette = QzAnnoPalette::init();
-    palette->setUndoManager(NSUndoManager::init());
-    const auto set = [&](const Ref<const QzAnno>& anno,
-                         std::vector<std::pair<Ref<NSString>, Ref<NSObject>>> attributes) {
-        const auto edited = anno->mutableCopy();
-        for (const auto& [name, value] : attributes) edited->setAttribute(name, value);
-        palette->replaceAnno(edited);
-    };
-    set(palette->lookupAnno({}), {{QzFontSizeAttribute, NSNumber::numberWithFloat(12.1f)},
+    const Ref<QzAnnoPalette> palette =
+        test::paletteWithGlobals({{QzFontSizeAttribute, test::number(12.1)},
                                   {QzTextColorAttribute, NSColor::colorWithCalibratedRed(0.1f, 0.5f, 1, 1)}});
     ObjectMap other;
     other.set("Object Name"_ns, "unknown"_ns);
-    const auto name = "Größe <&> 🎬"_ns;
     const auto box = QzBBoxInfo::qzbbWithColor(NSColor::colorWithCatalogName("System"_ns, "textColor"_ns), 2);
-    set(palette->createAnno(name),
-        {{QzHorizontalAlignmentAttribute, NSNumber::numberWithInt(2)},
-         {QzItalicAttribute, NSNumber::numberWithInt(1)},
-         {QzBoundingMarginsAttribute,
-          NSArray::arrayWithObjects(
-              {NSNumber::numberWithInt(1), number(2.5), NSNumber::numberWithInt(3), NSNumber::numberWithInt(4)})},
-         {QzBoundingBoxAttribute, "{{0.1, 0.2}, {0.5, 0.25}}"_ns},
-         {QzTextBoundingBoxAppearanceAttribute, box},
-         {"data"_ns, NSData::dataWithBytes(std::vector<uint8_t>{0, 255})},
-         {"other"_ns, NSDictionary::dictionaryWithMap(other)}});
-    palette->createAnno(name);
+    for (const test::Attributes& attributes :
+         {test::Attributes{{QzHorizontalAlignmentAttribute, test::integer(2)},
+                           {QzItalicAttribute, test::integer(1)},
+                           {QzBoundingMarginsAttribute, test::margins(1, 2.5, 3, 4)},
+                           {QzBoundingBoxAttribute, "{{0.1, 0.2}, {0.5, 0.25}}"_ns},
+                           {QzTextBoundingBoxAppearanceAttribute, box},
+                           {"data"_ns, NSData::dataWithBytes(std::vector<uint8_t>{0, 255})},
+                           {"other"_ns, NSDictionary::dictionaryWithMap(other)}},
+          test::Attributes()})
+        test::addAnnotation(*palette, "Größe <&> 🎬", attributes);
     return palette;
 }
 
@@ -205,6 +194,94 @@ TEST_F(PalettePropertyListTest, WhatCannotBeStoredFailsTheWholeWriteByName) {
                                           testing::StartsWith("Error occurred serializing palette: \"Lower Third\": "),
                                           HasSubstr(row.attribute->utf8()))));
     }
+}
+
+// Taken while statics are made, before any test runs.
+const Ref<NSString> textColorAttributeAtStart = QzTextColorAttribute;
+const Ref<NSObject> convertedAtStart = dehydrate(NSColor::blackColor());
+
+Ref<NSDictionary> dictionary(std::initializer_list<std::pair<const char*, Ref<NSObject>>> entries) {
+    ObjectMap map;
+    for (const auto& [key, value] : entries) map.set(NSString::stringWithUTF8String(key), value);
+    return NSDictionary::dictionaryWithMap(std::move(map));
+}
+
+TEST(ValueConversionTest, ColoursBecomeTaggedDictionariesAndComeBack) {
+    const auto named = NSColor::colorWithCatalogName("Some catalogue"_ns, "Some colour"_ns);
+    const auto rgb = NSColor::colorWithCalibratedRed(0.25f, 0.5f, 0.1f, 1);
+    const auto white = NSColor::colorWithCalibratedWhite(0.5f, 0.75f);
+    const struct {
+        Ref<NSColor> color, returned;
+        Ref<NSDictionary> stored;
+    } cases[] = {
+        {named, named,
+         dictionary({{"Object Name", "NSColor Named"_ns},
+                     {"CatalogName", "Some catalogue"_ns},
+                     {"ColorName", "Some colour"_ns}})},
+        {rgb, rgb,
+         dictionary({{"Object Name", "NSColor RGBCalibrated"_ns},
+                     {"Red", test::number(0.25f)},
+                     {"Green", test::number(0.5f)},
+                     {"Blue", test::number(0.1f)},
+                     {"Alpha", test::number(1)}})},
+        {white, NSColor::colorWithCalibratedRed(0.5f, 0.5f, 0.5f, 0.75f),
+         dictionary({{"Object Name", "NSColor RGBCalibrated"_ns},
+                     {"Red", test::number(0.5f)},
+                     {"Green", test::number(0.5f)},
+                     {"Blue", test::number(0.5f)},
+                     {"Alpha", test::number(0.75f)}})},
+    };
+    for (const auto& row : cases) {
+        const auto stored = std::dynamic_pointer_cast<NSDictionary>(dehydrate(row.color));
+        ASSERT_TRUE(stored);
+        EXPECT_TRUE(stored->isEqual(*row.stored)) << stored->description();
+        EXPECT_TRUE(areEqual(rehydrate(stored), row.returned));
+    }
+    EXPECT_TRUE(convertedAtStart && textColorAttributeAtStart->isEqualToString(*NSForegroundColorAttributeName));
+}
+
+TEST(ValueConversionTest, BoxAppearancesAddPrefixAndType) {
+    const auto color = NSColor::colorWithCatalogName("System"_ns, "controlColor"_ns);
+    const auto stored = safeBGBox(*QzBBoxInfo::qzbbWithColor(color, 1));
+    EXPECT_TRUE(stored->isEqual(*dictionary({{"Object Name", "BBox with NSColor Named"_ns},
+                                             {"CatalogName", "System"_ns},
+                                             {"ColorName", "controlColor"_ns},
+                                             {"bbtype", NSNumber::numberWithInt(1)}})));
+    const auto box = std::dynamic_pointer_cast<QzBBoxInfo>(rehydrate(stored));
+    ASSERT_TRUE(box);
+    EXPECT_EQ(box->type(), 1);
+    EXPECT_TRUE(box->color()->isEqual(*color));
+    EXPECT_FALSE(box->isEqual(*box->copy())) << "appearances are equal by identity";
+    EXPECT_FALSE(QzBBoxInfo::initWithColor({}, 1));
+    EXPECT_EQ(genBGBox(*dictionary({{"Object Name", "BBox with NSColor RGBCalibrated"_ns}}))->type(), 0);
+}
+
+TEST(ValueConversionTest, OtherDictionariesStayThemselves) {
+    const Ref<NSDictionary> others[] = {
+        dictionary({}),
+        dictionary({{"Object Name", "BBox with "_ns}}),
+        dictionary({{"Object Name", "BBox with Something"_ns}}),
+        dictionary({{"Object Name", "BBox with BBox with NSColor RGBCalibrated"_ns}}),
+        dictionary({{"Object Name", "nscolor rgbcalibrated"_ns}}),
+        dictionary({{"Object Name", test::number(1)}}),
+        dictionary({{"Object Name", "NSColor Named"_ns}, {"CatalogName", "no colour name"_ns}}),
+        dictionary(
+            {{"Object Name", "NSColor Named"_ns}, {"CatalogName", test::number(1)}, {"ColorName", test::number(2)}}),
+    };
+    for (const Ref<NSDictionary>& other : others) EXPECT_EQ(rehydrate(other), other) << other->description();
+}
+
+TEST(ValueConversionTest, HostileComponentsStayWithinTheirRange) {
+    const auto color =
+        genColor(*dictionary({{"Object Name", "NSColor RGBCalibrated"_ns},
+                              {"Red", test::number(7)},
+                              {"Green", "0.5"_ns},
+                              {"Blue", NSNumber::numberWithDouble(std::numeric_limits<double>::quiet_NaN())}}));
+    ASSERT_TRUE(color);
+    EXPECT_EQ(color->redComponent(), 1);
+    EXPECT_EQ(color->greenComponent(), 0.5f) << "written as text";
+    EXPECT_EQ(color->blueComponent(), 0);
+    EXPECT_EQ(color->alphaComponent(), 0) << "a missing component is 0";
 }
 
 }  // namespace

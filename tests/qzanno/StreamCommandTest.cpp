@@ -112,7 +112,7 @@ TEST_F(StreamTest, ChangesMakeUpTheWholeStream) {
 }
 
 TEST_F(StreamTest, CaptionsThatAreShownTogetherDoNotCoverEachOther) {
-    // What two pictures hold together: the sum of their alphas is that of both only where none covers the other.
+    // The alpha of two captions drawn together adds up to that of each alone only where neither covers the other.
     const auto ink = [](const std::string& frames, size_t frame) {
         int64_t sum = 0;
         for (size_t i = 3; i < kFrameBytes; i += 4) sum += byte(frames, frame * kFrameBytes + i);
@@ -204,25 +204,18 @@ TEST_F(StreamTest, CaptionsKeepTheirColoursInAFilm) {
     const std::string toBt709 =
         "scale=out_color_matrix=bt709:out_range=tv,setparams=colorspace=bt709:color_primaries=bt709:color_trc=bt709";
     const struct {
-        std::string line, file, decoder;
+        std::string line, file;
     } cases[] = {
-        {"-i film.mkv -filter_complex '[0]" + toBt709 + "[c];[1][c]overlay=eof_action=pass' -c:v ffv1 ", "burnt.mkv",
-         ""},
-        {"-vf " + toBt709 + " -c:v prores_ks -profile:v 4444 -pix_fmt yuva444p10le ", "track.mov", ""},
-        {"-vf " + toBt709 + " -c:v libvpx-vp9 -pix_fmt yuva420p -crf 30 -b:v 0 ", "track.webm", "-c:v libvpx-vp9 "},
-        {"-c:v qtrle ", "track.mov", ""},
+        {"-i film.mkv -filter_complex '[0]" + toBt709 + "[c];[1][c]overlay=eof_action=pass' -c:v ffv1 ", "burnt.mkv"},
+        {"-vf " + toBt709 + " -c:v prores_ks -profile:v 4444 -pix_fmt yuva444p10le ", "track.mov"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.line);
-        const ToolResult made = shell("{ " + captions + "; echo $? >status; } " + raw + c.line + c.file + " && " +
-                                      ffmpeg + c.decoder + "-i " + c.file + decode + "planes && " + ffmpeg + c.decoder +
-                                      "-i " + c.file + " -f rawvideo -pix_fmt rgba pixels");
+        const ToolResult made =
+            shell("{ " + captions + "; echo $? >status; } " + raw + c.line + c.file + " && " + ffmpeg + "-i " + c.file +
+                  decode + "planes && " + ffmpeg + "-i " + c.file + " -f rawvideo -pix_fmt rgba pixels");
         ASSERT_EQ(made.exitCode, 0) << made.err;
         EXPECT_EQ(contentOf("status"), "0\n") << "nobody stopped reading";
-        if (c.line == "-c:v qtrle ") {
-            EXPECT_TRUE(contentOf("pixels") == frames) << "the very pixels";
-            continue;
-        }
         const std::string planes = contentOf("planes");
         constexpr size_t kPixels = kFrameBytes / 4;
         ASSERT_EQ(planes.size(), 60 * 3 * kPixels);

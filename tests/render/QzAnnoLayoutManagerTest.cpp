@@ -167,7 +167,7 @@ TEST_F(LayersTest, EveryRunHasItsOwnLayers) {
     const auto bitmap = pipeline->bitmapInFullScreen(true);
     const PixelBox ink = inkOf(*bitmap);
     const PixelBox red = boxOf(*bitmap, [](Pixel p) { return p.red == 255 && p.green == 0; });
-    EXPECT_GT(red.left, (ink.left + ink.right) / 2 - 20) << "the first block has none";
+    EXPECT_GT(red.left, (ink.left + ink.right) / 2 - 20) << "the first block has no layer";
     EXPECT_NEAR(red.right, ink.right, 1);
 }
 

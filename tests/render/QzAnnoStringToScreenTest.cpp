@@ -86,21 +86,6 @@ TEST_F(PipelineTest, TheBoxImageIsTheFullImageCutOut) {
     }
 }
 
-TEST_F(PipelineTest, TheTextStaysInsideItsMargins) {
-    for (int32_t alignment = 0; alignment <= 2; ++alignment) {
-        giveAttributes(
-            *palette, palette->lookupAnno({}),
-            {{QzVerticalAlignmentAttribute, integer(alignment)}, {QzBackgroundColorAttribute, rgba(0, 0, 0, 0)}});
-        pipeline->setAnnoString(
-            QzAnnoString::initWithString("A title that is long enough to need a line or two more"_ns));
-        const PixelBox ink = inkOf(*pipeline->bitmapInFullScreen(true));
-        EXPECT_GE(ink.left, 50);
-        EXPECT_LE(ink.right, 350);
-        EXPECT_GE(ink.top, 40);
-        EXPECT_LE(ink.bottom, 260);
-    }
-}
-
 TEST_F(PipelineTest, ADirectionOverrulesTheTextsOwn) {
     const Ref<QzAnnoPalette> natural = paletteWithGlobals({{QzFontSizeAttribute, number(40)},
                                                            {QzTextColorAttribute, NSColor::whiteColor()},

@@ -95,50 +95,32 @@ TEST(ScreenTextContainer, APointOnTheTopEdgeIsOutsideAndOnTheBottomEdgeInside) {
 }
 
 TEST_F(ScreenTextContainerTest, TheBoxShrinksToTheTextAndGoesWhereTheAlignmentAsks) {
-    const auto box = margins(10, 20, 30, 40);  // 506 points high on this screen
+    const auto margined = [](const char* text, int32_t alignment) {
+        return std::pair(text, Attributes{{QzBoundingMarginsAttribute, margins(10, 20, 30, 40)},
+                                          {QzVerticalAlignmentAttribute, integer(alignment)}});
+    };
+    const auto boxed = [](const char* text, const Ref<NSString>& box) {
+        return std::pair(text, Attributes{{QzBoundingBoxAttribute, box}});
+    };
+    auto both = margined("A", 0);
+    both.second.emplace_back(QzBoundingBoxAttribute, "{{0.5, 0.5}, {0.5, 0.5}}"_ns);
     const struct {
         const char* reason;
-        const char* text;
-        Attributes attributes;
+        std::pair<const char*, Attributes> title;
         float x, y, height;
     } cases[] = {
-        {"top without an alignment", "A", {{QzBoundingMarginsAttribute, box}}, 10, 30, 60},
-        {"centre: 223 above and below",
-         "A",
-         {{QzBoundingMarginsAttribute, box}, {QzVerticalAlignmentAttribute, integer(1)}},
-         10,
-         253,
-         60},
-        {"bottom", "A", {{QzBoundingMarginsAttribute, box}, {QzVerticalAlignmentAttribute, integer(2)}}, 10, 476, 60},
-        {"an unknown alignment is top",
-         "A",
-         {{QzBoundingMarginsAttribute, box}, {QzVerticalAlignmentAttribute, integer(9)}},
-         10,
-         30,
-         60},
-        {"two lines",
-         "A\nB",
-         {{QzBoundingMarginsAttribute, box}, {QzVerticalAlignmentAttribute, integer(2)}},
-         10,
-         416,
-         120},
-        {"margins win over a bounding box",
-         "A",
-         {{QzBoundingMarginsAttribute, box}, {QzBoundingBoxAttribute, "{{0.5, 0.5}, {0.5, 0.5}}"_ns}},
-         10,
-         30,
-         60},
-        {"bounding box in fractions of the screen",
-         "A",
-         {{QzBoundingBoxAttribute, "{{0.1, 0.25}, {0.5, 0.25}}"_ns}},
-         72,
-         144,
-         60},
-        {"the whole screen", "A", {}, 0, 0, 60},
+        {"top", margined("A", 0), 10, 30, 60},
+        {"centre of 506 points: 223 above and below", margined("A", 1), 10, 253, 60},
+        {"bottom", margined("A", 2), 10, 476, 60},
+        {"an unknown alignment is top", margined("A", 9), 10, 30, 60},
+        {"two lines", margined("A\nB", 2), 10, 416, 120},
+        {"margins win over a bounding box", both, 10, 30, 60},
+        {"bounding box in fractions of the screen", boxed("A", "{{0.1, 0.25}, {0.5, 0.25}}"_ns), 72, 144, 60},
+        {"the whole screen, without an alignment", {"A", {}}, 0, 0, 60},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.reason);
-        setText(c.text, c.attributes);
+        setText(c.title.first, c.title.second);
         EXPECT_EQ(container->textBox().origin, (NSPoint{c.x, c.y}));
         EXPECT_EQ(container->textBox().size.height, c.height);
         EXPECT_LT(container->textBox().size.width, 100);

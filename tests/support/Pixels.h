@@ -25,7 +25,7 @@ inline Pixel pixelAt(const NSBitmapImageRep& bitmap, int32_t x, int32_t y) {
 }
 
 /// The smallest box of pixels for which `counts` holds: first column and row, and those after the last. All 0 when
-/// there is none.
+/// no pixel counts.
 struct PixelBox {
     int32_t left = 0, top = 0, right = 0, bottom = 0;
     int32_t width() const { return right - left; }

@@ -294,7 +294,7 @@ TEST(NSAttributedStringCoding, TextAndAttributesComeBackAndShareWhatTheyShared) 
         ASSERT_TRUE(read) << error;
         EXPECT_TRUE(read->isEqual(*written)) << read->description();
         EXPECT_EQ(read->className(), written->className());
-        EXPECT_EQ(read->attributesAtIndex(0), read->attributesAtIndex(12)) << "none, in the empty text";
+        EXPECT_EQ(read->attributesAtIndex(0), read->attributesAtIndex(12)) << "both null in the empty text";
         EXPECT_TRUE(NSArchiver::archivedDataWithRootObject(read)->isEqual(*data));
     }
 }

@@ -111,7 +111,7 @@ TEST(FontLibraryTest, ProblemsOfFoldersAreNamed) {
     const struct {
         const char* file;
         std::string content;
-        const char* what;  // none: nothing is wrong
+        const char* what;  // null where nothing is wrong
     } cases[] = {
         {"good.ttf", whole, nullptr},
         {"README", "no font, and not called one", nullptr},

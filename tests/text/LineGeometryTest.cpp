@@ -193,8 +193,9 @@ TEST(LineGeometry, spacingBeforeParagraphsAddsToThatBehindThem) {
     const float natural = TextSystem(*attributedString("x")).usedRect().size.height;
     const auto attributes = textAttributes(paragraphStyle({.paragraphSpacing = 8, .paragraphSpacingBefore = 5}));
     const TextSystem system(*attributedString("x\u2028x\nx", attributes), {100, 0});
-    EXPECT_EQ(system.manager->lineFragmentRectForGlyphAtIndex(0).origin.y, 0) << "none at the top of a container";
-    EXPECT_NEAR(system.manager->lineFragmentRectForGlyphAtIndex(2).origin.y, natural, 0.01) << "none between lines";
+    EXPECT_EQ(system.manager->lineFragmentRectForGlyphAtIndex(0).origin.y, 0) << "no spacing at the top of a container";
+    EXPECT_NEAR(system.manager->lineFragmentRectForGlyphAtIndex(2).origin.y, natural, 0.01)
+        << "nor between the lines of a paragraph";
     EXPECT_NEAR(system.manager->lineFragmentRectForGlyphAtIndex(4).origin.y, 2 * natural + 13, 0.01);
     EXPECT_NEAR(system.usedRect().size.height, 3 * natural + 13, 0.01);
 }

@@ -12,7 +12,7 @@
 namespace qz {
 namespace {
 
-/// Presses the button of that name as soon as the alert is there, or the escape key for none.
+/// Clicks the button of that name as soon as the alert is open; where it has no such button, closes it as Escape does.
 void answerAlert(const QString& button) {
     QTimer::singleShot(0, [button] {
         auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());

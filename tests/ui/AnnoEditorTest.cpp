@@ -321,8 +321,7 @@ TEST_F(AnnoEditor, takesFontsOfAnySpellingAndFromTheFontPanel) {
     editor().editFont({});
     const Ref<NSWindow> panel = fonts.fontPanel(false);
     EXPECT_TRUE(panel->isVisible());
-    EXPECT_FALSE(panel->widget()->findChild<QDoubleSpinBox*>()->isVisible())
-        << "sizes are none of the panel's business";
+    EXPECT_FALSE(panel->widget()->findChild<QDoubleSpinBox*>()->isVisible()) << "the panel does not choose sizes";
     editor().close();
     EXPECT_FALSE(panel->isVisible());
 }

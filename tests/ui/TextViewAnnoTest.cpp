@@ -124,7 +124,7 @@ TEST_F(TextViewAnno, reportsWhatTheSelectionCarries) {
         std::vector<std::string> lists;
         const char* frame;
         Range selection;
-        std::vector<std::string> report;  // immutable, selected, sparse; none: refused
+        std::vector<std::string> report;  // immutable, selected, sparse; empty where the call is refused
         const char* reason;
     };
     const Case cases[] = {
