@@ -40,7 +40,7 @@ enum class CompositeMode : uint8_t {
 };
 
 /// Paints a picture with more than one colour: a colour glyph's clips and groups, or a mask filled with a gradient. For
-/// a mask filled with a single colour use `blendMask`, which is several times as fast.
+/// a mask filled with a single colour use `blendMask`, which needs no picture in between.
 ///
 /// Transforms apply to later operations, as drawing operations nest.
 class PictureCanvas {
