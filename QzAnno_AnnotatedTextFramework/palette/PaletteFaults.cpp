@@ -106,27 +106,4 @@ std::vector<PaletteFault> faultsOfPropertyList(const NSObject& plist, FontLibrar
     return finder.takeFaults();
 }
 
-std::vector<PaletteFault> faultsOfPalette(const QzAnnoPalette& palette) {
-    const std::shared_ptr<FontLibrary>& own = palette.fontLibrary();
-    FaultFinder finder(own ? own.get() : FontLibrary::shared().get());
-    for (int32_t priority = 0; priority <= palette.maxPriority(); ++priority) {
-        const Ref<const QzAnno> anno = palette.lookupAnno(palette.annoKeyAtPriority(priority));
-        finder.beginAnnotation(anno->name()->utf8());
-        const Ref<NSDictionary> attributes = anno->allAttributes();
-        ObjectMap stored;
-        for (const ObjectMap::Entry& entry : attributes->map().entries()) {
-            if (auto value = dehydrate(entry.value)) {
-                stored.set(entry.key, std::move(value));
-                continue;
-            }
-            const std::string found =
-                entry.value ? "a value of class " + entry.value->className() + " has no form in a property list"
-                            : "there is no value";
-            finder.add(entry.key->description(), found + "; the palette cannot be saved");
-        }
-        finder.checkAttributes(stored);
-    }
-    return finder.takeFaults();
-}
-
 }  // namespace qz

@@ -8,7 +8,6 @@
 namespace qz {
 
 class FontLibrary;
-class QzAnnoPalette;
 
 /// Something in a palette that will not have its intended effect.
 struct PaletteFault {
@@ -24,9 +23,5 @@ struct PaletteFault {
 /// that is not a palette at all has no faults here; `QzAnnoPalette::paletteFromPListData` says why it is refused.
 /// Unknown attribute names are not faults, and neither are missing fonts, unless `fonts` is given.
 std::vector<PaletteFault> faultsOfPropertyList(const NSObject& plist, FontLibrary* fonts);
-
-/// The same for a palette in memory, whose colours have been clamped already and whose fonts are looked up in its own
-/// library; also reports values that cannot be saved.
-std::vector<PaletteFault> faultsOfPalette(const QzAnnoPalette& palette);
 
 }  // namespace qz

@@ -158,7 +158,6 @@ Ref<NSObject> QzAnnoPaletteAsTable::objectValueForTableColumn(NSTableView& /*tab
     if (!key) return {};
     if (hasIdentifier(column, "selectionstate")) return NSNumber::numberWithInt(stateOfRow(row, *key));
     if (hasIdentifier(column, "Annotations")) {
-        column.dataCell()->setRepresentedObject(key);
         return row == maxPriority() ? "Default"_ns : key->name();
     }
     if (hasIdentifier(column, "Frame")) return NSNumber::numberWithBool(annotationPalette_->contains(key));

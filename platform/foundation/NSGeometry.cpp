@@ -29,10 +29,6 @@ Stretch overlap(Stretch a, Stretch b) {
     return {std::max(a.begin, b.begin), std::min(a.end, b.end)};
 }
 
-Stretch hull(Stretch a, Stretch b) {
-    return {std::min(a.begin, b.begin), std::max(a.end, b.end)};
-}
-
 NSRect rectOver(Stretch x, Stretch y) {
     return {{static_cast<float>(x.begin), static_cast<float>(y.begin)},
             {static_cast<float>(x.end - x.begin), static_cast<float>(y.end - y.begin)}};
@@ -120,12 +116,6 @@ NSRect NSIntersectionRect(const NSRect& a, const NSRect& b) {
     return NSIsEmptyRect(common) ? NSRect{} : common;
 }
 
-NSRect NSUnionRect(const NSRect& a, const NSRect& b) {
-    if (NSIsEmptyRect(a)) return NSIsEmptyRect(b) ? NSRect{} : b;
-    if (NSIsEmptyRect(b)) return a;
-    return rectOver(hull(horizontal(a), horizontal(b)), hull(vertical(a), vertical(b)));
-}
-
 bool NSMouseInRect(NSPoint point, const NSRect& rect, bool flipped) {
     if (point.x < rect.origin.x || point.x >= rect.maxX()) return false;
     return flipped ? point.y >= rect.origin.y && point.y < rect.maxY()
@@ -147,11 +137,6 @@ Ref<NSString> NSStringFromRect(const NSRect& rect) {
 
 NSPoint NSPointFromString(const NSString& text) {
     return GeometryReader(text).pair();
-}
-
-NSSize NSSizeFromString(const NSString& text) {
-    const NSPoint pair = NSPointFromString(text);
-    return {pair.x, pair.y};
 }
 
 NSRect NSRectFromString(const NSString& text) {

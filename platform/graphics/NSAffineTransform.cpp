@@ -44,10 +44,6 @@ void NSAffineTransform::prependTransform(const NSAffineTransform& transform) {
     *this = composed(transform, *this);
 }
 
-void NSAffineTransform::appendTransform(const NSAffineTransform& transform) {
-    *this = composed(*this, transform);
-}
-
 NSPoint NSAffineTransform::transformPoint(NSPoint point) const {
     return {static_cast<float>(m11 * point.x + m21 * point.y + tX),
             static_cast<float>(m12 * point.x + m22 * point.y + tY)};

@@ -22,8 +22,6 @@ struct NSAffineTransform {
     void rotateByDegrees(double degrees);
     /// Applies `transform` first, then this.
     void prependTransform(const NSAffineTransform& transform);
-    /// Applies this first, then `transform`.
-    void appendTransform(const NSAffineTransform& transform);
 
     /// Computed in double precision and rounded once.
     NSPoint transformPoint(NSPoint point) const;

@@ -48,7 +48,6 @@ public:
     /// The synthesis applied to its outlines.
     FontSynthesis synthesis() const { return synthesis_; }
     double unitsPerEm() const { return unitsPerEm_; }
-    uint32_t glyphCount() const { return glyphCount_; }
     /// The descender is never positive, the line gap never negative.
     const Metrics& metrics() const { return metrics_; }
     /// The font's own rules, or else the usual ones.

@@ -43,10 +43,6 @@ void NSLayoutManager::setTextStorage(const Ref<NSTextStorage>& textStorage) {
     layout_->setStorage(textStorage);
 }
 
-const std::vector<Ref<NSTextContainer>>& NSLayoutManager::textContainers() const {
-    return layout_->containers();
-}
-
 void NSLayoutManager::replaceTextStorage(const Ref<NSTextStorage>& textStorage) {
     const auto self = refTo(*this);
     const Ref<NSTextStorage> former = this->textStorage();

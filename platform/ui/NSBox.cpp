@@ -57,18 +57,9 @@ void NSBox::setTitleCell(const Ref<NSCell>& cell) {
     if (isCheckBox) box->setChecked(button->state() > 0);
 }
 
-bool NSBox::titleIsOn() const {
-    return !groupBox() || !groupBox()->isCheckable() || groupBox()->isChecked();
-}
-
-void NSBox::setTitleIsOn(bool on) {
-    if (groupBox()) groupBox()->setChecked(on);
-}
-
 void setCellBox(NSBox& box, const Ref<NSResponder>& target, const std::string& action) {
     const Ref<NSButtonCell> cell = NSButtonCell::init();
     cell->setEnabled(true);
-    cell->setBezelStyle(NSBezelStyle::smallSquare);
     cell->setButtonType(NSButtonType::switchButton);
     cell->setTag(box.titleCell()->tag());
     cell->setTargetAndAction(target, action);

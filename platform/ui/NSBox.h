@@ -20,12 +20,6 @@ public:
     /// Copies the text of the former title cell to the new one. A switch button becomes a check box that sends its
     /// action to its target when clicked, with this box as sender. Null is ignored.
     void setTitleCell(const Ref<NSCell>& cell);
-    /// The state of the check box in the title; on if there is none. Setting it sends no action and does nothing if
-    /// there is none.
-    ///@{
-    bool titleIsOn() const;
-    void setTitleIsOn(bool on);
-    ///@}
 
     std::string className() const override { return "NSBox"; }
 

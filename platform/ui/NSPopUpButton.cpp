@@ -23,15 +23,4 @@ void NSPopUpButton::setMenu(const Ref<NSMenu>& menu) {
     for (const Ref<NSMenuItem>& item : menu->items()) comboBox()->addItem(toQt(*item->title()), item->tag());
 }
 
-bool NSPopUpButton::selectItemWithTag(int32_t tag) {
-    const int index = comboBox() ? comboBox()->findData(tag) : -1;
-    if (index >= 0) comboBox()->setCurrentIndex(index);
-    return index >= 0;
-}
-
-int32_t NSPopUpButton::selectedTag() const {
-    const QVariant tag = comboBox() ? comboBox()->currentData() : QVariant();
-    return tag.isValid() ? tag.toInt() : -1;
-}
-
 }  // namespace qz

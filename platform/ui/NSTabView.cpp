@@ -29,8 +29,4 @@ void NSTabView::selectTabViewItemAtIndex(int32_t index) {
     if (index >= 0 && index < numberOfTabViewItems()) pages()->setCurrentIndex(index);
 }
 
-int32_t NSTabView::indexOfSelectedItem() const {
-    return pages() ? pages()->currentIndex() : -1;
-}
-
 }  // namespace qz

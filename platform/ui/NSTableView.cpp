@@ -1,7 +1,9 @@
 #include "QzAnno/platform/ui/NSTableView.h"
 
+#include <QApplication>
 #include <QHeaderView>
 #include <algorithm>
+#include <utility>
 
 #include "QzAnno/platform/foundation/NSNumber.h"
 #include "platform/ui/TableState.h"
@@ -22,9 +24,41 @@ NSTableView::NSTableView(QTableView* widget) : NSView(widget), state_(std::make_
     state_->widget->setTable(this);
     state_->widget->setModel(&state_->model);
     QObject::connect(state_->widget->selectionModel(), &QItemSelectionModel::selectionChanged, &state_->model, [this] {
-        if (state_->delegate)
-            state_->delegate->tableViewSelectionDidChange(
-                {NSTableViewSelectionDidChangeNotification, refTo(*this), {}});
+        if (!state_->delegate) return;
+        if (QApplication::mouseButtons() != Qt::NoButton)
+            state_->delegate->tableViewSelectionIsChanging(
+                {NSTableViewSelectionIsChangingNotification, refTo(*this), {}});
+        state_->delegate->tableViewSelectionDidChange({NSTableViewSelectionDidChangeNotification, refTo(*this), {}});
+    });
+    followHeader();
+}
+
+void NSTableView::followHeader() {
+    const QHeaderView* header = state_->widget->horizontalHeader();
+    const auto tell = [this](auto operation) {
+        return [this, operation](int column) {
+            if (!state_->delegate || static_cast<size_t>(column) >= state_->columns.size()) return;
+            (state_->delegate->*operation)(*this, *state_->columns[static_cast<size_t>(column)]);
+        };
+    };
+    const auto post = [this](auto operation, const Ref<NSString>& name) {
+        if (state_->delegate) (state_->delegate->*operation)({name, refTo(*this), {}});
+    };
+    QObject::connect(header, &QHeaderView::sectionPressed, &state_->model, [=, this](int column) {
+        state_->pressedColumn = column;
+        tell (&NSTableViewDelegate::mouseDownInHeaderOfTableColumn)(column);
+    });
+    QObject::connect(header, &QHeaderView::sectionClicked, &state_->model, [=, this](int column) {
+        state_->pressedColumn = -1;
+        tell (&NSTableViewDelegate::didClickTableColumn)(column);
+    });
+    QObject::connect(header, &QHeaderView::sectionMoved, &state_->model, [=, this](int column) {
+        post(&NSTableViewDelegate::tableViewColumnDidMove, NSTableViewColumnDidMoveNotification);
+        // The toolkit moves a dragged column when the button is released; nothing else tells it from a program's move.
+        if (std::exchange(state_->pressedColumn, -1) == column) tell (&NSTableViewDelegate::didDragTableColumn)(column);
+    });
+    QObject::connect(header, &QHeaderView::sectionResized, &state_->model, [=] {
+        post(&NSTableViewDelegate::tableViewColumnDidResize, NSTableViewColumnDidResizeNotification);
     });
 }
 

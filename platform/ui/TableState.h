@@ -22,6 +22,7 @@ public:
     NSTableViewDelegate* delegate = nullptr;
     Ref<NSMenu> menu;
     Ref<NSString> draggedType;
+    int pressedColumn = -1;  ///< whose header the pointer has pressed and not clicked yet
     int32_t dropRow = -1;
     NSTableViewDropOperation dropOperation = NSTableViewDropOperation::on;
 };

@@ -142,20 +142,5 @@ TEST(PaletteFaultsTest, FontsAreSoughtAsARunOfTheAnnotationGetsThem) {
                 ElementsAre("GLOBALS|Full FontName as NSString|" + missing("No Such Font")));
 }
 
-TEST(PaletteFaultsTest, PalettesInMemoryReportWhatCannotBeSaved) {
-    test::LogCapture capture;
-    const auto palette = QzAnnoPalette::init();
-    palette->setUndoManager(NSUndoManager::init());
-    const auto edited = palette->createAnno("Title"_ns)->mutableCopy();
-    edited->setAttribute("Keys"_ns, NSSet::set());
-    edited->setAttribute(QzFontSizeAttribute, "twelve"_ns);
-    palette->replaceAnno(edited);
-    EXPECT_THAT(
-        linesOf(faultsOfPalette(*palette)),
-        ElementsAre("Title|Keys|a value of class NSSet has no form in a property list; the palette cannot be saved",
-                    "Title|FontSize as NSNumber(float)|a number is needed, found a string; it is ignored"));
-    EXPECT_FALSE(palette->pListData());
-}
-
 }  // namespace
 }  // namespace qz

@@ -1,5 +1,6 @@
 #include <QAbstractButton>
 #include <QContextMenuEvent>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
@@ -314,6 +315,63 @@ public:
     }
     std::vector<std::string> rows = {"one", "two"};
 };
+
+/// Notes what a table tells its delegate of columns and of a selection that is being made.
+struct TableNotes final : NSTableViewDelegate {
+    void tableViewSelectionIsChanging(const NSNotification&) override { notes += "changing "; }
+    void tableViewSelectionDidChange(const NSNotification&) override { notes += "changed "; }
+    void mouseDownInHeaderOfTableColumn(NSTableView&, NSTableColumn& column) override { add("down", column); }
+    void didClickTableColumn(NSTableView&, NSTableColumn& column) override { add("click", column); }
+    void didDragTableColumn(NSTableView&, NSTableColumn& column) override { add("drag", column); }
+    void tableViewColumnDidMove(const NSNotification& notification) override { add("move", notification); }
+    void tableViewColumnDidResize(const NSNotification& notification) override { add("resize", notification); }
+    void add(const char* what, const NSTableColumn& column) {
+        notes += what + (" " + column.identifier()->utf8()) + " ";
+    }
+    void add(const char* what, const NSNotification& notification) {
+        notes += std::string(what) + (notification.object.get() == table ? " " : " of another table ");
+    }
+    const NSTableView* table = nullptr;
+    std::string notes;
+};
+
+TEST(TableView, tellsItsDelegateOfColumnsAndOfASelectionInTheMaking) {
+    TableWidget widget;
+    const Ref<NSTableView> view = NSTableView::tableViewWithWidget(&widget);
+    struct Rows final : NSTableViewDataSource {
+        int32_t numberOfRowsInTableView(NSTableView&) override { return 3; }
+        Ref<NSObject> objectValueForTableColumn(NSTableView&, NSTableColumn&, int32_t) override { return "a"_ns; }
+    } rows;
+    TableNotes delegate;
+    delegate.table = view.get();
+    for (const auto& name : {"a"_ns, "b"_ns}) view->addTableColumn(NSTableColumn::initWithIdentifier(name));
+    view->setDataSource(&rows);
+    widget.resize(400, 200);
+    widget.show();
+    QHeaderView& header = *widget.horizontalHeader();
+    header.setSectionsMovable(true);
+    view->setDelegate(&delegate);
+    const auto notesOf = [&](const auto& act) {
+        delegate.notes.clear();
+        act();
+        return delegate.notes;
+    };
+    const QPoint first(header.sectionViewportPosition(0) + 20, 5), second(header.sectionViewportPosition(1) + 20, 5);
+    EXPECT_EQ(notesOf([&] { QTest::mouseClick(header.viewport(), Qt::LeftButton, {}, second); }), "down b click b ");
+    EXPECT_EQ(notesOf([&] {
+                  QTest::mousePress(header.viewport(), Qt::LeftButton, {}, first);
+                  for (const int x : {40, 80}) QTest::mouseMove(header.viewport(), second + QPoint(x, 0));
+                  QTest::mouseRelease(header.viewport(), Qt::LeftButton, {}, second + QPoint(80, 0));
+              }),
+              "down a move drag a ");
+    EXPECT_EQ(notesOf([&] { header.moveSection(0, 1); }), "move ");
+    EXPECT_EQ(notesOf([&] { header.resizeSection(0, 50); }), "resize ");
+    const QPoint row = widget.visualRect(widget.model()->index(1, 0)).center();
+    EXPECT_EQ(notesOf([&] { QTest::mouseClick(widget.viewport(), Qt::LeftButton, {}, row); }), "changing changed ");
+    EXPECT_EQ(notesOf([&] { view->selectRow(2, false); }), "changed ");
+    view->setDelegate(nullptr);
+    view->setDataSource(nullptr);
+}
 
 TEST_F(PaletteTable, returnEndsTheEditingOfACell) {
     Texts texts;

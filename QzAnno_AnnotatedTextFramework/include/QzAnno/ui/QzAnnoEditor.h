@@ -53,8 +53,6 @@ public:
 
     /// Becomes the delegate of the panel and of the list of pages.
     void connectOutlets(const Outlets& outlets);
-    /// Not owned. Without one nothing is written back.
-    void setPaletteHost(const Ref<QzAnnoPaletteAsTable>& host) { outlets_.paletteHost = host; }
     /// Fills the alignment menus and readies the font panel. Needs the outlets.
     void awakeFromNib();
 

@@ -68,8 +68,6 @@ inline bool NSIsEmptyRect(const NSRect& rect) {
 NSRect NSOffsetRect(const NSRect& rect, float dx, float dy);
 /// The overlap, or the zero rectangle if they do not overlap.
 NSRect NSIntersectionRect(const NSRect& a, const NSRect& b);
-/// The smallest rectangle around both; an empty rectangle is ignored.
-NSRect NSUnionRect(const NSRect& a, const NSRect& b);
 /// Whether minX <= x < maxX, and minY <= y < maxY if `flipped`, else minY < y <= maxY.
 bool NSMouseInRect(NSPoint point, const NSRect& rect, bool flipped);
 
@@ -85,7 +83,6 @@ Ref<NSString> NSStringFromRect(const NSRect& rect);
 /// missing or beyond the range of a float is 0.
 ///@{
 NSPoint NSPointFromString(const NSString& text);
-NSSize NSSizeFromString(const NSString& text);
 NSRect NSRectFromString(const NSString& text);
 ///@}
 /// As `NSRectFromString`, but returns no value unless the text holds four finite numbers in exactly the form that is

@@ -45,8 +45,6 @@ public:
     uint32_t length() const { return static_cast<uint32_t>(characters_.size()); }
     /// Valid as long as the text lives.
     const std::u16string& characters() const { return characters_; }
-    /// Throws `std::out_of_range` if the index is not below the length.
-    char16_t characterAtIndex(uint32_t index) const { return characters_.at(index); }
     /// Converts as `utf8FromUtf16` does.
     std::string utf8() const;
     /// Returns null if the range reaches beyond the text.

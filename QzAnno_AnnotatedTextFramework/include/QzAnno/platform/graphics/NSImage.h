@@ -15,10 +15,7 @@ public:
     NSSize size() const { return size_; }
     /// Whether drawing has its origin at the top left with y growing downward. Takes effect at the next `lockFocus`;
     /// existing pixels do not move. False by default.
-    ///@{
-    bool isFlipped() const { return flipped_; }
     void setFlipped(bool flipped) { flipped_ = flipped; }
-    ///@}
 
     /// Makes a new context on this image the current one, until `unlockFocus` restores the previous context. Pairs may
     /// nest, even between images, but must stay on one thread. An unlock that does not match the innermost lock does

@@ -41,8 +41,6 @@ public:
     void addTextContainer(const Ref<NSTextContainer>& container);
     /// Its text moves to the following containers. Does nothing if the container is not one of this layout manager's.
     void removeTextContainer(const NSTextContainer& container);
-    /// In the order in which text fills them.
-    const std::vector<Ref<NSTextContainer>>& textContainers() const;
 
     /// Called by a container whose region has changed; discards the layout in it and in the following containers.
     void textContainerChangedGeometry(const NSTextContainer& container);

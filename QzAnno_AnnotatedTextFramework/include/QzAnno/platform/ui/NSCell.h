@@ -22,11 +22,6 @@ public:
     Ref<NSString> stringValue() const;
     /// Sets the text as value.
     void setStringValue(const Ref<NSString>& text) { setObjectValue(text); }
-    /// An object of the owner's choice, which the cell does not show; owned, null by default.
-    ///@{
-    const Ref<NSObject>& representedObject() const { return representedObject_; }
-    void setRepresentedObject(const Ref<NSObject>& object) { representedObject_ = object; }
-    ///@}
     /// Null, the default, means the desktop's font. A table uses only the font's size.
     ///@{
     const Ref<NSFont>& font() const { return font_; }
@@ -52,7 +47,6 @@ public:
 
 private:
     Ref<NSObject> objectValue_;
-    Ref<NSObject> representedObject_;
     Ref<NSFont> font_;
     Ref<NSString> accessibilityLabel_;
     int32_t tag_ = 0;
@@ -73,9 +67,6 @@ enum class NSButtonType {
     toggle = 2,       ///< in a table a button that stays down until clicked again, in a box a text
     switchButton = 3  ///< a check box
 };
-/// The frame of a button. Stored but not drawn: buttons look like the desktop's.
-enum class NSBezelStyle { none = 0, rounded = 1, smallSquare = 10 };
-
 /// A button: a check box (`switchButton`) or a button that stays down (`toggle`). The value is its state: -1 mixed, 0
 /// off, 1 on.
 class NSButtonCell final : public NSCell {
@@ -93,11 +84,6 @@ public:
     NSButtonType buttonType() const { return buttonType_; }
     void setButtonType(NSButtonType type) { buttonType_ = type; }
     ///@}
-    /// Stored but not drawn.
-    ///@{
-    NSBezelStyle bezelStyle() const { return bezelStyle_; }
-    void setBezelStyle(NSBezelStyle style) { bezelStyle_ = style; }
-    ///@}
     /// A disabled button in a table ignores clicks and keys.
     ///@{
     bool isEnabled() const { return isEnabled_; }
@@ -109,10 +95,7 @@ public:
     void setTransparent(bool transparent) { isTransparent_ = transparent; }
     ///@}
     /// Whether the state may be mixed, which a click never sets. False by default.
-    ///@{
-    bool allowsMixedState() const { return allowsMixedState_; }
     void setAllowsMixedState(bool allows) { allowsMixedState_ = allows; }
-    ///@}
     /// The value as a number; mixed becomes on if it is not allowed.
     int32_t state() const;
 
@@ -129,7 +112,6 @@ public:
 private:
     Ref<NSString> title_ = NSString::string();
     NSButtonType buttonType_ = NSButtonType::momentary;
-    NSBezelStyle bezelStyle_ = NSBezelStyle::none;
     bool isEnabled_ = true;
     bool isTransparent_ = false;
     bool allowsMixedState_ = false;

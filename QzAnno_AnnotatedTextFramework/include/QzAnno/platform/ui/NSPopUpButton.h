@@ -18,10 +18,6 @@ public:
     /// Shows the current titles of the menu's items and chooses the first; the menu must not be null. Choosing an item
     /// sends no action: controls bind to its tag.
     void setMenu(const Ref<NSMenu>& menu);
-    /// Returns false and keeps the choice if the menu has no item with that tag.
-    bool selectItemWithTag(int32_t tag);
-    /// -1 if nothing is chosen.
-    int32_t selectedTag() const;
 
     std::string className() const override { return "NSPopUpButton"; }
 

@@ -19,8 +19,6 @@ public:
     Ref<NSString> labelOfTabViewItemAtIndex(int32_t index) const;
     /// Does nothing if there is no such page.
     void selectTabViewItemAtIndex(int32_t index);
-    /// -1 if there are no pages.
-    int32_t indexOfSelectedItem() const;
 
     std::string className() const override { return "NSTabView"; }
 

@@ -18,6 +18,13 @@ class NSTableView;
 /// The name of the notification that `NSTableViewDelegate::tableViewSelectionDidChange` receives. It is not posted to
 /// the notification centre.
 inline const Ref<NSString> NSTableViewSelectionDidChangeNotification = "NSTableViewSelectionDidChangeNotification"_ns;
+/// The names of the notifications that the operations of `NSTableViewDelegate` with these names receive. They are not
+/// posted to the notification centre.
+///@{
+inline const Ref<NSString> NSTableViewSelectionIsChangingNotification = "NSTableViewSelectionIsChangingNotification"_ns;
+inline const Ref<NSString> NSTableViewColumnDidMoveNotification = "NSTableViewColumnDidMoveNotification"_ns;
+inline const Ref<NSString> NSTableViewColumnDidResizeNotification = "NSTableViewColumnDidResizeNotification"_ns;
+///@}
 /// The name of the notification that `NSTableView::textDidEndEditing` receives. It is not posted to the notification
 /// centre.
 inline const Ref<NSString> NSTextDidEndEditingNotification = "NSTextDidEndEditingNotification"_ns;
@@ -111,12 +118,18 @@ public:
     /// Called after any change of the selection, including by the removal of selected rows. The notification's object
     /// is the table view.
     virtual void tableViewSelectionDidChange(const NSNotification& /*notification*/) {}
-    /// Never called: a table reports only completed changes of the selection.
-    ///@{
+    /// Called before `tableViewSelectionDidChange` while a button of the pointer is down. The notification's object is
+    /// the table view, here and below.
     virtual void tableViewSelectionIsChanging(const NSNotification& /*notification*/) {}
-    virtual void didClickTableColumn(NSTableView& /*tableView*/, NSTableColumn& /*column*/) {}
+    /// Called when the pointer presses a column's header, when it has clicked it, and when it has dragged the column
+    /// to another place.
+    ///@{
     virtual void mouseDownInHeaderOfTableColumn(NSTableView& /*tableView*/, NSTableColumn& /*column*/) {}
+    virtual void didClickTableColumn(NSTableView& /*tableView*/, NSTableColumn& /*column*/) {}
     virtual void didDragTableColumn(NSTableView& /*tableView*/, NSTableColumn& /*column*/) {}
+    ///@}
+    /// Called after a column has got another place, or another width, by the pointer or by the program.
+    ///@{
     virtual void tableViewColumnDidMove(const NSNotification& /*notification*/) {}
     virtual void tableViewColumnDidResize(const NSNotification& /*notification*/) {}
     ///@}
@@ -192,6 +205,7 @@ protected:
 private:
     friend class TableWidget;
     friend class TableModel;
+    void followHeader();
     class State;
     const std::unique_ptr<State> state_;
 };

@@ -101,10 +101,7 @@ public:
     void setBecomesKeyOnlyIfNeeded(bool onlyIfNeeded);
     ///@}
     /// Whether the panel stays above the document window that was main when it was shown. True by default.
-    ///@{
-    bool isFloatingPanel() const { return isFloating_; }
     void setFloatingPanel(bool floats) { isFloating_ = floats; }
-    ///@}
     void makeKeyAndOrderFront(const Ref<NSObject>& sender) override;
     void orderFront(const Ref<NSObject>& sender) override;
 
