@@ -30,6 +30,28 @@ ALLOWED = {
     "apps/qzanno-composer": PLATFORM + ["platform/ui", LIBRARY, "captions"],
 }
 
+# Inside platform/text, from the lowest tier to the highest: a file includes its own tier and those below. A name stands for
+# the header and the source of it, unless the source has a place of its own.
+TEXT = "platform/text"
+TEXT_TIERS = [
+    # Characters and attributes.
+    "AttributeNames Joining LanguageTag NSAttributedString NSAttributedStringCoding NSMutableAttributedString NSFormatter "
+    "NSParagraphStyle ParagraphRange SmallBlockPool TemporaryAttributes TextBreaker TextCoverage WordBreaks",
+    # Fonts and their glyphs.
+    "ColourGlyphs ColourPaint FaceChoice FontDirectory FontFace FontFallback FontFixing FontLibrary FontListing "
+    "FontSuggestion FontSynthesis FontTraits FontconfigRef GlyphOutline GlyphPath NSFont NSFontCoding NamedInstances",
+    "GlyphCache GlyphDrawing GlyphImage",
+    # Shaping, then lines.
+    "Shaping ShapingCache",
+    "Bidi Kashida LineFiller LinePen LinePlacement Paragraph",
+    # Layout: the objects that it works on, what owns lines and glyphs, and who asks it.
+    "CaretCell CaretCells NSTextContainer.h NSTextStorage.h TextLayout TextRules.h",
+    "NSLayoutManager NSTextContainer.cpp NSTextStorage.cpp RunAppearance TextRules.cpp",
+    # What a person sees and edits.
+    "CaretGeometry NSTextView TextCaret",
+]
+TIER_OF = {name: tier for tier, names in enumerate(TEXT_TIERS) for name in names.split()}
+
 # A layer's public headers lie below the one folder that hosts have on their search path.
 PUBLIC = f"{LIBRARY}/include/QzAnno"
 DEPENDENCY = re.compile(r"<(hb|cairo|unicode/|ft2build|freetype|fontconfig/|png\.h|expat|CLI/|nlohmann/|libdeflate|nettle/|pybind11/)")
@@ -46,6 +68,12 @@ def home_of(path):
     return layer if layer.startswith("platform/") else f"{LIBRARY}/{layer}"
 
 
+def tier_of(path):
+    """The tier of a file of platform/text; None for other files, and for one that has no tier."""
+    path = pathlib.PurePosixPath(home_of(path))
+    return TIER_OF.get(path.name, TIER_OF.get(path.stem)) if path.parent.as_posix() == TEXT else None
+
+
 def folder_of(path):
     return next((folder for folder in ALLOWED if home_of(path).startswith(folder + "/")), None)
 
@@ -53,6 +81,8 @@ def folder_of(path):
 def faults_of(root, file):
     name = file.relative_to(root).as_posix()
     folder = folder_of(name)
+    if folder == TEXT and tier_of(name) is None:
+        yield f"{name}: give it a tier in {pathlib.Path(__file__).name}"
     for number, line in enumerate(file.read_text(encoding="utf-8").splitlines(), 1):
         match = INCLUDE.match(line)
         if not match:
@@ -75,6 +105,8 @@ def faults_of(root, file):
             yield f"{place}: {target}: a public header includes public ones alone"
         elif folder and not any(home_of(path).startswith(a + "/") for a in ALLOWED[folder] + [folder]):
             yield f"{place}: {target}: {folder} may not include that"
+        elif folder == TEXT and (tier_of(path) or 0) > (tier_of(name) or 0):
+            yield f"{place}: {target}: stands on a higher tier"
 
 
 def main():
