@@ -1,4 +1,4 @@
-"""Builds the module of the Python package with CMake; pyproject.toml has all else.
+"""Builds the module of the Python package with CMake; everything else is in pyproject.toml.
 
 The package holds the libraries that the module needs of this tree. Those of the system, such as Cairo, stay the system's.
 CMAKE_ARGS in the environment has further arguments for CMake; QZANNO_BUILD_FOLDER names a folder in which the tree is built
@@ -36,7 +36,7 @@ class BuildByCMake(build_ext):
         with tempfile.TemporaryDirectory() as prefix:
             for component in ("core", "c", "python"):
                 cmake("--install", built, "--prefix", prefix, "--component", component, "--strip")
-            # Links of libraries bear the names by which they are asked for, and a wheel has no links.
+            # Libraries are loaded by the names of their links, but a wheel cannot contain links.
             for library in pathlib.Path(prefix).rglob("*.so*"):
                 if library.is_symlink() or library.name.startswith("_qzanno."):
                     shutil.copy(library, package)

@@ -30,7 +30,7 @@ Ref<QzAnnoPalette> paletteOf(int annotations) {
     return palette;
 }
 
-/// Titles of 40 characters, each with two annotations, as a caption file makes them.
+/// Titles of 40 characters with two annotations each, as from a caption file.
 Ref<NSArray> titlesOf(const QzAnnoPalette& palette, int64_t count) {
     std::vector<Ref<NSObject>> titles;
     for (int64_t i = 0; i < count; ++i) {

@@ -1,4 +1,4 @@
-// Each loop of our own beside the call of the library that would replace it, on the same pixels.
+// Compares each of our loops with the library call that could replace it, on the same pixels.
 
 #include <vector>
 
@@ -20,7 +20,7 @@ using Point = NSBezierPath::Point;
 constexpr float kPointSize = 72;
 constexpr std::u32string_view kLetters = U"Rag&8Sow";
 
-/// The outlines of the letters in pixels, y downward, each in a mask's box of its own.
+/// The outlines of the letters in pixels, y downward, each with its own mask box.
 struct Letters {
     std::vector<NSBezierPath> paths;
     std::vector<PixelRect> boxes;
@@ -65,7 +65,7 @@ void strokeByCairo(benchmark::State& state) {
     coverLetters(state, DeviceShape::strokeOf);
 }
 
-/// A path as FreeType keeps outlines, in 64ths of a pixel.
+/// A path as a FreeType outline, in 64ths of a pixel.
 struct FreeTypeOutline {
     const PixelRect box;
     std::vector<FT_Vector> points{};
@@ -126,7 +126,7 @@ void fillByFreeType(benchmark::State& state) {
     FT_Done_FreeType(library);
 }
 
-/// Of the first letter, at the origin.
+/// The mask of the first letter, at the origin.
 CoverageMask lettersMask() {
     const Letters letters;
     CoverageMask mask;
@@ -139,7 +139,7 @@ Ref<NSBitmapImageRep> bitmapOf(const PixelRect& box) {
     return NSBitmapImageRep::initWithBitmapDataPlanes(nullptr, {.pixelsWide = box.width, .pixelsHigh = box.height});
 }
 
-/// pixman's view of our pixels, which lie in its order R, G, B, A.
+/// A pixman image of our pixels, in its R, G, B, A order.
 class PixmanImage {
 public:
     explicit PixmanImage(NSBitmapImageRep& bitmap)
@@ -164,7 +164,7 @@ void composite(pixman_image_t* source, pixman_image_t* mask, pixman_image_t* tar
     pixman_image_composite32(PIXMAN_OP_OVER, source, mask, target, 0, 0, 0, 0, 0, 0, box.width, box.height);
 }
 
-/// The argument is the colour's alpha.
+/// The benchmark's argument is the colour's alpha.
 void blendMaskByLoop(benchmark::State& state) {
     const CoverageMask mask = lettersMask();
     const auto target = bitmapOf(mask.box);

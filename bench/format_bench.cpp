@@ -1,4 +1,4 @@
-// From annotated strings to attributed strings: one merge and one assembly for each set of keys, then a walk of the
+// Converts annotated strings to attributed strings: one merge and one assembly per set of keys, then a walk over the
 // runs.
 
 #include <benchmark/benchmark.h>
@@ -11,10 +11,10 @@ namespace qz {
 namespace {
 
 constexpr uint32_t kAnnotations = 20;
-constexpr uint32_t kWordLength = 6;  // its space included
+constexpr uint32_t kWordLength = 6;  // including its space
 
-/// Annotation 0 on the whole text, 1 on every other word, the others on words spread ever wider, each with a size of
-/// its own.
+/// Annotation 0 on the whole text, 1 on every other word, the others on increasingly sparse words, each with its own
+/// size.
 Ref<QzMutableAnnoString> annotatedWords(QzAnnoPalette& palette, uint32_t length) {
     std::u16string text;
     while (text.size() < length) text += u"words ";

@@ -1,4 +1,4 @@
-// A keystroke in the composer: from the key to the drawn window, with the title formatted and laid out anew.
+// A keystroke in the composer, from the key to the drawn window, including formatting and layout of the title.
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -22,8 +22,7 @@
 namespace qz::composer {
 namespace {
 
-/// A title of that length: white with an outline and a shadow, every third word in a colour of its own, every fifth
-/// larger.
+/// A title of that length: white with an outline and a shadow, every third word in another colour, every fifth larger.
 Ref<TitleDocument> styledTitle(uint32_t length) {
     const auto palette = QzAnnoPalette::init();
     const auto document = TitleDocument::documentWithPalette(palette, {1920, 1080});
@@ -76,11 +75,11 @@ void typeIntoTitle(benchmark::State& state) {
     window.textWidget()->render(&shown);
     const QImage before = shown.copy();
     press(Qt::Key_X, "x");
-    if (shown == before) state.SkipWithError("what is typed does not show");
+    if (shown == before) state.SkipWithError("the typed text does not show");
     press(Qt::Key_Backspace, "");
     bool types = true;
     for (auto _ : state) {
-        // Typed and deleted in turn, so the title stays as long as it is.
+        // Types and deletes in turn, so that the title keeps its length.
         types ? press(Qt::Key_X, "x") : press(Qt::Key_Backspace, "");
         types = !types;
     }
@@ -88,8 +87,8 @@ void typeIntoTitle(benchmark::State& state) {
 }
 BENCHMARK(typeIntoTitle)->Arg(50)->Arg(200)->Arg(800)->Unit(benchmark::kMillisecond);
 
-/// A key, and whatever else happens before the window takes the next one, in a file of that many captions of which
-/// unsaved changes are kept: the waits that whoever types feels.
+/// A key, and everything else before the window accepts the next one, in a file of that many captions with recovery of
+/// unsaved changes: the delay that a typist feels.
 void typeIntoFile(benchmark::State& state) {
     const QTemporaryDir folder;
     const Ref<TitleDocument> document = styledTitle(50);
@@ -134,7 +133,7 @@ void typeIntoFile(benchmark::State& state) {
     document->markTitlesSaved();
     QzAnnotationManager::sharedAnnotationManager()->setAnnotationPalette({});
 }
-// Long enough for some copies of the unsaved changes.
+// Long enough for several copies of the unsaved changes.
 BENCHMARK(typeIntoFile)->Arg(1)->Arg(20000)->Iterations(601)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -25,7 +25,7 @@ Ref<QzAnnoPalette> titlePalette() {
     return palette;
 }
 
-/// Formats and lays out a title of two lines whose clock runs on from frame to frame.
+/// Formats and lays out a title of two lines with a running clock.
 void titleOfEachFrame(benchmark::State& state, const char* before, const char* behind) {
     setStandardErrorHook([](std::string_view) {});
     const auto palette = titlePalette();
@@ -52,7 +52,7 @@ BENCHMARK_CAPTURE(titleOfEachFrame, arabic, "أخبار عاجلة من المي
 BENCHMARK_CAPTURE(titleOfEachFrame, japanese, "港からのニュース速報です ", " 秒\n嵐は北の海岸に到達しました")
     ->Unit(benchmark::kMicrosecond);
 
-/// Lines of one long paragraph: time must grow with the text alone.
+/// Lines of one long paragraph: time must be linear in the text.
 void longParagraph(benchmark::State& state) {
     std::u16string text;
     while (text.size() < static_cast<size_t>(state.range(0))) text += u"Words of a paragraph that goes on, and on; ";

@@ -1,5 +1,4 @@
-// Annotated strings of up to a million characters: whatever reads all of a string must take time in proportion to its
-// length.
+// Annotated strings of up to a million characters: reading a whole string must take linear time.
 
 #include <benchmark/benchmark.h>
 
@@ -9,9 +8,9 @@ namespace qz {
 namespace {
 
 constexpr uint32_t kKeys = 20;
-constexpr uint32_t kWordLength = 6;  // its space included
+constexpr uint32_t kWordLength = 6;  // including its space
 
-/// Key 0 on the whole text, key 1 on every other word, the others on words spread ever wider.
+/// Key 0 on the whole text, key 1 on every other word, the others on increasingly sparse words.
 Ref<QzMutableAnnoString> annotatedWords(uint32_t length) {
     std::u16string text;
     while (text.size() < length) text += u"words ";
@@ -48,7 +47,7 @@ void walkRuns(benchmark::State& state) {
     state.SetComplexityN(state.range(0));
 }
 
-/// The edit makes the bit set look for its run anew.
+/// The edit makes the bit set search for its run again.
 void frameAfterEdit(benchmark::State& state) {
     const auto string = annotatedWords(lengthOf(state));
     const auto key = string->frame()->objects<QzAnnoKey>().front();
@@ -80,7 +79,7 @@ void typeAndDelete(benchmark::State& state) {
     state.SetComplexityN(state.range(0));
 }
 
-/// Switches a key over the whole text run by run, as a text view does over its selection: queries and edits by turns.
+/// Toggles a key over the whole text run by run, as a text view does for its selection, alternating queries and edits.
 void toggleRunByRun(benchmark::State& state) {
     const auto string = annotatedWords(lengthOf(state));
     const auto key = QzAnnoKey::keyWithName("New"_ns);

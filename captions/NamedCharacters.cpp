@@ -1,4 +1,4 @@
-// Written by scripts/named-characters from the table of the HTML standard; not to be edited by hand.
+// Written by scripts/named-characters from the table of the HTML standard; do not edit by hand.
 #include "captions/NamedCharacters.h"
 
 #include <algorithm>

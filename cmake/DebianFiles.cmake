@@ -1,8 +1,8 @@
-# Read by cpack before it packs: what Debian asks of every package beside its own files. Man pages and changelogs are compressed,
-# the same ones to the same bytes.
+# Read by cpack before packing: adds what Debian requires of every package. Compresses man pages and changelogs
+# reproducibly.
 set(source ${CMAKE_CURRENT_LIST_DIR}/..)
 
-# The licence, with a blank before each line and a full stop on the empty ones.
+# The licence, with a blank before each line and a full stop on empty lines.
 file(READ ${source}/LICENSE licence)
 string(REGEX MATCH "Copyright \\(c\\) ([^\n]*)\n\n(.*)" _ "${licence}")
 set(holders "${CMAKE_MATCH_1}")

@@ -1,6 +1,6 @@
-# A fault that slips through shall end the program, not serve an attacker: bounds of containers and of C's copying functions are
-# checked, stack frames are guarded, programs load anywhere, and the tables of the linker are read-only once filled. For what is
-# installed; the sanitizers of the other presets see more.
+# A fault that escapes testing should end the program, not help an attacker: container bounds and C's copying functions
+# are checked, stack frames are guarded, programs are position-independent, and the linker's tables are read-only once
+# filled. For installed code; the sanitizers of other presets detect more.
 include(CheckPIESupported)
 check_pie_supported(LANGUAGES CXX)
 

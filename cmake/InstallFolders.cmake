@@ -1,5 +1,5 @@
-# Where installed programs and libraries look for the libraries. In a prefix of its own the tree may be moved; where the system
-# looks by itself they name nothing, as Debian asks.
+# Where installed programs and libraries look for the libraries. In a separate prefix the tree may be moved; in the
+# system's own folders no path is set, as Debian requires.
 if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
   set(QZANNO_LIBRARY_RPATH "")
   set(QZANNO_PROGRAM_RPATH "")

@@ -1,13 +1,13 @@
-# The house is built of layers, one folder and one object library each. A test links the layers beneath its subject and no
-# more, so a call that points upward does not link.
+# The code consists of layers, each with one folder and one object library. A test links only its subject's layer and
+# lower ones, so an upward call does not link.
 
 add_library(qz_options INTERFACE)
 target_include_directories(qz_options INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/QzAnno_AnnotatedTextFramework/include)
-# What an assertion prints names the file from the project's folder on, on whatever machine it was built.
+# Assertions print file names relative to the project's folder, wherever it was built.
 target_compile_options(qz_options INTERFACE "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
 target_compile_options(qz_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor -Woverloaded-virtual)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-  # GCC 12 sees overlaps in every `"text" + std::string` of an optimised build.
+  # GCC 12 falsely reports overlaps in every `"text" + std::string` of an optimised build.
   target_compile_options(qz_options INTERFACE -Wno-restrict)
 endif()
 if(QZANNO_WARNINGS_AS_ERRORS)
@@ -26,8 +26,8 @@ function(qz_layer name)
   target_link_libraries(qz_${name} PRIVATE qz_options PUBLIC ${layer_LINKS})
 endfunction()
 
-# qz_export_only(LIBRARY script): the shared library shows what the linker's version script names, and nothing else of what it
-# holds: no instance of a standard template, no type of a dependency.
+# qz_export_only(LIBRARY script): the shared library exports only the names in the linker's version script: no instance
+# of a standard template, no type of a dependency.
 function(qz_export_only library script)
   if(NOT APPLE)
     target_link_options(${library} PRIVATE LINKER:--version-script=${script})

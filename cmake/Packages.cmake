@@ -1,5 +1,5 @@
-# cpack makes Debian packages of the installed components: one for each, as Debian splits a library. scripts/check-packages makes
-# and tries them.
+# cpack makes a Debian package of each installed component, following Debian's way of splitting a library.
+# scripts/check-packages makes and tests them.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME qzanno)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
@@ -11,7 +11,7 @@ set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/DebianFiles.cmake)
 set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
 set(CPACK_COMPONENTS_ALL)
 
-set(QZANNO_PACKAGE_MAINTAINER "The QzAnno maintainers <maintainers@qzanno.invalid>" CACHE STRING "Whom packages name as maintainer")
+set(QZANNO_PACKAGE_MAINTAINER "The QzAnno maintainers <maintainers@qzanno.invalid>" CACHE STRING "The maintainer named in packages")
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER ${QZANNO_PACKAGE_MAINTAINER})
@@ -21,8 +21,8 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(same_version "(= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 
 # qz_package(COMPONENT NAME name SECTION section SUMMARY line TEXT text [DEPENDS package...] [RECOMMENDS package...]
-# [LIBRARY soname version]). What the programs and libraries need of the system is found in their files. LIBRARY: holds the shared
-# library that packages of others link: its name, and what follows ".so." in its SONAME.
+# [LIBRARY soname version]). Dependencies on system packages are found from the files. LIBRARY: the package has a shared
+# library that other packages link, with its name and the part of its SONAME after ".so.".
 function(qz_package component)
   cmake_parse_arguments(package "" "NAME;SECTION;SUMMARY;TEXT" "DEPENDS;RECOMMENDS;LIBRARY" ${ARGN})
   string(TOUPPER ${component} upper)
@@ -85,7 +85,7 @@ if(TARGET QzAnnoPython)
     SUMMARY "annotated titles and captions for video, Python 3 module" TEXT "${about}This package holds the Python module, which draws into NumPy arrays.")
 endif()
 
-# Read by cpack: where the packages' libraries are found while the needs of the others are looked up.
+# Read by cpack: where to find the packages' libraries when determining dependencies.
 file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/PackageLibraries.cmake
   CONTENT "set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${libraries_folders})\n# Each package has a summary of its own.\nset(CPACK_PACKAGE_DESCRIPTION_SUMMARY \"\")\n")
 set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_BINARY_DIR}/PackageLibraries.cmake)

@@ -1,17 +1,17 @@
-# The parts of the product. What a part that is on needs is required: parts are left out by their options alone, never because
-# something is not on the machine. The end of the configuration lists what is built.
+# The parts of the product. The dependencies of enabled parts are required: only options leave parts out, never a
+# missing dependency. The configuration ends with a list of what is built.
 
 option(QZANNO_COMMAND_LINE "Build the command line" ON)
 option(QZANNO_DESK "Build the composer and its library, over Qt 6" ON)
 option(QZANNO_PYTHON "Build the Python module" ON)
-option(QZANNO_COMPLETION "Make the completion of the programs' arguments for shells" ON)
+option(QZANNO_COMPLETION "Generate shell completion for the programs" ON)
 option(QZANNO_REFERENCE "Add the target \"reference\", which makes the API reference" ${PROJECT_IS_TOP_LEVEL})
 option(QZANNO_BUILD_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
 option(QZANNO_BUILD_BENCH "Build the benchmarks" OFF)
 option(QZANNO_BUILD_PEERS "Build the benchmarks against other libraries" OFF)
 option(QZANNO_BUILD_FUZZ "Build the fuzzers; see the preset \"fuzz\"" OFF)
 
-# What is built, in the words of messages | the option | a target that is there if it is built.
+# The part, as named in messages | its option | a target that exists if it is built.
 set(QZANNO_PARTS
   "the C++ library||QzAnno"
   "the static C++ library||QzAnnoStatic"
@@ -26,8 +26,8 @@ set(QZANNO_PARTS
   "the benchmarks against other libraries|QZANNO_BUILD_PEERS|qzanno_peers"
   "the fuzzers|QZANNO_BUILD_FUZZ|fuzzers")
 
-# qz_need(FOUND thing package [option]): stops the configuration unless FOUND is true. The message names the Debian package that
-# brings the thing, and the option that leaves out the part which needs it; without an option all parts do.
+# qz_need(FOUND thing package [option]): stops the configuration unless FOUND is true. The message names the Debian
+# package with the thing, and the option that leaves out the part that needs it; without an option, all parts need it.
 function(qz_need found thing package)
   if(found)
     return()
@@ -41,7 +41,7 @@ function(qz_need found thing package)
       set(way ", or leave ${part} out with -D${option}=OFF")
     endif()
   endforeach()
-  # Lines that begin with a blank are not broken.
+  # CMake does not wrap lines that begin with a blank.
   message(FATAL_ERROR " QzAnno: ${thing} is not found: install the Debian package ${package}${way}\n")
 endfunction()
 
@@ -62,7 +62,7 @@ macro(qz_find_qt component package)
   qz_need("${Qt6${component}_FOUND}" "Qt 6.4 ${component}" ${package} QZANNO_DESK)
 endmacro()
 
-# qz_skips(tests reason): has the list name tests that will be skipped on this machine.
+# qz_skips(tests reason): adds to the list tests that will be skipped on this machine.
 function(qz_skips tests reason)
   set_property(GLOBAL APPEND PROPERTY QZANNO_SKIPPED_TESTS "${tests} (${reason})")
 endfunction()

@@ -1,5 +1,6 @@
-# qz_sample_test(NAME SOURCES file... LAYERS layer... [LINKS library...]): a test program that reads files which other programs wrote. They are not
-# part of this tree; where a folder of them lies beside it, the tests find it in QZANNO_SAMPLES, else those tests are skipped.
+# qz_sample_test(NAME SOURCES file... LAYERS layer... [LINKS library...]): a test program that reads files written by
+# other programs. These are not part of this tree; if a folder of them exists beside it, QZANNO_SAMPLES gives its path,
+# otherwise those tests are skipped.
 function(qz_sample_test name)
   cmake_parse_arguments(test "" "" "SOURCES;LAYERS;LINKS" ${ARGN})
   list(TRANSFORM test_LAYERS PREPEND qz_)

@@ -9,15 +9,15 @@
 
 namespace qz::fuzz {
 
-/// Edits of a mutable annotated string against a plain model: a row of characters, each with its own set of keys.
-/// `Input` chooses, as `FuzzedDataProvider` does, and its `require(holds, what)` does not return when something does
-/// not hold.
+/// Checks edits of a mutable annotated string against a plain model: a vector of characters, each with its own set of
+/// keys. `Input` makes choices like `FuzzedDataProvider`, and its `require(holds, what)` does not return if `holds` is
+/// false.
 template <class Input>
 class EditsCheck {
 public:
     explicit EditsCheck(Input& input) : input_(input), pair_(newPair()) {}
 
-    /// False once the text is so long that further edits take time and show nothing new.
+    /// Returns false once the text is so long that further edits only take time.
     bool edit() {
         makeEdit(pair_);
         return pair_.string->length() < kLengthMax;
@@ -53,8 +53,7 @@ private:
         for (uint32_t i = 0; i < length; ++i) text += static_cast<char16_t>(u'a' + i % 26);
         Pair pair{QzMutableAnnoString::initWithString(NSString::stringWithCharacters(text)), {}};
         for (const char16_t unit : text) pair.model.push_back({unit, {}});
-        // What a key shows past the end of a text that did not know it is the bit set's affair, so every text knows
-        // all.
+        // The state of an unknown key past the end of a text is up to the bit set, so make every text use all keys.
         for (const Ref<QzAnnoKey>& key : keys()) pair.string->removeAnno(key, {0, 0});
         for (size_t k = 0; k < kKeys; ++k) {
             const uint32_t start = input_.template ConsumeIntegralInRange<uint32_t>(0, length);
@@ -108,7 +107,7 @@ private:
                            "a query finds the keys");
     }
 
-    /// An edit of the text itself; nothing when it is to be refused.
+    /// Edits the model's text; does nothing if the edit must be refused.
     static void replace(Pair& pair, Range range, const Model& with, bool annotated) {
         Model& model = pair.model;
         const auto at = [&model](uint64_t position) { return model.begin() + static_cast<ptrdiff_t>(position); };
@@ -147,7 +146,7 @@ private:
         const uint32_t length = pair.string->length();
         const Edit kind =
             static_cast<Edit>(input_.template ConsumeIntegralInRange<int>(0, static_cast<int>(Edit::last) - 1));
-        // Now and then a place beyond the text.
+        // Occasionally a position beyond the text.
         Range range{input_.template ConsumeIntegralInRange<uint32_t>(0, length + 1), 0};
         range.length = input_.template ConsumeIntegralInRange<uint32_t>(0, length + 2);
         if (input_.template ConsumeIntegralInRange<int>(0, 7) > 0 && range.end() > length)
@@ -215,7 +214,7 @@ private:
                 compareQuery(pair, input_.template ConsumeIntegralInRange<uint32_t>(0, length + 1), k, range);
                 break;
             case Edit::whole: {
-                // A piece goes on as a string of its own; the whole must not notice.
+                // A substring lives on independently; the whole must not be affected.
                 const Ref<QzAnnoString> piece = pair.string->annoSubstringFromRange(range);
                 input_.require((piece != nullptr) == fits, "a substring");
                 if (!piece) break;

@@ -15,20 +15,20 @@ inline std::string_view textOf(const uint8_t* data, size_t size) {
     return {reinterpret_cast<const char*>(data), size};
 }
 
-/// The logs of a fuzzer say the same thing a million times.
+/// A fuzzer would log the same thing a million times.
 inline void silenceLogs() {
     setLogHook([](std::string_view) {});
     setStandardErrorHook([](std::string_view) {});
 }
 
-/// Ends the run with the input kept when `holds` is false.
+/// Aborts if `holds` is false, so that the fuzzer keeps the input.
 inline void require(bool holds, const char* what) {
     if (holds) return;
     std::fprintf(stderr, "does not hold: %s\n", what);
     std::abort();
 }
 
-/// Choices for the checks that tests make as well.
+/// Input for the checks shared with tests.
 class Input : public FuzzedDataProvider {
 public:
     using FuzzedDataProvider::FuzzedDataProvider;

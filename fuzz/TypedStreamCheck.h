@@ -9,8 +9,8 @@
 
 namespace qz::test {
 
-/// Reads a stream of whatever bytes. What can be read must be writable, and must then be read and written the same once
-/// more. Returns what went wrong; empty when nothing did. `wasRead` tells whether there was an object.
+/// Reads a stream of arbitrary bytes. A readable object must be writable, and then be read and written the same again.
+/// Returns the error, or an empty string. `wasRead` receives whether there was an object.
 inline std::string checkTypedStream(std::string_view bytes, bool* wasRead = nullptr) {
     const Ref<NSData> data = NSData::dataWithBytes(bytes);
     std::string error;

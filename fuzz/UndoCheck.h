@@ -9,8 +9,8 @@
 
 namespace qz::fuzz {
 
-/// Edits of a palette and their undoing against a plain model: the whole stack, remembered before each edit. `Input` as
-/// for `EditsCheck`.
+/// Checks edits of a palette and their undoing against a plain model: the whole stack, saved before each edit. `Input`
+/// as for `EditsCheck`.
 template <class Input>
 class UndoCheck {
 public:
@@ -20,7 +20,7 @@ public:
         stack_ = {{palette_->annoKeyAtPriority(0), 0}};
     }
 
-    /// Some edits as one group, or the undoing of one.
+    /// Makes some edits as one group, or undoes one.
     void step() {
         if (input_.template ConsumeIntegralInRange<int>(0, 3) == 0) {
             input_.require(undo_->undo() == !before_.empty(), "as many edits are undone as were made");
@@ -56,7 +56,7 @@ private:
         int32_t mark = 0;
         friend bool operator==(const Entry&, const Entry&) = default;
     };
-    /// The global annotation, then the others in rising priority.
+    /// The global annotation, then the others in ascending priority.
     using Stack = std::vector<Entry>;
 
     int32_t markOf(const QzAnno& anno) const {
@@ -77,7 +77,7 @@ private:
         }
     }
 
-    /// Makes one edit on both; false when it is refused.
+    /// Makes one edit on both; returns false if it is refused.
     bool makeEdit() {
         const auto priority = input_.template ConsumeIntegralInRange<int32_t>(0, palette_->maxPriority());
         const Ref<QzAnnoKey> key = palette_->annoKeyAtPriority(priority);

@@ -1,5 +1,5 @@
-// Archives of annotated strings and palettes: what is read must be whole, so that it can be asked, edited, formatted
-// and written, and read again as it was.
+// Archives of annotated strings and palettes: objects read must be valid, so that they can be queried, edited,
+// formatted, written, and read back unchanged.
 #include <cstdio>
 #include <cstdlib>
 

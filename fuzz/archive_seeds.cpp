@@ -13,8 +13,7 @@
 
 using namespace qz;
 
-/// Usage: archive_seeds FOLDER. Writes an archive of a title, of titles and of a palette into the folder, which is
-/// made.
+/// Usage: archive_seeds FOLDER. Creates the folder and writes archives of a title, of titles and of a palette.
 int main(int argc, char** argv) {
     if (argc != 2) return 2;
     const std::filesystem::path folder = argv[1];

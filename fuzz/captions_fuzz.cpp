@@ -1,4 +1,4 @@
-// Caption files of anybody: cues in order, texts whole, every problem one line with its place.
+// Arbitrary caption files: cues must be in order, texts valid, and every problem one line with its place.
 #include <cmath>
 
 #include "captions/Ass.h"

@@ -3,7 +3,7 @@
 #include <string_view>
 #include <utility>
 
-/// Usage: captions_write_seeds FOLDER. Writes a file of each caption format into the folder, which is made.
+/// Usage: captions_write_seeds FOLDER. Creates the folder and writes a file of each caption format.
 int main(int argc, char** argv) {
     if (argc != 2) return 2;
     const std::filesystem::path folder = argv[1];

@@ -1,5 +1,5 @@
-// Objects inside objects, as deep as a host likes and in circles: compared, described, written and freed. Whatever the
-// shape, the stack holds, nothing is left behind, and what is refused is refused in one line.
+// Compares, describes, writes and frees objects nested deeply or in cycles. Whatever the shape, the stack must not
+// overflow, nothing may leak, and any refusal must be one line.
 #include <algorithm>
 #include <vector>
 
@@ -23,17 +23,17 @@ using namespace qz;
 using fuzz::require;
 
 constexpr size_t kNodesMax = 24;
-// Steps of a walk that meets a shared object each time; more would take the fuzzer's time and show nothing new.
+// Limit for steps of a walk that visits shared objects each time; more would only take time.
 constexpr uint64_t kUnfoldedMax = 200;
 
 struct Node {
     Ref<NSObject> object;
     std::vector<size_t> holds;
-    bool isFixed = true;  // neither it nor what it holds can be edited
+    bool isFixed = true;  // neither it nor its contents can be edited
 };
 using Nodes = std::vector<Node>;
 
-/// The objects that a walk from the node meets, where a circle ends at the object that it comes back to.
+/// The number of objects visited by a walk from the node, where a cycle ends at the object that it returns to.
 uint64_t unfolded(const Nodes& nodes, size_t node, std::vector<bool>& isOpen) {
     if (isOpen[node]) return 1;
     isOpen[node] = true;
@@ -51,7 +51,7 @@ Ref<NSDictionary> dictionaryOf(const Ref<NSString>& key, const Ref<NSObject>& va
     return NSDictionary::dictionaryWithMap(std::move(map));
 }
 
-/// Levels of collections around the object.
+/// Wraps the object in levels of collections.
 Ref<NSObject> wrapped(Ref<NSObject> object, uint32_t levels, int kind) {
     for (uint32_t level = 0; level < levels; ++level) {
         switch (kind == 3 ? static_cast<int>(level % 3) : kind) {
@@ -72,7 +72,7 @@ class Builder {
 public:
     explicit Builder(FuzzedDataProvider& input) : input_(input) {}
     ~Builder() {
-        // A circle is the host's to break.
+        // The host must break cycles.
         for (const Node& node : nodes_) hold(node, {});
     }
 
@@ -88,7 +88,7 @@ public:
                 return addCollection();
             case 3: {
                 const size_t held = any();
-                // A few, about as many as the limit, or what would overflow a stack.
+                // A few, about the limit, or enough to overflow a stack.
                 const auto levels =
                     input_.PickValueInArray({1u, 1u, 2u, 2u, 3u, 3u, 5u, 5u, 8u, 8u, 508u, 510u, 511u, 512u, 20'000u});
                 const int kind = input_.ConsumeIntegralInRange<int>(nodes_[held].isFixed ? 0 : 1, 1);
@@ -142,7 +142,7 @@ private:
                 map.set(NSString::stringWithUTF8String(std::to_string(map.size())), object);
             node.object = NSDictionary::dictionaryWithMap(std::move(map));
         } else if (kind == 1 && node.isFixed) {
-            // Members that are edited later could become equal, which a set does not notice.
+            // Members edited later could become equal without the set noticing.
             node.object = NSSet::setWithObjects(objects);
         } else {
             node.object = NSArray::arrayWithObjects(std::move(objects));
@@ -150,7 +150,7 @@ private:
         add(std::move(node));
     }
 
-    /// Gives one that can be edited its attributes.
+    /// Sets the attributes of an editable object.
     static bool hold(const Node& node, const Ref<NSDictionary>& attributes) {
         if (const auto text = std::dynamic_pointer_cast<NSMutableAttributedString>(node.object))
             return text->setAttributes(attributes, {0, text->length()});

@@ -1,4 +1,4 @@
-// Property lists: what is read must be writable, and come back the same; a palette that is read must be whole.
+// Property lists: any list read must be writable and read back the same; a palette read must be valid.
 #include "QzAnno/palette/QzAnnoPalette.h"
 #include "fuzz/Fuzzing.h"
 #include "platform/foundation/NSPropertyListSerialization.h"
@@ -17,7 +17,7 @@ void checkPalette(const NSData& file) {
     if (!palette) return;
     std::string error;
     const Ref<NSData> written = palette->pListData(&error);
-    // A name may hold a character that XML cannot; anything else that was read can be written.
+    // A name may contain a character that XML does not allow; anything else read can be written.
     require(written || !error.empty(), "a palette that is not written has a reason");
     if (!written) return;
     const Ref<QzAnnoPalette> again = QzAnnoPalette::paletteFromPListData(*written);

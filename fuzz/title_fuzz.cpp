@@ -1,4 +1,4 @@
-// Titles of anybody: bytes become a palette and an annotated string, which are drawn into small frames.
+// Arbitrary titles: makes a palette and an annotated string from bytes, and draws them into small frames.
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -47,7 +47,7 @@ Ref<NSObject> anyColor(FuzzedDataProvider& input) {
     return NSColor::colorWithCalibratedRed(r, g, 0.5f, input.ConsumeBool() ? 1 : input.ConsumeProbability<float>());
 }
 
-/// Often of the kind that the attribute asks for.
+/// Often of the attribute's kind.
 Ref<NSObject> anyValue(FuzzedDataProvider& input) {
     static const Ref<NSString> kFonts[] = {"DejaVu Sans-Bold"_ns, "DejaVu Serif"_ns, "Noto Color Emoji"_ns, "none"_ns};
     switch (input.ConsumeIntegralInRange<int>(0, 8)) {
@@ -167,7 +167,7 @@ void checkPixels(const NSBitmapImageRep& bitmap) {
     }
 }
 
-/// The largest difference of any channel; 255 for pictures of different sizes.
+/// The largest difference in any channel; 255 if the sizes differ.
 int differenceOf(const NSBitmapImageRep& a, const NSBitmapImageRep& b) {
     if (a.pixelsWide() != b.pixelsWide() || a.pixelsHigh() != b.pixelsHigh()) return 255;
     int largest = 0;
@@ -190,7 +190,7 @@ void check(const uint8_t* data, size_t size) {
     const bool fullScreen = input.ConsumeBool();
     const Ref<QzAnnoPalette> palette = anyPalette(input);
     const Ref<QzAnnoString> title = anyTitle(input, *palette);
-    // Glyphs that earlier inputs left must do as well as new ones.
+    // Cached glyphs of earlier inputs must work as well as new ones.
     static const Ref<GlyphCache> kept = GlyphCache::init();
 
     const Ref<QzAnnoStringToScreen> screen = pipeline(palette, title);
@@ -209,7 +209,7 @@ void check(const uint8_t* data, size_t size) {
     const Ref<QzAnnoStringToScreen> fresh = pipeline(palette, title);
     fresh->layoutManager()->glyphCache()->setBytesMax(input.ConsumeBool() ? 0 : GlyphCache::kBytesMaxDefault);
     const Ref<NSBitmapImageRep> again = fresh->bitmapInFullScreen(fullScreen);
-    // A layer that is made of kept parts is rounded once more than one that is made at once.
+    // A layer made of cached parts is rounded once more than one made directly.
     require(again && differenceOf(*drawn, *again) <= 2, "kept glyphs and fresh ones draw the same");
 }
 

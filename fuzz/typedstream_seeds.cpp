@@ -46,7 +46,7 @@ Ref<NSObject> everyNumber() {
 
 }  // namespace
 
-/// Usage: typedstream_seeds FOLDER. Writes one archive of each class into the folder, which is made.
+/// Usage: typedstream_seeds FOLDER. Creates the folder and writes one archive of each class.
 int main(int argc, char** argv) {
     if (argc != 2) return 2;
     const std::filesystem::path folder = argv[1];

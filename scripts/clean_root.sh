@@ -1,9 +1,9 @@
-# Sourced by scripts that try things in a clean Debian root of this machine's release, made by debootstrap from the mirrors that apt
-# uses here. Such a script calls `inNamespaces` on itself and makes the root there: no mount and no process outlives it, however it
+# Sourced by scripts that use a clean Debian root of this machine's release, made by debootstrap from apt's mirrors.
+# Such a script calls `inNamespaces` on itself and makes the root there: no mount or process outlives it, however it
 # ends, and its folder is removed.
 # shellcheck shell=bash
 
-# Why no root can be made here; nothing where one can.
+# Prints why no root can be made here, or nothing.
 whyNoRoot() {
     [ "$(id -u)" -eq 0 ] || { echo "this is not root"; return; }
     command -v debootstrap >/dev/null || { echo "debootstrap is not installed"; return; }
@@ -18,7 +18,7 @@ codename() {
     (. /etc/os-release && echo "${VERSION_CODENAME:-}")
 }
 
-# Lines "LABEL URI SUITE COMPONENT" of apt's Debian repositories; those of others could hide that something is missing.
+# Prints lines "LABEL URI SUITE COMPONENT" for apt's Debian repositories; others could hide a missing package.
 repositories() {
     # shellcheck disable=SC2016
     apt-get indextargets --format '$(LABEL) $(REPO_URI) $(RELEASE) $(COMPONENT)' 'Created-By: Packages' 2>/dev/null | grep '^Debian' | sort -u
@@ -33,7 +33,7 @@ useProxies() {
     [ -z "$https_proxy_of_apt" ] || export https_proxy=$https_proxy_of_apt
 }
 
-# inNamespaces SCRIPT ARGUMENT...: runs it with QZANNO_WORK naming an empty folder, and ends with its exit code.
+# inNamespaces SCRIPT ARGUMENT...: runs it with an empty folder in QZANNO_WORK, and exits with its exit code.
 inNamespaces() {
     work=$(mktemp -d)
     inner=
@@ -48,7 +48,7 @@ inNamespaces() {
     exit "$code"
 }
 leaveNamespaces() {
-    # Unshare keeps SIGTERM from itself. Its child is the first process of the namespace, which takes all others with it.
+    # unshare ignores SIGTERM. Its child is the first process of the namespace, whose end kills all others.
     if [ -n "$inner" ]; then
         kill -KILL "$inner" || true
         wait "$inner" 2>/dev/null || true
@@ -56,13 +56,13 @@ leaveNamespaces() {
     rm -rf "$work"
 }
 
-# makeRoot FOLDER, and inRoot COMMAND... in the one that was made last.
+# makeRoot FOLDER, and inRoot COMMAND... in the last root made.
 makeRoot() {
     root=$1
     useProxies
     echo "Making a clean root of $(codename)"
     debootstrap --variant=minbase "$(codename)" "$root" "$(mirror)" >"$root.log" 2>&1 || { tail -n 20 "$root.log" >&2; return 1; }
-    # As apt is set up here, with corrections and proxies.
+    # Copies this machine's apt configuration, including updates and proxies.
     repositories | sed -E 's/^[^ ]+/deb/' >"$root/etc/apt/sources.list"
     apt-config dump | grep -E '^Acquire::(https?|Check-Valid-Until|Check-Date|Retries|ForceIPv[46])\b' >"$root/etc/apt/apt.conf.d/99outside" || true
     mount -t proc proc "$root/proc"

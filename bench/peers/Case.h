@@ -7,12 +7,12 @@
 
 namespace qz::peers {
 
-/// A figure of the report: what one thing takes in units of another, measured in the same run.
+/// A figure of the report: the time of one thing relative to another, measured in the same run.
 struct Ratio {
-    /// What is compared, and with what.
+    /// The work, and the two things compared.
     std::string work, ours, peer;
     double oursMs, peerMs;
-    /// What the ratio should not pass; none for one that is told for comparison only.
+    /// The limit of the ratio; no value if it is only for comparison.
     std::optional<double> bound;
 
     double value() const { return oursMs / peerMs; }
@@ -20,13 +20,13 @@ struct Ratio {
 };
 
 double millisecondsOf(const std::function<void()>& work);
-/// The time that this process's threads spent at it, the system's work for them included: what a work of a millisecond
-/// takes on a machine that others use too.
+/// The processor time of this process's threads, including system time, which is reliable for a millisecond of work on
+/// a shared machine.
 double processorMillisecondsOf(const std::function<void()>& work);
 double median(std::vector<double> values);
 
-/// Does each work in turn, round after round, so that all share the machine's good and bad moments; returns the median
-/// time of each. A work that takes longer than a third of a second stays out after three rounds.
+/// Runs the works in turn, round after round, so that all share the machine's good and bad moments; returns the median
+/// time of each. A work that takes longer than a third of a second runs only three times.
 std::vector<double> interleavedMedians(const std::vector<std::function<void(int round)>>& works, int rounds);
 
 // The cases. Each prints nothing and appends its ratios.

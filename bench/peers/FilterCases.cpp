@@ -34,7 +34,7 @@ struct Planes {
     }
 };
 
-/// The whole stroke filter as OpenCV's user would write it.
+/// The whole stroke filter as an OpenCV user would write it.
 void strokeByOpenCV(cv::Mat& bitmap, const cv::Mat& kernel) {
     cv::Mat channel, dilated;
     cv::extractChannel(bitmap, channel, 0);

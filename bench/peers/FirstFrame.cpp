@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kRounds = 11;
 
-/// A line such as "VmHWM:   12345 kB".
+/// Reads a line such as "VmHWM: 12345 kB".
 long kibibytesOf(const std::string& name) {
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);) {

@@ -7,7 +7,7 @@
 namespace qz::peers {
 namespace {
 
-// The size of a script counts ascent and descent: this much for an em of DejaVu Sans.
+// A script's font size is ascent plus descent: this much per em of DejaVu Sans.
 constexpr double kLineHeightOfEm = 1.164;
 
 uint32_t by255(uint32_t product) {
@@ -78,7 +78,7 @@ private:
             drawn_ = unionOf(drawn_, {image->dst_x, image->dst_y, image->w, image->h});
         }
     }
-    /// Shows the title in that second.
+    /// An event that shows the title during that second.
     static std::string event(const Title& title, int second) {
         const auto time = [](int seconds) {
             char text[32];

@@ -10,16 +10,16 @@ namespace qz::peers {
 namespace {
 
 constexpr uint32_t kKeys = 20;
-constexpr uint32_t kWordLength = 6;  // its space included
+constexpr uint32_t kWordLength = 6;  // including its space
 
-/// Key 0 on the whole text, key 1 on every other word, the others on words spread ever wider.
+/// Key 0 on the whole text, key 1 on every other word, the others on increasingly sparse words.
 Ref<QzMutableAnnoString> annotatedWords(uint32_t length) {
     std::u16string text(length, u' ');
     for (uint32_t i = 0; i < length; ++i) text[i] = u"words "[i % kWordLength];
     const auto string = QzMutableAnnoString::initWithString(NSString::stringWithCharacters(std::move(text)));
     for (uint32_t k = 0; k < kKeys; ++k) {
         const auto key = QzAnnoKey::keyWithName(NSString::stringWithUTF8String("Key " + std::to_string(k)));
-        // One position beyond the text now, so that no row grows while the clock runs.
+        // Adds one position beyond the text now, so that no row grows while being timed.
         string->removeAnno(key, {0, length});
         if (k == 0) string->addFrameAnno(key);
         const uint32_t stride = kWordLength * (k == 1 ? 2 : 10 * k);
@@ -35,7 +35,7 @@ std::vector<std::string_view> rowsOf(const QzAnnoString& string) {
     return rows;
 }
 
-/// Reads every position once and tells how many are set.
+/// Reads every position once and counts those that are set.
 uint64_t plainPass(const std::vector<std::string_view>& rows) {
     uint64_t count = 0;
     for (const std::string_view row : rows) {

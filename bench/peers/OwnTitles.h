@@ -5,15 +5,15 @@
 
 namespace qz::peers {
 
-/// The library as a host uses it: a palette of one style and a pipeline for one screen, kept from title to title.
+/// The library as used by a host: a palette of one style and a pipeline for one screen, reused for all titles.
 class OwnPipeline {
 public:
-    /// A screen of so many points, a point `scale` pixels wide and high.
+    /// A screen of this size in points, with `scale` pixels per point.
     OwnPipeline(int width, int height, int scale = 1);
-    /// The next image shows this title. Every call makes a new annotated string.
+    /// Sets the title of the next image. Every call makes a new annotated string.
     void setTitle(const Title& title);
     void setTitle(const Ref<QzMutableAnnoString>& title);
-    /// `drawn` receives what of the frame it may have changed.
+    /// `drawn` receives the area of the frame that it may have changed.
     void drawInto(Frame& frame, PixelRect& drawn);
     QzAnnoStringToScreen& screen() { return *screen_; }
     const QzAnnoPalette& palette() const { return *palette_; }

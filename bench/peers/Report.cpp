@@ -15,7 +15,7 @@ std::string labelOf(const Ratio& ratio) {
     return ratio.work + ": " + ratio.ours + " / " + ratio.peer;
 }
 
-/// Ratios from 0.001 to 100 as a place along the bars.
+/// The position of a ratio from 0.001 to 100 along the bars.
 double placeOf(double ratio) {
     return (std::log10(std::clamp(ratio, 0.001, 100.0)) + 3) / 5 * kBarsWidth;
 }

@@ -7,11 +7,11 @@
 
 namespace qz::peers {
 
-/// To standard output, a line a ratio.
+/// Prints one line per ratio to standard output.
 void printTable(const std::vector<Ratio>& ratios);
-/// An array of objects: work, ours, peer, oursMs, peerMs, ratio, and bound where there is one.
+/// An array of objects: work, ours, peer, oursMs, peerMs, ratio, and bound if there is one.
 std::string jsonOf(const std::vector<Ratio>& ratios);
-/// An SVG picture: a bar a ratio on a logarithmic scale, its bound a mark; green within it.
+/// An SVG picture with one bar per ratio on a logarithmic scale, and a mark for its bound; green if within it.
 std::string chartOf(const std::vector<Ratio>& ratios);
 
 }  // namespace qz::peers

@@ -9,9 +9,9 @@ namespace qz::peers {
 namespace {
 
 constexpr size_t kPeerCount = std::size(kTitlePeers);
-// Of Pango + Cairo and of Qt, in every case of titles.
+// For Pango + Cairo and Qt, in all title cases.
 constexpr double kPathPeersBound = 0.10;
-// Of libass.
+// For libass.
 constexpr double kNewTextBound = 0.35;
 
 struct Peers {
@@ -23,8 +23,8 @@ struct Peers {
     }
 };
 
-/// `titleOfRound` is asked for a second title of a round by a negative number: drawn just before the one that is
-/// measured, so that every peer starts from caches of its own.
+/// `titleOfRound` with a negative number returns a second title for the round, drawn just before the measured one, so
+/// that every peer starts from its own caches.
 void compare(Peers& peers, const std::string& work, const std::function<Title(int)>& titleOfRound, int rounds,
              double libassBound, std::vector<Ratio>& ratios) {
     std::vector<std::vector<double>> times(kPeerCount);
@@ -42,7 +42,7 @@ void compare(Peers& peers, const std::string& work, const std::function<Title(in
                           i == 1 ? libassBound : kPathPeersBound});
 }
 
-/// The two-line title with a number in its first line and its second line turned, neither of them ever again.
+/// The two-line title with a number in its first line and a rotated second line, neither of which repeats.
 Title newTitle(int round) {
     Title title = twoLineTitle();
     char number[16];
@@ -53,7 +53,7 @@ Title newTitle(int round) {
     return title;
 }
 
-/// A file of captions, read and drawn: titles a second are the cues over the time.
+/// Reads and draws a file of captions: titles per second are the cues divided by the time.
 void compareFile(std::vector<Ratio>& ratios) {
     constexpr int kCues = 300;
     std::vector<Title> titles;
@@ -112,7 +112,7 @@ void largeFrameCase(std::vector<Ratio>& ratios) {
     const std::string ours = "3840 x 2160", peer = "1920 x 1080";
     ratios.push_back({"bitmap of a screen in points", ours, peer, times[1], times[0], 1.5});
     ratios.push_back({"frame of the host's, in points", ours, peer, times[3], times[2], 1.5});
-    // Of the same points at twice the scale: every letter has four times the pixels.
+    // The same points at twice the scale: every letter has four times the pixels.
     ratios.push_back({"frame of the host's, two pixels a point", ours, peer, times[4], times[2], {}});
 }
 

@@ -18,7 +18,7 @@ struct Title {
     double size, outline, offset;
 };
 
-/// A frame of premultiplied RGBA rows without gaps.
+/// A frame of premultiplied RGBA, rows without gaps.
 struct Frame {
     int width, height;
     std::vector<uint8_t> bytes;
@@ -34,11 +34,11 @@ struct Frame {
 class TitlePeer {
 public:
     virtual ~TitlePeer() = default;
-    /// From the text to the pixels of a frame that shows nothing else: clears first what the last call has drawn. The
-    /// frame is the one of that call, or clear at the first.
+    /// Draws from the text to the pixels of a frame that shows nothing else: first clears what the last call has drawn.
+    /// The frame is that of the last call, or clear the first time.
     virtual void draw(const Title& title, Frame& frame) = 0;
-    /// What reads a caption file of these titles, a second each, and draws them one after the other into a frame as
-    /// above. They differ in their lines alone. A library that reads no captions just draws them.
+    /// Returns a function that reads a caption file of these titles, one second each, and draws them one after another
+    /// into a frame as above. They differ only in their lines. A library that does not read captions just draws them.
     virtual std::function<void(Frame&)> captionFile(std::vector<Title> titles) {
         return [this, titles = std::move(titles)](Frame& frame) {
             for (const Title& title : titles) draw(title, frame);
@@ -53,10 +53,10 @@ std::unique_ptr<TitlePeer> libassTitles(int width, int height);
 std::unique_ptr<TitlePeer> pangoTitles(int width, int height);
 std::unique_ptr<TitlePeer> qtTitles(int width, int height);
 
-/// The peer of that place in `kTitlePeers`.
+/// The peer with that index in `kTitlePeers`.
 std::unique_ptr<TitlePeer> titlePeer(size_t index, int width, int height);
 
-/// Pixels of Cairo and others, 32-bit ARGB words, as RGBA bytes.
+/// Converts 32-bit ARGB words, as used by Cairo and others, to RGBA bytes.
 void storeARGB(const uint32_t* pixels, Frame& frame);
 
 }  // namespace qz::peers

@@ -1,5 +1,4 @@
-// Draws, filters and walks the same things with QzAnno and with other libraries, in turns in one run, and reports
-// ratios.
+// Does the same work with QzAnno and with other libraries, alternating in one run, and reports ratios.
 
 #include <QGuiApplication>
 #include <cstdio>
