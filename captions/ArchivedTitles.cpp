@@ -1,17 +1,26 @@
 #include "captions/ArchivedTitles.h"
 
 #include <algorithm>
+#include <set>
 
+#include "QzAnno/archive/PaletteData.h"
 #include "QzAnno/archive/QzAnnoArchiver.h"
 #include "QzAnno/archive/QzTokeningArchiver.h"
 #include "QzAnno/platform/foundation/NSArray.h"
 #include "captions/KeyExchange.h"
+#include "platform/foundation/DiagnosticText.h"
 
 namespace qz {
 namespace {
 
 void addOnce(std::vector<std::string>& names, const std::string& name) {
     if (std::ranges::find(names, name) == names.end()) names.push_back(name);
+}
+
+/// The handle of an object that somebody holds.
+template <class T>
+Ref<T> handleOf(const T& object) {
+    return std::const_pointer_cast<T>(std::static_pointer_cast<const T>(object.shared_from_this()));
 }
 
 /// The palette's keys, noting the names that it lacks; of other names, and without a palette, the keys of `others`.
@@ -87,6 +96,64 @@ std::optional<ArchivedTitles> archivedTitles(const Ref<NSData>& archive, const R
         });
     }
     return titles;
+}
+
+std::optional<CaptionFile> readArchive(const NSData& file, const CueNames& names, const CueSink& sink,
+                                       CaptionProblem* error) {
+    std::string reason;
+    const auto titles = archivedTitles(handleOf(file), handleOf(names.palette), &reason, names.others);
+    if (!titles) {
+        if (error) *error = {CaptionProblem::malformed, 0, reason};
+        return {};
+    }
+    CaptionProblems problems;
+    for (const std::string& name : titles->unknownNames) {
+        problems.add(CaptionProblem::unknownClass, 0,
+                     "there is no annotation \"" + oneLine(name) + "\" in the palette; " +
+                         (names.others ? "its text keeps the name and the look of the rest" : "it shows nothing"));
+    }
+    if (titles->lostCount > 0) problems.add(CaptionProblem::notShown, 0, lostAnnotations(titles->lostCount));
+    for (const Ref<QzAnnoString>& string : titles->strings) {
+        CaptionCue cue;
+        cue.hasTimes = false;
+        cue.text = string->mutableCopy();
+        sink(std::move(cue));
+    }
+    CaptionFile captions;
+    captions.problems = problems.take();
+    return captions;
+}
+
+std::optional<WrittenCaptions> writeArchive(const CaptionFile& captions, const CaptionStage& stage,
+                                            std::string& reason) {
+    const Ref<QzAnnoPalette>& palette = stage.looks.palette();
+    std::vector<Ref<NSObject>> strings;
+    std::set<std::string> mistaken;
+    for (const CaptionCue& cue : captions.cues) {
+        strings.push_back(cue.text->copy());
+        for (const Ref<QzAnnoKey>& key : cue.text->allKeys()->objects<QzAnnoKey>()) {
+            const Ref<QzAnnoKey> read = palette->findAnnoKey(key->name());
+            if (read && read != key) mistaken.insert(key->name()->utf8());
+        }
+    }
+    const Ref<NSObject> root = strings.size() == 1 ? strings.front() : NSArray::arrayWithObjects(std::move(strings));
+    const Ref<NSData> archive = QzTokeningArchiver::archivedDataWithRootObject(root, {palette}, &reason);
+    if (!archive) return {};
+    WrittenCaptions written{std::string(archive->view()), {}, {}};
+    for (const std::string& name : mistaken) {
+        written.losses.push_back("The annotation " + quotedExcerpt(name) +
+                                 " becomes another one of that name; rename one of them.");
+    }
+    return written;
+}
+
+bool beginsAsArchive(std::string_view bytes) {
+    return isArchive(*NSData::dataWithBytes(bytes.substr(0, 64)));
+}
+
+std::string lostAnnotations(uint64_t count) {
+    return std::to_string(count) +
+           (count == 1 ? " annotation cannot be read and is lost" : " annotations cannot be read and are lost");
 }
 
 }  // namespace qz

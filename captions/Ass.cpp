@@ -5,6 +5,7 @@
 
 #include "captions/AssScript.h"
 #include "captions/AssText.h"
+#include "captions/CaptionEncoding.h"
 #include "captions/CueAnnotator.h"
 #include "platform/foundation/DiagnosticText.h"
 
@@ -30,8 +31,12 @@ std::optional<CaptionLook> lookOfStyle(const AssScript& script, const CueSpan& s
 
 }  // namespace
 
-std::optional<std::vector<CaptionProblem>> readAss(const NSData& file, const CueNames& names, const CueSink& sink,
-                                                   CaptionProblem* error) {
+bool beginsAsAss(std::string_view bytes) {
+    return withoutMark(bytes).starts_with("[Script Info]");
+}
+
+std::optional<CaptionFile> readAss(const NSData& file, const CueNames& names, const CueSink& sink,
+                                   CaptionProblem* error) {
     CaptionProblems problems;
     const std::optional<AssScript> script = parseAssScript(file, problems, error);
     if (!script) return {};
@@ -54,11 +59,9 @@ std::optional<std::vector<CaptionProblem>> readAss(const NSData& file, const Cue
         cue.line = event.line;
         sink(std::move(cue));
     }
-    return problems.take();
-}
-
-std::optional<CaptionFile> readAss(const NSData& file, const CueNames& names, CaptionProblem* error) {
-    return wholeCaptionFile(readAss, file, names, error);
+    CaptionFile captions;
+    captions.problems = problems.take();
+    return captions;
 }
 
 }  // namespace qz

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <optional>
-#include <vector>
+#include <string_view>
 
 #include "QzAnno/platform/foundation/NSData.h"
 #include "captions/CaptionFile.h"
@@ -12,11 +12,11 @@ namespace qz {
 /// annotations of the palette (see AssText.h and CueAnnotator.h). A style is a class; the one named "Default" adds
 /// nothing. Lines that hold a drawing alone are left out.
 ///
-/// None, with the reason in `error` and no cue handed over, for a file that is no such script.
-std::optional<std::vector<CaptionProblem>> readAss(const NSData& file, const CueNames& names, const CueSink& sink,
-                                                   CaptionProblem* error = nullptr);
+/// Empty, with the reason in `error` and no cue handed over, for a file that is no such script.
+std::optional<CaptionFile> readAss(const NSData& file, const CueNames& names, const CueSink& sink,
+                                   CaptionProblem* error = nullptr);
 
-/// The whole file at once.
-std::optional<CaptionFile> readAss(const NSData& file, const CueNames& names, CaptionProblem* error = nullptr);
+/// Whether the bytes seem to be such a script.
+bool beginsAsAss(std::string_view bytes);
 
 }  // namespace qz

@@ -4,6 +4,10 @@
 #include <cmath>
 #include <cstdio>
 
+#include "captions/KeyExchange.h"
+#include "captions/MissingFonts.h"
+#include "platform/foundation/DiagnosticText.h"
+
 namespace qz {
 namespace {
 
@@ -43,6 +47,40 @@ std::string written(std::u16string_view text) {
     return result;
 }
 
+/// A palette with the same annotations, and the keys that stand in it for those of the other.
+class PaletteCopy {
+public:
+    explicit PaletteCopy(const QzAnnoPalette& original) {
+        palette_->setFontLibrary(original.fontLibrary());
+        palette_->setUndoManager(NSUndoManager::init());
+        const NSUndoManager::Pause pause(palette_->undoManager());
+        copyAttributes(*original.lookupAnno({}), *palette_->lookupAnno({}));
+        for (int32_t priority = 1; priority <= original.maxPriority(); ++priority) {
+            const Ref<QzAnnoKey> key = original.annoKeyAtPriority(priority);
+            const Ref<const QzAnno> made = palette_->createAnno(key->name());
+            copyAttributes(*original.lookupAnno(key), *made);
+            keys_.emplace(key, made->annokey());
+        }
+    }
+
+    const Ref<QzAnnoPalette>& palette() const { return palette_; }
+    /// Null for a key that the original does not have.
+    Ref<QzAnnoKey> keyFor(const Ref<QzAnnoKey>& key) const {
+        const auto found = keys_.find(key);
+        return found == keys_.end() ? nullptr : found->second;
+    }
+
+private:
+    void copyAttributes(const QzAnno& from, const QzAnno& to) {
+        const Ref<QzMutableAnno> anno = to.mutableCopy();
+        anno->setAttributes(from.allAttributes());
+        palette_->replaceAnno(anno);
+    }
+
+    const Ref<QzAnnoPalette> palette_ = QzAnnoPalette::init();
+    std::map<Ref<QzAnnoKey>, Ref<QzAnnoKey>> keys_;
+};
+
 /// Fit for a column.
 std::string styleName(std::string name) {
     std::ranges::replace_if(
@@ -59,14 +97,11 @@ double verticalMargin(const AssLook& look) {
 
 }  // namespace
 
-AssWriter::AssWriter(Ref<QzAnnoPalette> palette, NSSize screen, NSWritingDirection direction)
+AssWriter::AssWriter(Ref<QzAnnoPalette> palette, NSSize screen, NSWritingDirection direction,
+                     const std::vector<Ref<QzAnnoKey>>& styles)
     : palette_(std::move(palette)), screen_(screen), placements_(palette_, screen, direction) {
     addStyle(NSSet::set(), "Default");
-    const int32_t count = palette_->maxPriority();
-    for (int32_t priority = 1; priority <= count; ++priority) {
-        const Ref<QzAnnoKey> key = palette_->annoKeyAtPriority(priority);
-        addStyle(NSSet::setWithObject(key), key->name()->utf8());
-    }
+    for (const Ref<QzAnnoKey>& key : styles) addStyle(NSSet::setWithObject(key), key->name()->utf8());
 }
 
 AssLook AssWriter::lookOf(const Ref<NSSet>& keys, std::set<std::string>& losses) const {
@@ -151,6 +186,33 @@ std::string AssWriter::script() const {
            styleLines_ +
            "\n[Events]\nFormat: Layer, Start, End, Style, Name, MarginL, MarginR, MarginV, Effect, Text\n" +
            eventLines_;
+}
+
+std::optional<WrittenCaptions> writeAss(const CaptionFile& captions, const CaptionStage& stage, std::string&) {
+    const PaletteCopy copy(*stage.looks.palette());
+    std::vector<Ref<QzAnnoKey>> styles;
+    for (int32_t priority = 1; priority <= stage.looks.houseCount(); ++priority)
+        styles.push_back(copy.keyFor(stage.looks.houseKeyAt(priority)));
+    AssWriter writer(copy.palette(), stage.looks.screen(), stage.direction, styles);
+    // The fonts of the titles count, not those of styles that none has.
+    const auto missingFonts = std::make_shared<MissingFonts>();
+    copy.palette()->setLog(missingFonts);
+    std::set<std::string> unknown;
+    for (const CaptionCue& cue : captions.cues) {
+        const auto text = withKeys(*cue.text, [&](const Ref<QzAnnoKey>& key) {
+            const Ref<QzAnnoKey> known = copy.keyFor(key);
+            if (!known && !key->isDefault()) unknown.insert(key->name()->utf8());
+            return known;
+        });
+        writer.add(cue.start, cue.end, cue.placement, *text->mutableCopy());
+    }
+    WrittenCaptions written{writer.script(), {}, missingFonts->names()};
+    for (const std::string& name : unknown) {
+        written.losses.push_back("the annotation " + quotedExcerpt(name) +
+                                 " is left out, as the palette does not have it");
+    }
+    written.losses.insert(written.losses.end(), writer.losses().begin(), writer.losses().end());
+    return written;
 }
 
 }  // namespace qz

@@ -7,6 +7,7 @@
 #include "QzAnno/model/QzMutableAnnoString.h"
 #include "QzAnno/palette/QzAnnoPalette.h"
 #include "captions/AssLook.h"
+#include "captions/CaptionWriter.h"
 #include "captions/PlacementAnnos.h"
 
 namespace qz {
@@ -17,8 +18,9 @@ namespace qz {
 class AssWriter {
 public:
     /// A palette of the caller's own, which is changed, and the screen in points. `direction` as for `PlacementAnnos`.
-    /// Each annotation that the palette has now is a style of the script, used or not.
-    AssWriter(Ref<QzAnnoPalette> palette, NSSize screen, NSWritingDirection direction);
+    /// Each of the annotations `styles` is a style of the script, used or not.
+    AssWriter(Ref<QzAnnoPalette> palette, NSSize screen, NSWritingDirection direction,
+              const std::vector<Ref<QzAnnoKey>>& styles);
 
     /// Seconds; the end is not before the start.
     void add(double start, double end, const CuePlacement& placement, QzMutableAnnoString& text);
@@ -50,5 +52,9 @@ private:
     std::string styleLines_;
     std::string eventLines_;
 };
+
+/// Writes captions as such a script. Each annotation of the palette's own is a style of it; losses are a line for each
+/// kind.
+std::optional<WrittenCaptions> writeAss(const CaptionFile& captions, const CaptionStage& stage, std::string& reason);
 
 }  // namespace qz

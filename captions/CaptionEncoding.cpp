@@ -57,12 +57,6 @@ uint32_t lineAt(std::string_view text, size_t offset) {
     return static_cast<uint32_t>(std::ranges::count(text.substr(0, offset), '\n') + 1);
 }
 
-constexpr std::string_view kMark = "\xEF\xBB\xBF";
-
-std::string_view withoutMark(std::string_view text) {
-    return text.substr(text.starts_with(kMark) ? kMark.size() : 0);
-}
-
 /// The text of a file without its mark.
 std::string repaired(std::string_view file, const Damage& damage, CaptionProblems& problems) {
     if (damage.count == 0) return std::string(withoutMark(file));
@@ -108,6 +102,11 @@ std::nullopt_t refuseDamage(std::string_view text, const Damage& damage, Caption
 }
 
 }  // namespace
+
+std::string_view withoutMark(std::string_view text) {
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    return text.substr(text.starts_with(kMark) ? kMark.size() : 0);
+}
 
 std::optional<std::string_view> utf8TextOfFile(const NSData& file, CaptionProblem* error) {
     const std::string_view text = file.view();

@@ -21,6 +21,9 @@ std::optional<std::string> repairedTextOfFile(const NSData& file, CaptionProblem
 /// with more faults is in another encoding.
 std::optional<std::string> unicodeTextOfFile(const NSData& file, CaptionProblems& problems, CaptionProblem* error);
 
+/// Without the byte-order mark of UTF-8.
+std::string_view withoutMark(std::string_view text);
+
 /// The text with each line end, CR LF or CR alone, as one line feed.
 std::string withLineFeeds(std::string_view text);
 

@@ -2,13 +2,14 @@
 
 namespace qz {
 
-std::optional<CaptionFile> wholeCaptionFile(CueReader reader, const NSData& file, const CueNames& names,
+std::optional<CaptionFile> wholeCaptionFile(CaptionReader reader, const NSData& file, const CueNames& names,
                                             CaptionProblem* error) {
-    CaptionFile captions;
-    auto problems = reader(
-        file, names, [&](CaptionCue&& cue) { captions.cues.push_back(std::move(cue)); }, error);
-    if (!problems) return {};
-    captions.problems = std::move(*problems);
+    std::vector<CaptionCue> cues;
+    auto captions = reader(
+        file, names, [&](CaptionCue&& cue) { cues.push_back(std::move(cue)); }, error);
+    if (!captions) return {};
+    captions->cues = std::move(cues);
+    if (names.looks) captions->looks = names.looks->all();
     return captions;
 }
 

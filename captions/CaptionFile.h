@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,12 +35,17 @@ struct CaptionCue {
     /// How many cues behind the one before are left out, since they hold nothing that titles show. They count when
     /// cues are numbered.
     uint32_t leftOutBefore = 0;
+    /// False for titles of formats without times; start and end then mean nothing.
+    bool hasTimes = true;
 };
 
+/// What a file of titles holds, whatever its format.
 struct CaptionFile {
-    /// In the order of the file.
+    /// In the order of the file; empty when they went to a sink.
     std::vector<CaptionCue> cues;
     std::vector<CaptionProblem> problems;
+    /// Those that the file itself defines, when the whole file is read with a place for them (see CueNames.h).
+    std::vector<std::shared_ptr<const CaptionLook>> looks;
     /// The lines before the first empty one, of formats that have such a head.
     std::string header;
     /// As a preamble, behind the last cue.
@@ -49,13 +55,13 @@ struct CaptionFile {
 /// Receives the cues of a file one by one, in its order, so that nobody need hold them all.
 using CueSink = std::function<void(CaptionCue&&)>;
 
-/// Hands over the cues of a file of one format and returns its problems; none, with the reason, for a file that is not
-/// of that format.
-using CueReader = std::optional<std::vector<CaptionProblem>> (*)(const NSData& file, const CueNames& names,
-                                                                 const CueSink& sink, CaptionProblem* error);
+/// Hands the cues of a file of one format to the sink and returns what else it holds. Empty, with the reason in `error`
+/// and no cue handed over, for a file that is not of that format.
+using CaptionReader = std::optional<CaptionFile> (*)(const NSData& file, const CueNames& names, const CueSink& sink,
+                                                     CaptionProblem* error);
 
 /// The whole file at once.
-std::optional<CaptionFile> wholeCaptionFile(CueReader reader, const NSData& file, const CueNames& names,
-                                            CaptionProblem* error);
+std::optional<CaptionFile> wholeCaptionFile(CaptionReader reader, const NSData& file, const CueNames& names,
+                                            CaptionProblem* error = nullptr);
 
 }  // namespace qz

@@ -33,6 +33,7 @@ public:
     CaptionLooks(Ref<QzAnnoPalette> palette, NSSize screen, Looks which = Looks::both);
 
     const Ref<QzAnnoPalette>& palette() const { return palette_; }
+    NSSize screen() const { return screen_; }
     Looks which() const { return which_; }
 
     /// The annotation of a look, made when it is asked for first. Null if the palette is full.

@@ -21,7 +21,7 @@ struct CaptionProblem {
         malformed,
     };
     Kind kind = malformed;
-    /// From 1.
+    /// From 1; 0 for a matter of the whole file.
     uint32_t line = 1;
     /// One line that stands by itself behind the place.
     std::string message;

@@ -234,17 +234,23 @@ private:
 
 }  // namespace
 
-std::optional<std::vector<CaptionProblem>> readSubRip(const NSData& file, const CueNames& names, const CueSink& sink,
-                                                      CaptionProblem* error) {
+bool beginsAsSubRip(std::string_view bytes) {
+    bytes = withoutMark(bytes);
+    bytes.remove_prefix(std::min(bytes.find_first_not_of(" \t\r\n"), bytes.size()));
+    const auto lineOf = [&] { return trimmed(bytes.substr(0, bytes.find('\n')), " \t\r"); };
+    if (isNumber(lineOf())) bytes.remove_prefix(std::min(bytes.find('\n'), bytes.size() - 1) + 1);
+    return isTimeLine(lineOf());
+}
+
+std::optional<CaptionFile> readSubRip(const NSData& file, const CueNames& names, const CueSink& sink,
+                                      CaptionProblem* error) {
     CaptionProblems problems;
     const std::optional<std::string> text = unicodeTextOfFile(file, problems, error);
     if (!text) return {};
     FileReader(withLineFeeds(*text), names, problems, sink).read();
-    return problems.take();
-}
-
-std::optional<CaptionFile> readSubRip(const NSData& file, const CueNames& names, CaptionProblem* error) {
-    return wholeCaptionFile(readSubRip, file, names, error);
+    CaptionFile captions;
+    captions.problems = problems.take();
+    return captions;
 }
 
 }  // namespace qz

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <optional>
-#include <vector>
+#include <string_view>
 
 #include "QzAnno/platform/foundation/NSData.h"
 #include "captions/CaptionFile.h"
@@ -16,11 +16,11 @@ namespace qz {
 /// until the next times. Whatever is not in the usual form is reported. A cue whose times cannot be read is left out;
 /// one that ends before it starts is kept without a length. The lines of a cue are separated by line feeds.
 ///
-/// None, with the reason in `error` and no cue handed over, for a file in another encoding.
-std::optional<std::vector<CaptionProblem>> readSubRip(const NSData& file, const CueNames& names, const CueSink& sink,
-                                                      CaptionProblem* error = nullptr);
+/// Empty, with the reason in `error` and no cue handed over, for a file in another encoding.
+std::optional<CaptionFile> readSubRip(const NSData& file, const CueNames& names, const CueSink& sink,
+                                      CaptionProblem* error = nullptr);
 
-/// The whole file at once.
-std::optional<CaptionFile> readSubRip(const NSData& file, const CueNames& names, CaptionProblem* error = nullptr);
+/// Whether the bytes seem to be such a file.
+bool beginsAsSubRip(std::string_view bytes);
 
 }  // namespace qz

@@ -251,39 +251,33 @@ private:
     uint32_t line_ = 1;
 };
 
-/// The text of the file; none, with the reason, when it is no WebVTT.
-std::optional<std::string> webVTTText(const NSData& file, CaptionProblems& problems, CaptionProblem* error) {
-    const std::optional<std::string> read = repairedTextOfFile(file, problems, error);
-    if (!read) return {};
-    std::string text = withLineFeeds(*read);
-    if (beginsWithWord(std::string_view(text).substr(0, text.find('\n')), "WEBVTT")) return text;
-    if (error) {
-        *error = {CaptionProblem::malformed, 1,
-                  "the file does not begin with \"WEBVTT\"; give it that first line and a blank one below, or "
-                  "convert it to WebVTT"};
-    }
-    return {};
+bool hasSignature(std::string_view text) {
+    return beginsWithWord(text.substr(0, text.find_first_of("\r\n")), "WEBVTT");
 }
 
 }  // namespace
 
-std::optional<std::vector<CaptionProblem>> readWebVTT(const NSData& file, const CueNames& names, const CueSink& sink,
-                                                      CaptionProblem* error) {
-    CaptionProblems problems;
-    const std::optional<std::string> text = webVTTText(file, problems, error);
-    if (!text) return {};
-    FileReader(*text, names, problems, sink).read();
-    return problems.take();
+bool beginsAsWebVTT(std::string_view bytes) {
+    return hasSignature(withoutMark(bytes));
 }
 
-std::optional<CaptionFile> readWebVTT(const NSData& file, const CueNames& names, CaptionProblem* error) {
+std::optional<CaptionFile> readWebVTT(const NSData& file, const CueNames& names, const CueSink& sink,
+                                      CaptionProblem* error) {
     CaptionProblems problems;
-    const std::optional<std::string> text = webVTTText(file, problems, error);
-    if (!text) return {};
-    CaptionFile captions;
-    const CueSink keep = [&](CaptionCue&& cue) { captions.cues.push_back(std::move(cue)); };
-    FileReader reader(*text, names, problems, keep);
+    const std::optional<std::string> read = repairedTextOfFile(file, problems, error);
+    if (!read) return {};
+    if (!hasSignature(*read)) {
+        if (error) {
+            *error = {CaptionProblem::malformed, 1,
+                      "the file does not begin with \"WEBVTT\"; give it that first line and a blank one below, or "
+                      "convert it to WebVTT"};
+        }
+        return {};
+    }
+    const std::string text = withLineFeeds(*read);
+    FileReader reader(text, names, problems, sink);
     reader.read();
+    CaptionFile captions;
     captions.problems = problems.take();
     captions.header = std::move(reader.header());
     captions.trailer = std::move(reader.trailer());

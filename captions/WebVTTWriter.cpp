@@ -2,8 +2,8 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 
+#include "captions/ClockTime.h"
 #include "captions/CueTextWriter.h"
 #include "platform/foundation/DiagnosticText.h"
 
@@ -13,14 +13,6 @@ namespace {
 constexpr std::string_view kBegin = "WEBVTT";
 // The reader's bound.
 constexpr double kTimeEnd = 1e9 * 3600;
-
-std::string clock(double seconds) {
-    const auto milliseconds = std::llround(seconds * 1000);
-    char text[40];
-    std::snprintf(text, sizeof text, "%02lld:%02lld:%02lld.%03lld", milliseconds / 3600000, milliseconds / 60000 % 60,
-                  milliseconds / 1000 % 60, milliseconds % 1000);
-    return text;
-}
 
 const char* problemOf(const CaptionCue& cue) {
     if (!(cue.start >= 0 && cue.start <= cue.end && cue.end < kTimeEnd)) return "its times are not in order";
@@ -60,7 +52,7 @@ const char* nameOf(CuePlacement::Alignment alignment) {
 
 }  // namespace
 
-std::optional<WrittenCaptions> writeWebVTT(const CaptionFile& captions, const QzAnnoPalette& palette,
+std::optional<WrittenCaptions> writeWebVTT(const CaptionFile& captions, const CaptionStage& stage,
                                            std::string& reason) {
     WrittenCaptions written{captions.header.starts_with(kBegin) ? captions.header : std::string(kBegin), {}};
     for (size_t i = 0; i < captions.cues.size(); ++i) {
@@ -70,7 +62,7 @@ std::optional<WrittenCaptions> writeWebVTT(const CaptionFile& captions, const Qz
             reason = place + problem;
             return {};
         }
-        const auto text = writeCueText(*cue.text, palette, cue.payload, reason);
+        const auto text = writeCueText(*cue.text, *stage.looks.palette(), cue.payload, reason);
         if (!text) {
             reason = place + reason;
             return {};
@@ -79,8 +71,9 @@ std::optional<WrittenCaptions> writeWebVTT(const CaptionFile& captions, const Qz
         if (!cue.preamble.empty()) written.file += "\n\n" + cue.preamble;
         written.file += "\n\n";
         if (!cue.identifier.empty()) written.file += cue.identifier + "\n";
-        written.file += clock(cue.start) + " --> " + clock(cue.end);
-        if (!cue.settings.empty()) written.file += " " + cue.settings;
+        written.file += clockOf(cue.start) + " --> " + clockOf(cue.end);
+        const std::string settings = cue.settings.empty() ? settingsOfPlacement(cue.placement) : cue.settings;
+        if (!settings.empty()) written.file += " " + settings;
         if (!text->payload.empty()) written.file += "\n" + text->payload;
     }
     if (!captions.trailer.empty()) written.file += "\n\n" + captions.trailer;

@@ -18,6 +18,8 @@
 #include "apps/qzanno-composer/RecentFiles.h"
 #include "apps/qzanno-composer/RecoveryDialog.h"
 #include "apps/qzanno-composer/TitleList.h"
+#include "captions/Format.h"
+#include "platform/foundation/FileEnding.h"
 
 namespace qz::composer {
 namespace {
@@ -32,7 +34,17 @@ std::vector<uint8_t> rowsOf(const NSBitmapImageRep& picture) {
     return bytes;
 }
 
+QString textOf(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
 }  // namespace
+
+QString ComposerWindow::filterOf(std::string_view name, const std::vector<std::string>& endings) {
+    QStringList globs;
+    for (const std::string& ending : endings) globs.append("*" + QString::fromStdString(ending));
+    return textOf(name) + " (" + globs.join(' ') + ")";
+}
 
 bool ComposerWindow::report(const std::string& message) {
     auto* box =
@@ -71,18 +83,26 @@ bool ComposerWindow::chooseToSave(const char* title, const QString& filter,
 
 bool ComposerWindow::saveTitlesWhereTheyAre() {
     const std::string& file = document_->titlesFile();
-    const bool hasForm = file.ends_with(".vtt") || file.ends_with(".annostring");
-    return hasForm ? saveTitles(file) : chooseTitlesFile();
+    const Format* const format = formatToWrite(file);
+    // What a reader leaves out of another's file would be gone for good.
+    const bool isSafe = format && (format->keepsItsFiles || file == writtenFile_);
+    return isSafe ? saveTitles(file) : chooseTitlesFile();
 }
 
 bool ComposerWindow::chooseTitlesFile() {
     const std::string& former = document_->titlesFile();
     const QFileInfo file(former.empty() ? QString("titles") : QString::fromStdString(former));
-    const QString captions = "Captions (*.vtt)", archive = "Archived titles (*.annostring)";
-    const bool hasTimes = document_->titles().front().start.has_value() && !former.ends_with(".annostring");
-    const QString proposed = QDir(file.path()).filePath(file.completeBaseName() + (hasTimes ? ".vtt" : ".annostring"));
-    return chooseToSave("Save Titles", hasTimes ? captions + ";;" + archive : archive + ";;" + captions,
-                        &ComposerWindow::saveTitles, proposed.toStdString());
+    const bool hasTimes = document_->titles().front().start.has_value();
+    const Format* proposed = formatToWrite(former);
+    QStringList filters;
+    for (const Format& format : formats()) {
+        if (!format.write) continue;
+        if (!proposed && format.hasTimes() == hasTimes) proposed = &format;
+        const QString filter = filterOf(format.name, {std::string(format.ending())});
+        &format == proposed ? filters.prepend(filter) : filters.append(filter);
+    }
+    const QString path = QDir(file.path()).filePath(file.completeBaseName() + textOf(proposed->ending()));
+    return chooseToSave("Save Titles", filters.join(";;"), &ComposerWindow::saveTitles, path.toStdString());
 }
 
 bool ComposerWindow::mayLose(const std::vector<std::string>& losses) {
@@ -118,8 +138,9 @@ bool ComposerWindow::choosePaletteFile() {
 }
 
 bool ComposerWindow::open(const std::string& path) {
-    if (path.ends_with(".plist") || path.ends_with(".annopalette")) return openPalette(path);
-    if (path.ends_with(".png")) return openFrame(path);
+    const std::string ending = endingOf(path);
+    if (ending == ".plist" || ending == ".annopalette") return openPalette(path);
+    if (ending == ".png") return openFrame(path);
     return openTitles(path);
 }
 
@@ -131,6 +152,7 @@ bool ComposerWindow::openTitles(const std::string& path) {
     const std::vector<std::string> warnings = file->warnings;
     document_->setTitles(std::move(*file));
     acceptedLosses_.clear();
+    writtenFile_.clear();
     setFiles(path, {});
     if (document_->titles().size() > 1) list_->setVisible(true);
     if (!warnings.empty()) {
@@ -163,7 +185,7 @@ bool ComposerWindow::openFrame(const std::string& path) {
 
 bool ComposerWindow::saveTitles(const std::string& path) {
     std::string error;
-    const auto written = titlesAsFile(path, document_->file(), document_->palette(), error);
+    const auto written = titlesAsFile(path, document_->file(), document_->palette(), document_->screenSize(), error);
     if (!written) return report(error);
     if (path != document_->titlesFile()) acceptedLosses_.clear();
     if (!mayLose(written->losses)) return false;
@@ -171,7 +193,8 @@ bool ComposerWindow::saveTitles(const std::string& path) {
     if (!writeFileAtomically(path, written->file->bytes(), &reason)) return report(path + ": " + reason);
     acceptedLosses_ = written->losses;
     // The file has given missing times.
-    if (path.ends_with(".vtt")) document_->completeTimes();
+    if (formatToWrite(path)->hasTimes()) document_->completeTimes();
+    writtenFile_ = path;
     document_->markTitlesSaved();
     setFiles(path, {});
     return true;
@@ -190,8 +213,8 @@ bool ComposerWindow::savePicture(const std::string& path) {
     std::string reason = "no picture of this size can be made";
     const Ref<NSBitmapImageRep> picture = document_->picture();
     const bool isWritten =
-        picture && (path.ends_with(".rgba") ? writeFileAtomically(path, rowsOf(*picture), &reason)
-                                            : writeFileAtomically(path, pngFromBitmap(*picture)->bytes(), &reason));
+        picture && (endingOf(path) == ".rgba" ? writeFileAtomically(path, rowsOf(*picture), &reason)
+                                              : writeFileAtomically(path, pngFromBitmap(*picture)->bytes(), &reason));
     return isWritten || report(path + ": " + reason);
 }
 

@@ -12,7 +12,8 @@
 #include "apps/qzanno-composer/ReplaceAnnotationDialog.h"
 #include "apps/qzanno-composer/SafeAreaGuides.h"
 #include "apps/qzanno-composer/TitleList.h"
-#include "apps/qzanno-composer/TitleTimes.h"
+#include "captions/ClockTime.h"
+#include "captions/Format.h"
 #include "platform/ui/WindowFrames.h"
 
 namespace qz::composer {
@@ -21,6 +22,10 @@ namespace {
 constexpr int kRecoveryDelayMilliseconds = 2000;
 constexpr int kListWidth = 330;
 constexpr QSize kUsualSize(1120, 720);
+
+QString textOfTime(double seconds) {
+    return QString::fromStdString(clockOf(seconds));
+}
 
 }  // namespace
 
@@ -80,7 +85,7 @@ void ComposerWindow::addMenus() {
 void ComposerWindow::addFileMenu() {
     QMenu* file = menuBar()->addMenu("&File");
     file->addAction("&Open Titles…", QKeySequence::Open, this, [this] {
-        choose("Open Titles", "Titles (*.vtt *.srt *.ass *.ssa *.txt *.annostring)", &ComposerWindow::openTitles);
+        choose("Open Titles", filterOf("Titles", endingsOf(Format::any)), &ComposerWindow::openTitles);
     });
     file->addAction("Open &Palette…", QKeySequence("Ctrl+Shift+O"), this, [this] {
         choose("Open Palette", "Palettes (*.plist *.annopalette)", &ComposerWindow::openPalette);
@@ -176,14 +181,14 @@ void ComposerWindow::showTitle(size_t title) {
 
 void ComposerWindow::takeTime(size_t title, bool isEnd, const QString& text) {
     const Title& former = document_->titles()[title];
-    const auto time = secondsOfClock(text);
+    const auto time = secondsOfClock(text.toStdString());
     if (!time) return list_->refuse(title, QString("\"%1\" is not a time; write it as 01:02.500").arg(text));
     const double start = isEnd ? former.start.value_or(0) : *time;
     const double end = isEnd ? *time : former.end.value_or(*time);
     if (document_->setTimes(title, start, end)) return;
     const QString problem = isEnd ? "Title %1 would end at %2, before it starts; change its start first"
                                   : "Title %1 would start at %2, after it ends; change its end first";
-    list_->refuse(title, problem.arg(title + 1).arg(clock(*time)));
+    list_->refuse(title, problem.arg(title + 1).arg(textOfTime(*time)));
 }
 
 void ComposerWindow::describe() {
@@ -191,7 +196,7 @@ void ComposerWindow::describe() {
     const size_t current = document_->current();
     const Title& title = document_->titles()[current];
     QString text = QString("Title %1 of %2").arg(current + 1).arg(count);
-    if (title.start && title.end) text += QString("   %1 – %2").arg(clock(*title.start), clock(*title.end));
+    if (title.start && title.end) text += QString("   %1 – %2").arg(textOfTime(*title.start), textOfTime(*title.end));
     const NSSize screen = document_->screenSize();
     text += QString("   %1 × %2").arg(screen.width).arg(screen.height);
     place_->setText(text);

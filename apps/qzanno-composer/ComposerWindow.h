@@ -38,8 +38,7 @@ public:
     bool openTitles(const std::string& path);
     bool openPalette(const std::string& path);
     bool openFrame(const std::string& path);
-    /// Captions (.vtt) or an archive (.annostring), by the ending. Asks first if the file cannot hold everything in the
-    /// titles.
+    /// Captions or an archive, by the ending. Asks first if the file cannot hold everything in the titles.
     bool saveTitles(const std::string& path);
     bool savePalette(const std::string& path);
     /// A PNG file, or, by the ending .rgba, premultiplied RGBA rows from the top without a header.
@@ -63,6 +62,8 @@ private:
     void documentChanged();
     void describe();
     bool report(const std::string& message);
+    /// "Titles (*.srt *.vtt)", as file dialogs have it.
+    static QString filterOf(std::string_view name, const std::vector<std::string>& endings);
     void choose(const char* title, const QString& filter, bool (ComposerWindow::*read)(const std::string&));
     bool chooseToSave(const char* title, const QString& filter, bool (ComposerWindow::*write)(const std::string&),
                       const std::string& proposed);
@@ -82,6 +83,8 @@ private:
     Ref<NSTextViewWidget> text_;
     // Losses in the titles' file that the user has accepted, not to be asked about again.
     std::vector<std::string> acceptedLosses_;
+    // Where this window has written the titles; empty since others were opened.
+    std::string writtenFile_;
     QAction* previous_ = nullptr;
     QAction* next_ = nullptr;
     QAction* undo_ = nullptr;

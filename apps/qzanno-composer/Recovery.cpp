@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "QzAnno/platform/foundation/Files.h"
+#include "captions/CueSettings.h"
 #include "platform/ui/QtValues.h"
 
 namespace qz::composer {
@@ -79,6 +80,8 @@ Title readTitle(QDataStream& stream, const std::vector<Ref<QzAnnoKey>>& keys) {
     CueSource source;
     for (std::string* each : {&source.identifier, &source.settings, &source.payload, &source.preamble})
         *each = readText(stream);
+    CaptionProblems ignored;
+    source.placement = parseCueSettings(source.settings, 1, ignored);
     title.source = std::make_shared<const CueSource>(std::move(source));
     return title;
 }

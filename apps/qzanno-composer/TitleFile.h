@@ -7,7 +7,9 @@
 
 #include "QzAnno/model/QzMutableAnnoString.h"
 #include "QzAnno/palette/QzAnnoPalette.h"
+#include "QzAnno/platform/foundation/NSGeometry.h"
 #include "captions/CaptionLook.h"
+#include "captions/CuePlacement.h"
 
 namespace qz::composer {
 
@@ -17,6 +19,7 @@ struct CueSource {
     std::string settings;
     std::string payload;
     std::string preamble;
+    CuePlacement placement = {};
 };
 
 /// A title with its start and end, in seconds; no values for a text without times.
@@ -39,9 +42,8 @@ struct TitleFile {
     std::vector<std::string> warnings = {};
 };
 
-/// The titles of a WebVTT (.vtt) or SubRip (.srt) file, a script (.ass, .ssa), a text file (.txt) or an archive of
-/// annotated strings (.annostring). Each name missing from the palette gets an unbound key. Returns no value, with one
-/// line that names the file in `error`, if it cannot be read.
+/// The titles of a file in any of the formats (see captions/Format.h). Each name missing from the palette gets an
+/// unbound key. Returns no value, with one line that names the file in `error`, if it cannot be read.
 std::optional<TitleFile> readTitleFile(const std::string& path, const Ref<QzAnnoPalette>& palette, std::string& error);
 
 struct WrittenTitles {
@@ -50,17 +52,10 @@ struct WrittenTitles {
     std::vector<std::string> losses;
 };
 
-/// The titles in the form for the path's ending: captions (.vtt), where titles without times get some, or an archive
-/// (.annostring). Returns no value, with one line that names the file in `error`, if there is no such form.
-std::optional<WrittenTitles> titlesAsFile(const std::string& path, const TitleFile& titles,
-                                          const Ref<QzAnnoPalette>& palette, std::string& error);
-
-/// The titles as an archive: one annotated string, or an array of them. Returns null, with the reason in `reason`, if
-/// they cannot be archived.
-Ref<NSData> archiveOfTitles(const std::vector<Title>& titles, const Ref<QzAnnoPalette>& palette, std::string& reason);
-/// Reads such an archive, with keys as for `readTitleFile`. Warnings name annotations missing from the palette.
-std::optional<TitleFile> titlesOfArchive(const Ref<NSData>& archive, const Ref<QzAnnoPalette>& palette,
-                                         std::string& reason);
+/// The titles in the form for the path's ending; in captions, titles without times get some. The screen is in points.
+/// Returns no value, with one line that names the file in `error`, if there is no such form.
+std::optional<WrittenTitles> titlesAsFile(const std::string& path, TitleFile titles, const Ref<QzAnnoPalette>& palette,
+                                          NSSize screen, std::string& error);
 
 /// The palette of a property-list file. Returns null, with one line that names the file in `error`, if it cannot be
 /// read.

@@ -9,7 +9,7 @@
 #include <QTreeWidget>
 #include <algorithm>
 
-#include "apps/qzanno-composer/TitleTimes.h"
+#include "captions/ClockTime.h"
 #include "platform/ui/QtValues.h"
 
 namespace qz::composer {
@@ -22,7 +22,7 @@ enum Column { numberColumn, startColumn, endColumn, textColumn };
 
 QString timeOf(const std::optional<double>& time) {
     // Shows hours only if there are any, since the line is short.
-    return time ? clock(*time).mid(*time < 3600 ? 3 : 0) : QString();
+    return time ? QString::fromStdString(clockOf(*time)).mid(*time < 3600 ? 3 : 0) : QString();
 }
 
 void fill(QTreeWidgetItem& item, const Title& title, size_t number) {

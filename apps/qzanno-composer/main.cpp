@@ -21,6 +21,7 @@
 #include "QzAnno/ui/QzAnnotationManager.h"
 #include "apps/qzanno-composer/ComposerWindow.h"
 #include "apps/qzanno-composer/Screenshot.h"
+#include "captions/Format.h"
 
 namespace qz::composer {
 namespace {
@@ -85,7 +86,10 @@ bool parse(const QStringList& arguments, Options& options, std::string& error, Q
     QCommandLineParser parser;
     parser.setApplicationDescription("Composes titles: type over a frame, style with annotations.");
     parser.addPositionalArgument(
-        "TITLES", "Captions (.vtt, .srt, .ass, .ssa), one title as text (.txt), or archived titles (.annostring)",
+        "TITLES",
+        QString::fromStdString("Captions (" + listOf(endingsOf(Format::captions), ", ") + "), one title as text (" +
+                               listOf(endingsOf(Format::text)) + "), or archived titles (" +
+                               listOf(endingsOf(Format::archive)) + ")"),
         "[TITLES]");
     parser.addOptions({{{"p", "palette"}, "The palette (.plist, .annopalette); an empty one without.", "PALETTE"},
                        {{"f", "frame"}, "A .png picture to lie beneath the text; a checkerboard without.", "FRAME"},

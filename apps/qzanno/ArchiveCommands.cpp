@@ -2,13 +2,11 @@
 
 #include <iostream>
 
-#include "QzAnno/archive/QzTokeningArchiver.h"
 #include "QzAnno/platform/foundation/Files.h"
-#include "QzAnno/platform/foundation/NSArray.h"
-#include "apps/qzanno/ArchiveFile.h"
 #include "apps/qzanno/PaletteFile.h"
 #include "apps/qzanno/PaletteText.h"
 #include "apps/qzanno/TitleReader.h"
+#include "captions/ArchivedTitles.h"
 #include "platform/foundation/ObjectMap.h"
 #include "platform/foundation/TypedStreamListing.h"
 
@@ -65,14 +63,13 @@ int packArchive(const std::string& input, const std::string& paletteFile, const 
     // An archive holds names, and no looks.
     CaptionLooks looks(palette, {}, Looks::house);
     bool hasLosses = false;
-    std::vector<Ref<NSObject>> strings;
-    const TitleSink sink = [&strings](Title&& title) { strings.push_back(title.text->copy()); };
-    if (!readTitles(input, looks, diagnostics, sink, hasLosses)) return 1;
-    if (strings.empty()) diagnostics.warning(input, "holds no captions; the archive is an empty array");
-    const Ref<NSObject> root = strings.size() == 1 ? strings.front() : NSArray::arrayWithObjects(std::move(strings));
+    CaptionFile captions;
+    const CueSink sink = [&captions](CaptionCue&& cue) { captions.cues.push_back(std::move(cue)); };
+    if (!readCues(input, looks, diagnostics, sink, hasLosses)) return 1;
+    if (captions.cues.empty()) diagnostics.warning(input, "holds no captions; the archive is an empty array");
     std::string reason;
-    const Ref<NSData> data = QzTokeningArchiver::archivedDataWithRootObject(root, {palette}, &reason);
-    if (!data || !writeFileAtomically(output, data->bytes(), &reason)) {
+    const auto written = writeArchive(captions, {looks}, reason);
+    if (!written || !writeFileAtomically(output, NSData::dataWithBytes(written->file)->bytes(), &reason)) {
         diagnostics.error(output, reason);
         return 1;
     }
@@ -87,14 +84,23 @@ int showArchive(const std::string& path, const std::string& paletteFile, const s
         palette = loadPalette(paletteFile, fonts, diagnostics);
         if (!palette) return 1;
     }
-    const auto titles = readArchivedTitles(path, palette, diagnostics);
-    if (!titles) return 1;
+    std::string reason;
+    const Ref<NSData> file = readFile(path, &reason);
+    if (!file) {
+        diagnostics.error(path, reason);
+        return 1;
+    }
+    const auto titles = archivedTitles(file, palette, &reason);
+    if (!titles) {
+        diagnostics.error(path, reason + "; 'qzanno archive dump' shows what it is");
+        return 1;
+    }
     for (size_t i = 0; i < titles->strings.size(); ++i) print(*titles->strings[i], i + 1, palette.get());
     for (const std::string& name : titles->unknownNames) {
         diagnostics.warning(path, "uses " + quoted(name) + ", which " + paletteName(paletteFile) + " lacks");
     }
     if (titles->lostCount == 0) return 0;
-    diagnostics.error(path, lostAnnotations(*titles) + "; 'qzanno archive dump' shows what they are");
+    diagnostics.error(path, lostAnnotations(titles->lostCount) + "; 'qzanno archive dump' shows what they are");
     return 1;
 }
 

@@ -20,8 +20,8 @@ struct ExportOptions {
     bool strict = false;
 };
 
-/// Writes captions with the looks of a palette as a SubStation Alpha script, and says what that cannot hold. The exit
-/// code.
+/// Writes captions with the looks of a palette in the format for the output's ending, and reports what that cannot
+/// hold. Returns the exit code.
 int exportCaptions(const ExportOptions& options, const std::shared_ptr<FontLibrary>& fonts, Diagnostics& diagnostics);
 
 }  // namespace qz::tool

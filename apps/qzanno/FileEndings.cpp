@@ -4,6 +4,9 @@
 #include <cctype>
 #include <filesystem>
 
+#include "captions/Format.h"
+#include "platform/foundation/FileEnding.h"
+
 namespace qz::tool {
 namespace {
 
@@ -11,14 +14,6 @@ const std::vector<std::string> kPictureEndings = {".png", ".rgba"};
 
 bool contains(const std::vector<std::string>& endings, const std::string& ending) {
     return std::ranges::find(endings, ending) != endings.end();
-}
-
-/// ".png or .rgba"
-std::string listOf(const std::vector<std::string>& endings) {
-    std::string list;
-    for (size_t i = 0; i < endings.size(); ++i)
-        list += (i == 0 ? "" : i + 1 < endings.size() ? ", " : " or ") + endings[i];
-    return list;
 }
 
 /// Whether the ending is a point, a letter and up to four more letters and digits, as files have it; folders are also
@@ -35,10 +30,8 @@ void check(CLI::Option& option, std::function<std::string(std::string&)> fault) 
 
 }  // namespace
 
-std::string endingOf(const std::string& path) {
-    std::string ending = std::filesystem::path(path).extension().string();
-    std::ranges::transform(ending, ending.begin(), [](unsigned char character) { return std::tolower(character); });
-    return ending;
+std::string captionsText() {
+    return "Captions (" + listOf(endingsOf(Format::captions), ", ") + ")";
 }
 
 void allowEndings(CLI::Option& option, std::vector<std::string> endings, WithoutEnding without) {

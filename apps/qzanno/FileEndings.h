@@ -7,8 +7,8 @@
 
 namespace qz::tool {
 
-/// The ending of a file's name with its point, in lower case: ".png" of "titles/A.PNG". Empty if the name has none.
-std::string endingOf(const std::string& path);
+/// For help: "Captions (.srt, .vtt, .ass, .ssa)".
+std::string captionsText();
 
 enum class WithoutEnding { allowed, refused };
 

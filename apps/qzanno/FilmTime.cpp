@@ -1,9 +1,7 @@
 #include "apps/qzanno/FilmTime.h"
 
 #include <array>
-#include <cctype>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 
 #include <fcntl.h>
@@ -11,20 +9,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "captions/ClockTime.h"
 #include "platform/foundation/DiagnosticText.h"
 
 namespace qz::tool {
 namespace {
-
-constexpr double kSecondsMax = 1e9;
-
-/// A number without a sign that is the whole of the text.
-std::optional<double> parsedNumber(std::string_view text) {
-    double number = 0;
-    if (text.empty() || !(std::isdigit(static_cast<unsigned char>(text.front())) || text.front() == '.')) return {};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed);
-    return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
-}
 
 /// What the program writes, errors included, and its exit code: 127 if there is no such program.
 std::string outputOf(std::array<const char*, 12> arguments, int& exitCode) {
@@ -53,20 +42,6 @@ std::string outputOf(std::array<const char*, 12> arguments, int& exitCode) {
 
 }  // namespace
 
-std::optional<double> parsedTime(std::string_view text) {
-    double seconds = 0;
-    for (int parts = 1;; ++parts) {
-        const size_t colon = text.find(':');
-        const std::optional<double> part = parsedNumber(text.substr(0, colon));
-        const bool isLast = colon == std::string_view::npos;
-        // Only the seconds have a fraction.
-        if (!part || parts > 3 || (!isLast && text.substr(0, colon).find('.') != std::string_view::npos)) return {};
-        seconds = seconds * 60 + *part;
-        if (isLast) return seconds <= kSecondsMax ? std::optional(seconds) : std::nullopt;
-        text.remove_prefix(colon + 1);
-    }
-}
-
 std::optional<double> lengthOfFilm(const std::string& path, std::string& reason) {
     // A name that begins with "-" or holds ":" is still a file's.
     const std::string file = "file:" + path;
@@ -87,8 +62,8 @@ std::optional<double> lengthOfFilm(const std::string& path, std::string& reason)
     constexpr std::string_view kDuration = "duration=";
     for (size_t at = output.find(kDuration); at != std::string::npos; at = output.find(kDuration, at)) {
         at += kDuration.size();
-        const auto seconds = parsedNumber(std::string_view(output).substr(at, output.find('\n', at) - at));
-        if (seconds && *seconds <= kSecondsMax) return seconds;
+        const auto seconds = secondsOfClock(std::string_view(output).substr(at, output.find('\n', at) - at));
+        if (seconds) return seconds;
     }
     reason = exitCode != 0 ? "cannot be read as a film: " + oneLine(output.substr(0, output.find('\n')))
                            : "does not tell how long it is; give a time";

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <set>
 
-#include "apps/qzanno/TitleReader.h"
+#include "captions/Format.h"
 
 namespace qz::tool {
 namespace fs = std::filesystem;
@@ -49,14 +49,14 @@ bool addFolder(const std::string& folder, std::vector<TitleInput>& inputs, Folde
     std::error_code error;
     for (fs::recursive_directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
         std::error_code ignored;
-        if (holdsTitles(entry->path().string()) && entry->is_regular_file(ignored)) files.push_back(entry->path());
+        if (formatOfPath(entry->path().string()) && entry->is_regular_file(ignored)) files.push_back(entry->path());
     }
     if (error) {
         diagnostics.error(folder, "the folder cannot be read: " + error.message());
         return false;
     }
     if (files.empty()) {
-        diagnostics.error(folder, "holds no " + std::string(kTitleEndings) + " file; name a folder that does");
+        diagnostics.error(folder, "holds no " + listOf(endingsOf(Format::any)) + " file; name a folder that does");
         return false;
     }
     std::ranges::sort(files);

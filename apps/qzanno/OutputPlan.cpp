@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "apps/qzanno/FileEndings.h"
+#include "platform/foundation/FileEnding.h"
 
 namespace qz::tool {
 namespace fs = std::filesystem;

@@ -1,6 +1,5 @@
 #include "apps/qzanno/PaletteCommands.h"
 
-#include <filesystem>
 #include <vector>
 
 #include "QzAnno/archive/PaletteData.h"
@@ -9,7 +8,9 @@
 #include "apps/qzanno/PaletteReadability.h"
 #include "apps/qzanno/PaletteText.h"
 #include "apps/qzanno/TextTable.h"
+#include "captions/Ass.h"
 #include "captions/AssPalette.h"
+#include "captions/Format.h"
 
 namespace qz::tool {
 namespace {
@@ -22,8 +23,8 @@ TableRow rowFor(const QzAnnoPalette& palette, int32_t priority) {
 }
 
 bool isScript(const std::string& path) {
-    const std::string ending = std::filesystem::path(path).extension().string();
-    return ending == ".ass" || ending == ".ssa";
+    const Format* const format = formatOfPath(path);
+    return format && format->read == readAss;
 }
 
 Ref<QzAnnoPalette> paletteOfScript(const std::string& path, const std::shared_ptr<FontLibrary>& fonts,

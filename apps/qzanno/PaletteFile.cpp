@@ -1,7 +1,5 @@
 #include "apps/qzanno/PaletteFile.h"
 
-#include <algorithm>
-
 #include "QzAnno/archive/PaletteData.h"
 #include "QzAnno/platform/foundation/Files.h"
 #include "QzAnno/platform/foundation/NSString.h"
@@ -48,13 +46,6 @@ size_t reportFaults(const std::string& path, FontLibrary* fonts, Diagnostics& di
 
 std::string paletteName(const std::string& path) {
     return path.empty() ? "built-in palette" : path;
-}
-
-void MissingFonts::logError(const NSDictionary& entry) {
-    const auto cause = entry.objectForKey<NSString>(*QzLogEntry_Cause);
-    if (!cause) return;
-    std::string name = cause->utf8();
-    if (std::ranges::find(names_, name) == names_.end()) names_.push_back(std::move(name));
 }
 
 }  // namespace qz::tool

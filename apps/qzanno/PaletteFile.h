@@ -1,10 +1,8 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "QzAnno/palette/QzAnnoPalette.h"
-#include "QzAnno/palette/QzLog.h"
 #include "QzAnno/platform/text/FontLibrary.h"
 #include "apps/qzanno/Diagnostics.h"
 
@@ -25,17 +23,5 @@ std::string paletteName(const std::string& path);
 
 /// The palette that serves when none is given: white letters with a dark border at the foot of the picture.
 Ref<QzAnnoPalette> builtInPalette();
-
-/// Collects the fonts that a palette asked for and did not get, each once, in order.
-class MissingFonts final : public QzLog {
-public:
-    void logError(const NSDictionary& entry) override;
-
-    const std::vector<std::string>& names() const { return names_; }
-    void clear() { names_.clear(); }
-
-private:
-    std::vector<std::string> names_;
-};
 
 }  // namespace qz::tool

@@ -6,6 +6,8 @@
 
 #include "apps/qzanno/FileEndings.h"
 #include "apps/qzanno/FilmTime.h"
+#include "captions/ClockTime.h"
+#include "captions/Format.h"
 
 namespace qz::tool {
 namespace {
@@ -76,7 +78,7 @@ void addSizeOption(CLI::App& command, const std::string& name, const std::string
 template <class Set>
 CLI::Option* addTimeOption(CLI::App& command, const std::string& name, const std::string& description, Set set) {
     const auto read = [name, set](const std::string& text) {
-        const auto seconds = parsedTime(text);
+        const auto seconds = secondsOfClock(text);
         if (!seconds) throw CLI::ValidationError(name, text + " is no time; write one such as 90, 90.5 or 0:01:30.5");
         set(*seconds);
     };
@@ -174,8 +176,9 @@ void describeRender(CLI::App& command, RenderArguments& arguments) {
     auto* input =
         command
             .add_option("INPUT", options.inputs,
-                        "Captions (.srt, .vtt, .ass, .ssa), a .txt file that is one title, an archive of titles "
-                        "(.annostring), or a folder of such files; several get a folder each")
+                        captionsText() + ", a " + listOf(endingsOf(Format::text)) +
+                            " file that is one title, an archive of titles (" + listOf(endingsOf(Format::archive)) +
+                            "), or a folder of such files; several get a folder each")
             ->type_name("");
     command.add_option("--text", options.text, "Render this text instead of files")->excludes(input);
     addDrawingOptions(command, options.drawing);
@@ -225,11 +228,13 @@ void describeRender(CLI::App& command, RenderArguments& arguments) {
 
 void describeExport(CLI::App& command, ExportOptions& options) {
     command.footer(kExportExamples);
-    command.add_option("CAPTIONS", options.input, "Captions (.srt, .vtt, .ass, .ssa)")->type_name("")->required();
+    command.add_option("CAPTIONS", options.input, captionsText())->type_name("")->required();
     addPaletteOption(command, options.palette);
-    auto* output = command.add_option("-o,--output", options.output, "The script to write (.ass)");
+    const std::vector<std::string> written = writtenEndingsOf(Format::captions);
+    auto* output =
+        command.add_option("-o,--output", options.output, "The captions to write (" + listOf(written, ", ") + ")");
     output->type_name("FILE")->required();
-    allowEndings(*output, {".ass"}, WithoutEnding::refused);
+    allowEndings(*output, written, WithoutEnding::refused);
     addScreenOption(command, "The screen that the palette is meant for, in points [1920x1080]", options.screen);
     addDirectionOption(command, options.direction);
     addLooksOption(command, options.looks);
@@ -240,7 +245,8 @@ void describeStream(CLI::App& command, StreamOptions& options) {
     command.footer(kStreamExamples);
     command
         .add_option("CAPTIONS", options.input,
-                    "Captions (.srt, .vtt, .ass, .ssa), or titles without times (.txt, .annostring) for a --duration")
+                    captionsText() + ", or titles without times (" +
+                        listOf(endingsOf(Format::text | Format::archive), ", ") + ") for a --duration")
         ->type_name("")
         ->required();
     command
@@ -268,7 +274,7 @@ void describeStream(CLI::App& command, StreamOptions& options) {
         .add_option_function<std::string>(
             "--end",
             [&options](const std::string& text) {
-                options.end = parsedTime(text);
+                options.end = secondsOfClock(text);
                 std::error_code ignored;
                 if (options.end) return;
                 if (!std::filesystem::exists(text, ignored))

@@ -14,8 +14,7 @@
 #include "apps/qzanno/OrderedJobs.h"
 #include "apps/qzanno/OutputPlan.h"
 #include "apps/qzanno/Progress.h"
-#include "apps/qzanno/RunMark.h"
-#include "apps/qzanno/SameFile.h"
+#include "apps/qzanno/RunFiles.h"
 #include "apps/qzanno/TitleJob.h"
 #include "apps/qzanno/TitleLines.h"
 

@@ -1,74 +1,48 @@
 #include "apps/qzanno/TitleReader.h"
 
-#include <algorithm>
-#include <iterator>
-
 #include "QzAnno/platform/foundation/Files.h"
-#include "apps/qzanno/ArchiveFile.h"
-#include "apps/qzanno/FileEndings.h"
-#include "captions/Ass.h"
-#include "captions/PlainText.h"
-#include "captions/SubRip.h"
-#include "captions/WebVTT.h"
+#include "captions/Format.h"
 
 namespace qz::tool {
 namespace {
 
-enum class Kind { unknown, subRip, webVTT, ass, text, archive };
-
-Kind kindOf(const std::string& path) {
-    static constexpr std::pair<std::string_view, Kind> kinds[] = {
-        {".srt", Kind::subRip}, {".vtt", Kind::webVTT}, {".ass", Kind::ass},
-        {".ssa", Kind::ass},    {".txt", Kind::text},   {".annostring", Kind::archive}};
-    const auto* const found = std::ranges::find(kinds, endingOf(path), &std::pair<std::string_view, Kind>::first);
-    return found == std::end(kinds) ? Kind::unknown : found->second;
+std::string placeOf(const std::string& path, const CaptionProblem& problem) {
+    return problem.line == 0 ? path : placeInFile(path, problem.line);
 }
 
-void report(const CaptionProblem& problem, const std::string& path, Diagnostics& diagnostics) {
-    const std::string place = placeInFile(path, problem.line);
+void report(const CaptionProblem& problem, const std::string& path, const Format& format, Diagnostics& diagnostics) {
+    const std::string place = placeOf(path, problem);
     // A voice without a style of its own is no mistake in the file.
     if (problem.kind == CaptionProblem::unknownName)
         diagnostics.note(place, problem.message);
+    else if (problem.kind == CaptionProblem::notShown && format.kind == Format::archive)
+        diagnostics.warning(place, problem.message + "; 'qzanno archive dump' shows what they are");
     else
         diagnostics.warning(place, problem.message);
 }
 
-bool readArchive(const std::string& path, const Ref<QzAnnoPalette>& palette, Diagnostics& diagnostics,
-                 const TitleSink& sink, bool& hasLosses) {
-    const auto archived = readArchivedTitles(path, palette, diagnostics);
-    if (!archived) return false;
-    for (const std::string& name : archived->unknownNames) {
-        hasLosses = true;
-        diagnostics.warning(path, "there is no annotation " + tool::quoted(name) + " in the palette; it shows nothing");
-    }
-    if (archived->lostCount > 0) {
-        hasLosses = true;
-        diagnostics.warning(path, lostAnnotations(*archived) + "; 'qzanno archive dump' shows what they are");
-    }
-    uint32_t index = 0;
-    for (const Ref<QzAnnoString>& string : archived->strings) sink({++index, {}, {}, {}, string->mutableCopy()});
-    return true;
+/// The format of a file whose name does not tell it; "" when its content does not either.
+std::string formatHint(const std::string& path) {
+    const Ref<NSData> file = readFile(path, nullptr);
+    const Format* const format = file ? formatOfContent(file->view()) : nullptr;
+    if (!format) return {};
+    return "; it seems to be " + std::string(format->name) + ", so let its name end in " +
+           std::string(format->ending());
 }
 
 }  // namespace
-
-bool holdsTitles(const std::string& path) {
-    return kindOf(path) != Kind::unknown;
-}
 
 Title titleOfText(const std::string& text) {
     return {1, {}, {}, {}, QzMutableAnnoString::initWithString(NSString::stringWithUTF8String(text))};
 }
 
-bool readTitles(const std::string& path, CaptionLooks& looks, Diagnostics& diagnostics, const TitleSink& sink,
-                bool& hasLosses) {
-    const Kind kind = kindOf(path);
-    if (kind == Kind::archive) return readArchive(path, looks.palette(), diagnostics, sink, hasLosses);
-    if (kind == Kind::unknown) {
-        diagnostics.error(
-            path, "is no " + std::string(kTitleEndings) +
-                      " file; give captions as SubRip, WebVTT or SubStation Alpha, one title as text, or an archive of "
-                      "titles");
+bool readCues(const std::string& path, CaptionLooks& looks, Diagnostics& diagnostics, const CueSink& sink,
+              bool& hasLosses) {
+    const Format* const format = formatOfPath(path);
+    if (!format) {
+        diagnostics.error(path, "is no " + listOf(endingsOf(Format::any)) +
+                                    " file; give captions, one title as text, or an archive of titles" +
+                                    formatHint(path));
         return false;
     }
     std::string reason;
@@ -78,31 +52,33 @@ bool readTitles(const std::string& path, CaptionLooks& looks, Diagnostics& diagn
         return false;
     }
     CaptionProblem error;
-    if (kind == Kind::text) {
-        const auto text = readPlainText(*file, &error);
-        if (text)
-            sink({1, {}, {}, {}, *text});
-        else
-            diagnostics.error(path, error.message);
-        return text.has_value();
-    }
-    uint32_t index = 0;
-    const CueSink cues = [&](CaptionCue&& cue) {
-        index += cue.leftOutBefore + 1;
-        sink({index, cue.start, cue.end, cue.placement, std::move(cue.text)});
-    };
-    const auto problems = kind == Kind::subRip ? readSubRip(*file, looks, cues, &error)
-                          : kind == Kind::ass  ? readAss(*file, looks, cues, &error)
-                                               : readWebVTT(*file, looks, cues, &error);
-    if (!problems) {
-        diagnostics.error(placeInFile(path, error.line), error.message);
+    const auto captions = format->read(*file, looks, sink, &error);
+    if (!captions) {
+        const bool isArchive = format->kind == Format::archive;
+        diagnostics.error(placeOf(path, error),
+                          error.message + (isArchive ? "; 'qzanno archive dump' shows what it is" : ""));
         return false;
     }
-    for (const CaptionProblem& problem : *problems) {
-        report(problem, path, diagnostics);
+    for (const CaptionProblem& problem : captions->problems) {
+        report(problem, path, *format, diagnostics);
         hasLosses |= problem.isLoss();
     }
     return true;
+}
+
+bool readTitles(const std::string& path, CaptionLooks& looks, Diagnostics& diagnostics, const TitleSink& sink,
+                bool& hasLosses) {
+    uint32_t index = 0;
+    const CueSink cues = [&](CaptionCue&& cue) {
+        index += cue.leftOutBefore + 1;
+        Title title{index, {}, {}, cue.placement, std::move(cue.text)};
+        if (cue.hasTimes) {
+            title.start = cue.start;
+            title.end = cue.end;
+        }
+        sink(std::move(title));
+    };
+    return readCues(path, looks, diagnostics, cues, hasLosses);
 }
 
 }  // namespace qz::tool

@@ -10,6 +10,7 @@
 #include "apps/qzanno/RenderCommand.h"
 #include "apps/qzanno/Sha256.h"
 #include "apps/qzanno/TitleContent.h"
+#include "captions/MissingFonts.h"
 #include "captions/PlacementAnnos.h"
 
 namespace qz::tool {

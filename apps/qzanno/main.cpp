@@ -13,6 +13,7 @@
 #include "apps/qzanno/PaletteCommands.h"
 #include "apps/qzanno/RenderArguments.h"
 #include "apps/qzanno/StarterPalettes.h"
+#include "captions/Format.h"
 
 namespace qz::tool {
 namespace {
@@ -103,11 +104,11 @@ private:
 
 /// An argument that is no option: its name alone in the help, without a type.
 template <class Value>
-CLI::Option* addOperand(CLI::App& command, const char* name, Value& value, const char* description) {
+CLI::Option* addOperand(CLI::App& command, const char* name, Value& value, const std::string& description) {
     return command.add_option(name, value, description)->type_name("");
 }
 
-CLI::Option* addOutput(CLI::App& command, std::string& output, const char* description) {
+CLI::Option* addOutput(CLI::App& command, std::string& output, const std::string& description) {
     return command.add_option("-o,--output", output, description)->type_name("FILE");
 }
 
@@ -123,7 +124,7 @@ CommandLine::CommandLine(int argc, char** argv)
                        [this](Diagnostics& diagnostics) { return stream(streaming_, diagnostics); }),
                    streaming_);
     describeExport(
-        addWithFonts(app_, "export", "Write captions with the looks of a palette as a script for other programs",
+        addWithFonts(app_, "export", "Write captions with the looks of a palette as a file for other programs",
                      [this](const auto& fonts, Diagnostics& diagnostics) {
                          return exportCaptions(exported_, fonts, diagnostics);
                      }),
@@ -201,21 +202,23 @@ void CommandLine::addPaletteCommands() {
 }
 
 void CommandLine::addArchiveCommands() {
+    const std::vector<std::string> archives = endingsOf(Format::archive);
     CLI::App& group = addGroup("archive", "Keep titles in archives, and look into archives", kArchiveExamples);
     CLI::App& pack = add(
         group, "pack", "Write titles with their annotations as an archive; times and places of captions are not kept",
         [this](Diagnostics& diagnostics) { return packArchive(input_, palette_, output_, diagnostics); });
-    addOperand(pack, "INPUT", input_, "Captions (.srt, .vtt, .ass, .ssa), or a .txt file that is one title")
+    addOperand(pack, "INPUT", input_,
+               captionsText() + ", or a " + listOf(endingsOf(Format::text)) + " file that is one title")
         ->required();
     addPaletteOption(pack, palette_);
-    CLI::Option* const packed = addOutput(pack, output_, "The archive to write (.annostring)")->required();
-    allowEndings(*packed, {".annostring"}, WithoutEnding::allowed);
+    CLI::Option* const packed = addOutput(pack, output_, "The archive to write (" + listOf(archives) + ")")->required();
+    allowEndings(*packed, archives, WithoutEnding::allowed);
 
     CLI::App& show = addWithFonts(group, "show", "Print the titles of an archive: text, annotations and runs",
                                   [this](const auto& fonts, Diagnostics& diagnostics) {
                                       return showArchive(input_, palette_, fonts, diagnostics);
                                   });
-    addOperand(show, "ARCHIVE", input_, "Archive of titles (.annostring)")->required();
+    addOperand(show, "ARCHIVE", input_, "Archive of titles (" + listOf(archives) + ")")->required();
     show.add_option("-p,--palette", palette_, "Palette to say what each run looks like (.plist, .annopalette)")
         ->type_name("PALETTE");
 

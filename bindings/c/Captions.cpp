@@ -1,13 +1,10 @@
-#include <algorithm>
 #include <optional>
 
 #include "QzAnno/platform/foundation/Files.h"
 #include "QzAnno/platform/foundation/NSString.h"
 #include "bindings/c/Calls.h"
 #include "bindings/c/Objects.h"
-#include "captions/Ass.h"
-#include "captions/SubRip.h"
-#include "captions/WebVTT.h"
+#include "captions/Format.h"
 
 struct qzanno_captions {
     struct Cue {
@@ -24,16 +21,25 @@ struct qzanno_captions {
 namespace qz::c {
 namespace {
 
-std::optional<qzanno_caption_format> formatOfName(std::string_view path) {
-    const auto endsWith = [&](std::string_view ending) {
-        return path.size() >= ending.size() &&
-               std::ranges::equal(path.substr(path.size() - ending.size()), ending,
-                                  [](char a, char b) { return std::tolower(static_cast<unsigned char>(a)) == b; });
-    };
-    if (endsWith(".srt")) return QZANNO_CAPTIONS_SUBRIP;
-    if (endsWith(".vtt")) return QZANNO_CAPTIONS_WEBVTT;
-    if (endsWith(".ass") || endsWith(".ssa")) return QZANNO_CAPTIONS_ASS;
-    return {};
+/// The caption formats have their numbers, from 1, by their places among the others.
+///@{
+const Format* formatOfNumber(int number) {
+    for (const Format& format : formats()) {
+        if (format.kind == Format::captions && --number == 0) return &format;
+    }
+    return nullptr;
+}
+
+int numberOf(const Format& wanted) {
+    int number = 1;
+    while (formatOfNumber(number) != &wanted) ++number;
+    return number;
+}
+///@}
+
+const Format* captionsOfPath(std::string_view path) {
+    const Format* const format = formatOfPath(path);
+    return format && format->kind == Format::captions ? format : nullptr;
 }
 
 qzanno_title titleOf(const CaptionCue& cue, const CaptionLooks& looks) {
@@ -55,6 +61,15 @@ qzanno_title titleOf(const CaptionCue& cue, const CaptionLooks& looks) {
     return title;
 }
 
+/// "SubRip, WebVTT or SubStation Alpha"
+std::string captionNames() {
+    std::vector<std::string> names;
+    for (const Format& format : formats()) {
+        if (format.kind == Format::captions) names.emplace_back(format.name);
+    }
+    return listOf(names);
+}
+
 std::optional<Looks> looksOf(qzanno_looks looks) {
     switch (looks) {
         case QZANNO_LOOKS_BOTH:
@@ -67,22 +82,8 @@ std::optional<Looks> looksOf(qzanno_looks looks) {
     return {};
 }
 
-CueReader readerOf(qzanno_caption_format format) {
-    switch (format) {
-        case QZANNO_CAPTIONS_SUBRIP:
-            return readSubRip;
-        case QZANNO_CAPTIONS_WEBVTT:
-            return readWebVTT;
-        case QZANNO_CAPTIONS_ASS:
-            return readAss;
-    }
-    return nullptr;
-}
-
-qzanno_result readCaptions(const NSData& file, const std::string& place, qzanno_caption_format format,
+qzanno_result readCaptions(const NSData& file, const std::string& place, const Format& format,
                            const qzanno_palette& palette, qzanno_looks which, qzanno_captions** out) {
-    const CueReader reader = readerOf(format);
-    if (!reader) return fail(QZANNO_ERROR_ARGUMENT, "there is no caption format " + std::to_string(int{format}));
     const std::optional<Looks> ofWhom = looksOf(which);
     if (!ofWhom) return fail(QZANNO_ERROR_ARGUMENT, "there are no looks " + std::to_string(int{which}));
     // Lengths are converted to the actual screen when the titles are drawn.
@@ -92,9 +93,9 @@ qzanno_result readCaptions(const NSData& file, const std::string& place, qzanno_
         made->cues.push_back({cue.start, cue.end, cue.identifier, titleOf(cue, looks)});
     };
     CaptionProblem error;
-    auto problems = reader(file, looks, sink, &error);
-    if (!problems) return fail(QZANNO_ERROR_FORMAT, place + std::to_string(error.line) + ": " + error.message);
-    made->problems = std::move(*problems);
+    auto captions = format.read(file, looks, sink, &error);
+    if (!captions) return fail(QZANNO_ERROR_FORMAT, place + std::to_string(error.line) + ": " + error.message);
+    made->problems = std::move(captions->problems);
     *out = made.release();
     return QZANNO_OK;
 }
@@ -115,11 +116,10 @@ qzanno_result qzanno_captions_load_looks(const char* path, const qzanno_palette*
     if (!out) return failNull("out");
     return guarded([=] {
         const std::string place = std::string(path) + ":";
-        const auto format = formatOfName(path);
+        const qz::Format* const format = captionsOfPath(path);
         if (!format)
-            return fail(QZANNO_ERROR_ARGUMENT, place +
-                                                   " is not a .srt, .vtt, .ass or .ssa file; give captions as SubRip, "
-                                                   "WebVTT or SubStation Alpha");
+            return fail(QZANNO_ERROR_ARGUMENT, place + " is not a " + qz::listOf(qz::endingsOf(qz::Format::captions)) +
+                                                   " file; give captions as " + captionNames());
         std::string reason;
         const qz::Ref<qz::NSData> file = qz::readFile(path, &reason);
         if (!file) return fail(QZANNO_ERROR_FILE, place + " " + reason);
@@ -139,8 +139,26 @@ qzanno_result qzanno_captions_load_memory_looks(const void* bytes, size_t size, 
     if (!palette) return failNull("palette");
     if (!out) return failNull("out");
     return guarded([=] {
+        const qz::Format* const row = formatOfNumber(static_cast<int>(format));
+        if (!row) return fail(QZANNO_ERROR_ARGUMENT, "there is no caption format " + std::to_string(int{format}));
         const auto file = qz::NSData::dataWithBytes(std::string_view(static_cast<const char*>(bytes), size));
-        return readCaptions(*file, "captions:", format, *palette, looks, out);
+        return readCaptions(*file, "captions:", *row, *palette, looks, out);
+    });
+}
+
+qzanno_result qzanno_caption_format_named(const char* name, qzanno_caption_format* out) {
+    if (!name) return failNull("name");
+    if (!out) return failNull("out");
+    return guarded([=] {
+        const qz::Format* const format = captionsOfPath(std::string("captions.") + name);
+        if (!format) {
+            std::vector<std::string> names;
+            for (const std::string& ending : qz::endingsOf(qz::Format::captions))
+                names.push_back("\"" + ending.substr(1) + "\"");
+            return fail(QZANNO_ERROR_ARGUMENT, "format is " + qz::listOf(names) + ", not \"" + name + "\"");
+        }
+        *out = static_cast<qzanno_caption_format>(numberOf(*format));
+        return QZANNO_OK;
     });
 }
 

@@ -183,8 +183,11 @@ typedef struct qzanno_caption_problem {
     const char* message;  ///< one line, without file name and line number
 } qzanno_caption_problem;
 
-/// Reads a file whose format is given by its ending, .srt, .vtt, .ass or .ssa, with QZANNO_LOOKS_BOTH. A name that
-/// neither the palette nor the file defines has no effect and is listed as a problem.
+/// The format of files with an ending, which is given without its point: "srt", "vtt", "ass". A program that asks by
+/// name also reads formats that are newer than its copy of this header.
+QZANNO_API qzanno_result qzanno_caption_format_named(const char* name, qzanno_caption_format* out);
+/// Reads a file whose format is given by its ending, .srt, .vtt, .ass or .ssa in either case, with QZANNO_LOOKS_BOTH. A
+/// name that neither the palette nor the file defines has no effect and is listed as a problem.
 QZANNO_API qzanno_result qzanno_captions_load(const char* path, const qzanno_palette* palette, qzanno_captions** out);
 /// The same for a file in memory.
 QZANNO_API qzanno_result qzanno_captions_load_memory(const void* bytes, size_t size, qzanno_caption_format format,

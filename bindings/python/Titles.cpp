@@ -138,10 +138,9 @@ qzanno_looks looksNamed(const std::string& name) {
 }
 
 qzanno_caption_format formatNamed(const std::string& name) {
-    if (name == "srt") return QZANNO_CAPTIONS_SUBRIP;
-    if (name == "vtt") return QZANNO_CAPTIONS_WEBVTT;
-    if (name == "ass") return QZANNO_CAPTIONS_ASS;
-    throw py::value_error("format is \"srt\", \"vtt\" or \"ass\", not \"" + name + "\"");
+    qzanno_caption_format format{};
+    check(qzanno_caption_format_named(checkedText("format", name).c_str(), &format));
+    return format;
 }
 
 Captions loadCaptions(const Path& path, const OfPalette& palette, const LooksName& looks) {
@@ -262,7 +261,8 @@ void addTitles(py::module_& module) {
                     "\"both\" for the palette's and, for names that it does not have, the file's. Raises FileError, "
                     "FormatError, or ValueError for another ending.")
         .def_static("from_bytes", &captionsOfBytes, "data"_a, "format"_a, "palette"_a, py::kw_only(),
-                    "looks"_a = "both", "The same for the contents of such a file.")
+                    "looks"_a = "both",
+                    "The same for the contents of such a file; `format` is the ending of its name, such as \"srt\".")
         .def("__len__", [](const Captions& captions) { return qzanno_captions_count(captions.handle.get()); })
         .def("__getitem__", &cuesAt, "index"_a, "A Cue, or a list of Cues for a slice.")
         .def_property_readonly("problems", py::overload_cast<const Captions&>(&problemsOf),

@@ -72,7 +72,7 @@ class Captions:
     @staticmethod
     def from_bytes(
         data: bytes,
-        format: Literal["srt", "vtt", "ass"],
+        format: str,
         palette: Palette,
         *,
         looks: Literal["house", "file", "both"] = "both",

@@ -4,6 +4,7 @@
 
 #include <unicode/unistr.h>
 
+#include "platform/foundation/FileEnding.h"
 #include "platform/text/FontListing.h"
 
 namespace qz {
@@ -13,13 +14,6 @@ namespace fs = std::filesystem;
 
 constexpr std::array<std::string_view, 4> kFontEndings = {".ttf", ".otf", ".ttc", ".otc"};
 constexpr std::array<std::string_view, 5> kOtherFontEndings = {".woff", ".woff2", ".pfa", ".pfb", ".dfont"};
-
-std::string endingOf(const fs::path& file) {
-    std::string ending = file.extension().string();
-    std::ranges::transform(ending, ending.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return ending;
-}
 
 /// The files in a folder and its subfolders, in an order that does not depend on the file system.
 std::vector<fs::path> filesBelow(const std::string& directory, std::error_code& error) {
@@ -49,7 +43,7 @@ bool addFontDirectory(FcConfig* config, const std::string& directory, std::vecto
     }
     const int before = addedFonts(config);
     for (const fs::path& file : files) {
-        const std::string ending = endingOf(file);
+        const std::string ending = endingOf(file.native());
         if (std::ranges::find(kOtherFontEndings, ending) != kOtherFontEndings.end()) {
             problems.push_back({file.string(), "fonts of this kind are not supported; convert it to .ttf or .otf"});
         }

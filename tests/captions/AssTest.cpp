@@ -37,7 +37,7 @@ protected:
 
     CaptionFile read(const std::string& file) {
         CaptionProblem error;
-        auto captions = readAss(*NSData::dataWithBytes(file), *palette_, &error);
+        auto captions = wholeCaptionFile(readAss, *NSData::dataWithBytes(file), *palette_, &error);
         if (captions) return std::move(*captions);
         CaptionFile none;
         none.problems = {error};
@@ -214,22 +214,26 @@ TEST_F(AssTest, StylesComeBackAsTheyWere) {
     ASSERT_TRUE(script) << error.message;
     EXPECT_THAT(linesOf(problems.take()), IsEmpty());
     std::vector<std::string> lost;
-    AssWriter writer(paletteOfAss(*script, {}, lost), {1920, 1080}, NSWritingDirection::natural);
+    const CaptionLooks looks(paletteOfAss(*script, {}, lost), {1920, 1080});
+    std::string reason;
     EXPECT_THAT(lost, IsEmpty());
-    const std::string written = writer.script();
+    const std::string written = writeAss({}, {looks}, reason)->file;
     for (size_t at = file.find("Style: "); at != std::string::npos; at = file.find("Style: ", at + 1)) {
         EXPECT_THAT(written, HasSubstr(file.substr(at, file.find('\n', at) - at)));
     }
 }
 
 TEST_F(AssTest, TitlesComeBackWithTheirTextsAndTimes) {
-    AssWriter writer(paletteOf({"Loud, very"}), {1920, 1080}, NSWritingDirection::natural);
+    const CaptionLooks looks(paletteOf({"Loud, very"}), {1920, 1080});
+    CaptionFile titles;
     const std::vector<std::string> texts = {"Hello, you", "One\nTwo", "a{b}c", "x\\Ny", "a\u00A0b", ""};
     for (const std::string& text : texts) {
         const auto string = QzMutableAnnoString::initWithString(NSString::stringWithUTF8String(text));
-        writer.add(3661.239, 3662, {}, *string);
+        titles.cues.push_back({3661.239, 3662, {}, {}, {}, string, {}, {}});
     }
-    const CaptionFile captions = read(writer.script());
+    std::string reason;
+    const std::string script = writeAss(titles, {looks}, reason)->file;
+    const CaptionFile captions = read(script);
     EXPECT_THAT(linesOf(captions.problems), IsEmpty());
     ASSERT_THAT(captions.cues, SizeIs(texts.size()));
     for (size_t i = 0; i < texts.size(); ++i) {
@@ -239,10 +243,8 @@ TEST_F(AssTest, TitlesComeBackWithTheirTextsAndTimes) {
         EXPECT_EQ(text, texts[i]);
         EXPECT_DOUBLE_EQ(captions.cues[i].start, 3661.24);
     }
-    EXPECT_THAT(writer.script(), HasSubstr("Style: Loud; very,")) << "a comma would end the column";
+    EXPECT_THAT(script, HasSubstr("Style: Loud; very,")) << "a comma would end the column";
 }
-
-using Reader = std::optional<CaptionFile> (*)(const NSData&, const CueNames&, CaptionProblem*);
 
 const std::string kVtt = "WEBVTT\n\n00:01.000 --> 00:02.000\n";
 const std::string kSrt = "00:00:01,000 --> 00:00:02,000\n";
@@ -258,13 +260,14 @@ protected:
     CaptionLooksTest() : CaptionTest({}) {}
 
     // The one cue's runs, "[i red u]text", with what the looks of the file give them; "house" for the palette's own.
-    std::string shown(Reader reader, const std::string& file, Looks which, const std::vector<const char*>& house) {
+    std::string shown(CaptionReader reader, const std::string& file, Looks which,
+                      const std::vector<const char*>& house) {
         const Ref<QzAnnoPalette> palette = paletteOf({});
         palette->setUndoManager(NSUndoManager::init());
         for (const char* name : house) palette->createAnno(NSString::stringWithUTF8String(name));
         CaptionLooks looks(palette, {1920, 1080}, which);
         CaptionProblem error;
-        const auto captions = reader(*NSData::dataWithBytes(file), looks, &error);
+        const auto captions = wholeCaptionFile(reader, *NSData::dataWithBytes(file), looks, &error);
         if (!captions || captions->cues.size() != 1) return error.message;
         problems_ = linesOf(captions->problems);
         std::string text;
@@ -302,9 +305,9 @@ protected:
 
 TEST_F(CaptionLooksTest, AFilesOwnLooksAreDrawnUnlessThePaletteHasThatName) {
     using enum Looks;
-    const Reader vtt = readWebVTT, srt = readSubRip, ass = readAss;
+    const CaptionReader vtt = readWebVTT, srt = readSubRip, ass = readAss;
     const struct {
-        Reader reader;
+        CaptionReader reader;
         std::string file;
         Looks which;
         std::vector<const char*> house;
@@ -360,7 +363,7 @@ TEST_F(CaptionLooksTest, StylesLieBelowThePaletteAndOneNameMayHaveTwoLooks) {
     std::string other = kAss;
     other.replace(other.find("&HFF,"), 5, "&HFF00,");
     for (const std::string& file : {kAss + "Loud,Ann,a{\\rSign\\i1}b", other + "Loud,Ann,a"})
-        ASSERT_TRUE(readAss(*NSData::dataWithBytes(file), looks, &error)) << error.message;
+        ASSERT_TRUE(wholeCaptionFile(readAss, *NSData::dataWithBytes(file), looks, &error)) << error.message;
     std::string names;
     for (int32_t priority = 1; priority <= palette->maxPriority(); ++priority)
         names += palette->annoKeyAtPriority(priority)->name()->utf8() + " ";

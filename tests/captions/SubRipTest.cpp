@@ -23,11 +23,11 @@ protected:
 
     bool read(std::string_view file) {
         cues_.clear();
-        auto problems = readSubRip(
+        const auto captions = readSubRip(
             *NSData::dataWithBytes(file), *palette_, [this](CaptionCue&& cue) { cues_.push_back(std::move(cue)); },
             &error_);
-        problems_ = linesOf(problems.value_or(std::vector<CaptionProblem>()));
-        return problems.has_value();
+        problems_ = captions ? linesOf(captions->problems) : std::vector<std::string>();
+        return captions.has_value();
     }
 
     // "1-2.5 Hello|there": every cue's times and text, its line ends as "|".
@@ -175,7 +175,7 @@ TEST_F(SubRipTest, EncodingsAreReadOrRefusedInOneLine) {
     }
 }
 
-TEST(PlainText, IsOneTitle) {
+TEST_F(SubRipTest, PlainTextIsOneTitle) {
     const struct {
         std::string file;
         const char* text;
@@ -187,20 +187,20 @@ TEST(PlainText, IsOneTitle) {
         {"", "", "an empty file is an empty title"},
     };
     for (const auto& [file, text, reason] : cases) {
-        const auto title = readPlainText(*NSData::dataWithBytes(file));
-        ASSERT_TRUE(title && *title) << reason;
-        EXPECT_EQ((*title)->string()->utf8(), text) << reason;
+        const auto read = wholeCaptionFile(readPlainText, *NSData::dataWithBytes(file), *palette_);
+        ASSERT_TRUE(read && read->cues.size() == 1) << reason;
+        EXPECT_EQ(read->cues[0].text->string()->utf8(), text) << reason;
     }
 }
 
-TEST(PlainText, OtherEncodingsAreNamed) {
+TEST_F(SubRipTest, OtherEncodingsOfPlainTextAreNamed) {
     for (const auto& [file, message] :
          std::map<std::string, const char*>{{"one\ntw\xF6\n", "byte 6 begins no character; save it as UTF-8"},
                                             {"\xEF\xBB\xBFone \xE2\x82", "byte 7 begins no character"},
                                             {"\xED\xA0\x80", "byte 0 begins no character"},
                                             {std::string("o\0n\0", 4), "the file is in UTF-16"}}) {
         CaptionProblem error;
-        EXPECT_FALSE(readPlainText(*NSData::dataWithBytes(file), &error));
+        EXPECT_FALSE(wholeCaptionFile(readPlainText, *NSData::dataWithBytes(file), *palette_, &error));
         EXPECT_THAT(error.message, testing::HasSubstr(message));
     }
 }

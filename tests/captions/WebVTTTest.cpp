@@ -19,7 +19,7 @@ protected:
     WebVTTTest() : CaptionTest({"One", "Two", "Lower Third", "a_b", "a b", "b", "v", "Mary"}) {}
 
     std::optional<CaptionFile> read(std::string_view file) {
-        return readWebVTT(*NSData::dataWithBytes(file), *palette_, &error_);
+        return wholeCaptionFile(readWebVTT, *NSData::dataWithBytes(file), *palette_, &error_);
     }
 
     // The one cue of a file with this payload.

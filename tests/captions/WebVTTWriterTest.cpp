@@ -46,7 +46,7 @@ protected:
     WebVTTWriter() : CaptionTest({"One", "Two", "Lower Third", "a_b c", "Dr. No", "x--", "b", "i", "v", "Mary"}) {}
 
     CaptionFile read(std::string_view file) {
-        auto captions = readWebVTT(*NSData::dataWithBytes(file), {*palette_, &others_});
+        auto captions = wholeCaptionFile(readWebVTT, *NSData::dataWithBytes(file), {*palette_, &others_});
         EXPECT_TRUE(captions) << file;
         return captions.value_or(CaptionFile());
     }
@@ -57,7 +57,7 @@ protected:
     }
     std::string write(const CaptionFile& captions) {
         std::string reason;
-        auto written = writeWebVTT(captions, *palette_, reason);
+        auto written = writeWebVTT(captions, {CaptionLooks(palette_, {1920, 1080})}, reason);
         EXPECT_TRUE(written) << reason;
         if (!written) return {};
         losses_ = written->losses;
@@ -165,7 +165,7 @@ TEST_F(WebVTTWriter, refusesWhatHasNoForm) {
         CaptionFile captions;
         captions.cues.push_back({c.start, c.end, {}, {}, {}, text, {}, {}, 0});
         std::string reason;
-        EXPECT_FALSE(writeWebVTT(captions, *palette_, reason)) << c.reason;
+        EXPECT_FALSE(writeWebVTT(captions, {CaptionLooks(palette_, {1920, 1080})}, reason)) << c.reason;
         EXPECT_THAT(reason, HasSubstr(c.reason));
     }
 }

@@ -138,7 +138,7 @@ TEST_F(Document, keepsItsNamesUnderAWrongPaletteAndHasThemBackUnderTheRightOne) 
         TitleFile titles = document->file();
         titles.titles[0].start = titles.titles[0].end = 1;
         std::string error;
-        const auto written = titlesAsFile("t.vtt", titles, palette, error);
+        const auto written = titlesAsFile("t.vtt", titles, palette, {1920, 1080}, error);
         return written && written->losses.empty() ? std::string(written->file->view()) : error;
     };
     const auto right = palette->pListData();
@@ -196,11 +196,11 @@ TEST_F(Document, drawsTheLooksOfAFileUnderEveryPaletteAndWritesThemBackAsTheyCam
     EXPECT_TRUE(drawn());
     EXPECT_FALSE(document->titlesAreEdited() || document->paletteIsEdited());
     EXPECT_FALSE(document->undoManager()->canUndo());
-    EXPECT_EQ(titlesAsFile(path, document->file(), palette, error)->file->view(), captions);
+    EXPECT_EQ(titlesAsFile(path, document->file(), palette, {1920, 1080}, error)->file->view(), captions);
 
     document->replacePalette(test::paletteWithGlobals({}), "other.plist");
     EXPECT_TRUE(drawn());
-    EXPECT_EQ(titlesAsFile(path, document->file(), palette, error)->file->view(), captions);
+    EXPECT_EQ(titlesAsFile(path, document->file(), palette, {1920, 1080}, error)->file->view(), captions);
     document->setTitles({{{QzAnnoString::initWithString("three"_ns), {}, {}}}});
     EXPECT_EQ(palette->maxPriority(), 0) << "what nobody made something of goes with its file";
     EXPECT_FALSE(document->paletteIsEdited());

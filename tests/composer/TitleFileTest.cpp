@@ -7,6 +7,7 @@
 #include "QzAnno/archive/PaletteData.h"
 #include "QzAnno/platform/foundation/Files.h"
 #include "apps/qzanno-composer/TitleTimes.h"
+#include "captions/ClockTime.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Palettes.h"
 #include "tests/support/TemporaryFolder.h"
@@ -17,6 +18,8 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
+
+constexpr NSSize kScreen = {1920, 1080};
 
 class TitleFiles : public testing::Test {
 protected:
@@ -45,7 +48,7 @@ TEST_F(TitleFiles, comeBackInEitherFormWithTheKeysOfThePalette) {
             TitleFile titles{{{first->copy(), {}, {}}, {second->copy(), 5, 6.5}}};
             titles.titles.resize(count);
             std::string error;
-            const auto written = titlesAsFile(folder.file(name), titles, palette, error);
+            const auto written = titlesAsFile(folder.file(name), titles, palette, kScreen, error);
             ASSERT_TRUE(written) << error;
             const bool losesTimes = count == 2 && name == "t.annostring";
             EXPECT_EQ(written->losses.size(), losesTimes ? 1u : 0u);
@@ -63,7 +66,7 @@ TEST_F(TitleFiles, comeBackInEitherFormWithTheKeysOfThePalette) {
 
 TEST_F(TitleFiles, thatCannotBeReadOrWrittenSayWhatAndWhere) {
     EXPECT_THAT(errorOf("none.vtt", nullptr), HasSubstr("No such file"));
-    EXPECT_THAT(errorOf("t.doc", "x"), HasSubstr(".vtt, .srt"));
+    EXPECT_THAT(errorOf("t.doc", "x"), HasSubstr(".srt, .vtt"));
     EXPECT_THAT(errorOf("empty.srt", "x"), HasSubstr("holds no captions"));
     EXPECT_THAT(errorOf("empty.vtt", "WEBVTT\n"), HasSubstr("holds no captions"));
     EXPECT_THAT(errorOf("not.vtt", "hello"), HasSubstr(":1:"));
@@ -73,9 +76,9 @@ TEST_F(TitleFiles, thatCannotBeReadOrWrittenSayWhatAndWhere) {
     writeText(folder.file("kept.annostring"), "kept");
     EXPECT_FALSE(readPaletteFile(folder.file("kept.annostring"), error));
     EXPECT_THAT(error, StartsWith(folder.file("kept.annostring") + ": "));
-    EXPECT_FALSE(titlesAsFile("t.srt", {{{QzAnnoString::init(), {}, {}}}}, palette, error));
-    EXPECT_THAT(error, testing::AllOf(StartsWith("t.srt: "), HasSubstr(".vtt or .annostring")));
-    EXPECT_FALSE(titlesAsFile("t.vtt", {{{QzAnnoString::init(), 2, 1}}}, palette, error));
+    EXPECT_FALSE(titlesAsFile("t.srt", {{{QzAnnoString::init(), {}, {}}}}, palette, kScreen, error));
+    EXPECT_THAT(error, testing::AllOf(StartsWith("t.srt: "), HasSubstr(".vtt, .ass or .annostring")));
+    EXPECT_FALSE(titlesAsFile("t.vtt", {{{QzAnnoString::init(), 2, 1}}}, palette, kScreen, error));
     EXPECT_THAT(error, StartsWith("t.vtt: title 1: "));
 }
 
@@ -87,7 +90,7 @@ TEST_F(TitleFiles, warnOfNamesThatThePaletteLacks) {
     EXPECT_EQ(captions->titles[0].end, 2.5);
     EXPECT_TRUE(captions->titles[0].text->annotation(key, 0));
     EXPECT_THAT(captions->warnings, ElementsAre(HasSubstr("c.vtt:4: ")));
-    const auto written = titlesAsFile(folder.file("t.annostring"), *captions, palette, error);
+    const auto written = titlesAsFile(folder.file("t.annostring"), *captions, palette, kScreen, error);
     ASSERT_TRUE(written && writeFileAtomically(folder.file("t.annostring"), written->file->bytes(), &error));
     palette->removeAnno(key);
     const auto archive = readTitleFile(folder.file("t.annostring"), palette, error);
@@ -96,15 +99,19 @@ TEST_F(TitleFiles, warnOfNamesThatThePaletteLacks) {
                                                HasSubstr("Nobody")));
 }
 
-TEST_F(TitleFiles, ofSubRipBecomeCaptionsWithTheirPlaces) {
+TEST_F(TitleFiles, ofOneFormatBecomeAnotherWithTheirPlaces) {
     std::string error;
-    writeText(folder.file("s.srt"),
+    writeText(folder.file("S.SRT"),
               "1\n00:00:01,000 --> 00:00:02,500\n{\\an8}up\n\n2\n00:00:03,000 --> 00:00:04,000\ndown\n");
-    const auto titles = readTitleFile(folder.file("s.srt"), palette, error);
+    const auto titles = readTitleFile(folder.file("S.SRT"), palette, error);
     ASSERT_TRUE(titles) << error;
-    const auto written = titlesAsFile("s.vtt", *titles, palette, error);
+    const auto written = titlesAsFile("s.vtt", *titles, palette, kScreen, error);
     ASSERT_TRUE(written) << error;
     EXPECT_THAT(std::string(written->file->view()), HasSubstr("00:00:02.500 line:0 align:center\nup\n"));
+    const auto script = titlesAsFile("S.ASS", *titles, palette, kScreen, error);
+    ASSERT_TRUE(script) << error;
+    EXPECT_THAT(std::string(script->file->view()), HasSubstr(",0:00:01.00,0:00:02.50,Default,,0,0,0,,{\\an8}up\n"));
+    EXPECT_THAT(script->losses, ElementsAre(HasSubstr("cannot keep the identifiers")));
 }
 
 TEST(TitleTimes, areReadAsPeopleWriteThem) {
@@ -114,7 +121,7 @@ TEST(TitleTimes, areReadAsPeopleWriteThem) {
         {"1.5:00", {}},         {"nan", {}},
     };
     for (const auto& [text, seconds] : cases) EXPECT_EQ(secondsOfClock(text), seconds) << text;
-    EXPECT_EQ(clock(3723.0625), "01:02:03.063");
+    EXPECT_EQ(clockOf(3723.0625), "01:02:03.063");
 }
 
 TEST(TitleTimes, areGivenSoThatATitleCanBeRead) {

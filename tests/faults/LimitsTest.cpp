@@ -64,10 +64,11 @@ TEST_F(Limit, OfATitleHoldsForTextsAndCues) {
     } cases[] = {{whole, true}, {whole + "a", false}};
     for (const auto& [text, fits] : cases) {
         CaptionProblem problem;
-        EXPECT_EQ(readPlainText(*NSData::dataWithBytes(text), &problem).has_value(), fits);
+        EXPECT_EQ(wholeCaptionFile(readPlainText, *NSData::dataWithBytes(text), *palette, &problem).has_value(), fits);
         EXPECT_THAT(problem.message, HasSubstr(fits ? "" : "16777217 characters; 16777216 are the most"));
 
-        const auto captions = readWebVTT(*NSData::dataWithBytes("WEBVTT\n\n" + times + text + next), *palette);
+        const auto captions =
+            wholeCaptionFile(readWebVTT, *NSData::dataWithBytes("WEBVTT\n\n" + times + text + next), *palette);
         ASSERT_TRUE(captions);
         EXPECT_EQ(captions->cues.size(), fits ? 2u : 1u) << "the cue behind one that is too long is read";
         EXPECT_EQ(captions->problems.size(), fits ? 0u : 1u);

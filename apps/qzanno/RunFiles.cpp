@@ -1,5 +1,6 @@
-#include "apps/qzanno/RunMark.h"
+#include "apps/qzanno/RunFiles.h"
 
+#include <cstdio>
 #include <filesystem>
 #include <vector>
 
@@ -16,6 +17,20 @@ std::string markOf(const std::string& manifest) {
 }
 
 }  // namespace
+
+bool placeSameFile(const std::string& from, const std::string& to, std::string* error) {
+    const std::string name = ".qz-" + std::to_string(::getpid()) + "-same";
+    const std::string beside = (fs::path(to).parent_path() / name).string();
+    ::unlink(beside.c_str());
+    if (::link(from.c_str(), beside.c_str()) == 0) {
+        const bool isPlaced = std::rename(beside.c_str(), to.c_str()) == 0;
+        // Renaming over another name of the same file leaves both.
+        ::unlink(beside.c_str());
+        if (isPlaced) return true;
+    }
+    const Ref<NSData> bytes = readFile(from, error);
+    return bytes && writeFileAtomically(to, bytes->bytes(), error, Flush::later);
+}
 
 bool placeRunMark(const std::string& manifest, std::string* error) {
     const std::string number = std::to_string(::getpid());
