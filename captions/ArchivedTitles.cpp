@@ -23,7 +23,8 @@ Ref<T> handleOf(const T& object) {
     return std::const_pointer_cast<T>(std::static_pointer_cast<const T>(object.shared_from_this()));
 }
 
-/// The palette's keys, noting the names that it lacks; of other names, and without a palette, the keys of `others`.
+/// Supplies the palette's keys and notes missing names; for those, and without a palette, supplies the keys of
+/// `others`.
 class NotingTable final : public QzTokenTable {
 public:
     NotingTable(const Ref<QzAnnoPalette>& palette, LooseKeys* others) : palette_(palette), others_(others) {}
@@ -47,7 +48,7 @@ private:
     LooseKeys* const others_;
 };
 
-/// Whether the object is an annotated string or an array of nothing else.
+/// Whether the object is an annotated string or an array of annotated strings only.
 bool collect(const Ref<NSObject>& object, std::vector<Ref<QzAnnoString>>& strings) {
     if (const auto* const array = dynamic_cast<const NSArray*>(object.get())) {
         for (const Ref<NSObject>& element : array->elements()) {
@@ -77,13 +78,13 @@ std::optional<ArchivedTitles> archivedTitles(const Ref<NSData>& archive, const R
         titles.lostCount = older->droppedCount();
     }
     if (reason->empty() && !collect(object, titles.strings)) {
-        *reason = object ? "holds an object of class " + object->className() + ", no annotated strings"
-                         : "holds no object that can be read";
+        *reason = object ? "holds an object of class " + object->className() + ", not annotated strings"
+                         : "holds no readable object";
     }
     if (!reason->empty()) return {};
     titles.unknownNames = table->unknownNames;
     if (!palette) return titles;
-    // The older form leaves keys that the palette lacks without one.
+    // In the older form, keys missing from the palette have no palette.
     for (Ref<QzAnnoString>& string : titles.strings) {
         bool hasUnbound = false;
         for (const auto& key : string->allKeys()->objects<QzAnnoKey>()) {

@@ -6,7 +6,7 @@
 
 namespace qz {
 
-// What the keywords, numbers and names of caption formats are made of: ASCII, whatever the locale.
+// ASCII functions, independent of the locale, for the keywords, numbers and names of caption formats.
 
 constexpr bool isDigit(char c) {
     return c >= '0' && c <= '9';
@@ -22,7 +22,7 @@ inline std::string lowered(std::string_view text) {
     return small;
 }
 
-/// Without the blanks at either end.
+/// The text without leading and trailing blanks.
 constexpr std::string_view trimmed(std::string_view text, std::string_view blanks = " \t") {
     text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
     return text.substr(0, text.find_last_not_of(blanks) + 1);

@@ -9,10 +9,10 @@
 namespace qz {
 
 /// Reads the dialogue of a SubStation Alpha script (see AssScript.h), with styles, speakers and overrides as
-/// annotations of the palette (see AssText.h and CueAnnotator.h). A style is a class; the one named "Default" adds
-/// nothing. Lines that hold a drawing alone are left out.
+/// annotations of the palette (see AssText.h and CueAnnotator.h). A style is a class; the style "Default" adds nothing.
+/// Lines that hold only a drawing are left out.
 ///
-/// Empty, with the reason in `error` and no cue handed over, for a file that is no such script.
+/// Returns no value, with the reason in `error` and without passing any cue, if the file is not such a script.
 std::optional<CaptionFile> readAss(const NSData& file, const CueNames& names, const CueSink& sink,
                                    CaptionProblem* error = nullptr);
 

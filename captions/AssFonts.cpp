@@ -28,7 +28,7 @@ int weightOf(double fontconfigWeight) {
 AssFont assFontOf(const NSFont& font) {
     const InstalledFont& installed = font.face().installedFont();
     AssFont found = {installed.familyName, weightOf(installed.weight), installed.slant > 0};
-    // Players synthesise what the family lacks, as we do.
+    // Players synthesise missing faces, as we do.
     const FontTraits unmet = font.unmetTraits();
     if (unmet.bold) found.weight = *unmet.bold ? 700 : 400;
     if (unmet.italic) found.isItalic = *unmet.italic;
@@ -60,7 +60,7 @@ double assLineHeightOf(const NSFont& font) {
                          hb_ot_metrics_get_position(shaper, HB_OT_METRICS_TAG_HORIZONTAL_CLIPPING_ASCENT, &ascent) &&
                          hb_ot_metrics_get_position(shaper, HB_OT_METRICS_TAG_HORIZONTAL_CLIPPING_DESCENT, &descent);
     const FontFace::Metrics& metrics = font.face().metrics();
-    // The table has the descent as a length.
+    // The table stores the descent as a positive length.
     const double height = hasBoth && ascent + std::abs(descent) > 0 ? double(ascent) + std::abs(descent)
                                                                     : metrics.ascender - metrics.descender;
     return height > 0 ? height / font.face().unitsPerEm() : 1;

@@ -7,10 +7,10 @@
 
 namespace qz {
 
-/// A font as styles of SubStation Alpha name it.
+/// A font as named in SubStation Alpha styles.
 struct AssFont {
     std::string family;
-    /// 400 regular, 700 bold.
+    /// 400 is regular, 700 bold.
     int weight = 400;
     bool isItalic = false;
     friend bool operator==(const AssFont&, const AssFont&) = default;
@@ -18,11 +18,11 @@ struct AssFont {
 
 AssFont assFontOf(const NSFont& font);
 
-/// The name of the library's font of that family, bold or italic, or else the name that such a font would have.
+/// The name of the library's font of that family, bold or italic, or else the name that it would have.
 Ref<NSString> fontNameOf(const AssFont& font, const NSFont::Library& library);
 
-/// How high a line of the font is to SubStation Alpha, for a font of one point: usWinAscent and usWinDescent of its
-/// OS/2 table, as players have it from Windows; what serves in their place for a font without.
+/// The line height of the font in SubStation Alpha, at one point: usWinAscent and usWinDescent of its OS/2 table, as in
+/// players following Windows, or a substitute for fonts without them.
 double assLineHeightOf(const NSFont& font);
 
 }  // namespace qz

@@ -18,7 +18,7 @@ CaptionColour assColourOf(const NSColor& color) {
     return {red, green, blue, alpha};
 }
 
-/// Palettes may hold any number; none that is drawn is larger.
+/// Palettes may hold any number; drawn lengths are never larger.
 double bounded(double length) {
     constexpr double kMost = 1e6;
     return std::isfinite(length) ? std::clamp(length, -kMost, kMost) : 0;
@@ -28,22 +28,21 @@ bool isCentred(const Layer& layer) {
     return std::abs(layer.offset.x) < 0.5f && std::abs(layer.offset.y) < 0.5f;
 }
 
-/// On each side of the letters.
+/// The width on each side of the letters.
 double sideWidth(const Layer& layer) {
     return std::max(0.0, bounded(layer.width) / 2);
 }
 
-/// A style has one outline, about the letters, and one shadow, the lowest.
+/// A style has one outline, around the letters, and one shadow, beneath everything.
 void readLayers(const std::vector<Layer>& layers, const TextBox& box, AssLook& look, std::set<std::string>& losses) {
     std::vector<Layer> shown;
     std::ranges::copy_if(layers, std::back_inserter(shown), &Layer::isVisible);
-    if (box.form == TextBox::Form::outlined)
-        losses.insert("boxes that are outlined are left out; only filled ones have a form");
+    if (box.form == TextBox::Form::outlined) losses.insert("outlined boxes are left out; a style has only filled ones");
     if (box.form == TextBox::Form::filled && box.isVisible()) {
         look.isBoxed = true;
         look.outline = assColourOf(*box.color);
         look.outlineWidth = kLinePaddingOfAss;
-        losses.insert("boxes are drawn line by line, not round the whole text");
+        losses.insert("boxes are drawn line by line, not around the whole text");
         if (!shown.empty()) losses.insert("letters in a filled box lose their outline and shadow; a style has either");
         return;
     }
@@ -68,8 +67,8 @@ void readPlace(const FrameStyle& frame, NSSize screen, AssLook& look, std::set<s
     using enum NSTextAlignment;
     const NSTextAlignment alignment = frame.horizontal.value_or(natural);
     const int column = alignment == center ? 2 : alignment == right ? 3 : 1;
-    if (alignment == justified) losses.insert("justified text is set to the left");
-    // The rows of the number pad count from the bottom.
+    if (alignment == justified) losses.insert("justified text is left-aligned");
+    // Number-pad rows count from the bottom.
     look.alignment = column + 3 * (2 - static_cast<int>(frame.vertical));
     const Margins margins = frame.marginsOn(screen);
     const auto kept = [](double margin) { return std::max(0.0, bounded(margin)); };
@@ -81,19 +80,19 @@ void readPlace(const FrameStyle& frame, NSSize screen, AssLook& look, std::set<s
 
 void readSlant(double slant, AssLook& look, std::set<std::string>& losses) {
     if (slant > 0 && !look.font.isItalic) {
-        // A shear for a part of a line moves what it begins with over the blank before it.
+        // A shear on part of a line would move its first letter over the blank before it.
         look.font.isItalic = true;
-        losses.insert("slanted text is written as italic, whose angle is the player's");
+        losses.insert("slanted text is written as italic, at the player's angle");
     }
     look.slant = std::max(0.0, -bounded(slant));
 }
 
-/// What has no form in a style.
+/// Reports attributes that a style cannot hold.
 void tellLosses(const NSDictionary& attributes, std::set<std::string>& losses) {
     for (const Attribute& attribute : attributeVocabulary()) {
         if (*attribute.inAss || !isOn(attributes, *attribute.name)) continue;
         losses.insert(*attribute.assLoss ? attribute.assLoss
-                                         : attribute.label + " is left out; a style has no form for it");
+                                         : attribute.label + " is left out; a style cannot hold it");
     }
 }
 
@@ -194,10 +193,10 @@ std::string writtenStyle(const AssStyle& style) {
     text += "," + shortNumber(style.spacing) + ",0," + std::to_string(style.borderStyle);
     for (const double length : {style.outlineWidth, style.shadow}) text += "," + shortNumber(length);
     text += "," + std::to_string(style.alignment);
-    // Margins are whole numbers to players.
+    // Players read margins as whole numbers.
     for (const double margin : {style.marginLeft, style.marginRight, style.marginVertical})
         text += "," + std::to_string(std::lround(margin));
-    // Players then find the direction of each line.
+    // Players then determine the direction of each line.
     return text + ",-1";
 }
 
@@ -220,7 +219,7 @@ std::string overridesBetween(const AssLook& from, const AssLook& to) {
     text += lengthChange("xshad", from.shadowX, to.shadowX);
     text += lengthChange("yshad", from.shadowY, to.shadowY);
     text += lengthChange("fsp", from.spacing, to.spacing);
-    // The factor shears the other way, since there y grows downward.
+    // The factor has the opposite sign, since y grows downward there.
     text += lengthChange("fax", from.slant, to.slant);
     return text;
 }

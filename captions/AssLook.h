@@ -9,13 +9,14 @@
 
 namespace qz {
 
-/// How far text stays from the margins of a palette, and its box reaches beyond it, in points.
+/// The distance of text from a palette's margins, which is also how far its box extends beyond it, in points.
 inline constexpr double kLinePaddingOfAss = 5;
 
-/// What SubStation Alpha has of a look of a palette's, and how a line of dialogue is placed; lengths are in points.
+/// A palette's look as far as SubStation Alpha supports it, and the placement of a line of dialogue; lengths are in
+/// points.
 struct AssLook {
     AssFont font;
-    /// As that of `AssStyle`.
+    /// As in `AssStyle`.
     double fontSize = 0;
     CaptionColour primary;
     CaptionColour outline = {0, 0, 0, 255};
@@ -26,7 +27,7 @@ struct AssLook {
     bool isUnderlined = false;
     bool isStruck = false;
     double spacing = 0;
-    /// To the left, for each unit of height.
+    /// To the left, per unit of height.
     double slant = 0;
     bool isBoxed = false;
     /// As on the number pad.
@@ -37,23 +38,23 @@ struct AssLook {
     double marginBottom = 0;
 };
 
-/// The look that attributes describe, complete with their font (see `assembleCompleteAttributes`). `losses` receives a
-/// line for each kind of thing that the look cannot hold.
+/// The look described by complete attributes (see `assembleCompleteAttributes`). `losses` receives one line for each
+/// kind of feature that the look cannot hold.
 AssLook assLookOf(const NSDictionary& attributes, NSSize screen, std::set<std::string>& losses);
 
-/// The style that comes nearest to the look.
+/// The style nearest to the look.
 AssStyle styleOfLook(const std::string& name, const AssLook& look);
 
-/// What stands behind "Style: ", in the order of AssScript.h's default columns.
+/// The text after "Style: ", in the order of AssScript.h's default columns.
 std::string writtenStyle(const AssStyle& style);
 
-/// The overrides that turn what letters look like in one look into those of another: "\b1\1c&H00FFFF&", or nothing.
+/// The overrides that change letters from one look to another: "\b1\1c&H00FFFF&", or empty.
 std::string overridesBetween(const AssLook& from, const AssLook& to);
 
-/// The look that a style alone gives.
+/// The look of the style alone.
 AssLook lookOfStyle(const AssStyle& style, const AssLook& written);
 
-/// At most two digits behind the point: "4.5", "20".
+/// At most two digits after the point: "4.5", "20".
 std::string shortNumber(double value);
 
 }  // namespace qz

@@ -22,7 +22,7 @@ void forEachAssOverride(std::string_view inside, const std::function<void(const 
     inside.remove_prefix(std::min(inside.find('\\'), inside.size()));
     while (!inside.empty()) {
         inside.remove_prefix(1);
-        // What stands in brackets may hold overrides of its own: "\t(\fs20)". Without an end it reaches to the last.
+        // Brackets may contain overrides: "\t(\fs20)". An unclosed bracket extends to the end.
         size_t end = inside.find_first_of("(\\");
         if (end != std::string_view::npos && inside[end] == '(') {
             end = inside.find(')', end);

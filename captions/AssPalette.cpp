@@ -23,7 +23,7 @@ Ref<NSNumber> number(double value) {
     return NSNumber::numberWithFloat(static_cast<float>(value));
 }
 
-/// How bold and italic text is told.
+/// How bold and italic are expressed.
 enum class Traits { byFontName, byAttributes };
 
 void setFont(const AssStyle& style, double scale, Traits traits, const NSFont::Library& library,
@@ -34,12 +34,12 @@ void setFont(const AssStyle& style, double scale, Traits traits, const NSFont::L
     attributes.set(QzFontAttribute, name);
     Ref<NSFont> font = NSFont::fontWithName(*name, 0, library);
     if (!font) font = NSFont::titleBarFontOfSize(0, library);
-    // Sizes in scripts are rounded ones of another unit; nobody sees less than a tenth of a point.
+    // Sizes in scripts are rounded in another unit; differences below a tenth of a point are invisible.
     const double points = std::round(10 * style.fontSize * scale / assLineHeightOf(*font)) / 10;
     attributes.set(QzFontSizeAttribute, number(std::clamp(points, 1.0, double{Limits::kFontPointsMax})));
 }
 
-/// A layer of no colour, so that it is not the global style's that shows.
+/// Sets a transparent layer, so that the global style's does not show.
 void setLayers(const AssStyle& style, double scale, ObjectMap& attributes) {
     const bool isBoxed = style.borderStyle == 3 || style.borderStyle == 4;
     const auto box = style.borderStyle == 4 ? style.back : style.outline;
@@ -83,7 +83,7 @@ ObjectMap differences(const ObjectMap& attributes, const ObjectMap& below) {
     ObjectMap different;
     for (const ObjectMap::Entry& entry : attributes.entries()) {
         const Ref<NSObject> under = below.find(*entry.key);
-        // Boxes are equal only to themselves.
+        // Boxes are compared by identity.
         const bool isSame =
             under && (areEqual(under, entry.value) || under->description() == entry.value->description());
         if (!isSame) different.set(entry.key, entry.value);
@@ -122,17 +122,17 @@ Ref<QzAnnoPalette> paletteOfAss(const AssScript& script, const NSFont::Library& 
         changed->setAttributes(NSDictionary::dictionaryWithMap(differences(attributes, below)));
         palette->replaceAnno(changed);
         for (const std::string& name : style.unsupported) {
-            if (told.insert(name).second) losses.push_back(name + " of " + style.name + " has no form in a palette");
+            if (told.insert(name).second) losses.push_back(name + " of " + style.name + " cannot be held in a palette");
         }
     };
-    // No line is what there is without the attribute.
+    // Without the attribute there is no line.
     ObjectMap bare;
     for (const Ref<NSString>& line : {QzUnderlineAttribute, QzStrikeThroughAttribute})
         bare.set(line, NSNumber::numberWithInt(0));
     file(palette->lookupAnno({}), *global, bare);
     const ObjectMap globals = attributesOf(*global, scale, Traits::byFontName, library);
     for (const AssStyle& style : script.styles) {
-        // Of styles with one name the last counts.
+        // Of styles with the same name, the last counts.
         if (&style == global || script.styleNamed(style.name) != &style) continue;
         const Ref<const QzAnno> anno = palette->createAnno(NSString::stringWithUTF8String(style.name));
         if (anno)

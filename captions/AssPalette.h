@@ -11,16 +11,15 @@
 
 namespace qz {
 
-/// A palette of a script's styles: the one named "Default", or else the first, is the global annotation, and the others
-/// are annotations that hold what they have different from it. Lengths are scaled so that the shorter side of the
-/// screen is 1080 points. Fonts are those of the library, which becomes the palette's. `losses` receives a line for
-/// each kind of thing that a palette cannot hold.
+/// Makes a palette from a script's styles: the style "Default", or else the first, becomes the global annotation, and
+/// the others annotations with their differences from it. Lengths are scaled so that the shorter side of the screen is
+/// 1080 points. Fonts come from the library, which becomes the palette's. `losses` receives one line for each kind of
+/// feature that a palette cannot hold.
 Ref<QzAnnoPalette> paletteOfAss(const AssScript& script, const NSFont::Library& library,
                                 std::vector<std::string>& losses);
 
-/// All that an annotation takes from a style, or the part of it that differs from another style. `scale` is the length
-/// of a pixel of the script in points. Bold and italic are attributes of their own, so that they also apply to a
-/// palette's font.
+/// The attributes of a style, or only those that differ from another style. `scale` is the length of a script pixel in
+/// points. Bold and italic are separate attributes, so that they also apply to a palette's font.
 ///@{
 ObjectMap attributesOfAssStyle(const AssStyle& style, double scale, const NSFont::Library& library);
 ObjectMap differencesOfAssStyle(const AssStyle& style, const AssStyle& global, double scale,

@@ -14,7 +14,7 @@ namespace qz {
 namespace {
 
 constexpr std::string_view kBlanks = " \t\f";
-// Wider than any screen and longer than any font; keeps sums exact.
+// Larger than any screen or font, and keeps sums exact.
 constexpr double kNumberMax = 1e6;
 
 bool equalNames(std::string_view a, std::string_view b) {
@@ -39,30 +39,30 @@ std::optional<double> parsedTime(std::string_view text) {
         seconds = seconds * 60 + *value;
         text.remove_prefix(std::min(end + 1, text.size()));
     }
-    // Players count hundredths.
+    // Players use hundredths.
     return std::round(seconds * 100) / 100;
 }
 
-/// The columns of a line of a section.
+/// The columns of a line in a section.
 class Row {
 public:
     Row(const std::vector<std::string_view>& names, std::string_view values) : names_(names) {
         for (size_t i = 0; i < names.size(); ++i) {
-            // Text is the last column and may have commas.
+            // Text is the last column and may contain commas.
             const size_t end = i + 1 < names.size() ? std::min(values.find(','), values.size()) : values.size();
             values_.push_back(values.substr(0, end));
             values.remove_prefix(std::min(end + 1, values.size()));
         }
     }
 
-    /// As it stands; empty for a column that there is not.
+    /// The raw value; empty if there is no such column.
     std::string_view raw(std::string_view name) const {
         const auto found = std::ranges::find_if(names_, [&](std::string_view each) { return equalNames(each, name); });
         return found == names_.end() ? std::string_view() : values_[static_cast<size_t>(found - names_.begin())];
     }
     std::string_view text(std::string_view name) const { return trimmed(raw(name), kBlanks); }
 
-    /// Columns whose values cannot be read keep what they had.
+    /// Leaves the variable unchanged if the value cannot be read.
     void read(std::string_view name, double& number) { take(name, number, parsedNumber(text(name))); }
     void read(std::string_view name, int& number) {
         double value = number;
@@ -80,7 +80,7 @@ public:
         take(name, seconds, parsedTime(text(name)));
     }
 
-    /// The columns that could not be read: "Fontsize "abc"".
+    /// The values that could not be read: "Fontsize "abc"".
     const std::vector<std::string>& unread() const { return unread_; }
 
 private:
@@ -98,7 +98,7 @@ private:
 };
 
 std::vector<std::string_view> columnNames(std::string_view list) {
-    // More than any script has, so that a hostile one does not make every row a long one.
+    // More than any script has, to bound the rows of a hostile one.
     constexpr size_t kColumnsMax = 64;
     std::vector<std::string_view> names;
     while (!list.empty() && names.size() < kColumnsMax) {
@@ -127,7 +127,7 @@ public:
             parseLine(text.substr(0, end));
             text.remove_prefix(std::min(end + 1, text.size()));
         }
-        // With one of the two given, the screen is of 4:3, as players have it.
+        // If only one is given, the screen is 4:3, as in players.
         if (width_ > 0 || height_ > 0) {
             script_.height = height_ > 0 ? height_ : width_ * 3 / 4;
             script_.width = width_ > 0 ? width_ : height_ * 4 / 3;
@@ -159,7 +159,7 @@ private:
             if (equalNames(name, "Dialogue"))
                 readEvent(value);
             else if (!equalNames(name, "Comment"))
-                tellNotShown(quotedExcerpt(name) + " lines show nothing");
+                tellNotShown(quotedExcerpt(name) + " lines have no effect");
         } else if (equalNames(name, "Style")) {
             readStyle(value);
         }
@@ -188,31 +188,31 @@ private:
         if (number && *number >= 1)
             *size = *number;
         else
-            report(std::string(name) + " " + quotedExcerpt(value) + " is no size of a screen and is ignored");
+            report(std::string(name) + " " + quotedExcerpt(value) + " is not a screen size and is ignored");
     }
 
-    // Keys of a script's own looks, with the value at which it is drawn as it asks.
+    // Reports settings that affect a script's looks, unless they have the supported value.
     void tellSetting(std::string_view name, std::string_view value) {
         constexpr struct {
             const char *name, *drawn, *instead;
         } kSettings[] = {
-            {"WrapStyle", "1", "lines are filled from the first on"},
+            {"WrapStyle", "1", "lines are filled from the first line on"},
             {"ScaledBorderAndShadow", "yes", "outlines and shadows are scaled with the screen"},
-            {"YCbCr Matrix", "None", "colours are those of RGB, as they stand"},
+            {"YCbCr Matrix", "None", "colours are RGB, unconverted"},
             {"Collisions", "Normal", "later lines make room"},
-            {"Timer", "100.0000", "times are taken as they stand"},
+            {"Timer", "100.0000", "times are used unchanged"},
             {"Kerning", "yes", "letters are kerned"},
             {"Language", "", "give the language with --lang"},
         };
         for (const auto& setting : kSettings) {
             if (!equalNames(name, setting.name) || value.empty() || equalNames(value, setting.drawn)) continue;
             if (parsedNumber(value) && parsedNumber(value) == parsedNumber(setting.drawn)) continue;
-            tellNotShown(std::string(name) + " " + quotedExcerpt(value) + " is not followed; " + setting.instead);
+            tellNotShown(std::string(name) + " " + quotedExcerpt(value) + " is ignored; " + setting.instead);
         }
     }
 
     void tellUnread(const Row& row) {
-        for (const std::string& column : row.unread()) report(column + " cannot be read; the default serves");
+        for (const std::string& column : row.unread()) report(column + " cannot be read; the default is used");
     }
 
     void readStyle(std::string_view values) {
@@ -222,7 +222,7 @@ private:
         if (!row.text("Name").empty()) style.name = row.text("Name");
         if (style.name.starts_with('*')) style.name.erase(0, 1);
         if (!row.text("Fontname").empty()) style.fontName = row.text("Fontname");
-        // "@" asks for the upright letters of a vertical font.
+        // "@" requests the upright letters of a vertical font.
         if (style.fontName.starts_with('@')) style.fontName.erase(0, 1);
         row.read("Fontsize", style.fontSize);
         row.read("PrimaryColour", style.primary);
@@ -291,11 +291,11 @@ private:
         }
         if (event.text.size() > Limits::kTitleUnitsMax) {
             return report("the line has " + std::to_string(event.text.size()) + " characters; " +
-                              std::to_string(Limits::kTitleUnitsMax) + " are the most; it is skipped",
+                              std::to_string(Limits::kTitleUnitsMax) + " is the limit; it is skipped",
                           CaptionProblem::notShown);
         }
         if (event.end < event.start) {
-            report("the line ends before it starts; it is kept without a length");
+            report("the line ends before it starts; it is kept with no duration");
             event.end = event.start;
         }
         tellUnread(row);
@@ -324,7 +324,7 @@ std::optional<CaptionColour> parsedAssColour(std::string_view text) {
     if (text.ends_with('&')) text.remove_suffix(1);
     int64_t value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
-    // Old writers give negative numbers, whose lower 32 bits count.
+    // Old writers use negative numbers, whose lower 32 bits count.
     if (error != std::errc() || end != text.data() + text.size()) return {};
     const auto bits = static_cast<uint32_t>(value);
     return CaptionColour{static_cast<uint8_t>(bits), static_cast<uint8_t>(bits >> 8), static_cast<uint8_t>(bits >> 16),
@@ -351,7 +351,7 @@ std::optional<AssScript> parseAssScript(const NSData& file, CaptionProblems& pro
     script.text = std::make_unique<const std::string>(withLineFeeds(*text));
     if (Parser(script, problems).parse(*script.text)) return script;
     if (error)
-        *error = {CaptionProblem::malformed, 1, "is no SubStation Alpha script; it has neither styles nor events"};
+        *error = {CaptionProblem::malformed, 1, "is not a SubStation Alpha script; it has neither styles nor events"};
     return {};
 }
 

@@ -45,7 +45,7 @@ public:
 
     AssText read() {
         std::string_view rest = event_.text;
-        // Behind the last closing brace every opening one is text.
+        // After the last closing brace, opening braces are text.
         const size_t last = rest.rfind('}');
         const char* const closed = last == std::string_view::npos ? rest.data() : rest.data() + last;
         while (!rest.empty()) {
@@ -77,8 +77,9 @@ private:
 
     void tellLine() {
         if (event_.layer != 0)
-            tellNotShown("Layer " + shortestDecimal(event_.layer) + " is ignored; later lines lie over earlier ones",
-                         "Layer");
+            tellNotShown(
+                "Layer " + shortestDecimal(event_.layer) + " is ignored; later lines are drawn over earlier ones",
+                "Layer");
         if (!event_.effect.empty())
             tellNotShown("the effect " + quotedExcerpt(event_.effect) + " is ignored", "Effect");
     }
@@ -114,7 +115,7 @@ private:
         }
     }
 
-    // The text up to the next override, or a brace that is one. How many bytes that was.
+    // Adds the text up to the next override, or a literal brace. Returns its length in bytes.
     size_t addText(std::string_view text) {
         std::string shown;
         size_t i = 0;
@@ -128,7 +129,7 @@ private:
             i += 2;
         } while (i < text.size() && text[i] != '{');
         if (isDrawing_) {
-            tellNotShown("drawings are left out, and lines that hold nothing else");
+            tellNotShown("drawings are left out, and so are lines with nothing else");
             hasDrawing_ = true;
             return i;
         }
@@ -140,7 +141,7 @@ private:
 
     void readOverrides(std::string_view inside) {
         forEachAssOverride(inside, [this](const AssOverride& override) {
-            if (!readOverride(override)) tellNotShown("{\\" + oneLine(override.kind) + "} shows nothing");
+            if (!readOverride(override)) tellNotShown("{\\" + oneLine(override.kind) + "} has no effect");
         });
     }
 
@@ -158,13 +159,13 @@ private:
         }
         if (kind == "pos") return position(value);
         if (kind == "an" || kind == "a") {
-            // The first counts.
+            // The first one counts.
             const auto place = padPlace(text);
             if (place && !isPlaced_) padPlace_ = *place;
             isPlaced_ |= place.has_value();
             return place.has_value();
         }
-        // A style's name runs into the letter.
+        // A style's name follows the letter directly.
         if (text.starts_with('r')) return reset(trimmed(text.substr(1)));
         return false;
     }
@@ -176,8 +177,9 @@ private:
         std::from_chars(value.data(), value.data() + value.size(), number);
         const bool isWeight = kind == CueSpan::bold && number >= 100;
         if (isWeight && number != 400 && number != 700)
-            tellNotShown("weights are either regular or bold; {\\b" + std::to_string(number) + "} is the nearer one",
-                         "weight");
+            tellNotShown(
+                "weights are either regular or bold; {\\b" + std::to_string(number) + "} is drawn as the nearer one",
+                "weight");
         // 400 is regular.
         if (isWeight ? number > 400 : number == 1)
             begin(kind, {});
@@ -196,7 +198,8 @@ private:
         const auto parsed = value.empty() ? std::nullopt : parsedAssColour(value);
         alpha_ = parsed ? std::optional(static_cast<uint8_t>(255 - parsed->red)) : std::nullopt;
         showColour();
-        if (parsed && kind == "alpha") tellNotShown("{\\alpha} holds for the letters, not for what lies beneath them");
+        if (parsed && kind == "alpha")
+            tellNotShown("{\\alpha} applies only to the letters, not to what is beneath them");
         return parsed || value.empty();
     }
 
@@ -260,11 +263,11 @@ private:
     const AssEvent& event_;
     AssText result_;
     std::vector<Open> open_;
-    // Of the open spans, those that nothing closes: the line's style and speaker.
+    // The number of open spans that nothing closes: the line's style and speaker.
     size_t fixed_ = 0;
-    // Of the script, or one of defaults.
+    // The script's style, or one with defaults.
     const AssStyle* lineStyle_ = nullptr;
-    // The one that a reset has put in its place.
+    // The style set by a reset.
     const AssStyle* style_ = nullptr;
     std::optional<CaptionColour> colour_;
     std::optional<uint8_t> alpha_;

@@ -22,7 +22,7 @@ std::string writtenTime(double seconds) {
     return text;
 }
 
-/// Line ends and what would be taken for an override.
+/// Escapes line ends and text that would be read as an override.
 std::string written(std::u16string_view text) {
     std::string result;
     const std::string utf8 = utf8FromUtf16(text);
@@ -39,7 +39,7 @@ std::string written(std::u16string_view text) {
         else if (c == '{' || c == '}')
             result += std::string("\\") + c;
         else if (c == '\\')
-            // A word joiner, which shows nothing, so that no letter behind makes an escape of it.
+            // An invisible word joiner, so that the next letter does not make it an escape.
             result += "\\\u2060";
         else if (static_cast<unsigned char>(c) >= ' ' || c == '\t')
             result += c;
@@ -81,7 +81,7 @@ private:
     std::map<Ref<QzAnnoKey>, Ref<QzAnnoKey>> keys_;
 };
 
-/// Fit for a column.
+/// Makes the name fit for a column.
 std::string styleName(std::string name) {
     std::ranges::replace_if(
         name, [](char c) { return c == ',' || static_cast<unsigned char>(c) < ' '; }, ';');
@@ -111,7 +111,7 @@ AssLook AssWriter::lookOf(const Ref<NSSet>& keys, std::set<std::string>& losses)
 const AssWriter::Style& AssWriter::addStyle(const Ref<NSSet>& keys, const std::string& wanted) {
     std::string name = styleName(wanted);
     for (int number = 2; !names_.insert(name).second; ++number) name = styleName(wanted) + " " + std::to_string(number);
-    // Whether anything is lost depends on the titles that have the style.
+    // Losses depend on the titles that use the style.
     std::set<std::string> unused;
     const AssLook look = lookOf(keys, unused);
     const AssStyle style = styleOfLook(name, look);
@@ -135,7 +135,7 @@ std::string AssWriter::placeOverrides(const AssLook& look, const AssLook& styled
     if (look.alignment != styled.alignment) text += "\\an" + std::to_string(look.alignment);
     const bool isMiddle = look.alignment >= 4 && look.alignment <= 6;
     if (!isMiddle || std::abs(look.marginTop - look.marginBottom) < 1) return text;
-    // The middle row stands in the middle of the screen, whatever the margins are.
+    // The middle row is in the middle of the screen, regardless of margins.
     const double width = screen_.width;
     const double x = look.alignment == 4   ? look.marginLeft
                      : look.alignment == 6 ? width - look.marginRight
@@ -151,7 +151,7 @@ void AssWriter::add(double start, double end, const CuePlacement& placement, QzM
 
     std::string line = "Dialogue: 0," + writtenTime(start) + "," + writtenTime(end) + "," + style.name + ",";
     const auto addMargin = [&](double margin, double styled) {
-        // 0 stands for the style's.
+        // 0 means the style's.
         const bool isStyled = std::lround(margin) == std::lround(styled);
         line += "," + std::to_string(isStyled ? 0 : std::max(1L, std::lround(margin)));
     };
@@ -176,7 +176,7 @@ void AssWriter::add(double start, double end, const CuePlacement& placement, QzM
 
 std::string AssWriter::script() const {
     const auto points = [](float length) { return std::to_string(std::lround(length)); };
-    // Lines are filled from the first on; lengths are pixels of the script; colours are those of RGB pictures.
+    // Lines are filled from the first one on; lengths are script pixels; colours are RGB.
     return "[Script Info]\nScriptType: v4.00+\nPlayResX: " + points(screen_.width) +
            "\nPlayResY: " + points(screen_.height) +
            "\nWrapStyle: 1\nScaledBorderAndShadow: yes\nYCbCr Matrix: None\n\n"
@@ -194,7 +194,7 @@ std::optional<WrittenCaptions> writeAss(const CaptionFile& captions, const Capti
     for (int32_t priority = 1; priority <= stage.looks.houseCount(); ++priority)
         styles.push_back(copy.keyFor(stage.looks.houseKeyAt(priority)));
     AssWriter writer(copy.palette(), stage.looks.screen(), stage.direction, styles);
-    // The fonts of the titles count, not those of styles that none has.
+    // Only the titles' fonts count, not those of unused styles.
     const auto missingFonts = std::make_shared<MissingFonts>();
     copy.palette()->setLog(missingFonts);
     std::set<std::string> unknown;

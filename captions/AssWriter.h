@@ -12,13 +12,13 @@
 
 namespace qz {
 
-/// Writes titles as an Advanced SubStation Alpha script that looks as they do as far as the format goes: a style for
+/// Writes titles as an Advanced SubStation Alpha script that looks the same as far as the format allows: a style for
 /// each annotation over the global one, which is "Default", and overrides for the parts of a title that differ from its
 /// style. Fonts are named by family, so players need them installed.
 class AssWriter {
 public:
-    /// A palette of the caller's own, which is changed, and the screen in points. `direction` as for `PlacementAnnos`.
-    /// Each of the annotations `styles` is a style of the script, used or not.
+    /// Takes the caller's own palette, which it changes, and the screen in points. `direction` as for `PlacementAnnos`.
+    /// Each of the annotations `styles` becomes a style, used or not.
     AssWriter(Ref<QzAnnoPalette> palette, NSSize screen, NSWritingDirection direction,
               const std::vector<Ref<QzAnnoKey>>& styles);
 
@@ -27,13 +27,13 @@ public:
 
     /// The script, in UTF-8 with line feeds.
     std::string script() const;
-    /// What of the titles the script cannot hold, a line for each kind.
+    /// Features of the titles that the script cannot hold, one line for each kind.
     const std::set<std::string>& losses() const { return losses_; }
 
 private:
     struct Style {
         std::string name;
-        /// What the style alone makes of it.
+        /// The look of the style alone.
         AssLook look;
     };
 
@@ -45,7 +45,7 @@ private:
     const Ref<QzAnnoPalette> palette_;
     const NSSize screen_;
     PlacementAnnos placements_;
-    // By the annotations that a style stands for.
+    // Styles by the annotations that they represent.
     std::map<std::set<Ref<QzAnnoKey>>, Style> styles_;
     std::set<std::string> names_;
     std::set<std::string> losses_;
@@ -53,8 +53,8 @@ private:
     std::string eventLines_;
 };
 
-/// Writes captions as such a script. Each annotation of the palette's own is a style of it; losses are a line for each
-/// kind.
+/// Writes captions as such a script, with a style for each of the palette's own annotations. Losses are one line for
+/// each kind.
 std::optional<WrittenCaptions> writeAss(const CaptionFile& captions, const CaptionStage& stage, std::string& reason);
 
 }  // namespace qz

@@ -15,7 +15,7 @@ struct NamedColour {
     uint32_t rgb;
 };
 
-// CSS Color 4, "named colors", by their names.
+// CSS Color 4, "named colors", sorted by name.
 // clang-format off
 constexpr NamedColour kNamed[] = {
     {"aliceblue", 0xF0F8FF}, {"antiquewhite", 0xFAEBD7}, {"aqua", 0x00FFFF}, {"aquamarine", 0x7FFFD4},
@@ -69,7 +69,7 @@ std::optional<CaptionColour> colourOfDigits(std::string_view digits) {
     if (digits.size() == 8) return colourOf(value);
     if (digits.size() == 6) return colourOf(value << 8 | 0xFF);
     if (digits.size() != 3 && digits.size() != 4) return {};
-    // Each digit stands for two of its kind.
+    // Each digit counts twice.
     uint32_t rgba = 0;
     for (int shift = digits.size() == 4 ? 12 : 8; shift >= 0; shift -= 4)
         rgba = rgba << 8 | (value >> shift & 0xF) * 0x11;

@@ -7,7 +7,7 @@
 
 namespace qz {
 
-/// A colour that a caption file names, not premultiplied.
+/// A colour in a caption file, not premultiplied.
 struct CaptionColour {
     uint8_t red = 255;
     uint8_t green = 255;
@@ -16,11 +16,11 @@ struct CaptionColour {
     friend bool operator==(const CaptionColour&, const CaptionColour&) = default;
 };
 
-/// "#ff0000", with two digits more when it is not opaque: "#ff000080".
+/// "#ff0000", with two more digits if not opaque: "#ff000080".
 std::string nameOfColour(const CaptionColour& colour);
 
-/// A colour as CSS writes it, in any letter case: a name, or 3, 4, 6 or 8 digits behind "#". As players have it, 6 or 8
-/// digits may also stand alone.
+/// Parses a CSS colour, ignoring case: a name, or "#" and 3, 4, 6 or 8 digits. As in players, 6 or 8 digits may also be
+/// without "#".
 std::optional<CaptionColour> parsedCssColour(std::string_view text);
 
 }  // namespace qz

@@ -12,17 +12,17 @@ namespace {
 
 constexpr std::string_view kReplacement = "\uFFFD";
 
-/// What of a text is no UTF-8.
+/// The malformed UTF-8 in a text.
 struct Damage {
-    /// Sequences that are no character.
+    /// The number of malformed sequences.
     size_t count = 0;
-    /// The offset of the first one; npos without any.
+    /// The offset of the first one, or npos.
     size_t first = std::string_view::npos;
-    /// Characters of more than one byte that are whole.
+    /// The number of well-formed characters of more than one byte.
     size_t wholeCharacters = 0;
 };
 
-/// Calls `piece` with each stretch of whole characters and each sequence that is none.
+/// Calls `piece` with each stretch of well-formed characters and each malformed sequence.
 template <class Piece>
 void forEachPiece(std::string_view text, const Piece& piece) {
     const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
@@ -43,7 +43,7 @@ Damage damageOf(std::string_view text) {
     Damage damage;
     forEachPiece(text, [&](std::string_view piece, bool isWhole) {
         if (isWhole) {
-            // Each has one byte that leads the others.
+            // Each has one lead byte.
             damage.wholeCharacters += static_cast<size_t>(
                 std::ranges::count_if(piece, [](char c) { return static_cast<uint8_t>(c) >= 0xC0; }));
         } else if (damage.count++ == 0) {
@@ -57,7 +57,7 @@ uint32_t lineAt(std::string_view text, size_t offset) {
     return static_cast<uint32_t>(std::ranges::count(text.substr(0, offset), '\n') + 1);
 }
 
-/// The text of a file without its mark.
+/// The text of a file without its byte-order mark.
 std::string repaired(std::string_view file, const Damage& damage, CaptionProblems& problems) {
     if (damage.count == 0) return std::string(withoutMark(file));
     std::string text;
@@ -76,7 +76,7 @@ constexpr std::string_view kBigEndianMark = "\xFE\xFF";
 
 bool seemsUtf16(std::string_view text) {
     if (text.starts_with(kLittleEndianMark) || text.starts_with(kBigEndianMark)) return true;
-    // Without a mark: the first character is of ASCII, and half of it is zero.
+    // Without a mark, the first character is ASCII, so one of its bytes is zero.
     return text.size() > 1 && (text[0] == '\0') != (text[1] == '\0');
 }
 
@@ -89,7 +89,7 @@ std::nullopt_t refuseUtf16(CaptionProblem* error) {
     return refuse(error, 1, "the file is in UTF-16; save it as UTF-8");
 }
 
-// Its mark begins as that of UTF-16 does.
+// Its mark begins like that of UTF-16.
 bool isUtf32(std::string_view bytes) {
     return bytes.starts_with(std::string_view("\xFF\xFE\0\0", 4)) ||
            bytes.starts_with(std::string_view("\0\0\xFE\xFF", 4));
@@ -134,7 +134,7 @@ std::optional<std::string> unicodeTextOfFile(const NSData& file, CaptionProblems
     }
     if (bytes.size() % 2 != 0)
         return refuse(error, 1,
-                      "the file is in UTF-16 and ends within a character; fetch it again, or save it as UTF-8");
+                      "the file is in UTF-16 and ends inside a character; fetch it again, or save it as UTF-8");
     std::u16string units;
     units.reserve(bytes.size() / 2);
     for (size_t i = 2; i < bytes.size(); i += 2) {
@@ -150,7 +150,7 @@ std::optional<std::string> unicodeTextOfFile(const NSData& file, CaptionProblems
             continue;
         }
         problems.addOnce(CaptionProblem::notShown, static_cast<uint32_t>(line),
-                         "the file has halves of characters of UTF-16 that stand alone; U+FFFD stands for them");
+                         "the file has lone UTF-16 surrogates; they are replaced by U+FFFD");
     }
     return utf8FromUtf16(units);
 }

@@ -16,51 +16,50 @@
 namespace qz {
 
 struct CaptionCue {
-    /// Seconds from the begin of the programme; the end is not before the start.
+    /// Seconds from the beginning of the programme; the end is not before the start.
     double start = 0;
     double end = 0;
-    /// The line above the time line; empty without one.
+    /// The line above the time line, or empty.
     std::string identifier;
-    /// What stands behind the times, as it stands: "line:0 align:start".
+    /// The unparsed text after the times: "line:0 align:start".
     std::string settings;
     CuePlacement placement;
     Ref<QzMutableAnnoString> text;
-    /// The text marked up, as it stands; empty of formats that nothing writes.
+    /// The text with its markup, verbatim; empty for formats that are never written.
     std::string payload;
-    /// What stands above the cue and below the one before and is none itself, as it stands: blocks of lines with an
-    /// empty line between two. Comments, style sheets, regions, cues too broken to be read.
+    /// The verbatim text between the previous cue and this one: blocks of lines separated by empty lines. Comments,
+    /// style sheets, regions, unreadable cues.
     std::string preamble;
-    /// The line of the time line, from 1.
+    /// The number of the time line, from 1.
     uint32_t line = 0;
-    /// How many cues behind the one before are left out, since they hold nothing that titles show. They count when
-    /// cues are numbered.
+    /// The number of cues left out before this one, since they have nothing to show. They count in numbering.
     uint32_t leftOutBefore = 0;
-    /// False for titles of formats without times; start and end then mean nothing.
+    /// False in formats without times; start and end are then meaningless.
     bool hasTimes = true;
 };
 
-/// What a file of titles holds, whatever its format.
+/// The contents of a file of titles in any format.
 struct CaptionFile {
-    /// In the order of the file; empty when they went to a sink.
+    /// In file order; empty if they went to a sink.
     std::vector<CaptionCue> cues;
     std::vector<CaptionProblem> problems;
-    /// Those that the file itself defines, when the whole file is read with a place for them (see CueNames.h).
+    /// The looks defined by the file, if the whole file is read with a place for them (see CueNames.h).
     std::vector<std::shared_ptr<const CaptionLook>> looks;
-    /// The lines before the first empty one, of formats that have such a head.
+    /// The lines before the first empty one, in formats with a header.
     std::string header;
-    /// As a preamble, behind the last cue.
+    /// Like a preamble, after the last cue.
     std::string trailer;
 };
 
-/// Receives the cues of a file one by one, in its order, so that nobody need hold them all.
+/// Receives the cues of a file one by one, in order, so that they need not all be in memory.
 using CueSink = std::function<void(CaptionCue&&)>;
 
-/// Hands the cues of a file of one format to the sink and returns what else it holds. Empty, with the reason in `error`
-/// and no cue handed over, for a file that is not of that format.
+/// Passes the cues of a file in one format to the sink and returns its other contents. Returns no value, with the
+/// reason in `error` and without passing any cue, if the file is not in that format.
 using CaptionReader = std::optional<CaptionFile> (*)(const NSData& file, const CueNames& names, const CueSink& sink,
                                                      CaptionProblem* error);
 
-/// The whole file at once.
+/// Reads the whole file, including its cues.
 std::optional<CaptionFile> wholeCaptionFile(CaptionReader reader, const NSData& file, const CueNames& names,
                                             CaptionProblem* error = nullptr);
 

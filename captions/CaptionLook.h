@@ -11,19 +11,19 @@
 
 namespace qz {
 
-/// A look that a caption file itself defines, and the name of the annotation that has it: italics, a colour, a style of
-/// a script. Plain values, so that it can go to a thread with a palette of its own.
+/// A look defined by a caption file, such as italics, a colour or a script's style, and the name of its annotation.
+/// Plain values, so that it can be passed to a thread with its own palette.
 struct CaptionLook {
-    /// A style of a script.
+    /// A script's style.
     struct Style {
         AssStyle style;
-        /// The one that all others of the script are compared with.
+        /// The style that the script's other styles are compared with.
         AssStyle global;
-        /// Of the script's screen, in its pixels.
+        /// The shorter side of the script's screen, in script pixels.
         double shorterSide = 0;
-        /// All of the style, instead of what it has different from the global one.
+        /// Whether to use all of the style, not only its differences from the global one.
         bool isWhole = false;
-        /// Whether it also undoes what the line's own style does to the letters, as `{\r}` does.
+        /// Whether it also undoes the effect of the line's style on the letters, as `{\r}` does.
         bool isReset = false;
     };
 
@@ -32,24 +32,23 @@ struct CaptionLook {
     std::optional<bool> isItalic = {};
     std::optional<bool> isUnderlined = {};
     std::optional<bool> isStruck = {};
-    /// Of the letters.
+    /// The colour of the letters.
     std::optional<CaptionColour> colour = {};
-    /// Of a box behind the whole text.
+    /// The colour of a box behind the whole text.
     std::optional<CaptionColour> box = {};
-    /// A BCP 47 tag; empty without one.
+    /// A BCP 47 tag, or empty.
     std::string language = {};
     std::shared_ptr<const Style> style = {};
 
-    /// The same for looks that are the same, and for no others. Not for people.
+    /// Equal for equal looks, and only for those. Not for display.
     std::string identity() const;
 };
 
-/// The look that every format gives a span: a trait, a colour in the way of CSS, a language. Empty for classes
-/// and voices, and where the name is no colour or no language tag.
+/// The look of a span in every format: a trait, a CSS colour, a language. No value for classes and voices, and for
+/// names that are not a colour or language tag.
 std::optional<CaptionLook> lookOfSpan(const CueSpan& span);
 
-/// The look that WebVTT gives a class without a style sheet: a colour of the letters, "yellow", or of what is behind
-/// them, "bg_yellow".
+/// WebVTT's default look for a class: a colour of the letters, "yellow", or of the background, "bg_yellow".
 std::optional<CaptionLook> lookOfWebVTTClass(std::string_view name);
 
 }  // namespace qz

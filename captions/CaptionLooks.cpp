@@ -11,7 +11,7 @@
 namespace qz {
 namespace {
 
-/// All but where text stands and what is round it, which a style within a line does not change.
+/// Copies everything except placement and box, which a style inside a line does not change.
 void copyLetters(const ObjectMap& from, ObjectMap& to) {
     for (const ObjectMap::Entry& entry : from.entries()) {
         const Attribute* const attribute = attributeNamed(*entry.key);
@@ -31,7 +31,7 @@ CaptionLooks::CaptionLooks(Ref<QzAnnoPalette> palette, NSSize screen, Looks whic
 Ref<QzAnnoKey> CaptionLooks::keyOf(const CaptionLook& look) {
     const auto [entry, isNew] = keys_.try_emplace(look.identity());
     if (!isNew) return entry->second;
-    // What an editor can undo is not touched.
+    // Do not record these changes in an editor's undo manager.
     const NSUndoManager::Pause pause(palette_->undoManager());
     entry->second = makeAnno(look);
     if (entry->second) looks_.emplace(entry->second.get(), std::make_shared<const CaptionLook>(look));
@@ -90,7 +90,7 @@ ObjectMap CaptionLooks::attributesOf(const CaptionLook::Style& style) const {
     if (!style.isReset) return own;
     ObjectMap attributes;
     if (!style.isWhole) {
-        // What the line's style may have changed, and the global annotation does not say.
+        // Attributes that the line's style may have changed and the global annotation does not set.
         for (const Attribute& attribute : attributeVocabulary()) {
             if (attribute.kind == Attribute::Kind::flag) attributes.set(attribute.name, NSNumber::numberWithInt(0));
         }

@@ -13,39 +13,37 @@
 
 namespace qz {
 
-/// Which looks the titles of caption files have.
+/// Which looks to use for the titles of caption files.
 enum class Looks {
-    house,  ///< the palette's alone
-    file,   ///< the file's, also where the palette has an annotation of that name
-    both,   ///< the palette's, and for names that it does not have the file's
+    house,  ///< only the palette's
+    file,   ///< the file's, even for names that the palette has
+    both,   ///< the palette's and, for names that it does not have, the file's
 };
 
-/// A palette and the looks of caption files in it, an annotation for each distinct one; so the palette is changed, and
+/// Adds the looks of caption files to a palette, with an annotation for each distinct look. Changes the palette, which
 /// must be the caller's own.
 ///
-/// The styles of a script lie below all of the palette's annotations but the global one, since the line that has one is
-/// to be changed by the others; those that stand in the place of another within a line lie above them; all other looks
-/// lie on top. Used on one thread.
+/// A script's styles go below all of the palette's annotations except the global one, so that these can change the
+/// line's style; styles that replace another inside a line go above them; all other looks go on top. For one thread.
 class CaptionLooks {
 public:
-    /// Fonts are the palette's, so it has its font library by then. The screen in points, to which lengths in scripts
-    /// are scaled.
+    /// Uses the palette's fonts, so set its font library first. `screen` is in points; lengths in scripts are scaled to
+    /// it.
     CaptionLooks(Ref<QzAnnoPalette> palette, NSSize screen, Looks which = Looks::both);
 
     const Ref<QzAnnoPalette>& palette() const { return palette_; }
     NSSize screen() const { return screen_; }
     Looks which() const { return which_; }
 
-    /// The annotation of a look, made when it is asked for first. Null if the palette is full.
+    /// The annotation of a look, made on first use. Null if the palette is full.
     Ref<QzAnnoKey> keyOf(const CaptionLook& look);
     /// The look of an annotation that this object made; null for the palette's own.
     std::shared_ptr<const CaptionLook> lookOf(const Ref<QzAnnoKey>& key) const;
 
-    /// Of all annotations that this object made.
+    /// The looks of all annotations that this object made.
     std::vector<std::shared_ptr<const CaptionLook>> all() const;
 
-    /// The palette's own annotations: how many there are above the global one, and the key at a priority that one had
-    /// before there were others.
+    /// The palette's own annotations: their number above the global one, and the key at an original priority.
     ///@{
     int32_t houseCount() const { return static_cast<int32_t>(house_.size()); }
     Ref<QzAnnoKey> houseKeyAt(int32_t priority) const { return house_.at(static_cast<size_t>(priority) - 1); }

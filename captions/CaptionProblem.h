@@ -8,25 +8,25 @@
 
 namespace qz {
 
-/// What is wrong with a caption file, or with one place of it.
+/// A problem with a caption file, or with one place in it.
 struct CaptionProblem {
     enum Kind {
-        /// A class, a colour or a font trait that is no annotation of the palette.
+        /// A class, a colour or a font trait without an annotation in the palette.
         unknownClass,
-        /// A voice for which the palette has no annotation.
+        /// A voice without an annotation in the palette.
         unknownName,
-        /// Something that the file asks for and titles do not show.
+        /// A feature of the file that titles do not support.
         notShown,
-        /// Something that is not in the form that the format asks for.
+        /// Something that violates the format.
         malformed,
     };
     Kind kind = malformed;
-    /// From 1; 0 for a matter of the whole file.
+    /// Counts from 1; 0 if it concerns the whole file.
     uint32_t line = 1;
-    /// One line that stands by itself behind the place.
+    /// One line to follow the place.
     std::string message;
 
-    /// Whether titles show less than the file asks for.
+    /// Whether titles show less than the file requests.
     bool isLoss() const { return kind == unknownClass || kind == notShown; }
 };
 
@@ -37,7 +37,7 @@ public:
         problems_.push_back({kind, line, std::move(message)});
     }
 
-    /// Adds it unless there was one about the same matter, which is the message if no other is given.
+    /// Adds a problem unless there was one about the same matter, which by default is the message.
     void addOnce(CaptionProblem::Kind kind, uint32_t line, std::string message, std::string matter = {}) {
         if (told_.insert(matter.empty() ? message : std::move(matter)).second) add(kind, line, std::move(message));
     }

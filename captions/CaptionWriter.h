@@ -12,21 +12,21 @@ namespace qz {
 
 struct WrittenCaptions {
     std::string file;
-    /// What the file will not hold of the cues, one line each.
+    /// Contents of the cues that the file cannot hold, one line each.
     std::vector<std::string> losses;
-    /// Fonts that the palette names and the machine does not have; the file names the system font in their place.
+    /// The palette's fonts that are not installed; the file names the system font instead.
     std::vector<std::string> missingFonts = {};
 };
 
-/// For whom captions are written.
+/// The context for writing captions.
 struct CaptionStage {
-    /// The palette, which is not changed, the screen in points, and the looks of files that are in the palette.
+    /// The palette, which is not changed, with the looks of files, and the screen in points.
     const CaptionLooks& looks;
-    /// Of every text, unless it is natural.
+    /// The direction of every text, unless it is natural.
     NSWritingDirection direction = NSWritingDirection::natural;
 };
 
-/// Writes the cues of a file. Empty, with one line in `reason`, when the format cannot say them.
+/// Writes the cues of a file. Returns no value, with one line in `reason`, if the format cannot hold them.
 using CaptionWriter = std::optional<WrittenCaptions> (*)(const CaptionFile& captions, const CaptionStage& stage,
                                                          std::string& reason);
 

@@ -10,7 +10,7 @@
 namespace qz {
 namespace {
 
-// Numbers of the C1 controls are read as Windows' characters; 0 where that has none.
+// Numbers of C1 controls are read as Windows characters; 0 if there is none.
 constexpr char16_t kWindows[32] = {0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
                                    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0,      0x017D, 0,
                                    0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
@@ -42,7 +42,7 @@ CharacterReference numberAt(std::string_view text) {
 
 CharacterReference characterReferenceAt(std::string_view text) {
     if (text.starts_with("&#")) return numberAt(text);
-    // The longest name counts: "&notin;" is one, though "&not" is one as well.
+    // The longest name counts: "&notin;" is a name, though "&not" is one too.
     constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
     std::string_view name = text.substr(1, kCharacterNameMax);
     const size_t end = std::min(name.find_first_not_of(kLetters), name.size());

@@ -33,7 +33,7 @@ const char* nameOfTag(CueSpan::Kind kind) {
     return "";
 }
 
-/// The annotation that a span stands for, by its name as it is written.
+/// The name of a span's annotation, as written.
 std::string nameOf(const CueSpan& span) {
     const std::string tag = nameOfTag(span.kind);
     switch (span.kind) {
@@ -50,7 +50,7 @@ std::string nameOf(const CueSpan& span) {
     }
 }
 
-/// Spans of which only the innermost holds.
+/// Groups of spans where only the innermost applies.
 enum Group { kColours, kBehind, kLanguages, kGroups };
 
 std::optional<Group> groupOf(const CueSpan& span) {
@@ -78,10 +78,10 @@ Ref<QzMutableAnnoString> CueAnnotator::annotated(const CueText& cue) {
             if (!outer.empty()) text->removeAnno(outer.back().key, span.range);
             outer.push_back({keys.back(), span.range.end()});
             if (*group == kBehind && span.range.length < text->length())
-                problems_.addOnce(CaptionProblem::notShown, span.line,
-                                  "the background " + quotedExcerpt(span.name) +
-                                      " is not shown; a box lies behind a whole caption alone",
-                                  "background");
+                problems_.addOnce(
+                    CaptionProblem::notShown, span.line,
+                    "the background " + quotedExcerpt(span.name) + " is not shown; only a whole caption can have a box",
+                    "background");
         }
         for (const Ref<QzAnnoKey>& key : keys) text->addAnno(key, span.range);
     }
@@ -95,7 +95,7 @@ const std::vector<Ref<QzAnnoKey>>& CueAnnotator::keysOf(const CueSpan& span) {
     const Looks which = names_.looks ? names_.looks->which() : Looks::house;
     Ref<QzAnnoKey> key = which == Looks::file ? fileKeyOf(span) : nullptr;
     if (!key) key = paletteKeyOf(span);
-    // A language is a fact and no look.
+    // A language is not a look.
     if (!key && (which == Looks::both || span.kind == CueSpan::language)) key = fileKeyOf(span);
     if (!key) report(span);
     if (key && !key->isDefault()) keys.push_back(key);
@@ -157,7 +157,7 @@ void CueAnnotator::report(const CueSpan& span) {
         case CueSpan::colour:
             return problems_.add(CaptionProblem::unknownClass, span.line,
                                  "the colour " + name + effect + noAnnotation +
-                                     (parsedCssColour(span.name) ? "" : ", and captions know no such colour"));
+                                     (parsedCssColour(span.name) ? "" : ", and it is not a known colour"));
         case CueSpan::voice:
             return problems_.add(CaptionProblem::unknownName, span.line,
                                  span.name.empty()
@@ -166,9 +166,9 @@ void CueAnnotator::report(const CueSpan& span) {
         case CueSpan::language:
             return problems_.add(CaptionProblem::notShown, span.line,
                                  "the language " + name + effect +
-                                     (lookOfSpan(span) ? noAnnotation : "; it is no tag such as ja or zh-Hant"));
+                                     (lookOfSpan(span) ? noAnnotation : "; it is not a tag such as ja or zh-Hant"));
         default:
-            // What takes a trait away takes it from a style that is not drawn either.
+            // Removing a trait concerns a style that is not drawn either.
             if (span.name.empty())
                 problems_.add(CaptionProblem::unknownClass, span.line,
                               "<" + tag + "> adds nothing; the palette has no annotation \"" + tag + "\"");

@@ -17,27 +17,27 @@ namespace qz {
 ///
 /// A class is the annotation of exactly that name, or, since classes cannot hold blanks, of the name with a blank for
 /// each "_"; bold, italic, underlined and struck text are the annotations "b", "i", "u", "s"; a voice is the annotation
-/// with the speaker's name, else "v"; a colour is the annotation of that name as it is written, or in small letters.
-/// What the palette lacks is the look that the file itself defines, if the names have looks (see Looks). What has
-/// neither is reported once, where it first stands, and adds nothing, or the key of its name as it is written (see
-/// CueNames). The global annotation, which holds anyway, adds nothing.
+/// with the speaker's name, else "v"; a colour is the annotation of that name as it is written, or in small letters. A
+/// name missing from the palette gets the look defined by the file, if `CueNames` has looks (see Looks). A name with
+/// neither is reported at its first occurrence, and adds nothing, or the key of its name as written (see CueNames). The
+/// global annotation, which applies anyway, adds nothing.
 ///
-/// Of colours, backgrounds and languages that lie within one another the innermost holds alone.
+/// Of nested colours, backgrounds and languages only the innermost applies.
 class CueAnnotator {
 public:
     /// The look that a file defines for a class.
     using LookOfClass = std::function<std::optional<CaptionLook>(const CueSpan&)>;
 
-    /// What the first two refer to outlives this object.
+    /// The first two arguments must outlive this object.
     CueAnnotator(const CueNames& names, CaptionProblems& problems, LookOfClass lookOfClass = {})
         : names_(names), problems_(problems), lookOfClass_(std::move(lookOfClass)) {}
 
     Ref<QzMutableAnnoString> annotated(const CueText& cue);
 
-    /// The annotation that a span stands for, the global one included; none when the palette lacks it.
+    /// The annotation of a span, which may be the global one; null if the palette does not have it.
     static Ref<QzAnnoKey> find(const CueSpan& span, const QzAnnoPalette& palette);
 
-    /// What a span lays on its text: mostly one key, with `others` for a voice up to two, of which the last one has the
+    /// The keys that a span adds to its text: usually one; with `others`, up to two for a voice, the last one with the
     /// speaker's name.
     const std::vector<Ref<QzAnnoKey>>& keysOf(const CueSpan& span);
 
@@ -49,7 +49,7 @@ private:
     const CueNames names_;
     CaptionProblems& problems_;
     const LookOfClass lookOfClass_;
-    // Empty for what adds nothing.
+    // Empty if it adds nothing.
     std::map<std::pair<CueSpan::Kind, std::string>, std::vector<Ref<QzAnnoKey>>> known_;
 };
 

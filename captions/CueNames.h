@@ -6,22 +6,22 @@
 
 namespace qz {
 
-/// What becomes of the names in a caption file. Made of a palette, or of one with the looks of files, wherever that is
-/// given for it.
+/// How the names in a caption file are resolved. Converts implicitly from a palette, or from a palette with the looks
+/// of files.
 struct CueNames {
     // NOLINTBEGIN(google-explicit-constructor)
     CueNames(const QzAnnoPalette& ofPalette, LooseKeys* forOthers = nullptr) : palette(ofPalette), others(forOthers) {}
     CueNames(CaptionLooks& ofFiles) : palette(*ofFiles.palette()), others(nullptr), looks(&ofFiles) {}
     // NOLINTEND(google-explicit-constructor)
-    /// For an editor, which lays its own keys of the names and collects the looks that they have in the file.
+    /// For an editor, which keeps its own keys for the names and collects their looks in the file.
     CueNames(const QzAnnoPalette& ofPalette, LooseKeys& forOthers, CaptionLooks& ofFiles)
         : palette(ofPalette), others(&forOthers), looks(&ofFiles) {}
 
     const QzAnnoPalette& palette;
-    /// Gives the keys of the names that the palette lacks, so that an editor keeps them with the text; without it they
-    /// add nothing. A speaker's name is kept that way also where the palette's "v" stands for the voice.
+    /// Supplies keys for names missing from the palette, so that an editor keeps them with the text; if null, they add
+    /// nothing. It also keeps a speaker's name if the palette's "v" is used for the voice.
     LooseKeys* others;
-    /// Receives the looks that the file defines; without it those of the palette are all that there are.
+    /// Receives the looks defined by the file; if null, only the palette's are used.
     CaptionLooks* looks = nullptr;
 };
 

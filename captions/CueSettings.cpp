@@ -26,7 +26,7 @@ constexpr std::pair<std::string_view, Alignment> kAlignments[] = {{"start", Alig
                                                                   {"end", Alignment::end},
                                                                   {"left", Alignment::left},
                                                                   {"right", Alignment::right}};
-// What drafts of the format had in their place is read as it was meant, and told.
+// Values from drafts of the format are read with their old meaning, and reported.
 constexpr std::pair<std::string_view, Alignment> kOldAlignments[] = {{"middle", Alignment::centre}};
 constexpr std::pair<std::string_view, Edge> kLineEdges[] = {
     {"start", Edge::start}, {"center", Edge::centre}, {"end", Edge::end}};
@@ -36,7 +36,7 @@ constexpr std::pair<std::string_view, Edge> kPositionEdges[] = {
 constexpr std::pair<std::string_view, Edge> kOldPositionEdges[] = {
     {"start", Edge::start}, {"middle", Edge::centre}, {"end", Edge::end}};
 
-// Digits with at most one point among them, and a sign before them.
+// A number of digits with at most one point and an optional sign.
 std::optional<double> number(std::string_view text) {
     const std::string_view digits = text.substr(text.starts_with('-') ? 1 : 0);
     if (digits.empty() || digits.front() == '.' || digits.back() == '.' ||
@@ -63,7 +63,7 @@ std::pair<std::string_view, std::string_view> inTwo(std::string_view value) {
 
 enum class Form { good, doubtful, unknown };
 
-/// The edge of a line or a position. One that does not exist is left out: the number before it stands by itself.
+/// The edge of a line or a position. An unknown edge is ignored, keeping the number before it.
 template <size_t count, size_t oldCount>
 Form readEdge(std::string_view name, const std::pair<std::string_view, Edge> (&edges)[count],
               const std::pair<std::string_view, Edge> (&oldEdges)[oldCount], std::optional<Edge>& edge) {
@@ -129,9 +129,9 @@ CuePlacement parseCueSettings(std::string_view settings, uint32_t line, CaptionP
         const Form form = readSetting(name, value, placement);
         if (form == Form::doubtful)
             problems.add(CaptionProblem::malformed, line,
-                         what + " is not in the form that captions have now; it is read as was meant");
+                         what + " is an obsolete form; it is read with its old meaning");
         else if (form == Form::unknown)
-            problems.add(CaptionProblem::malformed, line, what + " is none that captions have, and is ignored");
+            problems.add(CaptionProblem::malformed, line, what + " is not a setting of captions and is ignored");
     }
 }
 

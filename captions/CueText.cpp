@@ -44,7 +44,7 @@ std::string withReferencesResolved(std::string_view text) {
     return resolved;
 }
 
-// The words of a text with one blank between them.
+// The words of a text separated by single blanks.
 std::string withSpaceCollapsed(std::string_view text) {
     std::string words;
     for (const char c : text) {
@@ -96,7 +96,7 @@ public:
         else if (inside.empty() || inside.front() < '0' || inside.front() > '9')
             start(parseStartTag(inside), inside);
         else
-            drop(inside, "the times within cues are ignored; a cue is shown whole from its start", "time");
+            drop(inside, "times inside cues are ignored; a cue is shown whole from its start", "time");
         line_ += static_cast<uint32_t>(std::ranges::count(inside, '\n'));
     }
 
@@ -108,7 +108,7 @@ public:
 
 private:
     using SpanName = std::pair<CueSpan::Kind, std::string>;
-    // How many open tags ask for one and the same span, and which of the result's spans that is.
+    // The number of open tags for the same span, and that span's index in the result.
     struct OpenSpan {
         size_t tags = 0;
         size_t index = 0;
@@ -133,11 +133,11 @@ private:
         const std::string name(start.name);
         if (!tag || (*tag == Tag::rt && !innermostIs(Tag::ruby)))
             return drop(inside,
-                        quotedExcerpt("<" + name + ">") + (tag ? " is no tag outside <ruby>" : " is no tag") +
+                        quotedExcerpt("<" + name + ">") + (tag ? " is not a tag outside <ruby>" : " is not a tag") +
                             " and is dropped",
                         name);
         if (*tag == Tag::ruby || *tag == Tag::rt)
-            drop(inside, "<ruby> is set in the line; the text of <rt> stands behind its base", "ruby");
+            drop(inside, "<ruby> is set in the line; the text of <rt> follows its base", "ruby");
         Node node{*tag, {}};
         for (const std::string_view each : start.classes) open(node, CueSpan::styleClass, std::string(each));
         if (*tag == Tag::b) open(node, CueSpan::bold, {});
@@ -150,14 +150,14 @@ private:
 
     void end(std::string_view name) {
         const std::optional<Tag> tag = tagOf(name);
-        // The end of a ruby closes the ruby text in it too.
+        // Closing a ruby also closes the ruby text in it.
         if (tag == Tag::ruby && innermostIs(Tag::rt)) closeInnermost();
         if (tag && innermostIs(*tag)) return closeInnermost();
         const bool isOpen = tag && std::ranges::find(nodes_, *tag, &Node::tag) != nodes_.end();
-        // Of tags that are none the start has been told.
+        // For unknown tags, the start tag has been reported.
         report(CaptionProblem::malformed,
                quotedExcerpt("</" + std::string(name) + ">") +
-                   (isOpen ? " stands before the end of a tag within it" : " closes nothing") + " and is ignored",
+                   (isOpen ? " comes before the end of a tag inside it" : " closes nothing") + " and is ignored",
                tag ? "/" + std::string(name) : std::string(name));
     }
 
@@ -198,7 +198,7 @@ CueText parseCueText(std::string_view payload, uint32_t firstLine, CaptionProble
         builder.addText(payload.substr(0, tag));
         payload.remove_prefix(tag);
         if (payload.empty()) break;
-        // A tag that the payload cuts off is a tag all the same.
+        // A tag cut off by the end of the payload still counts.
         const size_t end = std::min(payload.find('>'), payload.size());
         builder.addTag(payload.substr(1, end - 1));
         payload.remove_prefix(std::min(end + 1, payload.size()));

@@ -13,7 +13,7 @@
 namespace qz {
 namespace {
 
-// A line of this alone reads as an empty one, which a payload cannot hold.
+// A line with only this reads as an empty line, which a payload cannot contain.
 constexpr std::string_view kEmptyLine = "<c></c>";
 
 std::string escaped(std::string_view text) {
@@ -30,7 +30,7 @@ std::string escaped(std::string_view text) {
                 result += "&gt;";
                 break;
             case '\r':
-                // As it stands it would be a line end.
+                // Unescaped it would be a line end.
                 result += "&#13;";
                 break;
             default:
@@ -60,7 +60,7 @@ struct Tag {
                 return "c." + name;
         }
     }
-    // A blank keeps a name that ends in "--" from making an arrow.
+    // A blank prevents a name that ends in "--" from making an arrow.
     std::string start() const { return "<" + inside() + (name.ends_with("--") ? " >" : ">"); }
     std::string end() const {
         const std::string words = inside();
@@ -75,13 +75,13 @@ bool isClass(std::string_view name) {
     return !name.empty() && name.find_first_of(kEnds) == std::string_view::npos;
 }
 
-// Classes hold no blanks.
+// Classes cannot contain blanks.
 std::string joined(std::string name) {
     std::ranges::replace(name, ' ', '_');
     return name;
 }
 
-// Runs of blanks in a voice are read as one, and those at its ends not at all.
+// Runs of blanks in a voice are read as one blank, and those at its ends are dropped.
 bool isVoice(std::string_view name) {
     constexpr std::string_view kOthers("\t\f\n\r\0", 5);
     return !name.empty() && !name.starts_with(' ') && !name.ends_with(' ') &&
@@ -130,7 +130,7 @@ private:
 
     bool isOfPalette(const Ref<QzAnnoKey>& key) const { return palette_.contains(key); }
 
-    // A name that a former palette had for a class with "_" in the place of its blanks is written as it was.
+    // A name that a former palette matched to a class with "_" for blanks is written as before.
     std::string formerSpelling(const QzAnnoString& text, const std::string& name) const {
         const std::string spelling = joined(name);
         const auto isFormer = [&](const CueSpan& span) {
@@ -152,7 +152,7 @@ private:
     void moveTo(const QzAnnoString::Run& run) {
         const uint32_t here = run.range.location;
         const auto ended = std::ranges::find_if(open_, [here](const Open& each) { return each.end <= here; });
-        // Tags nest, so those that were opened later end too, and begin anew where they go on.
+        // Tags nest, so close those opened later too, and reopen those that continue.
         closeDownTo(static_cast<size_t>(ended - open_.begin()));
         std::set<Ref<QzAnnoKey>> implied;
         for (const Ref<QzAnnoKey>& key : run.keys->objects<QzAnnoKey>()) {
@@ -177,7 +177,7 @@ private:
         }
     }
 
-    // What is read may be less than what is written.
+    // Finds annotations that will not be read back.
     void findCovered() {
         const auto read = annotator_.annotated(parseCueText(written_.payload, 1));
         if (read->length() != text_->length()) return;
@@ -221,7 +221,7 @@ private:
         if (payload.empty() || payload.back() == '\n') payload += kEmptyLine;
     }
 
-    // Null, once reported, for an annotation that no tag can name.
+    // Returns null, after reporting it, for an annotation that no tag can name.
     const Tag* tagOf(const Ref<QzAnnoKey>& key) {
         const auto [known, isNew] = tags_.try_emplace(key);
         std::optional<Tag>& tag = known->second;
@@ -238,7 +238,7 @@ private:
         return tag ? &*tag : nullptr;
     }
 
-    // What may name the annotation, the best first.
+    // The tags that may name the annotation, the best first.
     std::vector<Tag> formsOf(const std::string& name) const {
         std::vector<Tag> forms;
         if (name == "b") forms.push_back({CueSpan::bold, {}});
@@ -256,7 +256,7 @@ private:
         return forms;
     }
 
-    // Whether the span, laid wherever the key holds, changes nothing but the key.
+    // Whether the span, applied wherever the key holds, adds only the key.
     bool adds(const CueSpan& span, const Ref<QzAnnoKey>& key) {
         const auto& keys = annotator_.keysOf(span);
         if (std::ranges::find(keys, key) == keys.end()) return isSpelling(span, key);
@@ -266,7 +266,7 @@ private:
         });
     }
 
-    // Blanks in a name that the palette lacks may come back as "_", unless that is another name of the text.
+    // Blanks in a name missing from the palette may be read back as "_", unless the text uses that name too.
     bool isSpelling(const CueSpan& span, const Ref<QzAnnoKey>& key) {
         const Ref<QzAnnoKey> spelled = others_.keyNamed(span.name);
         return span.kind == CueSpan::styleClass && !isOfPalette(key) && !text_->bitsFor(spelled) &&
@@ -283,9 +283,9 @@ private:
     CaptionProblems problems_;
     CueAnnotator annotator_;
     const CueText& former_;
-    // With one key for each name that the palette lacks.
+    // Has one key for each name missing from the palette.
     Ref<QzAnnoString> text_;
-    // Null for what no tag can name.
+    // No value if no tag can name it.
     std::map<Ref<QzAnnoKey>, std::optional<Tag>> tags_;
     // Innermost last.
     std::vector<Open> open_;
@@ -302,11 +302,11 @@ std::optional<WrittenCueText> writeCueText(const QzAnnoString& text, const QzAnn
     WrittenCueText written = writer.write();
     if (written.payload.size() > Limits::kTitleUnitsMax) {
         reason = "with its markup the title has " + std::to_string(written.payload.size()) + " characters; " +
-                 std::to_string(Limits::kTitleUnitsMax) + " are the most";
+                 std::to_string(Limits::kTitleUnitsMax) + " is the limit";
         return {};
     }
     if (parseCueText(written.payload, 1).text != text.string()->characters()) {
-        reason = "captions cannot hold the character U+0000 or half of one that takes two units; delete it";
+        reason = "captions cannot hold the character U+0000 or a lone surrogate; delete it";
         return {};
     }
     return written;

@@ -15,7 +15,7 @@
 namespace qz {
 namespace {
 
-// The caption formats have their numbers in the C interface by their places: new ones come behind them.
+// The C interface numbers the caption formats by their position here, so append new ones.
 const Format kFormats[] = {
     {Format::captions,
      "SubRip",
@@ -63,7 +63,7 @@ const Format* formatOfEnding(std::string_view ending) {
     return found == std::end(kFormats) ? nullptr : found;
 }
 
-/// What messages call a part of titles.
+/// The name of a part in messages.
 struct PartName {
     Format::Part part;
     const char* name;

@@ -10,55 +10,55 @@
 
 namespace qz {
 
-/// A form in which files hold titles. All there is to know of it stands in its row of `formats`; nothing else asks for
-/// a format by its name.
+/// A file format for titles. Everything about a format is in its row of `formats`; no other code refers to a format by
+/// name.
 struct Format {
     enum Kind : unsigned {
         captions = 1,  ///< titles with times
-        text = 2,      ///< one title without marks
+        text = 2,      ///< one title without markup
         archive = 4,   ///< annotated strings without times
         any = captions | text | archive
     };
-    /// What of a title a format may be unable to hold.
+    /// Parts of a title that a format may be unable to hold.
     enum Part : unsigned { times = 1, identifiers = 2, places = 4, markup = 8, comments = 16 };
 
     Kind kind;
     std::string_view name;
     /// In lower case, each with its point; files are written with the first.
     std::vector<std::string_view> endings;
-    /// Empty for formats that belong to no editor of titles.
+    /// Empty for formats that do not belong to title editors.
     std::string_view mimeType;
-    /// Whether the bytes begin as such a file does; null for a format that cannot be told by its content.
+    /// Whether the bytes begin like such a file; null if the format cannot be recognised by its content.
     bool (*begins)(std::string_view bytes);
     CaptionReader read;
     /// Null for a format that is only read.
     CaptionWriter write;
-    /// The parts of titles that are lost when they are written.
+    /// The parts of titles that are lost in writing.
     unsigned cannotHold;
-    /// Whether a file that is read and written again is the same but for what was edited in between.
+    /// Whether reading and writing a file preserves everything except edits.
     bool keepsItsFiles;
 
     bool hasTimes() const { return kind == captions; }
     std::string_view ending() const { return endings.front(); }
 };
 
-/// In the order in which they are listed for users.
+/// All formats, in the order in which they are listed for users.
 std::span<const Format> formats();
 
-/// By the ending of a file's name, whatever its case; null for any other.
+/// The format for the ending of a file's name, ignoring case; null if there is none.
 const Format* formatOfPath(std::string_view path);
 /// The same for a file to be written.
 const Format* formatToWrite(std::string_view path);
-/// What the bytes seem to be; null when they are like no format.
+/// The likely format of the bytes, or null.
 const Format* formatOfContent(std::string_view bytes);
 
-/// Of formats of these kinds.
+/// The endings of all formats of these kinds.
 std::vector<std::string> endingsOf(unsigned kinds);
 std::vector<std::string> writtenEndingsOf(unsigned kinds);
-/// ".srt, .vtt or .ass"; `last` stands between the last two.
+/// ".srt, .vtt or .ass"; `last` separates the last two.
 std::string listOf(const std::vector<std::string>& words, std::string_view last = " or ");
 
-/// A line for each part of the titles that the format cannot hold and these captions have.
+/// One line for each part that these captions have and the format cannot hold.
 std::vector<std::string> lossesIn(const Format& format, const CaptionFile& captions);
 
 }  // namespace qz

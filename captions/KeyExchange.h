@@ -6,8 +6,8 @@
 
 namespace qz {
 
-/// The string with another key in the place of each of its keys. Keys for which `keyFor` returns null are left out, and
-/// so are those that hold nowhere.
+/// The string with each key replaced by another. Keys for which `keyFor` returns null are left out, and so are keys
+/// that hold nowhere.
 Ref<QzAnnoString> withKeys(const QzAnnoString& string,
                            const std::function<Ref<QzAnnoKey>(const Ref<QzAnnoKey>&)>& keyFor);
 

@@ -10,12 +10,12 @@
 
 namespace qz {
 
-/// Keys of names that no palette holds, so that a text keeps a name until a palette has it.
+/// Keys for names that are in no palette, so that a text keeps a name until a palette has it.
 ///
-/// They belong to no palette and change no look. The same name gives the same key as long as this object lives.
+/// They are unbound and do not affect looks. The same name gives the same key as long as this object lives.
 class LooseKeys {
 public:
-    /// A palette may have several annotations of one name: the key of the `nth` of them, from 1.
+    /// The key for a name; since a palette may have several annotations of one name, for the `nth` of them, from 1.
     Ref<QzAnnoKey> keyNamed(std::string_view name, int nth = 1) {
         Ref<QzAnnoKey> key = find(name, nth);
         if (!key) {
@@ -25,23 +25,23 @@ public:
         return key;
     }
 
-    /// Null until somebody has asked for the key.
+    /// Null until the key has been requested.
     Ref<QzAnnoKey> find(std::string_view name, int nth = 1) const {
         const auto found = keys_.find({std::string(name), nth});
         if (found == keys_.end()) return {};
-        // An adopted key may be back in its palette, or have got another name, since.
+        // An adopted key may have returned to its palette or been renamed since.
         const Ref<QzAnnoKey>& key = found->second;
         return !key->valid() && key->name()->utf8() == name ? key : nullptr;
     }
 
-    /// Makes a key that texts already use the one of its name, unless there is one.
+    /// Uses a key that texts already have for its name, unless there is one already.
     void adopt(const Ref<QzAnnoKey>& key) {
         const std::string name = key->name()->utf8();
         const bool isOwn = std::ranges::any_of(keys_, [&](const auto& each) { return each.second == key; });
         if (!isOwn && !find(name)) keys_[{name, 1}] = key;
     }
 
-    /// Which of its name a key is; 1 for a key of somebody else's.
+    /// The key's number among those of its name; 1 for a foreign key.
     int nthOf(const QzAnnoKey& key) const {
         for (const auto& [place, each] : keys_) {
             if (each.get() == &key) return place.second;
@@ -49,9 +49,9 @@ public:
         return 1;
     }
 
-    /// Remembers that a key of a palette was found by its name with "_" for the blanks.
+    /// Records that a palette's key was found by its name with "_" for blanks.
     void noteSpelling(const Ref<QzAnnoKey>& key, const std::string& spelling) { spellings_[key] = spelling; }
-    /// The name by which a key was found, as long as it has that name; else its own.
+    /// The spelling by which a key was found, unless it has been renamed; else its name.
     std::string spellingOf(const Ref<QzAnnoKey>& key) const {
         const std::string name = key->name()->utf8();
         const auto found = spellings_.find(key);

@@ -11,7 +11,7 @@
 
 namespace qz {
 
-/// Collects the fonts that a palette asked for and did not get, each once, in order.
+/// Collects a palette's missing fonts, each once, in order.
 class MissingFonts final : public QzLog {
 public:
     void logError(const NSDictionary& entry) override {

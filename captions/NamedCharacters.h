@@ -5,18 +5,18 @@
 
 namespace qz {
 
-/// A name that HTML has for one character, or for two (WHATWG HTML, "named character references").
+/// HTML's name for one or two characters (WHATWG HTML, "named character references").
 struct NamedCharacter {
     /// With its semicolon: "amp;".
     std::string_view name;
     std::string_view utf8;
 };
 
-/// No name is longer, its semicolon included.
+/// The length of the longest name, including its semicolon.
 inline constexpr size_t kCharacterNameMax = 32;
 
-/// The characters of a name, in UTF-8; empty for a name that HTML does not have. Names from the time before XML exist
-/// without their semicolon too: "amp".
+/// The characters of a name, in UTF-8; empty for an unknown name. Names from before XML also exist without their
+/// semicolon: "amp".
 std::string_view characterNamed(std::string_view name);
 
 }  // namespace qz

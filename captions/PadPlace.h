@@ -7,10 +7,10 @@
 
 namespace qz {
 
-/// The place on the number pad, 1 at the lower left to 9, that "an8", or the older "a6", names.
+/// The number-pad place, from 1 at the lower left to 9, of "an8" or the older "a6".
 std::optional<int> padPlace(std::string_view override);
 
-/// The place that a number of the older kind names: 1 to 3 at the foot, 4 more at the top, 8 more in the middle.
+/// The place for a number of the older kind: 1 to 3 at the bottom, plus 4 at the top, plus 8 in the middle.
 std::optional<int> padPlaceOfOld(int number);
 
 /// The alignment and the row of a place from 1 to 9.

@@ -15,7 +15,7 @@ namespace {
 using Alignment = CuePlacement::Alignment;
 using Edge = CuePlacement::Edge;
 
-// Points by which lines that just fit may seem to reach over the edge, their heights being 32-bit floats.
+// Points by which lines that just fit may seem to cross the edge, since their heights are 32-bit floats.
 constexpr double kTolerance = 0.01;
 
 Edge edgeOf(NSTextAlignment alignment) {
@@ -131,11 +131,11 @@ void PlacementAnnos::placeLine(const CuePlacement::Line& line, double textHeight
         place.row = VerticalAlignment::top;
         margins.top += line.value * lineHeight;
     } else {
-        // The text's first line comes to the line, or as high as its last one needs it.
+        // The text's first line goes to the line, or higher if its last line needs it.
         place.row = VerticalAlignment::bottom;
         margins.bottom += std::max(0.0, -line.value * lineHeight - textHeight);
     }
-    // A text that would reach over the edge is moved until it fits.
+    // A text that would cross the edge is moved until it fits.
     if (place.row == VerticalAlignment::middle || margins.top + textHeight + margins.bottom <= height + kTolerance)
         return;
     const Margins kept = line.isPercentage ? Margins{} : safe;

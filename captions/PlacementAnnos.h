@@ -12,22 +12,22 @@
 
 namespace qz {
 
-/// Puts cues where they ask to stand, by annotations on top of a palette, one for each distinct place; so the palette
-/// is changed, and must be the caller's own.
+/// Places cues by annotations on top of a palette, one for each distinct placement. Changes the palette, which must be
+/// the caller's own.
 ///
-/// What a cue leaves out stays as the palette says. Where it gives a row or a line, the text is placed between the top
-/// and bottom margins of the palette's global annotation, which keep it on the safe part of the screen; per cents are
-/// of the whole screen. docs/captions.md has the table. Used on one thread.
+/// Anything that a cue leaves out stays as in the palette. Rows and lines are between the top and bottom margins of the
+/// palette's global annotation, which keep text in the safe area; per cents refer to the whole screen. See the table in
+/// docs/captions.md. For one thread.
 class PlacementAnnos {
 public:
     /// The screen in points. `direction`, unless it is natural, is that of every text.
     PlacementAnnos(Ref<QzAnnoPalette> palette, NSSize screen, NSWritingDirection direction);
 
-    /// Lays the placement's annotation over the whole text, whose other annotations are in place already.
+    /// Adds the placement's annotation to the whole text, which must have its other annotations already.
     void place(const CuePlacement& placement, QzMutableAnnoString& text);
 
 private:
-    /// What an annotation says.
+    /// The contents of an annotation.
     struct Place {
         std::optional<Margins> margins;
         std::optional<VerticalAlignment> row;

@@ -17,7 +17,7 @@ std::optional<CaptionFile> readPlainText(const NSData& file, const CueNames&, co
         if (error) {
             *error = {CaptionProblem::malformed, 0,
                       "the title has " + std::to_string(characters->length()) + " characters; " +
-                          std::to_string(Limits::kTitleUnitsMax) + " are the most"};
+                          std::to_string(Limits::kTitleUnitsMax) + " is the limit"};
         }
         return {};
     }

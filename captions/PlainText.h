@@ -7,8 +7,8 @@
 
 namespace qz {
 
-/// Hands over the one title of a text file in UTF-8, without annotations and times. The line end that closes the file
-/// is dropped, the others become line feeds. Empty, with the reason in `error`, for a file in another encoding.
+/// Passes on a UTF-8 text file as one title without annotations and times. The final line end is dropped, the others
+/// become line feeds. Returns no value, with the reason in `error`, if the file has another encoding.
 std::optional<CaptionFile> readPlainText(const NSData& file, const CueNames& names, const CueSink& sink,
                                          CaptionProblem* error = nullptr);
 

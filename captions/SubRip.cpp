@@ -17,7 +17,7 @@ namespace qz {
 namespace {
 
 constexpr std::string_view kBlanks = " \t\f";
-// More digits than any programme lasts would pass what a double counts exactly.
+// More digits than any programme needs; larger numbers would not be exact in a double.
 constexpr size_t kDigitsMax = 9;
 
 bool isNumber(std::string_view line) {
@@ -25,7 +25,7 @@ bool isNumber(std::string_view line) {
     return !line.empty() && std::ranges::all_of(line, isDigit);
 }
 
-/// Whether a line is one of times, well or badly written: "1:02 -> 1:04".
+/// Whether the line is a time line, even a malformed one: "1:02 -> 1:04".
 bool isTimeLine(std::string_view line) {
     line = trimmed(line, kBlanks);
     const size_t arrow = line.find("->");
@@ -44,7 +44,7 @@ std::string written(double seconds) {
     return text;
 }
 
-/// Reads "00:01:02,500 --> 00:01:04,000", and what people write instead.
+/// Reads "00:01:02,500 --> 00:01:04,000" and common variations.
 class TimeLineReader {
 public:
     explicit TimeLineReader(std::string_view line) : rest_(line) {}
@@ -115,7 +115,7 @@ private:
         if (fraction.empty() || fraction.size() > kDigitsMax) return false;
         isUsual_ &= fraction.size() == 3;
         seconds += numberOf(fraction) / std::pow(10.0, static_cast<double>(fraction.size()));
-        // So that equal times are equal, however they are written.
+        // Makes equal times equal, however they are written.
         seconds = std::round(seconds * 1000) / 1000;
         return true;
     }
@@ -173,7 +173,7 @@ private:
         if (length > Limits::kTitleUnitsMax) {
             return report(begin,
                           "the cue has " + std::to_string(length) + " characters; " +
-                              std::to_string(Limits::kTitleUnitsMax) + " are the most; the cue is skipped",
+                              std::to_string(Limits::kTitleUnitsMax) + " is the limit; the cue is skipped",
                           CaptionProblem::notShown);
         }
         SubRipText read = textReader_.read({payload, length}, numberOf(begin));
@@ -193,23 +193,22 @@ private:
         if (!times.isUsual()) report(line, shown + " is read as " + written(cue.start) + " --> " + written(cue.end));
         if (!times.rest().empty())
             problems_.addOnce(CaptionProblem::notShown, numberOf(line),
-                              quotedExcerpt(times.rest()) + " behind the times is ignored", "behind the times");
+                              quotedExcerpt(times.rest()) + " after the times is ignored", "behind the times");
         if (cue.end < cue.start) {
-            report(line, "the cue ends before it starts; it is kept without a length");
+            report(line, "the cue ends before it starts; it is kept with no duration");
             cue.end = cue.start;
         }
         return true;
     }
 
-    // Goes to the next cue. Where the text ends, without the blank lines behind it.
+    // Advances to the next cue and returns the end of the text, without following blank lines.
     size_t endOfText() {
         size_t end = next_;
         bool isTold = false;
         for (; next_ < lines_.size() && !isCueStart(next_); ++next_) {
             if (isBlank(next_)) continue;
             if (!isTold && next_ > end) {
-                report(next_,
-                       quotedExcerpt(lines_[next_]) + " stands behind a blank line; it is kept with the cue above");
+                report(next_, quotedExcerpt(lines_[next_]) + " follows a blank line; it is kept with the cue above");
                 isTold = true;
             }
             end = next_ + 1;
@@ -219,7 +218,7 @@ private:
 
     void skipStrayLines() {
         report(next_,
-               quotedExcerpt(lines_[next_]) + " belongs to no cue, as no line of times is above it; it is skipped",
+               quotedExcerpt(lines_[next_]) + " belongs to no cue, since no time line is above it; it is skipped",
                CaptionProblem::notShown);
         while (next_ < lines_.size() && !isCueStart(next_)) ++next_;
     }

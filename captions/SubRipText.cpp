@@ -15,7 +15,7 @@ namespace qz {
 namespace {
 
 constexpr std::string_view kSpace = " \t\f\n";
-// The longest of what is taken for a tag; more is text between two signs.
+// The longest possible tag; anything longer is text between two signs.
 constexpr size_t kTagBytesMax = 400;
 
 /// `color="#ff0000" size=20`, attribute by attribute.
@@ -66,7 +66,7 @@ public:
         line_ += static_cast<uint32_t>(std::ranges::count(text, '\n'));
     }
 
-    // "i", "/font", "font color=red"; false, and nothing done, for what is no tag.
+    // Handles "i", "/font", "font color=red"; returns false and does nothing if it is not a tag.
     bool addTag(std::string_view inside, bool isInBraces) {
         const bool isEnd = inside.starts_with('/');
         if (isEnd) inside.remove_prefix(1);
@@ -102,19 +102,19 @@ public:
         forEachAssOverride(inside, [this](const AssOverride& override) {
             if (!addOverride(override))
                 reader_.problems_.addOnce(CaptionProblem::notShown, line_,
-                                          "{\\" + oneLine(override.kind) + "} shows nothing");
+                                          "{\\" + oneLine(override.kind) + "} has no effect");
         });
     }
 
     void reportText(std::string_view tag) {
         reader_.problems_.addOnce(CaptionProblem::malformed, line_,
-                                  quotedExcerpt(tag) + " is no tag and is shown as it stands");
+                                  quotedExcerpt(tag) + " is not a tag and is shown as text");
     }
 
     SubRipText finish() {
         for (const Tag& tag : open_) {
             if (tag.isOverride) continue;
-            report(tag.line, "<" + tag.name + "> is not closed and holds to the end of the cue");
+            report(tag.line, "<" + tag.name + "> is not closed and applies to the end of the cue");
         }
         open_.clear();
         closeUnwanted();
@@ -125,10 +125,10 @@ private:
     struct Tag {
         CueSpan::Kind kind;
         std::string name;
-        // The colour that holds in it; may be empty.
+        // The colour inside it; may be empty.
         std::string colour;
         uint32_t line;
-        // Nothing closes overrides but others.
+        // Overrides are closed only by other overrides.
         bool isOverride = false;
     };
 
@@ -209,7 +209,7 @@ private:
             start(kind, name, {});
     }
 
-    // What the open tags ask of a kind: of the colours only the innermost, so that no two lie over one another.
+    // The open tags' request for a kind; for colours only the innermost, so that they never overlap.
     std::optional<std::string> wanted(CueSpan::Kind kind) const {
         if (kind == CueSpan::colour) {
             std::string colour = wantedColour();
@@ -228,7 +228,7 @@ private:
         });
     }
 
-    // Spans begin with the text that they hold over, so tags over nothing make none.
+    // Spans begin with their text, so tags around nothing make no span.
     void openWanted() {
         closeUnwanted();
         for (const Tag& tag : open_) {
@@ -245,7 +245,7 @@ private:
     SubRipTextReader& reader_;
     SubRipText result_;
     std::vector<Tag> open_;
-    // Of the result's spans, those that go on.
+    // Indices of the result's spans that continue.
     std::vector<size_t> current_;
     uint32_t line_;
 };

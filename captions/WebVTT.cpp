@@ -17,22 +17,22 @@ namespace {
 constexpr std::string_view kArrow = "-->";
 constexpr std::string_view kBlanks = " \t\f";
 
-// A line that begins with the word and ends, or goes on with a blank, behind it.
+// Whether the line is the word, or begins with the word and a blank.
 bool beginsWithWord(std::string_view line, std::string_view word) {
     return line.starts_with(word) &&
            (line.size() == word.size() || kBlanks.find(line[word.size()]) != std::string_view::npos);
 }
 
-// Reads the line of a cue's times, "00:01.000 --> 00:02.500 align:start".
+// Reads a time line, "00:01.000 --> 00:02.500 align:start".
 class TimeLineReader {
 public:
     explicit TimeLineReader(std::string_view line) : rest_(line) {}
 
-    // Fills times and settings; false, with `reason()` set, when the line is broken.
+    // Fills times and settings; returns false, with `reason()` set, if the line is malformed.
     bool read(CaptionCue& cue) {
         if (!readTime(cue.start)) return false;
         skipBlanks();
-        if (!rest_.starts_with(kArrow)) return fail("\"-->\" stands between two times");
+        if (!rest_.starts_with(kArrow)) return fail("\"-->\" is expected between two times");
         rest_.remove_prefix(kArrow.size());
         if (!readTime(cue.end)) return false;
         if (cue.end < cue.start) return fail("the end is before the start");
@@ -57,7 +57,7 @@ private:
         return found;
     }
 
-    // Digits of a certain number behind a sign.
+    // A sign followed by a fixed number of digits.
     bool readField(char sign, size_t count, double& value) {
         if (!rest_.starts_with(sign)) return false;
         rest_.remove_prefix(1);
@@ -77,7 +77,7 @@ private:
         skipBlanks();
         constexpr char form[] = "times are written 00:01:02.500";
         const std::string_view first = digits();
-        // More hours than any programme lasts would pass what a double counts exactly.
+        // More hours than any programme needs would not be exact in a double.
         if (first.empty() || first.size() > 9) return fail(form);
         double hours = 0;
         double minutes = numberOf(first);
@@ -98,8 +98,8 @@ private:
     std::string reason_;
 };
 
-// Follows W3C WebVTT, "WebVTT parser algorithm": a file is blocks between blank lines, and a block is a cue when its
-// first or second line holds an arrow. An arrow further down ends the block and begins the next.
+// Follows W3C WebVTT, "WebVTT parser algorithm": a file is blocks between blank lines, and a block is a cue if its
+// first or second line contains an arrow. An arrow further down ends the block and begins the next one.
 class FileReader {
 public:
     FileReader(std::string_view text, const CueNames& names, CaptionProblems& problems, const CueSink& sink)
@@ -120,7 +120,7 @@ public:
                 readBlock();
         }
     }
-    // Once all is read.
+    // Valid after reading.
     std::string& header() { return header_; }
     std::string& trailer() { return skipped_; }
 
@@ -128,7 +128,7 @@ private:
     bool hasLine() const { return !rest_.empty(); }
     std::string_view peekLine() const { return rest_.substr(0, rest_.find('\n')); }
     static bool hasArrow(std::string_view line) { return line.find(kArrow) != std::string_view::npos; }
-    // Whether the next line goes on with the block.
+    // Whether the next line continues the block.
     bool blockGoesOn() const { return hasLine() && !peekLine().empty() && !hasArrow(peekLine()); }
 
     std::string_view nextLine() {
@@ -145,18 +145,18 @@ private:
         return lines;
     }
 
-    // Whoever writes the file again finds the block above the next cue.
+    // Keeps the block for writing, above the next cue.
     void skipBlockSince(const char* begin) {
         if (!skipped_.empty()) skipped_ += "\n\n";
         skipped_ += linesSince(begin);
     }
 
-    // What is skipped does not show.
+    // Reports something that is skipped.
     void report(uint32_t line, std::string message) {
         problems_.add(CaptionProblem::notShown, line, std::move(message));
     }
 
-    // The line has been passed. Others say what nobody asks for, such as "Kind: captions".
+    // Handles a header line that has been passed. Others are irrelevant, such as "Kind: captions".
     void readHeaderLine(std::string_view line) {
         if (line.starts_with("X-TIMESTAMP-MAP"))
             problems_.addOnce(CaptionProblem::notShown, line_ - 1,
@@ -185,7 +185,7 @@ private:
         if (!readCue(identifier)) skipBlockSince(begin);
     }
 
-    // False when the cue is broken.
+    // Returns false if the cue is malformed.
     bool readCue(std::string_view identifier) {
         CaptionCue cue;
         cue.identifier = identifier;
@@ -194,7 +194,7 @@ private:
         TimeLineReader times(timeLine);
         const bool isWhole = times.read(cue);
         if (!isWhole) {
-            report(cue.line, "the time line " + quotedExcerpt(timeLine) + " is broken: " + times.reason() +
+            report(cue.line, "the time line " + quotedExcerpt(timeLine) + " is malformed: " + times.reason() +
                                  "; the cue is skipped");
         }
         const char* const payload = rest_.data();
@@ -206,7 +206,7 @@ private:
         if (!isWhole) return false;
         if (payloadEnd - payload > Limits::kTitleUnitsMax) {
             report(cue.line, "the cue has " + std::to_string(payloadEnd - payload) + " characters; " +
-                                 std::to_string(Limits::kTitleUnitsMax) + " are the most; the cue is skipped");
+                                 std::to_string(Limits::kTitleUnitsMax) + " is the limit; the cue is skipped");
             return false;
         }
         cue.placement = parseCueSettings(cue.settings, cue.line, problems_);
@@ -217,14 +217,14 @@ private:
         return true;
     }
 
-    // Comments, style sheets, regions, and what an author meant as a cue.
+    // Skips comments, style sheets, regions, and malformed cues.
     void skipBlockWithoutTimes(std::string_view firstLine, uint32_t firstNumber) {
         std::string_view suspect = firstLine;
         uint32_t suspectNumber = firstNumber;
         while (blockGoesOn()) {
             const uint32_t number = line_;
             const std::string_view line = nextLine();
-            // Below an identifier, a time line with half an arrow is what to point at.
+            // Below an identifier, a time line with half an arrow is the likely mistake.
             if (number != firstNumber + 1 || line.find("->") == std::string_view::npos) continue;
             suspect = line;
             suspectNumber = number;
@@ -237,7 +237,7 @@ private:
         }
         report(suspectNumber,
                quotedExcerpt(suspect) +
-                   " belongs to no cue, as no line with \"-->\" between two times is above its text; it is skipped");
+                   " belongs to no cue, since no line with \"-->\" between two times is above its text; it is skipped");
     }
 
     const CueSink& sink_;

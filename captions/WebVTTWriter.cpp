@@ -11,7 +11,7 @@ namespace qz {
 namespace {
 
 constexpr std::string_view kBegin = "WEBVTT";
-// The reader's bound.
+// The reader's limit.
 constexpr double kTimeEnd = 1e9 * 3600;
 
 const char* problemOf(const CaptionCue& cue) {
@@ -30,10 +30,10 @@ void addLosses(const WrittenCueText& text, const std::string& place, std::vector
     }
     for (const std::string& name : text.unnamed)
         losses.push_back(place + "the annotation " + quotedExcerpt(name) +
-                         " is left out, as captions cannot hold its name; rename it");
+                         " is left out, since captions cannot hold its name; rename it");
     for (const std::string& name : text.covered)
         losses.push_back(place + "the annotation " + quotedExcerpt(name) +
-                         " is gone where another colour or language lies on it, as captions have one at a time");
+                         " is lost under another colour or language, since captions have one at a time");
     for (const std::string& name : text.mistaken)
         losses.push_back(place + "the annotation " + quotedExcerpt(name) +
                          " becomes another one of that name; rename one of them");

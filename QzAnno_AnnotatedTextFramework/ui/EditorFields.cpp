@@ -14,11 +14,11 @@ namespace qz {
 namespace {
 
 constexpr float kDefaultFontSize = 24.0f;
-// The annotation's name is edited as well, and is no attribute.
+// The annotation's name is edited too, but is not an attribute.
 constexpr const char* kNameFlag = "en_annoname";
 constexpr const char* kNameField = "annoname";
 
-/// Makes a field's value of any; null for what does not fit.
+/// Converts any value to a field's; null if it does not fit.
 using Converter = Ref<NSObject> (*)(const Ref<NSObject>& value);
 
 template <class T>
@@ -53,7 +53,7 @@ std::vector<Field> fieldsOf(const Attribute& attribute) {
         case Attribute::Kind::number:
             return {{"", kFloat, NSNumber::numberWithFloat(attribute.field.start)}};
         case Attribute::Kind::flag:
-            // Whoever switches the attribute on means it.
+            // A user who switches the attribute on wants the trait.
             return {{"", kBool, NSNumber::numberWithBool(true)}};
         case Attribute::Kind::choice:
             return {{"", kInt, NSNumber::numberWithInt(0)}};
@@ -87,7 +87,7 @@ const Field& fieldNamed(const std::string& name) {
     return fields.at(name);
 }
 
-/// Those of the fixed order, or the others.
+/// The attributes in the fixed order, or the others.
 std::vector<EditedAttribute> editedInOrder(bool isFixed) {
     std::vector<EditedAttribute> some;
     for (const EditedAttribute& edited : editedAttributes()) {

@@ -19,7 +19,7 @@
 namespace qz {
 namespace {
 
-// Margins read as percentages when the host knows no screen.
+// Without a screen from the host, margins are percentages.
 constexpr NSSize kPerCentScreen = {100, 100};
 constexpr float kPanelFontSize = 24.0f;
 constexpr int32_t kPageOfNewAnno = 0;
@@ -44,12 +44,12 @@ void forEachField(const std::function<void(const std::string& key)>& visit) {
     for (const std::string& key : QzAnnoEditor::addedKeys()) visit(key);
 }
 
-/// As the panel lists it.
+/// The name as listed in the panel.
 std::string nameShown(const QzAnnoKey& key) {
     return key.isDefault() ? "Default" : key.name()->utf8();
 }
 
-/// The full name; else what stands for it.
+/// The full name, or else its equivalent.
 Ref<NSObject> fontOf(const QzAnno& anno) {
     const Ref<NSObject> name = anno.attribute(*QzFontAttribute);
     return name ? name : fontNameAskedFor(*anno.allAttributes());
@@ -200,7 +200,7 @@ Ref<QzAnno> QzAnnoEditor::copyToAnno() const {
         std::vector<Ref<NSObject>> fields;
         for (const std::string& name : edited.fields) fields.push_back(fields_.at(name));
         Ref<NSObject> value = isOn(edited.flag) ? valueFromFields(attribute, fields, screensize_) : nullptr;
-        // Margins that were not edited stay as they are, down to the kind of their numbers.
+        // Margins that were not edited are unchanged, down to the kind of their numbers.
         const Ref<NSObject> former = originalAnno_->attribute(*attribute.name);
         if (value && former && attribute.kind == Attribute::Kind::margins &&
             marginsFrom(former).value_or(Margins()) == marginsFrom(value))
@@ -247,7 +247,7 @@ void QzAnnoEditor::showName() {
 void QzAnnoEditor::showPage(int32_t page) {
     if (!outlets_.tabview) return;
     outlets_.tabview->selectTabViewItemAtIndex(page);
-    // A table that has not been drawn yet has not asked for anything.
+    // A table that has not been drawn yet has not requested anything.
     const Ref<NSTableView> asked = tv_.lock();
     if (const Ref<NSTableView>& table = asked ? asked : outlets_.pages) table->selectRow(page, false);
 }
@@ -293,7 +293,7 @@ void QzAnnoEditor::okay(const Ref<NSObject>& sender) {
 }
 
 void QzAnnoEditor::cancel(const Ref<NSObject>& /*sender*/) {
-    // The flag may have been cleared since; the name goes back all the same.
+    // The flag may have been cleared since, but the name is restored anyway.
     if (originalAnno_ && !originalAnno_->annokey()->isDefault())
         fields_["en_annoname"] = NSNumber::numberWithBool(true);
     applyAnno(originalAnno_);
@@ -302,7 +302,7 @@ void QzAnnoEditor::cancel(const Ref<NSObject>& /*sender*/) {
 
 void QzAnnoEditor::close() {
     if (fontpanel_) fontpanel_->orderOut(shared_from_this());
-    // What it chooses goes into a field of this panel.
+    // Its colours go to a field of this panel.
     if (editing_) NSColorPanel::sharedColorPanel().orderOut();
     if (outlets_.annowindow) outlets_.annowindow->orderOut(shared_from_this());
     change("isEditing", editing_, false);

@@ -91,19 +91,19 @@ bool parse(const QStringList& arguments, Options& options, std::string& error, Q
                                listOf(endingsOf(Format::text)) + "), or archived titles (" +
                                listOf(endingsOf(Format::archive)) + ")"),
         "[TITLES]");
-    parser.addOptions({{{"p", "palette"}, "The palette (.plist, .annopalette); an empty one without.", "PALETTE"},
-                       {{"f", "frame"}, "A .png picture to lie beneath the text; a checkerboard without.", "FRAME"},
-                       {{"s", "screen"}, "The screen in points; 1920x1080 without.", "WxH"},
-                       {{"t", "title"}, "The title to begin with, from 1.", "NUMBER"},
-                       {"edit", "Opens the editor on the annotation of that name.", "NAME"},
-                       {"page", "Turns the editor to that page, as in \"Place and box\".", "PAGE"},
-                       {"safe-areas", "Shows the safe areas over the title."},
-                       {"appearance", "The colours of the windows; desktop takes those of the desktop.",
-                        "light|dark|desktop", "desktop"},
-                       {"screenshot", "Writes a .png picture of the windows and ends.", "FILE"},
-                       {{"v", "verbose"}, "Shows the library's log."},
-                       {{"h", "help"}, "Shows this text."},
-                       {"version", "Shows the version."}});
+    parser.addOptions(
+        {{{"p", "palette"}, "The palette (.plist, .annopalette); empty by default.", "PALETTE"},
+         {{"f", "frame"}, "A .png picture to show beneath the text; a checkerboard by default.", "FRAME"},
+         {{"s", "screen"}, "The screen in points; 1920x1080 by default.", "WxH"},
+         {{"t", "title"}, "The number of the title to show first, from 1.", "NUMBER"},
+         {"edit", "Opens the annotation of that name in the editor.", "NAME"},
+         {"page", "Shows that page of the editor, such as \"Place and box\".", "PAGE"},
+         {"safe-areas", "Shows the safe areas over the title."},
+         {"appearance", "The colours of the windows; desktop uses the desktop's.", "light|dark|desktop", "desktop"},
+         {"screenshot", "Writes a .png picture of the windows and exits.", "FILE"},
+         {{"v", "verbose"}, "Shows the library's log."},
+         {{"h", "help"}, "Shows this text."},
+         {"version", "Shows the version."}});
     if (!parser.parse(arguments)) {
         error = parser.errorText().toStdString();
         return false;

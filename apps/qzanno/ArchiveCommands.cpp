@@ -25,7 +25,7 @@ std::string text(Range range) {
     return std::to_string(range.location) + "-" + std::to_string(range.end());
 }
 
-/// The text on lines of its own, so that it cannot be taken for anything else.
+/// Prints the text on separate lines, so that it cannot be mistaken for anything else.
 void printText(const std::string& utf8) {
     for (size_t start = 0; start <= utf8.size();) {
         const size_t end = std::min(utf8.find('\n', start), utf8.size());
@@ -60,7 +60,7 @@ int packArchive(const std::string& input, const std::string& paletteFile, const 
                 Diagnostics& diagnostics) {
     const Ref<QzAnnoPalette> palette = loadPalette(paletteFile, {}, diagnostics);
     if (!palette) return 1;
-    // An archive holds names, and no looks.
+    // An archive holds names, not looks.
     CaptionLooks looks(palette, {}, Looks::house);
     bool hasLosses = false;
     CaptionFile captions;

@@ -7,7 +7,7 @@
 
 namespace qz::tool {
 
-// Each returns the exit code: 0, or 1 when something failed.
+// Each returns the exit code: 0, or 1 if something failed.
 
 /// Writes the titles of a caption, text or archive file as an archive: one annotated string, or an array of them.
 int packArchive(const std::string& input, const std::string& palette, const std::string& output,
@@ -18,7 +18,7 @@ int packArchive(const std::string& input, const std::string& palette, const std:
 int showArchive(const std::string& path, const std::string& palette, const std::shared_ptr<FontLibrary>& fonts,
                 Diagnostics& diagnostics);
 
-/// Prints any archive of the platform's as an indented listing, without knowing its classes.
+/// Prints any typed-stream archive as an indented listing, without knowing its classes.
 int dumpArchive(const std::string& path, Diagnostics& diagnostics);
 
 }  // namespace qz::tool

@@ -11,7 +11,7 @@
 namespace qz::tool {
 namespace {
 
-/// What a property list holds for it.
+/// The kind of its value in a property list.
 const char* kindOf(const Attribute& attribute) {
     switch (attribute.kind) {
         case Attribute::Kind::string:

@@ -9,7 +9,7 @@
 namespace qz::tool {
 namespace {
 
-// Points on a screen of 1920 x 1080, the text inside the title-safe area.
+// In points on a screen of 1920 x 1080, with the text inside the title-safe area.
 constexpr float kFontSize = 60;
 constexpr Margins kMargins = {96, 96, 54, 54};
 

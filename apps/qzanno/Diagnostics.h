@@ -5,18 +5,18 @@
 
 namespace qz::tool {
 
-/// What the tool says on standard error: one line a matter, "qzanno: WHERE: what; what to do".
+/// The tool's messages on standard error, one line each: "qzanno: WHERE: what; what to do".
 class Diagnostics {
 public:
     enum class Verbosity { quiet, normal, verbose };
 
     explicit Diagnostics(Verbosity verbosity) : verbosity_(verbosity) {}
 
-    /// Something failed. Shown always; the tool ends with exit code 1.
+    /// Something failed. Always shown; the tool exits with 1.
     void error(std::string_view where, std::string_view what);
-    /// Something is not as the user meant it. Not shown when quiet.
+    /// Something is not as the user intended. Not shown if quiet.
     void warning(std::string_view where, std::string_view what);
-    /// Shown when verbose.
+    /// Shown only if verbose.
     void note(std::string_view where, std::string_view what);
 
     bool hasErrors() const { return hasErrors_; }
@@ -29,10 +29,10 @@ private:
     bool hasErrors_ = false;
 };
 
-/// "FILE:LINE", the place of a matter in a text file.
+/// "FILE:LINE", a place in a text file.
 std::string placeInFile(const std::string& file, uint32_t line);
 
-/// "\"Lower Third\"": a name as messages show it.
+/// "\"Lower Third\"": a name for messages.
 std::string quoted(std::string_view name);
 
 }  // namespace qz::tool

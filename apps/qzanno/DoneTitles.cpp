@@ -12,7 +12,7 @@
 namespace qz::tool {
 namespace {
 
-/// Lines of runs that were killed, while the next one goes on.
+/// The file that keeps the lines of killed runs during the next run.
 std::string keptBeside(const std::string& manifest) {
     return manifest + ".resumed";
 }
@@ -57,7 +57,7 @@ std::optional<DoneTitles> DoneTitles::load(const std::string& manifest, std::str
 void DoneTitles::addLinesOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     for (std::string line; std::getline(file, line);) {
-        // What was being written when the run was killed has no line feed, and is no JSON unless it is whole.
+        // A line that was being written when the run was killed has no line feed, and is valid JSON only if complete.
         const nlohmann::json entry = parsed(line);
         const std::string picture = entry.is_object() ? textOf(entry, "file") : "";
         if (!picture.empty()) lines_[picture] = line + "\n";

@@ -8,27 +8,27 @@
 
 namespace qz::tool {
 
-/// What earlier runs have done, by the lines of their manifest: whole, or the lines of runs that were killed.
+/// The titles done by earlier runs, from their complete manifest or the lines of killed runs.
 class DoneTitles {
 public:
-    /// Reads what there is, and puts the lines of killed runs where the next run does not write. None, with the reason
-    /// in `error`, when that fails.
+    /// Reads the existing lines, and moves those of killed runs out of the next run's way. Returns no value, with the
+    /// reason in `error`, if that fails.
     static std::optional<DoneTitles> load(const std::string& manifest, std::string* error);
 
-    /// The line of just this title, if there is one; with `isStrict` only if all of it was shown as asked for.
+    /// The line of exactly this title, if there is one; with `isStrict` only if everything was shown as requested.
     std::string lineOf(const TitleEntry& title, bool isStrict) const;
 
-    /// Forgets the killed runs, once a whole manifest has taken their place.
+    /// Deletes the lines of killed runs, once a complete manifest has replaced them.
     static void clear(const std::string& manifest);
 
 private:
     void addLinesOf(const std::string& path);
 
-    // By the name of the picture's file.
+    // Lines by the name of the picture's file.
     std::map<std::string, std::string> lines_;
 };
 
-/// Whether the file of a manifest's line is there, with the bytes that the line tells. May be called on any thread.
+/// Whether the file of a manifest's line exists, with the bytes that the line records. May be called on any thread.
 bool isFileWhole(const std::string& line);
 
 }  // namespace qz::tool

@@ -35,16 +35,15 @@ int exportCaptions(const ExportOptions& options, const std::shared_ptr<FontLibra
         return 1;
     }
     for (const std::string& font : written->missingFonts) {
-        diagnostics.warning(
-            paletteName(options.palette),
-            "the font " + tool::quoted(font) + " is not installed; the system font is written in its place");
+        diagnostics.warning(paletteName(options.palette),
+                            "the font " + tool::quoted(font) + " is not installed; the system font is written instead");
     }
     for (const std::string& loss : written->losses) {
         options.strict ? diagnostics.error(options.output, loss) : diagnostics.warning(options.output, loss);
     }
     const bool isLossy = hasLosses || !written->missingFonts.empty() || !written->losses.empty();
     if (options.strict && isLossy) {
-        diagnostics.error(options.output, "--strict forbids that; nothing is written");
+        diagnostics.error(options.output, "nothing is written, because of --strict");
         return 1;
     }
     if (!writeFileAtomically(options.output, NSData::dataWithBytes(written->file)->bytes(), &reason)) {

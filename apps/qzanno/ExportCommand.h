@@ -8,7 +8,7 @@
 
 namespace qz::tool {
 
-/// What `qzanno export` was asked for.
+/// The options of `qzanno export`.
 struct ExportOptions {
     std::string input;
     std::string palette;
@@ -16,7 +16,7 @@ struct ExportOptions {
     PixelSize screen = {1920, 1080};
     NSWritingDirection direction = NSWritingDirection::natural;
     Looks looks = Looks::both;
-    /// Whether what the format cannot hold is an error.
+    /// Whether features that the format cannot hold are an error.
     bool strict = false;
 };
 

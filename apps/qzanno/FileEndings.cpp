@@ -16,8 +16,8 @@ bool contains(const std::vector<std::string>& endings, const std::string& ending
     return std::ranges::find(endings, ending) != endings.end();
 }
 
-/// Whether the ending is a point, a letter and up to four more letters and digits, as files have it; folders are also
-/// called "season.1" and "2024.05.11".
+/// Whether the ending looks like a file's: a point, a letter and up to four more letters and digits. Folders may be
+/// called "season.1" or "2024.05.11".
 bool isOfFile(const std::string& ending) {
     const auto isLetterOrDigit = [](unsigned char character) { return std::isalnum(character) != 0; };
     return ending.size() >= 2 && ending.size() <= 6 && std::isalpha(static_cast<unsigned char>(ending[1])) &&

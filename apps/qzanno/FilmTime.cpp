@@ -15,7 +15,7 @@
 namespace qz::tool {
 namespace {
 
-/// What the program writes, errors included, and its exit code: 127 if there is no such program.
+/// The program's output, including errors, and its exit code: 127 if there is no such program.
 std::string outputOf(std::array<const char*, 12> arguments, int& exitCode) {
     exitCode = 127;
     int ends[2];
@@ -43,7 +43,7 @@ std::string outputOf(std::array<const char*, 12> arguments, int& exitCode) {
 }  // namespace
 
 std::optional<double> lengthOfFilm(const std::string& path, std::string& reason) {
-    // A name that begins with "-" or holds ":" is still a file's.
+    // A file's name may begin with "-" or contain ":".
     const std::string file = "file:" + path;
     int exitCode = 0;
     const std::string output = outputOf({"ffprobe", "-v", "error", "-select_streams", "v:0", "-show_entries",
@@ -51,14 +51,14 @@ std::optional<double> lengthOfFilm(const std::string& path, std::string& reason)
                                          "default=noprint_wrappers=1", "-i", file.c_str(), nullptr},
                                         exitCode);
     if (exitCode == 127) {
-        reason = "needs ffprobe to tell how long it is, which comes with ffmpeg; install it, or give a time";
+        reason = "needs ffprobe, which comes with ffmpeg, to find its length; install it, or give a time";
         return {};
     }
     if (exitCode == 0 && output.find("codec_type=video") == std::string::npos) {
         reason = "has no pictures; give a film or a time";
         return {};
     }
-    // The pictures' own length comes first; some containers tell only that of the whole.
+    // The video stream's own length comes first; some containers have only the total.
     constexpr std::string_view kDuration = "duration=";
     for (size_t at = output.find(kDuration); at != std::string::npos; at = output.find(kDuration, at)) {
         at += kDuration.size();
@@ -66,7 +66,7 @@ std::optional<double> lengthOfFilm(const std::string& path, std::string& reason)
         if (seconds) return seconds;
     }
     reason = exitCode != 0 ? "cannot be read as a film: " + oneLine(output.substr(0, output.find('\n')))
-                           : "does not tell how long it is; give a time";
+                           : "does not record its length; give a time";
     return {};
 }
 

@@ -5,7 +5,7 @@
 
 namespace qz::tool {
 
-/// How many seconds the pictures of a film last, as ffprobe tells it; empty, with the reason, when it cannot.
+/// The length of a film's video in seconds, determined by ffprobe; no value, with the reason, if that fails.
 std::optional<double> lengthOfFilm(const std::string& path, std::string& reason);
 
 }  // namespace qz::tool

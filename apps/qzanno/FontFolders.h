@@ -9,8 +9,8 @@
 
 namespace qz::tool {
 
-/// The machine's fonts and those in the folders, if any. Warns of files that are not fonts. Null, with errors reported,
-/// if a folder cannot be read and, with `isStrict`, if anything is wrong.
+/// The system's fonts and those in the folders, if any. Warns about files that are not fonts. Returns null, with errors
+/// reported, if a folder cannot be read and, with `isStrict`, if there is any problem.
 std::shared_ptr<FontLibrary> fontsWithFolders(const std::vector<std::string>& folders, bool isStrict,
                                               Diagnostics& diagnostics);
 

@@ -27,7 +27,7 @@ int64_t FrameRate::firstFrameAt(double seconds) const {
 }
 
 int64_t FrameRate::microsecondsOf(int64_t frame) const {
-    // In two steps, since a frame's number times a million times the denominator may not fit.
+    // In two steps, since frame number x 1,000,000 x denominator may overflow.
     const int64_t periods = frame / numerator;
     return periods * denominator * 1000000 + frame % numerator * denominator * 1000000 / numerator;
 }

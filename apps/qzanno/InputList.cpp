@@ -10,7 +10,7 @@ namespace qz::tool {
 namespace fs = std::filesystem;
 namespace {
 
-/// Gives each file a folder that no other has.
+/// Gives each file a unique folder.
 class FolderNames {
 public:
     std::string folderFor(const fs::path& relative) {
@@ -30,7 +30,7 @@ public:
     }
 
 private:
-    // A folder that is called like a picture would stand in the place of one.
+    // A folder named like a picture would take a picture's place.
     static fs::path plain(fs::path name) {
         if (name.extension() == ".png") name += "_";
         return name;
@@ -56,7 +56,8 @@ bool addFolder(const std::string& folder, std::vector<TitleInput>& inputs, Folde
         return false;
     }
     if (files.empty()) {
-        diagnostics.error(folder, "holds no " + listOf(endingsOf(Format::any)) + " file; name a folder that does");
+        diagnostics.error(folder,
+                          "holds no " + listOf(endingsOf(Format::any)) + " file; give a folder with such files");
         return false;
     }
     std::ranges::sort(files);

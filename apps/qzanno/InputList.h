@@ -10,19 +10,19 @@ namespace qz::tool {
 
 /// A file of titles to render.
 struct TitleInput {
-    /// As it was given, or as it was found in a folder that was given. Empty for a text of the command line.
+    /// The path as given, or as found in a given folder. Empty for a text on the command line.
     std::string path;
-    /// Among the run's, the folder that holds its pictures, below that of the output: the file's path below the folder
-    /// that was given, without its ending. Empty for the only file that was given.
+    /// The folder for its pictures, relative to the output folder: the file's path relative to the given folder,
+    /// without its ending. Empty for a single given file.
     std::string folder;
 
-    /// What is the same wherever a run's files lie, and different for each of them.
+    /// Identifies the file in the run, wherever the files are.
     std::string identity() const;
 };
 
-/// Files as they are given, and of folders, with those below, every file whose ending tells that it holds titles, in
-/// the order of their names. Of two files that would share a folder, the later gets one with its ending, or with a
-/// number. None, with an error reported, for a folder that cannot be read or holds no such file.
+/// Lists the given files and, from given folders and their subfolders, every file with an ending for titles, in the
+/// order of names. If two files would share a folder, the later one's gets its ending or a number. Returns no value,
+/// with an error reported, if a folder cannot be read or has no such file.
 std::optional<std::vector<TitleInput>> listInputs(const std::vector<std::string>& given, Diagnostics& diagnostics);
 
 }  // namespace qz::tool

@@ -23,7 +23,7 @@ nlohmann::ordered_json secondsOrNull(const std::optional<double>& seconds) {
     return seconds ? nlohmann::ordered_json(*seconds) : nlohmann::ordered_json();
 }
 
-// The digits of the float, not those of the double nearest to it.
+// The digits of the float, not of the nearest double.
 double asWritten(float value) {
     return std::stod(shortestDecimal(value));
 }

@@ -11,27 +11,27 @@
 
 namespace qz::tool {
 
-// A manifest is JSON Lines, one object a title; that of a share begins with one of the run. docs/batch.md describes it.
+// A manifest is JSON Lines, one object per title; a share's begins with an object for the run. See docs/batch.md.
 
-/// Which title it is, and where its picture goes.
+/// Identifies a title and the path of its picture.
 struct TitleEntry {
-    /// The file of titles; empty for a text of the command line.
+    /// The file of titles; empty for a text on the command line.
     std::string source;
     uint32_t index = 0;
     std::optional<double> start;  ///< seconds
     std::optional<double> end;
     std::string text;
-    /// As it was asked for; "-" for standard output.
+    /// As given; "-" for standard output.
     std::string file;
-    /// The file of the run's first title with the same picture; empty for that one.
+    /// The file of the run's first title with the same picture; empty for that title itself.
     std::string sameAs;
-    /// Stands for all that makes the picture.
+    /// Identifies everything that determines the picture.
     std::string key;
 };
 
-/// What is known of a rendered title.
+/// The results for a rendered title.
 struct PictureEntry {
-    uint64_t bytes = 0;  ///< of the file
+    uint64_t bytes = 0;  ///< size of the file
     std::string sha256;  ///< of the file
     int32_t width = 0;   ///< pixels
     int32_t height = 0;  ///< pixels
@@ -43,28 +43,28 @@ struct PictureEntry {
 
 /// "text", "glyphs" or "layer 1" and so on.
 std::string nameOfPart(const RenderReport::Clipping& clipping);
-/// As reports and manifests name it.
+/// The name in reports and manifests.
 const char* nameOfTrait(RenderReport::MissingTrait::Trait trait);
 
-// One line of JSON each, the line feed included.
+// Each returns one line of JSON, including the line feed.
 
 std::string manifestLine(const TitleEntry& title, const PictureEntry& picture);
-/// The line of a title whose picture is that of the title of another line.
+/// The line of a title with the same picture as another line's title.
 std::string manifestLineLike(const std::string& line, const TitleEntry& title);
 
 /// The file of a line's picture.
 std::string fileOfLine(const std::string& line);
 
-/// A file of titles and how many it holds.
+/// A file of titles and their number.
 struct SourceEntry {
     std::string source;
-    /// The index of the last one.
+    /// The index of the last title.
     uint32_t titles = 0;
-    /// The indices that are no titles, in rising order.
+    /// The indices without a title, in ascending order.
     std::vector<uint32_t> leftOut;
 };
 
-/// The first line of a share's manifest: what the whole run is.
+/// The first line of a share's manifest, which describes the whole run.
 std::string manifestHeading(const Shard& shard, const std::vector<SourceEntry>& sources);
 
 /// "titles.2-of-8.jsonl" for a share of "titles.jsonl"; the path itself for the whole run.

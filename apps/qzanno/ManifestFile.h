@@ -7,22 +7,22 @@
 
 namespace qz::tool {
 
-/// A manifest as it is written: line by line into a file beside it, FILE.part, which takes its place at the end. So
-/// whoever finds the manifest finds it whole, and a run that was killed leaves the lines of what it had done.
+/// Writes a manifest line by line into a file beside it, FILE.part, which replaces it at the end. So the manifest is
+/// always complete, and a killed run leaves the lines of the titles that it had done.
 ///
-/// A pipe or a device is written to as it is.
+/// Pipes and devices are written to directly.
 class ManifestFile {
 public:
-    /// None, with the reason in `error`, when it cannot be written. `path` as `targetOf` gives it.
+    /// Returns null, with the reason in `error`, if it cannot be written. `path` must come from `targetOf`.
     static std::unique_ptr<ManifestFile> create(const std::string& path, std::string* error);
 
-    /// The line's file must be in place, for the line is taken for a proof of it from now on.
+    /// The line's file must be in place, since the line counts as proof of it.
     bool append(std::string_view line, std::string* error);
     bool commit(std::string* error);
-    /// Whether the path is that of a file.
+    /// Whether the path is a file's.
     bool replacesFile() const { return !part_.empty(); }
 
-    /// The file that a path means, behind symbolic links where it is to be replaced.
+    /// The path to write to, following symbolic links if the file will be replaced.
     static std::string targetOf(const std::string& path);
     static std::string partOf(const std::string& path) { return path + ".part"; }
 
@@ -35,7 +35,7 @@ private:
         : path_(std::move(path)), part_(std::move(part)), file_(file) {}
 
     const std::string path_;
-    // Empty when the path is written to as it is.
+    // Empty if the path is written to directly.
     const std::string part_;
     std::unique_ptr<std::FILE, Close> file_;
 };

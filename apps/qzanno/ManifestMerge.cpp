@@ -14,9 +14,9 @@ namespace {
 /// The titles of a file, by their index.
 struct SourceLines {
     std::string name;
-    /// As a share's heading says; without one, the highest index that was found.
+    /// From a share's heading, or else the highest index found.
     uint32_t titles = 0;
-    /// Indices that are no titles, as a share's heading says.
+    /// Indices without a title, from a share's heading.
     std::set<uint32_t> leftOut;
     std::map<uint32_t, std::string> lines;
 
@@ -41,7 +41,7 @@ class Merge {
 public:
     explicit Merge(Diagnostics& diagnostics) : diagnostics_(diagnostics) {}
 
-    /// False when the file cannot be read or is of another run.
+    /// Returns false if the file cannot be read or belongs to another run.
     bool add(const std::string& path) {
         std::string reason;
         const Ref<NSData> file = readFile(path, &reason);
@@ -57,7 +57,7 @@ public:
             if (isHeading(entry)) {
                 if (!addHeading(path, entry)) return false;
             } else if (!isTitle(entry) || !addTitle(entry, line, path)) {
-                diagnostics_.error(placeInFile(path, number), "is no line of a manifest, and is left out");
+                diagnostics_.error(placeInFile(path, number), "is not a line of a manifest and is left out");
             }
         }
         return true;
@@ -106,7 +106,7 @@ private:
     bool addHeading(const std::string& path, const nlohmann::json& entry) {
         const auto run = std::pair(entry["of"], entry["sources"]);
         if (!run_.first.is_null() && run_ != run) {
-            diagnostics_.error(path, "is of another run than those before it; merge the shares of one run");
+            diagnostics_.error(path, "belongs to another run than the files before it; merge the shares of one run");
             return false;
         }
         run_ = run;
@@ -131,8 +131,9 @@ private:
         if (index > source.titles) return false;
         const auto [place, isNew] = source.lines.try_emplace(index, line);
         if (!isNew && place->second != line) {
-            diagnostics_.error(path, "says of title " + std::to_string(index) + " of " + tool::quoted(source.name) +
-                                         " what a manifest before it does not; the former is kept");
+            diagnostics_.error(path, "has a line for title " + std::to_string(index) + " of " +
+                                         tool::quoted(source.name) +
+                                         " that differs from an earlier manifest's; the earlier one is kept");
         }
         return true;
     }
@@ -148,7 +149,7 @@ private:
     std::pair<nlohmann::json, nlohmann::json> run_;
     uint32_t shares_ = 0;
     std::set<uint32_t> seenShares_;
-    // In the order of the run.
+    // In run order.
     std::vector<SourceLines> sources_;
 };
 

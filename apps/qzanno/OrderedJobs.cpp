@@ -46,7 +46,7 @@ void OrderedJobs::run(const std::function<Work()>& makeWork) {
 }
 
 void OrderedJobs::deliverDone(std::unique_lock<std::mutex>& lock) {
-    // Whoever delivers looks again before it stops, so nothing that others finish meanwhile is left lying.
+    // The delivering thread checks again before it stops, so no job finished meanwhile is left behind.
     if (isDelivering_) return;
     isDelivering_ = true;
     while (!places_.empty() && places_.front()->isDone) {

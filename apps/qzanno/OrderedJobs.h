@@ -16,17 +16,17 @@ public:
     virtual ~Job() = default;
 };
 
-/// Does jobs on threads and delivers them, done, in the order in which they came, whichever is done first.
+/// Does jobs on threads and delivers the finished jobs in the order in which they were added.
 ///
-/// At most `window` jobs are under way at a time, so what jobs hold does not grow with their number.
+/// At most `window` jobs are in progress at a time, so memory does not grow with their number.
 class OrderedJobs {
 public:
     using Work = std::function<void(Job&)>;
 
-    /// `makeWork` is called on each of the threads, once, to make what does its jobs. `deliver` is called on any of the
-    /// threads, on one at a time.
+    /// Calls `makeWork` once on each thread to make the function that does its jobs. Calls `deliver` on any thread, but
+    /// on one at a time.
     OrderedJobs(size_t threads, size_t window, const std::function<Work()>& makeWork, Work deliver);
-    /// As `finish`.
+    /// Calls `finish`.
     ~OrderedJobs();
 
     /// Waits for room in the window.
@@ -48,7 +48,7 @@ private:
     std::mutex mutex_;
     std::condition_variable hasWork_;
     std::condition_variable hasRoom_;
-    // The jobs under way, the next to be delivered first; those from `begun_` on wait for a thread.
+    // The jobs in progress, starting with the next to deliver; those from `begun_` on wait for a thread.
     std::deque<std::shared_ptr<Place>> places_;
     size_t begun_ = 0;
     bool isDelivering_ = false;

@@ -54,7 +54,7 @@ std::optional<OutputPlan> planOutput(const std::string& output, const std::strin
     }
     if (!namesFile(output)) return planForDirectory(output);
     if (titleCount > 1) {
-        diagnostics.error(output, "one file cannot hold " + std::to_string(titleCount) + " titles; name a directory");
+        diagnostics.error(output, "one file cannot hold " + std::to_string(titleCount) + " titles; give a directory");
         return {};
     }
     return planForFile(output);
@@ -64,7 +64,7 @@ std::optional<OutputPlan> planOutputOfFolder(const std::string& output, const st
                                              Diagnostics& diagnostics) {
     if (output == "-") return planForStandardOutput();
     if (namesFile(output)) {
-        diagnostics.error(output, "one file cannot hold the titles of several; name a directory");
+        diagnostics.error(output, "one file cannot hold the titles of several files; give a directory");
         return {};
     }
     return planForDirectory((fs::path(output) / folder).string());
@@ -74,7 +74,7 @@ bool makeDirectory(const std::string& path, Diagnostics& diagnostics) {
     std::error_code error;
     fs::create_directories(path, error);
     if (!error && fs::is_directory(path, error)) return true;
-    diagnostics.error(path, error ? "cannot be made: " + error.message() : "is no directory");
+    diagnostics.error(path, error ? "cannot be made: " + error.message() : "is not a directory");
     return false;
 }
 

@@ -7,12 +7,12 @@
 
 namespace qz::tool {
 
-/// Where pictures go.
+/// The paths of pictures.
 struct OutputPlan {
     bool toStandardOutput = false;
     /// Raw premultiplied RGBA instead of PNG.
     bool isRaw = false;
-    /// Of many titles; empty for a single file.
+    /// The directory for several titles; empty for a single file.
     std::string directory;
     std::string file;
 
@@ -20,17 +20,17 @@ struct OutputPlan {
     std::string fileFor(uint32_t index) const;
 };
 
-/// Decides by the output as the user gave it: "-", a .png or .rgba file, or a directory; when empty, a name made of the
-/// input's in the current directory. None, with an error reported, when one file should hold several titles.
+/// Plans from the output as given: "-", a .png or .rgba file, or a directory; if empty, a name derived from the input's
+/// in the current directory. Returns no value, with an error reported, if one file would have to hold several titles.
 std::optional<OutputPlan> planOutput(const std::string& output, const std::string& input, size_t titleCount,
                                      Diagnostics& diagnostics);
 
-/// The same for one of several inputs: standard output, or its folder below the output, which is the current directory
-/// when empty.
+/// The same for one of several inputs: standard output, or its folder in the output, which if empty is the current
+/// directory.
 std::optional<OutputPlan> planOutputOfFolder(const std::string& output, const std::string& folder,
                                              Diagnostics& diagnostics);
 
-/// Makes a directory with its parents, if it is not there yet.
+/// Makes a directory with its parents unless it exists.
 bool makeDirectory(const std::string& path, Diagnostics& diagnostics);
 
 }  // namespace qz::tool

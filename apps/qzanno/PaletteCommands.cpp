@@ -33,13 +33,13 @@ Ref<QzAnnoPalette> paletteOfScript(const std::string& path, const std::shared_pt
     const Ref<NSData> file = readFile(path, &error.message);
     CaptionProblems problems;
     const std::optional<AssScript> script = file ? parseAssScript(*file, problems, &error) : std::nullopt;
-    if (script && script->styles.empty()) error.message = "has no styles to make a palette of";
+    if (script && script->styles.empty()) error.message = "has no styles for a palette";
     if (!script || script->styles.empty()) {
         diagnostics.error(path, error.message);
         return {};
     }
     for (const CaptionProblem& problem : problems.take()) {
-        // What lines of dialogue lose is no matter of their styles.
+        // Losses in lines of dialogue do not concern the styles.
         if (!problem.isLoss()) diagnostics.warning(placeInFile(path, problem.line), problem.message);
     }
     std::vector<std::string> losses;

@@ -8,20 +8,20 @@
 
 namespace qz::tool {
 
-/// The palette of a file, a property list or an archive as its first bytes tell, with these fonts (null for the
-/// machine's); null, with an error reported, if the file cannot be read as one. An empty path stands for the built-in
-/// palette. `file`, when given, receives the file's bytes.
+/// Reads a palette file, a property list or an archive as determined by its first bytes, with these fonts (null means
+/// the system's). An empty path means the built-in palette. Returns null, with an error reported, if the file cannot be
+/// read. `file`, if given, receives the file's bytes.
 Ref<QzAnnoPalette> loadPalette(const std::string& path, const std::shared_ptr<FontLibrary>& fonts,
                                Diagnostics& diagnostics, Ref<NSData>* file = nullptr);
 
-/// Warns of each fault of a palette file that can be read, with `fonts` also of fonts missing there; the built-in
-/// palette has no faults. Returns how many there were.
+/// Warns about each fault in a readable palette file, and with `fonts` also about missing fonts; the built-in palette
+/// has no faults. Returns the number of faults.
 size_t reportFaults(const std::string& path, FontLibrary* fonts, Diagnostics& diagnostics);
 
-/// How messages name the palette of a path.
+/// The name of a palette in messages.
 std::string paletteName(const std::string& path);
 
-/// The palette that serves when none is given: white letters with a dark border at the foot of the picture.
+/// The palette used by default: white letters with a dark border at the bottom of the picture.
 Ref<QzAnnoPalette> builtInPalette();
 
 }  // namespace qz::tool

@@ -13,7 +13,7 @@ namespace {
 
 constexpr double kContrastMin = 4.5;
 constexpr double kContrastOfLargeMin = 3;
-// WCAG's large text is 24 reference pixels of 0.0213 degrees; a screen is watched from 3.1 times its height (ITU-R
+// WCAG's large text is 24 reference pixels of 0.0213 degrees; a screen is viewed from 3.1 times its height (ITU-R
 // BT.2022).
 constexpr double kLargeShare = 0.0277;
 constexpr double kLineShareMin = 0.8 / 15 / 2;
@@ -26,7 +26,7 @@ std::string shown(double value, int digits) {
     return text;
 }
 
-/// A colour over another, by its alpha; components as they are stored, which is how pictures are blended.
+/// A colour blended over another by its alpha, with stored components, as pictures are blended.
 struct Paint {
     double red, green, blue;
 
@@ -39,20 +39,20 @@ struct Paint {
     double luminance() const { return relativeLuminance(red, green, blue); }
 };
 
-/// What shows on every side of the letters, from the lowest; without what is only a shadow.
+/// The colours that show on every side of the letters, from the lowest up, excluding shadows.
 std::vector<Ref<NSColor>> surroundings(const TextBox& box, const std::vector<Layer>& layers) {
     std::vector<Ref<NSColor>> colors;
     if (box.form == TextBox::Form::filled && box.isVisible()) colors.push_back(box.color);
     for (const Layer& layer : std::views::reverse(layers)) {
         const double shift = std::max(std::abs(layer.offset.x), std::abs(layer.offset.y));
-        // What is thinner than a point is lost in the picture.
+        // Anything thinner than a point is invisible in the picture.
         if (layer.isVisible() && layer.width / 2 - shift >= 1) colors.push_back(layer.color);
     }
     return colors;
 }
 
-/// Lies between what the surroundings make of a black and of a white picture; where the letters are as light as
-/// something in between, some grey hides them.
+/// The lowest contrast with the surroundings over a black or a white picture; if the letters' luminance is in between,
+/// some grey hides them.
 double worstContrast(const NSColor& text, const std::vector<Ref<NSColor>>& around) {
     double letters[2];
     double ground[2];
@@ -104,18 +104,18 @@ private:
         const bool isLarge = double{style_.font->pointSize()} >= kLargeShare * double{screen_.height};
         const double least = isLarge ? kContrastOfLargeMin : kContrastMin;
         const std::string bound =
-            shown(least, 1) + ":1 is the least for " + (isLarge ? "large text" : "text of this size");
+            shown(least, 1) + ":1 is the minimum for " + (isLarge ? "large text" : "text of this size");
         const std::vector<Ref<NSColor>> around = surroundings(frame_.box, style_.layers);
         if (around.empty()) {
-            return warn("nothing surrounds the letters, so that some pictures hide them (contrast 1:1; " + bound +
+            return warn("nothing surrounds the letters, so some pictures hide them (contrast 1:1; " + bound +
                         "); give them an outline or a filled box");
         }
         const double contrast = worstContrast(*style_.color, around);
         if (contrast >= least) return;
-        // Rounded down, so that what is too little does not look enough.
+        // Rounded down, so that an insufficient value does not look sufficient.
         warn("the letters' contrast with their outline or box may be as low as " +
              shown(std::floor(contrast * 100) / 100, 2) + ":1; " + bound +
-             "; take colours further apart, or more opaque ones");
+             "; use more different or more opaque colours");
     }
 
     void checkSize() {
@@ -123,7 +123,7 @@ private:
         if (lineHeight() >= least) return;
         warn("a line is " + shown(lineHeight(), 0) + " points high, " +
              shown(100 * lineHeight() / double{screen_.height}, 1) + " % of the screen; " +
-             shown(100 * kLineShareMin, 1) + " % is the least that viewers can read; take a font size of at least " +
+             shown(100 * kLineShareMin, 1) + " % is the minimum for viewers to read; use a font size of at least " +
              shown(std::ceil(double{style_.font->pointSize()} * least / lineHeight()), 0));
     }
 
@@ -132,7 +132,7 @@ private:
         std::string list;
         for (size_t i = 0; i < 4; ++i) {
             const double least = kMarginShareMin * double{i < 2 ? screen_.width : screen_.height};
-            // Fractions of the screen are not exact.
+            // Allow for inexact fractions of the screen.
             const double margin = margins_.sides()[i];
             if (margin > least - 0.5) continue;
             list +=
@@ -148,13 +148,13 @@ private:
         if (room >= lines * lineHeight()) return;
         warn("there are " + shown(std::max(0.0, room), 0) + " points between the top and the bottom margin, and " +
              (lines == 1 ? "a line needs " : "two lines need ") + shown(lines * lineHeight(), 0) +
-             "; text is cut; take smaller margins or a smaller font");
+             "; text is cut; use smaller margins or a smaller font");
     }
 
     const QzAnnoPalette& palette_;
     const NSSize screen_;
     std::vector<ReadabilityWarning> warnings_;
-    // Of the annotation that is being read.
+    // The name of the current annotation.
     std::string name_;
     TitleStyle style_;
     FrameStyle frame_;

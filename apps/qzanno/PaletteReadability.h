@@ -8,15 +8,15 @@
 
 namespace qz::tool {
 
-/// Something that makes titles hard to read.
+/// A problem that makes titles hard to read.
 struct ReadabilityWarning {
     std::string annotationName;
-    /// The value, the bound, and what to do, in one line.
+    /// One line with the value, the limit, and what to do.
     std::string message;
 };
 
-/// Looks at each annotation by itself over the global one, as a title looks that has no other, on a screen of that
-/// size in points. An annotation is asked only about what it changes.
+/// Checks each annotation alone over the global one, as in a title without others, on a screen of that size in points.
+/// Only properties that the annotation changes are checked.
 ///
 /// - Contrast of the letters with what surrounds them, over the picture that is worst for it: W3C WCAG 2.1, "contrast
 ///   ratio", success criterion 1.4.3. At least 4.5, for large text 3. What surrounds letters are the filled box and
@@ -27,10 +27,10 @@ struct ReadabilityWarning {
 /// - Room for a line; in the global style for two, what subtitles need.
 std::vector<ReadabilityWarning> readabilityOf(const QzAnnoPalette& palette, NSSize screen);
 
-/// WCAG's contrast ratio, 1 to 21, of two relative luminances.
+/// WCAG's contrast ratio of two relative luminances, from 1 to 21.
 double contrastRatio(double luminance, double otherLuminance);
 
-/// WCAG's relative luminance, 0 to 1, of components in sRGB.
+/// WCAG's relative luminance of sRGB components, from 0 to 1.
 double relativeLuminance(double red, double green, double blue);
 
 }  // namespace qz::tool

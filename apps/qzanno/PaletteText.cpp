@@ -15,7 +15,7 @@
 namespace qz::tool {
 namespace {
 
-/// Joins the parts that say something.
+/// Joins the parts that are not empty.
 class Parts {
 public:
     explicit Parts(const char* separator) : separator_(separator) {}
@@ -40,7 +40,7 @@ std::string colorText(const NSColor& color) {
     return text;
 }
 
-/// The layer whose colour the attribute is.
+/// Describes the layer whose colour the attribute is.
 std::string layerText(const Attribute& attribute, const NSDictionary& attributes) {
     const std::string label = "layer " + std::to_string(attribute.layer);
     const auto color = attributes.objectForKey<NSColor>(*attribute.name);
@@ -62,7 +62,7 @@ std::string boxText(const QzBBoxInfo& box) {
 }
 
 std::string choiceText(const Attribute& attribute, const NSNumber& number) {
-    const auto index = static_cast<size_t>(number.intValue());  // a negative one becomes too large
+    const auto index = static_cast<size_t>(number.intValue());  // a negative number becomes too large
     return index < attribute.choices.size() ? attribute.choices[index] : number.description();
 }
 
@@ -114,7 +114,7 @@ std::string textOf(Attribute::Group group, const NSDictionary& attributes, const
     return parts.text();
 }
 
-/// Of the strings that name a font.
+/// The font named by strings.
 std::string fontNameText(const NSDictionary& attributes, const NSFont::Library& library) {
     const Ref<NSString> name = fontNameAskedFor(attributes);
     if (name) return name->utf8() + (NSFont::fontWithName(*name, 0, library) ? "" : " (missing)");

@@ -20,7 +20,7 @@ Progress::Progress(size_t total, Diagnostics::Verbosity verbosity)
       drawn_(std::chrono::steady_clock::now()) {}
 
 Progress::~Progress() {
-    // Leaves the line empty for what comes next.
+    // Clears the line for the next output.
     if (isShown_) std::cerr << "\r\033[K" << std::flush;
 }
 

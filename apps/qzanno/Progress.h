@@ -7,8 +7,8 @@
 
 namespace qz::tool {
 
-/// A bar on standard error while many titles or frames are rendered; nothing on what is no terminal, when quiet, or
-/// when it would be gone before it could be read.
+/// A progress bar on standard error for many titles or frames; not shown if it is not a terminal, if quiet, or if it
+/// would disappear at once.
 class Progress {
 public:
     Progress(size_t total, Diagnostics::Verbosity verbosity);

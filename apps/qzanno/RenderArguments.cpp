@@ -67,7 +67,7 @@ void addSizeOption(CLI::App& command, const std::string& name, const std::string
                 const auto size = parsedSize(text);
                 if (!size)
                     throw CLI::ValidationError(
-                        name, text + " is no size; write WIDTHxHEIGHT, such as 1920x1080, both above 0");
+                        name, text + " is not a size; write WIDTHxHEIGHT, such as 1920x1080, both above 0");
                 set(*size);
             },
             description)
@@ -79,7 +79,8 @@ template <class Set>
 CLI::Option* addTimeOption(CLI::App& command, const std::string& name, const std::string& description, Set set) {
     const auto read = [name, set](const std::string& text) {
         const auto seconds = secondsOfClock(text);
-        if (!seconds) throw CLI::ValidationError(name, text + " is no time; write one such as 90, 90.5 or 0:01:30.5");
+        if (!seconds)
+            throw CLI::ValidationError(name, text + " is not a time; write one such as 90, 90.5 or 0:01:30.5");
         set(*seconds);
     };
     return command.add_option_function<std::string>(name, read, description)->type_name("TIME");
@@ -89,8 +90,7 @@ uint32_t threadsOfMachine() {
     return std::clamp(std::thread::hardware_concurrency(), 1u, kJobsMax);
 }
 
-/// What is wrong with the arguments as they stand together; completes them with what the environment says. Empty when
-/// nothing is.
+/// Completes the arguments from the environment, and returns what is wrong with their combination, or an empty string.
 std::string completeRender(RenderArguments& arguments) {
     if (arguments.options.inputs.empty() && !arguments.options.text)
         return "give a file or --text; see 'qzanno render --help'";
@@ -106,7 +106,7 @@ std::string completeRender(RenderArguments& arguments) {
 }  // namespace
 
 void addFontFolders(CLI::App& command, std::vector<std::string>& folders) {
-    command.add_option("--font-dir", folders, "Use the fonts in this folder before those of the machine (repeatable)")
+    command.add_option("--font-dir", folders, "Use the fonts in this folder before the system's (repeatable)")
         ->type_name("DIR")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
@@ -114,8 +114,7 @@ void addFontFolders(CLI::App& command, std::vector<std::string>& folders) {
 
 void addPaletteOption(CLI::App& command, std::string& path) {
     command
-        .add_option("-p,--palette", path,
-                    "Palette with the styles (.plist, .annopalette); without it a built-in one serves")
+        .add_option("-p,--palette", path, "Palette with the styles (.plist, .annopalette); a built-in one by default")
         ->type_name("PALETTE");
 }
 
@@ -126,7 +125,7 @@ void addScreenOption(CLI::App& command, const std::string& description, PixelSiz
 void addDirectionOption(CLI::App& command, NSWritingDirection& direction) {
     command
         .add_option("--direction", direction,
-                    "Direction of every paragraph: ltr, rtl, or auto by its first letter [auto]")
+                    "Direction of every paragraph: ltr, rtl, or auto for that of its first letter [auto]")
         ->transform(CLI::CheckedTransformer(kDirections).description(""))
         ->type_name("auto|ltr|rtl");
 }
@@ -134,7 +133,7 @@ void addDirectionOption(CLI::App& command, NSWritingDirection& direction) {
 void addLooksOption(CLI::App& command, Looks& looks) {
     command
         .add_option("--looks", looks,
-                    "Whose styles, colours and italics count: the palette's, the file's, or the file's where the "
+                    "Which styles, colours and italics to use: the palette's, the file's, or the file's where the "
                     "palette has none [both]")
         ->transform(CLI::CheckedTransformer(kLooks).description(""))
         ->type_name("house|file|both");
@@ -145,29 +144,28 @@ void addDrawingOptions(CLI::App& command, DrawingOptions& options) {
     addLooksOption(command, options.looks);
     command
         .add_option("-a,--annotate", options.annotations,
-                    "Lay this annotation over the whole of every title (repeatable)")
+                    "Apply this annotation to the whole of every title (repeatable)")
         ->type_name("NAME")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     addScreenOption(command, "The screen that the titles are laid out for, in points [1920x1080]", options.screen);
-    addSizeOption(command, "-d,--data", "The frame that the screen is scaled onto, in pixels [the screen's]",
+    addSizeOption(command, "-d,--data", "The frame that the screen is scaled to, in pixels [the screen's]",
                   [&options](PixelSize size) { options.data = size; });
     addDirectionOption(command, options.direction);
     addFontFolders(command, options.fontDirectories);
     command
         .add_option("--lang", options.language,
-                    "The language of the titles, such as ja or zh-Hant; it decides which forms shared letters take")
+                    "The language of the titles, such as ja or zh-Hant; it determines the forms of shared letters")
         ->type_name("TAG");
     command.add_flag_callback(
         "--no-antialias", [&options] { options.antialias = false; }, "Draw hard edges");
-    command.add_option("--quality", options.quality, "How carefully outlines are drawn, 0 to 1 [1]")
+    command.add_option("--quality", options.quality, "The quality of outlines, 0 to 1 [1]")
         ->check(CLI::Range(0.0, 1.0).description(""))
         ->type_name("Q");
-    command.add_flag(
-        "--strict", options.strict,
-        "Fail on a font that is missing or lacks characters or faces, on cut text and on what files ask for in vain");
+    command.add_flag("--strict", options.strict,
+                     "Fail on missing fonts, characters or faces, on cut text and on unsupported features of files");
     command.add_flag("--merge-layers", options.mergeLayers,
-                     "Lay each outline and shadow down as one, even where its letters overlap");
+                     "Draw each outline and shadow as a single shape, even where letters overlap");
 }
 
 void describeRender(CLI::App& command, RenderArguments& arguments) {
@@ -182,7 +180,8 @@ void describeRender(CLI::App& command, RenderArguments& arguments) {
             ->type_name("");
     command.add_option("--text", options.text, "Render this text instead of files")->excludes(input);
     addDrawingOptions(command, options.drawing);
-    auto* box = command.add_flag("-b,--box", options.drawing.box, "Only the area round the text, not the whole screen");
+    auto* box =
+        command.add_flag("-b,--box", options.drawing.box, "Draw only the area around the text, not the whole screen");
     auto* output =
         command.add_option("-o,--output", options.output,
                            "A .png or .rgba file for one title, a folder for many, - for raw premultiplied RGBA on "
@@ -193,15 +192,14 @@ void describeRender(CLI::App& command, RenderArguments& arguments) {
         ->type_name("FRAME")
         ->excludes(box);
     auto* manifest =
-        command.add_option("--manifest", options.manifest, "Write what was rendered as JSON Lines (.jsonl)")
+        command.add_option("--manifest", options.manifest, "List what was rendered as JSON Lines (.jsonl)")
             ->type_name("FILE");
     allowEndings(*manifest, {".jsonl"}, WithoutEnding::allowed);
     options.jobs = threadsOfMachine();
-    command.add_option("-j,--jobs", options.jobs, "How many threads render [one for each processor]")
+    command.add_option("-j,--jobs", options.jobs, "The number of threads [one per processor]")
         ->check(CLI::Range(1u, kJobsMax).description(""))
         ->type_name("N");
-    command
-        .add_flag("--resume", options.resume, "Leave alone what the manifest says is rendered and whose file is whole")
+    command.add_flag("--resume", options.resume, "Skip titles that the manifest lists and whose files are complete")
         ->needs(manifest);
     auto* shard = command.add_option_function<std::string>(
         "--shard",
@@ -209,9 +207,9 @@ void describeRender(CLI::App& command, RenderArguments& arguments) {
             arguments.shard = parsedShard(text);
             if (!arguments.shard)
                 throw CLI::ValidationError("--shard",
-                                           text + " is no share; write K/N, such as 2/8, with K from 1 to N");
+                                           text + " is not a share; write K/N, such as 2/8, with K from 1 to N");
         },
-        "Render a share of the titles only, the same one every time; its manifest has K-of-N in its name [that of a "
+        "Render only one share of the titles, the same one every time; its manifest has K-of-N in its name [that of a "
         "Slurm array task]");
     shard->type_name("K/N");
     command
@@ -255,21 +253,22 @@ void describeStream(CLI::App& command, StreamOptions& options) {
             [&options](const std::string& text) {
                 const auto rate = parsedFrameRate(text);
                 if (!rate)
-                    throw CLI::ValidationError("--fps",
-                                               text + " is no frame rate; write one such as 25, 29.97 or 30000/1001");
+                    throw CLI::ValidationError(
+                        "--fps", text + " is not a frame rate; write one such as 25, 29.97 or 30000/1001");
                 options.rate = *rate;
             },
-            "Frames a second, such as 25 or 30000/1001")
+            "Frames per second, such as 25 or 30000/1001")
         ->type_name("F")
         ->required();
     addDrawingOptions(command, options.drawing);
-    command.add_option("--alpha", options.isStraight, "How colours stand to alpha [straight]")
+    command.add_option("--alpha", options.isStraight, "Whether colours are multiplied by alpha [straight]")
         ->transform(CLI::CheckedTransformer(kAlphas).description(""))
         ->type_name("straight|premultiplied");
-    addTimeOption(command, "--start", "Where in the film the frames begin, such as 90.5 or 0:01:30.5 [0]",
+    addTimeOption(command, "--start", "The film time of the first frame, such as 90.5 or 0:01:30.5 [0]",
                   [&options](double seconds) { options.start = seconds; });
-    auto* duration = addTimeOption(command, "--duration", "How long to write [up to the end of the last caption]",
-                                   [&options](double seconds) { options.duration = seconds; });
+    auto* duration =
+        addTimeOption(command, "--duration", "The length of the output [up to the end of the last caption]",
+                      [&options](double seconds) { options.duration = seconds; });
     command
         .add_option_function<std::string>(
             "--end",
@@ -279,21 +278,20 @@ void describeStream(CLI::App& command, StreamOptions& options) {
                 if (options.end) return;
                 if (!std::filesystem::exists(text, ignored))
                     throw CLI::ValidationError(
-                        "--end", text + " is neither a time, such as 90.5 or 0:01:30.5, nor a film that is there");
+                        "--end", text + " is neither a time, such as 90.5 or 0:01:30.5, nor an existing film");
                 options.film = text;
             },
-            "Where in the film the frames end: a time, or the film itself (.mp4, .mov, .mkv, .webm), whose length "
+            "The film time where the frames end: a time, or the film itself (.mp4, .mov, .mkv, .webm), whose length "
             "ffprobe tells")
         ->type_name("TIME")
         ->excludes(duration);
-    command
-        .add_option("--offset", options.offset,
-                    "Show captions so many seconds later than they say, or earlier if below 0")
+    command.add_option("--offset", options.offset, "Show captions this many seconds later, or earlier if negative")
         ->check(CLI::Range(-1e9, 1e9).description(""))
         ->type_name("S");
-    command.add_flag("--changes", options.onlyChanges,
-                     "Write only frames at which a caption comes or goes, each behind a line with its number, its "
-                     "microsecond and its bytes");
+    command.add_flag(
+        "--changes", options.onlyChanges,
+        "Write only frames where a caption appears or disappears, each after a line with its number, its time in "
+        "microseconds and its size in bytes");
 }
 
 }  // namespace qz::tool

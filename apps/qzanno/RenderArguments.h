@@ -8,26 +8,26 @@
 
 namespace qz::tool {
 
-/// Options of the command line that several commands have.
+/// Options shared by several commands.
 void addFontFolders(CLI::App& command, std::vector<std::string>& folders);
 void addPaletteOption(CLI::App& command, std::string& path);
 void addScreenOption(CLI::App& command, const std::string& description, PixelSize& screen);
 void addDirectionOption(CLI::App& command, NSWritingDirection& direction);
 void addLooksOption(CLI::App& command, Looks& looks);
-/// Those that say how titles are laid out and drawn.
+/// Adds the options for layout and drawing.
 void addDrawingOptions(CLI::App& command, DrawingOptions& options);
 
-/// What `qzanno render` may be told besides what to render.
+/// The arguments of `qzanno render`.
 struct RenderArguments {
     RenderOptions options;
     std::optional<Shard> shard;
-    /// Whether the share is not the user's word but the environment's.
+    /// Whether the share comes from the environment, not from the user.
     bool isShardOfEnvironment = false;
-    /// Of how many shares the commands are asked for; 0 when they are not.
+    /// The number of shares to list commands for; 0 if not requested.
     uint32_t listedShares = 0;
 };
 
-/// The arguments are complete once the command line is parsed, the share of the environment's included.
+/// The arguments are complete once the command line is parsed, including a share from the environment.
 void describeRender(CLI::App& command, RenderArguments& arguments);
 
 void describeExport(CLI::App& command, ExportOptions& options);

@@ -21,7 +21,7 @@
 namespace qz::tool {
 namespace {
 
-/// How many titles a thread may be ahead of the slowest one.
+/// The number of titles that a thread may be ahead of the slowest one.
 constexpr size_t kWindowPerThread = 8;
 
 std::string folderOf(const std::string& file) {
@@ -29,8 +29,8 @@ std::string folderOf(const std::string& file) {
     return folder.empty() ? "." : folder;
 }
 
-/// Renders the titles of files in two walks over them: the first counts them, finds those that look the same, and tells
-/// what is wrong with the files; the second hands them to the threads, one by one.
+/// Renders the titles of files in two passes: the first counts them, finds those that look the same, and reports
+/// problems with the files; the second passes them to the threads one by one.
 class RenderRun {
 public:
     RenderRun(const RenderOptions& options, Diagnostics& diagnostics)
@@ -72,20 +72,20 @@ private:
     Diagnostics& diagnostics_;
     TitleLines lines_;
     std::optional<RenderSetup> setup_;
-    // Of the files as they are read; each thread has its own.
+    // The looks of the files read; each thread has its own.
     std::optional<CaptionLooks> looks_;
     Sha256 setupHash_;
     std::vector<Input> inputs_;
     size_t titlesOfShare_ = 0;
     std::map<Key, FirstUse> firstUses_;
-    // Of pictures that several titles have, those that a job of this run draws.
+    // Shared pictures that a job of this run draws.
     std::set<Key> drawn_;
     std::string manifestPath_;
     std::unique_ptr<ManifestFile> manifest_;
     bool isMarked_ = false;
     DoneTitles done_;
 
-    // Used while jobs are delivered, on the threads.
+    // Used on the threads while delivering jobs.
     bool allDone_ = true;
     std::optional<Progress> progress_;
     std::map<std::string, std::string> linesByKey_;
@@ -97,7 +97,7 @@ bool RenderRun::prepare() {
     looks_.emplace(newLooks(*setup_));
     addSetup(setupHash_, *setup_);
     lines_.setFonts(setup_->fonts);
-    // The manifest may lie in a folder of pictures.
+    // The manifest may be in a folder of pictures.
     return listFiles() && walkFirst() && planOutputs() && makeFolders() && openManifest();
 }
 
@@ -147,8 +147,7 @@ bool RenderRun::walkFirst() {
         if (isRead && input.titles == 0)
             diagnostics_.warning(input.file.path, "holds no captions; nothing is rendered");
         if (hasLosses && options_.drawing.strict) {
-            diagnostics_.error(input.file.path,
-                               "asks for what is not shown, and --strict forbids that; nothing is rendered");
+            diagnostics_.error(input.file.path, "uses unsupported features; nothing is rendered, because of --strict");
             mayRender = false;
         }
         allDone_ &= isRead;
@@ -223,7 +222,7 @@ bool RenderRun::renderAll() {
 
 bool RenderRun::addJobs(uint32_t number, OrderedJobs& jobs) {
     const Input& input = inputs_[number];
-    // What is wrong with the file has been told.
+    // Problems with the file have been reported.
     Diagnostics again(Diagnostics::Verbosity::quiet);
     bool hasLosses = false;
     uint32_t count = 0;
@@ -239,9 +238,9 @@ bool RenderRun::addJobs(uint32_t number, OrderedJobs& jobs) {
         },
         hasLosses);
     if (isRead && isSame && count == input.titles) return true;
-    // The threads may be telling something at the same time; one line is written in one piece.
+    // Threads may print at the same time; each line is written at once.
     Diagnostics(diagnostics_.verbosity())
-        .error(input.file.path, "has changed while it was being rendered; render it again");
+        .error(input.file.path, "changed while it was being rendered; render it again");
     return false;
 }
 
@@ -298,11 +297,11 @@ std::string RenderRun::lineOf(TitleJob& job) {
 
 std::string RenderRun::lineOfTwin(const TitleJob& job) {
     const auto other = linesByKey_.find(job.title.key);
-    std::string reason = "is to be the same as one that was not rendered";
+    std::string reason = "has the same picture as one that was not rendered";
     if (other != linesByKey_.end()) {
         std::string line = manifestLineLike(other->second, job.title);
         if (placeSameFile(fileOfLine(other->second), job.title.file, &reason)) {
-            diagnostics_.note(job.title.file, "is the same picture as another");
+            diagnostics_.note(job.title.file, "has the same picture as another title");
             return line;
         }
     }

@@ -16,7 +16,7 @@ struct PixelSize {
     int32_t height = 0;
 };
 
-/// How titles are laid out and drawn.
+/// The options for layout and drawing.
 struct DrawingOptions {
     std::string palette;
     std::vector<std::string> annotations;
@@ -34,7 +34,7 @@ struct DrawingOptions {
     bool strict = false;
 };
 
-/// What `qzanno render` was asked for.
+/// The options of `qzanno render`.
 struct RenderOptions {
     /// Files and folders.
     std::vector<std::string> inputs;
@@ -47,7 +47,7 @@ struct RenderOptions {
     bool resume = false;
 };
 
-/// Renders titles. The exit code: 0, or 1 when something failed.
+/// Renders titles. Returns the exit code: 0, or 1 if something failed.
 int render(const RenderOptions& options, Diagnostics& diagnostics);
 
 }  // namespace qz::tool

@@ -53,16 +53,16 @@ void ReportLines::tellSubstitution(const std::string& where, const RenderReport:
         "the font " + quoted(substitution.fontAskedFor) + " lacks " + excerpt(substitution.characters) + "; ";
     const std::string served = quoted(substitution.fontThatServed);
     if (isStrict_)
-        diagnostics_.error(where, what + served + " would serve, and --strict forbids that; not rendered");
+        diagnostics_.error(where, what + served + " would be used; not rendered, because of --strict");
     else
         diagnostics_.note(where, what + served + " serves");
 }
 
 void ReportLines::tellMissingGlyph(const std::string& where, const RenderReport::MissingGlyph& missing) {
-    const std::string what = "no font at hand has the character " + quoted(missing.character) + " (" +
+    const std::string what = "no available font has the character " + quoted(missing.character) + " (" +
                              codePoint(missing.character) + ") that " + quoted(missing.font) + " lacks";
     if (isStrict_)
-        diagnostics_.error(where, what + ", and --strict forbids that; not rendered");
+        diagnostics_.error(where, what + "; not rendered, because of --strict");
     else if (toldMissing_.insert(what).second)
         diagnostics_.warning(where, what + "; install one that has it, or give its folder with --font-dir");
 }
@@ -72,8 +72,7 @@ void ReportLines::tellMissingTrait(const std::string& where, const RenderReport:
     const bool isSynthesised = missing.trait == Trait::bold || missing.trait == Trait::italic;
     const std::string what = "the font " + quoted(missing.font) + " has no " + nameOfTrait(missing.trait) + " face";
     if (isStrict_)
-        diagnostics_.error(where, what + ", and --strict forbids one that is " +
-                                      (isSynthesised ? "synthesised" : "not") + "; not rendered");
+        diagnostics_.error(where, what + "; not rendered, because of --strict");
     else
         diagnostics_.note(where, what + (isSynthesised ? "; one is synthesised" : "; it is shown as it is"));
 }
@@ -85,14 +84,14 @@ void ReportLines::tellClipping(const std::string& where, const std::u16string& t
     const std::string text = cut.end() <= title.size() ? excerpt(title.substr(cut.location, cut.length)) : "";
     std::string what;
     if (clipping.part == Part::text)
-        what = "the box has no room for " + text + ", from character " +
+        what = "the box is too small for " + text + ", from character " +
                std::to_string(clipping.characters.location + 1) + " on";
     else if (clipping.part == Part::glyphs)
         what = "the picture's edge cuts " + text;
     else
         what = "the picture's edge cuts " + nameOfPart(clipping) + " of " + text;
     if (isStrict_)
-        diagnostics_.error(where, what + ", and --strict forbids that; not rendered");
+        diagnostics_.error(where, what + "; not rendered, because of --strict");
     else if (clipping.part == Part::text || clipping.part == Part::glyphs)
         diagnostics_.warning(where, what);
     else

@@ -8,14 +8,14 @@
 
 namespace qz::tool {
 
-/// Says of titles, one line a matter, what is not shown as it was asked for. `where` names the title.
+/// Reports what is not shown as requested in titles, one line each. `where` names the title.
 class ReportLines {
 public:
-    /// With `isStrict` each matter is an error.
+    /// With `isStrict`, each is an error.
     ReportLines(Diagnostics& diagnostics, bool isStrict) : diagnostics_(diagnostics), isStrict_(isStrict) {}
 
-    /// False when the title must not be rendered. A lack of characters, and text that is not seen, are warnings, the
-    /// former once for a font; substitutes and cut layers are notes. Missing fonts are left to the palette's log.
+    /// Returns false if the title must not be rendered. Missing characters and cut text are warnings, the former once
+    /// per font; substitutes and cut layers are notes. Missing fonts are left to the palette's log.
     bool tell(const std::string& where, const std::u16string& text, const RenderReport& report);
 
 private:

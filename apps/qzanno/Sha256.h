@@ -10,7 +10,7 @@
 
 namespace qz::tool {
 
-/// The SHA-256 of bytes that come in pieces (FIPS 180-4).
+/// The SHA-256 of bytes added in pieces (FIPS 180-4).
 class Sha256 {
 public:
     using Digest = std::array<uint8_t, SHA256_DIGEST_SIZE>;
@@ -19,7 +19,7 @@ public:
 
     void add(std::span<const uint8_t> bytes) { sha256_update(&context_, bytes.size(), bytes.data()); }
     void add(std::string_view bytes);
-    /// A number, or a text with its length before it, so that what stands side by side cannot run together.
+    /// Adds a number, or a text preceded by its length, so that adjacent values cannot run together.
     void addNumber(uint64_t number);
     void addText(std::string_view text);
     /// Ends the message and begins another one.
@@ -29,7 +29,7 @@ private:
     sha256_ctx context_;
 };
 
-/// In lower case, as sha256sum writes them.
+/// In lower case, like sha256sum.
 std::string hexadecimal(std::span<const uint8_t> bytes);
 
 std::string sha256Of(std::span<const uint8_t> bytes);

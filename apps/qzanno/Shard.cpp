@@ -53,7 +53,7 @@ std::optional<Shard> shardOfEnvironment(std::string* error) {
     if (!std::getenv("SLURM_ARRAY_TASK_ID") || !std::getenv("SLURM_ARRAY_TASK_COUNT")) return Shard{};
     const auto id = variable("SLURM_ARRAY_TASK_ID", 0);
     const auto count = variable("SLURM_ARRAY_TASK_COUNT", 0);
-    // Arrays begin at 1 unless they say otherwise.
+    // Arrays begin at 1 by default.
     const auto first = variable("SLURM_ARRAY_TASK_MIN", 1);
     const auto step = variable("SLURM_ARRAY_TASK_STEP", 1);
     if (id && count && first && step && *step > 0 && *count > 0 && *count <= UINT32_MAX) {
@@ -61,7 +61,7 @@ std::optional<Shard> shardOfEnvironment(std::string* error) {
         if (*id >= *first && (*id - *first) % *step == 0 && number <= *count)
             return Shard{static_cast<uint32_t>(number), static_cast<uint32_t>(*count)};
     }
-    *error = "the SLURM_ARRAY_TASK variables name no share of the run; use an array such as 1-8, or give --shard K/N";
+    *error = "the SLURM_ARRAY_TASK variables do not define a share; use an array such as 1-8, or give --shard K/N";
     return {};
 }
 

@@ -44,7 +44,7 @@ int newStarterPalette(const NewPaletteOptions& options, Diagnostics& diagnostics
     const std::string output = options.output.empty() ? options.name + ".plist" : options.output;
     std::error_code ignored;
     if (!options.overwrite && std::filesystem::is_regular_file(output, ignored)) {
-        diagnostics.error(output, "is there already and is left as it is; name another with -o, or give --overwrite");
+        diagnostics.error(output, "exists already; name another file with -o, or give --overwrite");
         return 1;
     }
     std::string reason;

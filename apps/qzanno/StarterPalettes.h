@@ -8,28 +8,28 @@
 
 namespace qz::tool {
 
-/// A palette to begin with, a file of palettes/.
+/// A starter palette, a file in palettes/.
 struct StarterPalette {
     std::string_view name;
     std::string_view propertyList;
 
-    /// One line: the first comment of the list.
+    /// One line: the first comment in the file.
     std::string_view description() const;
 };
 
-/// In the order of their names.
+/// Sorted by name.
 std::span<const StarterPalette> starterPalettes();
 
-/// What `qzanno palette new` was asked for.
+/// The options of `qzanno palette new`.
 struct NewPaletteOptions {
-    /// Empty for a list of those that there are.
+    /// Empty to list the starter palettes.
     std::string name;
     /// Empty for NAME.plist; "-" for standard output.
     std::string output;
     bool overwrite = false;
 };
 
-/// Writes a starter palette, or prints which there are. The exit code.
+/// Writes a starter palette, or lists them. Returns the exit code.
 int newStarterPalette(const NewPaletteOptions& options, Diagnostics& diagnostics);
 
 }  // namespace qz::tool

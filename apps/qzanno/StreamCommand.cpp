@@ -22,20 +22,20 @@ namespace {
 
 constexpr int64_t kForever = std::numeric_limits<int64_t>::max();
 
-/// A caption and the frames that show it: from the first up to, and without, the end.
+/// A caption and its frames, from the first up to but excluding the end.
 struct ShownTitle {
     uint32_t index = 0;
     TitleContent content;
     int64_t firstFrame = 0;
     int64_t endFrame = kForever;
     bool isTold = false;
-    /// Whether it has been shown by itself, so that its place is taken.
+    /// Whether it has been shown alone, so that its place is fixed.
     bool wasAlone = false;
-    /// Where its lines stand once it is shown together with others, in points of the screen.
+    /// The place of its lines once it is shown together with others, in screen points.
     std::optional<NSRect> box;
 };
 
-/// The frame as it is sent: drawn premultiplied, turned straight where that is asked for, and only where it changes.
+/// The frame to send: drawn premultiplied and converted to straight alpha if requested, only where it changes.
 class Canvas {
 public:
     Canvas(PixelSize size, bool isStraight) : drawn_(blankPicture(size)), isStraight_(isStraight) {
@@ -108,14 +108,15 @@ private:
     std::optional<RenderSetup> setup_;
     std::optional<TitleRenderer> renderer_;
     std::optional<Canvas> canvas_;
-    // By their first frames, then as in the file.
+    // Sorted by first frame, then by file order.
     std::vector<ShownTitle> titles_;
     int64_t frames_ = 0;
 };
 
 bool StreamRun::prepare() {
     if (isatty(STDOUT_FILENO)) {
-        diagnostics_.error("standard output", "frames are no text for a terminal; pipe them to ffmpeg or into a file");
+        diagnostics_.error("standard output",
+                           "frames cannot be written to a terminal; pipe them to ffmpeg or into a file");
         return false;
     }
     setup_ = prepareSetup(options_.drawing, diagnostics_);
@@ -139,11 +140,11 @@ bool StreamRun::readTitlesOfInput() {
         if (shown.firstFrame < shown.endFrame)
             titles_.push_back(std::move(shown));
         else if (!title.end || *title.end + options_.offset > 0)
-            diagnostics_.warning("title " + std::to_string(title.index), "lies between two frames and is not shown");
+            diagnostics_.warning("title " + std::to_string(title.index), "falls between two frames and is not shown");
     };
     if (!readTitles(options_.input, looks, diagnostics_, sink, hasLosses)) return false;
     if (!hasLosses || !options_.drawing.strict) return true;
-    diagnostics_.error(options_.input, "asks for what is not shown, and --strict forbids that; nothing is written");
+    diagnostics_.error(options_.input, "uses unsupported features; nothing is written, because of --strict");
     return false;
 }
 
@@ -158,7 +159,7 @@ bool StreamRun::planFrames() {
             return false;
         }
     }
-    // Frames are counted from the first that is written.
+    // Frames are numbered from the first one written.
     const int64_t first = options_.rate.firstFrameAt(options_.start);
     std::erase_if(titles_, [first](const ShownTitle& title) { return title.endFrame <= first; });
     for (ShownTitle& title : titles_) {
@@ -168,8 +169,7 @@ bool StreamRun::planFrames() {
     }
     if (end) frames_ = std::max<int64_t>(0, options_.rate.firstFrameAt(*end) - first);
     if (frames_ == kForever) {
-        diagnostics_.error(options_.input,
-                           "has titles without times; say with --duration or --end how long they are shown");
+        diagnostics_.error(options_.input, "has titles without times; give --duration or --end");
         return false;
     }
     std::ranges::stable_sort(titles_, {}, &ShownTitle::firstFrame);
@@ -177,7 +177,7 @@ bool StreamRun::planFrames() {
     return true;
 }
 
-// A caption keeps its place as long as it is shown; those that come later make room.
+// A caption keeps its place while it is shown; later ones make room.
 void StreamRun::keepApart(const std::vector<size_t>& shown) {
     if (shown.size() < 2) {
         for (const size_t index : shown) titles_[index].wasAlone = true;
@@ -193,7 +193,7 @@ void StreamRun::keepApart(const std::vector<size_t>& shown) {
             const std::optional<float> top = title.wasAlone ? title.box->origin.y : freeTop(*title.box, boxes, screen);
             if (!top) {
                 diagnostics_.warning("title " + std::to_string(title.index),
-                                     "finds no room beside those that are shown with it and is drawn over them");
+                                     "has no room beside the captions shown with it and is drawn over them");
             } else if (*top != title.box->origin.y) {
                 title.box->origin.y = *top;
                 CuePlacement& placement = title.content.placement;
@@ -206,7 +206,7 @@ void StreamRun::keepApart(const std::vector<size_t>& shown) {
     }
 }
 
-// A stream that breaks off in the middle would be taken for a shorter film.
+// A stream that breaks off would be mistaken for a shorter film.
 bool StreamRun::checkStrictly() {
     bool isFine = true;
     for (size_t i = 0; options_.drawing.strict && i < titles_.size(); ++i) {
@@ -229,7 +229,7 @@ bool StreamRun::tell(ShownTitle& title, const RenderedTitle& drawn, bool isDone)
 }
 
 bool StreamRun::write() {
-    // Whoever reads may stop before the end; that is told as any other fault of writing.
+    // If the reader stops early, report it like any other write error.
     std::signal(SIGPIPE, SIG_IGN);
     const FrameRate rate = options_.rate;
     if (options_.onlyChanges &&

@@ -9,29 +9,30 @@
 
 namespace qz::tool {
 
-/// What `qzanno stream` was asked for.
+/// The options of `qzanno stream`.
 struct StreamOptions {
     std::string input;
     DrawingOptions drawing;
     FrameRate rate;
     /// Straight alpha instead of premultiplied.
     bool isStraight = true;
-    /// Seconds of the film at which the first frame is due.
+    /// The film time of the first frame, in seconds.
     double start = 0;
-    /// Seconds from there on, or of the film; with neither and no film the end of the last caption.
+    /// The length in seconds, or the end in film time; without either or a film, the end of the last caption.
     ///@{
     std::optional<double> duration;
     std::optional<double> end;
     ///@}
-    /// The film that is written up to the end of; empty for none.
+    /// The film whose end is the end of the frames; empty if there is none.
     std::string film;
     /// Seconds to add to the captions' times.
     double offset = 0;
-    /// Only frames at which a caption comes or goes, each behind a line that says which it is; see docs/batch.md.
+    /// Write only frames where a caption appears or disappears, each after a line that identifies it; see
+    /// docs/batch.md.
     bool onlyChanges = false;
 };
 
-/// Writes captions as frames to standard output. The exit code: 0, or 1 when something failed.
+/// Writes captions as frames to standard output. Returns the exit code: 0, or 1 if something failed.
 int stream(const StreamOptions& options, Diagnostics& diagnostics);
 
 }  // namespace qz::tool

@@ -6,7 +6,7 @@
 namespace qz::tool {
 namespace {
 
-/// Characters of a UTF-8 text, as a terminal counts columns of plain text.
+/// The number of characters in a UTF-8 text, which are a terminal's columns for plain text.
 size_t columnsOf(const std::string& text) {
     size_t columns = 0;
     for (const char c : text) columns += (static_cast<unsigned char>(c) & 0xC0) != 0x80;

@@ -32,7 +32,7 @@ TitleContent contentOf(const Title& title, const CaptionLooks& looks) {
         const Ref<QzAnnoKey> key = looks.houseKeyAt(priority);
         if (title.text->bitsFor(key)) add(key, priority, {});
     }
-    // By what they are, so that titles that look the same have the same content.
+    // Keyed by identity, so that titles that look the same have the same content.
     std::map<std::string, Ref<QzAnnoKey>> ofFile;
     for (const auto& key : title.text->allKeys()->objects<QzAnnoKey>()) {
         if (const auto look = looks.lookOf(key)) ofFile.emplace(look->identity(), key);

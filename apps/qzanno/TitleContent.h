@@ -11,30 +11,30 @@
 
 namespace qz::tool {
 
-/// What a title shows, without ties to a palette object: annotations are priorities, or looks of a file. So it can go
-/// to a thread that has the same palette as an object of its own.
+/// The content of a title, independent of a palette object: annotations are priorities, or looks of a file. So it can
+/// be passed to a thread with its own copy of the palette.
 struct TitleContent {
     struct Span {
-        /// Of an annotation of the palette's own.
+        /// The priority of an annotation of the palette.
         int32_t priority;
         Range range;
-        /// Of one that a file defines; the priority then means nothing.
+        /// The look of an annotation defined by a file; the priority is then meaningless.
         std::shared_ptr<const CaptionLook> look = {};
     };
 
     std::u16string text;
-    /// Of each annotation, in the order of priorities, then of the names of looks.
+    /// The spans of each annotation, sorted by priority, then by the names of looks.
     std::vector<Span> spans;
     CuePlacement placement;
 };
 
-/// Of a title that was read with these looks. Keys that are not the palette's show nothing and are left out.
+/// The content of a title read with these looks. Keys that are not the palette's have no effect and are left out.
 TitleContent contentOf(const Title& title, const CaptionLooks& looks);
 
-/// The way back, with looks of the same palette; those of the content are added to it.
+/// The reverse, with looks of the same palette; adds those of the content to it.
 Ref<QzMutableAnnoString> annotatedString(const TitleContent& content, CaptionLooks& looks);
 
-/// Adds all that makes two contents different.
+/// Adds everything that distinguishes two contents.
 void addContent(Sha256& hash, const TitleContent& content);
 
 }  // namespace qz::tool

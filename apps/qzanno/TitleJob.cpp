@@ -46,7 +46,7 @@ void drawTitle(TitleJob& job, TitleRenderer& renderer) {
 }  // namespace
 
 OrderedJobs::Work titleWork(const RenderSetup& setup) {
-    // Behind a pointer, since what a thread works with is copied about.
+    // Behind a pointer, since a thread's work function is copied.
     const auto renderer = std::make_shared<TitleRenderer>(setup);
     return [renderer](Job& anyJob) {
         auto& job = static_cast<TitleJob&>(anyJob);

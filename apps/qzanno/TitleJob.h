@@ -12,32 +12,32 @@ namespace qz::tool {
 
 /// A title on its way to a file.
 struct TitleJob final : Job {
-    // What is asked.
+    // The request.
     TitleEntry title;
     TitleContent content;
     /// Raw premultiplied RGBA instead of PNG.
     bool isRaw = false;
     bool toStandardOutput = false;
-    /// Whether other titles have the same picture, and whether one before this one draws it.
+    /// Whether other titles have the same picture, and whether an earlier one draws it.
     bool isShared = false;
     bool isTwin = false;
-    /// What an earlier run says of the very same title; empty when none does.
+    /// An earlier run's line for the same title, or empty.
     std::string formerLine;
 
-    // What became of it.
-    /// Whether the earlier run's file is still whole and was left as it is.
+    // The result.
+    /// Whether the earlier run's file is still complete and was kept.
     bool isKept = false;
     PictureEntry picture;
-    /// Whether there is a picture, and if not, why, unless strictness forbade it.
+    /// Whether there is a picture; if not, the reason, unless it was --strict.
     bool isDone = false;
     std::string error;
-    /// Whether the error is the file's and not the title's.
+    /// Whether the error concerns the file, not the title.
     bool isFilesError = false;
-    /// For standard output alone.
+    /// Only for standard output.
     std::vector<uint8_t> bytes;
 };
 
-/// What one thread does with jobs: draws the title and writes its file. The setup outlives it.
+/// One thread's work function: draws the title and writes its file. The setup must outlive it.
 OrderedJobs::Work titleWork(const RenderSetup& setup);
 
 }  // namespace qz::tool

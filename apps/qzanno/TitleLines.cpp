@@ -22,7 +22,7 @@ std::string namesLike(const std::string& font, const FontLibrary& fonts) {
 bool TitleLines::tell(const TitleJob& job) {
     const std::string title = "title " + std::to_string(job.title.index);
     const std::string where = areSeveral_ ? job.title.source + ": " + title : title;
-    // Both are to be told.
+    // Report both.
     const bool hasFonts = tellMissingFonts(where, job.picture.missingFonts);
     if (!reportLines_.tell(where, job.content.text, job.picture.report) || !hasFonts) return false;
     if (job.isDone) return true;
@@ -33,13 +33,13 @@ bool TitleLines::tell(const TitleJob& job) {
 bool TitleLines::tellMissingFonts(const std::string& where, const std::vector<std::string>& missing) {
     for (const std::string& font : missing) {
         if (options_.strict) {
-            diagnostics_.error(
-                where, "the font " + quoted(font) + " is not installed, and --strict forbids a stand-in; not rendered");
+            diagnostics_.error(where,
+                               "the font " + quoted(font) + " is not installed; not rendered, because of --strict");
         } else if (std::ranges::find(told_, font) == told_.end()) {
             told_.push_back(font);
             diagnostics_.warning(
                 paletteName(options_.palette),
-                "the font " + quoted(font) + " is not installed; the system font stands in" + namesLike(font, *fonts_));
+                "the font " + quoted(font) + " is not installed; the system font is used" + namesLike(font, *fonts_));
         }
     }
     return missing.empty() || !options_.strict;

@@ -10,17 +10,17 @@
 
 namespace qz::tool {
 
-/// Says of titles what failed, which fonts they miss, and what is not shown as it was asked for.
+/// Reports failures, missing fonts, and what is not shown as requested in titles.
 class TitleLines {
 public:
     TitleLines(Diagnostics& diagnostics, const DrawingOptions& options)
         : diagnostics_(diagnostics), options_(options), reportLines_(diagnostics, options.strict) {}
 
     void setFonts(std::shared_ptr<FontLibrary> fonts) { fonts_ = std::move(fonts); }
-    /// Then titles are named with their file.
+    /// If set, titles are named with their file.
     void setSeveralFiles(bool areSeveral) { areSeveral_ = areSeveral; }
 
-    /// False when the title was not rendered.
+    /// Returns false if the title was not rendered.
     bool tell(const TitleJob& job);
 
 private:

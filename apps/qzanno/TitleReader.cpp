@@ -12,7 +12,7 @@ std::string placeOf(const std::string& path, const CaptionProblem& problem) {
 
 void report(const CaptionProblem& problem, const std::string& path, const Format& format, Diagnostics& diagnostics) {
     const std::string place = placeOf(path, problem);
-    // A voice without a style of its own is no mistake in the file.
+    // A voice without a style is not a mistake in the file.
     if (problem.kind == CaptionProblem::unknownName)
         diagnostics.note(place, problem.message);
     else if (problem.kind == CaptionProblem::notShown && format.kind == Format::archive)
@@ -21,7 +21,7 @@ void report(const CaptionProblem& problem, const std::string& path, const Format
         diagnostics.warning(place, problem.message);
 }
 
-/// The format of a file whose name does not tell it; "" when its content does not either.
+/// A hint at the likely format of a file with an unknown ending; empty if its content is not recognised either.
 std::string formatHint(const std::string& path) {
     const Ref<NSData> file = readFile(path, nullptr);
     const Format* const format = file ? formatOfContent(file->view()) : nullptr;

@@ -13,9 +13,9 @@ namespace qz::tool {
 
 /// A title to render.
 struct Title {
-    /// From 1, in the order of the file. Cues that hold nothing to show are left out and keep their index.
+    /// Counts from 1 in file order. Cues with nothing to show are left out, but counted.
     uint32_t index = 0;
-    /// Seconds; empty for a title without times.
+    /// In seconds; no value for a title without times.
     std::optional<double> start;
     std::optional<double> end;
     CuePlacement placement;
@@ -24,18 +24,18 @@ struct Title {
 
 using TitleSink = std::function<void(Title&&)>;
 
-/// Hands over the titles of a caption file, a text file or an archive of annotated strings, by the ending of its name,
-/// one by one; the looks receive those that the file defines. False, with an error reported and no title handed over,
-/// when the file cannot be read. `hasLosses` receives whether the file asks for something that titles do not show, an
-/// annotation that the palette does not have included.
+/// Passes on the titles of a caption file, a text file or an archive of annotated strings, depending on its ending, one
+/// by one, and adds the looks defined by the file. Returns false, with an error reported and without passing any title,
+/// if the file cannot be read. `hasLosses` receives whether the file uses unsupported features, including annotations
+/// that the palette does not have.
 bool readTitles(const std::string& path, CaptionLooks& looks, Diagnostics& diagnostics, const TitleSink& sink,
                 bool& hasLosses);
 
-/// The same with all that the file says of a title.
+/// The same, with everything that the file holds for a title.
 bool readCues(const std::string& path, CaptionLooks& looks, Diagnostics& diagnostics, const CueSink& sink,
               bool& hasLosses);
 
-/// The one title of a text in UTF-8.
+/// A UTF-8 text as one title.
 Title titleOfText(const std::string& text);
 
 }  // namespace qz::tool

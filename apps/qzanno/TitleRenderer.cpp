@@ -49,9 +49,9 @@ bool loadFrame(RenderSetup& setup, Diagnostics& diagnostics) {
 bool checkSize(PixelSize data, Diagnostics& diagnostics) {
     const uint64_t bytes = uint64_t{4} * static_cast<uint64_t>(data.width) * static_cast<uint64_t>(data.height);
     if (bytes <= NSBitmapImageRep::kBytesMax) return true;
-    diagnostics.error("", "a picture of " + text(data) + " needs " + std::to_string(bytes) + " bytes, more than the " +
-                              std::to_string(NSBitmapImageRep::kBytesMax) +
-                              " that a bitmap may have; use a smaller --screen or --data");
+    diagnostics.error("", "a picture of " + text(data) + " needs " + std::to_string(bytes) +
+                              " bytes, more than the limit of " + std::to_string(NSBitmapImageRep::kBytesMax) +
+                              "; use a smaller --screen or --data");
     return false;
 }
 
@@ -75,13 +75,14 @@ std::optional<RenderSetup> prepareSetup(const DrawingOptions& options, Diagnosti
     RenderSetup setup{options, {}, options.data.value_or(options.screen), {}, {}};
     const Ref<QzAnnoPalette> palette = loadPalette(options.palette, {}, diagnostics, &setup.paletteFile);
     if (!palette) return {};
-    // A missing font is reported when a title asks for it.
+    // Missing fonts are reported when a title uses them.
     reportFaults(options.palette, nullptr, diagnostics);
     if (!loadFrame(setup, diagnostics) || !checkSize(setup.data, diagnostics) ||
         !checkAnnotations(setup, *palette, diagnostics))
         return {};
     if (!QzAnnoStringToScreen::init()->setLanguage(options.language)) {
-        diagnostics.error("--lang", quoted(options.language) + " is no language tag; write one such as ja or zh-Hant");
+        diagnostics.error("--lang",
+                          quoted(options.language) + " is not a language tag; write one such as ja or zh-Hant");
         return {};
     }
     setup.fonts = fontsWithFolders(options.fontDirectories, options.strict, diagnostics);
@@ -133,7 +134,7 @@ TitleRenderer::TitleRenderer(const RenderSetup& setup)
     pipeline_->setLanguage(options.language);
     pipeline_->setBaseWritingDirection(options.direction);
     pipeline_->setScreenSize(sizeOf(options.screen), sizeOf(setup.data));
-    // Left alone, antialiasing goes by the context, which is on.
+    // By default antialiasing follows the context, where it is on.
     if (!options.antialias) pipeline_->layoutManager()->setAntialiasing(false);
     pipeline_->layoutManager()->setQualityFactor(options.quality);
     pipeline_->layoutManager()->setMergesLayers(options.mergeLayers);

@@ -15,19 +15,19 @@
 
 namespace qz::tool {
 
-/// What the renderers of a run have in common; it is read only, by any number of threads.
+/// The setup shared by the renderers of a run; read-only, for any number of threads.
 struct RenderSetup {
     DrawingOptions options;
-    /// None for the built-in palette.
+    /// Null for the built-in palette.
     Ref<NSData> paletteFile;
     PixelSize data;
-    /// What titles are composited over; none for clear pictures.
+    /// The picture that titles are composited over; null for clear pictures.
     Ref<const NSBitmapImageRep> frame;
     std::shared_ptr<FontLibrary> fonts;
 };
 
-/// Reads what the options name; reports faults of the palette, once for the run. None, with errors reported, when
-/// something is not there or of no use.
+/// Reads the files named by the options, and reports faults in the palette once for the run. Returns no value, with
+/// errors reported, if something is missing or unusable.
 std::optional<RenderSetup> prepareSetup(const DrawingOptions& options, Diagnostics& diagnostics);
 
 /// A new palette object of the setup's palette.
@@ -36,12 +36,12 @@ Ref<QzAnnoPalette> newPalette(const RenderSetup& setup);
 /// The looks of files with a new palette object of the setup's palette.
 CaptionLooks newLooks(const RenderSetup& setup);
 
-/// Adds all of a setup but the fonts that makes pictures different.
+/// Adds everything in the setup that affects pictures, except the fonts.
 void addSetup(Sha256& hash, const RenderSetup& setup);
 
-/// A title as it was drawn.
+/// A drawn title.
 struct RenderedTitle {
-    /// None when nothing was drawn: strictness forbids it, or `error` says why.
+    /// Null if nothing was drawn because of --strict or the reason in `error`.
     Ref<NSBitmapImageRep> picture;
     NSRect bbox;  ///< screen points
     std::vector<std::string> missingFonts;
@@ -49,19 +49,19 @@ struct RenderedTitle {
     std::string error;
 };
 
-/// Draws titles one after the other, with a palette and a pipeline of its own. Used on one thread.
+/// Draws titles one after another with its own palette and pipeline. For one thread.
 class TitleRenderer {
 public:
-    /// The setup outlives this object.
+    /// The setup must outlive this object.
     explicit TitleRenderer(const RenderSetup& setup);
 
-    /// What is known before anything is drawn; no picture.
+    /// The result of layout, without a picture.
     RenderedTitle layOut(const TitleContent& content);
-    /// The box round the title's lines, in points of the screen, without what its layers add.
+    /// The box around the title's lines, in screen points, without its layers.
     NSRect textBoxOf(const TitleContent& content);
     RenderedTitle draw(const TitleContent& content);
-    /// The same over a picture of the data's size, as it is; `changed` receives the pixels that may have changed. No
-    /// `picture` in the result when that failed.
+    /// Draws over a picture of the data size, in place; `changed` receives the pixels that may have changed. The result
+    /// has no `picture` if that failed.
     RenderedTitle drawOver(const TitleContent& content, const Ref<NSBitmapImageRep>& picture, PixelRect* changed);
 
 private:

@@ -44,7 +44,7 @@ constexpr const char* kManifestExamples =
     "Examples:\n"
     "  qzanno manifest merge titles.*-of-8.jsonl -o titles.jsonl";
 
-/// The library's own lines are for developers: shown when asked for.
+/// The library's own log is for developers: shown on request.
 void routeLibraryLog(Diagnostics::Verbosity verbosity) {
     if (verbosity == Diagnostics::Verbosity::verbose)
         setLogHook(writeToStandardError);
@@ -52,20 +52,20 @@ void routeLibraryLog(Diagnostics::Verbosity verbosity) {
         setStandardErrorHook([](std::string_view) {});
 }
 
-/// Performs a command; the exit code.
+/// Performs a command and returns the exit code.
 using Action = std::function<int(Diagnostics&)>;
 using ActionWithFonts = std::function<int(const std::shared_ptr<FontLibrary>&, Diagnostics&)>;
 
-/// The commands of the tool with what each of them does. The actions use the arguments kept here.
+/// The tool's commands and their actions, which use the arguments stored here.
 class CommandLine {
 public:
     CommandLine(int argc, char** argv);
 
-    /// The exit code.
+    /// Returns the exit code.
     int run();
 
 private:
-    /// A command that does something, as opposed to a group of such.
+    /// A command with an action, as opposed to a group of commands.
     struct Command {
         CLI::App* app;
         Action action;
@@ -73,7 +73,7 @@ private:
 
     CLI::App& addGroup(const char* name, const char* description, const char* examples);
     CLI::App& add(CLI::App& group, const char* name, const char* description, Action action);
-    /// One that needs fonts without drawing.
+    /// Adds a command that needs fonts but does not draw.
     CLI::App& addWithFonts(CLI::App& group, const char* name, const char* description, ActionWithFonts action);
     void addPaletteCommands();
     void addArchiveCommands();
@@ -94,7 +94,7 @@ private:
     NewPaletteOptions starter_;
     PaletteCheckOptions check_;
     bool asJson_ = false;
-    // Of the other commands.
+    // Arguments of the other commands.
     std::string input_;
     std::vector<std::string> inputs_;
     std::string palette_;
@@ -102,7 +102,7 @@ private:
     std::vector<std::string> fontFolders_;
 };
 
-/// An argument that is no option: its name alone in the help, without a type.
+/// A positional argument, shown in the help by name, without a type.
 template <class Value>
 CLI::Option* addOperand(CLI::App& command, const char* name, Value& value, const std::string& description) {
     return command.add_option(name, value, description)->type_name("");
@@ -138,7 +138,7 @@ CommandLine::CommandLine(int argc, char** argv)
 CLI::App& CommandLine::addGroup(const char* name, const char* description, const char* examples) {
     CLI::App& group = *app_.add_subcommand(name, description);
     group.require_subcommand(1);
-    // Its commands take the footer over as they are added.
+    // Commands inherit the footer when added.
     group.footer(examples);
     return group;
 }
@@ -161,26 +161,26 @@ CLI::App& CommandLine::addWithFonts(CLI::App& group, const char* name, const cha
 }
 
 void CommandLine::addPaletteCommands() {
-    CLI::App& group = addGroup("palette", "Begin, check and convert palettes", kPaletteExamples);
-    CLI::App& create = add(group, "new", "Write a palette to begin with; without a name, list those that there are",
+    CLI::App& group = addGroup("palette", "Create, check and convert palettes", kPaletteExamples);
+    CLI::App& create = add(group, "new", "Write a starter palette; without a name, list the starter palettes",
                            [this](Diagnostics& diagnostics) { return newStarterPalette(starter_, diagnostics); });
     addOperand(create, "NAME", starter_.name, "Which one");
     CLI::Option* const created =
         addOutput(create, starter_.output, "The palette to write (.plist), - for standard output [NAME.plist]");
     allowEndings(*created, {".plist"}, WithoutEnding::allowed);
-    create.add_flag("--overwrite", starter_.overwrite, "Write over a file that is there");
+    create.add_flag("--overwrite", starter_.overwrite, "Replace an existing file");
 
     CLI::App& show = addWithFonts(
-        group, "show", "Print a palette as a table, the highest priority first",
+        group, "show", "Print a palette as a table, in descending priority",
         [this](const auto& fonts, Diagnostics& diagnostics) { return showPalette(input_, fonts, diagnostics); });
     addOperand(show, "PALETTE", input_, kPalette)->required();
 
     CLI::App& check = addWithFonts(
-        group, "check", "Report each fault of a palette and what is hard to read; exit with 1 for faults",
+        group, "check", "Report faults in a palette and text that is hard to read; exit with 1 if there are faults",
         [this](const auto& fonts, Diagnostics& diagnostics) { return checkPalette(check_, fonts, diagnostics); });
     addOperand(check, "PALETTE", check_.path, kPalette)->required();
     addScreenOption(check, "The screen that the palette is meant for, in points [1920x1080]", check_.screen);
-    check.add_flag("--strict", check_.strict, "What is hard to read is a fault");
+    check.add_flag("--strict", check_.strict, "Treat text that is hard to read as a fault");
 
     CLI::App& attributes = add(group, "attributes", "List the attributes that annotations may hold",
                                [this](Diagnostics&) { return listAttributes(asJson_); });
@@ -203,10 +203,11 @@ void CommandLine::addPaletteCommands() {
 
 void CommandLine::addArchiveCommands() {
     const std::vector<std::string> archives = endingsOf(Format::archive);
-    CLI::App& group = addGroup("archive", "Keep titles in archives, and look into archives", kArchiveExamples);
-    CLI::App& pack = add(
-        group, "pack", "Write titles with their annotations as an archive; times and places of captions are not kept",
-        [this](Diagnostics& diagnostics) { return packArchive(input_, palette_, output_, diagnostics); });
+    CLI::App& group = addGroup("archive", "Store titles in archives, and inspect archives", kArchiveExamples);
+    CLI::App& pack =
+        add(group, "pack",
+            "Write titles with their annotations as an archive; times and placement of captions are not stored",
+            [this](Diagnostics& diagnostics) { return packArchive(input_, palette_, output_, diagnostics); });
     addOperand(pack, "INPUT", input_,
                captionsText() + ", or a " + listOf(endingsOf(Format::text)) + " file that is one title")
         ->required();
@@ -219,20 +220,19 @@ void CommandLine::addArchiveCommands() {
                                       return showArchive(input_, palette_, fonts, diagnostics);
                                   });
     addOperand(show, "ARCHIVE", input_, "Archive of titles (" + listOf(archives) + ")")->required();
-    show.add_option("-p,--palette", palette_, "Palette to say what each run looks like (.plist, .annopalette)")
+    show.add_option("-p,--palette", palette_, "Palette for showing what each run looks like (.plist, .annopalette)")
         ->type_name("PALETTE");
 
     CLI::App& dump =
-        add(group, "dump", "List any typed-stream archive, of other programs too: classes, versions, references",
+        add(group, "dump", "List any typed-stream archive, including other programs': classes, versions, references",
             [this](Diagnostics& diagnostics) { return dumpArchive(input_, diagnostics); });
     addOperand(dump, "FILE", input_, "Archive")->required();
 }
 
 void CommandLine::addManifestCommands() {
-    CLI::App& group = addGroup("manifest", "Join the manifests of a run's shares", kManifestExamples);
-    CLI::App& merge =
-        add(group, "merge", "Join manifests and name the titles that are missing; exit with 1 when any is",
-            [this](Diagnostics& diagnostics) { return mergeManifests(inputs_, output_, diagnostics); });
+    CLI::App& group = addGroup("manifest", "Merge the manifests of a run's shares", kManifestExamples);
+    CLI::App& merge = add(group, "merge", "Merge manifests and list missing titles; exit with 1 if any are missing",
+                          [this](Diagnostics& diagnostics) { return mergeManifests(inputs_, output_, diagnostics); });
     addOperand(merge, "MANIFEST", inputs_, "Manifests of the shares (.jsonl)")->required();
     CLI::Option* const joined = addOutput(merge, output_, "The manifest to write (.jsonl)")->required();
     allowEndings(*joined, {".jsonl"}, WithoutEnding::allowed);
@@ -240,8 +240,8 @@ void CommandLine::addManifestCommands() {
 
 void CommandLine::addVerbosity() {
     for (const Command& command : commands_) {
-        auto* const flag = command.app->add_flag("-v,--verbose", verbose_, "Say more, the library's log included");
-        command.app->add_flag("-q,--quiet", quiet_, "Only say what failed")->excludes(flag);
+        auto* const flag = command.app->add_flag("-v,--verbose", verbose_, "Print more, including the library's log");
+        command.app->add_flag("-q,--quiet", quiet_, "Print only failures")->excludes(flag);
     }
 }
 

@@ -7,7 +7,7 @@
 
 namespace qz {
 
-/// The ending of a file's name with its point, in lower case: ".png" of "titles/A.PNG". Empty if the name has none.
+/// The ending of a file's name with its point, in lower case: ".png" for "titles/A.PNG". Empty if there is none.
 inline std::string endingOf(std::string_view path) {
     std::string ending = std::filesystem::path(path).extension().string();
     std::ranges::transform(ending, ending.begin(),

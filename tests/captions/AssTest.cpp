@@ -126,14 +126,14 @@ TEST_F(AssTest, WhatIsNotInTheFormIsSaidOrRefused) {
         {kHead + std::string("Dialogue: 0,0:00:03.00,0:00:02.00,Default,,0,0,0,,y\n"), 1, "ends before it starts"},
         {kHead + std::string("Dialogue: 0,0:00:01.00\n"), 0, "10: the times"},
         {kHead + std::string("Dialogue:"), 0, "10: the times"},
-        {kHead + dialogue("{\\fs40}x{\\fs50}y"), 1, "10: {\\fs} shows nothing"},
-        {kHead + dialogue("{\\c&Hxyz}x"), 1, "{\\c} shows nothing"},
+        {kHead + dialogue("{\\fs40}x{\\fs50}y"), 1, "10: {\\fs} has no effect"},
+        {kHead + dialogue("{\\c&Hxyz}x"), 1, "{\\c} has no effect"},
         {kHead + dialogue("x", "Quiet"), 1, "the class \"Quiet\" is ignored"},
         {kHead + dialogue("x", "Default", ",many,0,0"), 1, "MarginL \"many\" cannot be read"},
         {"[Events]\nDialogue: 0,0:00:01.00,9999999:00:00.00,D,,0,0,0,,x", 0, "the times"},
         {"[V4+ Styles]\nStyle: A,B,nan,&H1234567890&,,,,,,,,,,,,,,,99,-1e99\n", 0,
          "2: Fontsize \"nan\" cannot be read"},
-        {"[Script Info]\nPlayResX: -4\n[Events]\n", 0, "2: PlayResX \"-4\" is no size"},
+        {"[Script Info]\nPlayResX: -4\n[Events]\n", 0, "2: PlayResX \"-4\" is not a screen size"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.file);

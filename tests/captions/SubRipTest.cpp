@@ -65,12 +65,12 @@ TEST_F(SubRipTest, FilesAreReadAsPlayersReadThem) {
         {first + "A\n\n" + second + "B", "1-2 A, 2-3 B", nullptr, "no numbers, no last line end"},
         {"7\n" + first + "A\n3\n" + second + "B\n", "1-2 A, 2-3 B", nullptr, "no blank line, any number"},
         {"1\n" + first + "1984\n\n" + second + "2\n", "1-2 1984, 2-3 2", nullptr, "texts that are numbers"},
-        {"1\n" + first + "A\n\nB\n\n2\n" + second + "C\n", "1-2 A||B, 2-3 C", "5: \"B\" stands behind a blank line",
+        {"1\n" + first + "A\n\nB\n\n2\n" + second + "C\n", "1-2 A||B, 2-3 C", "5: \"B\" follows a blank line",
          "a text with a blank line"},
         {"1\n" + first + "\n2\n" + second + "B\n", "1-2 , 2-3 B", nullptr, "an empty cue"},
         {"0:1:2 -> 1:03,5\nA\n", "62-63.5 A",
          "1: the time line \"0:1:2 -> 1:03,5\" is read as 00:01:02,000 --> 00:01:03,500", "what people write"},
-        {"00:00:01,000 --> 00:00:02,000 X1:40 X2:600\nA\n", "1-2 A", "1: \"X1:40 X2:600\" behind the times is ignored",
+        {"00:00:01,000 --> 00:00:02,000 X1:40 X2:600\nA\n", "1-2 A", "1: \"X1:40 X2:600\" after the times is ignored",
          "coordinates"},
         {"00:00:05,000 --> 00:00:02,000\nA\n", "5-5 A", "1: the cue ends before it starts", "times exchanged"},
         {"1\n00:00:01,000 --> soon\nA\n\n2\n" + second + "B\n", "2-3 B",
@@ -112,11 +112,11 @@ TEST_F(SubRipTest, MarkupBecomesAnnotations) {
         {"<i>a", "a", "i", {"<i> is not closed"}, "holds to the end"},
         {"a</i>", "a", "", {"</i> closes nothing"}, "an end alone"},
         {"<i></i>a", "a", "", {}, "over nothing"},
-        {"<laughs> I <3 a{b", "<laughs> I <3 a{b", nullptr, {"\"<laughs>\" is no tag"}, "nothing lost"},
+        {"<laughs> I <3 a{b", "<laughs> I <3 a{b", nullptr, {"\"<laughs>\" is not a tag"}, "nothing lost"},
         {"a &lt;b&gt; &amp &unknown;", "a <b> &amp &unknown;", nullptr, {}, "references that end"},
         {"a<br>b<s>c</s>", "a\nbc", nullptr, {"no annotation \"s\""}, "line ends, struck text"},
         {"{\\i1\\c&H0000FF&}a{\\i0}b{\\r}c", "abc", "i,#ff0000|#ff0000|", {}, "overrides"},
-        {"{\\fad(1,2)\\an8}a{\\fad(1,2)}", "a", "", {"{\\fad} shows nothing"}, "other overrides"},
+        {"{\\fad(1,2)\\an8}a{\\fad(1,2)}", "a", "", {"{\\fad} has no effect"}, "other overrides"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.payload);

@@ -65,7 +65,7 @@ TEST_F(Limit, OfATitleHoldsForTextsAndCues) {
     for (const auto& [text, fits] : cases) {
         CaptionProblem problem;
         EXPECT_EQ(wholeCaptionFile(readPlainText, *NSData::dataWithBytes(text), *palette, &problem).has_value(), fits);
-        EXPECT_THAT(problem.message, HasSubstr(fits ? "" : "16777217 characters; 16777216 are the most"));
+        EXPECT_THAT(problem.message, HasSubstr(fits ? "" : "16777217 characters; 16777216 is the limit"));
 
         const auto captions =
             wholeCaptionFile(readWebVTT, *NSData::dataWithBytes("WEBVTT\n\n" + times + text + next), *palette);

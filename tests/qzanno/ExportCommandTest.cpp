@@ -94,7 +94,7 @@ TEST_F(ExportTest, WhatAScriptCannotHoldIsSaidOnce) {
         std::string line;
         const char* message;
     } refused[] = {
-        {"export c.vtt -o strict.ass --strict" + documentary, "--strict forbids that; nothing is written"},
+        {"export c.vtt -o strict.ass --strict" + documentary, "nothing is written, because of --strict"},
         {"export t.txt -o t.ass", "t.txt: has titles without times"},
         {"export c.ass -o c.ass", "c.ass: is the input"},
         {"palette convert c.vtt.ass x.plist", "c.vtt.ass: cannot be opened"},

@@ -89,7 +89,7 @@ TEST_F(ArchiveCommandTest, RefusalsSayWhatTheFileIsAndDestroyNothing) {
         const char* error;
     };
     for (const auto& [arguments, error] :
-         {Case{"archive show p.annopalette", "class QzAnnoPalette, no annotated strings"},
+         {Case{"archive show p.annopalette", "class QzAnnoPalette, not annotated strings"},
           {"archive show c.vtt", "this is not a typed stream"},
           {"archive show missing", "cannot be opened"},
           {"archive show b.plist", "is a binary property list"},
@@ -173,10 +173,10 @@ TEST_F(PaletteCommandTest, CheckWarnsOfWhatIsHardToRead) {
         std::string entries;
         const char *warning, *reason;
     } cases[] = {
-        {good + size(26) + grey("NSColor", 0x77 / 255.0) + box(1), "as low as 4.47:1; 4.5:1 is the least", "4.478"},
+        {good + size(26) + grey("NSColor", 0x77 / 255.0) + box(1), "as low as 4.47:1; 4.5:1 is the minimum", "4.478"},
         {good + size(26) + grey("NSColor", 0x76 / 255.0) + box(1), "", "4.54"},
         {good + size(40) + grey("NSColor", 0x77 / 255.0) + box(1), "", "large text"},
-        {good + size(40) + grey("NSColor", 0x95 / 255.0) + box(1), "as low as 2.99:1; 3.0:1 is the least for large",
+        {good + size(40) + grey("NSColor", 0x95 / 255.0) + box(1), "as low as 2.99:1; 3.0:1 is the minimum for large",
          ""},
         {good + size(40) + kWhiteText, "nothing surrounds the letters", ""},
         {good + size(40) + kWhiteText + box(0, 0), "nothing surrounds the letters", "a clear box"},
@@ -186,7 +186,7 @@ TEST_F(PaletteCommandTest, CheckWarnsOfWhatIsHardToRead) {
         {good + size(40) + grey("NSColor", 0.5) + outline(0, 0.3), "as low as 1.00:1", "over a grey one"},
         {good + size(40) + kWhiteText + box(0, 0.6) + outline(0, 0.6), "", "together they suffice"},
         {good + size(20) + kWhiteText + box(0), "23 points high, 2.2 % of the screen; 2.7 % is", ""},
-        {good + size(20) + kWhiteText + box(0), "take a font size of at least 25", ""},
+        {good + size(20) + kWhiteText + box(0), "use a font size of at least 25", ""},
         {font + margins(54) + size(40) + kWhiteText + box(0), "(left 54 of 96, right 54 of 96 points)", "5 % of 1920"},
         {font + size(40) + kWhiteText + box(0), "left 0 of 96, right 0 of 96, top 0 of 54, bottom 0 of 54", ""},
         {font + "<key>BoundingBox as NSRect</key><string>{{0.05, 0.05}, {0.9, 0.9}}</string>" + size(40) + kWhiteText +
@@ -258,7 +258,7 @@ TEST_F(PaletteCommandTest, AStarterPaletteReplacesNoFile) {
     write("mine.plist", "mine");
     const ToolResult refused = run("palette new karaoke -o mine.plist");
     EXPECT_EQ(refused.exitCode, 1);
-    EXPECT_THAT(refused.err, HasSubstr("mine.plist: is there already"));
+    EXPECT_THAT(refused.err, HasSubstr("mine.plist: exists already"));
     EXPECT_EQ(contentOf("mine.plist"), "mine");
     EXPECT_EQ(run("palette new karaoke -o mine.plist --overwrite").exitCode, 0);
     EXPECT_EQ(contentOf("mine.plist"), run("palette new karaoke -o -").out);

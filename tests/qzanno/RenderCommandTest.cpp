@@ -235,9 +235,9 @@ TEST_F(RenderTest, BadInputGetsALineAndLeavesFilesAlone) {
         {"render none.vtt -o old.png", 1, "none.vtt:1: "},
         {"render latin.txt -o old.png", 1, "latin.txt: "},
         {"render two.vtt -o old.png", 1, "old.png: one file cannot hold 2 titles"},
-        {"render text.txt -s 0x0 -o old.png", 2, "0x0 is no size"},
+        {"render text.txt -s 0x0 -o old.png", 2, "0x0 is not a size"},
         {"render text.txt -s 100000x100000 -o old.png", 1, "a picture of 100000x100000 needs 40000000000 bytes"},
-        {"render text.txt -s 10 -o old.png", 2, "10 is no size"},
+        {"render text.txt -s 10 -o old.png", 2, "10 is not a size"},
         {"render -o old.png", 2, "give a file or --text"},
         {"render text.txt --text Hello -o old.png", 2, "--text"},
         {"render text.txt --quality 7 -o old.png", 2, "--quality"},
@@ -253,7 +253,7 @@ TEST_F(RenderTest, BadInputGetsALineAndLeavesFilesAlone) {
         {"render text.txt --direction up -o old.png", 2, "--direction"},
         {"palette show none.plist", 1, "none.plist: "},
         {"palette check none.plist", 1, "none.plist: "},
-        {"render text.txt --lang 'no tag' -o old.png", 1, "--lang: \"no tag\" is no language tag"},
+        {"render text.txt --lang 'no tag' -o old.png", 1, "--lang: \"no tag\" is not a language tag"},
         {"", 2, "subcommand"},
         {"fly", 2, "there is no command fly"},
     };
@@ -297,7 +297,7 @@ TEST_F(RenderTest, AFilesOwnLooksAreDrawnAndMakePicturesOfTheirOwn) {
     EXPECT_EQ(manifest("m.jsonl").at(1)["key"], before.at(1)["key"]);
     EXPECT_EQ(run(command + "--looks house").exitCode, 0);
     EXPECT_EQ(contentOf("out/0001.png"), contentOf("out/0003.png")) << "the palette's look, and no other";
-    EXPECT_THAT(run(command + "--strict").err, HasSubstr("c.ass: asks for what is not shown, and --strict"));
+    EXPECT_THAT(run(command + "--strict").err, HasSubstr("c.ass: uses unsupported features; nothing is rendered"));
 }
 
 TEST_F(RenderTest, CaptionsStandWhereTheyAsk) {

@@ -17,7 +17,7 @@ public:
     /// For writing objects one by one.
     static Ref<QzAnnoArchiver> initWithAnnoPalette(const Ref<QzAnnoPalette>& annoPalette);
 
-    /// As it was given: may be none.
+    /// As given; may be null.
     const Ref<QzAnnoPalette>& palette() const { return pal_; }
     std::string className() const override { return "QzAnnoArchiver"; }
 
@@ -37,7 +37,7 @@ public:
     /// For reading objects one by one.
     static Ref<QzAnnoUnarchiver> initForReadingWithData(const Ref<NSData>& data, const Ref<QzAnnoPalette>& annoPalette);
 
-    /// As it was given: may be none.
+    /// As given; may be null.
     const Ref<QzAnnoPalette>& palette() const { return pal_; }
     std::string className() const override { return "QzAnnoUnarchiver"; }
 

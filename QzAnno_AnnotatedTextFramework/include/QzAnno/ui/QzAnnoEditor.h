@@ -19,8 +19,8 @@ namespace qz {
 
 class QzAnnoPaletteAsTable;
 
-/// Edits one annotation in a panel: copies its attributes into fields, each group with a flag that says whether the
-/// annotation sets the attribute at all, and writes them back into the palette when asked.
+/// Edits one annotation in a panel: copies its attributes to fields, each group with a flag for whether the annotation
+/// sets the attribute at all, and writes them back to the palette on request.
 ///
 /// The fields are observable properties, named as `updateAllKeys` lists them; numbers of reals, whole numbers for
 /// codes, strings and colours. "marginsl" and its like edit the bounding box; they are in units of the screen whose
@@ -34,67 +34,67 @@ class QzAnnoEditor final : public NSResponder,
                            public NSWindowDelegate,
                            public NSFontPanelValidation {
 public:
-    /// What the interface file connects.
+    /// Objects connected by the interface file.
     struct Outlets {
         Ref<NSTabView> tabview;                     ///< the fields, page by page
-        WeakRef<QzAnnoPaletteAsTable> paletteHost;  ///< shows the palette that is edited; may be none
+        WeakRef<QzAnnoPaletteAsTable> paletteHost;  ///< shows the palette being edited; may be null
         Ref<NSWindow> annowindow;                   ///< the panel
-        Ref<NSPopUpButton> hpopup;                  ///< of the horizontal alignment
-        Ref<NSPopUpButton> vpopup;                  ///< of the vertical alignment
-        /// The name's field, which has the keys when a new annotation is edited; lives as long as the panel.
+        Ref<NSPopUpButton> hpopup;                  ///< the horizontal alignment
+        Ref<NSPopUpButton> vpopup;                  ///< the vertical alignment
+        /// The name's field, which has the focus when a new annotation is edited; lives as long as the panel.
         QLineEdit* annoname = nullptr;
-        /// Lists the pages; asks this editor for them.
+        /// Lists the pages, with this editor as data source.
         Ref<NSTableView> pages;
     };
 
-    /// Edits nothing, and has no outlets.
+    /// Edits nothing and has no outlets.
     static Ref<QzAnnoEditor> init();
     ~QzAnnoEditor() override;
 
     /// Becomes the delegate of the panel and of the list of pages.
     void connectOutlets(const Outlets& outlets);
-    /// Fills the alignment menus and readies the font panel. Needs the outlets.
+    /// Fills the alignment menus and prepares the font panel. Needs the outlets.
     void awakeFromNib();
 
-    /// In points. A size without area is no screen, and counts as 100 x 100.
+    /// In points. A size without area counts as 100 x 100.
     void setScreenSize(NSSize size) { screensize_ = size; }
-    /// Begins to edit a copy of the annotation; ignored while another is being edited. None only closes the panel.
+    /// Starts editing a copy of the annotation; ignored while another is being edited. Null only closes the panel.
     void setAnno(const Ref<const QzAnno>& anno);
-    /// From `setAnno` on until the panel closes. Meanwhile the panel's title names the annotation.
+    /// True from `setAnno` until the panel closes. Meanwhile the panel's title names the annotation.
     bool isEditing() const { return editing_; }
     /// Whether the user has changed a field since the fields were last filled or applied.
     bool hasChanges() const { return editing_ && hasChanges_; }
-    /// Turns to the page of that label; false when there is none.
+    /// Shows the page with that label; returns false if there is none.
     bool showPage(const Ref<NSString>& label);
-    /// What the pages are called, from the top.
+    /// The labels of the pages, from the top.
     std::vector<Ref<NSString>> pageLabels() const;
-    /// The panel; none before it is connected.
+    /// The panel; null until it is connected.
     const Ref<NSWindow>& window() const { return outlets_.annowindow; }
 
     // Actions.
-    /// Writes the fields into the palette; any number of times.
+    /// Writes the fields to the palette; may be called any number of times.
     void apply(const Ref<NSObject>& sender);
-    /// Fills the fields from the annotation as it was when editing began.
+    /// Resets the fields to the annotation as it was when editing began.
     void revert(const Ref<NSObject>& sender);
-    /// Writes the fields into the palette and closes the panel.
+    /// Writes the fields to the palette and closes the panel.
     void okay(const Ref<NSObject>& sender);
-    /// Puts the annotation back into the palette as it was when editing began, its name included.
+    /// Restores the annotation in the palette as it was when editing began, including its name.
     void cancel(const Ref<NSObject>& sender);
-    /// Opens the font panel at the field's font.
+    /// Opens the font panel with the field's font.
     void editFont(const Ref<NSObject>& sender);
-    /// Takes over the font, but not the size, that is chosen in the sender, the font manager.
+    /// Takes the font, but not the size, chosen in the sender, the font manager.
     void changeFont(const Ref<NSObject>& sender);
     /// Every action is valid at any time.
     bool validateUserInterfaceItem(const NSObject& /*item*/) const { return true; }
 
-    /// Ends the edit and writes nothing back.
+    /// Ends editing without writing back.
     void close();
 
     /// The names of all fields, flags first, in the order in which changes are announced.
     static const std::vector<std::string>& updateAllKeys();
-    /// The names of the fields that have been added since, flags first; announced behind the others.
+    /// The names of the fields added since, flags first; announced after the others.
     static const std::vector<std::string>& addedKeys();
-    /// The annotation with the attributes that the fields describe; none while nothing is edited.
+    /// The annotation with the attributes described by the fields; null if nothing is being edited.
     Ref<QzAnno> copyToAnno() const;
     Ref<NSObject> valueForUndefinedKey(const std::string& key) const override;
 
@@ -133,7 +133,7 @@ private:
     bool hasChanges_ = false;
     Ref<QzAnno> originalAnno_;
     Ref<NSString> origannoname_;
-    // Every field and flag by its name.
+    // Every field and flag by name.
     std::map<std::string, Ref<NSObject>> fields_;
     NSSize screensize_ = {100, 100};
     Ref<NSWindow> fontpanel_;
