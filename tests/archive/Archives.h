@@ -17,7 +17,7 @@ inline Ref<QzAnnoKey> keyIn(const QzAnnoPalette& palette, const char* name) {
     return palette.findAnnoKey(NSString::stringWithUTF8String(name));
 }
 
-/// Reads an annotated string against a palette; the error, when there is one, is thrown in the reader's face.
+/// Reads an annotated string with these token tables; any error fails the test.
 inline Ref<QzAnnoString> readString(const Ref<NSData>& data, const std::vector<Ref<QzTokenTable>>& tables,
                                     std::string* error = nullptr) {
     return std::dynamic_pointer_cast<QzAnnoString>(QzTokeningUnarchiver::unarchiveObjectWithData(data, tables, error));

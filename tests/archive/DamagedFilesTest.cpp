@@ -23,14 +23,14 @@ namespace {
 using test::codedAs;
 using testing::HasSubstr;
 
-// The tables of a reader that has read nothing yet, a palette that is given up again, and one line of error.
+// Memory for the tables of a new reader, a discarded palette, and one line of error.
 constexpr size_t kBytesOfEmptyReader = 12 * 1024;
 
 size_t bytesForObjects(size_t length) {
     return 16 * length + kBytesOfEmptyReader;
 }
 
-// A palette and titles against it: each class of the library with a coded form.
+// A palette and titles using it: every class of the library with a coded form.
 Ref<NSData> archiveOf(const Ref<QzAnnoPalette>& palette) {
     std::vector<Ref<NSObject>> objects = {palette};
     for (uint32_t i = 0; i < 5; ++i) {
@@ -56,7 +56,7 @@ Ref<QzAnnoPalette> samplePalette() {
     return palette;
 }
 
-// Each class of the platform's values.
+// Every class of the platform's values.
 Ref<NSData> archiveOfValues() {
     const Ref<NSString> size = "QzFontSizeAttribute"_ns;
     const Ref<NSString> bits = NSString::stringWithUTF8String("a title of usual length, 中文 and 😀");
@@ -74,24 +74,24 @@ Ref<NSData> archiveOfValues() {
     return NSArchiver::archivedDataWithRootObject(NSArray::arrayWithObjects(annotations));
 }
 
-/// How files of one format are read, and what is promised of damaged ones.
+/// How to read files of one format, and what is guaranteed for damaged ones.
 struct DamagedFormat {
     const char* name;
     Ref<NSData> whole;
-    /// Whether there is something to read; what was read is looked at, and written, before it is given up.
+    /// Reads the file, then inspects, writes and discards the result. Returns whether there was one.
     std::function<bool(const Ref<NSData>& file, std::string* error)> read;
-    /// In every error of a file that is cut short.
+    /// Occurs in every error about a truncated file.
     const char* place;
-    /// From here on nothing is missing.
+    /// A file of at least this length is complete.
     size_t lengthNeeded;
-    /// The most memory for a file of some length.
+    /// The memory limit for a file of a given length.
     std::function<size_t(size_t length)> bytesMax;
-    /// What part of the changed files must be refused for the sweep to be worth its name.
+    /// The share of changed files that must be refused, to prove that the sweep is effective.
     double refusedShare;
 };
 
-/// Cuts the file after each of its bytes, and changes each byte in several ways: a cut file is refused with a line that
-/// says where, a changed one is read or refused with a line, and either takes little memory.
+/// Truncates the file after each byte, and changes each byte in several ways: a truncated file must be refused with a
+/// line that says where, a changed one read or refused with a line, and both must use little memory.
 void sweepDamage(const DamagedFormat& format) {
     SCOPED_TRACE(format.name);
     const auto reads = [&format](std::vector<uint8_t> bytes, std::string* error) {
@@ -137,12 +137,12 @@ TEST(DamagedFiles, AreRefusedOrReadInLittleMemory) {
         {"a palette and titles", archive,
          [&](const Ref<NSData>& file, std::string* error) {
              const auto read = QzTokeningUnarchiver::unarchiveObjectWithData(file, {palette}, error);
-             // What was read is whole: it can be asked, and written.
+             // Whatever was read is valid: it can be queried and written.
              if (read) {
                  EXPECT_FALSE(read->description().empty());
                  EXPECT_TRUE(QzTokeningArchiver::archivedDataWithRootObject(read, {palette}));
              }
-             return read || error->empty();  // other versions yield no object and no error
+             return read || error->empty();  // other versions return null without an error
          },
          "byte ", archive->length(), bytesForObjects, 0.06},
         {"values", values,
@@ -153,7 +153,7 @@ TEST(DamagedFiles, AreRefusedOrReadInLittleMemory) {
                  isRead = NSUnarchiver::unarchiveObjectWithData(file, error) || error->empty();
                  EXPECT_LE(peak.bytes(), bytesForObjects(file->length()));
              }
-             // Writes what was read and reads it again, which takes more.
+             // Writes and rereads the result, which takes more memory.
              EXPECT_EQ(test::checkTypedStream(file->view()), "");
              return isRead;
          },
@@ -183,7 +183,7 @@ struct Reading {
 Reading read(const Ref<NSData>& data) {
     Reading reading;
     const test::AllocationPeak peak;
-    // A null table serves nobody, and harms nobody.
+    // A null table is ignored.
     reading.object = QzTokeningUnarchiver::unarchiveObjectWithData(data, {Ref<QzTokenTable>()}, &reading.error);
     reading.peakBytes = peak.bytes();
     return reading;
@@ -199,7 +199,7 @@ TEST(DamagedFiles, ABitSetTakesNoMoreThanItHas) {
         EXPECT_NE(reading.error, "");
         EXPECT_LE(reading.peakBytes, kBytesOfEmptyReader);
     }
-    // Bytes of no meaning and an empty row are kept as they are.
+    // Meaningless bytes and an empty row are kept.
     for (const std::string_view bytes : {std::string_view("1x\0\xFF", 4), std::string_view()}) {
         const Ref<NSData> data = NSArchiver::archivedDataWithRootObject(QzAnnoBits::initWithBytes(bytes));
         const auto bits = std::dynamic_pointer_cast<QzAnnoBits>(read(data).object);

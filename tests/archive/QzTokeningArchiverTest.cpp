@@ -46,7 +46,7 @@ TEST(QzTokeningArchiver, KeysBecomeThoseOfTheReadersPalette) {
     EXPECT_FALSE(other->isEqual(*string));
     EXPECT_TRUE(other->isEqual(*sampleString(*readers)->copy()));
 
-    // A name that the palette lacks stands for what always applies, and what it marked is kept under that key.
+    // A name missing from the palette becomes the global key, which keeps its positions.
     const Ref<QzAnnoPalette> lacking = paletteOf({"Red"});
     const Ref<QzAnnoKey> global = lacking->annoKeyAtPriority(0);
     const Ref<QzAnnoString> partly = readString(data, {lacking});
@@ -155,13 +155,13 @@ TEST(QzTokeningArchiver, OtherCodersSayWhichOneIsNeeded) {
     const Ref<NSData> data = QzTokeningArchiver::archivedDataWithRootObject(string, {palette});
     EXPECT_FALSE(QzAnnoUnarchiver::unarchiveObjectWithData(data, palette, &error));
     EXPECT_THAT(error, HasSubstr("QzTokeningUnarchiver"));
-    // The error may be left out.
+    // The error is optional.
     EXPECT_FALSE(QzAnnoArchiver::archivedDataWithRootObject(string, palette));
     EXPECT_FALSE(QzAnnoUnarchiver::unarchiveObjectWithData(data, palette));
     EXPECT_FALSE(QzTokeningUnarchiver::unarchiveObjectWithData(NSData::data(), {palette}));
 }
 
-// A table of a host's own kind of tokens, which remembers what it was asked.
+// A table for a host's own kind of token, which records its calls.
 class Speakers final : public QzTokenTable {
 public:
     struct Speaker final : public QzToken {
@@ -203,8 +203,8 @@ TEST(QzTokeningArchiver, TokensOfSeveralTypesGoToTheirTablesAndTheLaterTableOfAT
     EXPECT_EQ(read->elements()[2], later->annoKeyAtPriority(0));
 }
 
-// Stand-ins for keys and strings as older versions wrote them. Their names are as long as those of the real classes, so
-// that they can be exchanged in the bytes.
+// Stand-ins for keys and strings as written by older versions. Their names are as long as the real classes', so that
+// they can be replaced in the bytes.
 struct OldKey final : NSObject {
     explicit OldKey(Ref<NSString> keyName) : name(std::move(keyName)) {}
     std::string className() const override { return "QzOldKey_"; }

@@ -96,7 +96,7 @@ TEST(CInterface, DrawsThePixelsOfThePipeline) {
         EXPECT_TRUE(fromC == expected);
     }
 
-    // Over a frame of opaque white with long rows, and only where `changed` says.
+    // Draws over a frame of opaque white with long rows, and only inside `changed`.
     constexpr int32_t kBytesPerRow = 4 * kWidth + 12;
     Pixels frame(size_t{kBytesPerRow} * kHeight, 255);
     Pixels expected = frame;
@@ -142,7 +142,7 @@ TEST(CInterface, MessagesAreOfTheirThread) {
         EXPECT_EQ(qzanno_palette_load("other.plist", &other), QZANNO_ERROR_FILE);
     }).join();
     EXPECT_THAT(qzanno_last_error(), testing::HasSubstr("mine.plist"));
-    // Cut at a character, not within one.
+    // Cut between characters.
     std::string longPath;
     for (int i = 0; i < 2000; ++i) longPath += "ß";
     ASSERT_EQ(qzanno_palette_load(longPath.c_str(), &palette), QZANNO_ERROR_FILE);

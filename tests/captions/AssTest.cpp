@@ -142,7 +142,7 @@ TEST_F(AssTest, WhatIsNotInTheFormIsSaidOrRefused) {
         ASSERT_THAT(captions.problems, SizeIs(testing::Ge(1u)));
         EXPECT_THAT(linesOf(captions.problems).front(), HasSubstr(c.message));
     }
-    // Each kind once, however often; and what could be scanned again and again from each place is not.
+    // Each kind is reported once, however often it occurs, and scanning is not quadratic.
     EXPECT_THAT(read(kHead + dialogue("{\\fs1}x{\\fs2}y") + dialogue("{\\fs3}z")).problems, SizeIs(1));
     const std::string losses =
         "[Script Info]\nTitle: x\nWrapStyle: 0\nScaledBorderAndShadow: yes\nTimer: 100\n"
@@ -176,7 +176,7 @@ TEST_F(AssTest, ColoursAreReadAsPlayersReadThem) {
     for (const auto& c : cases) EXPECT_EQ(parsedAssColour(c.text), c.colour) << c.text;
 }
 
-// A palette's looks, written as styles and read again, are the looks, as far as the format goes.
+// A palette's looks written as styles read back the same, as far as the format allows.
 TEST_F(AssTest, StylesComeBackAsTheyWere) {
     const auto make = [](const char* name, AssStyle style) {
         style.name = name;
@@ -238,7 +238,7 @@ TEST_F(AssTest, TitlesComeBackWithTheirTextsAndTimes) {
     ASSERT_THAT(captions.cues, SizeIs(texts.size()));
     for (size_t i = 0; i < texts.size(); ++i) {
         std::string text = captions.cues[i].text->string()->utf8();
-        // A backslash is kept from its letter by a character that shows nothing.
+        // An invisible character separates a backslash from the following letter.
         if (const size_t joiner = text.find("\u2060"); joiner != std::string::npos) text.erase(joiner, 3);
         EXPECT_EQ(text, texts[i]);
         EXPECT_DOUBLE_EQ(captions.cues[i].start, 3661.24);

@@ -16,7 +16,7 @@ namespace qz::test {
 class CaptionTest : public testing::Test {
 protected:
     explicit CaptionTest(const std::vector<std::string>& names) {
-        // A palette greets on standard error when it is made.
+        // Making a palette prints a line on standard error.
         setStandardErrorHook([](std::string_view) {});
         palette_ = paletteOf(names);
     }

@@ -28,8 +28,8 @@ protected:
         palette_->replaceAnno(changed);
     }
 
-    // "480 480 0 540 row 2 align 1": left, right, top, bottom and the alignments that a title ends up with on a screen
-    // of 1920 x 1080; what nobody gives is left out.
+    // "480 480 0 540 row 2 align 1": left, right, top, bottom and alignments of a title on a screen of 1920 x 1080;
+    // unset values are left out.
     std::string placed(std::string_view settings, const std::string& text = "One\nTwo", const char* frame = nullptr) {
         CaptionProblems problems;
         return placed(parseCueSettings(settings, 1, problems), text, frame);
@@ -119,7 +119,7 @@ TEST_F(CuePlacementTest, SettingsThatAreNoneAreReported) {
         expected.alignment = CuePlacement::Alignment::left;
         EXPECT_EQ(placement, expected) << setting << " changes nothing else";
     }
-    // What drafts of the format had is told, and read as it was meant; of another edge the number stays.
+    // Values of old drafts are reported and read with their old meaning; for an unknown edge the number is kept.
     for (const auto& [old, now] : std::map<std::string, std::string>{{"line:10%,middle", "line:10%,center"},
                                                                      {"line:-2,top", "line:-2"},
                                                                      {"position:5%,start", "position:5%,line-left"},

@@ -207,7 +207,7 @@ TEST_F(WebVTTTest, TimeGrowsWithTheFileAlone) {
         const auto begin = std::chrono::steady_clock::now();
         ASSERT_TRUE(read(file)) << reason;
         const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
-        // Far above what it takes, far below what a square of the size would.
+        // Far above the linear time, far below quadratic time.
         EXPECT_LT(seconds.count(), 5) << reason;
     }
 }

@@ -63,7 +63,7 @@ protected:
         losses_ = written->losses;
         return written->file;
     }
-    /// Nothing that was kept of the files' own markup helps the writer.
+    /// Removes the original markup, so that the writer cannot reuse it.
     static CaptionFile withoutPayloads(CaptionFile captions) {
         for (CaptionCue& cue : captions.cues) cue.payload.clear();
         return captions;
@@ -178,8 +178,8 @@ TEST_F(WebVTTWriter, keepsNamesThatThePaletteLacks) {
     EXPECT_TRUE(captions.cues[0].text->annotation(others_.keyNamed("Nobody"), 2)) << "one key for a name";
 }
 
-/// Titles that the palette knows in part, written, read, edited and written again: what comes back is what was there
-/// but for the losses that were told.
+/// Writes, reads, edits and rewrites titles whose names are partly in the palette: everything except the reported
+/// losses must come back.
 TEST_F(WebVTTWriter, losesOfRandomTitlesWhatItTells) {
     const std::vector<std::string> names = {"One",     "a b",  "a_b",    "a_b c",  "b",    "i",    "u",
                                             "v",       "c",    "Mary",   "x--",    "é.",   "<&>;", "R&D",
@@ -242,8 +242,8 @@ TEST_F(WebVTTWriter, losesOfRandomTitlesWhatItTells) {
                         if (std::ranges::any_of(losses, [&](const auto& each) { return each.starts_with(loss); }))
                             return {};
                         if (palette_->contains(key)) return key;
-                        // The blanks of a name that the palette lacks may come back as "_" where nothing else is named
-                        // so.
+                        // Blanks in a name missing from the palette may come back as "_" if no other name is spelt that
+                        // way.
                         std::string joined = name;
                         std::ranges::replace(joined, ' ', '_');
                         const bool isFree =

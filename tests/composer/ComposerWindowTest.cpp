@@ -64,7 +64,7 @@ protected:
         QTest::keyClick(window.textWidget(), which, modifiers);
         QApplication::processEvents();
     }
-    /// What saving the picture now would write.
+    /// The picture that saving would write now.
     QImage exported() {
         EXPECT_TRUE(window.savePicture(folder.file("shot.png")));
         QImage image(QString::fromStdString(folder.file("shot.png")));
@@ -80,7 +80,7 @@ protected:
         ADD_FAILURE() << title.toStdString();
         return nullptr;
     }
-    /// Clicks, once a dialog is open, its button of that title; what the dialog says comes back.
+    /// Clicks the button with that title once a dialog is open, and returns the dialog's text.
     std::string answering(const QString& button, const std::function<void()>& act,
                           const std::function<void(QDialog&)>& prepare = {}) {
         std::string said;
@@ -154,7 +154,7 @@ TEST_F(Composer, stylesAWordWithPanelAndEditorAndTakesItBackPixelForPixel) {
     inEditor<QPushButton>("fgcolor")->click();
     auto* colours = qobject_cast<QColorDialog*>(NSColorPanel::sharedColorPanel().widget());
     ASSERT_TRUE(colours && colours->isVisible());
-    // The colour is dragged through many shades; only what is applied counts, as one step.
+    // Drags the colour through many shades; only applying counts, as one step.
     for (int shade = 0; shade <= 100; shade += 10) colours->setCurrentColor(QColor(0, 255, shade));
     EXPECT_EQ(exported(), annotated);
     inEditor<QPushButton>("applyButton")->click();
@@ -263,7 +263,7 @@ TEST_F(Composer, takesBackStepByStepWhereverTheyWereMade) {
         for (size_t i = 0; i < 3; ++i) all += document->titles()[i].text->string()->utf8().substr(0, 5) + "|";
         return all;
     };
-    // What is done in which title, and how the titles were before; going to another title is no step.
+    // The edits, their titles, and the former state; going to another title is not a step.
     std::vector<std::pair<std::string, size_t>> before;
     const auto act = [&](size_t title, const std::function<void()>& action) {
         if (document->current() != title) document->show(title);
@@ -380,7 +380,7 @@ TEST_F(Composer, recoversWhatCrashesLeftAndNothingElse) {
     document->palette()->removeAnno(keyOf("Role"));
     ASSERT_TRUE(QTest::qWaitFor([&] { return files().size() == 1; }));
     EXPECT_TRUE(Recovery::leftBehind(place).isEmpty()) << "its process lives";
-    // A process that ends without tidying up leaves its file and its lock.
+    // A process that ends without cleaning up leaves its file and lock.
     const auto crash = [&] {
         const pid_t crashing = fork();
         if (crashing == 0) {
@@ -429,7 +429,7 @@ TEST_F(Composer, recoversWhatCrashesLeftAndNothingElse) {
         EXPECT_EQ(other->titles()[1].start, 4.5);
         EXPECT_THAT(other->titles()[0].source->preamble, HasSubstr("NOTE"));
         EXPECT_TRUE(next.isWindowModified()) << "it is in no file of the user's";
-        // Only the one that is thrown away goes; the rest stays on show.
+        // Only the discarded one disappears; the rest stay listed.
         QTimer::singleShot(300, &next, [] { qobject_cast<QDialog*>(QApplication::activeModalWidget())->reject(); });
         answering(
             "Discard", [&] { next.offerRecovery(); }, choose("can be read"));
@@ -477,7 +477,7 @@ TEST_F(Composer, keepsTheFilesOpenedLast) {
 }
 
 TEST_F(Composer, isReachedByTabsAndReadAloud) {
-    // Every control that takes the keys is on the way of Tab, which comes back to where it began.
+    // Tab visits every focusable control and returns to the first.
     const auto walk = [](QWidget& top) {
         top.activateWindow();
         QApplication::processEvents();
@@ -495,7 +495,7 @@ TEST_F(Composer, isReachedByTabsAndReadAloud) {
     const auto check = [&](QWidget& top, const std::string& page) {
         const std::vector<QWidget*> reached = walk(top);
         for (QWidget* widget : top.findChildren<QWidget*>()) {
-            // The parts of which the toolkit builds a control have no names of their own.
+            // The toolkit's internal parts of controls have no names.
             const bool isControl = !widget->objectName().isEmpty() && !widget->objectName().startsWith("qt_") &&
                                    !qobject_cast<QLabel*>(widget) &&
                                    (qobject_cast<QAbstractButton*>(widget) || !widget->property("binding").isNull());

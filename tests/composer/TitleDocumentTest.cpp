@@ -111,7 +111,7 @@ TEST_F(Document, answersForScreenAndFrame) {
     EXPECT_EQ(coverage(), "RRRRRRR");
 }
 
-/// The annotations of the titles by name, with a "?" for those that the palette lacks, whose blanks may be "_".
+/// The annotations of the titles by name, with a "?" for those missing from the palette, whose blanks may be "_".
 std::string looks(const TitleDocument& document) {
     std::string result;
     for (const Title& title : document.titles()) {
@@ -165,7 +165,7 @@ TEST_F(Document, keepsItsNamesUnderAWrongPaletteAndHasThemBackUnderTheRightOne) 
     EXPECT_FALSE(document->titlesAreEdited() || document->paletteIsEdited());
     EXPECT_EQ(file(), captions);
 
-    // Or by undo, which brings back the former annotations themselves and goes on behind them.
+    // Or by undo, which restores the former annotations and continues with earlier steps.
     document->undoManager()->undo();
     EXPECT_EQ(document->paletteFile(), "wrong.plist");
     document->undoManager()->undo();
@@ -224,7 +224,7 @@ TEST_F(Document, revivesNamesThatThePaletteGets) {
     document->undoManager()->undo();
     EXPECT_EQ(looks(*document), before);
     EXPECT_FALSE(document->titlesAreEdited());
-    // Deleted, an annotation stays on its titles, for the undo and for a palette that has it.
+    // A deleted annotation stays on its titles, for undo and for a palette that has it.
     document->toggleFrameAnno(red);
     palette->removeAnno(red);
     EXPECT_THAT(looks(*document), testing::StartsWith("0:Lower_Third?,Red?,"));
@@ -232,8 +232,8 @@ TEST_F(Document, revivesNamesThatThePaletteGets) {
     EXPECT_EQ(looks(*document), before);
 }
 
-/// Random work on titles and palette: every step is taken back exactly, and palettes that are opened in turn leave the
-/// titles with their names.
+/// Random edits of titles and palette: every step is undone exactly, and opening palettes in turn keeps the titles'
+/// names.
 TEST_F(Document, takesBackEveryStepWhateverPaletteIsOpened) {
     const std::vector<std::string> names = {"Big", "Red", "Lower Third", "Lower_Third", "X"};
     const auto paletteOf = [](const std::vector<std::string>& chosen) {
@@ -287,7 +287,7 @@ TEST_F(Document, takesBackEveryStepWhateverPaletteIsOpened) {
             document->undoManager()->endEvent();
             if (state() != states.back()) states.push_back(state());
         }
-        // Palettes that lack names, or have them otherwise, change nothing for the one that comes back.
+        // Palettes without some names, or with other spellings, do not affect the palette that is reopened.
         const auto now = palette->pListData();
         const std::string before = looks(*document);
         document->replacePalette(paletteOf(chosen()));

@@ -1,4 +1,4 @@
-// A service that renders titles for weeks: memory stays flat once its caches have filled.
+// For a service that renders titles for weeks: memory stays flat once its caches are full.
 #include <cstdio>
 #include <random>
 #include <vector>
@@ -15,14 +15,14 @@
 namespace qz {
 namespace {
 
-/// Of the libraries beneath too.
+/// Includes the libraries beneath.
 double bytesInUse() {
     const struct mallinfo2 info = ::mallinfo2();
     return static_cast<double>(info.uordblks + info.hblkhd);
 }
 
-/// Words of Latin with accents, Hebrew, Arabic, and Chinese. What is remembered of letters and of words, in caches with
-/// bounds of their own, is then all there after some hundred titles.
+/// Words of Latin with accents, Hebrew, Arabic, and Chinese. The bounded caches of letters and words are then full
+/// after some hundred titles.
 std::vector<std::u16string> vocabulary(std::minstd_rand& random) {
     constexpr std::pair<char16_t, int> kAlphabets[] = {{u'A', 58}, {0xC0, 60}, {0x5D0, 27}, {0x627, 36}, {0x4E00, 200}};
     std::vector<std::u16string> words(100);
@@ -34,7 +34,7 @@ std::vector<std::u16string> vocabulary(std::minstd_rand& random) {
     return words;
 }
 
-/// Of which hardly one is like another.
+/// Titles hardly ever repeat.
 std::u16string randomTitle(const std::vector<std::u16string>& words, std::minstd_rand& random) {
     std::u16string text;
     for (size_t word = 0; word < 3 + random() % 5; ++word)
@@ -50,14 +50,14 @@ TEST(FlatMemory, TitlesLeaveNothingBehind) {
                                                                  {QzBackgroundWidthAttribute, test::number(2)}});
     const Ref<QzAnnoKey> red = test::addAnnotation(*palette, "Red", {{QzTextColorAttribute, test::rgba(1, 0, 0)}});
     const auto kept = GlyphCache::init();
-    kept->setBytesMax(1 << 20);  // full long before the measuring begins
+    kept->setBytesMax(1 << 20);  // full long before measuring begins
 
     std::minstd_rand random(3);
     const std::vector<std::u16string> words = vocabulary(random);
     auto screen = QzAnnoStringToScreen::init();
     double warm = 0, last = 0;
     for (int title = 0; title < kTitles; ++title) {
-        // Pipelines come and go as well.
+        // Replace pipelines too.
         if (title % 50 == 0) screen = QzAnnoStringToScreen::init();
         screen->layoutManager()->setGlyphCache(kept);
         screen->setPalette(palette);
@@ -67,7 +67,7 @@ TEST(FlatMemory, TitlesLeaveNothingBehind) {
         string->addAnno(red, {0, string->length() / 2});
         screen->setAnnoString(string);
         ASSERT_TRUE(screen->bitmapInFullScreen(title % 2 == 0));
-        // Behind the last pipeline of fifty, so that each time the same things are alive.
+        // Measure after every fifty titles, so that the same objects are alive each time.
         if (title % 50 != 49) continue;
         if (title < kWarm) warm = std::max(warm, bytesInUse());
         last = bytesInUse();

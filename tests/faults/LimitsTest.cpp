@@ -1,4 +1,4 @@
-// What is more than a limit is refused in one line, and what is at the limit is not.
+// Anything beyond a limit is refused in one line, and anything at the limit is accepted.
 #include <algorithm>
 #include <functional>
 

@@ -1,6 +1,6 @@
-// Memory that runs out at any moment of a piece of work: `std::bad_alloc` leaves the call and nothing else happens. The
-// same work done afterwards gives what it always gives, and holds no block more. A save leaves the old file or the new
-// one, whole.
+// Memory runs out at any point during an operation: the call throws `std::bad_alloc` and nothing else happens.
+// Repeating the operation gives the usual result and leaks nothing. A save leaves either the whole old file or the
+// whole new one.
 #include <functional>
 #include <new>
 
@@ -90,8 +90,7 @@ TEST(MemoryFault, EndsARenderAndASaveOrChangesNothing) {
     EXPECT_GT(refused, 50u);
 }
 
-/// Makes the edit of a string of its own, failing allocation after allocation: a string is what it was, or what the
-/// edit makes of it, and never between.
+/// Edits a new string with each allocation failing in turn: the string is either unchanged or fully edited.
 template <class String>
 uint64_t failEachAllocationOfEdit(const std::function<Ref<String>()>& make, const std::function<void(String&)>& edit,
                                   const char* name) {
@@ -129,7 +128,7 @@ void failEachAllocationOfEdits(const std::function<Ref<String>()>& make, const E
 TEST(MemoryFault, LeavesAnAnnotatedStringAsItWas) {
     const Ref<QzAnnoPalette> styles = test::strokedPalette(20, 3);
     const Ref<QzAnnoKey> red = styles->annoKeyAtPriority(1), other = QzAnnoKey::keyWithName("other"_ns);
-    // Longer than a row is at first, and with a key that the title lacks.
+    // Longer than a new row, and with a key that the title does not have.
     const auto added = QzMutableAnnoString::initWithString(NSString::stringWithCharacters(std::u16string(3000, u'x')));
     added->addAnno(other, {1, 2998});
     const Ref<NSSet> both = NSSet::setWithObjects(std::vector<Ref<QzAnnoKey>>{red, other});
@@ -151,7 +150,7 @@ TEST(MemoryFault, LeavesAnAnnotatedStringAsItWas) {
 TEST(MemoryFault, LeavesAnAttributedStringAsItWas) {
     const Ref<NSDictionary> red = test::dictionaryOf({{"colour"_ns, "red"_ns}});
     const Ref<NSDictionary> large = test::dictionaryOf({{"size"_ns, test::number(90)}});
-    // Its lists of characters and of runs are full, so that whatever is added takes memory.
+    // Its lists of characters and runs are full, so that any addition allocates.
     const auto make = [&] {
         const auto text = NSMutableAttributedString::init();
         for (int run = 0; run < 8; ++run) text->appendString(u"four", run % 2 ? red : large);

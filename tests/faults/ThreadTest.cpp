@@ -1,5 +1,5 @@
-// Pipelines on distinct threads, each with a palette and strings of its own, on the fonts that all share: every one
-// draws what a thread alone draws. The preset "tsan" looks for races beneath.
+// Pipelines on distinct threads, each with its own palette and strings, sharing fonts: each draws the same as a single
+// thread. The preset "tsan" detects races.
 #include <latch>
 #include <thread>
 #include <vector>
@@ -44,7 +44,7 @@ TEST(Threads, DrawWhatAThreadAloneDraws) {
     setStandardErrorHook([](std::string_view) {});
     constexpr int kThreads = 4;
     std::vector<std::vector<std::string>> drawn(kThreads);
-    // At once, and before anything is remembered: fonts are opened and fallbacks found by all of them together.
+    // Start together, before anything is cached, so that all threads open fonts and find fallbacks concurrently.
     std::latch start(kThreads);
     std::vector<std::thread> threads;
     for (std::vector<std::string>& titles : drawn) {

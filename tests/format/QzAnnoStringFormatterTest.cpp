@@ -101,7 +101,7 @@ TEST_F(FormatterTest, AnnotationsComeBackFromTheFormattedText) {
         }
         const auto back = QzMutableAnnoString::initWithKeyedAttributedString(*format(string));
         for (uint32_t i = 0; i < length; ++i) {
-            // A run may reach past the text's end in the bit sets, but not in what is asked of the strings.
+            // A run may reach past the text's end in the bit sets, but not in the strings' queries.
             ASSERT_TRUE(areEqual(string->annotationsAtIndex(i), back->annotationsAtIndex(i))) << i;
         }
     }

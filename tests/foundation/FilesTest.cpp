@@ -31,7 +31,7 @@ TEST(Files, ReplacesContentAndKeepsTheMode) {
     const std::string path = folder.file("palette.plist");
     ASSERT_TRUE(writeText(path, "old content"));
     ASSERT_EQ(::chmod(path.c_str(), 0640), 0);
-    // Whoever reads the old file at this moment keeps reading the old content.
+    // A reader of the old file keeps reading the old content.
     std::FILE* reader = std::fopen(path.c_str(), "r");
     ASSERT_TRUE(writeText(path, "new"));
     char old[16] = {};
@@ -107,7 +107,7 @@ TEST(Files, ReadingIsBounded) {
     EXPECT_EQ(error, "");
     EXPECT_FALSE(readFile(path, &error, 9));
     EXPECT_THAT(error, HasSubstr("limit of 9 bytes"));
-    // Endless, and without a size that is known beforehand.
+    // Endless and of unknown size.
     EXPECT_FALSE(readFile("/dev/zero", &error, 3'000'000));
     EXPECT_THAT(error, HasSubstr("larger than"));
     EXPECT_GT(readText("/proc/self/maps").size(), 100u);
@@ -119,7 +119,7 @@ TEST(Files, ReadingIsBounded) {
 
 constexpr size_t kBytes = 3'000'000;
 
-/// Runs the work in a process of its own, which ends with its answer.
+/// Runs the work in a child process, which exits with its result.
 pid_t inChild(const auto& work) {
     const pid_t child = ::fork();
     if (child == 0) ::_exit(work() ? 0 : 1);
@@ -131,12 +131,12 @@ bool succeeded(pid_t child) {
     return ::waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-// Saving while the world goes wrong: at any moment the path holds the old content or a new one, whole.
+// Saving during failures: at any moment the path has either the whole old content or the whole new one.
 TEST(FileFault, AFullDiskLeavesTheOldFile) {
     const TemporaryFolder folder;
     const std::string path = folder.file("palette.plist");
     ASSERT_TRUE(writeText(path, "old"));
-    // A limit of the process stands for the disk's: the system refuses the bytes beyond it in the same way.
+    // A process limit simulates a full disk: the system refuses further bytes in the same way.
     EXPECT_TRUE(succeeded(inChild([&] {
         const rlimit limit = {kBytes / 2, kBytes / 2};
         std::string error;
@@ -188,7 +188,7 @@ TEST(FileFault, AKilledSaveLeavesTheOldFileOrTheNew) {
     }
 }
 
-/// Two programs save to one path: whoever is last wins, and nobody sees a mixture.
+/// Two programs save to one path: the last one wins, and readers never see a mixture.
 TEST(FileFault, ATargetThatIsReplacedMeanwhileIsNeverMixed) {
     const TemporaryFolder folder;
     const std::string path = folder.file("title.png");

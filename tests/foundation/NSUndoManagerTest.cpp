@@ -168,7 +168,7 @@ TEST_F(NSUndoManagerTest, ACallMayForgetTheRestOfItsGroup) {
 }
 
 TEST_F(NSUndoManagerTest, ObjectsThatCallBackWhenTheyAreForgotten) {
-    // What a call holds may be the last owner of a target, which forgets its calls when it dies.
+    // A call's captures may be the last owner of a target, which removes its calls when destroyed.
     struct Guest {
         const Ref<NSUndoManager>& manager;
         const Ref<NSObject>& target;

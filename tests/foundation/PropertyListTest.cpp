@@ -36,7 +36,7 @@ Ref<NSObject> readBack(std::string_view file, std::string* error = nullptr) {
     return NSPropertyListSerialization::propertyListFromData(*NSData::dataWithBytes(file), error);
 }
 
-// The error of a file that is refused, checked to be one line; "(read)" for one that is read.
+// The error for a refused file, checked to be one line; "(read)" if it is accepted.
 std::string errorOf(std::string_view file) {
     std::string error;
     if (readBack(file, &error)) return "(read)";
@@ -68,7 +68,7 @@ std::string encoded(std::u16string_view text, bool bigEndian, bool withMark) {
     return bytes;
 }
 
-// One of everything, in an order that is not the alphabet's.
+// One of everything, not in alphabetical order.
 Ref<NSObject> sample() {
     std::vector<uint8_t> bytes(100);
     for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<uint8_t>(i * 37);

@@ -10,14 +10,14 @@
 
 namespace qz::test {
 
-/// Writes the bytes of a typed stream of either byte order as they are told, knowing no tables, so that streams that
-/// our own writer would never write can be made, and its output be checked.
+/// Writes the bytes of a typed stream of either byte order verbatim, without tables, to make streams that our writer
+/// would never write, and to check its output.
 class StreamBytes {
 public:
     explicit StreamBytes(bool isBigEndian = false) : isBigEndian_(isBigEndian) {
         byte(4).byte(11).raw(isBigEndian ? "typedstream" : "streamtyped").byte(0x81).word(1000, 2);
     }
-    /// A little-endian stream of what the words say, see `add`.
+    /// A little-endian stream described by words, see `add`.
     explicit StreamBytes(const std::string& words) : StreamBytes() { add(words); }
     explicit StreamBytes(const char* words) : StreamBytes() { add(words); }
 

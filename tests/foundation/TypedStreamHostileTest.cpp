@@ -21,7 +21,7 @@ using test::StreamBytes;
 using testing::HasSubstr;
 using testing::Not;
 
-// The tables of a reader that has read nothing yet, and one line of error.
+// Memory for the tables of a new reader and one line of error.
 constexpr size_t kBytesOfEmptyReader = 8192;
 
 struct Outcome {
@@ -53,7 +53,7 @@ std::string listingErrorOf(const NSData& data) {
     return error;
 }
 
-// Stands for a class of a later version: its objects hold what a case is about, and decoding skips them.
+// Represents a class of a later version: its objects contain the case's data, and decoding skips them.
 const CodedClassRegistration passedOver({.name = "QzPassedOver",
                                          .decode = [](NSUnarchiver&) { return Ref<NSObject>(); }});
 
@@ -106,7 +106,7 @@ StreamBytes comparedTowers() {
     return stream.end();
 }
 
-// A type string that is paid for once and used by references of one byte.
+// A type string stored once and used by references of one byte.
 StreamBytes usedTypes(StreamBytes stream, const std::string& types, int uses) {
     stream.text(types);
     const uint32_t number = stream.bytes().find("QzPassedOver") == std::string::npos ? 0 : 3;
@@ -223,7 +223,7 @@ TEST(TypedStreamHostile, MemoryOfManySmallPartsIsBounded) {
 }
 
 TEST(TypedStreamHostile, WhatIsOddButAllowed) {
-    // The same key twice: the later one wins. Groups behind the root are another's business.
+    // The same key twice: the later one wins. Groups after the root are ignored.
     std::string error;
     const Ref<NSObject> read = NSUnarchiver::unarchiveObjectWithData(
         StreamBytes("<@> ( NSDictionary:0 NSObject:0 ~ <i> 2 ^0 ( NSString:1 ^2 <+> 1 'k' ) ^0 ^3 "

@@ -88,7 +88,7 @@ const CodedClassRegistration nodeRegistration({.name = "QzNode",
                                                .allocate = []() -> Ref<NSObject> { return std::make_shared<QzNode>(); },
                                                .fill = fillNode});
 
-// A class whose objects another one stands in for, as a palette's keys do for those of an archive.
+// A class whose objects are replaced on reading, as an archive's keys are by a palette's.
 const Ref<NSString> stand_in = "the palette's own"_ns;
 const CodedClassRegistration replacedRegistration({.name = "QzReplaced",
                                                    .version = 1,
@@ -124,7 +124,7 @@ std::string bytesOf(std::string_view hexText) {
 }
 
 TEST(TypedStream, IntegersTakeTheShortestFormInBothByteOrders) {
-    // Every place where the form changes, from both sides.
+    // Both sides of every boundary between forms.
     const struct {
         const char* code;
         int64_t value;
@@ -262,7 +262,7 @@ Ref<NSObject> randomGraph(uint32_t seed, uint32_t size) {
     std::vector<Ref<NSObject>> pool = {NSNull::null()};
     const auto known = [&] { return pool[random() % pool.size()]; };
     while (pool.size() < size) {
-        // Of every magnitude, so that each length of the coded form is met.
+        // Of every magnitude, to cover each length of the coded form.
         const auto integer = static_cast<int64_t>(uint64_t{random()} << 32 | random()) >> random() % 64;
         const std::string text(random() % 40 ? random() % 12 : 300, static_cast<char>('a' + random() % 26));
         const Ref<NSString> string = NSString::stringWithUTF8String(text + "\u00E9\U0001F600");
@@ -297,7 +297,7 @@ TEST(TypedStream, GraphsKeepValuesShapeAndSharing) {
         const auto read = NSUnarchiver::unarchiveObjectWithData(NSData::dataWithBytes(std::string_view(bytes)), &error);
         ASSERT_TRUE(read) << error;
         ASSERT_TRUE(read->isEqual(*graph));
-        // The same bytes come of the same kinds, with the same objects in several places.
+        // The same kinds and shared objects give the same bytes.
         ASSERT_EQ(hex(archived(read)), hex(bytes));
     }
 }
@@ -378,7 +378,7 @@ TEST(TypedStream, DamagedCharactersDoNotCostTheText) {
     EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("UTF-8"))) << "U+FFFD itself is no damage";
 }
 
-// Holds what cannot be written, and says where.
+// Contains an object that cannot be written, and says where.
 class QzUncoded : public NSObject {
 public:
     std::string className() const override { return "QzUncoded"; }

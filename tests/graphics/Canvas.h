@@ -7,7 +7,7 @@
 
 namespace qz {
 
-/// A bitmap to draw on in black, y downward, whose alpha is the coverage; and what it shows afterwards.
+/// A bitmap for drawing in black, y downward, so that alpha is coverage, with functions to inspect it.
 struct Canvas {
     static constexpr int32_t kSide = 64;
 
@@ -20,7 +20,7 @@ struct Canvas {
 
     int alphaAt(int32_t x, int32_t y) const { return bitmap->row(y)[4 * x + 3]; }
 
-    /// Coverage of the whole, in pixels.
+    /// The total coverage, in pixels.
     double area() const {
         double sum = 0;
         for (int32_t y = 0; y < bitmap->pixelsHigh(); ++y) {

@@ -48,7 +48,7 @@ TEST(Compositing, AllLoopsOfThisMachineDoAsTheyAreDefined) {
     }
 }
 
-// Where it lies, and what it is thinned by.
+// Placement and opacity.
 TEST(Compositing, MasksAndBitmapsLieWhereTheyAreMovedTo) {
     const CoverageMask mask = maskOf({0, 0, 2, 1}, 51);
     CoverageMask target = maskOf({9, 5, 4, 2}, 100);
@@ -59,9 +59,9 @@ TEST(Compositing, MasksAndBitmapsLieWhereTheyAreMovedTo) {
     std::fill_n(source->row(0), 4, uint8_t{200});
     std::fill_n(under->row(0), 8, uint8_t{77});
     blendBitmap(*source, 1, 0, *under, 128);
-    // 200 thinned by 128 is 100; of 77 stay 155 parts of 255.
+    // 200 at opacity 128 is 100; 155/255 of 77 remain.
     EXPECT_EQ(std::vector(under->row(0) + 3, under->row(0) + 5), (std::vector<uint8_t>{77, 147}));
-    const uint8_t impossible[] = {255, 255, 255, 0};  // as a filter may leave it: must saturate, not wrap
+    const uint8_t impossible[] = {255, 255, 255, 0};  // as a filter may produce: must saturate, not wrap
     std::copy_n(impossible, 4, source->row(0));
     blendBitmap(*source, 0, 0, *under);
     EXPECT_EQ(under->row(0)[0], 255);
@@ -85,7 +85,7 @@ TEST(Compositing, WhatHangsOverAnyEdgeIsCutAndPaddingIsNeverWritten) {
         OddRows masked, placed, copied;
         blendMask(maskOf(c.box, 255), {255, 255, 255, 255}, *masked.bitmap);
         EXPECT_EQ(std::ranges::count(masked.bytes, 255), 4 * c.pixels) << c.reason;
-        // Coverage that tells its place, so that a wrong corner of the mask or of the bitmap shows.
+        // Coverage that depends on the position, to detect a wrong corner of the mask or bitmap.
         CoverageMask mask = maskOf(c.box, 0);
         const auto source = bitmapOf(c.box.width, c.box.height);
         for (int32_t y = 0; y < c.box.height; ++y) {

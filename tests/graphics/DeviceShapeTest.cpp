@@ -55,7 +55,7 @@ private:
     std::mt19937 random_;
 };
 
-// Miters, caps, turned and squeezed pens: a box that is too small would cut them off.
+// Miters, caps, rotated and squeezed pens, which too small a box would cut off.
 TEST(DeviceShape, NothingIsCoveredOutsideThePixelBounds) {
     const unsigned seed = 7041;
     RandomShapes random(seed);
@@ -94,7 +94,7 @@ TEST(DeviceShape, BoundsGrowByMitersOnlyWhereTheyAre) {
     EXPECT_TRUE(DeviceShape::fillOf(square, {}).pixelBounds({30, 0, 50, 50}).isEmpty()) << "touching is outside";
 }
 
-// What leaves the range of fixed-point numbers is cut first; inside the box that must not show.
+// Geometry beyond the fixed-point range is clipped first, which must not be visible inside the box.
 TEST(DeviceShape, FarGeometryLooksAsItsNearPartDoes) {
     const auto lineThrough = [](double reach) {
         NSBezierPath path = polyline({{32 - reach, 32 - reach / 2}, {32, 32}, {32 + reach, 32 - reach}});

@@ -29,7 +29,7 @@ double distanceToLines(Point p, const std::vector<Point>& points) {
     return nearest;
 }
 
-// By de Casteljau's construction, which shares nothing with the polynomial that flattening evaluates.
+// By de Casteljau's construction, independent of the polynomial used in flattening.
 Point onCurve(Point a, Point b, Point c, Point d, double t) {
     const auto between = [t](Point p, Point q) { return Point{p.x + t * (q.x - p.x), p.y + t * (q.y - p.y)}; };
     const Point ab = between(a, b), bc = between(b, c), cd = between(c, d);

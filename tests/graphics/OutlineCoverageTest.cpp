@@ -34,7 +34,7 @@ double areaOf(const CoverageMask& mask) {
     return sum / 255;
 }
 
-// The other rasteriser, which keeps edges apart, is the referee: few pixels may differ by more than a shade.
+// Compares with the general rasteriser: only few pixels may differ by more than a shade.
 TEST(OutlineCoverage, IsThatOfTheGeneralRasteriser) {
     NSBezierPath letterO = ringOf({48.3, 47.6}, {30}, 48);
     letterO.appendBezierPath(ringOf({48.3, 47.6}, {18}, 32, -1));
@@ -80,7 +80,7 @@ TEST(OutlineCoverage, IsThatOfTheGeneralRasteriser) {
     }
 }
 
-// Whole pixels and halves, exactly; and the same in any part of the plane that a tile cuts out.
+// Exact for whole and half pixels, and the same in every tile of the plane.
 TEST(OutlineCoverage, IsExactAndTheSameInEveryTile) {
     const DeviceShape halves = DeviceShape::fillOfGlyph(NSBezierPath::bezierPathWithRect({{10.5, 10}, {5, 3.25}}), {});
     CoverageMask mask;
@@ -108,7 +108,7 @@ TEST(OutlineCoverage, IsExactAndTheSameInEveryTile) {
     }
 }
 
-// What is traced from a mask covers, filled again, what the mask did.
+// Filling the outline traced from a mask restores its coverage.
 TEST(SilhouetteTracing, GivesBackTheShape) {
     NSBezierPath letterO = ringOf({48.3, 47.6}, {30}, 48);
     letterO.appendBezierPath(ringOf({48.3, 47.6}, {18}, 32, -1));

@@ -184,7 +184,7 @@ TEST_F(AttributeAssemblyTest, HostileValuesCountAsAbsentWithOneLine) {
 }
 
 TEST_F(AttributeAssemblyTest, InlinesAreWhatTheAnnotationsDoNotGive) {
-    // 12.1 and 4.3 have no exact 32-bit form, and fonts and styles hold such.
+    // 12.1 and 4.3 have no exact 32-bit form, which fonts and styles store.
     const auto key = annotation("Title", {{QzFontAttribute, "DejaVuSans"_ns},
                                           {QzFontSizeAttribute, number(12.1)},
                                           {QzLeadingAttribute, number(4.3)},
@@ -193,7 +193,7 @@ TEST_F(AttributeAssemblyTest, InlinesAreWhatTheAnnotationsDoNotGive) {
     const auto complete = palette_->assembleCompleteAttributes(palette_->attributesForSet(NSSet::setWithObject(key)));
     EXPECT_EQ(palette_->findInlines(complete)->description(), "{}");
 
-    // Traits meet on a run, and the font that they lead to is no formatting of its own.
+    // Traits combine on a run, and the resulting font is not formatting in itself.
     const auto bold = annotation("b", {{QzBoldAttribute, NSNumber::numberWithInt(1)}});
     const auto italic = annotation("i", {{QzItalicAttribute, number(1)}});
     const auto traited = palette_->assembleCompleteAttributes(

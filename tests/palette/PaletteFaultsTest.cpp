@@ -136,7 +136,7 @@ TEST(PaletteFaultsTest, FontsAreSoughtAsARunOfTheAnnotationGetsThem) {
                  font(QzFontAttribute, "No Such Font") + "</dict>"),
         ElementsAre("odd style|FontName as NSString|" + missing("DejaVuSans-Wobbly"),
                     "full|Full FontName as NSString|" + missing("No Such Font")));
-    // What the global annotation names wrongly is reported there only.
+    // A wrong name in the global annotation is reported only there.
     EXPECT_THAT(faultsOf("<dict>" + font(QzFontAttribute, "No Such Font") + "</dict><dict>" +
                          font(QzAnnoPalette_AnnotationNameKey, "plain") + "</dict>"),
                 ElementsAre("GLOBALS|Full FontName as NSString|" + missing("No Such Font")));

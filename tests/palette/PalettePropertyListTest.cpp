@@ -21,7 +21,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-/// A palette whose values have each kind that is stored, and a name that needs escapes.
+/// A palette with a value of every storable kind, and a name that needs escaping.
 Ref<QzAnnoPalette> richPalette() {
     const Ref<QzAnnoPalette> palette =
         test::paletteWithGlobals({{QzFontSizeAttribute, test::number(12.1)},
@@ -59,7 +59,7 @@ protected:
 TEST_F(PalettePropertyListTest, WhatIsWrittenReadsBackWholeAndLocked) {
     const auto data = richPalette()->pListData();
     ASSERT_TRUE(data);
-    // What files of other programs hold under these names.
+    // Values that other programs' files have under these names.
     for (const char* element :
          {"<key>FontSize as NSNumber(float)</key>\n\t\t\t<real>12.1</real>",
           "<key>Object Name</key>\n\t\t\t\t<string>NSColor RGBCalibrated</string>",

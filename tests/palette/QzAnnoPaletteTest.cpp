@@ -15,7 +15,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// What a palette or a string gives out cannot change it.
+// Objects returned by a palette or a string cannot change it.
 template <class Anno>
 concept CanBeRestyled = requires(Anno anno) {
     anno->setAttributes({});
@@ -134,7 +134,7 @@ TEST_F(QzAnnoPaletteTest, QueriesTellGlobalOwnAndForeignKeysApart) {
     EXPECT_THAT(palette_->description(), testing::StartsWith("Palette #" + number + "\n 2 : Annotation \"Title\""));
 }
 
-// Those within the stack are among the random edits.
+// Edits inside the stack are covered by the random edits.
 TEST_F(QzAnnoPaletteTest, EditsOfForeignKeysChangeAndTellNothing) {
     create("low");
     const Ref<QzAnnoKey> unbound = QzAnnoKey::keyWithName("low"_ns);

@@ -16,7 +16,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 namespace fs = std::filesystem;
 
-/// Many titles, files and machines. Pictures are small, since they are not what is asked about.
+/// Many titles, files and machines. Pictures are small, since they are not under test.
 class BatchTest : public ToolTest {
 protected:
     // A SubRip file of cues with these texts, two seconds each.
@@ -39,7 +39,7 @@ protected:
         return subRip(texts);
     }
 
-    // What is below a folder: every file's path and content.
+    // Every file in a folder and its subfolders: path and content.
     std::map<std::string, std::string> filesOf(const std::string& name) const {
         std::map<std::string, std::string> files;
         for (const auto& entry : fs::recursive_directory_iterator(path(name))) {
@@ -130,7 +130,7 @@ TEST_F(BatchTest, ThreadsChangeNothingAndTitlesThatLookTheSameAreDrawnOnce) {
     const auto entry = nlohmann::json::parse(linesOf(contentOf("m.jsonl")).at(2));
     EXPECT_EQ(entry["sameAs"], "out/0002.png");
     EXPECT_EQ(entry["start"], 121);
-    // An independent program agrees about the checksum.
+    // An independent program computes the same checksum.
     const std::string sum = shell("sha256sum out/0003.png").out;
     EXPECT_EQ(entry["sha256"], sum.substr(0, sum.find(' ')));
     EXPECT_EQ(entry["bytes"], contentOf("out/0003.png").size());
@@ -151,7 +151,7 @@ TEST_F(BatchTest, AKilledRunGoesOnWhereItWas) {
     ASSERT_EQ(run(render).exitCode, 0);
     const auto whole = filesOf("out");
     const std::string manifest = contentOf("m.jsonl");
-    // A machine under load may let the run end before the kill arrives.
+    // On a loaded machine the run may end before the kill arrives.
     for (int attempt = 0; attempt < 5 && !exists("m.jsonl.part"); ++attempt) {
         fs::remove_all(path("out"));
         fs::remove(path("m.jsonl"));

@@ -20,7 +20,7 @@ protected:
     }
     static bool isRed(int red, int green, int blue) { return red > 200 && green < 60 && blue < 60; }
 
-    // Where something else than the grey of the background is, in a raw frame of 1920 x 1080 in RGB.
+    // The box of pixels other than the grey background, in a raw RGB frame of 1920 x 1080.
     static Box boxOf(const std::string& frame, bool (*counts)(int, int, int)) {
         Box box;
         const auto* const bytes = reinterpret_cast<const uint8_t*>(frame.data());
@@ -34,7 +34,7 @@ protected:
     }
 };
 
-// The very thing that players draw scripts with is the referee.
+// Compares with the library that players use for drawing scripts.
 TEST_F(ExportTest, PlayersDrawAScriptWhereTheTitleIs) {
     const struct {
         const char *palette, *cue;

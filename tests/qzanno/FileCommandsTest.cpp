@@ -165,7 +165,7 @@ TEST_F(PaletteCommandTest, CheckNamesEachFault) {
     EXPECT_THAT(sound.err, IsEmpty());
 }
 
-// Ratios and bounds as WCAG 2.1 and its commentators give them: #777 on white is the best known near miss.
+// Ratios and limits from WCAG 2.1 and its literature: #777 on white is the best-known near miss.
 TEST_F(PaletteCommandTest, CheckWarnsOfWhatIsHardToRead) {
     const std::string font = "<key>Full FontName as NSString</key><string>DejaVu Sans</string>";
     const std::string good = font + margins(100);
@@ -206,7 +206,7 @@ TEST_F(PaletteCommandTest, CheckWarnsOfWhatIsHardToRead) {
         EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), warning.empty() ? 0 : 1) << result.err;
         EXPECT_EQ(run("palette check p.plist --strict").exitCode, warning.empty() ? 0 : 1);
     }
-    // An annotation is told of what it changes, with what the global style gives it.
+    // An annotation is checked for what it changes, combined with the global style.
     write("p.plist", paletteFile(good + size(40) + kWhiteText + box(0),
                                  annotation("Dim", grey("NSColor", 0.3)) + annotation("Low", margins(10))));
     const ToolResult result = run("palette check p.plist -s 1280x720");

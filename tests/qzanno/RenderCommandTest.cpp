@@ -268,7 +268,7 @@ TEST_F(RenderTest, BadInputGetsALineAndLeavesFilesAlone) {
     }
 }
 
-// Looks go to the threads with their titles, and whatever a look says makes another picture.
+// Looks are passed to the threads with their titles, and every property of a look changes the picture.
 TEST_F(RenderTest, AFilesOwnLooksAreDrawnAndMakePicturesOfTheirOwn) {
     const std::string head =
         "[Script Info]\nPlayResX: 320\nPlayResY: 180\n[V4+ Styles]\nFormat: Name, PrimaryColour\n"

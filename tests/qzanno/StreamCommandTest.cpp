@@ -59,7 +59,7 @@ TEST_F(StreamTest, CaptionsAreShownFromTheirFirstFrameToTheirLast) {
         ASSERT_EQ(result.out.size() % kFrameBytes, 0u);
         EXPECT_EQ(lettersOf(result.out), c.frames) << c.reason;
     }
-    // 900 frames of 30000/1001 a second last 30.03 s: a cue at 30.03 s begins in frame 900 to the frame.
+    // 900 frames at 30000/1001 per second last 30.03 s, so a cue at 30.03 s begins exactly in frame 900.
     write("late.srt", "00:00:30,030 --> 00:00:30,090\nOne\n");
     const ToolResult late = run("stream late.srt --fps 30000/1001 --changes" + size);
     EXPECT_THAT(late.out, HasSubstr("FRAME 900 30030000 "));
@@ -188,7 +188,7 @@ TEST_F(StreamTest, CaptionsKeepTheirColoursInAFilm) {
     write("red.plist", paletteFile("<key>FontSize as NSNumber(float)</key><real>600</real><key>NSColor</key><dict>"
                                    "<key>Object Name</key><string>NSColor RGBCalibrated</string><key>Red</key>"
                                    "<real>1</real><key>Alpha</key><real>1</real></dict>"));
-    // The last caption goes on behind the film's end.
+    // The last caption continues past the film's end.
     write("c.srt", "00:00:00,500 --> 00:00:01,000\n█████\n\n00:00:01,900 --> 00:01:00,000\n█████\n");
     ASSERT_EQ(shell(ffmpeg + "-f lavfi -i color=gray:size=320x180:rate=30000/1001:duration=2 -vf "
                              "scale=out_color_matrix=bt709:out_range=tv,format=yuv420p -colorspace bt709 "

@@ -21,7 +21,7 @@ struct ToolResult {
     std::string err;
 };
 
-/// Runs the built program in a folder of its own.
+/// Runs the built program in a temporary folder.
 class ToolTest : public testing::Test {
 protected:
     ToolResult run(const std::string& arguments) const { return shell("'" QZANNO_TOOL "' " + arguments); }

@@ -71,7 +71,7 @@ TEST(GlyphCache, KeptGlyphsDrawAsFreshOnes) {
         const auto first = pipeline->bitmapInFullScreen(true);
         const uint64_t misses = manager->glyphCache()->statistics().misses;
         const auto second = pipeline->bitmapInFullScreen(true);
-        // At a larger scale glyphs pass the image's edge, and those beyond it are not kept.
+        // At a larger scale glyphs cross the image's edge, and those beyond it are not cached.
         if (seed % 5 != 0) {
             EXPECT_EQ(manager->glyphCache()->statistics().misses, misses) << "all kept";
         }
@@ -112,7 +112,7 @@ TEST(GlyphCache, StaysWithinItsBoundAndCountsWhatItDoes) {
     EXPECT_EQ(cache->statistics().bytes, 0u);
 }
 
-// Moved by tenths of a pixel, the middle of a letter follows within a sixteenth, the grid's half step.
+// When moved by tenths of a pixel, the middle of a letter follows within a sixteenth, half the grid's step.
 TEST(GlyphCache, TenthsOfAPixelMoveGlyphs) {
     const LogCapture log;
     // The layer moves: a text box stands on whole points.

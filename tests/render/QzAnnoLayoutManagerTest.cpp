@@ -57,8 +57,8 @@ TEST_F(LayersTest, LieInOrderBoxLayerTwoLayerOneGlyphs) {
     const PixelBox both = boxOf(*draw({}, twoBlocks), [](Pixel p) { return p == kWhite; });
     const PixelBox box = {both.left, both.top, both.left + 70, both.bottom};  // the first block is some 77 wide
     const auto bitmap = draw(layers, twoBlocks);
-    // Layer 1 shows half its width, 4; layer 2 half its width displaced by 10, 20, less what layer 1 covers; in the
-    // rest of the blank shows the box, until layer 1 of the second block. Edges between pixels may take one each.
+    // Layer 1 shows half its width, 4; layer 2 half its width displaced by 10, 20, minus the part under layer 1; the
+    // rest of the blank shows the box, up to layer 1 of the second block. Edges between pixels may take one pixel each.
     std::vector<std::pair<Pixel, int>> solid;
     for (const auto& run : rightward(*bitmap, box)) {
         if (run.second > 1) solid.push_back(run);
@@ -107,7 +107,7 @@ TEST_F(LayersTest, WithoutAntialiasingLayersAreRepeatedGlyphsWithHardEdges) {
         SCOPED_TRACE(width);
         const auto bitmap =
             draw({{QzBackgroundColorAttribute, rgba(1, 0, 0)}, {QzBackgroundWidthAttribute, number(width)}});
-        // Copies stand on whole pixels, so a place between pixels may shift by half of one.
+        // Copies are on whole pixels, so a position between pixels may shift by half a pixel.
         EXPECT_NEAR(inkOf(*bitmap).width(), alone.width() + 2 * n, 1);
         EXPECT_NEAR(inkOf(*bitmap).height(), alone.height() + 2 * n, 1);
         const PixelBox soft = boxOf(*bitmap, [](Pixel p) { return p.alpha != 0 && p.alpha != 255; });
@@ -278,13 +278,13 @@ TEST_F(EmojiTest, CastsAShadowInTheLayersColour) {
         const PixelBox green = boxOf(*bitmap, [](Pixel p) { return p == Pixel{0, 255, 0, 255}; });
         EXPECT_NEAR(green.bottom, alone.bottom + 90 + width / 2, 2) << width;
         EXPECT_NEAR(green.width(), alone.width() + width, 4) << width;
-        // All of the face: eyes and mouth do not show in a silhouette.
+        // The whole face: a silhouette does not show eyes and mouth.
         EXPECT_EQ(pixelAt(*bitmap, (alone.left + alone.right) / 2, green.bottom - 30), (Pixel{0, 255, 0, 255}));
     }
 }
 
 TEST_F(EmojiTest, IsSharpAndWholeAtEverySize) {
-    // Made smaller, a picture keeps the mean of what it shows: no pixel is dropped.
+    // A picture keeps its mean colour when scaled down: no pixel is dropped.
     const auto meanOf = [&](double size) {
         const auto bitmap = draw({{QzFontSizeAttribute, number(size)}});
         double red = 0, alpha = 0;

@@ -177,7 +177,7 @@ TEST(TextRender, DropsFractionsOfAPoint) {
 TEST_F(PipelineTest, AHostsOwnFrameIsDrawnIntoRowByRow) {
     const auto bitmap = pipeline->bitmapInFullScreen(true);
     const PixelBox ink = inkOf(*bitmap);
-    // Rows longer than their pixels; what lies between belongs to the host.
+    // Rows longer than their pixels; the bytes in between belong to the host.
     constexpr int32_t kRowBytes = 4 * 400 + 52;
     std::vector<uint8_t> frame(kRowBytes * 300, 0);
     for (int32_t y = 0; y < 300; ++y) std::fill_n(frame.begin() + y * kRowBytes + 1600, 52, uint8_t{0xA5});
@@ -204,7 +204,7 @@ TEST_F(PipelineTest, AHostsOwnFrameIsDrawnIntoRowByRow) {
     }
 }
 
-// The pages of a bitmap that is let go serve the next of its size, which must be as blank as a new one: whoever drew.
+// The pages of a freed bitmap are reused for the next of its size, which must be as blank as a new one.
 TEST_F(PipelineTest, EveryBitmapStartsBlank) {
     pipeline->setScreenSize({640, 480}, {640, 480});
     const PixelBox ink = inkOf(*pipeline->bitmapInFullScreen(true));

@@ -157,7 +157,7 @@ TEST_F(ScreenTextContainerTest, AttributesThatMakeNoBoxAreIgnoredWithALine) {
 TEST_F(ScreenTextContainerTest, MarginsWiderThanTheScreenLeaveNoRoom) {
     setText("A", {{QzBoundingMarginsAttribute, margins(400, 400, 0, 0)}});
     EXPECT_EQ(manager->glyphRangeForTextContainer(*container).length, 0u);
-    // So do boxes of which a frame's worth of points is no longer a number.
+    // So do boxes that overflow when scaled to the screen.
     for (const auto& box : {"{{0, -3e38}, {-3e38, -3e38}}"_ns, "{{3e38, 0}, {3e38, 3e38}}"_ns}) {
         setText("A", {{QzBoundingBoxAttribute, box}, {QzVerticalAlignmentAttribute, integer(1)}});
         const NSRect placed = container->textBox();

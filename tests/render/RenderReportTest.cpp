@@ -34,7 +34,7 @@ protected:
         return pipeline->reportInFullScreen(fullScreen);
     }
 
-    // What the library logs is not asked here.
+    // The library's log is not under test here.
     LogCapture log;
     Ref<QzAnnoPalette> palette = paletteWithGlobals({{QzFontAttribute, "Noto Sans"_ns},
                                                      {QzFontSizeAttribute, number(30)},
@@ -101,7 +101,7 @@ TEST_F(RenderReportTest, NamesTheCharactersThatNoFontShows) {
     EXPECT_THAT(report.substitutions, IsEmpty());
 }
 
-/// A title that is mostly too long for its box, which is given by whole per cents or fractional margins.
+/// A title usually too long for its box, which is given by whole per cents or fractional margins.
 struct CrowdedTitle {
     Attributes attributes;
     std::string text;
@@ -137,7 +137,7 @@ CrowdedTitle crowdedTitle(RandomChoices& choices, NSSize screen) {
     return title;
 }
 
-// Places are 32-bit floats, in which a full box seems to have a little room left, or to be a little higher than it is.
+// In 32-bit floats a full box may seem to have a little room left, or to be slightly higher than it is.
 TEST(CrowdedBox, LinesStandBelowOneAnotherAndWhatHasNoRoomIsTold) {
     const LogCapture log;
     const uint32_t firstSeed = std::random_device{}();
@@ -179,7 +179,7 @@ TEST(CrowdedBox, LinesStandBelowOneAnotherAndWhatHasNoRoomIsTold) {
     EXPECT_TRUE(testing::Test::HasFailure() || overflowing > 1000) << "hardly a title is too long";
 }
 
-// The full screen's picture, which cuts nothing here, shows what a box picture would have to hold.
+// The full-screen picture, which cuts nothing here, shows what a box picture would have to contain.
 TEST_F(RenderReportTest, TellsOfLayersThatTheEdgeOfTheBoxCuts) {
     const struct {
         float width;
@@ -225,7 +225,7 @@ TEST_F(RenderReportTest, PalettesHaveFontsOfTheirOwn) {
     EXPECT_EQ(reportOf("Title").substitutions.size(), 1u);
     palette->setFontLibrary(FontLibrary::withDirectories({folder.path().string()}));
     EXPECT_TRUE(reportOf("Title").isEmpty());
-    // Text that names no font gets the default one from there as well.
+    // Text without a font gets the default font from there too.
     pipeline->setAttributedString(NSAttributedString::initWithString("Title"_ns));
     EXPECT_EQ(
         pipeline->attributedString()->attributesAtIndex(0)->objectForKey<NSFont>(*NSFontAttributeName)->fontLibrary(),
@@ -241,7 +241,7 @@ TEST_F(RenderReportTest, TheLanguageChoosesFontsAndForms) {
     EXPECT_FALSE(pipeline->setLanguage("zh Hans"));
     EXPECT_TRUE(pipeline->available()) << "a refused tag changes nothing";
 
-    // One font with the forms of all: the language tells it which.
+    // One font with all forms: the language selects among them.
     give({{QzFontAttribute, "Noto Sans CJK JP"_ns}});
     const auto glyphIn = [&](std::string_view language) {
         pipeline->setLanguage(language);
@@ -267,8 +267,8 @@ PixelBox inkWith(const std::shared_ptr<FontLibrary>& library, const char* font) 
     return inkOf(*drawn);
 }
 
-/// Bytes changed anywhere, the tables' directory included, and files cut short. Whatever comes out is drawn, or
-/// another font is.
+/// Bytes changed anywhere, including the table directory, and truncated files. Either the result is drawn, or another
+/// font is used.
 TEST(FontFault, DamagedFontsAreDrawnOrReplaced) {
     const LogCapture log;
     const std::string whole = quokka(fontFile("DejaVuSans"));

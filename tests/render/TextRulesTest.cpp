@@ -63,7 +63,7 @@ TEST_F(TextRulesTest, LieWhereTheFontHasThemAndAsThick) {
     }
 }
 
-// Whatever the order in which a line's text stands, its rules cover just what is to be underlined, and move nothing.
+// Whatever the direction of a line's text, its rules cover exactly the underlined text, and move nothing.
 TEST_F(TextRulesTest, CoverWhatTheyAreAskedForAndMoveNoWord) {
     const uint32_t firstSeed = std::random_device{}();
     for (uint32_t seed = firstSeed; seed != firstSeed + 60 && !HasFailure(); ++seed) {

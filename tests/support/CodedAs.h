@@ -8,8 +8,8 @@
 
 namespace qz::test {
 
-/// The archive of one object whose class is called `className` and whose groups are those that `groups` writes, whether
-/// or not the class would ever write such. The class has version 0 and no superclass but the root.
+/// An archive of one object of the class `className` with the groups written by `groups`, even if the class would never
+/// write them. The class has version 0 and only the root as superclass.
 inline Ref<NSData> codedAs(std::string_view className, const std::function<void(NSArchiver&)>& groups) {
     static const std::function<void(NSArchiver&)>* groupsToWrite = nullptr;
     class StandIn : public NSObject {

@@ -18,7 +18,8 @@ inline std::string fontFile(std::string_view name) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// The same font under another name: "DejaVu" is "Quokka" in all its names, so that nothing installed is called alike.
+/// The same font under another name: "DejaVu" becomes "Quokka" in all its names, so that it differs from all installed
+/// fonts.
 inline std::string quokka(std::string file) {
     const auto replaceAll = [&file](const std::string& from, const std::string& to) {
         for (size_t at = file.find(from); at != std::string::npos; at = file.find(from, at)) {
@@ -35,7 +36,7 @@ inline std::string quokka(std::string file) {
     return file;
 }
 
-/// Where a table of an SFNT file lies: offset and length.
+/// The offset and length of a table in an SFNT file.
 inline std::pair<size_t, size_t> tableOf(const std::string& file, std::string_view tag) {
     const auto number = [&file](size_t at) {
         uint32_t value = 0;

@@ -7,8 +7,7 @@
 
 namespace qz::test {
 
-/// Choices by a random generator, for the checks that the fuzzers make as well. What does not hold is thrown, with the
-/// seed.
+/// Random choices for the checks shared with fuzzers. Throws, with the seed, if a check fails.
 class RandomChoices {
 public:
     explicit RandomChoices(uint32_t seed) : seed_(seed), random_(seed) {}

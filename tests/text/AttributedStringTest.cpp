@@ -28,7 +28,7 @@ Ref<NSDictionary> dictionary(const std::map<int, int>& values) {
     return NSDictionary::dictionaryWithMap(std::move(map));
 }
 
-/// Every character with attributes of its own: the slow way to say what an attributed string is.
+/// Every character with its own attributes: a slow model of an attributed string.
 struct Model {
     struct Character {
         char16_t unit;
@@ -300,7 +300,7 @@ TEST(NSAttributedStringCoding, TextAndAttributesComeBackAndShareWhatTheyShared) 
 }
 
 TEST(NSAttributedStringCoding, WritesAnAttributesDictionaryOnceAndNumbersRunsByIt) {
-    // Reads the groups as the format has them: runs 1, 2, 1, 3, and a dictionary behind each new number.
+    // Reads the format's groups: runs 1, 2, 1, 3, and a dictionary after each new number.
     static std::vector<int32_t> numbers;
     static std::vector<uint32_t> lengths;
     numbers.clear();

@@ -106,7 +106,7 @@ TEST(FallbackTest, KeepsTheLookAndFollowsTheLanguage) {
     EXPECT_FALSE(fontForText(fontNamed("NotoSans-Regular"), u"骨", "no language at all!")->fontName()->utf8().empty());
 }
 
-/// One letter for each stretch and its length: "a" the font asked for, "e" one of colour, "f" another.
+/// One letter for each stretch and its length: "a" for the requested font, "e" for a colour font, "f" for another.
 std::string stretchesOf(const char* font, std::u16string_view text) {
     const Ref<NSFont> asked = fontNamed(font);
     std::string shown;
@@ -183,7 +183,7 @@ TEST(TextStorageTest, goesBackToTheFontAskedForWhereItServesAgain) {
     copy->replaceCharactersInRange({0, 4}, "Latin"_ns);
     EXPECT_TRUE(fontAt(*copy, 0)->isEqual(*fontNamed("Noto Sans")));
     EXPECT_FALSE(isSubstituteAt(*copy, 0));
-    // A font that is set over a substitute is what is asked for from then on.
+    // A font set over a substitute becomes the requested font.
     storage->addAttribute(NSFontAttributeName, NSFont::fontWithName(*"DejaVu Sans"_ns, 20), {0, 4});
     EXPECT_EQ(fontAt(*storage, 0)->familyName()->utf8(), "DejaVu Sans");
     EXPECT_FALSE(isSubstituteAt(*storage, 0));

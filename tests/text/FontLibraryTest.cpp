@@ -59,7 +59,7 @@ TEST(FontLibraryTest, KnowsWhatAWrongNameMayHaveMeant) {
     }
 }
 
-// Outlines and advances come from two libraries, each of which has to be told where in the design space it is.
+// Outlines and advances come from two libraries, each of which must be given the position in the design space.
 TEST(FontLibraryTest, InstancesHaveOutlinesAndAdvancesOfTheirOwn) {
     double advance = 0;
     float width = 0;
@@ -158,7 +158,7 @@ TEST(FontLibraryTest, AWholeFontServesWhereOneOfThatNameIsDamaged) {
 TEST(FontLibraryTest, OtherFontsStandInForDamagedGlyphs) {
     const TemporaryFolder folder;
     std::string file = quokka(fontFile("DejaVu Sans"));
-    // Letters come first in it; what lies behind them is overwritten.
+    // Letters come first in it; the rest is overwritten.
     const auto [offset, length] = tableOf(file, "glyf");
     file.replace(offset + length / 4, length * 3 / 4, length * 3 / 4, '\xff');
     writeText(folder.file("q.ttf"), file);

@@ -112,7 +112,7 @@ TEST(FontTest, TraitsChooseAmongTheFacesOfTheFamily) {
         EXPECT_EQ(font->pointSize(), 20);
         EXPECT_TRUE(font->isEqual(*plain->fontWithTraits(asked))) << "the same face again";
         if (unmet.isEmpty()) continue;
-        // What is synthesised breaks no line elsewhere: a heavier or slanted outline at the same advance.
+        // Synthesis does not change line breaks: a heavier or slanted outline has the same advance.
         const NSGlyph glyph = font->glyphForCharacter(U'I');
         const Ref<NSFont> real = fontNamed(found);
         EXPECT_EQ(font->advancementForGlyph(glyph), real->advancementForGlyph(glyph));
@@ -149,7 +149,7 @@ TEST(FontTest, APictureHasItsBorderForAnOutline) {
     EXPECT_EQ(font->advancementForGlyph(NSControlGlyph), NSSize{});
 }
 
-// At a size of one point a unit, what the tables of the file say.
+// At one point per unit, the values in the file's tables.
 TEST(FontTest, MetricsAreThoseOfTheFile) {
     const Ref<NSFont> font = fontNamed("NotoSansCJKkr-Bold", 1000);
     EXPECT_FLOAT_EQ(font->ascender(), 1160);

@@ -106,11 +106,11 @@ TEST(Shaping, aStyleThatBeginsInALigatureBreaksIt) {
     EXPECT_EQ(glyphsWith({2, 4}, layer, NSColor::whiteColor()), 5u) << "f and then fi, which has one style";
     EXPECT_EQ(glyphsWith({1, 3}, layer, NSColor::whiteColor()), 4u) << "the ligature has one style";
     EXPECT_EQ(glyphsWith({0, 6}, NSKernAttributeName, NSNumber::numberWithFloat(2)), 6u) << "letters are spaced";
-    // Equal attributes are no change, even in dictionaries of their own.
+    // Equal attributes are not a change, even in separate dictionaries.
     const auto pieces = NSMutableAttributedString::init();
     for (const char16_t unit : std::u16string_view(u"office")) pieces->appendString({&unit, 1}, textAttributes());
     EXPECT_EQ(TextSystem(*pieces).manager->numberOfGlyphs(), 4u);
-    // What a script demands stays joined.
+    // Ligatures required by a script stay joined.
     EXPECT_EQ(glyphsInColours(attributedString("لا")).size(), 1u);
 }
 

@@ -43,7 +43,7 @@ TEST(Containers, anEmptyFragmentEndsTheContainer) {
     EXPECT_EQ(system.glyphs(), Range{});
     EXPECT_EQ(system.usedRect(), NSRect());
     EXPECT_EQ(none->asked, 1) << "a full container is not asked again";
-    // Text without a place has glyphs all the same.
+    // Text without a place still has glyphs.
     EXPECT_EQ(system.manager->numberOfGlyphs(), 7u);
     EXPECT_FALSE(system.manager->textContainerForGlyphAtIndex(2));
     EXPECT_EQ(system.manager->firstUnlaidGlyphIndex(), 7u) << "nobody need wait for it";
@@ -183,7 +183,7 @@ TEST(Incremental, aSeriesOfEditsIsToldOnce) {
     system.storage->replaceCharactersInRange({0, 3}, "1"_ns);
     system.storage->appendString(u"\nfour", textAttributes());
     system.storage->replaceCharactersInRange({2, 3}, "2"_ns);
-    // Meanwhile glyphs and text do not fit each other: nothing may reach beyond either.
+    // Meanwhile glyphs and text do not match: nothing may reach beyond either.
     system.manager->numberOfGlyphs();
     system.manager->drawGlyphsForGlyphRange({0, 100}, {});
     system.storage->endEditing();

@@ -43,14 +43,14 @@ TEST(LineBreaking, followsTheRulesOfScripts) {
 
 TEST(LineBreaking, cutsAWordThatIsLongerThanALineBetweenClusters) {
     EXPECT_THAT(linesOf("abcdef", widthOf("abc") + 0.5f), ElementsAre("abc", "def"));
-    // Narrower than any letter: one cluster a line all the same, and never a part of one.
+    // Narrower than any letter: still one cluster per line, never part of one.
     EXPECT_THAT(linesOf("ae\u0301\U0001F468\u200D\U0001F469", 1),
                 ElementsAre("a", "e\u0301", "\U0001F468\u200D\U0001F469"));
     EXPECT_THAT(linesOf("fi", 1), ElementsAre("f", "i")) << "a ligature can be cut";
 }
 
 TEST(LineBreaking, aLetterMayBecomeNarrowerAtTheEndOfALine) {
-    // Two Ts keep a distance, which a T needs only while another follows.
+    // Kerning between two Ts applies only while another T follows.
     const Ref<NSDictionary> serif = NSDictionary::dictionaryWithMap(
         attributePair(NSFontAttributeName, NSFont::fontWithName(*"DejaVu Serif"_ns, 20)));
     ASSERT_GT(widthOf("TT", serif), 2 * widthOf("T", serif) + 0.1f);
@@ -83,7 +83,7 @@ TEST(LineBreaking, tabsLeadToMultiplesOf28Points) {
     EXPECT_FLOAT_EQ(system.xOfCharacter(2), 28);
     EXPECT_FLOAT_EQ(system.xOfCharacter(4), 56);
     EXPECT_FLOAT_EQ(system.xOfCharacter(15), 56 + 28 * std::ceil(widthOf("iiiiiiiiii") / 28));
-    // However the widths before it are rounded, a tab leads on from the stop that the one before has reached.
+    // However preceding widths are rounded, a tab advances from the stop that the previous tab has reached.
     for (float size = 5; size < 40; size += 0.7f) {
         EXPECT_NEAR(TextSystem(*attributedString("abc\t\t\tx", textAttributes({}, size))).xOfCharacter(6),
                     28 * (std::floor(widthOf("abc", textAttributes({}, size)) / 28) + 3), 0.01);
@@ -235,7 +235,7 @@ TEST(LineGeometry, indentsNarrowLinesFromTheLeadingMargin) {
         EXPECT_NEAR(edge(0), row.firstLine, 0.01) << row.why;
         EXPECT_NEAR(edge(3), row.otherLines, 0.01) << row.why;
     }
-    // The width that is left is what lines are broken by, also where the container has no end.
+    // Lines are broken by the remaining width, even in an unbounded container.
     const float room = widthOf("one two");
     const auto lines = [&](float width, const NSParagraphStyle::Values& style) {
         return TextSystem(*attributedString("one two three", textAttributes(paragraphStyle(style))), {width, 0})

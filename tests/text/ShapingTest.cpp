@@ -96,7 +96,7 @@ TEST(ShapingTest, ACacheTellsItemsApart) {
         }
     }
     EXPECT_GE(cache.hits(), std::size(texts) * 64) << "the second round finds all of the first";
-    // Full, it begins anew and serves on.
+    // When full, it is emptied and continues to work.
     for (char16_t c = 0x4E00; c < 0x5E00; ++c) cache.shape({{&c, 1}, {0, 1}, fontNamed("DejaVuSans"), 0, false, ""});
     EXPECT_TRUE(sameGlyphs(cache.shape({u"fi", {0, 2}, fontNamed("DejaVuSans"), 0, false, ""}),
                            shape({u"fi", {0, 2}, fontNamed("DejaVuSans"), 0, false, ""})));

@@ -13,7 +13,7 @@
 
 namespace qz {
 
-/// Attributes with the font that the tests measure with, and what else is given.
+/// Attributes with the font used for measuring, plus `further`.
 inline Ref<NSDictionary> textAttributes(ObjectMap further = {}, float pointSize = 20) {
     ObjectMap map;
     map.set(NSFontAttributeName, NSFont::fontWithName(*"DejaVu Sans"_ns, pointSize));

@@ -59,7 +59,7 @@ TEST(TextCaret, goesThroughTheTextBySight) {
         Editor editor(c.text);
         EXPECT_THAT(editor.placesFrom(c.rightward.front(), Motion::right), ElementsAreArray(c.rightward));
         EXPECT_EQ(editor.placesFrom(c.rightward.back(), Motion::left).size(), c.rightward.size());
-        // On the way right the caret steps right, and a click where it stands leaves it there.
+        // Moving right moves the caret right, and a click at the caret leaves it there.
         editor.view->setSelectedRange({c.rightward.front(), 0});
         NSRect before = editor.caret.rect();
         for (size_t step = 1; step < c.rightward.size(); ++step) {

@@ -59,7 +59,7 @@ TEST_F(AnnotationManager, keepsWhereWindowsStandWhileTheScreenIsThere) {
     keepFrame(next, "Test");
     ASSERT_TRUE(restoreFrame(next));
     EXPECT_EQ(next.geometry(), QRect(41, 51, 300, 200));
-    // Beyond the screen, half beyond it, with the title above it, too high for it.
+    // Beyond the screen, half beyond it, with the title bar above it, higher than it.
     for (const std::string& kept :
          {stringWithFormat("%i 50 300 200 0", {screen.right() + 10}),
           stringWithFormat("%i 50 300 200 0", {screen.right() - 150}), std::string("40 -30 300 200 0"),
@@ -152,7 +152,7 @@ TEST_F(AnnotationManager, sendsChangesToTheBoundResponderOrUpTheChain) {
     manager->sendChangeAnno(manager->ptable());
     EXPECT_THAT(log.lines(), Contains("changeAnno received, my lord!\n"));
 
-    // One that dies is forgotten.
+    // A destroyed responder is unbound.
     manager->setResponder(std::make_shared<Listener>(), palette);
     EXPECT_TRUE(manager->setAnnotationPalette(test::paletteWithGlobals({})));
     log.clear();

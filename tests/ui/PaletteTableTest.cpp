@@ -190,7 +190,7 @@ protected:
     enum Where { above, on, below };
     ~PaletteTableDrop() override { TableWidget::dragLoop = loop_; }
 
-    /// Whether the drop was allowed. What is carried lies in `carried_` afterwards; `type` puts something else there.
+    /// Whether the drop was allowed. `carried_` then holds the dragged data; `type` replaces it.
     bool drop(const std::vector<int>& rows, int atRow, Where where, const char* type = nullptr) {
         tableWidget()->clearSelection();
         for (int row : rows) click(row, 1, row == rows.front() ? Qt::NoModifier : Qt::ControlModifier);
@@ -222,7 +222,7 @@ protected:
             QMouseEvent move(QEvent::MouseMove, start + way, tableWidget()->viewport()->mapToGlobal(start + way),
                              Qt::NoButton, Qt::LeftButton, {});
             QApplication::sendEvent(tableWidget()->viewport(), &move);
-            // From here on the pointer, its release included, was the drag's.
+            // From here on the drag received the pointer, including its release.
             if (carried_ != "nothing") break;
         }
         return isAllowed;

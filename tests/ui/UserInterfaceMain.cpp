@@ -1,4 +1,4 @@
-// Runs the tests of a desktop program without a screen, and away from the settings of whoever runs them.
+// Runs the tests of a desktop program without a screen and without touching the user's settings.
 #include <QApplication>
 
 #include <gtest/gtest.h>

@@ -1,5 +1,4 @@
-// A desktop program of another project: shows a palette in the annotation panel, and a text view in a window of its
-// own.
+// A desktop program of another project: shows a palette in the annotation panel, and a text view in its own window.
 #include <QApplication>
 #include <QWidget>
 #include <cstdio>
