@@ -118,8 +118,8 @@ TEST_F(AssTest, WhatIsNotInTheFormIsSaidOrRefused) {
         size_t cues;
         const char* message;
     } cases[] = {
-        {"", 0, "1: is no SubStation Alpha script"},
-        {"[Script Info]\nTitle: x\n", 0, "1: is no SubStation Alpha script"},
+        {"", 0, "1: is not a SubStation Alpha script"},
+        {"[Script Info]\nTitle: x\n", 0, "1: is not a SubStation Alpha script"},
         {"\xE4[Events]\n", 0, "is not in UTF-8"},
         {kHead + std::string("Dialogue: 0,x,0:00:02.00,Default,,0,0,0,,y\n"), 0,
          "10: the times \"x\" and \"0:00:02.00\""},

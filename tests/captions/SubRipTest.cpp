@@ -159,7 +159,7 @@ TEST_F(SubRipTest, EncodingsAreReadOrRefusedInOneLine) {
         uint32_t line;
         const char* message;
     } refused[] = {
-        {little.substr(0, little.size() - 1), 1, "ends within a character"},
+        {little.substr(0, little.size() - 1), 1, "ends inside a character"},
         {little.substr(2), 1, "in UTF-16; save it as UTF-8"},
         {std::string("\xFF\xFE\0\0A\0\0\0", 8), 1, "in UTF-32"},
         {std::string("1\n") + kTimes + "caf\xE9\n", 3, "not in UTF-8"},

@@ -290,7 +290,7 @@ TEST(CueText, WhatIsDroppedIsToldOnceAKindWhereItFirstStands) {
         told += std::to_string(problem.line) + (problem.isLoss() ? "! " : ": ") + problem.message.substr(0, 12) + "|";
     EXPECT_EQ(
         told,
-        "5! the times wi|6! <ruby> is se|7! \"<font>\" is |8: \"</b>\" stand|9: \"</u>\" close|9! \"<rt>\" is no|");
+        "5! times inside|6! <ruby> is se|7! \"<font>\" is |8: \"</b>\" comes|9: \"</u>\" close|9! \"<rt>\" is no|");
 }
 
 }  // namespace

@@ -155,7 +155,7 @@ TEST_F(WebVTTWriter, refusesWhatHasNoForm) {
         const char* reason;
     } cases[] = {
         {std::u16string(1, u'\0'), 0, 1, "U+0000"},
-        {u"\xD83D", 0, 1, "half of one"},
+        {u"\xD83D", 0, 1, "lone surrogate"},
         {u"a", 2, 1, "times"},
         {u"a", -1, 1, "times"},
         {u"a", std::numeric_limits<double>::quiet_NaN(), 1, "times"},

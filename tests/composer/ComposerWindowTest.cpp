@@ -414,7 +414,7 @@ TEST_F(Composer, recoversWhatCrashesLeftAndNothingElse) {
         answering(
             "Later", [&] { next.keepRecovery(place); }, choose("STORM"));
         EXPECT_THAT(lines, testing::UnorderedElementsAre(HasSubstr("8 titles: Ada Lovelace"),
-                                                         HasSubstr("8 titles: STORM"), HasSubstr("can be read")));
+                                                         HasSubstr("8 titles: STORM"), HasSubstr("is not a readable")));
         EXPECT_EQ(files().size(), 4) << "only what the user discards goes";
         answering(
             "Recover", [&] { next.offerRecovery(); }, choose("program kept"));
@@ -432,7 +432,7 @@ TEST_F(Composer, recoversWhatCrashesLeftAndNothingElse) {
         // Only the discarded one disappears; the rest stay listed.
         QTimer::singleShot(300, &next, [] { qobject_cast<QDialog*>(QApplication::activeModalWidget())->reject(); });
         answering(
-            "Discard", [&] { next.offerRecovery(); }, choose("can be read"));
+            "Discard", [&] { next.offerRecovery(); }, choose("is not a readable"));
         EXPECT_EQ(Recovery::leftBehind(place).size(), 1);
         std::string error;
         writeText((place + "/2-0.recovery").toStdString(), "damaged");

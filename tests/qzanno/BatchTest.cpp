@@ -232,7 +232,7 @@ TEST_F(BatchTest, SharesTogetherAreTheRun) {
         {"\"$QZANNO\" " + render + "--shard 4/3", 2, "4/3 is not a share"},
         {"SLURM_ARRAY_TASK_ID=5 SLURM_ARRAY_TASK_COUNT=3 \"$QZANNO\" " + render, 2, "SLURM_ARRAY_TASK"},
         {"\"$QZANNO\" " + render + "--shard 1/2; \"$QZANNO\" manifest merge m.1-of-2.jsonl m.1-of-3.jsonl -o x.jsonl",
-         1, "m.1-of-3.jsonl: is of another run"},
+         1, "m.1-of-3.jsonl: belongs to another run"},
         {"\"$QZANNO\" manifest merge c.srt -o x.jsonl", 1, "c.srt:1: is not a line of a manifest"},
     };
     for (const auto& c : refused) {

@@ -176,7 +176,7 @@ TEST_F(RenderTest, TheManifestTellsWhatIsNotShownAsAskedFor) {
         {"--text 'Title 東京'", "the font \"Noto Sans\" lacks \"東京\"; \"NotoSansCJKjp-Regular\"", false},
         {"--text '\xF3\xBF\xBF\xB0'", "(U+FFFF0) that \"NotoSans-Regular\" lacks", true},
         {"--text Title -a Bold", "the font \"DejaVuMathTeXGyre-Regular\" has no bold face", false},
-        {"--text 'A title' -s 30x16", "the box has no room for \"title\", from character 3 on", true},
+        {"--text 'A title' -s 30x16", "the box is too small for \"title\", from character 3 on", true},
     };
     for (const auto& [arguments, expected, isWarning] : cases) {
         SCOPED_TRACE(arguments);
@@ -243,7 +243,7 @@ TEST_F(RenderTest, BadInputGetsALineAndLeavesFilesAlone) {
         {"render text.txt --quality 7 -o old.png", 2, "--quality"},
         {"render text.txt -o x.jpg", 2, "x.jpg cannot be written; pictures end in .png or .rgba, and a folder"},
         {"render text.txt -o old.png --manifest m.txt", 2, "m.txt cannot be written; give a file that ends in .jsonl"},
-        {"export c.vtt -o c", 2, "c cannot be written; give a file that ends in .ass"},
+        {"export c.vtt -o c", 2, "c cannot be written; give a file that ends in .vtt or .ass"},
         {"palette convert p.plist p.json", 2, "ends in .plist or .annopalette"},
         {"archive pack c.vtt -o c.png", 2, "ends in .annostring"},
         {"render text.txt --over text.txt -o old.png", 1, "text.txt: "},

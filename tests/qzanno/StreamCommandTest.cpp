@@ -160,12 +160,12 @@ TEST_F(StreamTest, WhatCannotBeStreamedIsSaid) {
         int exitCode;
         const char* message;
     } cases[] = {
-        {"stream t.txt --fps 25", 1, "t.txt: has titles without times; say with --duration"},
+        {"stream t.txt --fps 25", 1, "t.txt: has titles without times; give --duration"},
         {"stream c.srt --fps 0", 2, "0 is not a frame rate"},
         {"stream c.srt --fps 30000/1001x", 2, "30000/1001x is not a frame rate"},
         {"stream c.srt", 2, "--fps is required"},
         {"stream c.srt --fps 25 --start 1:60:", 2, "1:60: is not a time; write one such as 90"},
-        {"stream c.srt --fps 25 --end no.mp4", 2, "no.mp4 is neither a time, such as 90.5 or 0:01:30.5, nor a film"},
+        {"stream c.srt --fps 25 --end no.mp4", 2, "no.mp4 is neither a time, such as 90.5 or 0:01:30.5, nor an existing film"},
         {"stream c.srt --fps 25 --end numbered.srt", 1, "numbered.srt: has no pictures"},
         {"stream c.srt --fps 25 --end broken.mp4", 1, "broken.mp4: cannot be read as a film: "},
         {"stream short.srt --fps 25", 0, "title 1: falls between two frames and is not shown"},
