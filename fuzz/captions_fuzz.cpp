@@ -52,7 +52,7 @@ void check(const uint8_t* data, size_t size) {
     CaptionProblems problems;
     if (const auto script = parseAssScript(*file, problems, &error)) {
         std::vector<std::string> losses;
-        require(paletteOfAss(*script, losses)->lookupAnno({}) != nullptr, "styles make a palette");
+        require(paletteOfAss(*script, {}, losses)->lookupAnno({}) != nullptr, "styles make a palette");
     }
     formatOfContent(file->view());
 }
