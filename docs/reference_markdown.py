@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Doxygen's filter of Markdown, for what its dialect lacks.
+"""A Markdown filter for features missing from Doxygen's dialect.
 
 A heading gets the anchor that links name it by, behind the name of its file, since the anchors of all files are one set. A link to
 what is no page of the reference becomes its text. Code in which a quotation mark stands is set between two backticks each, since

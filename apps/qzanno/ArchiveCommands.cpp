@@ -97,7 +97,7 @@ int showArchive(const std::string& path, const std::string& paletteFile, const s
     }
     for (size_t i = 0; i < titles->strings.size(); ++i) print(*titles->strings[i], i + 1, palette.get());
     for (const std::string& name : titles->unknownNames) {
-        diagnostics.warning(path, "uses " + quoted(name) + ", which " + paletteName(paletteFile) + " lacks");
+        diagnostics.warning(path, "uses " + quoted(name) + ", which " + paletteName(paletteFile) + " does not have");
     }
     if (titles->lostCount == 0) return 0;
     diagnostics.error(path, lostAnnotations(titles->lostCount) + "; 'qzanno archive dump' shows what they are");

@@ -50,7 +50,7 @@ bool ReportLines::tell(const std::string& where, const std::u16string& text, con
 
 void ReportLines::tellSubstitution(const std::string& where, const RenderReport::Substitution& substitution) {
     const std::string what =
-        "the font " + quoted(substitution.fontAskedFor) + " lacks " + excerpt(substitution.characters) + "; ";
+        "the font " + quoted(substitution.fontAskedFor) + " does not have " + excerpt(substitution.characters) + "; ";
     const std::string served = quoted(substitution.fontThatServed);
     if (isStrict_)
         diagnostics_.error(where, what + served + " would be used; not rendered, because of --strict");
@@ -60,7 +60,7 @@ void ReportLines::tellSubstitution(const std::string& where, const RenderReport:
 
 void ReportLines::tellMissingGlyph(const std::string& where, const RenderReport::MissingGlyph& missing) {
     const std::string what = "no available font has the character " + quoted(missing.character) + " (" +
-                             codePoint(missing.character) + ") that " + quoted(missing.font) + " lacks";
+                             codePoint(missing.character) + "), which is missing from " + quoted(missing.font);
     if (isStrict_)
         diagnostics_.error(where, what + "; not rendered, because of --strict");
     else if (toldMissing_.insert(what).second)

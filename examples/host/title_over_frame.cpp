@@ -13,7 +13,7 @@ namespace {
 constexpr int32_t kWidth = 1280;
 constexpr int32_t kHeight = 720;
 
-/// The host's own frame of opaque R, G, B, A: here a dusk sky, in an editor what the decoder gives.
+/// The host's own frame of opaque R, G, B, A: here a dusk sky, in an editor a decoded frame.
 std::vector<uint8_t> makeFrame() {
     std::vector<uint8_t> pixels;
     for (int32_t y = 0; y < kHeight; ++y) {
@@ -54,7 +54,7 @@ int main(int argc, char** argv) {
     const auto title = qz::QzMutableAnnoString::initWithString(qz::NSString::stringWithUTF8String(argv[3]));
     title->addFrameAnno(key);
 
-    // The palette's sizes are for a screen of 1920 x 1080 points; the frame that it stands for may have any size.
+    // The palette's sizes are for a screen of 1920 x 1080 points; the frame may have any size.
     const auto pipeline = qz::QzAnnoStringToScreen::init();
     pipeline->setPalette(palette);
     pipeline->setScreenSize({1920, 1080}, {kWidth, kHeight});

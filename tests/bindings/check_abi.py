@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What the libraries export, and that the C interface is still the one that its SONAME promises.
+"""Checks the names that the libraries export, and that the C interface still matches its SONAME.
 
 Usage: check_abi.py ROOT BUILD [--update]
 
@@ -59,7 +59,7 @@ def describe_header(root, folder):
 
 
 def number_parameters(prototype):
-    """The prototype of a definition: compilers list types alone."""
+    """The prototype of a definition: compilers list only types."""
     head, parameters = re.fullmatch(r"(.*?qzanno_\w+ )\((.*)\)", prototype).groups()
     if parameters == "void":
         return prototype

@@ -165,7 +165,7 @@ class PythonModule(unittest.TestCase):
         ticker = threading.Thread(target=tick)
         ticker.start()
         try:
-            # No thread is made to give way, so the other one runs only while the interpreter is let go.
+            # No thread is preempted, so the other one runs only while the interpreter lock is released.
             sys.setswitchinterval(60)
             before = ticks[0]
             large.render(self.title)

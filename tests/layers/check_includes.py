@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Keeps the arrows of the house pointing downward: reads the include lines of every source file.
+"""Checks that layers include only lower ones: reads the include lines of every source file.
 
 Usage: check_includes.py ROOT. Prints each line that points the wrong way and exits with 1 when there is one.
 """

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the build into a folder of its own and builds programs of other projects against it, by find_package and by pkg-config.
+# Installs the build into a temporary folder and builds programs of other projects against it, by find_package and by
+# pkg-config.
 # Usage: check_package.sh BUILD_FOLDER PYTHON
 set -euo pipefail
 build=$(realpath "$1")
@@ -26,7 +27,7 @@ fi
 
 "$(dirname "$0")/build_hosts.sh" "$(dirname "$0")/../../examples" "$work/prefix" "$libdir"
 
-# The installed tool and the Python package find the libraries by where they lie.
+# The installed tool and the Python package find the libraries by relative paths.
 "$work/prefix/bin/qzanno" --version
 package=$(find "$work/prefix" -path '*/qzanno/__init__.py')
 if [ -n "$package" ]; then

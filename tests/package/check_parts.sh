@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# A part is left out by its option alone. Where something that it needs is hidden, the configuration stops with a line that names
-# the Debian package and the option; with every part off, nothing of that is missed.
+# Only its option leaves a part out. If a dependency is hidden, the configuration stops with a line that names the
+# Debian package and the option; with every part off, no dependency is missed.
 # Usage: check_parts.sh SOURCE
 set -euo pipefail
 source=$(realpath "$1")

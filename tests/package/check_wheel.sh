@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes a source distribution of the tree and a wheel of that, and draws with the wheel in a virtual environment.
+# Makes a source distribution of the tree and a wheel from it, and draws with the wheel in a virtual environment.
 # Usage: check_wheel.sh SOURCE PYTHON [BUILD]; without the build folder the wheel is compiled, a matter of minutes.
 set -euo pipefail
 source=$(realpath "$1")
@@ -21,7 +21,7 @@ cd "$work"
 tar -xf qzanno-*.tar.gz
 rm -rf tree
 mv qzanno-*/ tree
-# It holds all that CMake asks for, though a build that is there may serve.
+# It must contain everything that CMake requires, even if an existing build is used.
 quietly cmake -S tree -B configured -G Ninja -DQZANNO_BUILD_TESTS=OFF
 quietly "$python" -m pip wheel ./tree --no-build-isolation --no-deps --no-index --wheel-dir wheels
 rm -rf tree

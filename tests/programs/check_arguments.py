@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Holds the man page and the completion of a program against its --help, command by command: an option that one of them lacks, or
-has too much, is named.
+"""Compares the man page and the completion of a program with its --help, command by command, and reports missing and extra
+options.
 
 Usage: check_arguments.py PROGRAM MAN_PAGE COMPLETION_FOLDER. Exits with 1 when something differs.
 """

@@ -1,4 +1,4 @@
-"""Runs the command lines of the documents as they are printed, in a fresh copy of what examples/try-out makes.
+"""Runs the command lines of the documents as printed, in a fresh copy of what examples/try-out makes.
 
 Usage: run_documents.py TREE QZANNO [COMPOSER]. README.md begins at the tree's root, all else in try-out. A command whose
 comment says "a few minutes" is not run, nor is a file that is shown as such ("#!"). Then holds the tables of attributes

@@ -173,8 +173,8 @@ TEST_F(RenderTest, TheManifestTellsWhatIsNotShownAsAskedFor) {
         const char *arguments, *line;
         bool isWarning;  // otherwise shown when verbose
     } cases[] = {
-        {"--text 'Title 東京'", "the font \"Noto Sans\" lacks \"東京\"; \"NotoSansCJKjp-Regular\"", false},
-        {"--text '\xF3\xBF\xBF\xB0'", "(U+FFFF0) that \"NotoSans-Regular\" lacks", true},
+        {"--text 'Title 東京'", "the font \"Noto Sans\" does not have \"東京\"; \"NotoSansCJKjp-Regular\"", false},
+        {"--text '\xF3\xBF\xBF\xB0'", "(U+FFFF0), which is missing from \"NotoSans-Regular\"", true},
         {"--text Title -a Bold", "the font \"DejaVuMathTeXGyre-Regular\" has no bold face", false},
         {"--text 'A title' -s 30x16", "the box is too small for \"title\", from character 3 on", true},
     };

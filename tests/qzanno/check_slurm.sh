@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Renders captions as a job array of a Slurm cluster of this machine alone, and compares with a run without one. The cluster, its
-# keys and its state live in a temporary folder as long as the script does.
+# Renders captions as a job array on a Slurm cluster of only this machine, and compares with a plain run. The cluster,
+# its keys and its state are in a temporary folder for the duration of the script.
 # Usage: check_slurm.sh QZANNO. Exit code 77 where there is no Slurm, or none can be started.
 set -euo pipefail
 export QZANNO
@@ -23,7 +23,7 @@ stop() {
 }
 trap stop EXIT
 chmod 755 "$work"
-# Ports that nobody listens at, or else the daemons say so and the check is skipped.
+# Unused ports; otherwise the daemons report it and the check is skipped.
 port=$((20000 + $$ % 20000))
 host=$(hostname -s)
 mkdir "$work/munge" "$work/state" "$work/spool"
@@ -62,7 +62,7 @@ daemons+=($!)
 slurmd -D -N "$host" >slurmd.log 2>&1 &
 daemons+=($!)
 for ((second = 0; ; ++second)); do
-  # A later state may still carry a mark behind it, such as "idle*".
+  # A later state may still have a suffix, such as "idle*".
   [ "$(timeout 5 sinfo --noheader --format=%t 2>/dev/null)" = idle ] && break
   [ $second -lt 30 ] && sleep 1 && continue
   tail -n 3 munged.log munge/log slurmctld.log slurmd.log 2>/dev/null || true

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes a font of squares in colours: what ColourPaintTest.cpp says each letter must look like.
+"""Writes a font of coloured squares: ColourPaintTest.cpp says what each letter must look like.
 
 1000 units to the em. The square is 800 wide and stands on the baseline at 0; letters from 'A' each paint it another way.
 """
