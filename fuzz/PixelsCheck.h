@@ -9,8 +9,8 @@
 
 namespace qz::fuzz {
 
-/// The loops over pixels, at each width of registers that the machine has, and the maximum filter, against their
-/// definitions, sample by sample. What lies behind the last sample of a row must stay as it was.
+/// Checks the pixel loops, at each register width the machine has, and the maximum filter against their definitions,
+/// sample by sample. The bytes after the last sample of a row must not change.
 template <class Choices>
 class PixelsCheck {
 public:
@@ -54,9 +54,9 @@ public:
     void checkMaximum(uint32_t width, uint32_t height, int64_t reachX, int64_t reachY) {
         constexpr uint32_t kBeside = 5;
         const uint32_t rowBytes = width + kBeside;
-        // Without bytes beside the last row, a read or write past it is past the storage.
+        // No padding after the last row, so that a read or write past it leaves the storage.
         Bytes source(size_t{height} * rowBytes - kBeside), found(source.size(), 0xA5);
-        // Few samples, or the greatest is everywhere.
+        // Few samples are set; otherwise the maximum would be the same everywhere.
         const auto gap = choices_.template ConsumeIntegralInRange<size_t>(1, 300);
         for (size_t i = 0; i < source.size(); i += choices_.template ConsumeIntegralInRange<size_t>(1, gap))
             source[i] = choices_.template ConsumeIntegral<uint8_t>();
@@ -65,7 +65,7 @@ public:
                 "the filter runs");
         reachX = std::min<int64_t>(reachX, width);
         reachY = std::min<int64_t>(reachY, height);
-        // First along the rows, then along the columns: the maximum of a rectangle is the maximum of its rows' maxima.
+        // Along the rows, then along the columns: the maximum of a rectangle is the maximum of its rows' maxima.
         Bytes along(source.size(), 0xA5), expected = along;
         const auto at = [&](int64_t x, int64_t y) { return static_cast<size_t>(y * rowBytes + x); };
         for (int64_t y = 0; y < height; ++y) {
@@ -88,14 +88,14 @@ public:
 private:
     using Bytes = std::vector<uint8_t>;
 
-    /// a by weight, b by the rest, of 255, to the nearest integer.
+    /// Returns (a * weight + b * (255 - weight)) / 255, rounded to the nearest integer.
     static uint8_t mix(int a, int b, int weight) {
         return static_cast<uint8_t>((2 * (a * weight + b * (255 - weight)) + 255) / 510);
     }
 
     void require(bool holds, const char* what) { choices_.require(holds, what); }
 
-    /// Stretches of 0, of 255 and of anything: loops have ways of their own for the first two.
+    /// Returns runs of 0, of 255 and of arbitrary values: the loops have fast paths for the first two.
     Bytes bytes(size_t count) {
         Bytes found;
         while (found.size() < count) {

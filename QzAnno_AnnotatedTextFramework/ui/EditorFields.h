@@ -33,7 +33,7 @@ Ref<NSObject> defaultOfEditorField(const std::string& name);
 Ref<NSObject> valueForEditorField(const std::string& name, const Ref<NSObject>& value);
 
 /// The values of the attribute's fields, one each; for the bounding box, its distances from the edges of the screen.
-/// Null where the value has none.
+/// Null for a field that the value does not set.
 std::vector<Ref<NSObject>> fieldsFromValue(const Attribute& attribute, const Ref<NSObject>& value, NSSize screen);
 /// The attribute's value from its fields, which must be of their kind.
 Ref<NSObject> valueFromFields(const Attribute& attribute, const std::vector<Ref<NSObject>>& fields, NSSize screen);
