@@ -37,13 +37,13 @@ public:
 
 }  // namespace qz::fuzz
 
-/// Defines the entry points of a fuzzer that calls `check(data, size)`.
-#define QZ_FUZZ(check)                                                        \
+/// Defines the entry points of a fuzzer that calls the function with the data and their size.
+#define QZ_FUZZ(...)                                                          \
     extern "C" int LLVMFuzzerInitialize(int*, char***) {                      \
         qz::fuzz::silenceLogs();                                              \
         return 0;                                                             \
     }                                                                         \
     extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) { \
-        check(data, size);                                                    \
+        (__VA_ARGS__)(data, size);                                            \
         return 0;                                                             \
     }

@@ -6,6 +6,7 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
+#include "QzAnno/model/QzMutableAnnoString.h"
 #include "QzAnno/palette/AttributeNames.h"
 #include "QzAnno/palette/QzBBoxInfo.h"
 #include "QzAnno/platform/foundation/NSArray.h"
