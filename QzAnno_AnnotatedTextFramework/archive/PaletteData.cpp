@@ -6,8 +6,10 @@
 namespace qz {
 namespace {
 
-Ref<QzAnnoPalette> paletteOfArchive(const Ref<NSData>& data, std::string& reason) {
+Ref<QzAnnoPalette> paletteOfArchive(const Ref<NSData>& data, std::string& reason,
+                                    const std::shared_ptr<FontLibrary>& fontLibrary) {
     const Ref<NSUnarchiver> unarchiver = NSUnarchiver::initForReadingWithData(data);
+    unarchiver->setContext(fontLibrary);
     const Ref<NSObject> object = unarchiver->decodeObject();
     auto palette = std::dynamic_pointer_cast<QzAnnoPalette>(object);
     if (palette) return palette;
@@ -38,12 +40,16 @@ Ref<NSData> dataOfPalette(const Ref<QzAnnoPalette>& palette, std::string_view fi
                                               : palette->pListData(errorDescription);
 }
 
-Ref<QzAnnoPalette> paletteFromData(const Ref<NSData>& data, std::string* errorDescription) {
+Ref<QzAnnoPalette> paletteFromData(const Ref<NSData>& data, std::string* errorDescription,
+                                   const std::shared_ptr<FontLibrary>& fontLibrary) {
     if (!data) return {};
-    if (!isArchive(*data)) return QzAnnoPalette::paletteFromPListData(*data, errorDescription);
     std::string reason;
-    Ref<QzAnnoPalette> palette = paletteOfArchive(data, reason);
-    if (!palette && errorDescription) *errorDescription = std::move(reason);
+    const Ref<QzAnnoPalette> palette = isArchive(*data) ? paletteOfArchive(data, reason, fontLibrary)
+                                                        : QzAnnoPalette::paletteFromPListData(*data, &reason);
+    if (palette)
+        palette->setFontLibrary(fontLibrary);
+    else if (errorDescription)
+        *errorDescription = std::move(reason);
     return palette;
 }
 

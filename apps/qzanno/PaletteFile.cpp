@@ -23,7 +23,9 @@ Ref<QzAnnoPalette> loadPalette(const std::string& path, const std::shared_ptr<Fo
                                Diagnostics& diagnostics, Ref<NSData>* bytes) {
     std::string reason;
     const Ref<NSData> file = path.empty() ? nullptr : readFile(path, &reason);
-    Ref<QzAnnoPalette> palette = path.empty() ? builtInPalette() : file ? paletteFromData(file, &reason) : nullptr;
+    Ref<QzAnnoPalette> palette = path.empty() ? builtInPalette()
+                                 : file       ? paletteFromData(file, &reason, fonts)
+                                              : nullptr;
     if (palette)
         palette->setFontLibrary(fonts);
     else

@@ -91,7 +91,8 @@ std::optional<RenderSetup> prepareSetup(const DrawingOptions& options, Diagnosti
 }
 
 Ref<QzAnnoPalette> newPalette(const RenderSetup& setup) {
-    const Ref<QzAnnoPalette> palette = setup.paletteFile ? paletteFromData(setup.paletteFile) : builtInPalette();
+    if (setup.paletteFile) return paletteFromData(setup.paletteFile, nullptr, setup.fonts);
+    const Ref<QzAnnoPalette> palette = builtInPalette();
     palette->setFontLibrary(setup.fonts);
     return palette;
 }

@@ -43,6 +43,6 @@ struct qzanno_title {
 namespace qz::c {
 
 /// A new palette for the caller. The file has been read before, so reading it cannot fail.
-Ref<QzAnnoPalette> newPalette(const Ref<NSData>& file);
+Ref<QzAnnoPalette> newPalette(const Ref<NSData>& file, const std::shared_ptr<FontLibrary>& fonts = {});
 
 }  // namespace qz::c

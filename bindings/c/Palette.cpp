@@ -22,8 +22,8 @@ qzanno_result makePalette(Ref<NSData> file, const std::string& place, qzanno_pal
 
 }  // namespace
 
-Ref<QzAnnoPalette> newPalette(const Ref<NSData>& file) {
-    return paletteFromData(file);
+Ref<QzAnnoPalette> newPalette(const Ref<NSData>& file, const std::shared_ptr<FontLibrary>& fonts) {
+    return paletteFromData(file, nullptr, fonts);
 }
 
 }  // namespace qz::c

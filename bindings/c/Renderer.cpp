@@ -30,12 +30,11 @@ struct Settings {
 class PreparedPipeline {
 public:
     explicit PreparedPipeline(const Settings& settings)
-        : looks_(newPalette(settings.palette), settings.screen),
+        : looks_(newPalette(settings.palette, settings.fonts), settings.screen),
           palette_(looks_.palette()),
           placements_(palette_, settings.screen, settings.direction),
           pipeline_(QzAnnoStringToScreen::init()) {
         pipeline_->setPalette(palette_);
-        palette_->setFontLibrary(settings.fonts);
         pipeline_->setLanguage(settings.language);
         pipeline_->setBaseWritingDirection(settings.direction);
         pipeline_->setScreenSize(settings.screen,

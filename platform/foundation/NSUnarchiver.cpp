@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <deque>
+#include <map>
 #include <type_traits>
 #include <utility>
 
@@ -46,6 +47,7 @@ struct NSUnarchiver::State {
     uint32_t passedOverObjects = 0;
     // The class of the innermost object, for messages.
     std::string_view className;
+    std::map<const void*, std::shared_ptr<void>> contexts;  // by the type of the object
 };
 
 NSUnarchiver::NSUnarchiver(const Ref<NSData>& data) : state_(std::make_unique<State>(data)) {}
@@ -348,6 +350,15 @@ void NSUnarchiver::passOverGroups() {
         }
     }
     --state_->passedOverObjects;
+}
+
+void NSUnarchiver::setContext(const void* type, std::shared_ptr<void> context) {
+    state_->contexts[type] = std::move(context);
+}
+
+std::shared_ptr<void> NSUnarchiver::contextOfType(const void* type) const {
+    const auto found = state_->contexts.find(type);
+    return found == state_->contexts.end() ? nullptr : found->second;
 }
 
 }  // namespace qz

@@ -68,8 +68,8 @@ void encodeFont(const NSObject& object, NSArchiver& archiver) {
     for (const bool value : {false, true, false, false}) archiver.encodeBool(value);
 }
 
-Ref<NSObject> fontOtherwise(const NSString& name, float size) {
-    const Ref<NSFont> font = NSFont::titleBarFontOfSize(size);
+Ref<NSObject> fontOtherwise(const NSString& name, float size, const NSFont::Library& library) {
+    const Ref<NSFont> font = NSFont::titleBarFontOfSize(size, library);
     NSLog("The archive's font %@ at %@ points is not available; %@ at %@ points is used\n",
           {quotedExcerpt(name.utf8()), shortestDecimal(size), font->fontName(), shortestDecimal(font->pointSize())});
     return font;
@@ -89,8 +89,9 @@ Ref<NSObject> decodeFont(NSUnarchiver& unarchiver) {
         unarchiver.decodeValueOfObjCType("c", &ignored);
     }
     if (unarchiver.hasFailed()) return {};
-    const Ref<NSFont> font = NSFont::fontWithName(*name, *size);
-    return font ? font : fontOtherwise(*name, *size);
+    const NSFont::Library library = unarchiver.context<FontLibrary>();
+    const Ref<NSFont> font = NSFont::fontWithName(*name, *size, library);
+    return font ? font : fontOtherwise(*name, *size, library);
 }
 
 const CodedClassRegistration registration(

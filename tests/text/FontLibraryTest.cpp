@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include "QzAnno/platform/foundation/NSArchiver.h"
+#include "QzAnno/platform/foundation/NSUnarchiver.h"
 #include "platform/text/FontFace.h"
 #include "platform/text/FontFallback.h"
 #include "platform/text/FontFixing.h"
@@ -86,6 +88,9 @@ TEST(FontLibraryTest, FoldersServeTheLibraryTheyWereGivenTo) {
     EXPECT_EQ(font->fontWithTraits({.bold = {}, .italic = true})->fontWithSize(9)->fontLibrary(), library);
     EXPECT_TRUE(NSFont::fontWithName(*"DejaVu Sans"_ns, 20, library)) << "those of the machine serve as well";
     EXPECT_FALSE(NSFont::fontWithName(*name, 20));
+    const auto unarchiver = NSUnarchiver::initForReadingWithData(NSArchiver::archivedDataWithRootObject(font));
+    unarchiver->setContext(library);
+    EXPECT_TRUE(areEqual(unarchiver->decodeObject(), font));
 }
 
 TEST(FontLibraryTest, FoldersComeBeforeTheMachine) {

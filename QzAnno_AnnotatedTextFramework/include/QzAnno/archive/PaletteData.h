@@ -17,7 +17,9 @@ Ref<NSData> dataOfPalette(const Ref<QzAnnoPalette>& palette, std::string_view fi
 
 /// Reads a palette from an archive or an XML property list. Returns a new, locked palette; for anything else null, with
 /// one line in `errorDescription`. Null data leaves `errorDescription` as it is, so that it keeps the error from
-/// reading the file.
-Ref<QzAnnoPalette> paletteFromData(const Ref<NSData>& data, std::string* errorDescription = nullptr);
+/// reading the file. The palette, and the fonts that an archive holds, look fonts up in `fontLibrary`; null stands for
+/// the fonts of this machine.
+Ref<QzAnnoPalette> paletteFromData(const Ref<NSData>& data, std::string* errorDescription = nullptr,
+                                   const std::shared_ptr<FontLibrary>& fontLibrary = {});
 
 }  // namespace qz

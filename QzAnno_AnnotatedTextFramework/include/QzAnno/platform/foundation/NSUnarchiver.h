@@ -102,6 +102,18 @@ public:
     /// otherwise.
     virtual Ref<NSObject> valueUnderRepeatedKey(const Ref<NSObject>& former, const Ref<NSObject>& later);
 
+    /// An object of the host's that decode functions may ask for by its type, such as the `FontLibrary` that fonts are
+    /// looked up in. Kept as long as the unarchiver; a later one of the same type replaces it.
+    template <class T>
+    void setContext(std::shared_ptr<T> context) {
+        setContext(&kContextType<T>, std::move(context));
+    }
+    /// The context of that type; null if none was set.
+    template <class T>
+    std::shared_ptr<T> context() const {
+        return std::static_pointer_cast<T>(contextOfType(&kContextType<T>));
+    }
+
     /// How many items `countDropped` has counted.
     uint64_t droppedCount() const { return dropped_; }
 
@@ -112,6 +124,12 @@ protected:
     explicit NSUnarchiver(const Ref<NSData>& data);
 
 private:
+    // Its address stands for the type.
+    template <class T>
+    static constexpr char kContextType = 0;
+
+    void setContext(const void* type, std::shared_ptr<void> context);
+    std::shared_ptr<void> contextOfType(const void* type) const;
     template <class T>
     std::optional<T> decodeOne(std::string_view type) {
         T value{};
