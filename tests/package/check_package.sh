@@ -25,6 +25,17 @@ if [ -x "$work/host/ui_host" ]; then
   QT_QPA_PLATFORM=offscreen "$work/host/ui_host" "$work/defaults.ini"
 fi
 
+# The page for developers opens with a program, which builds and draws.
+tree=$(realpath "$(dirname "$0")/../..")
+{
+  printf '#include <QzAnno/QzAnno.h>\nint main() {\n'
+  awk '/^```$/ && shown { exit } shown { print } /^```cpp$/ { shown = 1 }' "$tree/docs/developers.md"
+  printf 'return changed.isEmpty() ? 1 : 0;\n}\n'
+} >"$work/page.cpp"
+# shellcheck disable=SC2046
+g++ -std=c++20 "$work/page.cpp" -o "$work/page" $(PKG_CONFIG_PATH=$libdir/pkgconfig pkg-config --cflags --libs QzAnno)
+(cd "$tree/examples" && LD_LIBRARY_PATH=$libdir "$work/page")
+
 "$(dirname "$0")/build_hosts.sh" "$(dirname "$0")/../../examples" "$work/prefix" "$libdir"
 
 # The installed tool and the Python package find the libraries by relative paths.
