@@ -40,8 +40,8 @@ public:
     void setTextBox(NSRect box);
     ///@}
 
-    /// Called by a tracked text view when its frame changes: sets the screen size in full-screen mode, is ignored in
-    /// box mode, and is refused with a log line if there is no text view.
+    /// Called by a tracked text view when its frame changes. Sets the screen size in full-screen mode and does nothing
+    /// in box mode. Without a text view it logs a line and changes nothing.
     void setContainerSize(NSSize size) override;
     /// Calls `updateFromString` after the view's edits.
     void setTextView(const Ref<NSTextView>& textView) override;
